@@ -1,0 +1,14 @@
+# What every target of this project is compiled with, in one interface target.
+find_package(Threads REQUIRED)
+add_library(kelo-compiler INTERFACE)
+target_compile_options(kelo-compiler INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor
+  -Woverloaded-virtual -Wimplicit-fallthrough)
+if(KELO_WARNINGS_AS_ERRORS)
+  target_compile_options(kelo-compiler INTERFACE -Werror)
+endif()
+if(KELO_SANITIZE)
+  target_compile_options(kelo-compiler INTERFACE -fsanitize=${KELO_SANITIZE} -fno-omit-frame-pointer
+    -fno-sanitize-recover=all)
+  target_link_options(kelo-compiler INTERFACE -fsanitize=${KELO_SANITIZE})
+endif()
+target_link_libraries(kelo-compiler INTERFACE Threads::Threads)
