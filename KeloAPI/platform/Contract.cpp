@@ -1,0 +1,14 @@
+#include <KeloAPI/platform/Contract.hpp>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace KeloAPI {
+
+void contractViolation(std::string_view what) noexcept {
+    std::fprintf(stderr, "KeloAPI: contract violated: %.*s\n", static_cast<int>(what.size()),
+                 what.data());
+    std::abort();
+}
+
+} // namespace KeloAPI

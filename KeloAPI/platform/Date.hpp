@@ -1,0 +1,27 @@
+#pragma once
+
+#include <KeloAPI/platform/Export.hpp>
+
+#include <chrono>
+#include <optional>
+#include <string_view>
+
+namespace KeloAPI {
+
+/// An instant in UTC, to the microsecond.
+using Date = std::chrono::sys_time<std::chrono::microseconds>;
+
+/// The current instant.
+KELO_API Date now();
+
+/// Reads the service's dates: the pattern "yyyy-MM-dd'T'HH:mm:s.SSS" in UTC, whatever the
+/// process's locale and time zone.
+class KELO_API DateFormatter {
+public:
+    /// The instant that `text` names, or none when it does not match. Seconds may have one digit
+    /// or two; any number of fraction digits is read and truncated to milliseconds, but there must
+    /// be one; nothing may follow.
+    std::optional<Date> date(std::string_view text) const;
+};
+
+} // namespace KeloAPI

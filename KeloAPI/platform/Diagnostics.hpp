@@ -1,0 +1,20 @@
+#pragma once
+
+#include <KeloAPI/platform/Export.hpp>
+
+#include <functional>
+#include <string_view>
+
+namespace KeloAPI::Diagnostics {
+
+/// Takes one line, without its line end. May be called on any thread, one call at a time.
+using Sink = std::function<void(std::string_view line)>;
+
+/// Sends the library's few diagnostic lines to `sink` from now on; an empty one restores standard
+/// output.
+KELO_API void setSink(Sink sink);
+
+/// Writes one line to the sink.
+KELO_API void write(std::string_view line);
+
+} // namespace KeloAPI::Diagnostics

@@ -1,0 +1,310 @@
+#include <KeloAPI/platform/Json.hpp>
+
+#include <simdjson.h>
+
+#include <bit>
+
+namespace KeloAPI {
+
+namespace {
+
+/// What a reader's element is made of; a view holds the same two words without naming their types.
+struct Position {
+    const void* document;
+    std::size_t index;
+};
+static_assert(sizeof(Position) == sizeof(simdjson::dom::element));
+
+simdjson::dom::element elementAt(const void* document, std::size_t index) {
+    return std::bit_cast<simdjson::dom::element>(Position{document, index});
+}
+
+const simdjson::dom::document& documentAt(const void* document) {
+    return *static_cast<const simdjson::dom::document*>(document);
+}
+
+// The tape: every value is one word with its kind in the upper byte, numbers have a second word;
+// the payload of an opening bracket is the index behind its closing one. Steps are taken on it
+// directly because that is what makes an iterator two words wide.
+std::uint64_t wordAt(const void* document, std::size_t index) {
+    return documentAt(document).tape[index];
+}
+
+char kindAt(const void* document, std::size_t index) {
+    return static_cast<char>(wordAt(document, index) >> 56U);
+}
+
+std::uint32_t indexBehind(const void* document, std::size_t index) {
+    return static_cast<std::uint32_t>(wordAt(document, index));
+}
+
+std::size_t next(const void* document, std::size_t index) {
+    switch (kindAt(document, index)) {
+    case '{':
+    case '[':
+        return indexBehind(document, index);
+    case 'l':
+    case 'u':
+    case 'd':
+        return index + 2;
+    default:
+        return index + 1;
+    }
+}
+
+std::string_view textAt(const void* document, std::size_t index) {
+    constexpr std::uint64_t payload = 0x00FFFFFFFFFFFFFFULL;
+    const std::uint8_t* text =
+        documentAt(document).string_buf.get() + (wordAt(document, index) & payload);
+    std::uint32_t length = 0;
+    std::memcpy(&length, text, sizeof length);
+    return {reinterpret_cast<const char*>(text) + sizeof length, length};
+}
+
+template <class T>
+T payloadAt(const void* document, std::size_t index) {
+    return std::bit_cast<T>(wordAt(document, index + 1));
+}
+
+std::string compactJson(const void* document, std::size_t index) {
+    return simdjson::minify(elementAt(document, index));
+}
+
+} // namespace
+
+/// Makes and opens views.
+struct JsonAccess {
+    static JsonValue value(const void* document, std::size_t index) {
+        JsonValue value;
+        value._document = document;
+        value._index = index;
+        return value;
+    }
+    static const void* document(const JsonValue& value) { return value._document; }
+    static std::size_t index(const JsonValue& value) { return value._index; }
+    static JsonObject object(JsonValue value) { return JsonObject(value); }
+    static JsonArray array(JsonValue value) { return JsonArray(value); }
+    static JsonObjectList objects(JsonValue value) { return JsonObjectList(value); }
+    static char kind(const JsonValue& value) {
+        return value._document == nullptr ? '\0' : kindAt(value._document, value._index);
+    }
+    static std::size_t last(const JsonValue& value) {
+        return indexBehind(value._document, value._index) - 1;
+    }
+    /// The number of elements or members, counted where the reader's own count is saturated.
+    static std::size_t count(const JsonValue& value) {
+        constexpr std::uint64_t saturated = 0xFFFFFF;
+        const std::uint64_t kept =
+            (wordAt(value._document, value._index) >> 32U) & saturated;
+        if (kept < saturated) {
+            return kept;
+        }
+        const bool isObject = kind(value) == '{';
+        std::size_t count = 0;
+        for (std::size_t at = value._index + 1; at < last(value); ++count) {
+            at = next(value._document, isObject ? at + 1 : at);
+        }
+        return count;
+    }
+};
+
+bool JsonValue::isNull() const {
+    return JsonAccess::kind(*this) == 'n';
+}
+
+std::optional<std::string_view> JsonValue::text() const {
+    if (JsonAccess::kind(*this) != '"') {
+        return std::nullopt;
+    }
+    return textAt(_document, _index);
+}
+
+std::optional<Number> JsonValue::number() const {
+    switch (JsonAccess::kind(*this)) {
+    case 't':
+        return Number::of(true);
+    case 'f':
+        return Number::of(false);
+    case 'l':
+        return Number::of(payloadAt<std::int64_t>(_document, _index));
+    case 'u':
+        return Number::of(payloadAt<std::uint64_t>(_document, _index));
+    case 'd':
+        return Number::of(payloadAt<double>(_document, _index));
+    default:
+        return std::nullopt;
+    }
+}
+
+std::optional<std::int64_t> JsonValue::integer() const {
+    const auto value = number();
+    return value ? std::optional(value->int64Value()) : std::nullopt;
+}
+
+std::optional<bool> JsonValue::boolean() const {
+    const auto value = number();
+    return value ? std::optional(value->boolValue()) : std::nullopt;
+}
+
+std::optional<double> JsonValue::real() const {
+    const auto value = number();
+    return value ? std::optional(value->doubleValue()) : std::nullopt;
+}
+
+std::optional<JsonObject> JsonValue::object() const {
+    if (JsonAccess::kind(*this) != '{') {
+        return std::nullopt;
+    }
+    return JsonAccess::object(*this);
+}
+
+std::optional<JsonArray> JsonValue::array() const {
+    if (JsonAccess::kind(*this) != '[') {
+        return std::nullopt;
+    }
+    return JsonAccess::array(*this);
+}
+
+std::optional<JsonObjectList> JsonValue::objects() const {
+    if (JsonAccess::kind(*this) != '[') {
+        return std::nullopt;
+    }
+    const std::size_t last = JsonAccess::last(*this);
+    for (std::size_t at = _index + 1; at < last; at = next(_document, at)) {
+        if (kindAt(_document, at) != '{') {
+            return std::nullopt;
+        }
+    }
+    return JsonAccess::objects(*this);
+}
+
+std::string JsonValue::description() const {
+    switch (JsonAccess::kind(*this)) {
+    case '\0':
+        return {};
+    case 'n':
+        return "<null>";
+    case '"':
+        return std::string(textAt(_document, _index));
+    case '{':
+    case '[':
+        return compactJson(_document, _index);
+    default:
+        return number()->stringValue();
+    }
+}
+
+std::size_t JsonObject::size() const {
+    return JsonAccess::count(_value);
+}
+
+JsonValue JsonObject::operator[](std::string_view key) const {
+    JsonValue found;
+    find(&key, &found, 1);
+    return found;
+}
+
+void JsonObject::find(const std::string_view* keys, JsonValue* found, std::size_t count) const {
+    const void* document = JsonAccess::document(_value);
+    const std::size_t last = JsonAccess::last(_value);
+    std::size_t missing = count;
+    for (std::size_t at = JsonAccess::index(_value) + 1; at < last && missing > 0;
+         at = next(document, at + 1)) {
+        const std::string_view key = textAt(document, at);
+        for (std::size_t wanted = 0; wanted < count; ++wanted) {
+            if (keys[wanted] == key) {
+                if (!found[wanted].exists()) {
+                    found[wanted] = JsonAccess::value(document, at + 1);
+                    --missing;
+                }
+                break;
+            }
+        }
+    }
+}
+
+JsonObject::Iterator JsonObject::begin() const {
+    return {JsonAccess::document(_value), JsonAccess::index(_value) + 1};
+}
+
+JsonObject::Iterator JsonObject::end() const {
+    return {JsonAccess::document(_value), JsonAccess::last(_value)};
+}
+
+JsonObject::Member JsonObject::Iterator::operator*() const {
+    return {textAt(_document, _index), JsonAccess::value(_document, _index + 1)};
+}
+
+JsonObject::Iterator& JsonObject::Iterator::operator++() {
+    _index = next(_document, _index + 1);
+    return *this;
+}
+
+std::size_t JsonArray::size() const {
+    return JsonAccess::count(_value);
+}
+
+JsonArray::Iterator JsonArray::begin() const {
+    return {JsonAccess::document(_value), JsonAccess::index(_value) + 1};
+}
+
+JsonArray::Iterator JsonArray::end() const {
+    return {JsonAccess::document(_value), JsonAccess::last(_value)};
+}
+
+JsonValue JsonArray::Iterator::operator*() const {
+    return JsonAccess::value(_document, _index);
+}
+
+JsonArray::Iterator& JsonArray::Iterator::operator++() {
+    _index = next(_document, _index);
+    return *this;
+}
+
+std::size_t JsonObjectList::size() const {
+    return _value.exists() ? JsonAccess::count(_value) : 0;
+}
+
+JsonObjectList::Iterator JsonObjectList::begin() const {
+    return Iterator(_value.exists() ? JsonAccess::array(_value).begin()
+                                    : JsonArray::Iterator(nullptr, 0));
+}
+
+JsonObjectList::Iterator JsonObjectList::end() const {
+    return Iterator(_value.exists() ? JsonAccess::array(_value).end()
+                                    : JsonArray::Iterator(nullptr, 0));
+}
+
+JsonObject JsonObjectList::Iterator::operator*() const {
+    return JsonAccess::object(*_at);
+}
+
+struct JsonDocument::Contents {
+    simdjson::dom::parser parser;
+};
+
+JsonDocument::JsonDocument(std::unique_ptr<Contents> contents) : _contents(std::move(contents)) {}
+JsonDocument::JsonDocument(JsonDocument&&) noexcept = default;
+JsonDocument& JsonDocument::operator=(JsonDocument&&) noexcept = default;
+JsonDocument::~JsonDocument() = default;
+
+Result<JsonDocument> JsonDocument::parse(const std::string& text) {
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+    const std::size_t skipped = text.starts_with(byteOrderMark) ? byteOrderMark.size() : 0;
+    const bool padded = text.capacity() - text.size() >= simdjson::SIMDJSON_PADDING;
+    auto contents = std::make_unique<Contents>();
+    const auto outcome =
+        contents->parser.parse(text.data() + skipped, text.size() - skipped, !padded);
+    if (outcome.error() != simdjson::SUCCESS) {
+        return Error::withMessage(errorDomain, outcome.error(),
+                                  simdjson::error_message(outcome.error()));
+    }
+    return JsonDocument(std::move(contents));
+}
+
+JsonValue JsonDocument::root() const {
+    // The first word of the tape is the root's own; the value stands behind it.
+    return JsonAccess::value(&_contents->parser.doc, 1);
+}
+
+} // namespace KeloAPI

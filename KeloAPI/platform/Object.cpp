@@ -1,0 +1,7 @@
+#include <KeloAPI/platform/Object.hpp>
+
+namespace KeloAPI {
+
+Object::~Object() = default;
+
+} // namespace KeloAPI

@@ -1,0 +1,70 @@
+#include <KeloAPI/platform/SerialQueue.hpp>
+
+#include <condition_variable>
+#include <mutex>
+#include <pthread.h>
+#include <thread>
+#include <vector>
+
+namespace KeloAPI {
+
+struct SerialQueue::State {
+    explicit State(std::string queueLabel) : label(std::move(queueLabel)) {}
+
+    void run() {
+        pthread_setname_np(pthread_self(), label.substr(0, 15).c_str());
+        std::unique_lock lock(mutex);
+        while (true) {
+            somethingToDo.wait(lock, [this] { return !waiting.empty() || closed; });
+            if (waiting.empty()) {
+                return;
+            }
+            std::vector<Task> batch;
+            batch.swap(waiting);
+            lock.unlock();
+            for (Task& task : batch) {
+                task();
+                task = nullptr; // what it captured goes now, not with the batch
+            }
+            batch.clear();
+            lock.lock();
+        }
+    }
+
+    std::string label;
+    std::mutex mutex;
+    std::condition_variable somethingToDo;
+    std::vector<Task> waiting;
+    std::thread::id thread;
+    bool closed = false;
+};
+
+SerialQueue::SerialQueue(std::string label) : _state(std::make_shared<State>(std::move(label))) {}
+
+SerialQueue::~SerialQueue() {
+    {
+        const std::lock_guard lock(_state->mutex);
+        _state->closed = true;
+    }
+    _state->somethingToDo.notify_one();
+}
+
+void SerialQueue::async(Task task) {
+    const std::lock_guard lock(_state->mutex);
+    _state->waiting.push_back(std::move(task));
+    if (_state->thread == std::thread::id()) {
+        // The thread keeps the state alive and ends by itself: nobody has to join it, so the last
+        // reference to the queue may go on the queue itself.
+        std::thread thread([state = _state] { state->run(); });
+        _state->thread = thread.get_id();
+        thread.detach();
+    }
+    _state->somethingToDo.notify_one();
+}
+
+bool SerialQueue::isCurrent() const {
+    const std::lock_guard lock(_state->mutex);
+    return _state->thread == std::this_thread::get_id();
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,230 @@
+#include <KeloAPI/platform/URL.hpp>
+
+#include <KeloAPI/platform/Contract.hpp>
+
+#include <algorithm>
+#include <charconv>
+#include <uriparser/Uri.h>
+
+namespace KeloAPI {
+
+namespace {
+
+/// A parsed view of a text that outlives it.
+class ParsedUri {
+public:
+    explicit ParsedUri(const std::string& text)
+        : _ok(uriParseSingleUriExA(&_uri, text.data(), text.data() + text.size(), nullptr) ==
+              URI_SUCCESS) {}
+    ParsedUri(const ParsedUri&) = delete;
+    ParsedUri& operator=(const ParsedUri&) = delete;
+    ~ParsedUri() {
+        if (_ok) {
+            uriFreeUriMembersA(&_uri);
+        }
+    }
+
+    bool ok() const { return _ok; }
+    const UriUriA& operator*() const { return _uri; }
+    const UriUriA* operator->() const { return &_uri; }
+
+private:
+    UriUriA _uri{};
+    bool _ok;
+};
+
+std::string_view view(const UriTextRangeA& range) {
+    if (range.first == nullptr) {
+        return {};
+    }
+    return {range.first, static_cast<std::size_t>(range.afterLast - range.first)};
+}
+
+char lower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+std::string lowered(std::string_view text) {
+    std::string result(text);
+    std::transform(result.begin(), result.end(), result.begin(), lower);
+    return result;
+}
+
+bool isUnreserved(char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') ||
+           c == '-' || c == '.' || c == '_' || c == '~';
+}
+
+bool standsInPath(char c) {
+    return isUnreserved(c) || std::string_view("!$&'()*+,;=:@/").find(c) != std::string_view::npos;
+}
+
+void appendEscaped(std::string& text, char c) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    const auto byte = static_cast<unsigned char>(c);
+    text += '%';
+    text += digits[byte >> 4U];
+    text += digits[byte & 15U];
+}
+
+/// Where the path ends: at the query, the fragment or the end.
+std::size_t endOfPath(std::string_view url) {
+    return std::min(url.find_first_of("?#"), url.size());
+}
+
+} // namespace
+
+std::optional<URL> URL::parse(std::string_view text) {
+    if (text.empty()) {
+        return std::nullopt;
+    }
+    std::string owned(text);
+    if (!ParsedUri(owned).ok()) {
+        return std::nullopt;
+    }
+    URL url(std::move(owned));
+    // The port must fit; the grammar lets any run of digits through.
+    const ParsedUri uri(url._text);
+    if (!view(uri->portText).empty()) {
+        std::uint16_t port = 0;
+        const auto digits = view(uri->portText);
+        if (std::from_chars(digits.data(), digits.data() + digits.size(), port).ec != std::errc()) {
+            return std::nullopt;
+        }
+    }
+    return url;
+}
+
+std::string URL::scheme() const {
+    const ParsedUri uri(_text);
+    return lowered(view(uri->scheme));
+}
+
+std::string URL::host() const {
+    const ParsedUri uri(_text);
+    return lowered(view(uri->hostText));
+}
+
+std::optional<std::uint16_t> URL::port() const {
+    const ParsedUri uri(_text);
+    const auto digits = view(uri->portText);
+    if (!digits.empty()) {
+        std::uint16_t port = 0;
+        std::from_chars(digits.data(), digits.data() + digits.size(), port);
+        return port;
+    }
+    const std::string name = lowered(view(uri->scheme));
+    if (name == "https") {
+        return 443;
+    }
+    if (name == "http") {
+        return 80;
+    }
+    return std::nullopt;
+}
+
+std::string URL::path() const {
+    const ParsedUri uri(_text);
+    if (uri->pathHead == nullptr) {
+        return uri->absolutePath != 0 ? "/" : "";
+    }
+    const char* first = uri->pathHead->text.first;
+    const bool slashBefore = first > _text.data() && first[-1] == '/' &&
+                             (uri->absolutePath != 0 || uri->hostText.first != nullptr);
+    const auto begin = static_cast<std::size_t>(first - _text.data()) - (slashBefore ? 1U : 0U);
+    return _text.substr(begin, endOfPath(_text) - begin);
+}
+
+std::optional<std::string> URL::query() const {
+    const ParsedUri uri(_text);
+    if (uri->query.first == nullptr) {
+        return std::nullopt;
+    }
+    return std::string(view(uri->query));
+}
+
+bool URL::isHTTP() const {
+    const std::string name = scheme();
+    return (name == "http" || name == "https") && !host().empty();
+}
+
+bool URL::hasOriginOf(const URL& other) const {
+    return scheme() == other.scheme() && host() == other.host() && port() == other.port();
+}
+
+URL URL::appendingPathComponent(std::string_view component) const {
+    const std::size_t end = endOfPath(_text);
+    std::string text = _text.substr(0, end);
+    if (!text.ends_with('/')) {
+        text += '/';
+    }
+    if (component.starts_with('/')) {
+        component.remove_prefix(1);
+    }
+    for (const char c : component) {
+        if (standsInPath(c)) {
+            text += c;
+        } else {
+            appendEscaped(text, c);
+        }
+    }
+    text += _text.substr(end);
+    return URL(std::move(text));
+}
+
+URL URL::appendingQuery(std::string_view query) const {
+    if (query.empty()) {
+        return *this;
+    }
+    const std::size_t end = std::min(_text.find('#'), _text.size());
+    std::string text = _text.substr(0, end);
+    const auto mark = text.find('?');
+    if (mark == std::string::npos) {
+        text += '?';
+    } else if (mark + 1 < text.size()) {
+        text += '&';
+    }
+    text += query;
+    text += _text.substr(end);
+    return URL(std::move(text));
+}
+
+std::optional<URL> URL::resolve(std::string_view reference) const {
+    const std::string owned(reference);
+    const ParsedUri base(_text);
+    const ParsedUri relative(owned);
+    if (!relative.ok()) {
+        return std::nullopt;
+    }
+    UriUriA joined{};
+    if (uriAddBaseUriA(&joined, &*relative, &*base) != URI_SUCCESS) {
+        uriFreeUriMembersA(&joined);
+        return std::nullopt;
+    }
+    joined.fragment = {nullptr, nullptr};
+    int characters = 0;
+    std::string text;
+    if (uriToStringCharsRequiredA(&joined, &characters) == URI_SUCCESS) {
+        text.resize(static_cast<std::size_t>(characters) + 1);
+        const bool written =
+            uriToStringA(text.data(), &joined, characters + 1, nullptr) == URI_SUCCESS;
+        text.resize(written ? static_cast<std::size_t>(characters) : 0);
+    }
+    uriFreeUriMembersA(&joined);
+    return URL::parse(text);
+}
+
+std::string percentEncoded(std::string_view text) {
+    std::string result;
+    result.reserve(text.size());
+    for (const char c : text) {
+        if (isUnreserved(c)) {
+            result += c;
+        } else {
+            appendEscaped(result, c);
+        }
+    }
+    return result;
+}
+
+} // namespace KeloAPI

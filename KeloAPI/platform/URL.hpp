@@ -1,0 +1,64 @@
+#pragma once
+
+#include <KeloAPI/platform/Export.hpp>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace KeloAPI {
+
+/// A URL or relative reference of RFC 3986, kept as the text it was made from. A space, a control
+/// character, non-ASCII, one of <>"{}|\^` or a "%" without two hexadecimal digits make a text no
+/// URL, and so does emptiness. Equality is equality of the texts.
+class KELO_API URL {
+public:
+    /// The URL that `text` is, or none.
+    static std::optional<URL> parse(std::string_view text);
+
+    const std::string& absoluteString() const { return _text; }
+
+    /// In lower case, without ":"; empty for a relative reference.
+    std::string scheme() const;
+    /// In lower case and without user, port or the brackets of an IPv6 address; empty when there
+    /// is none.
+    std::string host() const;
+    /// As written, or the scheme's own for http and https; absent for others.
+    std::optional<std::uint16_t> port() const;
+    /// As written, percent escapes included; empty when there is none.
+    std::string path() const;
+    /// Without "?"; absent when the URL has no query.
+    std::optional<std::string> query() const;
+
+    /// True for an http or https URL with a host.
+    bool isHTTP() const;
+    /// True when scheme, host and port are the same.
+    bool hasOriginOf(const URL& other) const;
+
+    /// This URL with `component` after its path, joined by exactly one "/". What may not stand in
+    /// a path (a space, "?", "#", "%", non-ASCII) is escaped; inner and trailing slashes and dot
+    /// segments stay. The query and fragment stay behind the path.
+    URL appendingPathComponent(std::string_view component) const;
+
+    /// This URL with `query` added: behind "&" when there is a query already. `query` is escaped
+    /// already; empty changes nothing.
+    URL appendingQuery(std::string_view query) const;
+
+    /// What `reference` means where this URL is the base, without its fragment; none when it is no
+    /// URL.
+    std::optional<URL> resolve(std::string_view reference) const;
+
+    friend bool operator==(const URL&, const URL&) = default;
+
+private:
+    explicit URL(std::string text) : _text(std::move(text)) {}
+
+    std::string _text;
+};
+
+/// Escapes every byte outside the unreserved characters of RFC 3986 (letters, digits, "-", ".",
+/// "_", "~") as "%XX".
+KELO_API std::string percentEncoded(std::string_view text);
+
+} // namespace KeloAPI

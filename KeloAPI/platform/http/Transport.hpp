@@ -1,0 +1,74 @@
+#pragma once
+
+#include <KeloAPI/platform/Error.hpp>
+#include <KeloAPI/platform/Export.hpp>
+#include <KeloAPI/platform/URL.hpp>
+#include <KeloAPI/platform/http/HeaderFields.hpp>
+#include <KeloAPI/platform/http/URLRequest.hpp>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string_view>
+
+namespace KeloAPI {
+
+/// The head of an answer.
+struct HTTPResponse {
+    /// Where the answer came from, after redirects.
+    URL url;
+    int statusCode = 0;
+    HeaderFields headerFields;
+    /// The body's length in bytes; -1 when it is not known before the end.
+    std::int64_t expectedContentLength = -1;
+};
+
+/// Hears of one exchange. Calls come one at a time, on a thread of the transport's choice.
+class KELO_API ExchangeObserver {
+public:
+    ExchangeObserver() = default;
+    ExchangeObserver(const ExchangeObserver&) = delete;
+    ExchangeObserver& operator=(const ExchangeObserver&) = delete;
+    virtual ~ExchangeObserver();
+
+    /// The head of the final answer; heads of redirects are not reported. At most once.
+    virtual void didReceiveResponse(const HTTPResponse& response) = 0;
+    /// A run of the final answer's body, content encodings undone. False gives the exchange up,
+    /// which then completes with an error.
+    virtual bool didReceiveData(std::string_view bytes) = 0;
+    /// More of the request's body was taken: so many bytes of so many in all. Goes back to a
+    /// smaller number where a redirect sends the body again.
+    virtual void didSendBody(std::int64_t sent, std::int64_t total) = 0;
+    /// The exchange is over. Exactly once, and the last call.
+    virtual void didComplete(std::optional<Error> error) = 0;
+};
+
+/// An exchange under way.
+class KELO_API Exchange {
+public:
+    Exchange() = default;
+    Exchange(const Exchange&) = delete;
+    Exchange& operator=(const Exchange&) = delete;
+    virtual ~Exchange();
+
+    /// Ends the exchange with `Cancelled`, soon and asynchronously; after the end it does nothing.
+    /// From any thread.
+    virtual void cancel() = 0;
+};
+
+/// What carries requests. The library's own speaks HTTP; a host's tests may put another in its
+/// place.
+class KELO_API Transport {
+public:
+    Transport() = default;
+    Transport(const Transport&) = delete;
+    Transport& operator=(const Transport&) = delete;
+    virtual ~Transport();
+
+    /// Starts an exchange for a request that has no `problem()`. The transport keeps the observer
+    /// until it has completed. From any thread; the observer is not called inside the call.
+    virtual std::shared_ptr<Exchange> start(const URLRequest& request,
+                                            std::shared_ptr<ExchangeObserver> observer) = 0;
+};
+
+} // namespace KeloAPI
