@@ -67,6 +67,36 @@ void appendEscaped(std::string& text, char c) {
     text += digits[byte & 15U];
 }
 
+/// `text` with what may not stand in a path escaped.
+std::string escapedPath(std::string_view text) {
+    std::string result;
+    result.reserve(text.size());
+    for (const char c : text) {
+        if (standsInPath(c)) {
+            result += c;
+        } else {
+            appendEscaped(result, c);
+        }
+    }
+    return result;
+}
+
+std::string unescaped(std::string_view text) {
+    std::string result;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        unsigned byte = 0;
+        if (text[at] == '%' &&
+            std::from_chars(text.data() + at + 1, text.data() + at + 3, byte, 16).ec ==
+                std::errc()) {
+            result += static_cast<char>(byte);
+            at += 2;
+        } else {
+            result += text[at];
+        }
+    }
+    return result;
+}
+
 /// Where the path ends: at the query, the fragment or the end.
 std::size_t endOfPath(std::string_view url) {
     return std::min(url.find_first_of("?#"), url.size());
@@ -93,6 +123,10 @@ std::optional<URL> URL::parse(std::string_view text) {
         }
     }
     return url;
+}
+
+URL URL::fileURL(std::string_view path) {
+    return URL("file://" + escapedPath(path));
 }
 
 std::string URL::scheme() const {
@@ -135,6 +169,13 @@ std::string URL::path() const {
     return _text.substr(begin, endOfPath(_text) - begin);
 }
 
+std::optional<std::string> URL::filePath() const {
+    if (scheme() != "file") {
+        return std::nullopt;
+    }
+    return unescaped(path());
+}
+
 std::optional<std::string> URL::query() const {
     const ParsedUri uri(_text);
     if (uri->query.first == nullptr) {
@@ -161,13 +202,7 @@ URL URL::appendingPathComponent(std::string_view component) const {
     if (component.starts_with('/')) {
         component.remove_prefix(1);
     }
-    for (const char c : component) {
-        if (standsInPath(c)) {
-            text += c;
-        } else {
-            appendEscaped(text, c);
-        }
-    }
+    text += escapedPath(component);
     text += _text.substr(end);
     return URL(std::move(text));
 }

@@ -17,6 +17,9 @@ public:
     /// The URL that `text` is, or none.
     static std::optional<URL> parse(std::string_view text);
 
+    /// The URL of the file at an absolute path of this machine.
+    static URL fileURL(std::string_view path);
+
     const std::string& absoluteString() const { return _text; }
 
     /// In lower case, without ":"; empty for a relative reference.
@@ -28,6 +31,8 @@ public:
     std::optional<std::uint16_t> port() const;
     /// As written, percent escapes included; empty when there is none.
     std::string path() const;
+    /// The path of a file URL with its percent escapes undone; absent for other URLs.
+    std::optional<std::string> filePath() const;
     /// Without "?"; absent when the URL has no query.
     std::optional<std::string> query() const;
 

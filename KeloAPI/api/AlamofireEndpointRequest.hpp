@@ -1,0 +1,31 @@
+#pragma once
+
+#include <KeloAPI/api/EndpointRequest.hpp>
+#include <KeloAPI/platform/Export.hpp>
+
+#include <memory>
+
+namespace KeloAPI {
+
+class Request;
+
+/// The handle of a call that the HTTP layer carries. It lives as long as its request is under way
+/// even where nobody holds it.
+class KELO_API AlamofireEndpointRequest final : public EndpointRequest {
+public:
+    /// A handle of `request`; of nothing when that is null.
+    static std::shared_ptr<AlamofireEndpointRequest> create(std::shared_ptr<Request> request);
+    ~AlamofireEndpointRequest() override;
+
+    const ProgressHandler& progressHandler() const override { return _progressHandler; }
+    void setProgressHandler(ProgressHandler handler) override;
+    void cancel() override;
+
+private:
+    explicit AlamofireEndpointRequest(std::shared_ptr<Request> request);
+
+    ProgressHandler _progressHandler;
+    const std::shared_ptr<Request> _request;
+};
+
+} // namespace KeloAPI

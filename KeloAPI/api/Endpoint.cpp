@@ -1,0 +1,164 @@
+#include <KeloAPI/api/Endpoint.hpp>
+
+#include <KeloAPI/api/AlamofireEndpointRequest.hpp>
+#include <KeloAPI/platform/Contract.hpp>
+#include <KeloAPI/platform/Diagnostics.hpp>
+#include <KeloAPI/platform/http/ResponseSerializers.hpp>
+
+#include <string_view>
+
+namespace KeloAPI {
+
+namespace {
+
+constexpr std::string_view sessionIdField = "kelo-session-id";
+
+} // namespace
+
+EndpointCall::~EndpointCall() = default;
+Endpoint::~Endpoint() = default;
+
+Endpoint::Endpoint(Key, std::shared_ptr<Session> session) : _session(std::move(session)) {
+    require(_session != nullptr, "an endpoint needs a session");
+}
+
+std::shared_ptr<Endpoint> Endpoint::create(std::shared_ptr<Session> session) {
+    return make<Endpoint>(std::move(session));
+}
+
+const std::string& Endpoint::path() const {
+    return _path;
+}
+
+void Endpoint::setPath(std::string path) {
+    _path = std::move(path);
+}
+
+Method Endpoint::method() const {
+    return _method;
+}
+
+void Endpoint::setMethod(Method method) {
+    _method = method;
+}
+
+ParameterEncoding Endpoint::parameterEncoding() const {
+    return _parameterEncoding;
+}
+
+void Endpoint::setParameterEncoding(ParameterEncoding parameterEncoding) {
+    _parameterEncoding = parameterEncoding;
+}
+
+const Parameters& Endpoint::parameters() const {
+    return _parameters;
+}
+
+void Endpoint::setParameters(Parameters parameters) {
+    _parameters = std::move(parameters);
+}
+
+HeaderFields Endpoint::headerFields() const {
+    HeaderFields fields;
+    const auto set = [&fields](std::string_view name, std::optional<std::string> value) {
+        if (value) {
+            fields.emplace(name, *std::move(value));
+        }
+    };
+    set("Accept-Language", _session->acceptLanguage());
+    set("User-Agent", _session->userAgent());
+    set("X-Kelo-Client", _session->keloClient());
+    set(sessionIdField, _session->sessionId());
+    if (_session->polling()) {
+        set("X-Kelo-Polling", "true");
+    }
+    return fields;
+}
+
+KeloAPI::URLRequest Endpoint::URLRequest() const {
+    KeloAPI::URLRequest request;
+    const std::string where = path();
+    if (where.find("http") == std::string::npos) {
+        const auto base = URL::parse(_session->schema() + _session->host());
+        require(base.has_value(), "scheme and host of a session form no URL");
+        request.url = base->appendingPathComponent(where);
+    } else {
+        request.url = URL::parse(where);
+    }
+    request.headerFields = headerFields();
+    request.originBoundFields.emplace(sessionIdField);
+    request.method = method();
+    // What cannot be encoded is left out; the request goes as far as it was encoded.
+    static_cast<void>(parameterEncoding().encode(request, parameters()));
+    return request;
+}
+
+std::shared_ptr<EndpointRequest> Endpoint::send(std::shared_ptr<const EndpointCall> call) {
+    return deliver(_session->request(*this), std::move(call));
+}
+
+std::shared_ptr<EndpointRequest> Endpoint::sendUpload(std::shared_ptr<const EndpointCall> call,
+                                                      Data data) {
+    return deliver(_session->upload(*this, std::move(data)), std::move(call));
+}
+
+void Endpoint::download(const URL& destinationUrl, DownloadCompletion completionHandler) {
+    // The endpoint lives until its completion has run, as in every other call.
+    _session->download(*this, destinationUrl,
+                       [self = shared_from_this(), completionHandler = std::move(completionHandler)](
+                           const URL& url, std::optional<Error> error) {
+                           completionHandler(url, std::move(error));
+                       });
+}
+
+std::shared_ptr<EndpointRequest> Endpoint::request(TextCompletion completionHandler) {
+    const auto request = _session->request(*this);
+    auto handle = AlamofireEndpointRequest::create(request);
+    request->response<std::string>(
+        serializeText, [self = shared_from_this(), completionHandler = std::move(completionHandler)](
+                           Result<std::string> text, const Timeline&) {
+            if (text) {
+                completionHandler(std::move(text.value()), std::nullopt);
+            } else {
+                completionHandler(std::nullopt, text.error());
+            }
+        });
+    return handle;
+}
+
+std::shared_ptr<EndpointRequest> Endpoint::deliver(const std::shared_ptr<Request>& request,
+                                                   std::shared_ptr<const EndpointCall> call) {
+    auto handle = AlamofireEndpointRequest::create(request);
+    request->response([self = shared_from_this(), call = std::move(call)](
+                          const ResponseContent& content, Timeline timeline) -> Request::Completion {
+        Diagnostics::write(content.request.url ? content.request.description() : "nil");
+        const auto items = call->collector();
+        ResponseEnvelope envelope = keloModelResponseSerializer(content, *items);
+        timeline.serializationCompletedTime = now();
+        return [self, call, items, envelope = std::move(envelope), timeline] {
+            if (envelope.error) {
+                self->handOver(*envelope.error, call);
+            }
+            call->complete(*items, envelope.metadata, timeline, envelope.error);
+        };
+    });
+    return handle;
+}
+
+void Endpoint::handOver(const Error& error, const std::shared_ptr<const EndpointCall>& call) {
+    const auto code = error.integer(KLAPIStatusCodeKey);
+    if (code != 100 && code != 103 && code != 419) {
+        return;
+    }
+    const auto self = shared_from_this();
+    const EndpointRetry retry = [self, call] { self->send(call); };
+    if (code != 419) {
+        _session->endpointRequiresAuth(self, retry);
+    } else if (const auto captchaUrl = error.url(KLCaptchaUrlKey)) {
+        _session->endpointRequiresCaptcha(self, *captchaUrl, retry);
+    } else {
+        Diagnostics::write("got captcha error but no url supplied!");
+    }
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,221 @@
+#pragma once
+
+#include <KeloAPI/api/EndpointErrorHandler.hpp>
+#include <KeloAPI/api/EndpointRequest.hpp>
+#include <KeloAPI/api/ResponseEnvelope.hpp>
+#include <KeloAPI/api/Session.hpp>
+#include <KeloAPI/parsing/JsonParser.hpp>
+#include <KeloAPI/parsing/Metadata.hpp>
+#include <KeloAPI/platform/Data.hpp>
+#include <KeloAPI/platform/Error.hpp>
+#include <KeloAPI/platform/Export.hpp>
+#include <KeloAPI/platform/Object.hpp>
+#include <KeloAPI/platform/Parameters.hpp>
+#include <KeloAPI/platform/http/Method.hpp>
+#include <KeloAPI/platform/http/ParameterEncoding.hpp>
+#include <KeloAPI/platform/http/Timeline.hpp>
+#include <KeloAPI/platform/http/URLRequest.hpp>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace KeloAPI {
+
+/// One send of an endpoint, its item type hidden: makes the collector that parses an answer, and
+/// takes that answer in the end. A retry uses the same call again.
+class KELO_API EndpointCall {
+public:
+    EndpointCall() = default;
+    EndpointCall(const EndpointCall&) = delete;
+    EndpointCall& operator=(const EndpointCall&) = delete;
+    virtual ~EndpointCall();
+
+    /// A fresh collector for one answer. On the response queue.
+    virtual std::shared_ptr<RecordCollector> collector() const = 0;
+    /// Hands an answer to the caller. On the main queue.
+    virtual void complete(RecordCollector& items, std::optional<Metadata> metadata,
+                          const Timeline& timeline, std::optional<Error> error) const = 0;
+};
+
+/// The base of every API call. A derived class says where a call goes (`path`, `method`,
+/// `parameters` and their encoding) and then sends it; this class makes the request, reads the
+/// answer's envelope and hands the outcome out.
+///
+/// A call's lifecycle:
+///  1. The send operation makes the URL request from the endpoint's and the session's values of
+///     that moment, on the calling thread, and returns the call's handle at once.
+///  2. While bytes move, the handle's progress handler is called on the main queue.
+///  3. The answer is parsed on the session manager's response queue, and one trace line is written.
+///  4. On the main queue, the service codes 100 and 103 (sign in again) and 419 (captcha) go to
+///     the session, together with a retry that sends this endpoint's call again from scratch.
+///  5. Right after that the completion is called: always, exactly once for each send, and never
+///     inside the call that sent. A retry that the session releases is another send and ends in
+///     another call of the same completion.
+/// The endpoint, the parser and the completion live until then, and as long as a retry waits.
+///
+/// Endpoints are made by `create` functions only, as shared pointers. One endpoint serves one call
+/// at a time, from one thread at a time; different endpoints are independent.
+class KELO_API Endpoint : public Object,
+                          public URLRequestConvertible,
+                          public std::enable_shared_from_this<Endpoint> {
+public:
+    /// Takes the text of an answer, or the error in its place.
+    using TextCompletion =
+        std::function<void(std::optional<std::string> text, std::optional<Error> error)>;
+    using DownloadCompletion = Session::DownloadCompletion;
+
+    /// Where the call goes: a path below the service's root, or a complete URL (a path that holds
+    /// "http" anywhere is taken for one). Empty by default.
+    virtual const std::string& path() const;
+    virtual void setPath(std::string path);
+    /// `GET` by default.
+    virtual Method method() const;
+    virtual void setMethod(Method method);
+    /// Into the query string by default.
+    virtual ParameterEncoding parameterEncoding() const;
+    virtual void setParameterEncoding(ParameterEncoding parameterEncoding);
+    /// None by default.
+    virtual const Parameters& parameters() const;
+    virtual void setParameters(Parameters parameters);
+    /// The header fields of the call, each only where the session has a value for it:
+    /// "Accept-Language", "User-Agent", "X-Kelo-Client", "kelo-session-id", and "X-Kelo-Polling"
+    /// with "true" for a background poll.
+    virtual HeaderFields headerFields() const;
+    /// The request that is sent, made anew at every call. A base URL that is none stops the
+    /// process; a path that should be a URL and is none makes a request without one.
+    KeloAPI::URLRequest URLRequest() const override;
+    /// Sends the call, its type hidden; what the `request` template ends in.
+    virtual std::shared_ptr<EndpointRequest> send(std::shared_ptr<const EndpointCall> call);
+    /// The same with `data` as the body.
+    virtual std::shared_ptr<EndpointRequest> sendUpload(std::shared_ptr<const EndpointCall> call,
+                                                        Data data);
+    /// Sends the call and keeps the answer as the file `destinationUrl`. No envelope is read, and
+    /// there is no handle.
+    virtual void download(const URL& destinationUrl, DownloadCompletion completionHandler);
+    /// Sends the call and hands out the answer's body as text, whatever it says.
+    virtual std::shared_ptr<EndpointRequest> request(TextCompletion completionHandler);
+
+    /// Sends the call and parses the answer: `completionHandler(items, metadata, timeline, error)`
+    /// with a `std::vector<std::shared_ptr<P::T>>` (empty with an error), a
+    /// `std::optional<Metadata>` (present for a list), a `const Timeline&` and a
+    /// `std::optional<Error>`.
+    template <class P, class Completion>
+    std::shared_ptr<EndpointRequest> request(std::shared_ptr<P> parser,
+                                             Completion completionHandler);
+
+    /// As `request`, with `data` as the body. A retry sends the call without it.
+    template <class P, class Completion>
+    std::shared_ptr<EndpointRequest> upload(std::shared_ptr<P> parser, Data data,
+                                            Completion completionHandler);
+
+    /// Never null.
+    const std::shared_ptr<Session>& session() const { return _session; }
+
+    /// An endpoint of no particular kind: set its fields, then send.
+    static std::shared_ptr<Endpoint> create(std::shared_ptr<Session> session);
+
+    /// Endpoints are the same when their paths are; nothing else plays a part.
+    friend bool operator==(const Endpoint& a, const Endpoint& b) { return a.path() == b.path(); }
+
+    ~Endpoint() override;
+
+protected:
+    /// Only `make` has one: a constructor that asks for it cannot be called from elsewhere.
+    class Key {
+        friend class Endpoint;
+        Key() = default;
+    };
+
+    /// `session` must not be null.
+    Endpoint(Key key, std::shared_ptr<Session> session);
+
+public:
+    /// Makes an endpoint of a derived class, whose constructor takes a `Key` before `arguments`.
+    template <class E, class... Arguments>
+    static std::shared_ptr<E> make(Arguments&&... arguments);
+
+private:
+    template <class E>
+    class Maker;
+
+    std::shared_ptr<EndpointRequest> deliver(const std::shared_ptr<Request>& request,
+                                             std::shared_ptr<const EndpointCall> call);
+    void handOver(const Error& error, const std::shared_ptr<const EndpointCall>& call);
+
+    std::string _path;
+    Method _method = Method::GET;
+    ParameterEncoding _parameterEncoding = ParameterEncoding::URL;
+    Parameters _parameters;
+    const std::shared_ptr<Session> _session;
+};
+
+namespace detail {
+
+template <class T, class Completion>
+class TypedCall final : public EndpointCall {
+public:
+    TypedCall(std::shared_ptr<const JsonParser<T>> parser, Completion completion)
+        : _parser(std::move(parser)), _completion(std::move(completion)) {}
+
+    std::shared_ptr<RecordCollector> collector() const override {
+        return std::make_shared<ItemCollector<T>>(_parser);
+    }
+    void complete(RecordCollector& items, std::optional<Metadata> metadata,
+                  const Timeline& timeline, std::optional<Error> error) const override {
+        _completion(static_cast<ItemCollector<T>&>(items).take(), std::move(metadata), timeline,
+                    std::move(error));
+    }
+
+private:
+    std::shared_ptr<const JsonParser<T>> _parser;
+    mutable Completion _completion;
+};
+
+template <class P, class Completion>
+std::shared_ptr<const EndpointCall> typedCall(std::shared_ptr<P> parser, Completion completion) {
+    return std::make_shared<TypedCall<typename P::T, Completion>>(std::move(parser),
+                                                                  std::move(completion));
+}
+
+} // namespace detail
+
+/// Lets a constructor be reached that is protected in the endpoint's class.
+template <class E>
+class Endpoint::Maker final : public E {
+public:
+    template <class... Arguments>
+    explicit Maker(Key key, Arguments&&... arguments)
+        : E(key, std::forward<Arguments>(arguments)...) {}
+};
+
+template <class E, class... Arguments>
+std::shared_ptr<E> Endpoint::make(Arguments&&... arguments) {
+    return std::make_shared<Maker<E>>(Key(), std::forward<Arguments>(arguments)...);
+}
+
+template <class P, class Completion>
+std::shared_ptr<EndpointRequest> Endpoint::request(std::shared_ptr<P> parser,
+                                                   Completion completionHandler) {
+    return send(detail::typedCall(std::move(parser), std::move(completionHandler)));
+}
+
+template <class P, class Completion>
+std::shared_ptr<EndpointRequest> Endpoint::upload(std::shared_ptr<P> parser, Data data,
+                                                  Completion completionHandler) {
+    return sendUpload(detail::typedCall(std::move(parser), std::move(completionHandler)),
+                      std::move(data));
+}
+
+} // namespace KeloAPI
+
+/// The hash of an endpoint is that of its path.
+template <>
+struct std::hash<KeloAPI::Endpoint> {
+    std::size_t operator()(const KeloAPI::Endpoint& endpoint) const {
+        return std::hash<std::string>()(endpoint.path());
+    }
+};

@@ -1,0 +1,116 @@
+#include <KeloAPI/api/ResponseEnvelope.hpp>
+
+#include <KeloAPI/platform/http/ResponseSerializers.hpp>
+#include <KeloAPI/Settings.hpp>
+
+#include <cstdint>
+#include <exception>
+#include <string>
+
+namespace KeloAPI {
+
+namespace {
+
+constexpr std::int64_t envelopeErrorCode = -1;
+constexpr std::int64_t captchaCode = 419;
+
+Error envelopeError(const char* message, std::optional<Error> underlying = {}) {
+    return Error::withMessage(Settings::errorDomain, envelopeErrorCode, message,
+                              std::move(underlying));
+}
+
+Error serviceError(std::string_view message, const JsonValue& code, const JsonValue& data) {
+    const std::int64_t status = code.integer().value_or(envelopeErrorCode);
+    Error::UserInfo info;
+    info.emplace(NSLocalizedDescriptionKey, std::string(message));
+    info.emplace(KLAPIStatusCodeKey, Number::of(status));
+    if (const auto text = data.text(); text && status == captchaCode) {
+        if (auto url = URL::parse(*text)) {
+            info.emplace(KLCaptchaUrlKey, *std::move(url));
+        }
+    }
+    return {Settings::errorDomain, status, std::move(info)};
+}
+
+/// What a parser has just thrown, as an error value; the record's position goes with it.
+Error thrownError(std::optional<std::size_t> record) {
+    std::optional<Error> cause;
+    try {
+        throw;
+    } catch (const JsonParseError& error) {
+        cause = error.error();
+    } catch (const std::exception& error) {
+        cause = Error::withMessage("KeloAPI.Exception", 0, error.what());
+    } catch (...) {
+        cause = Error::withMessage("KeloAPI.Exception", 0, "an exception of an unknown type");
+    }
+    if (!record) {
+        return *cause;
+    }
+    Error::UserInfo info = cause->userInfo();
+    info.emplace("record", Number::of(static_cast<std::uint64_t>(*record)));
+    return {cause->domain(), cause->code(), std::move(info)};
+}
+
+ResponseEnvelope parsingFailed(RecordCollector& records, std::optional<std::size_t> record) {
+    const Error cause = thrownError(record);
+    records.clear();
+    return {std::nullopt, envelopeError("Unable to parse posts from response", cause)};
+}
+
+ResponseEnvelope readList(const JsonObject& data, const JsonObjectList& list,
+                          RecordCollector& records) {
+    std::size_t position = 0;
+    try {
+        records.reserve(list.size());
+        for (const JsonObject record : list) {
+            records.parse(record);
+            ++position;
+        }
+    } catch (...) {
+        return parsingFailed(records, position);
+    }
+    return {Metadata(data), std::nullopt};
+}
+
+ResponseEnvelope readSingle(const JsonObject& data, RecordCollector& records) {
+    if (data.empty()) {
+        return {};
+    }
+    try {
+        records.parse(data);
+    } catch (...) {
+        return parsingFailed(records, std::nullopt);
+    }
+    return {};
+}
+
+} // namespace
+
+RecordCollector::~RecordCollector() = default;
+
+ResponseEnvelope keloModelResponseSerializer(const ResponseContent& content,
+                                             RecordCollector& records) {
+    const auto document = serializeJSON(content);
+    if (!document) {
+        return {std::nullopt, document.error()};
+    }
+    const auto root = document.value().root().object();
+    if (!root) {
+        return {std::nullopt, envelopeError("Data section in response is missing")};
+    }
+    const auto [error, code, data] = root->values("error", "code", "data");
+    if (const auto message = error.text(); message && !message->empty()) {
+        return {std::nullopt, serviceError(*message, code, data)};
+    }
+    const auto object = data.object();
+    if (!object) {
+        return {std::nullopt, envelopeError("Malformed data section in response")};
+    }
+    if (const auto list = (*object)["records"].objects()) {
+        return readList(*object, *list, records);
+    }
+    return readSingle(*object, records);
+}
+
+} // namespace KeloAPI

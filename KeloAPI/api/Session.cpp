@@ -1,0 +1,129 @@
+#include <KeloAPI/api/Session.hpp>
+
+#include <KeloAPI/api/Certificates.hpp>
+#include <KeloAPI/platform/http/ServerTrustPolicy.hpp>
+#include <KeloAPI/Settings.hpp>
+
+#include <map>
+#include <utility>
+
+namespace KeloAPI {
+
+SessionDelegate::~SessionDelegate() = default;
+EndpointErrorHandler::~EndpointErrorHandler() = default;
+
+Session::Session(SessionType sessionType) : _sessionType(sessionType) {}
+
+Session::~Session() = default;
+
+std::shared_ptr<SessionDelegate> Session::delegate() const {
+    const std::lock_guard lock(_delegateMutex);
+    return _delegate.lock();
+}
+
+void Session::setDelegate(const std::shared_ptr<SessionDelegate>& delegate) {
+    const std::lock_guard lock(_delegateMutex);
+    _delegate = delegate;
+}
+
+std::string Session::host() {
+    const auto asked = delegate();
+    return (asked ? asked->hostForSession(*this) : std::nullopt)
+        .value_or(std::string(Settings::apiHost));
+}
+
+std::string Session::schema() {
+    const auto asked = delegate();
+    return (asked ? asked->schemaForSession(*this) : std::nullopt).value_or("https://");
+}
+
+std::optional<std::string> Session::sessionId() {
+    const auto asked = delegate();
+    return asked ? asked->sessionKeyForSession(*this) : std::nullopt;
+}
+
+std::optional<std::string> Session::acceptLanguage() {
+    const auto asked = delegate();
+    return asked ? asked->acceptLanguageForSession(*this) : std::nullopt;
+}
+
+std::optional<std::string> Session::userAgent() {
+    const auto asked = delegate();
+    return asked ? asked->userAgentForSession(*this) : std::nullopt;
+}
+
+std::optional<std::string> Session::keloClient() {
+    const auto asked = delegate();
+    return asked ? asked->keloClientForSession(*this) : std::nullopt;
+}
+
+bool Session::polling() {
+    const auto asked = delegate();
+    return asked && asked->isPollingForSession(*this);
+}
+
+std::shared_ptr<Manager> Session::sessionManager() {
+    const std::lock_guard lock(_managerMutex);
+    if (!_sessionManager) {
+        std::map<std::string, ServerTrustPolicy> policies;
+        policies.emplace(host(), PinCertificates{Certificates::chain()});
+        _sessionManager =
+            std::make_shared<Manager>(ServerTrustPolicyManager(std::move(policies)));
+    }
+    return _sessionManager;
+}
+
+void Session::setSessionManager(std::shared_ptr<Manager> manager) {
+    const std::lock_guard lock(_managerMutex);
+    _sessionManager = std::move(manager);
+}
+
+std::shared_ptr<Request> Session::request(const URLRequestConvertible& convertible) {
+    return sessionManager()->request(convertible);
+}
+
+std::shared_ptr<Request> Session::upload(const URLRequestConvertible& convertible, Data data) {
+    return sessionManager()->upload(convertible, std::move(data));
+}
+
+void Session::download(const URLRequestConvertible& convertible, const URL& destinationUrl,
+                       DownloadCompletion completionHandler) {
+    const auto request = sessionManager()->download(
+        convertible, [destinationUrl](const HTTPResponse&) { return destinationUrl; });
+    request->response([destinationUrl, completionHandler = std::move(completionHandler)](
+                          const ResponseContent& content, Timeline) -> Request::Completion {
+        return [destinationUrl, completionHandler, error = content.error] {
+            completionHandler(destinationUrl, error);
+        };
+    });
+}
+
+void Session::handleQueuedRetries(bool shouldRetry) {
+    if (shouldRetry) {
+        // A retry may queue another one; the list that is walked must not grow underneath.
+        const std::vector<EndpointRetry> retries = _queuedRetries;
+        for (const EndpointRetry& retry : retries) {
+            retry();
+        }
+    }
+    _queuedRetries.clear();
+}
+
+void Session::endpointRequiresAuth(const std::shared_ptr<Endpoint>&, EndpointRetry retry) {
+    if (retry) {
+        _queuedRetries.push_back(std::move(retry));
+    }
+    if (const auto told = delegate()) {
+        told->reauthRequiredForSession(*this);
+    }
+}
+
+void Session::endpointRequiresCaptcha(const std::shared_ptr<Endpoint>&, const URL& captchaUrl,
+                                      EndpointRetry retry) {
+    const auto asked = delegate();
+    if (asked && asked->shouldHandleCaptchaForSession(*this, captchaUrl) && retry) {
+        _queuedRetries.push_back(std::move(retry));
+    }
+}
+
+} // namespace KeloAPI

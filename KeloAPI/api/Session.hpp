@@ -1,0 +1,102 @@
+#pragma once
+
+#include <KeloAPI/api/EndpointErrorHandler.hpp>
+#include <KeloAPI/api/SessionDelegate.hpp>
+#include <KeloAPI/platform/Data.hpp>
+#include <KeloAPI/platform/Error.hpp>
+#include <KeloAPI/platform/Export.hpp>
+#include <KeloAPI/platform/Object.hpp>
+#include <KeloAPI/platform/URL.hpp>
+#include <KeloAPI/platform/http/Manager.hpp>
+#include <KeloAPI/platform/http/Request.hpp>
+#include <KeloAPI/platform/http/URLRequest.hpp>
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace KeloAPI {
+
+/// Whether a session's requests act for a signed-in user.
+enum class SessionType : std::uint8_t { Authenticated, UnAuthenticated };
+
+/// One API session: where the service is, what identifies its requests, the connections to it, and
+/// the calls that wait for the host to sign in again or to solve a captcha. What it tells comes
+/// from its delegate, anew at each call, or is the default given below.
+///
+/// Requests may be sent from any thread; the queue of retries belongs to the main queue's thread.
+class KELO_API Session : public Object, public EndpointErrorHandler {
+public:
+    /// Takes the end of a download: the file's URL, and the error if it is not there.
+    using DownloadCompletion = std::function<void(const URL& url, std::optional<Error> error)>;
+
+    /// The server of the host that the session has when it first sends is pinned. Always true.
+    static constexpr bool certificatePinningEnabled = true;
+
+    explicit Session(SessionType sessionType);
+    Session() = delete;
+    ~Session() override;
+
+    /// Held weakly: null when there is none or it has gone.
+    virtual std::shared_ptr<SessionDelegate> delegate() const;
+    virtual void setDelegate(const std::shared_ptr<SessionDelegate>& delegate);
+    /// The service's host; by default the built-in one.
+    virtual std::string host();
+    /// The scheme with "://"; by default "https://".
+    virtual std::string schema();
+    /// Session key of the signed-in user; by default absent.
+    virtual std::optional<std::string> sessionId();
+    /// By default absent.
+    virtual std::optional<std::string> acceptLanguage();
+    virtual std::optional<std::string> userAgent();
+    virtual std::optional<std::string> keloClient();
+    /// Whether requests are background polls; by default false.
+    virtual bool polling();
+    /// Connects to the service. Made at its first use, with the built-in certificates pinned for
+    /// the host that the session has then; a host that the delegate names later is not pinned.
+    virtual std::shared_ptr<Manager> sessionManager();
+    /// Puts another manager in its place, for requests from then on.
+    virtual void setSessionManager(std::shared_ptr<Manager> manager);
+
+    /// Sends a request.
+    virtual std::shared_ptr<Request> request(const URLRequestConvertible& convertible);
+    /// Sends a request with `data` as its body.
+    virtual std::shared_ptr<Request> upload(const URLRequestConvertible& convertible, Data data);
+    /// Sends a request whose answer becomes the file `destinationUrl`, whatever the answer's head
+    /// says. The completion is called on the main queue.
+    virtual void download(const URLRequestConvertible& convertible, const URL& destinationUrl,
+                          DownloadCompletion completionHandler);
+
+    /// Ends the wait of the queued retries: true sends each again, oldest first; false drops them.
+    /// The queue is empty afterwards, retries that were queued meanwhile included.
+    virtual void handleQueuedRetries(bool shouldRetry);
+
+    /// Queues the retry, if any, and tells the delegate. Without a delegate the retry waits all the
+    /// same.
+    void endpointRequiresAuth(const std::shared_ptr<Endpoint>& endpoint,
+                              EndpointRetry retry) override;
+    /// Asks the delegate and queues the retry, if any, when the answer is true. Without a delegate
+    /// the retry is dropped.
+    void endpointRequiresCaptcha(const std::shared_ptr<Endpoint>& endpoint, const URL& captchaUrl,
+                                 EndpointRetry retry) override;
+
+    SessionType sessionType() const { return _sessionType; }
+
+    /// How many retries wait.
+    std::size_t queuedRetryCount() const { return _queuedRetries.size(); }
+
+private:
+    std::vector<EndpointRetry> _queuedRetries;
+    const SessionType _sessionType;
+    mutable std::mutex _delegateMutex;
+    std::weak_ptr<SessionDelegate> _delegate;
+    std::mutex _managerMutex;
+    std::shared_ptr<Manager> _sessionManager;
+};
+
+} // namespace KeloAPI

@@ -1,0 +1,40 @@
+#include <KeloAPI/endpoints/MeEndpoint.hpp>
+
+#include <KeloAPI/api/Api.hpp>
+#include <KeloAPI/model/KLWatchUser.hpp>
+#include <KeloAPI/platform/Contract.hpp>
+
+#include <utility>
+
+namespace KeloAPI {
+
+MeEndpoint::MeEndpoint(Key key, std::shared_ptr<Session> session)
+    : Endpoint(key, std::move(session)) {
+    setPath("users/me");
+}
+
+MeEndpoint::~MeEndpoint() = default;
+
+std::shared_ptr<MeEndpoint> MeEndpoint::create() {
+    return create(Api::session(SessionType::Authenticated));
+}
+
+std::shared_ptr<MeEndpoint> MeEndpoint::create(std::shared_ptr<Session> session) {
+    return make<MeEndpoint>(std::move(session));
+}
+
+void MeEndpoint::get(std::function<void(const MeResult&)> completion) {
+    request(std::make_shared<UserParser>(),
+            [completion = std::move(completion)](std::vector<std::shared_ptr<KLWatchUser>> users,
+                                                 std::optional<Metadata>, const Timeline&,
+                                                 std::optional<Error> error) {
+                if (error) {
+                    completion(MeResult::Error{*std::move(error)});
+                    return;
+                }
+                require(!users.empty(), "users/me answered no user");
+                completion(MeSuccess{std::move(users.front())});
+            });
+}
+
+} // namespace KeloAPI

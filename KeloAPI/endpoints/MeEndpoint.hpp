@@ -1,0 +1,38 @@
+#pragma once
+
+#include <KeloAPI/api/Endpoint.hpp>
+#include <KeloAPI/api/Outcome.hpp>
+#include <KeloAPI/platform/Export.hpp>
+
+#include <functional>
+#include <memory>
+
+namespace KeloAPI {
+
+class KLWatchUser;
+
+/// What `MeEndpoint::get` brings.
+struct MeSuccess {
+    /// The signed-in user; never null.
+    std::shared_ptr<KLWatchUser> user;
+};
+
+using MeResult = Outcome<MeSuccess>;
+
+/// Reads the signed-in user: GET users/me.
+class KELO_API MeEndpoint : public Endpoint {
+public:
+    /// On the authenticated session, with `Api::sessionDelegate()`.
+    static std::shared_ptr<MeEndpoint> create();
+    static std::shared_ptr<MeEndpoint> create(std::shared_ptr<Session> session);
+    ~MeEndpoint() override;
+
+    /// The completion runs on the main queue. An answer without error and without a user stops the
+    /// process: the service rules it out.
+    void get(std::function<void(const MeResult& result)> completion);
+
+protected:
+    MeEndpoint(Key key, std::shared_ptr<Session> session);
+};
+
+} // namespace KeloAPI

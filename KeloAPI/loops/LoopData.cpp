@@ -1,0 +1,53 @@
+#include <KeloAPI/loops/LoopData.hpp>
+
+#include <KeloAPI/platform/Contract.hpp>
+
+#include <chrono>
+
+namespace KeloAPI {
+
+LoopData::LoopData(Number initialCount, Number initialVelocity)
+    : count(initialCount), velocity(initialVelocity), created(now()) {}
+
+LoopData::~LoopData() = default;
+
+void LoopData::addLoops(std::uint64_t n) {
+    std::uint64_t sum = 0;
+    require(!__builtin_add_overflow(count.uint64Value(), n, &sum), "loop count overflows");
+    count = Number::of(sum);
+}
+
+std::uint64_t LoopData::loopsSinceCreation() const {
+    constexpr double twoTo64 = 18446744073709551616.0;
+    const double rate = velocity.doubleValue();
+    const double elapsed = std::chrono::duration<double>(now() - created).count();
+    const double product = rate * elapsed;
+    // Written so that not-a-number fails it too.
+    require(product >= 0.0 && product < twoTo64, "estimated loops are no 64-bit count");
+    return static_cast<std::uint64_t>(product);
+}
+
+LoopDataParser::~LoopDataParser() = default;
+
+std::shared_ptr<LoopData> LoopDataParser::parse(const JsonObject& json) const {
+    const auto [count, velocity, created, onFire] =
+        json.values("count", "velocity", "created", "onFire");
+    const auto loops = count.number();
+    if (!loops) {
+        throw JsonParseError(JsonParseError::InsufficientData, "count");
+    }
+    const auto rate = velocity.number();
+    if (!rate) {
+        throw JsonParseError(JsonParseError::InsufficientData, "velocity");
+    }
+    auto data = std::make_shared<LoopData>(*loops, *rate);
+    if (const auto text = created.text()) {
+        if (const auto date = dateFormatter().date(*text)) {
+            data->created = *date;
+        }
+    }
+    data->onFire = onFire.boolean().value_or(false);
+    return data;
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,52 @@
+#include <KeloAPI/model/KLPostSource.hpp>
+
+#include <utility>
+
+namespace KeloAPI {
+
+namespace {
+
+std::optional<std::string> text(const JsonValue& value) {
+    const auto view = value.text();
+    return view ? std::optional<std::string>(*view) : std::nullopt;
+}
+
+std::optional<URL> url(const JsonValue& value) {
+    const auto view = value.text();
+    return view ? URL::parse(*view) : std::nullopt;
+}
+
+} // namespace
+
+std::optional<KLPostSourceContentType> contentTypeOf(std::int64_t rawValue) {
+    if (rawValue < 0 || rawValue > 3) {
+        return std::nullopt;
+    }
+    return static_cast<KLPostSourceContentType>(rawValue);
+}
+
+KLPostSource::KLPostSource(std::string postId, std::string userId)
+    : _postId(std::move(postId)), _userId(std::move(userId)) {}
+
+KLPostSource::~KLPostSource() = default;
+
+std::shared_ptr<KLPostSource> KLPostSource::fromJSON(const JsonObject& json) {
+    const auto values = json.values("postId", "contentType", "userId", "username", "description",
+                                    "thumbnailUrl", "avatarUrl");
+    const auto postId = values[0].number();
+    const auto userId = values[2].number();
+    if (!postId || !userId) {
+        return nullptr;
+    }
+    const std::shared_ptr<KLPostSource> source(
+        new KLPostSource(postId->stringValue(), userId->stringValue()));
+    source->_contentType = contentTypeOf(values[1].integer().value_or(0))
+                               .value_or(KLPostSourceContentType::Unknown);
+    source->_username = text(values[3]);
+    source->_caption = text(values[4]);
+    source->thumbnailUrl = url(values[5]);
+    source->avatarUrl = url(values[6]);
+    return source;
+}
+
+} // namespace KeloAPI

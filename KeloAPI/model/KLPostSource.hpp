@@ -1,0 +1,57 @@
+#pragma once
+
+#include <KeloAPI/platform/Export.hpp>
+#include <KeloAPI/platform/Json.hpp>
+#include <KeloAPI/platform/Object.hpp>
+#include <KeloAPI/platform/URL.hpp>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace KeloAPI {
+
+/// What one post took from another; the raw values are the wire's.
+enum class KLPostSourceContentType : std::int64_t {
+    Unknown = 0,
+    Audio = 1,
+    Video = 2,
+    SoundboardAudio = 3,
+};
+
+/// The content type with this raw value; none outside 0 to 3.
+KELO_API std::optional<KLPostSourceContentType> contentTypeOf(std::int64_t rawValue);
+
+/// The post whose content another post reuses.
+class KELO_API KLPostSource final : public Object {
+public:
+    /// "avatarUrl" and "thumbnailUrl"; absent when missing or no URL.
+    std::optional<URL> avatarUrl;
+    std::optional<URL> thumbnailUrl;
+
+    /// Null when "postId" or "userId" is missing or no number.
+    static std::shared_ptr<KLPostSource> fromJSON(const JsonObject& json);
+    KLPostSource() = delete;
+    ~KLPostSource() override;
+
+    /// "postId" and "userId", as decimal text.
+    const std::string& postId() const { return _postId; }
+    const std::string& userId() const { return _userId; }
+    /// "username" and "description"; absent when missing or no text.
+    const std::optional<std::string>& username() const { return _username; }
+    const std::optional<std::string>& caption() const { return _caption; }
+    /// "contentType"; `Unknown` when missing or outside its values.
+    KLPostSourceContentType contentType() const { return _contentType; }
+
+private:
+    KLPostSource(std::string postId, std::string userId);
+
+    std::string _postId;
+    std::string _userId;
+    std::optional<std::string> _username;
+    std::optional<std::string> _caption;
+    KLPostSourceContentType _contentType = KLPostSourceContentType::Unknown;
+};
+
+} // namespace KeloAPI

@@ -1,0 +1,9 @@
+#include <KeloAPI/model/KLRekelo.hpp>
+
+#include <KeloAPI/model/KLWatchUser.hpp>
+
+namespace KeloAPI {
+
+KLRekelo::~KLRekelo() = default;
+
+} // namespace KeloAPI

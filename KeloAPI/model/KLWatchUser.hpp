@@ -1,0 +1,40 @@
+#pragma once
+
+#include <KeloAPI/parsing/JsonParser.hpp>
+#include <KeloAPI/platform/Export.hpp>
+#include <KeloAPI/platform/Object.hpp>
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace KeloAPI {
+
+class LoopData;
+
+/// What a watch screen needs of a user. One thread at a time.
+class KELO_API KLWatchUser final : public Object {
+public:
+    /// "username".
+    std::optional<std::string> username;
+    /// The user's loop counter, from "loopCount" and "loopVelocity"; null when there is none.
+    std::shared_ptr<LoopData> loopData;
+
+    KLWatchUser() = default;
+    ~KLWatchUser() override;
+};
+
+/// Makes a user of any object; never throws. A missing "username" is an empty one, and one that is
+/// no text is absent. The loop counter takes both of its keys as numbers.
+class KELO_API UserParser final : public JsonParser<KLWatchUser> {
+public:
+    UserParser() = default;
+    ~UserParser() override;
+    std::shared_ptr<KLWatchUser> parse(const JsonObject& json) const override;
+};
+
+/// The user in a record: the object under "user" where there is one, otherwise what the record
+/// itself says of a user.
+KELO_API std::shared_ptr<KLWatchUser> parseUser(const JsonObject& json);
+
+} // namespace KeloAPI

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <KeloAPI/parsing/JsonParser.hpp>
+#include <KeloAPI/platform/Export.hpp>
+#include <KeloAPI/platform/Object.hpp>
+
+#include <exception>
+#include <functional>
+#include <memory>
+#include <utility>
+
+namespace KeloAPI {
+
+/// A parser whose type does not say what it makes. Meant to be derived from.
+class KELO_API AnyObjectJsonParser : public JsonParser<Object> {
+public:
+    AnyObjectJsonParser() = default;
+    ~AnyObjectJsonParser() override;
+
+    /// Throws `JsonParseError::NotImplemented` unless overridden.
+    std::shared_ptr<Object> parse(const JsonObject& json) const override;
+
+protected:
+    AnyObjectJsonParser(const AnyObjectJsonParser&) = default;
+    AnyObjectJsonParser& operator=(const AnyObjectJsonParser&) = default;
+};
+
+/// Wraps any parser as one whose type does not say what it makes.
+class KELO_API AnyObjectParserAdaptor final : public AnyObjectJsonParser {
+public:
+    template <class P>
+    explicit AnyObjectParserAdaptor(std::shared_ptr<P> parser)
+        : _jsonParser([parser = std::move(parser)](const JsonObject& json) -> Outcome {
+            try {
+                return {parser->parse(json), nullptr};
+            } catch (...) {
+                return {nullptr, std::current_exception()};
+            }
+        }) {}
+    ~AnyObjectParserAdaptor() override;
+
+    /// What the wrapped parser makes. Its error is thrown on; where it makes nothing,
+    /// `JsonParseError::InsufficientData`.
+    std::shared_ptr<Object> parse(const JsonObject& json) const override;
+
+private:
+    using Outcome = std::pair<std::shared_ptr<Object>, std::exception_ptr>;
+    std::function<Outcome(const JsonObject&)> _jsonParser;
+};
+
+} // namespace KeloAPI

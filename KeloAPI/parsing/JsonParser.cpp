@@ -1,0 +1,30 @@
+#include <KeloAPI/parsing/JsonParser.hpp>
+
+#include <KeloAPI/platform/NeverDestroyed.hpp>
+
+namespace KeloAPI {
+
+namespace {
+
+const DateFormatter& cachedDateFormatter() {
+    static NeverDestroyed<const DateFormatter> formatter;
+    return *formatter;
+}
+
+} // namespace
+
+const DateFormatter& JsonParserBase::dateFormatter() const {
+    return cachedDateFormatter();
+}
+
+std::optional<std::string> JsonParserBase::parseId(const JsonValue& value) const {
+    if (const auto text = value.text()) {
+        return std::string(*text);
+    }
+    if (const auto number = value.number()) {
+        return number->stringValue();
+    }
+    return std::nullopt;
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <KeloAPI/parsing/JsonParseError.hpp>
+#include <KeloAPI/platform/Date.hpp>
+#include <KeloAPI/platform/Export.hpp>
+#include <KeloAPI/platform/Json.hpp>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace KeloAPI {
+
+/// What every parser can do, whatever it makes. Usable on any thread.
+class KELO_API JsonParserBase {
+public:
+    /// The one formatter that reads the service's dates: the same object on every call.
+    const DateFormatter& dateFormatter() const;
+
+    /// An identifier that may come as text or as a number: the text itself, or the number's decimal
+    /// text. Absent for a value that does not exist and for any other kind.
+    std::optional<std::string> parseId(const JsonValue& value) const;
+
+protected:
+    JsonParserBase() = default;
+    JsonParserBase(const JsonParserBase&) = default;
+    JsonParserBase& operator=(const JsonParserBase&) = default;
+    ~JsonParserBase() = default;
+};
+
+/// Makes an object of type `Item` from a JSON object. Parsers have no state that changes: one may
+/// be used any number of times and on any thread.
+///
+/// The common shape: required keys that are missing or of another kind make `parse` throw
+/// `JsonParseError::InsufficientData`; optional ones leave their property absent.
+template <class Item>
+class JsonParser : public JsonParserBase {
+public:
+    /// What this parser makes.
+    using T = Item;
+
+    virtual ~JsonParser() = default;
+
+    /// The object that `json` describes; throws where it describes none.
+    virtual std::shared_ptr<T> parse(const JsonObject& json) const = 0;
+
+    /// The objects of a list, in order. With `ignoreError` those that fail are left out; without,
+    /// the first failure is thrown and nothing is returned.
+    std::vector<std::shared_ptr<T>> parseArray(const JsonObjectList& array,
+                                               bool ignoreError = false) const;
+
+protected:
+    JsonParser() = default;
+    JsonParser(const JsonParser&) = default;
+    JsonParser& operator=(const JsonParser&) = default;
+};
+
+template <class Item>
+std::vector<std::shared_ptr<Item>> JsonParser<Item>::parseArray(const JsonObjectList& array,
+                                                                bool ignoreError) const {
+    std::vector<std::shared_ptr<Item>> items;
+    items.reserve(array.size());
+    for (const JsonObject json : array) {
+        try {
+            items.push_back(parse(json));
+        } catch (...) {
+            if (!ignoreError) {
+                throw;
+            }
+        }
+    }
+    return items;
+}
+
+} // namespace KeloAPI

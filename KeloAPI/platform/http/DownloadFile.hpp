@@ -1,0 +1,42 @@
+#pragma once
+
+#include <KeloAPI/platform/Error.hpp>
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace KeloAPI {
+
+/// A file in the making: written under a temporary name beside its destination, which it replaces
+/// in one step when it is complete. Without `commit` the destination stays as it was and the
+/// temporary file goes.
+class DownloadFile {
+public:
+    /// Opens the temporary file; what fails is told by `error`.
+    explicit DownloadFile(std::string destination);
+    DownloadFile(const DownloadFile&) = delete;
+    DownloadFile& operator=(const DownloadFile&) = delete;
+    ~DownloadFile();
+
+    /// False once something has failed.
+    bool append(std::string_view bytes);
+
+    /// Flushes to the disk and takes the destination's place. False when something failed.
+    bool commit();
+
+    /// What failed first; absent while nothing has.
+    const std::optional<Error>& error() const { return _error; }
+
+private:
+    bool flush();
+    bool fail(const char* what);
+
+    std::string _destination;
+    std::string _temporary;
+    std::string _pending;
+    int _file = -1;
+    std::optional<Error> _error;
+};
+
+} // namespace KeloAPI

@@ -1,0 +1,55 @@
+#include <KeloAPI/platform/http/DownloadRequest.hpp>
+
+#include <KeloAPI/platform/http/HTTPError.hpp>
+
+namespace KeloAPI {
+
+namespace {
+
+Error statusError(int status) {
+    Error::UserInfo info;
+    info.emplace(NSLocalizedDescriptionKey,
+                 "the server answered with status " + std::to_string(status));
+    info.emplace(HTTPStatusCodeKey, Number::of(status));
+    return {HTTPErrorDomain, static_cast<std::int64_t>(HTTPErrorCode::HTTPStatus), std::move(info)};
+}
+
+} // namespace
+
+void DownloadRequest::receiveResponse(const HTTPResponse& response) {
+    if (response.statusCode >= 400) {
+        _refusal = statusError(response.statusCode);
+        return;
+    }
+    const URL destination = _destination(response);
+    const auto path = destination.filePath();
+    if (!path) {
+        _refusal = httpError(HTTPErrorCode::CannotWriteFile,
+                             destination.absoluteString() + " is no file URL");
+        return;
+    }
+    _file.emplace(*path);
+}
+
+bool DownloadRequest::receiveData(std::string_view bytes) {
+    if (_refusal) {
+        return false;
+    }
+    _received += static_cast<std::int64_t>(bytes.size());
+    reportProgress(_received, head()->expectedContentLength);
+    return _file->append(bytes);
+}
+
+std::optional<Error> DownloadRequest::finish(std::optional<Error> error) {
+    if (!error && !_refusal && _file) {
+        _file->commit();
+    }
+    if (!_refusal && _file && _file->error()) {
+        _refusal = _file->error();
+    }
+    _file.reset();
+    _destination = nullptr;
+    return _refusal ? _refusal : error;
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <KeloAPI/platform/http/DownloadFile.hpp>
+#include <KeloAPI/platform/http/Manager.hpp>
+#include <KeloAPI/platform/http/Request.hpp>
+
+#include <cstdint>
+#include <optional>
+
+namespace KeloAPI {
+
+/// A request whose answer becomes a file.
+class DownloadRequest final : public Request {
+public:
+    DownloadRequest(KeloAPI::URLRequest request, Manager::Destination destination,
+                    std::shared_ptr<SerialQueue> responseQueue)
+        : Request(std::move(request), std::move(responseQueue))
+        , _destination(std::move(destination)) {}
+
+private:
+    void receiveResponse(const HTTPResponse& response) override;
+    bool receiveData(std::string_view bytes) override;
+    void bodySent(std::int64_t, std::int64_t) override {}
+    std::optional<Error> finish(std::optional<Error> error) override;
+
+    Manager::Destination _destination;
+    std::optional<DownloadFile> _file;
+    std::int64_t _received = 0;
+    /// Why the answer is not kept; outranks what the transport says of it.
+    std::optional<Error> _refusal;
+};
+
+} // namespace KeloAPI

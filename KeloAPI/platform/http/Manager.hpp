@@ -1,0 +1,50 @@
+#pragma once
+
+#include <KeloAPI/platform/Data.hpp>
+#include <KeloAPI/platform/Export.hpp>
+#include <KeloAPI/platform/http/Request.hpp>
+#include <KeloAPI/platform/http/ServerTrustPolicy.hpp>
+#include <KeloAPI/platform/http/Transport.hpp>
+#include <KeloAPI/platform/http/URLRequest.hpp>
+
+#include <functional>
+#include <memory>
+
+namespace KeloAPI {
+
+/// Makes and starts requests over one transport, with one queue on which their answers are
+/// serialised. Its requests share connections. When it goes, those in flight end with `Cancelled`.
+/// Usable from any thread.
+class KELO_API Manager {
+public:
+    /// Chooses where a download goes once its head is there: a file URL.
+    using Destination = std::function<URL(const HTTPResponse& response)>;
+
+    /// Over HTTP, each host's certificate judged by `trust`.
+    explicit Manager(ServerTrustPolicyManager trust);
+    /// Over a transport of the caller's own.
+    explicit Manager(std::shared_ptr<Transport> transport);
+    Manager(const Manager&) = delete;
+    Manager& operator=(const Manager&) = delete;
+    ~Manager();
+
+    /// Sends a request whose answer is gathered in memory.
+    std::shared_ptr<Request> request(const URLRequestConvertible& convertible);
+
+    /// As `request`, with `data` as the body in place of any that the request has.
+    std::shared_ptr<Request> upload(const URLRequestConvertible& convertible, Data data);
+
+    /// Sends a request whose answer becomes a file. It is written beside the destination, flushed
+    /// and renamed over it: unless the download succeeds, the destination stays as it was. A status
+    /// of 400 and above is an error.
+    std::shared_ptr<Request> download(const URLRequestConvertible& convertible,
+                                      Destination destination);
+
+private:
+    std::shared_ptr<Request> started(std::shared_ptr<Request> request);
+
+    std::shared_ptr<SerialQueue> _responseQueue;
+    std::shared_ptr<Transport> _transport;
+};
+
+} // namespace KeloAPI

@@ -1,0 +1,158 @@
+#include <KeloAPI/platform/http/Request.hpp>
+
+#include <KeloAPI/platform/MainQueue.hpp>
+
+#include <mutex>
+#include <utility>
+#include <vector>
+
+namespace KeloAPI {
+
+/// What several threads touch.
+struct Request::Guarded {
+    std::mutex mutex;
+    std::shared_ptr<Exchange> exchange;
+    std::vector<Serializer> handlers;
+    bool completed = false;
+
+    Progress progress;
+    std::int64_t reported = 0;
+    std::int64_t total = 0;
+    std::int64_t expected = -1;
+    bool reportPosted = false;
+};
+
+/// Keeps the request alive while the transport works on it.
+class Request::Observer final : public ExchangeObserver {
+public:
+    explicit Observer(std::shared_ptr<Request> request) : _request(std::move(request)) {}
+
+    void didReceiveResponse(const HTTPResponse& response) override {
+        _request->_timeline.initialResponseTime = now();
+        _request->_head = response;
+        _request->receiveResponse(response);
+    }
+    bool didReceiveData(std::string_view bytes) override { return _request->receiveData(bytes); }
+    void didSendBody(std::int64_t sent, std::int64_t total) override {
+        _request->bodySent(sent, total);
+    }
+    void didComplete(std::optional<Error> error) override {
+        std::exchange(_request, nullptr)->complete(std::move(error));
+    }
+
+private:
+    std::shared_ptr<Request> _request;
+};
+
+Request::Request(KeloAPI::URLRequest request, std::shared_ptr<SerialQueue> responseQueue)
+    : _request(std::move(request))
+    , _responseQueue(std::move(responseQueue))
+    , _guarded(std::make_unique<Guarded>()) {}
+
+Request::~Request() = default;
+
+void Request::start(Transport& transport) {
+    _timeline.requestStartTime = now();
+    if (auto problem = _request.problem()) {
+        complete(std::move(problem));
+        return;
+    }
+    auto exchange = transport.start(_request, std::make_shared<Observer>(shared_from_this()));
+    const std::lock_guard lock(_guarded->mutex);
+    if (!_guarded->completed) {
+        _guarded->exchange = std::move(exchange);
+    }
+}
+
+void Request::cancel() {
+    std::shared_ptr<Exchange> exchange;
+    {
+        const std::lock_guard lock(_guarded->mutex);
+        exchange = _guarded->exchange;
+    }
+    if (exchange) {
+        exchange->cancel();
+    }
+}
+
+void Request::progress(Progress observer) {
+    const std::lock_guard lock(_guarded->mutex);
+    _guarded->progress = std::move(observer);
+}
+
+void Request::response(Serializer serializer) {
+    {
+        const std::lock_guard lock(_guarded->mutex);
+        if (!_guarded->completed) {
+            _guarded->handlers.push_back(std::move(serializer));
+            return;
+        }
+    }
+    _responseQueue->async([self = shared_from_this(), serializer = std::move(serializer)] {
+        self->serve(serializer);
+    });
+}
+
+void Request::complete(std::optional<Error> error) {
+    _timeline.requestCompletedTime = now();
+    if (!_head) {
+        _timeline.initialResponseTime = _timeline.requestCompletedTime;
+    }
+    std::vector<Serializer> handlers;
+    std::shared_ptr<Exchange> exchange;
+    const std::lock_guard lock(_guarded->mutex);
+    _guarded->completed = true;
+    _guarded->exchange.swap(exchange);
+    _guarded->handlers.swap(handlers);
+    // Posted under the lock, so that a handler attached from now on comes after these.
+    _responseQueue->async([self = shared_from_this(), handlers = std::move(handlers),
+                           error = std::move(error)]() mutable {
+        self->_error = self->finish(std::move(error));
+        for (const Serializer& serializer : handlers) {
+            self->serve(serializer);
+        }
+        // Progress that was reported is delivered first; then its observer, which may hold the
+        // request, goes.
+        MainQueue::main().async([self] { self->progress(nullptr); });
+    });
+}
+
+void Request::serve(const Serializer& serializer) {
+    const ResponseContent content{_request, _head, _body, _error};
+    Timeline timeline = _timeline;
+    timeline.serializationCompletedTime = timeline.requestCompletedTime;
+    MainQueue::main().async(serializer(content, timeline));
+}
+
+void Request::reportProgress(std::int64_t total, std::int64_t expected) {
+    const std::lock_guard lock(_guarded->mutex);
+    if (total == _guarded->total) {
+        return;
+    }
+    _guarded->total = total;
+    _guarded->expected = expected;
+    if (!_guarded->reportPosted) {
+        _guarded->reportPosted = true;
+        MainQueue::main().async([self = shared_from_this()] { self->deliverProgress(); });
+    }
+}
+
+void Request::deliverProgress() {
+    Progress observer;
+    std::int64_t bytes = 0;
+    std::int64_t total = 0;
+    std::int64_t expected = 0;
+    {
+        const std::lock_guard lock(_guarded->mutex);
+        _guarded->reportPosted = false;
+        observer = _guarded->progress;
+        total = _guarded->total;
+        expected = _guarded->expected;
+        bytes = total - std::exchange(_guarded->reported, total);
+    }
+    if (observer) {
+        observer(bytes, total, expected);
+    }
+}
+
+} // namespace KeloAPI

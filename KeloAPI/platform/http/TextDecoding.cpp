@@ -1,0 +1,78 @@
+#include <KeloAPI/platform/http/TextDecoding.hpp>
+
+#include <array>
+#include <iconv.h>
+#include <memory>
+
+namespace KeloAPI {
+
+namespace {
+
+std::string lowered(std::string_view text) {
+    std::string result(text);
+    for (char& c : result) {
+        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    }
+    return result;
+}
+
+std::string_view trimmed(std::string_view text) {
+    constexpr std::string_view blank = " \t";
+    const auto first = text.find_first_not_of(blank);
+    return first == std::string_view::npos
+               ? std::string_view()
+               : text.substr(first, text.find_last_not_of(blank) - first + 1);
+}
+
+struct Close {
+    void operator()(void* converter) const { iconv_close(converter); }
+};
+
+} // namespace
+
+std::string charsetOf(std::string_view contentType) {
+    auto semicolon = contentType.find(';');
+    while (semicolon != std::string_view::npos) {
+        contentType.remove_prefix(semicolon + 1);
+        semicolon = contentType.find(';');
+        const std::string_view parameter = trimmed(contentType.substr(0, semicolon));
+        const auto equals = parameter.find('=');
+        if (equals == std::string_view::npos ||
+            lowered(trimmed(parameter.substr(0, equals))) != "charset") {
+            continue;
+        }
+        std::string_view value = trimmed(parameter.substr(equals + 1));
+        if (value.size() >= 2 && value.starts_with('"') && value.ends_with('"')) {
+            value = value.substr(1, value.size() - 2);
+        }
+        return std::string(value);
+    }
+    return {};
+}
+
+std::optional<std::string> decodedText(std::string_view bytes, const std::string& charset) {
+    const iconv_t opened = iconv_open("UTF-8", charset.c_str());
+    if (reinterpret_cast<std::intptr_t>(opened) == -1) {
+        return std::nullopt;
+    }
+    const std::unique_ptr<void, Close> converter(opened);
+    std::string text;
+    std::array<char, 4096> buffer{};
+    // iconv does not write to its input, whatever its signature says.
+    char* from = const_cast<char*>(bytes.data());
+    std::size_t left = bytes.size();
+    while (left > 0) {
+        char* to = buffer.data();
+        std::size_t room = buffer.size();
+        const std::size_t before = left;
+        const std::size_t outcome = iconv(converter.get(), &from, &left, &to, &room);
+        text.append(buffer.data(), buffer.size() - room);
+        const bool failed = outcome == static_cast<std::size_t>(-1);
+        if (failed && left == before && room == buffer.size()) {
+            return std::nullopt;
+        }
+    }
+    return text;
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,143 @@
+#include <KeloAPI/testing/ScriptedTransport.hpp>
+
+#include <KeloAPI/platform/SerialQueue.hpp>
+#include <KeloAPI/platform/http/HTTPError.hpp>
+
+#include <algorithm>
+#include <deque>
+#include <mutex>
+#include <utility>
+
+namespace KeloAPI::testing {
+
+struct ScriptedTransport::State {
+    mutable std::mutex mutex;
+    std::deque<ScriptedAnswer> answers;
+    std::vector<std::shared_ptr<ScriptedExchange>> exchanges;
+    SerialQueue queue{"Scripted"};
+};
+
+class ScriptedTransport::ScriptedExchange final
+    : public Exchange,
+      public std::enable_shared_from_this<ScriptedExchange> {
+public:
+    ScriptedExchange(URLRequest request, std::shared_ptr<ExchangeObserver> observer,
+                     std::weak_ptr<State> state)
+        : _request(std::move(request)), _observer(std::move(observer)), _state(std::move(state)) {}
+
+    const URLRequest& request() const { return _request; }
+
+    // Under the state's mutex.
+    bool waits() const { return _observer != nullptr; }
+
+    /// Ends the exchange on the queue. Under the state's mutex; false when it has ended already.
+    bool end(SerialQueue& queue, ScriptedAnswer answer) {
+        if (!waits()) {
+            return false;
+        }
+        queue.async([self = shared_from_this(), observer = std::exchange(_observer, nullptr),
+                     answer = std::move(answer)] { self->play(*observer, answer); });
+        return true;
+    }
+
+    void cancel() override {
+        if (const auto state = _state.lock()) {
+            const std::lock_guard lock(state->mutex);
+            end(state->queue, cancelled());
+        }
+    }
+
+    static ScriptedAnswer cancelled() {
+        return ScriptedAnswer::failure(httpError(HTTPErrorCode::Cancelled, "cancelled"));
+    }
+
+private:
+    void play(ExchangeObserver& observer, const ScriptedAnswer& answer) const {
+        if (_request.body) {
+            const auto size = static_cast<std::int64_t>(_request.body->size());
+            observer.didSendBody(size, size);
+        }
+        bool wanted = true;
+        if (answer.statusCode != 0) {
+            HTTPResponse head{*_request.url, answer.statusCode, answer.headerFields,
+                              static_cast<std::int64_t>(answer.body.size())};
+            observer.didReceiveResponse(head);
+            wanted = answer.body.empty() || observer.didReceiveData(answer.body);
+        }
+        if (!wanted && !answer.error) {
+            observer.didComplete(httpError(HTTPErrorCode::Unknown, "the receiver gave up"));
+        } else {
+            observer.didComplete(answer.error);
+        }
+    }
+
+    const URLRequest _request;
+    std::shared_ptr<ExchangeObserver> _observer;
+    const std::weak_ptr<State> _state;
+};
+
+ScriptedAnswer ScriptedAnswer::json(std::string body) {
+    return {200, {{"Content-Type", "application/json"}}, std::move(body), std::nullopt};
+}
+
+ScriptedAnswer ScriptedAnswer::failure(Error error) {
+    return {0, {}, {}, std::move(error)};
+}
+
+ScriptedTransport::ScriptedTransport() : _state(std::make_shared<State>()) {}
+
+ScriptedTransport::~ScriptedTransport() {
+    const std::lock_guard lock(_state->mutex);
+    for (const auto& exchange : _state->exchanges) {
+        exchange->end(_state->queue, ScriptedExchange::cancelled());
+    }
+}
+
+void ScriptedTransport::answer(ScriptedAnswer answer) {
+    const std::lock_guard lock(_state->mutex);
+    for (const auto& exchange : _state->exchanges) {
+        if (exchange->waits()) {
+            exchange->end(_state->queue, std::move(answer));
+            return;
+        }
+    }
+    _state->answers.push_back(std::move(answer));
+}
+
+void ScriptedTransport::answerRequest(std::size_t index, ScriptedAnswer answer) {
+    const std::lock_guard lock(_state->mutex);
+    if (index < _state->exchanges.size()) {
+        _state->exchanges[index]->end(_state->queue, std::move(answer));
+    }
+}
+
+std::vector<URLRequest> ScriptedTransport::requests() const {
+    const std::lock_guard lock(_state->mutex);
+    std::vector<URLRequest> requests;
+    requests.reserve(_state->exchanges.size());
+    for (const auto& exchange : _state->exchanges) {
+        requests.push_back(exchange->request());
+    }
+    return requests;
+}
+
+std::size_t ScriptedTransport::waitingCount() const {
+    const std::lock_guard lock(_state->mutex);
+    return static_cast<std::size_t>(
+        std::count_if(_state->exchanges.begin(), _state->exchanges.end(),
+                      [](const auto& exchange) { return exchange->waits(); }));
+}
+
+std::shared_ptr<Exchange> ScriptedTransport::start(const URLRequest& request,
+                                                   std::shared_ptr<ExchangeObserver> observer) {
+    auto exchange = std::make_shared<ScriptedExchange>(request, std::move(observer), _state);
+    const std::lock_guard lock(_state->mutex);
+    _state->exchanges.push_back(exchange);
+    if (!_state->answers.empty()) {
+        exchange->end(_state->queue, std::move(_state->answers.front()));
+        _state->answers.pop_front();
+    }
+    return exchange;
+}
+
+} // namespace KeloAPI::testing

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <KeloAPI/platform/Error.hpp>
+#include <KeloAPI/platform/Export.hpp>
+#include <KeloAPI/platform/http/HeaderFields.hpp>
+#include <KeloAPI/platform/http/Transport.hpp>
+#include <KeloAPI/platform/http/URLRequest.hpp>
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace KeloAPI::testing {
+
+/// What a scripted exchange comes to: an answer, or an error in its place.
+struct ScriptedAnswer {
+    int statusCode = 200;
+    HeaderFields headerFields;
+    std::string body;
+    /// When present, the exchange ends with it after the body.
+    std::optional<Error> error;
+
+    /// The answer with this body.
+    static ScriptedAnswer json(std::string body);
+    /// No head, no body, only this error.
+    static ScriptedAnswer failure(Error error);
+};
+
+/// A transport without a network, for tests of code that uses the library:
+///
+///     auto transport = std::make_shared<ScriptedTransport>();
+///     session->setSessionManager(std::make_shared<Manager>(transport));
+///     transport->answer(ScriptedAnswer::json(R"({"data": {}})"));
+///
+/// Requests take the answers in the order both come in; a request that finds none waits for one.
+/// Usable from any thread; observers are called on a queue of the transport's own.
+class KELO_API ScriptedTransport final : public Transport {
+public:
+    ScriptedTransport();
+    /// Exchanges that still wait end with `HTTPErrorCode::Cancelled`.
+    ~ScriptedTransport() override;
+
+    /// Gives an answer to the oldest request that waits, or to the next one that comes.
+    void answer(ScriptedAnswer answer);
+    /// Gives an answer to a certain request, counted from 0 in the order they were started. One
+    /// that has ended already is left alone.
+    void answerRequest(std::size_t index, ScriptedAnswer answer);
+
+    /// The requests that were started, oldest first.
+    std::vector<URLRequest> requests() const;
+    /// How many of them wait for an answer.
+    std::size_t waitingCount() const;
+
+    std::shared_ptr<Exchange> start(const URLRequest& request,
+                                    std::shared_ptr<ExchangeObserver> observer) override;
+
+private:
+    class ScriptedExchange;
+    struct State;
+    std::shared_ptr<State> _state;
+};
+
+} // namespace KeloAPI::testing
