@@ -1,0 +1,84 @@
+#include <KeloAPI/platform/curl/CurlErrors.hpp>
+#include <KeloAPI/platform/http/HTTPError.hpp>
+
+namespace KeloAPI {
+
+namespace {
+
+HTTPErrorCode httpCode(CURLcode code) {
+    switch (code) {
+    case CURLE_URL_MALFORMAT:
+        return HTTPErrorCode::UnsupportedURL;
+    case CURLE_COULDNT_RESOLVE_HOST:
+    case CURLE_COULDNT_RESOLVE_PROXY:
+        return HTTPErrorCode::CannotFindHost;
+    case CURLE_COULDNT_CONNECT:
+    case CURLE_PROXY:
+    case CURLE_INTERFACE_FAILED:
+    case CURLE_NO_CONNECTION_AVAILABLE:
+        return HTTPErrorCode::CannotConnect;
+    case CURLE_OPERATION_TIMEDOUT:
+        return HTTPErrorCode::TimedOut;
+    case CURLE_GOT_NOTHING:
+    case CURLE_PARTIAL_FILE:
+    case CURLE_RECV_ERROR:
+    case CURLE_SEND_ERROR:
+    case CURLE_SEND_FAIL_REWIND:
+    case CURLE_UPLOAD_FAILED:
+    case CURLE_HTTP2_STREAM:
+        return HTTPErrorCode::ConnectionLost;
+    case CURLE_SSL_CONNECT_ERROR:
+    case CURLE_PEER_FAILED_VERIFICATION:
+    case CURLE_SSL_CERTPROBLEM:
+    case CURLE_SSL_CIPHER:
+    case CURLE_SSL_CACERT_BADFILE:
+    case CURLE_SSL_ISSUER_ERROR:
+    case CURLE_SSL_INVALIDCERTSTATUS:
+    case CURLE_SSL_CLIENTCERT:
+    case CURLE_SSL_ENGINE_NOTFOUND:
+    case CURLE_SSL_ENGINE_SETFAILED:
+    case CURLE_SSL_ENGINE_INITFAILED:
+        return HTTPErrorCode::ServerTrust;
+    // Every URL is checked to be one of http or https before: this means an answer in no version
+    // of HTTP that is spoken.
+    case CURLE_UNSUPPORTED_PROTOCOL:
+    case CURLE_WEIRD_SERVER_REPLY:
+    case CURLE_HTTP2:
+    case CURLE_BAD_CONTENT_ENCODING:
+        return HTTPErrorCode::BadServerResponse;
+    default:
+        return HTTPErrorCode::Unknown;
+    }
+}
+
+std::string_view message(HTTPErrorCode code) {
+    switch (code) {
+    case HTTPErrorCode::UnsupportedURL:
+        return "unsupported URL";
+    case HTTPErrorCode::CannotFindHost:
+        return "the host's name has no address";
+    case HTTPErrorCode::CannotConnect:
+        return "cannot connect to the host";
+    case HTTPErrorCode::TimedOut:
+        return "the request timed out";
+    case HTTPErrorCode::ConnectionLost:
+        return "the connection was lost";
+    case HTTPErrorCode::ServerTrust:
+        return "no secure connection that the host's policy accepts";
+    case HTTPErrorCode::BadServerResponse:
+        return "the server's answer is no HTTP";
+    default:
+        return "the request failed";
+    }
+}
+
+} // namespace
+
+Error curlError(CURLcode code, std::string_view detail) {
+    std::string text(detail.empty() ? std::string_view(curl_easy_strerror(code)) : detail);
+    const HTTPErrorCode ours = httpCode(code);
+    return httpError(ours, std::string(message(ours)),
+                     Error::withMessage(CurlErrorDomain, code, std::move(text)));
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,77 @@
+#include <KeloAPI/platform/curl/CurlExchange.hpp>
+#include <KeloAPI/platform/curl/CurlLanes.hpp>
+#include <KeloAPI/platform/curl/CurlLoop.hpp>
+#include <KeloAPI/platform/curl/Redirect.hpp>
+#include <KeloAPI/platform/http/HTTPError.hpp>
+
+namespace KeloAPI {
+
+CurlExchange::CurlExchange(const URLRequest& request, std::shared_ptr<ExchangeObserver> observer,
+                           std::shared_ptr<CurlLanes> lanes)
+    : _request(request)
+    , _observer(std::move(observer))
+    , _lanes(std::move(lanes)) {}
+
+CurlExchange::~CurlExchange() = default;
+
+void CurlExchange::begin() {
+    const std::shared_ptr<CurlLoop> lane = _lanes->laneFor(*_request.url);
+    {
+        const std::lock_guard lock(_mutex);
+        _lane = lane;
+    }
+    if (lane == nullptr || !lane->start(shared_from_this())) {
+        complete(httpError(HTTPErrorCode::Cancelled, "the transport has gone"));
+    }
+}
+
+void CurlExchange::cancel() {
+    std::shared_ptr<CurlLoop> lane;
+    {
+        const std::lock_guard lock(_mutex);
+        if (_lanes == nullptr) {
+            return; // over
+        }
+        _cancelled = true;
+        lane = _lane;
+    }
+    // Between two legs there is nobody to tell: the next lane sees the mark when it takes over.
+    if (lane != nullptr) {
+        lane->cancel(shared_from_this());
+    }
+}
+
+void CurlExchange::follow(int statusCode, const HeaderFields& fields) {
+    if (++_redirects > mostRedirects) {
+        complete(httpError(HTTPErrorCode::TooManyRedirects, "too many redirects"));
+        return;
+    }
+    Result<URLRequest> next = redirected(_request, statusCode, fields);
+    if (!next) {
+        complete(next.error());
+        return;
+    }
+    _request = std::move(next.value());
+    begin();
+}
+
+void CurlExchange::complete(std::optional<Error> error) {
+    std::shared_ptr<CurlLanes> lanes;
+    std::shared_ptr<CurlLoop> lane;
+    {
+        const std::lock_guard lock(_mutex);
+        if (_lanes == nullptr) {
+            return;
+        }
+        lanes.swap(_lanes);
+        lane.swap(_lane);
+        if (_cancelled && !(error && isHTTPError(*error, HTTPErrorCode::Cancelled))) {
+            error = httpError(HTTPErrorCode::Cancelled, "the request was cancelled");
+        }
+    }
+    const std::shared_ptr<ExchangeObserver> observer = std::move(_observer);
+    _request = {};
+    observer->didComplete(std::move(error));
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,79 @@
+#include <KeloAPI/platform/curl/CurlLanes.hpp>
+#include <KeloAPI/platform/curl/CurlLoop.hpp>
+#include <KeloAPI/platform/curl/ExitGuard.hpp>
+
+#include <curl/curl.h>
+
+#include <algorithm>
+
+namespace KeloAPI {
+
+namespace {
+
+/// The host that libcurl will go to. It unescapes and normalises what a URL may write in several
+/// ways: judged by the text alone, a pinned host written otherwise would escape its policy.
+std::string effectiveHost(const URL& url) {
+    std::string host;
+    char* text = nullptr;
+    CURLU* parts = curl_url();
+    if (curl_url_set(parts, CURLUPART_URL, url.absoluteString().c_str(), 0) == CURLUE_OK &&
+        curl_url_get(parts, CURLUPART_HOST, &text, 0) == CURLUE_OK) {
+        host = text;
+        curl_free(text);
+    }
+    curl_url_cleanup(parts);
+    if (host.ends_with('.')) {
+        host.pop_back();
+    }
+    return host;
+}
+
+} // namespace
+
+CurlLanes::CurlLanes(ServerTrustPolicyManager trust)
+    : _trust(std::move(trust)) {}
+
+CurlLanes::~CurlLanes() = default;
+
+std::shared_ptr<CurlLoop> CurlLanes::laneFor(const URL& url) {
+    const ServerTrustPolicy* policy = _trust.policyForHost(effectiveHost(url));
+    const std::lock_guard lock(_mutex);
+    if (_closed) {
+        return nullptr;
+    }
+    std::shared_ptr<CurlLoop>& lane = _lanes[policy];
+    if (lane == nullptr) {
+        const TrustStore store(policy);
+        auto opened =
+            std::make_shared<CurlLoop>(store, store.isPinned() ? "kelo-net-pinned" : "kelo-net");
+        opened->open();
+        lane = std::move(opened);
+    }
+    return lane;
+}
+
+void CurlLanes::close() {
+    std::map<const ServerTrustPolicy*, std::shared_ptr<CurlLoop>> lanes;
+    {
+        const std::lock_guard lock(_mutex);
+        _closed = true;
+        lanes.swap(_lanes);
+    }
+    for (const auto& [policy, lane] : lanes) {
+        lane->stop();
+    }
+    // On a lane's own thread there is nobody to wait; and the threads of an exiting process are
+    // parked for good.
+    const bool onLane = std::any_of(lanes.begin(), lanes.end(), [](const auto& entry) {
+        return entry.second->isCurrentThread();
+    });
+    for (const auto& [policy, lane] : lanes) {
+        if (onLane || ExitGuard::isExiting()) {
+            lane->detach();
+        } else {
+            lane->join();
+        }
+    }
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <KeloAPI/platform/http/ServerTrustPolicy.hpp>
+#include <KeloAPI/platform/URL.hpp>
+
+#include <map>
+#include <memory>
+#include <mutex>
+
+namespace KeloAPI {
+
+class CurlLoop;
+
+/// The lanes of one transport: one for each policy of the table and one for all other hosts, each
+/// opened when it is first needed.
+class CurlLanes {
+public:
+    explicit CurlLanes(ServerTrustPolicyManager trust);
+    CurlLanes(const CurlLanes&) = delete;
+    CurlLanes& operator=(const CurlLanes&) = delete;
+    ~CurlLanes();
+
+    /// Null once the lanes are closed.
+    std::shared_ptr<CurlLoop> laneFor(const URL& url);
+
+    /// Cancels everything under way and ends the lanes' threads. Waits for them, except on one of
+    /// them.
+    void close();
+
+private:
+    const ServerTrustPolicyManager _trust;
+    std::mutex _mutex;
+    std::map<const ServerTrustPolicy*, std::shared_ptr<CurlLoop>> _lanes;
+    bool _closed = false;
+};
+
+} // namespace KeloAPI

@@ -1,0 +1,221 @@
+#include <KeloAPI/platform/curl/CurlErrors.hpp>
+#include <KeloAPI/platform/curl/CurlLoop.hpp>
+#include <KeloAPI/platform/curl/ExitGuard.hpp>
+
+#include <openssl/crypto.h>
+#include <pthread.h>
+
+#include <algorithm>
+#include <climits>
+#include <csignal>
+
+namespace KeloAPI {
+
+namespace {
+
+/// Connections that wait for their next use.
+constexpr long mostIdleConnections = 16;
+
+/// Keeps the host's signals away from threads that are started meanwhile: its handlers shall run on
+/// its own threads. Faults stay deliverable, for whoever reports crashes.
+class SignalShield {
+public:
+    SignalShield() {
+        sigset_t blocked;
+        sigfillset(&blocked);
+        for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIGSYS}) {
+            sigdelset(&blocked, fault);
+        }
+        pthread_sigmask(SIG_BLOCK, &blocked, &_before);
+    }
+    SignalShield(const SignalShield&) = delete;
+    SignalShield& operator=(const SignalShield&) = delete;
+    ~SignalShield() { pthread_sigmask(SIG_SETMASK, &_before, nullptr); }
+
+private:
+    sigset_t _before{};
+};
+
+} // namespace
+
+CurlLoop::CurlLoop(TrustStore trust, std::string name)
+    : _trust(std::move(trust))
+    , _name(std::move(name)) {}
+
+CurlLoop::~CurlLoop() = default;
+
+void CurlLoop::open() {
+    ExitGuard::install();
+    _multi = curl_multi_init();
+    curl_multi_setopt(_multi, CURLMOPT_MAXCONNECTS, mostIdleConnections);
+    const SignalShield shield;
+    _thread = std::thread([self = shared_from_this()] { self->run(); });
+}
+
+bool CurlLoop::start(std::shared_ptr<CurlExchange> exchange) {
+    const std::lock_guard lock(_mutex);
+    if (_stopped) {
+        return false;
+    }
+    _commands.starts.push_back(std::move(exchange));
+    curl_multi_wakeup(_multi);
+    return true;
+}
+
+void CurlLoop::cancel(std::shared_ptr<CurlExchange> exchange) {
+    const std::lock_guard lock(_mutex);
+    if (!_stopped) {
+        _commands.cancels.push_back(std::move(exchange));
+        curl_multi_wakeup(_multi);
+    }
+}
+
+void CurlLoop::stop() {
+    const std::lock_guard lock(_mutex);
+    if (!_stopped) {
+        _stopped = true;
+        _commands.stop = true;
+        curl_multi_wakeup(_multi);
+    }
+}
+
+void CurlLoop::wake() {
+    const std::lock_guard lock(_mutex);
+    if (_multi != nullptr) {
+        curl_multi_wakeup(_multi);
+    }
+}
+
+void CurlLoop::run() {
+    pthread_setname_np(pthread_self(), _name.c_str());
+    const ExitGuard::Member member([this] { wake(); });
+    ExitGuard::parkIfExiting();
+    _cookies = curl_share_init();
+    curl_share_setopt(_cookies, CURLSHOPT_SHARE, CURL_LOCK_DATA_COOKIE);
+    loop();
+    cleanUp();
+}
+
+void CurlLoop::loop() {
+    while (true) {
+        Commands commands = takeCommands();
+        for (auto& exchange : commands.starts) {
+            begin(std::move(exchange));
+        }
+        for (const auto& exchange : commands.cancels) {
+            if (const auto found = _transfers.find(exchange.get()); found != _transfers.end()) {
+                finish(*found->second, {});
+            }
+        }
+        commands.starts.clear();
+        commands.cancels.clear();
+        if (commands.stop) {
+            finishAll(httpError(HTTPErrorCode::Cancelled, "the transport has gone"));
+            return;
+        }
+        int running = 0;
+        curl_multi_perform(_multi, &running);
+        finishDone();
+        finishOverdue();
+        ExitGuard::parkIfExiting();
+        const CURLMcode polled = curl_multi_poll(_multi, nullptr, 0, pollTimeout(), nullptr);
+        if (polled != CURLM_OK) {
+            finishAll(httpError(HTTPErrorCode::Unknown, curl_multi_strerror(polled)));
+        }
+        ExitGuard::parkIfExiting();
+    }
+}
+
+CurlLoop::Commands CurlLoop::takeCommands() {
+    const std::lock_guard lock(_mutex);
+    return std::exchange(_commands, {});
+}
+
+void CurlLoop::begin(std::shared_ptr<CurlExchange> exchange) {
+    if (exchange->isCancelled()) {
+        exchange->complete({});
+        return;
+    }
+    if (_trust.rejectsEveryServer()) {
+        exchange->complete(
+            httpError(HTTPErrorCode::ServerTrust, "no certificate is pinned for this host"));
+        return;
+    }
+    auto transfer = std::make_unique<CurlTransfer>(exchange, _trust, _cookies);
+    if (curl_multi_add_handle(_multi, transfer->easy()) != CURLM_OK) {
+        transfer.reset();
+        exchange->complete(curlError(CURLE_OUT_OF_MEMORY, {}));
+        return;
+    }
+    transfer->listedDeadline = transfer->deadline();
+    _deadlines.emplace(transfer->listedDeadline, transfer.get());
+    _transfers.emplace(exchange.get(), std::move(transfer));
+}
+
+void CurlLoop::finishDone() {
+    int left = 0;
+    while (const CURLMsg* message = curl_multi_info_read(_multi, &left)) {
+        if (message->msg == CURLMSG_DONE) {
+            CurlTransfer& transfer = CurlTransfer::of(message->easy_handle);
+            finish(transfer, transfer.outcome(message->data.result));
+        }
+    }
+}
+
+void CurlLoop::finishOverdue() {
+    const auto now = CurlTransfer::Clock::now();
+    while (!_deadlines.empty() && _deadlines.begin()->first <= now) {
+        CurlTransfer& transfer = *_deadlines.begin()->second;
+        if (transfer.deadline() > now) {
+            // Bytes have moved since: the list is put right only when it matters.
+            _deadlines.erase(_deadlines.begin());
+            transfer.listedDeadline = transfer.deadline();
+            _deadlines.emplace(transfer.listedDeadline, &transfer);
+            continue;
+        }
+        transfer.distrustConnection();
+        CurlTransfer::Outcome outcome;
+        outcome.error = httpError(HTTPErrorCode::TimedOut, "the request timed out");
+        finish(transfer, std::move(outcome));
+    }
+}
+
+/// The transfer is gone before the exchange hears of it: what follows is the observer's.
+void CurlLoop::finish(CurlTransfer& transfer, CurlTransfer::Outcome outcome) {
+    const std::shared_ptr<CurlExchange> exchange = transfer.exchange();
+    curl_multi_remove_handle(_multi, transfer.easy());
+    _deadlines.erase({transfer.listedDeadline, &transfer});
+    _transfers.erase(exchange.get());
+    CurlTransfer::conclude(*exchange, std::move(outcome));
+}
+
+void CurlLoop::finishAll(const Error& error) {
+    while (!_transfers.empty()) {
+        CurlTransfer::Outcome outcome;
+        outcome.error = error;
+        finish(*_transfers.begin()->second, std::move(outcome));
+    }
+}
+
+int CurlLoop::pollTimeout() const {
+    if (_deadlines.empty()) {
+        return INT_MAX;
+    }
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(_deadlines.begin()->first -
+                                                                   CurlTransfer::Clock::now());
+    return static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, INT_MAX));
+}
+
+void CurlLoop::cleanUp() {
+    CURLM* multi = nullptr;
+    {
+        const std::lock_guard lock(_mutex);
+        std::swap(multi, _multi);
+    }
+    curl_multi_cleanup(multi);
+    curl_share_cleanup(_cookies);
+    // Otherwise the thread would do it after the process's exit has ceased to wait for it.
+    OPENSSL_thread_stop();
+}
+
+} // namespace KeloAPI

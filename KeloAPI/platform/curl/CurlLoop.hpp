@@ -1,0 +1,78 @@
+#pragma once
+
+#include <KeloAPI/platform/curl/CurlTransfer.hpp>
+#include <KeloAPI/platform/curl/TrustStore.hpp>
+
+#include <curl/curl.h>
+
+#include <condition_variable>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace KeloAPI {
+
+/// A lane: one thread that carries all exchanges with the hosts of one policy. Connections, TLS
+/// sessions and cookies belong to the lane and so never cross from one policy to another.
+class CurlLoop : public std::enable_shared_from_this<CurlLoop> {
+public:
+    CurlLoop(TrustStore trust, std::string name);
+    CurlLoop(const CurlLoop&) = delete;
+    CurlLoop& operator=(const CurlLoop&) = delete;
+    ~CurlLoop();
+
+    /// Starts the thread.
+    void open();
+    /// Takes the exchange's next leg over, or refuses because the lane has been stopped.
+    bool start(std::shared_ptr<CurlExchange> exchange);
+    /// Ends the exchange if one of its legs is under way here.
+    void cancel(std::shared_ptr<CurlExchange> exchange);
+    /// Cancels everything and lets the thread end.
+    void stop();
+    bool isCurrentThread() const { return _thread.get_id() == std::this_thread::get_id(); }
+    void join() { _thread.join(); }
+    /// The thread ends by itself, and keeps the lane until then.
+    void detach() { _thread.detach(); }
+
+private:
+    using Deadline = std::pair<CurlTransfer::Clock::time_point, CurlTransfer*>;
+    struct Commands {
+        std::vector<std::shared_ptr<CurlExchange>> starts;
+        std::vector<std::shared_ptr<CurlExchange>> cancels;
+        bool stop = false;
+    };
+
+    void run();
+    void loop();
+    void wake();
+    Commands takeCommands();
+    void begin(std::shared_ptr<CurlExchange> exchange);
+    void finishDone();
+    void finishOverdue();
+    void finish(CurlTransfer& transfer, CurlTransfer::Outcome outcome);
+    void finishAll(const Error& error);
+    int pollTimeout() const;
+    void cleanUp();
+
+    const TrustStore _trust;
+    const std::string _name;
+    std::thread _thread;
+
+    std::mutex _mutex; // guards what follows, for the threads that give commands
+    Commands _commands;
+    CURLM* _multi = nullptr;
+    bool _stopped = false;
+
+    // Only for the lane's thread:
+    CURLSH* _cookies = nullptr;
+    std::map<CurlExchange*, std::unique_ptr<CurlTransfer>> _transfers;
+    std::set<Deadline> _deadlines;
+};
+
+} // namespace KeloAPI

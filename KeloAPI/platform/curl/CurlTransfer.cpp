@@ -1,0 +1,173 @@
+#include <KeloAPI/platform/curl/CurlErrors.hpp>
+#include <KeloAPI/platform/curl/CurlTransfer.hpp>
+#include <KeloAPI/platform/curl/ExitGuard.hpp>
+#include <KeloAPI/platform/curl/Redirect.hpp>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+
+namespace KeloAPI {
+
+namespace {
+
+/// More of a redirect's body than this is not worth reading for the sake of its connection.
+constexpr std::size_t mostDiscarded = 64UL * 1024;
+
+/// No interval beyond this makes a difference, and none overflows the clock.
+constexpr std::chrono::milliseconds longestInterval = std::chrono::hours(24 * 365);
+
+} // namespace
+
+CurlTransfer::CurlTransfer(std::shared_ptr<CurlExchange> exchange, const TrustStore& trust,
+                           CURLSH* cookies)
+    : _exchange(std::move(exchange))
+    , _timeoutInterval(std::min(_exchange->request().timeoutInterval, longestInterval))
+    , _easy(curl_easy_init()) {
+    if (_easy != nullptr) {
+        setUp(trust, cookies);
+    }
+}
+
+CurlTransfer::~CurlTransfer() {
+    curl_easy_cleanup(_easy);
+    curl_slist_free_all(_headers);
+}
+
+CurlTransfer& CurlTransfer::of(CURL* easy) {
+    char* self = nullptr;
+    curl_easy_getinfo(easy, CURLINFO_PRIVATE, &self);
+    return *reinterpret_cast<CurlTransfer*>(self);
+}
+
+void CurlTransfer::distrustConnection() {
+    curl_easy_setopt(_easy, CURLOPT_FORBID_REUSE, 1L);
+}
+
+CurlTransfer::Outcome CurlTransfer::outcome(CURLcode code) const {
+    Outcome outcome;
+    if (_redirects) {
+        // Whatever became of its body, the redirect has said where to go.
+        outcome.redirects = true;
+        outcome.statusCode = _head.statusCode();
+        outcome.fields = _head.fields();
+    } else if (_failure) {
+        outcome.error = _failure;
+    } else if (code != CURLE_OK) {
+        outcome.error = curlError(code, _detail.data());
+    } else if (!_head.isFinished()) {
+        outcome.error = curlError(CURLE_WEIRD_SERVER_REPLY, {});
+    }
+    return outcome;
+}
+
+void CurlTransfer::conclude(CurlExchange& exchange, Outcome outcome) {
+    if (outcome.redirects) {
+        exchange.follow(outcome.statusCode, outcome.fields);
+    } else {
+        exchange.complete(std::move(outcome.error));
+    }
+}
+
+bool CurlTransfer::giveUp(HTTPErrorCode code, const char* message) {
+    _failure = httpError(code, message);
+    return false;
+}
+
+bool CurlTransfer::takeHeaderLine(std::string_view line) {
+    moved();
+    switch (_head.take(line)) {
+    case ResponseHead::Progress::Unfinished:
+        return true;
+    case ResponseHead::Progress::TooLong:
+        return giveUp(HTTPErrorCode::BadServerResponse, "the answer's head is too long");
+    case ResponseHead::Progress::Finished:
+        break;
+    }
+    if (isRedirect(_head.statusCode(), _head.fields())) {
+        _redirects = true;
+        return true;
+    }
+    if (_exchange->isCancelled()) {
+        return false;
+    }
+    _exchange->observer().didReceiveResponse({*_exchange->request().url, _head.statusCode(),
+                                              _head.fields(), _head.expectedContentLength()});
+    return true;
+}
+
+bool CurlTransfer::takeBody(std::string_view bytes) {
+    moved();
+    if (_redirects) {
+        _discarded += bytes.size();
+        return _discarded <= mostDiscarded;
+    }
+    if (_exchange->isCancelled()) {
+        return false;
+    }
+    if (!_exchange->observer().didReceiveData(bytes)) {
+        return giveUp(HTTPErrorCode::Unknown, "the receiver gave up");
+    }
+    return true;
+}
+
+std::size_t CurlTransfer::giveBody(char* buffer, std::size_t room) {
+    if (_exchange->isCancelled()) {
+        return CURL_READFUNC_ABORT;
+    }
+    const std::size_t size = std::min(room, _body.size() - _bodySent);
+    if (size > 0) {
+        moved();
+        std::memcpy(buffer, _body.data() + _bodySent, size);
+        _bodySent += size;
+        _exchange->observer().didSendBody(static_cast<std::int64_t>(_bodySent),
+                                          static_cast<std::int64_t>(_body.size()));
+    }
+    return size;
+}
+
+std::size_t CurlTransfer::onHeader(char* bytes, std::size_t size, std::size_t count,
+                                   void* self) noexcept {
+    const bool goOn = static_cast<CurlTransfer*>(self)->takeHeaderLine({bytes, size * count});
+    ExitGuard::parkIfExiting();
+    return goOn ? size * count : 0;
+}
+
+std::size_t CurlTransfer::onBody(char* bytes, std::size_t size, std::size_t count,
+                                 void* self) noexcept {
+    const bool goOn = static_cast<CurlTransfer*>(self)->takeBody({bytes, size * count});
+    ExitGuard::parkIfExiting();
+    return goOn ? size * count : 0;
+}
+
+std::size_t CurlTransfer::onRead(char* buffer, std::size_t size, std::size_t count,
+                                 void* self) noexcept {
+    const std::size_t given = static_cast<CurlTransfer*>(self)->giveBody(buffer, size * count);
+    ExitGuard::parkIfExiting();
+    return given;
+}
+
+int CurlTransfer::onSeek(void* self, curl_off_t offset, int origin) noexcept {
+    auto& transfer = *static_cast<CurlTransfer*>(self);
+    const bool possible = origin == SEEK_SET && offset >= 0 &&
+                          static_cast<std::size_t>(offset) <= transfer._body.size();
+    if (!possible) {
+        return CURL_SEEKFUNC_FAIL;
+    }
+    transfer._bodySent = static_cast<std::size_t>(offset);
+    return CURL_SEEKFUNC_OK;
+}
+
+int CurlTransfer::onProgress(void* self, curl_off_t /*downTotal*/, curl_off_t down,
+                             curl_off_t /*upTotal*/, curl_off_t up) noexcept {
+    // The callbacks above do not see everything that moves: a large read of the body drains into
+    // the network later, and compressed bytes may come in for long before one comes out.
+    auto& transfer = *static_cast<CurlTransfer*>(self);
+    if (down + up != transfer._moved) {
+        transfer._moved = down + up;
+        transfer.moved();
+    }
+    return 0;
+}
+
+} // namespace KeloAPI

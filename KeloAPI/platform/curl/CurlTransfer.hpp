@@ -1,0 +1,90 @@
+#pragma once
+
+#include <KeloAPI/platform/curl/CurlExchange.hpp>
+#include <KeloAPI/platform/curl/ResponseHead.hpp>
+#include <KeloAPI/platform/curl/TrustStore.hpp>
+#include <KeloAPI/platform/http/HTTPError.hpp>
+
+#include <curl/curl.h>
+
+#include <array>
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace KeloAPI {
+
+/// One leg of an exchange: a request to one place and its answer, as one easy handle. Lives on its
+/// lane's thread.
+class CurlTransfer {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    /// `trust` and `cookies` must outlive the transfer.
+    CurlTransfer(std::shared_ptr<CurlExchange> exchange, const TrustStore& trust, CURLSH* cookies);
+    CurlTransfer(const CurlTransfer&) = delete;
+    CurlTransfer& operator=(const CurlTransfer&) = delete;
+    ~CurlTransfer();
+
+    CURL* easy() const { return _easy; }
+    /// The transfer that an easy handle is of.
+    static CurlTransfer& of(CURL* easy);
+    const std::shared_ptr<CurlExchange>& exchange() const { return _exchange; }
+
+    /// When the transfer times out if no further byte moves.
+    Clock::time_point deadline() const { return _lastActivity + _timeoutInterval; }
+    /// Under which time the lane has this transfer in its list of deadlines.
+    Clock::time_point listedDeadline;
+
+    /// Keeps the connection from being used again: no byte came through it for too long.
+    void distrustConnection();
+
+    /// What the leg came to, told to the exchange by `conclude` once the transfer is gone.
+    struct Outcome {
+        std::optional<Error> error;
+        bool redirects = false;
+        int statusCode = 0;
+        HeaderFields fields;
+    };
+    Outcome outcome(CURLcode code) const;
+    static void conclude(CurlExchange& exchange, Outcome outcome);
+
+private:
+    void setUp(const TrustStore& trust, CURLSH* cookies);
+    void setUpRequest();
+    void setUpHeaders();
+    void appendHeader(const std::string& line);
+    bool takeHeaderLine(std::string_view line);
+    bool takeBody(std::string_view bytes);
+    std::size_t giveBody(char* buffer, std::size_t room);
+    void moved() { _lastActivity = Clock::now(); }
+    bool giveUp(HTTPErrorCode code, const char* message);
+
+    static std::size_t onHeader(char* bytes, std::size_t size, std::size_t count,
+                                void* self) noexcept;
+    static std::size_t onBody(char* bytes, std::size_t size, std::size_t count,
+                              void* self) noexcept;
+    static std::size_t onRead(char* buffer, std::size_t size, std::size_t count,
+                              void* self) noexcept;
+    static int onSeek(void* self, curl_off_t offset, int origin) noexcept;
+    static int onProgress(void* self, curl_off_t downTotal, curl_off_t down, curl_off_t upTotal,
+                          curl_off_t up) noexcept;
+
+    std::shared_ptr<CurlExchange> _exchange;
+    std::chrono::milliseconds _timeoutInterval;
+    CURL* _easy = nullptr;
+    curl_slist* _headers = nullptr;
+    std::array<char, CURL_ERROR_SIZE> _detail{};
+    ResponseHead _head;
+    bool _redirects = false;
+    std::size_t _discarded = 0;
+    std::string_view _body;
+    std::size_t _bodySent = 0;
+    curl_off_t _moved = 0;
+    std::optional<Error> _failure;
+    Clock::time_point _lastActivity = Clock::now();
+};
+
+} // namespace KeloAPI

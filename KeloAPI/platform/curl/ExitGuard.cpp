@@ -1,0 +1,114 @@
+#include <KeloAPI/platform/curl/ExitGuard.hpp>
+#include <KeloAPI/platform/NeverDestroyed.hpp>
+
+#include <curl/curl.h>
+#include <openssl/ssl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdlib>
+#include <map>
+#include <mutex>
+#include <thread>
+
+namespace KeloAPI::ExitGuard {
+
+namespace {
+
+/// Longer than any step of a network thread; short enough not to be felt where a host's callback
+/// blocks for ever.
+constexpr std::chrono::seconds patience(1);
+
+struct Thread {
+    std::function<void()> wake;
+    bool parked = false;
+};
+
+struct Registry {
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::map<std::thread::id, Thread> threads;
+    std::atomic<bool> exiting = false;
+    pid_t process = 0;
+};
+
+Registry& registry() {
+    static NeverDestroyed<Registry> instance;
+    return *instance;
+}
+
+void parkAllThreads() {
+    Registry& all = registry();
+    // A forked child has none of the threads, and its copy of the mutex may be held by one of them.
+    if (all.process != getpid()) {
+        return;
+    }
+    const auto self = std::this_thread::get_id();
+    std::unique_lock lock(all.mutex);
+    all.exiting = true;
+    for (const auto& [id, thread] : all.threads) {
+        if (id != self) {
+            thread.wake();
+        }
+    }
+    all.changed.wait_for(lock, patience, [&] {
+        return std::all_of(all.threads.begin(), all.threads.end(), [&](const auto& entry) {
+            return entry.first == self || entry.second.parked;
+        });
+    });
+}
+
+} // namespace
+
+void install() {
+    static std::once_flag once;
+    std::call_once(once, [] {
+        registry().process = getpid();
+        // Handlers run in reverse: the crypto library's must be there before this one.
+        OPENSSL_init_ssl(0, nullptr);
+        curl_global_init(CURL_GLOBAL_DEFAULT);
+        std::atexit(parkAllThreads);
+    });
+}
+
+bool isExiting() {
+    return registry().exiting.load(std::memory_order_relaxed);
+}
+
+void parkIfExiting() {
+    Registry& all = registry();
+    if (!all.exiting.load(std::memory_order_relaxed)) {
+        return;
+    }
+    {
+        const std::lock_guard lock(all.mutex);
+        const auto found = all.threads.find(std::this_thread::get_id());
+        if (found != all.threads.end()) {
+            found->second.parked = true;
+        }
+    }
+    all.changed.notify_all();
+    while (true) {
+        pause();
+    }
+}
+
+Member::Member(std::function<void()> wake) {
+    Registry& all = registry();
+    const std::lock_guard lock(all.mutex);
+    all.threads.insert_or_assign(std::this_thread::get_id(), Thread{std::move(wake)});
+}
+
+Member::~Member() {
+    Registry& all = registry();
+    {
+        const std::lock_guard lock(all.mutex);
+        all.threads.erase(std::this_thread::get_id());
+    }
+    all.changed.notify_all();
+}
+
+} // namespace KeloAPI::ExitGuard

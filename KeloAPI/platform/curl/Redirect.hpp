@@ -1,0 +1,20 @@
+#pragma once
+
+#include <KeloAPI/platform/http/HeaderFields.hpp>
+#include <KeloAPI/platform/http/URLRequest.hpp>
+#include <KeloAPI/platform/Result.hpp>
+
+namespace KeloAPI {
+
+/// The most redirects that one exchange follows.
+inline constexpr int mostRedirects = 20;
+
+/// True for an answer that sends the client elsewhere.
+bool isRedirect(int statusCode, const HeaderFields& fields);
+
+/// The request that follows `request` where a redirect answered it; `UnsupportedURL` when it leads
+/// to no URL of http or https. See the status codes' sections of RFC 9110.
+Result<URLRequest> redirected(const URLRequest& request, int statusCode,
+                              const HeaderFields& fields);
+
+} // namespace KeloAPI

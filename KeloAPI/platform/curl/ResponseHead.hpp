@@ -1,0 +1,50 @@
+#pragma once
+
+#include <KeloAPI/platform/http/HeaderFields.hpp>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace KeloAPI {
+
+/// Gathers the head of an answer from its lines. Interim answers (1xx) are passed over, and so is
+/// what follows the body.
+class ResponseHead {
+public:
+    enum class Progress : std::uint8_t {
+        /// More lines are due, or the line means nothing here.
+        Unfinished,
+        /// This line finished the final answer's head. Once.
+        Finished,
+        /// Longer than any head has reason to be.
+        TooLong
+    };
+
+    ResponseHead() = default;
+    ResponseHead(const ResponseHead&) = delete;
+    ResponseHead& operator=(const ResponseHead&) = delete;
+
+    /// Takes one line, line end included.
+    Progress take(std::string_view line);
+
+    bool isFinished() const { return _finished; }
+    int statusCode() const { return _statusCode; }
+    /// Fields that came several times are joined by ", ".
+    const HeaderFields& fields() const { return _fields; }
+    /// The body's length in bytes as the observer will see it; -1 when the head does not tell.
+    std::int64_t expectedContentLength() const;
+
+private:
+    void begin(std::string_view statusLine);
+    void takeField(std::string_view line);
+
+    int _statusCode = 0;
+    HeaderFields _fields;
+    std::string* _lastValue = nullptr;
+    std::size_t _size = 0;
+    bool _finished = false;
+};
+
+} // namespace KeloAPI
