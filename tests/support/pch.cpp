@@ -1,0 +1,1 @@
+// The precompiled header is made of this file.
