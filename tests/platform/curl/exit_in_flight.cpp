@@ -2,9 +2,9 @@
 //
 //   exit-in-flight WAY LIFE PORT CERTIFICATE MICROSECONDS
 //
-// WAY is main, return, thread, response, data or complete: who calls `exit`, and from where. LIFE
-// is static, for a transport that is destroyed in the middle of the exit, or endless. The exit
-// status is 7.
+// WAY says who calls `exit`, and from where: main, return, thread, response, data or complete. LIFE
+// says when the transport is destroyed: early, which is before the network threads are asked to
+// park, late, which is after that, or never. The exit status is 7.
 
 #include <KeloAPI/platform/curl/CurlTransport.hpp>
 
@@ -77,16 +77,23 @@ int main(int argc, char** argv) {
     if (argc != 6) {
         return 2;
     }
+    // Observers may look at it to the very end.
+    static Plan& plan = *new Plan;
+    const std::string_view life = argv[2];
+    // What exit undoes goes in reverse: this one is older than the library's own exit handler.
+    if (life == "late") {
+        static CurlTransport transport{ServerTrustPolicyManager()};
+        plan.transport = &transport;
+    }
     const auto certificate = Certificate::fromPEM(contents(argv[4]));
     if (!certificate) {
         return 3;
     }
-    static Plan plan;
     ServerTrustPolicyManager trust({{"localhost", PinCertificates{{*certificate}}}});
-    if (std::string_view(argv[2]) == "static") {
+    if (life == "early") {
         static CurlTransport transport(std::move(trust));
         plan.transport = &transport;
-    } else {
+    } else if (life == "never") {
         plan.transport = new CurlTransport(std::move(trust));
     }
     plan.way = argv[1];
