@@ -10,7 +10,7 @@ namespace {
 /// Prints the ratio's line; false when it is short of its bound.
 bool judge(const Ratio& ratio, double value) {
     if (!ratio.bound) {
-        std::printf("ratio %s %.2f - ok\n", ratio.name.c_str(), value);
+        std::printf("ladder %s %.2f\n", ratio.name.c_str(), value);
         return true;
     }
     const bool holds = value >= *ratio.bound;

@@ -15,7 +15,7 @@ struct Ratio {
     std::string name;
     std::string subject;
     std::string peer;
-    /// The least the ratio may be; absent for one that is only shown.
+    /// The least the ratio may be; absent for a rung of a ladder, which is only shown.
     std::optional<double> bound = {};
 };
 
@@ -35,7 +35,8 @@ private:
 };
 
 /// Runs the registered benchmarks, then prints one line for each ratio whose two sides ran:
-/// "ratio NAME VALUE BOUND ok", or "SHORT" for the last word. Returns the exit code of `main`:
+/// "ratio NAME VALUE BOUND ok", or "SHORT" for the last word; without a bound "ladder NAME VALUE".
+/// Returns the exit code of `main`:
 /// 1 when a ratio is short, 2 when the arguments are not understood.
 int runWithRatios(int argc, char** argv, const std::vector<Ratio>& ratios);
 

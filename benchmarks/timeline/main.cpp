@@ -149,10 +149,10 @@ int main(int argc, char** argv) {
         argc, argv,
         {{"timeline-20/simdjson", "models/20", "simdjsonParse/20", 0.40},
          {"timeline-20/nlohmann", "models/20", "nlohmannClient/20", 8.0},
+         {"timeline-1000/simdjson", "models/1000", "simdjsonParse/1000", 0.40},
+         {"timeline-1000/nlohmann", "models/1000", "nlohmannClient/1000", 8.0},
          {"timeline-20/document", "document/20", "simdjsonParse/20"},
          {"timeline-20/envelope", "envelopeAlone/20", "simdjsonParse/20"},
-         {"timeline-1000/simdjson", "models/1000", "simdjsonParse/1000"},
-         {"timeline-1000/nlohmann", "models/1000", "nlohmannClient/1000"},
          {"timeline-1000/document", "document/1000", "simdjsonParse/1000"},
          {"timeline-1000/envelope", "envelopeAlone/1000", "simdjsonParse/1000"}});
 }
