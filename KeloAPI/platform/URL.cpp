@@ -158,15 +158,14 @@ std::optional<std::uint16_t> URL::port() const {
 }
 
 std::string URL::path() const {
-    const ParsedUri uri(_text);
-    if (uri->pathHead == nullptr) {
-        return uri->absolutePath != 0 ? "/" : "";
+    // Read from the text: the parser's empty segments (as in "//") do not point into it.
+    const std::string name = scheme();
+    std::size_t begin = name.empty() ? 0 : name.size() + 1;
+    const std::size_t end = endOfPath(_text);
+    if (_text.compare(begin, 2, "//") == 0) {
+        begin = std::min(_text.find('/', begin + 2), end);
     }
-    const char* first = uri->pathHead->text.first;
-    const bool slashBefore = first > _text.data() && first[-1] == '/' &&
-                             (uri->absolutePath != 0 || uri->hostText.first != nullptr);
-    const auto begin = static_cast<std::size_t>(first - _text.data()) - (slashBefore ? 1U : 0U);
-    return _text.substr(begin, endOfPath(_text) - begin);
+    return _text.substr(begin, end - begin);
 }
 
 std::optional<std::string> URL::filePath() const {
