@@ -139,7 +139,7 @@ void Server::serve(Served& served) {
             connection.startRequest();
             more = engine_->serveOne(connection);
             connection.finishAnswer();
-            more = more && connection.isOpen();
+            more = more && connection.isOpen() && !connection.wasUnrouted();
         }
         connection.socketWithTls().closeOrderly();
     }
