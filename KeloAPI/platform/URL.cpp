@@ -158,14 +158,12 @@ std::optional<std::uint16_t> URL::port() const {
 }
 
 std::string URL::path() const {
+    // Read off the text: the reader's own segments do not point into it where they are empty.
     const ParsedUri uri(_text);
-    if (uri->pathHead == nullptr) {
-        return uri->absolutePath != 0 ? "/" : "";
+    std::size_t begin = uri->scheme.first == nullptr ? 0 : view(uri->scheme).size() + 1;
+    if (_text.compare(begin, 2, "//") == 0) {
+        begin = std::min(_text.find_first_of("/?#", begin + 2), _text.size());
     }
-    const char* first = uri->pathHead->text.first;
-    const bool slashBefore = first > _text.data() && first[-1] == '/' &&
-                             (uri->absolutePath != 0 || uri->hostText.first != nullptr);
-    const auto begin = static_cast<std::size_t>(first - _text.data()) - (slashBefore ? 1U : 0U);
     return _text.substr(begin, endOfPath(_text) - begin);
 }
 
@@ -173,7 +171,12 @@ std::optional<std::string> URL::filePath() const {
     if (scheme() != "file") {
         return std::nullopt;
     }
-    return unescaped(path());
+    std::string path = unescaped(this->path());
+    // The system's calls would take the name to end there.
+    if (path.find('\0') != std::string::npos) {
+        return std::nullopt;
+    }
+    return path;
 }
 
 std::optional<std::string> URL::query() const {

@@ -15,7 +15,7 @@
 namespace KeloAPI::testing {
 
 /// What a scripted exchange comes to: an answer, or an error in its place.
-struct ScriptedAnswer {
+struct KELO_API ScriptedAnswer {
     int statusCode = 200;
     HeaderFields headerFields;
     std::string body;

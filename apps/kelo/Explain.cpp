@@ -1,0 +1,68 @@
+#include "Explain.hpp"
+
+#include <KeloAPI/api/ResponseEnvelope.hpp>
+#include <KeloAPI/platform/http/HTTPError.hpp>
+#include <KeloAPI/platform/URL.hpp>
+
+namespace KeloHost {
+
+using namespace KeloAPI;
+
+namespace {
+
+bool isThisMachine(const std::string& host) {
+    const auto url = URL::parse("https://" + host);
+    const std::string name = url ? url->host() : "";
+    return name == "localhost" || name == "::1" || name.starts_with("127.");
+}
+
+std::string transportProblem(const Error& error, const std::string& host) {
+    switch (static_cast<HTTPErrorCode>(error.code())) {
+    case HTTPErrorCode::CannotFindHost:
+        return "there is no host named " + host;
+    case HTTPErrorCode::CannotConnect:
+        return "cannot connect to " + host +
+               (isThisMachine(host) ? " – is the service running? (kelo serve)" : "");
+    case HTTPErrorCode::TimedOut:
+        return host + " does not answer";
+    case HTTPErrorCode::ConnectionLost:
+        return "the connection to " + host + " broke off";
+    case HTTPErrorCode::ServerTrust:
+        return "the server at " + host + " cannot prove that it is the service";
+    case HTTPErrorCode::BadServerResponse:
+    case HTTPErrorCode::BadJson:
+    case HTTPErrorCode::EmptyBody:
+        return host + " does not answer as the service does";
+    default:
+        return host + ": " + error.localizedDescription();
+    }
+}
+
+Failure serviceProblem(const Error& error, std::int64_t code) {
+    const auto captchaUrl = error.url(KLCaptchaUrlKey);
+    const std::string where = captchaUrl ? " at " + captchaUrl->absoluteString() : "";
+    switch (code) {
+    case 100:
+    case 103:
+        return {ExitCode::SignIn, error.localizedDescription()};
+    case 419:
+        return {ExitCode::SignIn, "the service asks for a captcha" + where};
+    default:
+        return {ExitCode::Failed, "the service says: " + error.localizedDescription()};
+    }
+}
+
+} // namespace
+
+Failure explained(const Error& error, const std::string& host) {
+    if (error.domain() == HTTPErrorDomain) {
+        return {ExitCode::Failed, transportProblem(error, host)};
+    }
+    if (const auto code = error.integer(KLAPIStatusCodeKey)) {
+        return serviceProblem(error, *code);
+    }
+    return {ExitCode::Failed,
+            host + " does not answer as the service does (" + error.localizedDescription() + ")"};
+}
+
+} // namespace KeloHost

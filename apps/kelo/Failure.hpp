@@ -1,0 +1,32 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace KeloHost {
+
+/// The program's exit codes. A signal's is 128 and its number: 130 for Ctrl-C.
+enum class ExitCode : int {
+    Success = 0,
+    /// The service or the network failed.
+    Failed = 1,
+    /// The command line cannot be used.
+    Usage = 2,
+    /// The user has to sign in, or was refused.
+    SignIn = 3,
+};
+
+/// Why the program ends other than well: an exit code and the one line that people read.
+class Failure : public std::runtime_error {
+public:
+    Failure(ExitCode code, const std::string& line)
+        : std::runtime_error(line)
+        , _code(code) {}
+
+    ExitCode code() const { return _code; }
+
+private:
+    ExitCode _code;
+};
+
+} // namespace KeloHost

@@ -1,0 +1,121 @@
+#include "Host.hpp"
+
+#include "Explain.hpp"
+#include "Output.hpp"
+#include "Recovery.hpp"
+
+#include <KeloAPI/api/Api.hpp>
+#include <KeloAPI/platform/Diagnostics.hpp>
+#include <KeloAPI/platform/MainQueue.hpp>
+
+#include <cstdio>
+#include <string_view>
+#include <utility>
+
+namespace KeloHost {
+
+using namespace KeloAPI;
+
+namespace {
+
+std::optional<std::string> unlessEmpty(const std::string& text) {
+    return text.empty() ? std::nullopt : std::optional(text);
+}
+
+/// The library's diagnostics would spoil standard output.
+void divertDiagnostics(bool verbose) {
+    Diagnostics::setSink([verbose](std::string_view line) {
+        if (verbose) {
+            std::fprintf(stderr, "%.*s\n", static_cast<int>(line.size()), line.data());
+        }
+    });
+}
+
+} // namespace
+
+std::shared_ptr<Host> Host::create(const Options& options) {
+    const std::shared_ptr<Host> host(new Host(options));
+    divertDiagnostics(options.verbose);
+    Api::setSessionDelegate(host);
+    return host;
+}
+
+Host::Host(Options options)
+    : _options(std::move(options))
+    , _output(_options.json ? makeJsonOutput() : makeTextOutput())
+    , _recovery(std::make_unique<Recovery>(*this)) {}
+
+Host::~Host() = default;
+
+void Host::run(const std::function<void()>& work) {
+    if (_options.session.empty() && !_options.user.empty()) {
+        _recovery->signIn(work);
+    } else {
+        work();
+    }
+    MainQueue::main().run();
+    if (_failure) {
+        throw Failure(*_failure);
+    }
+}
+
+bool Host::hearsAgain(const Error& error) const {
+    return _recovery->willRetry(error);
+}
+
+void Host::end() {
+    MainQueue::main().stop();
+}
+
+void Host::end(const Error& error) {
+    if (_options.verbose) {
+        Diagnostics::write(error.description());
+    }
+    end(explained(error, _options.host));
+}
+
+void Host::end(Failure failure) {
+    if (!_failure) {
+        _failure = std::move(failure);
+    }
+    end();
+}
+
+std::optional<std::string> Host::hostForSession(Session&) {
+    return _options.host;
+}
+
+std::optional<std::string> Host::schemaForSession(Session&) {
+    return "https://";
+}
+
+std::optional<std::string> Host::sessionKeyForSession(Session& session) {
+    return session.sessionType() == SessionType::Authenticated ? unlessEmpty(_options.session)
+                                                               : std::nullopt;
+}
+
+std::optional<std::string> Host::acceptLanguageForSession(Session&) {
+    return unlessEmpty(_options.language);
+}
+
+std::optional<std::string> Host::userAgentForSession(Session&) {
+    return "kelo/" KELO_VERSION;
+}
+
+std::optional<std::string> Host::keloClientForSession(Session&) {
+    return "command-line/" KELO_VERSION;
+}
+
+bool Host::isPollingForSession(Session&) {
+    return false;
+}
+
+void Host::reauthRequiredForSession(Session& session) {
+    _recovery->reauthRequired(session);
+}
+
+bool Host::shouldHandleCaptchaForSession(Session& session, const URL& captchaUrl) {
+    return _recovery->captchaRequired(session, captchaUrl);
+}
+
+} // namespace KeloHost

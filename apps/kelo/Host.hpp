@@ -1,0 +1,67 @@
+#pragma once
+
+#include "Failure.hpp"
+#include "Options.hpp"
+
+#include <KeloAPI/api/SessionDelegate.hpp>
+#include <KeloAPI/platform/Error.hpp>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace KeloHost {
+
+class Output;
+class Recovery;
+
+/// The program as the library sees it: tells its sessions where the service is and who the user is,
+/// hears when the user has to do something, runs the main loop and knows how the program ends.
+class Host final : public KeloAPI::SessionDelegate {
+public:
+    /// Becomes the default delegate of the library's sessions.
+    static std::shared_ptr<Host> create(const Options& options);
+    ~Host() override;
+
+    const Options& options() const { return _options; }
+    Output& output() { return *_output; }
+
+    /// Calls `work` (signs the user in first, where the options name one and there is no session)
+    /// and runs the library's main queue until `end`. Throws the `Failure` that the end was.
+    void run(const std::function<void()>& work);
+
+    /// True when a call that failed with `error` is going to be sent again, because the user is
+    /// being asked to sign in or to solve a captcha. The library calls a completion at once with
+    /// the failure and once more with what the retry brings; a command does nothing the first time.
+    /// If the user gives up, the program ends without that second call.
+    bool hearsAgain(const KeloAPI::Error& error) const;
+
+    /// Ends the program: well, with what a call reported, or with a failure.
+    void end();
+    void end(const KeloAPI::Error& error);
+    void end(Failure failure);
+
+    void setSessionKey(std::string key) { _options.session = std::move(key); }
+
+    std::optional<std::string> hostForSession(KeloAPI::Session& session) override;
+    std::optional<std::string> schemaForSession(KeloAPI::Session& session) override;
+    std::optional<std::string> sessionKeyForSession(KeloAPI::Session& session) override;
+    std::optional<std::string> acceptLanguageForSession(KeloAPI::Session& session) override;
+    std::optional<std::string> userAgentForSession(KeloAPI::Session& session) override;
+    std::optional<std::string> keloClientForSession(KeloAPI::Session& session) override;
+    bool isPollingForSession(KeloAPI::Session& session) override;
+    void reauthRequiredForSession(KeloAPI::Session& session) override;
+    bool shouldHandleCaptchaForSession(KeloAPI::Session& session,
+                                       const KeloAPI::URL& captchaUrl) override;
+
+private:
+    explicit Host(Options options);
+
+    Options _options;
+    std::unique_ptr<Output> _output;
+    std::unique_ptr<Recovery> _recovery;
+    std::optional<Failure> _failure;
+};
+
+} // namespace KeloHost

@@ -1,0 +1,104 @@
+#include "DateText.hpp"
+#include "Output.hpp"
+
+#include <KeloAPI/loops/LoopData.hpp>
+#include <KeloAPI/model/KLRekelo.hpp>
+#include <KeloAPI/model/KLWatchPost.hpp>
+#include <KeloAPI/model/KLWatchUser.hpp>
+#include <KeloAPI/platform/http/ParameterEncoding.hpp>
+#include <KeloAPI/platform/Parameters.hpp>
+
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+namespace KeloHost {
+
+using namespace KeloAPI;
+
+namespace {
+
+template <class T>
+ParameterValue valueOf(const std::optional<T>& value) {
+    return value ? ParameterValue(*value) : ParameterValue();
+}
+
+ParameterValue valueOf(const Number& number) {
+    switch (number.kind()) {
+    case Number::Kind::Boolean:
+        return number.boolValue();
+    case Number::Kind::Signed:
+        return number.int64Value();
+    case Number::Kind::Unsigned:
+        return number.uint64Value();
+    default:
+        return number.doubleValue();
+    }
+}
+
+ParameterValue valueOf(const std::shared_ptr<LoopData>& loops) {
+    if (loops == nullptr) {
+        return {};
+    }
+    return Parameters{{"count", valueOf(loops->count)},
+                      {"velocity", valueOf(loops->velocity)},
+                      {"created", isoText(loops->created)},
+                      {"onFire", loops->onFire}};
+}
+
+Parameters fieldsOf(const KLWatchUser& user) {
+    return {{"username", valueOf(user.username)}, {"loopData", valueOf(user.loopData)}};
+}
+
+ParameterValue valueOf(const std::shared_ptr<KLWatchUser>& user) {
+    return user == nullptr ? ParameterValue() : fieldsOf(*user);
+}
+
+ParameterValue valueOf(const std::shared_ptr<KLRekelo>& rekelo) {
+    if (rekelo == nullptr) {
+        return {};
+    }
+    return Parameters{{"rekeloId", valueOf(rekelo->rekeloId)}, {"user", valueOf(rekelo->user)}};
+}
+
+Parameters fieldsOf(const KLWatchPost& post) {
+    return {{"postId", valueOf(post.postId)},
+            {"user", valueOf(post.user)},
+            {"caption", valueOf(post.caption)},
+            {"created", post.created ? ParameterValue(isoText(*post.created)) : ParameterValue()},
+            {"videoUrl", valueOf(post.videoUrl)},
+            {"thumbnailUrl", valueOf(post.thumbnailUrl)},
+            {"liked", valueOf(post.liked)},
+            {"rekeloed", post.rekeloed()},
+            {"currentUserRekelo", valueOf(post.currentUserRekelo)}};
+}
+
+/// The library writes JSON into request bodies; this borrows its writer.
+void printObject(const Parameters& fields) {
+    URLRequest request;
+    ParameterEncoding::JSON.encode(request, fields);
+    const std::string_view json = request.body ? request.body->text() : "null";
+    std::printf("%.*s\n", static_cast<int>(json.size()), json.data());
+}
+
+class JsonOutput final : public Output {
+public:
+    void user(const KLWatchUser& user) override { printObject(fieldsOf(user)); }
+
+    void posts(const std::vector<std::shared_ptr<KLWatchPost>>& posts) override {
+        for (const auto& post : posts) {
+            printObject(fieldsOf(*post));
+        }
+        std::fflush(stdout);
+    }
+
+    void endOfPosts(std::size_t, bool) override {}
+};
+
+} // namespace
+
+std::unique_ptr<Output> makeJsonOutput() {
+    return std::make_unique<JsonOutput>();
+}
+
+} // namespace KeloHost

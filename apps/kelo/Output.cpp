@@ -1,0 +1,7 @@
+#include "Output.hpp"
+
+namespace KeloHost {
+
+Output::~Output() = default;
+
+} // namespace KeloHost

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+namespace KeloAPI {
+class KLWatchPost;
+class KLWatchUser;
+} // namespace KeloAPI
+
+namespace KeloHost {
+
+/// Prints models on standard output.
+class Output {
+public:
+    Output() = default;
+    Output(const Output&) = delete;
+    Output& operator=(const Output&) = delete;
+    virtual ~Output();
+
+    virtual void user(const KeloAPI::KLWatchUser& user) = 0;
+    /// One page of posts; out at once.
+    virtual void posts(const std::vector<std::shared_ptr<KeloAPI::KLWatchPost>>& posts) = 0;
+    /// So many posts were printed in all; `more` says that the feed goes on.
+    virtual void endOfPosts(std::size_t count, bool more) = 0;
+};
+
+/// For people: aligned, and as wide as the terminal.
+std::unique_ptr<Output> makeTextOutput();
+/// For programs: one JSON object a line, with every field of the model; null for an absent one.
+std::unique_ptr<Output> makeJsonOutput();
+
+} // namespace KeloHost

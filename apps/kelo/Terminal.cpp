@@ -1,0 +1,105 @@
+#include "Terminal.hpp"
+
+#include "TextWidth.hpp"
+
+#include <sys/ioctl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <iostream>
+
+namespace KeloHost::Terminal {
+
+namespace {
+
+// Read by the signal handler; written with no question open.
+termios settingsBefore;
+volatile std::sig_atomic_t typingIsHidden = 0;
+
+void hideTyping() {
+    if (tcgetattr(STDIN_FILENO, &settingsBefore) != 0) {
+        return;
+    }
+    typingIsHidden = 1;
+    termios hidden = settingsBefore;
+    hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+    hidden.c_lflag |= ECHONL;
+    tcsetattr(STDIN_FILENO, TCSAFLUSH, &hidden);
+}
+
+void showTyping() {
+    if (typingIsHidden != 0) {
+        tcsetattr(STDIN_FILENO, TCSAFLUSH, &settingsBefore);
+        typingIsHidden = 0;
+    }
+}
+
+/// Only what a signal handler may do.
+extern "C" void endBySignal(int number) {
+    showTyping();
+    if (isatty(STDERR_FILENO) != 0) {
+        [[maybe_unused]] const auto written = write(STDERR_FILENO, "\n", 1);
+    }
+    _exit(128 + number);
+}
+
+} // namespace
+
+bool isInteractive() {
+    return isatty(STDIN_FILENO) != 0 && showsErrors();
+}
+
+bool showsOutput() {
+    return isatty(STDOUT_FILENO) != 0;
+}
+
+bool showsErrors() {
+    return isatty(STDERR_FILENO) != 0;
+}
+
+std::optional<std::size_t> columns() {
+    winsize size{};
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) {
+        return std::nullopt;
+    }
+    return size.ws_col;
+}
+
+void say(const std::string& text) {
+    std::fprintf(stderr, "%s\n", printable(text).c_str());
+}
+
+std::optional<std::string> ask(const std::string& question) {
+    std::fputs(question.c_str(), stderr);
+    std::fflush(stderr);
+    std::string line;
+    if (!std::getline(std::cin, line)) {
+        std::fputc('\n', stderr);
+        return std::nullopt;
+    }
+    return line;
+}
+
+std::optional<std::string> askHidden(const std::string& question) {
+    hideTyping();
+    auto line = ask(question);
+    showTyping();
+    return line;
+}
+
+void endOnSignals() {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction before {};
+        sigaction(number, nullptr, &before);
+        // A shell that runs the program in the background has it ignore Ctrl-C.
+        if (before.sa_handler == SIG_DFL) {
+            struct sigaction action {};
+            action.sa_handler = endBySignal;
+            sigaction(number, &action, nullptr);
+        }
+    }
+}
+
+} // namespace KeloHost::Terminal

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+/// Talking to the user. Questions go to standard error, answers come from standard input.
+namespace KeloHost::Terminal {
+
+/// True when there is somebody to ask.
+bool isInteractive();
+
+/// True when standard output, or standard error, is a terminal.
+bool showsOutput();
+bool showsErrors();
+
+/// Columns of the terminal that standard output is; absent when it is none.
+std::optional<std::size_t> columns();
+
+/// A line; what a terminal would take for a command is left out.
+void say(const std::string& text);
+
+/// The line the user types, without its end; absent at the end of the input.
+std::optional<std::string> ask(const std::string& question);
+/// The same with the typing hidden.
+std::optional<std::string> askHidden(const std::string& question);
+
+/// Makes SIGINT, SIGTERM and SIGHUP end the program with 128 and the signal's number, and leave the
+/// terminal as it was found.
+void endOnSignals();
+
+} // namespace KeloHost::Terminal

@@ -1,0 +1,108 @@
+#include "DateText.hpp"
+#include "Output.hpp"
+#include "Terminal.hpp"
+#include "TextWidth.hpp"
+
+#include <KeloAPI/loops/LoopData.hpp>
+#include <KeloAPI/model/KLWatchPost.hpp>
+#include <KeloAPI/model/KLWatchUser.hpp>
+
+#include <algorithm>
+#include <cstdio>
+#include <string>
+
+namespace KeloHost {
+
+using namespace KeloAPI;
+
+namespace {
+
+// Pages are printed as they come; columns that are wide enough from the start stay in line.
+constexpr std::size_t leastNameWidth = 14;
+constexpr std::size_t leastLoopsWidth = 17;
+constexpr std::size_t leastCaptionWidth = 20;
+
+/// 1234567 as "1,234,567".
+std::string grouped(std::string digits) {
+    for (std::size_t at = digits.size(); at > 3;) {
+        at -= 3;
+        digits.insert(at, 1, ',');
+    }
+    return digits;
+}
+
+std::string loopsText(const std::shared_ptr<KLWatchUser>& user) {
+    if (user == nullptr || user->loopData == nullptr) {
+        return "-";
+    }
+    return grouped(std::to_string(user->loopData->count.uint64Value())) + " loops";
+}
+
+std::string nameOf(const std::shared_ptr<KLWatchUser>& user) {
+    return user == nullptr ? "?" : printable(user->username.value_or("?"));
+}
+
+/// A heart for a like, an arrow for a repost of the signed-in user.
+std::string marksOf(const KLWatchPost& post) {
+    std::string marks = post.liked.value_or(false) ? "♥" : " ";
+    marks.append(post.rekeloed() ? "↻" : " ");
+    return marks;
+}
+
+class TextOutput final : public Output {
+public:
+    void user(const KLWatchUser& user) override {
+        std::printf("%s\n", printable(user.username.value_or("?")).c_str());
+        if (user.loopData != nullptr) {
+            std::printf("%s loops, %.1f more each second\n",
+                        grouped(std::to_string(user.loopData->count.uint64Value())).c_str(),
+                        user.loopData->velocity.doubleValue());
+        }
+    }
+
+    void posts(const std::vector<std::shared_ptr<KLWatchPost>>& posts) override {
+        std::size_t nameWidth = leastNameWidth;
+        std::size_t loopsWidth = leastLoopsWidth;
+        for (const auto& post : posts) {
+            nameWidth = std::max(nameWidth, displayWidth(nameOf(post->user)));
+            loopsWidth = std::max(loopsWidth, displayWidth(loopsText(post->user)));
+        }
+        for (const auto& post : posts) {
+            print(*post, nameWidth, loopsWidth);
+        }
+        std::fflush(stdout);
+    }
+
+    void endOfPosts(std::size_t count, bool more) override {
+        if (count == 0) {
+            std::printf("This feed is empty.\n");
+        } else if (more && Terminal::showsOutput()) {
+            Terminal::say("There are more: --pages N or --all reads on.");
+        }
+    }
+
+private:
+    static void print(const KLWatchPost& post, std::size_t nameWidth, std::size_t loopsWidth) {
+        std::string line = post.created ? shortText(*post.created) : std::string(16, '-');
+        line += "  " + padded(nameOf(post.user), nameWidth);
+        line += "  " + rightAligned(loopsText(post.user), loopsWidth);
+        line += "  " + marksOf(post) + "  ";
+        std::string caption = printable(post.caption.value_or(""));
+        if (const auto columns = Terminal::columns()) {
+            const std::size_t used = displayWidth(line);
+            const std::size_t room = *columns > used ? *columns - used : 0;
+            caption = clipped(caption, std::max(room, leastCaptionWidth));
+        }
+        line += caption;
+        line.erase(line.find_last_not_of(' ') + 1);
+        std::printf("%s\n", line.c_str());
+    }
+};
+
+} // namespace
+
+std::unique_ptr<Output> makeTextOutput() {
+    return std::make_unique<TextOutput>();
+}
+
+} // namespace KeloHost

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace KeloHost {
+
+class Host;
+
+/// A command's work. It returns at once; what it started ends the program by `Host::end`.
+using Start = std::function<void(const std::shared_ptr<Host>& host)>;
+
+/// One command: its part of the command line, which is gone after parsing, and its work.
+struct Command {
+    CLI::App* app;
+    Start start;
+};
+
+// One function and one source file per command. A new one is declared here, and called in
+// `addCommands`.
+Command addMe(CLI::App& app);
+Command addTimeline(CLI::App& app);
+Command addServe(CLI::App& app);
+
+inline std::vector<Command> addCommands(CLI::App& app) {
+    return {addMe(app), addTimeline(app), addServe(app)};
+}
+
+} // namespace KeloHost

@@ -1,0 +1,48 @@
+#include "CommandLine.hpp"
+#include "Failure.hpp"
+#include "Host.hpp"
+#include "Terminal.hpp"
+#include "TextWidth.hpp"
+
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+
+namespace {
+
+using namespace KeloHost;
+
+int run(int argc, char** argv) {
+    const Invocation invocation = parseCommandLine(argc, argv);
+    if (invocation.information) {
+        std::fputs(invocation.information->c_str(), stdout);
+    } else {
+        const auto host = Host::create(invocation.options);
+        host->run([&] { invocation.start(host); });
+    }
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        throw Failure(ExitCode::Failed, "the output cannot be written");
+    }
+    return EXIT_SUCCESS;
+}
+
+int complain(const char* line, ExitCode code) {
+    std::fflush(stdout);
+    // Part of it may come from the network.
+    std::fprintf(stderr, "kelo: %s\n", printable(line).c_str());
+    return static_cast<int>(code);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    Terminal::endOnSignals();
+    useUnicode();
+    try {
+        return run(argc, argv);
+    } catch (const Failure& failure) {
+        return complain(failure.what(), failure.code());
+    } catch (const std::exception& error) {
+        return complain(error.what(), ExitCode::Failed);
+    }
+}

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "service/http/FaultScript.hpp"
+#include "service/http/RequestLog.hpp"
+#include "service/http/Router.hpp"
+#include "service/http/Server.hpp"
+#include "service/routes/Context.hpp"
+#include "service/store/Store.hpp"
+
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace KeloService {
+
+/// What a service is started with.
+struct Settings {
+    /// A loopback address.
+    std::string address = "127.0.0.1";
+    /// 0 takes any free port.
+    int port = 8443;
+    /// A file, or ":memory:".
+    std::string database = ":memory:";
+    /// PEM files.
+    std::string certificate;
+    std::string key;
+    /// User name and session key of the sessions to add.
+    std::vector<std::pair<std::string, std::string>> sessions;
+    /// JSON file of faults; empty for none.
+    std::string faults;
+};
+
+/// Settings that name something that does not exist.
+class SettingsError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// The whole stand-in. Listens once constructed, answers once started.
+class Service {
+public:
+    /// Throws CertificateError, DatabaseError, FaultScriptError, ListenError or SettingsError, each
+    /// with a text that says what is wrong.
+    explicit Service(const Settings& settings);
+
+    int port() const { return server_.port(); }
+    /// "https://localhost:PORT"
+    const std::string& url() const { return context_.baseUrl; }
+    void start() { server_.start(); }
+    /// Returns once every connection has ended.
+    void stop() { server_.stop(); }
+
+private:
+    Store store_;
+    RequestLog log_;
+    FaultScript faults_;
+    Router router_;
+    Server server_;
+    Context context_;
+};
+
+} // namespace KeloService

@@ -1,0 +1,121 @@
+#include "service/http/Connection.hpp"
+
+#include <utility>
+
+namespace KeloService {
+namespace {
+
+constexpr std::string_view interimAnswer = "HTTP/1.1 100";
+
+} // namespace
+
+Connection::Connection(int descriptor, SSL_CTX* context, std::uint64_t number,
+                       std::function<void(Connection&)> beforeUnroutedAnswer)
+    : socket_(descriptor, context)
+    , number_(number)
+    , beforeUnroutedAnswer_(std::move(beforeUnroutedAnswer)) {
+    if (socket_.ssl() != nullptr) {
+        SSL_set_app_data(socket_.ssl(), this);
+    }
+}
+
+Connection& Connection::of(const httplib::Request& request) {
+    return *static_cast<Connection*>(SSL_get_app_data(request.ssl));
+}
+
+void Connection::countUse(std::uint64_t& counter) {
+    counter += used_ ? 0 : 1;
+    used_ = true;
+}
+
+void Connection::startRequest() {
+    recorder_.startRequest();
+    routed_ = false;
+    fault_.reset();
+    held_.clear();
+}
+
+void Connection::arm(WireFault fault, std::function<void()> onFire) {
+    fault_ = std::move(fault);
+    onFire_ = std::move(onFire);
+}
+
+void Connection::finishAnswer() {
+    if (fault_ && isOpen()) {
+        fire();
+    }
+}
+
+ssize_t Connection::read(char* buffer, size_t size) {
+    const size_t wanted = recorder_.mayRead(size);
+    if (wanted == 0) {
+        return 0;
+    }
+    const ssize_t count = socket_.read(buffer, wanted);
+    if (count > 0) {
+        recorder_.record({buffer, static_cast<size_t>(count)});
+    }
+    return count;
+}
+
+ssize_t Connection::write(const char* bytes, size_t size) {
+    const std::string_view answer(bytes, size);
+    if (!routed_ && !answer.starts_with(interimAnswer)) {
+        routed_ = true;
+        beforeUnroutedAnswer_(*this);
+    }
+    if (!isOpen()) {
+        return -1;
+    }
+    if (fault_) {
+        hold(answer);
+        return isOpen() ? static_cast<ssize_t>(size) : -1;
+    }
+    return socket_.write(answer) ? static_cast<ssize_t>(size) : -1;
+}
+
+void Connection::hold(std::string_view bytes) {
+    // The bytes before the fault wait here, so that the fault is counted before a client can see
+    // them, however short the answer turns out to be.
+    held_ += bytes;
+    if (fault_->kind != WireFault::Kind::Garbage && held_.size() > fault_->afterBytes) {
+        fire();
+    }
+}
+
+void Connection::fire() {
+    const WireFault fault = *std::exchange(fault_, std::nullopt);
+    onFire_();
+    if (fault.kind == WireFault::Kind::Garbage) {
+        socket_.write(fault.bytes);
+        socket_.closeOrderly();
+        return;
+    }
+    socket_.write(std::string_view(held_).substr(0, fault.afterBytes));
+    switch (fault.kind) {
+    case WireFault::Kind::Stall:
+        socket_.waitWhileConnected(std::nullopt);
+        socket_.closeAbruptly();
+        break;
+    case WireFault::Kind::Reset:
+        socket_.reset();
+        break;
+    case WireFault::Kind::AbruptClose:
+        socket_.closeAbruptly();
+        break;
+    default:
+        socket_.closeOrderly();
+    }
+}
+
+void Connection::get_remote_ip_and_port(std::string& ip, int& port) const {
+    ip = "loopback";
+    port = 0;
+}
+
+void Connection::get_local_ip_and_port(std::string& ip, int& port) const {
+    ip = "loopback";
+    port = 0;
+}
+
+} // namespace KeloService

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "service/http/FaultAction.hpp"
+#include "service/http/RequestRecorder.hpp"
+#include "service/http/TlsSocket.hpp"
+
+#include <httplib.h>
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace KeloService {
+
+/// The stream that the HTTP engine reads requests from and writes answers to. It records what
+/// arrives, and lets a wire fault act at any byte of an answer.
+class Connection : public httplib::Stream {
+public:
+    /// `beforeUnroutedAnswer` is called when the engine answers by itself, because it could not
+    /// understand the request.
+    Connection(int descriptor, SSL_CTX* context, std::uint64_t number,
+               std::function<void(Connection&)> beforeUnroutedAnswer);
+
+    /// The connection that serves the given request of the HTTP engine.
+    static Connection& of(const httplib::Request& request);
+
+    std::uint64_t number() const { return number_; }
+    TlsSocket& socketWithTls() { return socket_; }
+    const RequestRecorder& recorder() const { return recorder_; }
+    bool isOpen() const { return socket_.isOpen(); }
+
+    /// Adds one to the counter, the first time it is called.
+    void countUse(std::uint64_t& counter);
+
+    void startRequest();
+    /// The request is understood and its answer comes from us.
+    void startAnswer() { routed_ = true; }
+    /// Lets the fault act on the answer that comes next; `onFire` is called when it does.
+    void arm(WireFault fault, std::function<void()> onFire);
+    /// The engine has written the whole answer.
+    void finishAnswer();
+
+    bool is_readable() const override { return isOpen(); }
+    bool is_writable() const override { return isOpen(); }
+    ssize_t read(char* buffer, size_t size) override;
+    ssize_t write(const char* bytes, size_t size) override;
+    void get_remote_ip_and_port(std::string& ip, int& port) const override;
+    void get_local_ip_and_port(std::string& ip, int& port) const override;
+    socket_t socket() const override { return socket_.descriptor(); }
+
+private:
+    void hold(std::string_view bytes);
+    void fire();
+
+    TlsSocket socket_;
+    std::uint64_t number_;
+    std::function<void(Connection&)> beforeUnroutedAnswer_;
+    RequestRecorder recorder_;
+    bool routed_ = false;
+    bool used_ = false;
+    std::optional<WireFault> fault_;
+    std::function<void()> onFire_;
+    std::string held_;
+};
+
+} // namespace KeloService

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace KeloService {
+
+/// An address or port that cannot be listened on; the text says why.
+class ListenError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// A listening TCP socket on a loopback address.
+class Listener {
+public:
+    /// `address` is "localhost" or a loopback address of IPv4 or IPv6; port 0 takes any free one.
+    /// Throws ListenError.
+    Listener(const std::string& address, int port);
+    ~Listener();
+    Listener(const Listener&) = delete;
+    Listener& operator=(const Listener&) = delete;
+
+    int port() const { return port_; }
+    /// The next connection's descriptor; -1 once `stop` was called.
+    int accept() const;
+    /// Ends `accept` for good, from any thread.
+    void stop() const;
+
+private:
+    int socket_ = -1;
+    int stopped_ = -1;
+    int port_ = 0;
+};
+
+} // namespace KeloService

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "service/http/Answer.hpp"
+#include "service/http/Request.hpp"
+
+#include <cstdint>
+#include <deque>
+#include <mutex>
+#include <string>
+
+namespace KeloService {
+
+/// What clients asked of the service, for tests and curious people. Safe to use from any thread.
+class RequestLog {
+public:
+    /// The oldest entries go when there are more than this.
+    static constexpr std::size_t keptEntries = 50000;
+
+    /// `request.body` is the body's first bytes; `bodyBytes` its whole length.
+    void add(const Request& request, std::uint64_t bodyBytes);
+    /// The entries with a number greater than `since`, and the last number given so far.
+    Json list(std::uint64_t since) const;
+    /// Forgets the entries; numbers go on.
+    void clear();
+
+private:
+    struct Entry {
+        std::uint64_t number;
+        std::string receivedAt;
+        Request request;
+        std::uint64_t bodyBytes;
+    };
+    static Json describe(const Entry& entry);
+
+    mutable std::mutex mutex_;
+    std::deque<Entry> entries_;
+    std::uint64_t last_ = 0;
+};
+
+} // namespace KeloService

@@ -1,0 +1,81 @@
+#include "service/http/Router.hpp"
+
+#include <charconv>
+#include <exception>
+
+namespace KeloService {
+namespace {
+
+using Arguments = std::map<std::string, std::string, std::less<>>;
+
+bool matches(const std::vector<std::string>& pattern, const std::vector<std::string>& path,
+             Arguments& arguments) {
+    if (pattern.size() != path.size()) {
+        return false;
+    }
+    arguments.clear();
+    for (std::size_t i = 0; i < path.size(); ++i) {
+        if (pattern[i].starts_with(':') && !path[i].empty()) {
+            arguments[pattern[i].substr(1)] = path[i];
+        } else if (pattern[i] != path[i]) {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+const std::string& Call::argument(std::string_view name) const {
+    return arguments.find(name)->second;
+}
+
+std::int64_t Call::identifier(std::string_view name) const {
+    const std::string& text = argument(name);
+    std::int64_t value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size() || value <= 0) {
+        throw ServiceError(404, ErrorCode::notFound, "There is nothing with the id " + text);
+    }
+    return value;
+}
+
+void Router::add(const std::string& method, const std::string& pattern, Route route) {
+    Request shape;
+    shape.target = pattern;
+    entries_.push_back({method, shape.segments(), std::move(route)});
+}
+
+Answer Router::dispatch(const Request& request) const {
+    const std::vector<std::string> path = request.segments();
+    const std::string method = request.method == "HEAD" ? "GET" : request.method;
+    bool pathIsKnown = false;
+    Arguments arguments;
+    for (const Entry& entry : entries_) {
+        if (!matches(entry.pattern, path, arguments)) {
+            continue;
+        }
+        if (entry.method == method) {
+            return entry.route(Call{request, std::move(arguments)});
+        }
+        pathIsKnown = true;
+    }
+    if (pathIsKnown) {
+        throw ServiceError(405, ErrorCode::methodNotAllowed,
+                           request.method + " is not possible here");
+    }
+    throw ServiceError(404, ErrorCode::notFound, "There is nothing at this address");
+}
+
+Answer Router::answer(const Request& request) const {
+    try {
+        return dispatch(request);
+    } catch (const ServiceError& error) {
+        return errorAnswer(error);
+    } catch (const std::exception& error) {
+        return errorAnswer(ServiceError(500, ErrorCode::internal,
+                                        std::string("The service failed: ") + error.what()));
+    }
+}
+
+} // namespace KeloService

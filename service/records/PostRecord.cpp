@@ -1,0 +1,105 @@
+#include "service/records/PostRecord.hpp"
+
+#include "service/records/UserRecord.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace KeloService {
+namespace {
+
+/// The service writes whole rates without a fraction.
+Json rateNumber(double rate) {
+    return rate == std::floor(rate) ? Json(static_cast<std::int64_t>(rate)) : Json(rate);
+}
+
+Json videoUrls(const Post& post, const std::string& baseUrl) {
+    Json list = Json::array();
+    for (const Rendition& rendition : post.renditions) {
+        list.push_back({{"videoUrl", baseUrl + rendition.path},
+                        {"format", rendition.format},
+                        {"rate", rateNumber(rendition.rate)},
+                        {"id", rendition.version}});
+    }
+    return list;
+}
+
+Json tags(const Post& post) {
+    Json list = Json::array();
+    for (const Tag& tag : post.tags) {
+        list.push_back({{"tagId", tag.tagId}, {"tag", tag.name}});
+    }
+    return list;
+}
+
+Json entities(const Post& post) {
+    Json list = Json::array();
+    for (const Entity& entity : post.entities) {
+        const std::string place = entity.type == "tag" ? "tag/" : "user-id/";
+        list.push_back(
+            {{"type", entity.type},
+             {"id", entity.targetId},
+             {"title", entity.title},
+             {"link", "kelo://" + place +
+                          (entity.type == "tag" ? entity.title : std::to_string(entity.targetId))},
+             {"range", {entity.start, entity.end}}});
+    }
+    return list;
+}
+
+Json likes(const Post& post, const std::string& baseUrl) {
+    Json records = Json::array();
+    for (const Like& like : post.likes) {
+        Json record{{"likeId", like.likeId}, {"created", dateText(like.created)}};
+        addUserSummary(record, like.user, baseUrl);
+        records.push_back(record);
+    }
+    return {{"count", post.likeCount}, {"records", records}};
+}
+
+Json comments(const Post& post, const std::string& baseUrl) {
+    Json records = Json::array();
+    for (const Comment& comment : post.comments) {
+        Json record{{"commentId", comment.commentId},
+                    {"created", dateText(comment.created)},
+                    {"comment", comment.text}};
+        addUserSummary(record, comment.user, baseUrl);
+        records.push_back(record);
+    }
+    return {{"count", post.commentCount}, {"records", records}};
+}
+
+} // namespace
+
+Json postRecord(const Post& post, const std::string& baseUrl) {
+    Json record{{"postId", post.postId},
+                {"created", dateText(post.created)},
+                {"description", post.caption},
+                {"thumbnailUrl", baseUrl + "/media/thumbnails/" + post.permalinkId + ".jpg"},
+                {"videoUrls", videoUrls(post, baseUrl)},
+                {"permalinkUrl", baseUrl + "/v/" + post.permalinkId},
+                {"shareUrl", baseUrl + "/v/" + post.permalinkId + "?via=share"},
+                {"liked", post.liked}};
+    if (post.myRepostId) {
+        record["myRepostId"] = *post.myRepostId;
+    }
+    addUserSummary(record, post.author, baseUrl);
+    record["private"] = post.authorIsPrivate;
+    record["loopCount"] = post.authorLoopCount;
+    record["loopVelocity"] = post.authorLoopVelocity;
+    record["loops"] = {
+        {"count", post.loopCount}, {"velocity", post.loopVelocity}, {"onFire", post.onFire}};
+    record["likes"] = likes(post, baseUrl);
+    record["comments"] = comments(post, baseUrl);
+    record["reposts"] = {{"count", post.repostCount}};
+    record["tags"] = tags(post);
+    record["entities"] = entities(post);
+    if (post.channelId) {
+        record["channelId"] = *post.channelId;
+    }
+    record["explicitContent"] = false;
+    record["promoted"] = false;
+    return record;
+}
+
+} // namespace KeloService

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "service/http/Router.hpp"
+#include "service/routes/Context.hpp"
+
+namespace KeloService {
+
+// One function and one source file per resource. A new one is declared here, and called in
+// addAllRoutes.
+void addCaptchaRoutes(Router& router, const Context& context);
+void addControlRoutes(Router& router, const Context& context);
+void addInspectionRoutes(Router& router, const Context& context);
+void addMeRoutes(Router& router, const Context& context);
+void addSessionRoutes(Router& router, const Context& context);
+void addTimelineRoutes(Router& router, const Context& context);
+
+void addAllRoutes(Router& router, const Context& context);
+
+} // namespace KeloService

@@ -1,0 +1,153 @@
+#include "service/store/Database.hpp"
+
+namespace KeloService {
+namespace {
+
+/// "KELO", so that another program's database is not mistaken for ours.
+constexpr std::int64_t applicationId = 0x4B454C4F;
+constexpr std::int64_t schemaVersion = 1;
+
+// Times are milliseconds since 1970 in UTC. Paths are relative to the service's own address, which
+// is not known before it listens.
+constexpr const char* tables = R"sql(
+CREATE TABLE users (
+    userId INTEGER PRIMARY KEY,
+    username TEXT NOT NULL UNIQUE,
+    passwordSalt TEXT NOT NULL,
+    passwordHash TEXT NOT NULL,
+    avatarPath TEXT NOT NULL,
+    description TEXT NOT NULL,
+    location TEXT NOT NULL,
+    created INTEGER NOT NULL,
+    verified INTEGER NOT NULL,
+    private INTEGER NOT NULL,
+    loopCount INTEGER NOT NULL,
+    loopVelocity REAL NOT NULL,
+    followerCount INTEGER NOT NULL,
+    followingCount INTEGER NOT NULL,
+    likeCount INTEGER NOT NULL
+);
+CREATE TABLE sessions (
+    key TEXT PRIMARY KEY,
+    userId INTEGER NOT NULL REFERENCES users,
+    expired INTEGER NOT NULL DEFAULT 0,
+    captchaToken TEXT
+);
+CREATE INDEX sessionsByCaptcha ON sessions (captchaToken);
+CREATE TABLE channels (
+    channelId INTEGER PRIMARY KEY,
+    name TEXT NOT NULL,
+    description TEXT NOT NULL,
+    fontColor TEXT NOT NULL,
+    backgroundColor TEXT NOT NULL,
+    vanityUrl TEXT NOT NULL,
+    created INTEGER NOT NULL
+);
+CREATE TABLE posts (
+    postId INTEGER PRIMARY KEY,
+    userId INTEGER NOT NULL REFERENCES users,
+    channelId INTEGER REFERENCES channels,
+    created INTEGER NOT NULL,
+    caption TEXT NOT NULL,
+    permalinkId TEXT NOT NULL UNIQUE,
+    popularity INTEGER NOT NULL,
+    pickRank INTEGER,
+    loopCount INTEGER NOT NULL,
+    loopVelocity REAL NOT NULL,
+    onFire INTEGER NOT NULL,
+    likeCount INTEGER NOT NULL,
+    commentCount INTEGER NOT NULL,
+    repostCount INTEGER NOT NULL
+);
+CREATE INDEX postsByCreated ON posts (created, postId);
+CREATE INDEX postsByPopularity ON posts (popularity, postId);
+CREATE INDEX postsByUser ON posts (userId, created, postId);
+CREATE INDEX postsByChannel ON posts (channelId, popularity, postId);
+CREATE INDEX postsByPick ON posts (pickRank, postId) WHERE pickRank IS NOT NULL;
+CREATE TABLE renditions (
+    postId INTEGER NOT NULL REFERENCES posts,
+    position INTEGER NOT NULL,
+    format TEXT NOT NULL,
+    rate REAL NOT NULL,
+    version TEXT NOT NULL,
+    path TEXT NOT NULL,
+    PRIMARY KEY (postId, position)
+) WITHOUT ROWID;
+CREATE TABLE tags (
+    tagId INTEGER PRIMARY KEY,
+    name TEXT NOT NULL UNIQUE
+);
+CREATE TABLE postTags (
+    postId INTEGER NOT NULL REFERENCES posts,
+    tagId INTEGER NOT NULL REFERENCES tags,
+    PRIMARY KEY (tagId, postId)
+) WITHOUT ROWID;
+CREATE INDEX postTagsByPost ON postTags (postId);
+-- The stretches of captions that link somewhere, in code points.
+CREATE TABLE entities (
+    postId INTEGER NOT NULL REFERENCES posts,
+    start INTEGER NOT NULL,
+    end INTEGER NOT NULL,
+    type TEXT NOT NULL,
+    targetId INTEGER NOT NULL,
+    title TEXT NOT NULL,
+    PRIMARY KEY (postId, start)
+) WITHOUT ROWID;
+CREATE TABLE likes (
+    likeId INTEGER PRIMARY KEY,
+    postId INTEGER NOT NULL REFERENCES posts,
+    userId INTEGER NOT NULL REFERENCES users,
+    created INTEGER NOT NULL,
+    UNIQUE (postId, userId)
+);
+CREATE INDEX likesByUser ON likes (userId, created, postId);
+CREATE TABLE comments (
+    commentId INTEGER PRIMARY KEY,
+    postId INTEGER NOT NULL REFERENCES posts,
+    userId INTEGER NOT NULL REFERENCES users,
+    created INTEGER NOT NULL,
+    comment TEXT NOT NULL
+);
+CREATE INDEX commentsByPost ON comments (postId, created);
+CREATE TABLE reposts (
+    repostId INTEGER PRIMARY KEY,
+    postId INTEGER NOT NULL REFERENCES posts,
+    userId INTEGER NOT NULL REFERENCES users,
+    created INTEGER NOT NULL,
+    UNIQUE (postId, userId)
+);
+CREATE TABLE follows (
+    userId INTEGER NOT NULL REFERENCES users,
+    followeeId INTEGER NOT NULL REFERENCES users,
+    PRIMARY KEY (userId, followeeId)
+) WITHOUT ROWID;
+)sql";
+
+std::int64_t number(Database& database, const std::string& sql) {
+    Query query = database.query(sql);
+    query.next();
+    return query.integer(0);
+}
+
+} // namespace
+
+void prepareSchema(Database& database) {
+    const auto lock = database.lock();
+    // The first statement that reads the file: what is no database at all fails here.
+    const std::int64_t objects = number(database, "SELECT count(*) FROM sqlite_master");
+    const std::int64_t owner = number(database, "PRAGMA application_id");
+    if (owner != applicationId && (objects != 0 || owner != 0)) {
+        throw DatabaseError("it belongs to another program");
+    }
+    if (owner == applicationId && number(database, "PRAGMA user_version") != schemaVersion) {
+        throw DatabaseError("it was made by another version");
+    }
+    database.execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL");
+    if (owner != applicationId) {
+        database.execute("BEGIN IMMEDIATE; " + std::string(tables) +
+                         "; PRAGMA application_id = " + std::to_string(applicationId) +
+                         "; PRAGMA user_version = " + std::to_string(schemaVersion) + "; COMMIT");
+    }
+}
+
+} // namespace KeloService

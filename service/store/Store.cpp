@@ -1,0 +1,21 @@
+#include "service/store/Store.hpp"
+
+#include "service/seed/Seed.hpp"
+
+namespace KeloService {
+
+Store::Store(const std::string& file)
+    : database(file)
+    , users(database)
+    , sessions(database)
+    , channels(database)
+    , posts(database)
+    , feeds(database) {
+    try {
+        seedIfEmpty(database);
+    } catch (const DatabaseError& error) {
+        throw DatabaseError("cannot use the database " + file + ": " + error.what());
+    }
+}
+
+} // namespace KeloService

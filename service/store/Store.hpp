@@ -1,0 +1,28 @@
+#pragma once
+
+#include "service/store/Channels.hpp"
+#include "service/store/Database.hpp"
+#include "service/store/Feeds.hpp"
+#include "service/store/Posts.hpp"
+#include "service/store/Sessions.hpp"
+#include "service/store/Users.hpp"
+
+#include <string>
+
+namespace KeloService {
+
+/// All that the service remembers. An empty database is seeded; one with content stays as it is.
+class Store {
+public:
+    /// Throws DatabaseError.
+    explicit Store(const std::string& file);
+
+    Database database;
+    Users users;
+    Sessions sessions;
+    Channels channels;
+    Posts posts;
+    Feeds feeds;
+};
+
+} // namespace KeloService

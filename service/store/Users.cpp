@@ -1,0 +1,57 @@
+#include "service/store/Users.hpp"
+
+#include "service/store/Password.hpp"
+
+namespace KeloService {
+namespace {
+
+constexpr const char* selection =
+    "SELECT userId, username, avatarPath, description, location, created, verified, private, "
+    "loopCount, loopVelocity, followerCount, followingCount, likeCount, "
+    "(SELECT count(*) FROM posts WHERE posts.userId = users.userId), passwordSalt, passwordHash "
+    "FROM users ";
+
+User read(const Query& query) {
+    User user;
+    user.userId = query.integer(0);
+    user.username = query.text(1);
+    user.avatarPath = query.text(2);
+    user.description = query.text(3);
+    user.location = query.text(4);
+    user.created = query.integer(5);
+    user.verified = query.boolean(6);
+    user.isPrivate = query.boolean(7);
+    user.loopCount = query.integer(8);
+    user.loopVelocity = query.real(9);
+    user.followerCount = query.integer(10);
+    user.followingCount = query.integer(11);
+    user.likeCount = query.integer(12);
+    user.postCount = query.integer(13);
+    return user;
+}
+
+} // namespace
+
+std::optional<User> Users::find(std::int64_t userId) {
+    const auto lock = database_.lock();
+    Query query = database_.query(std::string(selection) + "WHERE userId = ?1");
+    return query.bind(userId).next() ? std::optional(read(query)) : std::nullopt;
+}
+
+std::optional<User> Users::findByName(const std::string& username) {
+    const auto lock = database_.lock();
+    Query query = database_.query(std::string(selection) + "WHERE username = ?1");
+    return query.bind(username).next() ? std::optional(read(query)) : std::nullopt;
+}
+
+std::optional<User> Users::findByPassword(const std::string& username,
+                                          const std::string& password) {
+    const auto lock = database_.lock();
+    Query query = database_.query(std::string(selection) + "WHERE username = ?1");
+    if (!query.bind(username).next() || hashPassword(password, query.text(14)) != query.text(15)) {
+        return std::nullopt;
+    }
+    return read(query);
+}
+
+} // namespace KeloService
