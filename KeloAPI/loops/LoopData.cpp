@@ -20,8 +20,12 @@ void LoopData::addLoops(std::uint64_t n) {
 std::uint64_t LoopData::loopsSinceCreation() const {
     constexpr double twoTo64 = 18446744073709551616.0;
     const double rate = velocity.doubleValue();
-    const double elapsed = std::chrono::duration<double>(now() - created).count();
-    const double product = rate * elapsed;
+    // Subtracted as doubles, which are exact for microseconds of any date near: integers could
+    // overflow where a host sets an instant far away.
+    using Microseconds = std::chrono::duration<double, std::micro>;
+    const std::chrono::duration<double> elapsed =
+        Microseconds(now().time_since_epoch()) - Microseconds(created.time_since_epoch());
+    const double product = rate * elapsed.count();
     // Written so that not-a-number fails it too.
     require(product >= 0.0 && product < twoTo64, "estimated loops are no 64-bit count");
     return static_cast<std::uint64_t>(product);

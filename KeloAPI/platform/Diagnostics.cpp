@@ -31,7 +31,7 @@ void writeToStandardOutput(std::string_view line) {
 
 void setSink(Sink sink) {
     const std::lock_guard lock(state().mutex);
-    state().sink = std::move(sink);
+    state().sink.swap(sink); // the old one goes without the lock
 }
 
 void write(std::string_view line) {

@@ -3,12 +3,14 @@
 #include <KeloAPI/platform/Contract.hpp>
 #include <KeloAPI/platform/NeverDestroyed.hpp>
 
+#include <algorithm>
 #include <condition_variable>
 #include <cstdint>
+#include <deque>
 #include <mutex>
 #include <sys/eventfd.h>
 #include <unistd.h>
-#include <vector>
+#include <utility>
 
 namespace KeloAPI {
 
@@ -26,19 +28,55 @@ void clear(int event) {
     [[maybe_unused]] const auto got = read(event, &count, sizeof count);
 }
 
+/// The instant so long from now; the last one there is where that lies beyond it.
+Deadline deadlineAfter(std::chrono::milliseconds timeout) {
+    const auto now = std::chrono::steady_clock::now();
+    const auto most = std::chrono::duration_cast<std::chrono::milliseconds>(Deadline::max() - now);
+    return timeout < most ? now + std::max(timeout, std::chrono::milliseconds(0)) : Deadline::max();
+}
+
 } // namespace
 
 struct MainQueue::State {
     std::mutex mutex;
     std::condition_variable changed;
-    std::vector<Task> waiting;
+    std::deque<Task> waiting;
     Executor executor;
     int event = -1; // made when a host asks for it: others should not pay a descriptor
     bool stopping = false;
     bool running = false; // a task is on the stack
+
+    void clearEventIfIdle() {
+        if (event >= 0 && waiting.empty()) {
+            clear(event);
+        }
+    }
 };
 
-MainQueue::MainQueue() : _state(new State) {}
+/// Marks that tasks run, until its end: a task that throws must not leave the queue closed.
+class MainQueue::Running {
+public:
+    Running(State& state, std::unique_lock<std::mutex>& lock)
+        : _state(state)
+        , _lock(lock) {
+        _state.running = true;
+    }
+    Running(const Running&) = delete;
+    Running& operator=(const Running&) = delete;
+    ~Running() {
+        if (!_lock.owns_lock()) {
+            _lock.lock();
+        }
+        _state.running = false;
+    }
+
+private:
+    State& _state;
+    std::unique_lock<std::mutex>& _lock;
+};
+
+MainQueue::MainQueue()
+    : _state(new State) {}
 
 MainQueue& MainQueue::main() {
     static NeverDestroyed<MainQueue> instance;
@@ -62,25 +100,30 @@ void MainQueue::async(Task task) {
 }
 
 std::size_t MainQueue::drain() {
-    std::vector<Task> batch;
-    {
-        const std::lock_guard lock(_state->mutex);
-        if (_state->running || _state->waiting.empty()) {
-            return 0;
-        }
-        batch.swap(_state->waiting);
-        _state->running = true;
-        if (_state->event >= 0) {
-            clear(_state->event);
-        }
+    return runWaiting(/*untilStopped=*/false);
+}
+
+std::size_t MainQueue::runWaiting(bool untilStopped) {
+    std::unique_lock lock(_state->mutex);
+    if (_state->running) {
+        return 0;
     }
-    for (Task& task : batch) {
+    const Running running(*_state, lock);
+    std::size_t count = 0;
+    for (std::size_t left = _state->waiting.size(); left > 0 && !_state->waiting.empty(); --left) {
+        if (untilStopped && _state->stopping) {
+            break;
+        }
+        Task task = std::move(_state->waiting.front());
+        _state->waiting.pop_front();
+        _state->clearEventIfIdle();
+        lock.unlock();
         task();
-        task = nullptr; // what it captured goes now, not with the batch
+        task = nullptr; // what it captured goes now, and without the lock
+        lock.lock();
+        ++count;
     }
-    const std::lock_guard lock(_state->mutex);
-    _state->running = false;
-    return batch.size();
+    return count;
 }
 
 bool MainQueue::waitForTasks(Deadline deadline) {
@@ -93,28 +136,32 @@ bool MainQueue::waitForTasks(Deadline deadline) {
     return _state->changed.wait_until(lock, deadline, ready);
 }
 
+bool MainQueue::takesPart() {
+    const std::lock_guard lock(_state->mutex);
+    return !_state->running;
+}
+
+bool MainQueue::wasStopped() {
+    const std::lock_guard lock(_state->mutex);
+    return std::exchange(_state->stopping, false);
+}
+
 void MainQueue::run() {
-    while (true) {
+    while (takesPart()) {
         waitForTasks(Deadline::max());
-        drain();
-        const std::lock_guard lock(_state->mutex);
-        if (_state->stopping || _state->running) {
-            _state->stopping = false;
+        runWaiting(/*untilStopped=*/true);
+        if (wasStopped()) {
             return;
         }
     }
 }
 
 bool MainQueue::runUntil(const std::function<bool()>& done, std::chrono::milliseconds timeout) {
-    const Deadline deadline = std::chrono::steady_clock::now() + timeout;
-    while (!done()) {
-        if (!waitForTasks(deadline)) {
-            return done();
-        }
-        drain();
-        const std::lock_guard lock(_state->mutex);
-        if (_state->stopping || _state->running) {
-            _state->stopping = false;
+    const Deadline deadline = deadlineAfter(timeout);
+    while (!done() && takesPart() && waitForTasks(deadline)) {
+        runWaiting(/*untilStopped=*/true);
+        // Asked here and not only where nothing waits: tasks may keep coming for ever.
+        if (wasStopped() || std::chrono::steady_clock::now() >= deadline) {
             break;
         }
     }
@@ -142,17 +189,19 @@ int MainQueue::fileDescriptor() {
 }
 
 void MainQueue::setExecutor(Executor executor) {
-    std::vector<Task> waiting;
-    {
-        const std::lock_guard lock(_state->mutex);
-        _state->executor = executor;
-        if (executor) {
-            waiting.swap(_state->waiting);
+    std::unique_lock lock(_state->mutex);
+    // The waiting tasks go first; what is posted meanwhile goes behind them.
+    while (executor && !_state->waiting.empty()) {
+        std::deque<Task> batch;
+        batch.swap(_state->waiting);
+        _state->clearEventIfIdle();
+        lock.unlock();
+        for (Task& task : batch) {
+            executor(std::move(task));
         }
+        lock.lock();
     }
-    for (Task& task : waiting) {
-        executor(std::move(task));
-    }
+    _state->executor.swap(executor); // the old one goes without the lock
 }
 
 } // namespace KeloAPI

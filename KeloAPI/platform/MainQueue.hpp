@@ -18,8 +18,9 @@ namespace KeloAPI {
 ///   call `drain()`.
 /// - `setExecutor()` hands every task to the host's own "run this on the main thread" function.
 ///
-/// Tasks never run inside the call that posted them, nor inside another task: a `drain()` or
-/// `run()` from within a task runs nothing.
+/// Tasks never run inside the call that posted them, nor inside another task: a `drain()`, `run()`
+/// or `runUntil()` from within a task runs nothing and returns at once. What a task throws leaves
+/// that call; the tasks behind it go on waiting.
 class KELO_API MainQueue {
 public:
     using Task = std::function<void()>;
@@ -42,11 +43,11 @@ public:
     void run();
 
     /// Runs tasks as they come until `done` says true, which is asked after each batch, or until
-    /// `timeout` has passed; returns what `done` said last.
+    /// `timeout` has passed or `stop()` was called; returns what `done` said last.
     bool runUntil(const std::function<bool()>& done, std::chrono::milliseconds timeout);
 
-    /// Makes `run()` return after the task that is running. From any thread; where nothing runs,
-    /// the next `run()` returns at once.
+    /// Makes `run()` return after the task that is running; those behind it go on waiting. From any
+    /// thread; where nothing runs, the next `run()` returns at once.
     void stop();
 
     /// Readable while tasks wait. Owned by the queue: watch it, do not read or close it.
@@ -63,9 +64,13 @@ private:
     MainQueue();
     ~MainQueue() = delete;
 
+    std::size_t runWaiting(bool untilStopped);
     bool waitForTasks(std::chrono::steady_clock::time_point deadline);
+    bool takesPart();
+    bool wasStopped();
 
     struct State;
+    class Running;
     State* _state;
 };
 

@@ -158,21 +158,25 @@ std::optional<std::uint16_t> URL::port() const {
 }
 
 std::string URL::path() const {
-    // Read from the text: the parser's empty segments (as in "//") do not point into it.
-    const std::string name = scheme();
-    std::size_t begin = name.empty() ? 0 : name.size() + 1;
-    const std::size_t end = endOfPath(_text);
+    // Read off the text: the reader's own segments do not point into it where they are empty.
+    const ParsedUri uri(_text);
+    std::size_t begin = uri->scheme.first == nullptr ? 0 : view(uri->scheme).size() + 1;
     if (_text.compare(begin, 2, "//") == 0) {
-        begin = std::min(_text.find('/', begin + 2), end);
+        begin = std::min(_text.find_first_of("/?#", begin + 2), _text.size());
     }
-    return _text.substr(begin, end - begin);
+    return _text.substr(begin, endOfPath(_text) - begin);
 }
 
 std::optional<std::string> URL::filePath() const {
     if (scheme() != "file") {
         return std::nullopt;
     }
-    return unescaped(path());
+    std::string path = unescaped(this->path());
+    // The system's calls would take the name to end there.
+    if (path.find('\0') != std::string::npos) {
+        return std::nullopt;
+    }
+    return path;
 }
 
 std::optional<std::string> URL::query() const {

@@ -31,7 +31,8 @@ public:
     std::optional<std::uint16_t> port() const;
     /// As written, percent escapes included; empty when there is none.
     std::string path() const;
-    /// The path of a file URL with its percent escapes undone; absent for other URLs.
+    /// The path of a file URL with its percent escapes undone; absent for other URLs, and where the
+    /// path holds a zero byte.
     std::optional<std::string> filePath() const;
     /// Without "?"; absent when the URL has no query.
     std::optional<std::string> query() const;

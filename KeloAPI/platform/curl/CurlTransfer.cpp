@@ -56,7 +56,8 @@ CurlTransfer::Outcome CurlTransfer::outcome(CURLcode code) const {
     } else if (code != CURLE_OK) {
         outcome.error = curlError(code, _detail.data());
     } else if (!_head.isFinished()) {
-        outcome.error = curlError(CURLE_WEIRD_SERVER_REPLY, {});
+        outcome.error =
+            httpError(HTTPErrorCode::ConnectionLost, "the answer ended within its head");
     }
     return outcome;
 }

@@ -51,6 +51,7 @@ void CurlTransfer::setUp(const TrustStore& trust, CURLSH* cookies) {
     // A Cookie field that the request brings is all that is sent.
     if (!_exchange->request().headerFields.contains("Cookie")) {
         curl_easy_setopt(_easy, CURLOPT_SHARE, cookies);
+        curl_easy_setopt(_easy, CURLOPT_COOKIEFILE, ""); // no file: switches cookies on
     }
     setUpRequest();
     setUpHeaders();

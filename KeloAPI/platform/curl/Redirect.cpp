@@ -47,10 +47,12 @@ bool isRedirect(int statusCode, const HeaderFields& fields) {
     case 303:
     case 307:
     case 308:
-        return fields.contains("Location");
+        break;
     default:
         return false;
     }
+    const auto location = fields.find("Location");
+    return location != fields.end() && !location->second.empty();
 }
 
 Result<URLRequest> redirected(const URLRequest& request, int statusCode,

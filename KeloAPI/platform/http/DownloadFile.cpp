@@ -2,11 +2,10 @@
 
 #include <KeloAPI/platform/http/HTTPError.hpp>
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -17,27 +16,37 @@ namespace {
 // A transport hands out small runs; gathering them nearly doubles the speed of a large file.
 constexpr std::size_t gathered = std::size_t{512} << 10U;
 
-constexpr std::string_view suffix = ".part";
-
 std::string directoryOf(const std::string& path) {
     const auto slash = path.rfind('/');
     return slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
+}
+
+/// A name that no other process and no other download has: 128 random bits.
+std::string uniqueName() {
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::array<unsigned char, 16> bytes{};
+    std::string name;
+    if (getentropy(bytes.data(), bytes.size()) != 0) {
+        return name;
+    }
+    for (const unsigned char byte : bytes) {
+        name += digits[byte >> 4U];
+        name += digits[byte & 15U];
+    }
+    return name;
 }
 
 } // namespace
 
 DownloadFile::DownloadFile(std::string destination)
     : _destination(std::move(destination))
-    , _temporary(directoryOf(_destination) + ".download-XXXXXX" + std::string(suffix)) {
-    _file = mkostemps(_temporary.data(), static_cast<int>(suffix.size()), O_CLOEXEC);
+    , _temporary(directoryOf(_destination) + ".download-" + uniqueName() + ".part") {
+    // Opened by hand because the system's temporary files are private, and what this becomes is an
+    // ordinary file: the process's mask cannot be read without changing it for all threads.
+    _file = open(_temporary.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (_file < 0) {
         fail("no file can be made beside ");
-        return;
     }
-    // Temporary files are made private; what they become is an ordinary file.
-    const mode_t mask = umask(0);
-    umask(mask);
-    fchmod(_file, 0666 & ~mask);
 }
 
 DownloadFile::~DownloadFile() {

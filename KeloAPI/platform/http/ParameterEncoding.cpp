@@ -4,6 +4,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <simdjson.h>
 #include <string_view>
 
 namespace KeloAPI {
@@ -62,7 +63,9 @@ public:
         bool first = true;
         for (const auto& [name, element] : map) {
             separate(first);
-            write(name);
+            if (!write(name)) {
+                return false;
+            }
             _json += ':';
             if (!write(element)) {
                 return false;
@@ -100,6 +103,9 @@ private:
         return true;
     }
     bool write(const std::string& text) {
+        if (!simdjson::validate_utf8(text)) {
+            return false;
+        }
         _json += '"';
         for (const char c : text) {
             escape(c);

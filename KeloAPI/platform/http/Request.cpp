@@ -13,7 +13,8 @@ struct Request::Guarded {
     std::mutex mutex;
     std::shared_ptr<Exchange> exchange;
     std::vector<Serializer> handlers;
-    bool completed = false;
+    bool completed = false; // the exchange is over
+    bool delivered = false; // and its completions have run
 
     Progress progress;
     std::int64_t reported = 0;
@@ -77,7 +78,16 @@ void Request::cancel() {
 
 void Request::progress(Progress observer) {
     const std::lock_guard lock(_guarded->mutex);
-    _guarded->progress = std::move(observer);
+    if (!_guarded->delivered) {
+        _guarded->progress.swap(observer); // the old one goes without the lock
+    }
+}
+
+void Request::endProgress() {
+    Progress observer;
+    const std::lock_guard lock(_guarded->mutex);
+    _guarded->delivered = true;
+    _guarded->progress.swap(observer);
 }
 
 void Request::response(Serializer serializer) {
@@ -113,7 +123,7 @@ void Request::complete(std::optional<Error> error) {
         }
         // Progress that was reported is delivered first; then its observer, which may hold the
         // request, goes.
-        MainQueue::main().async([self] { self->progress(nullptr); });
+        MainQueue::main().async([self] { self->endProgress(); });
     });
 }
 

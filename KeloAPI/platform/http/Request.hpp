@@ -56,7 +56,8 @@ public:
     /// thread.
     void cancel();
 
-    /// Replaces the progress observer. It is let go when the request has completed.
+    /// Replaces the progress observer. It is let go when the request has completed; one that comes
+    /// later is not kept.
     void progress(Progress observer);
 
     /// Attaches a response handler.
@@ -92,6 +93,7 @@ private:
     void complete(std::optional<Error> error);
     void serve(const Serializer& serializer);
     void deliverProgress();
+    void endProgress();
 
     const KeloAPI::URLRequest _request;
     const std::shared_ptr<SerialQueue> _responseQueue;

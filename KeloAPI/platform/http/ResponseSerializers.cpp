@@ -30,7 +30,7 @@ Result<std::string> serializeText(const ResponseContent& content) {
             charset = charsetOf(type->second);
         }
     }
-    if (charset.empty()) {
+    if (charset.empty() || content.body.empty()) {
         return content.body;
     }
     if (auto text = decodedText(content.body, charset)) {

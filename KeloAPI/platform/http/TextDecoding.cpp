@@ -1,6 +1,7 @@
 #include <KeloAPI/platform/http/TextDecoding.hpp>
 
 #include <array>
+#include <cstdint>
 #include <iconv.h>
 #include <memory>
 
@@ -51,6 +52,10 @@ std::string charsetOf(std::string_view contentType) {
 }
 
 std::optional<std::string> decodedText(std::string_view bytes, const std::string& charset) {
+    // Behind a slash the converter takes options, and a server could make it drop bytes.
+    if (charset.find('/') != std::string::npos) {
+        return std::nullopt;
+    }
     const iconv_t opened = iconv_open("UTF-8", charset.c_str());
     if (reinterpret_cast<std::intptr_t>(opened) == -1) {
         return std::nullopt;
@@ -72,6 +77,11 @@ std::optional<std::string> decodedText(std::string_view bytes, const std::string
             return std::nullopt;
         }
     }
+    // Some sets hold a character back until they have seen the one behind it.
+    char* to = buffer.data();
+    std::size_t room = buffer.size();
+    iconv(converter.get(), nullptr, nullptr, &to, &room);
+    text.append(buffer.data(), buffer.size() - room);
     return text;
 }
 

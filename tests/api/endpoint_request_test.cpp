@@ -1,0 +1,277 @@
+#include <KeloAPI/api/AlamofireEndpointRequest.hpp>
+#include <KeloAPI/api/Endpoint.hpp>
+
+#include <KeloAPI/parsing/KLEmpty.hpp>
+#include <KeloAPI/platform/http/HTTPError.hpp>
+
+#include "support/MainLoop.hpp"
+#include "support/ScriptedSession.hpp"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <thread>
+
+namespace KeloAPI {
+
+using testing::runFor;
+using testing::runUntil;
+using testing::ScriptedAnswer;
+
+/// Sends of an endpoint, and the handles that they return.
+class EndpointRequestTest : public testing::ScriptedSessionTest {
+protected:
+    std::shared_ptr<EndpointRequest> send() {
+        return endpoint->request(
+            std::make_shared<KLEmptyParser>(),
+            [this, kept = kept](std::vector<std::shared_ptr<KLEmpty>> sentItems,
+                                std::optional<Metadata>, const Timeline& sentTimeline,
+                                std::optional<Error> sentError) {
+                ++completions;
+                items = sentItems.size();
+                error = std::move(sentError);
+                timeline = sentTimeline;
+                thread = std::this_thread::get_id();
+            });
+    }
+    bool completed(int times = 1) {
+        return runUntil([&] { return completions >= times; });
+    }
+
+    std::shared_ptr<Endpoint> endpoint = Endpoint::create(session);
+    /// Held by every completion: shows when they are gone.
+    std::shared_ptr<int> kept = std::make_shared<int>(0);
+    int completions = 0;
+    std::size_t items = 0;
+    std::optional<Error> error;
+    Timeline timeline;
+    std::thread::id thread;
+};
+
+TEST_F(EndpointRequestTest, CompletesOnceOnTheMainQueueNeverInsideTheSend) {
+    transport->answer(ScriptedAnswer::json(R"({"data": {"records": [{}, {}]}})"));
+    const auto handle = send();
+    ASSERT_NE(handle, nullptr);
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_EQ(completions, 0);
+    ASSERT_TRUE(completed());
+    EXPECT_EQ(thread, std::this_thread::get_id());
+    EXPECT_EQ(items, 2U);
+    EXPECT_FALSE(error.has_value());
+    runFor(std::chrono::milliseconds(30));
+    EXPECT_EQ(completions, 1);
+}
+
+TEST_F(EndpointRequestTest, TheTimelinesInstantsAreInOrder) {
+    const Date before = now();
+    transport->answer(ScriptedAnswer::json(R"({"data": {}})"));
+    send();
+    ASSERT_TRUE(completed());
+    EXPECT_LE(before, timeline.requestStartTime);
+    EXPECT_LE(timeline.requestStartTime, timeline.initialResponseTime);
+    EXPECT_LE(timeline.initialResponseTime, timeline.requestCompletedTime);
+    EXPECT_LE(timeline.requestCompletedTime, timeline.serializationCompletedTime);
+    EXPECT_LE(timeline.serializationCompletedTime, now());
+}
+
+TEST_F(EndpointRequestTest, WritesOneTraceLineWithoutHeaders) {
+    delegate->sessionKey = "secret";
+    endpoint->setPath("users/me");
+    transport->answer(ScriptedAnswer::json(R"({"data": {}})"));
+    send();
+    ASSERT_TRUE(completed());
+    EXPECT_EQ(lines, std::vector<std::string>{"GET https://service.example/users/me"});
+}
+
+TEST_F(EndpointRequestTest, APathThatIsNoURLEndsAsTransportErrorWithNothingSent) {
+    endpoint->setPath("http nonsense");
+    send();
+    EXPECT_EQ(completions, 0);
+    ASSERT_TRUE(completed());
+    EXPECT_TRUE(isHTTPError(*error, HTTPErrorCode::UnsupportedURL));
+    EXPECT_TRUE(transport->requests().empty());
+    EXPECT_EQ(lines, std::vector<std::string>{"nil"});
+}
+
+TEST_F(EndpointRequestTest, OtherSchemesAreNotSentAnywhereEither) {
+    for (const char* path : {"ftp://http.example/x", "users/http", "file:///http"}) {
+        completions = 0;
+        endpoint->setPath(path);
+        send();
+        ASSERT_TRUE(completed());
+        EXPECT_TRUE(isHTTPError(*error, HTTPErrorCode::UnsupportedURL)) << path;
+    }
+    EXPECT_TRUE(transport->requests().empty());
+}
+
+TEST_F(EndpointRequestTest, ALineBreakInAHeaderValueIsRefused) {
+    delegate->sessionKey = "a\r\nX-Evil: 1";
+    send();
+    ASSERT_TRUE(completed());
+    EXPECT_TRUE(isHTTPError(*error, HTTPErrorCode::InvalidHeader));
+    EXPECT_TRUE(transport->requests().empty());
+}
+
+TEST_F(EndpointRequestTest, TheStatusIsNotExamined) {
+    auto answer = ScriptedAnswer::json(R"({"data": {"records": [{}]}})");
+    answer.statusCode = 500;
+    transport->answer(answer);
+    send();
+    ASSERT_TRUE(completed());
+    EXPECT_FALSE(error.has_value());
+    EXPECT_EQ(items, 1U);
+}
+
+TEST_F(EndpointRequestTest, CancelGivesOneCompletionWithTheCancellationError) {
+    const auto handle = send();
+    handle->cancel();
+    handle->cancel();
+    ASSERT_TRUE(completed());
+    EXPECT_TRUE(isHTTPError(*error, HTTPErrorCode::Cancelled));
+    handle->cancel();
+    runFor(std::chrono::milliseconds(30));
+    EXPECT_EQ(completions, 1);
+}
+
+TEST_F(EndpointRequestTest, ACallOutlivesItsEndpointAndItsHandle) {
+    std::weak_ptr<EndpointRequest> handle = send();
+    const std::weak_ptr<Endpoint> watched = endpoint;
+    endpoint.reset();
+    EXPECT_FALSE(watched.expired());
+    EXPECT_FALSE(handle.expired());
+    transport->answer(ScriptedAnswer::json(R"({"data": {}})"));
+    ASSERT_TRUE(completed());
+    EXPECT_TRUE(runUntil([&] { return watched.expired() && handle.expired(); }));
+    EXPECT_EQ(kept.use_count(), 1);
+}
+
+TEST_F(EndpointRequestTest, AHeldHandleDoesNotKeepTheCompletionAlive) {
+    const auto handle = send();
+    transport->answer(ScriptedAnswer::json(R"({"data": {}})"));
+    ASSERT_TRUE(completed());
+    EXPECT_TRUE(runUntil([&] { return kept.use_count() == 1; }));
+}
+
+TEST_F(EndpointRequestTest, ProgressCarriesTheHandleAndTheFraction) {
+    std::vector<double> fractions;
+    const auto handle = send();
+    EXPECT_FALSE(handle->progressHandler());
+    handle->setProgressHandler([&](EndpointRequest& request, double fraction) {
+        EXPECT_EQ(&request, handle.get());
+        EXPECT_EQ(completions, 0);
+        fractions.push_back(fraction);
+    });
+    EXPECT_TRUE(handle->progressHandler());
+    transport->answer(ScriptedAnswer::json(R"({"data": {}})"));
+    ASSERT_TRUE(completed());
+    EXPECT_EQ(fractions, std::vector<double>{1.0});
+}
+
+TEST_F(EndpointRequestTest, NoProgressIsReportedWhereNoBytesMove) {
+    int reports = 0;
+    const auto handle = send();
+    handle->setProgressHandler([&](EndpointRequest&, double) { ++reports; });
+    transport->answer(ScriptedAnswer::json(""));
+    ASSERT_TRUE(completed());
+    EXPECT_EQ(reports, 0);
+}
+
+TEST_F(EndpointRequestTest, TheProgressHandlerMayReplaceItself) {
+    int reports = 0;
+    const auto handle = send();
+    handle->setProgressHandler([&](EndpointRequest& request, double) {
+        ++reports;
+        request.setProgressHandler({});
+    });
+    transport->answer(ScriptedAnswer::json(R"({"data": {}})"));
+    ASSERT_TRUE(completed());
+    EXPECT_EQ(reports, 1);
+    EXPECT_FALSE(handle->progressHandler());
+}
+
+TEST_F(EndpointRequestTest, UploadsReportTheBytesSent) {
+    std::vector<double> fractions;
+    const auto handle =
+        endpoint->upload(std::make_shared<KLEmptyParser>(), Data(std::string(1000, 'x')),
+                         [this](std::vector<std::shared_ptr<KLEmpty>>, std::optional<Metadata>,
+                                const Timeline&, std::optional<Error>) { ++completions; });
+    handle->setProgressHandler(
+        [&](EndpointRequest&, double fraction) { fractions.push_back(fraction); });
+    transport->answer(ScriptedAnswer::json(R"({"data": {}})"));
+    ASSERT_TRUE(completed());
+    EXPECT_EQ(fractions, std::vector<double>{1.0});
+    EXPECT_EQ(transport->requests().front().body->size(), 1000U);
+}
+
+TEST(AlamofireEndpointRequest, WithoutARequestDoesNothing) {
+    const auto handle = AlamofireEndpointRequest::create(nullptr);
+    handle->cancel();
+    EXPECT_FALSE(handle->progressHandler());
+}
+
+TEST_F(EndpointRequestTest, TextIsHandedOutAsItComes) {
+    std::optional<std::string> text;
+    const auto take = [&](std::optional<std::string> sentText, std::optional<Error> sentError) {
+        text = std::move(sentText);
+        error = std::move(sentError);
+        ++completions;
+    };
+    for (const std::string body : {"{\"error\": \"no\", \"code\": 100}", "not json", ""}) {
+        completions = 0;
+        auto answer = ScriptedAnswer::json(body);
+        answer.statusCode = 500;
+        transport->answer(answer);
+        endpoint->request(take);
+        ASSERT_TRUE(completed());
+        EXPECT_EQ(text, body);
+        EXPECT_FALSE(error.has_value());
+    }
+    EXPECT_EQ(delegate->reauthCount, 0);
+    EXPECT_TRUE(lines.empty());
+}
+
+TEST_F(EndpointRequestTest, TextFailsWithTheTransportsError) {
+    const auto failed = httpError(HTTPErrorCode::ConnectionLost, "gone");
+    transport->answer(ScriptedAnswer::failure(failed));
+    endpoint->request([&](std::optional<std::string> text, std::optional<Error> sentError) {
+        EXPECT_FALSE(text.has_value());
+        error = std::move(sentError);
+        ++completions;
+    });
+    ASSERT_TRUE(completed());
+    EXPECT_EQ(error, failed);
+}
+
+/// A host's own endpoint: other headers, and a request made by hand.
+class HandMadeEndpoint : public Endpoint {
+public:
+    HeaderFields headerFields() const override { return {{"X-Own", "1"}}; }
+    KeloAPI::URLRequest URLRequest() const override {
+        auto request = Endpoint::URLRequest();
+        request.timeoutInterval = std::chrono::seconds(5);
+        return request;
+    }
+    int sends = 0;
+    std::shared_ptr<EndpointRequest> send(std::shared_ptr<const EndpointCall> call) override {
+        ++sends;
+        return Endpoint::send(std::move(call));
+    }
+
+protected:
+    HandMadeEndpoint(Key key, std::shared_ptr<Session> made) : Endpoint(key, std::move(made)) {}
+};
+
+TEST_F(EndpointRequestTest, DerivedClassesOverrideHeadersRequestAndSend) {
+    const auto own = Endpoint::make<HandMadeEndpoint>(session);
+    endpoint = own;
+    transport->answer(ScriptedAnswer::json(R"({"error": "expired", "code": 100})"));
+    transport->answer(ScriptedAnswer::json(R"({"data": {}})"));
+    send();
+    ASSERT_TRUE(completed());
+    session->handleQueuedRetries(true);
+    ASSERT_TRUE(completed(2));
+    EXPECT_EQ(own->sends, 2);
+    EXPECT_EQ(transport->requests()[1].headerFields, (HeaderFields{{"X-Own", "1"}}));
+    EXPECT_EQ(transport->requests()[1].timeoutInterval, std::chrono::seconds(5));
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,193 @@
+#include <KeloAPI/api/Endpoint.hpp>
+
+#include <KeloAPI/parsing/KLEmpty.hpp>
+
+#include "support/MainLoop.hpp"
+#include "support/ScriptedSession.hpp"
+
+#include <gtest/gtest.h>
+
+namespace KeloAPI {
+
+using testing::runFor;
+using testing::runUntil;
+using testing::ScriptedAnswer;
+
+constexpr const char* expired = R"({"error": "expired", "code": 103})";
+constexpr const char* success = R"({"data": {}})";
+
+/// What happens when the service wants the user to sign in again or to solve a captcha.
+class EndpointRetryTest : public testing::ScriptedSessionTest {
+protected:
+    void send(const std::string& name, const std::shared_ptr<Endpoint>& by) {
+        by->request(std::make_shared<KLEmptyParser>(),
+                    [this, name](std::vector<std::shared_ptr<KLEmpty>>, std::optional<Metadata>,
+                                 const Timeline&, std::optional<Error> error) {
+                        const auto code = error ? std::to_string(error->code()) : "ok";
+                        events.push_back(name + " " + code);
+                    });
+    }
+    void answer(const std::string& body) { transport->answer(ScriptedAnswer::json(body)); }
+    bool eventsReach(std::size_t count) {
+        return runUntil([&] { return events.size() >= count; });
+    }
+
+    std::shared_ptr<Endpoint> endpoint = Endpoint::create(session);
+    std::vector<std::string> events;
+};
+
+TEST_F(EndpointRetryTest, Codes100And103AreHandedOverBeforeTheCompletionHears) {
+    delegate->onReauth = [this](Session&) { events.emplace_back("reauth"); };
+    answer(R"({"error": "sign in", "code": 100})");
+    send("first", endpoint);
+    ASSERT_TRUE(eventsReach(2));
+    answer(expired);
+    send("second", endpoint);
+    ASSERT_TRUE(eventsReach(4));
+    EXPECT_EQ(events, (std::vector<std::string>{"reauth", "first 100", "reauth", "second 103"}));
+    EXPECT_EQ(session->queuedRetryCount(), 2U);
+}
+
+TEST_F(EndpointRetryTest, TheRetryIsSentWithTheValuesOfThenAndCompletesASecondTime) {
+    delegate->sessionKey = "old";
+    answer(expired);
+    send("call", endpoint);
+    ASSERT_TRUE(eventsReach(1));
+    delegate->sessionKey = "new";
+    endpoint->setPath("later");
+    answer(success);
+    session->handleQueuedRetries(true);
+    ASSERT_TRUE(eventsReach(2));
+    EXPECT_EQ(events, (std::vector<std::string>{"call 103", "call ok"}));
+    const auto requests = transport->requests();
+    ASSERT_EQ(requests.size(), 2U);
+    EXPECT_EQ(requests[0].headerFields.at("kelo-session-id"), "old");
+    EXPECT_EQ(requests[1].headerFields.at("kelo-session-id"), "new");
+    EXPECT_EQ(requests[1].url->path(), "/later");
+}
+
+TEST_F(EndpointRetryTest, DroppedRetriesAreNeverSent) {
+    answer(expired);
+    send("call", endpoint);
+    ASSERT_TRUE(eventsReach(1));
+    session->handleQueuedRetries(false);
+    runFor(std::chrono::milliseconds(50));
+    EXPECT_EQ(events.size(), 1U);
+    EXPECT_EQ(transport->requests().size(), 1U);
+}
+
+TEST_F(EndpointRetryTest, CallsThatFailTogetherAreReleasedTogetherInOrder) {
+    const auto other = Endpoint::create(session);
+    endpoint->setPath("one");
+    other->setPath("two");
+    answer(expired);
+    answer(expired);
+    send("one", endpoint);
+    send("two", other);
+    ASSERT_TRUE(eventsReach(2));
+    answer(success);
+    answer(success);
+    session->handleQueuedRetries(true);
+    ASSERT_TRUE(eventsReach(4));
+    EXPECT_EQ(events, (std::vector<std::string>{"one 103", "two 103", "one ok", "two ok"}));
+    EXPECT_EQ(transport->requests()[2].url->path(), "/one");
+    EXPECT_EQ(transport->requests()[3].url->path(), "/two");
+}
+
+TEST_F(EndpointRetryTest, ADelegateMayReleaseTheQueueInsideItsOwnCallback) {
+    delegate->onReauth = [this](Session& asked) {
+        answer(success);
+        asked.handleQueuedRetries(true);
+        events.push_back("sent " + std::to_string(transport->requests().size()));
+    };
+    answer(expired);
+    send("call", endpoint);
+    ASSERT_TRUE(eventsReach(3));
+    // The retry is on its way before the first completion hears of the failure.
+    EXPECT_EQ(events, (std::vector<std::string>{"sent 2", "call 103", "call ok"}));
+}
+
+TEST_F(EndpointRetryTest, ARetryThatFailsAgainIsQueuedAgain) {
+    answer(expired);
+    send("call", endpoint);
+    ASSERT_TRUE(eventsReach(1));
+    answer(expired);
+    session->handleQueuedRetries(true);
+    EXPECT_EQ(session->queuedRetryCount(), 0U);
+    ASSERT_TRUE(eventsReach(2));
+    EXPECT_EQ(session->queuedRetryCount(), 1U);
+    EXPECT_EQ(delegate->reauthCount, 2);
+}
+
+TEST_F(EndpointRetryTest, AQueuedRetryKeepsItsEndpointAlive) {
+    answer(expired);
+    send("call", endpoint);
+    ASSERT_TRUE(eventsReach(1));
+    const std::weak_ptr<Endpoint> watched = endpoint;
+    endpoint.reset();
+    EXPECT_FALSE(watched.expired());
+    answer(success);
+    session->handleQueuedRetries(true);
+    ASSERT_TRUE(eventsReach(2));
+    EXPECT_TRUE(runUntil([&] { return watched.expired(); }));
+}
+
+TEST_F(EndpointRetryTest, AnUploadIsSentAgainWithoutItsBody) {
+    endpoint->setMethod(Method::PUT);
+    answer(expired);
+    endpoint->upload(std::make_shared<KLEmptyParser>(), Data(std::string("segment")),
+                     [this](std::vector<std::shared_ptr<KLEmpty>>, std::optional<Metadata>,
+                            const Timeline&, std::optional<Error>) { events.emplace_back("end"); });
+    ASSERT_TRUE(eventsReach(1));
+    answer(success);
+    session->handleQueuedRetries(true);
+    ASSERT_TRUE(eventsReach(2));
+    const auto requests = transport->requests();
+    EXPECT_EQ(requests[0].body->text(), "segment");
+    EXPECT_FALSE(requests[1].body.has_value());
+    EXPECT_EQ(requests[1].method, Method::PUT);
+}
+
+TEST_F(EndpointRetryTest, ACaptchaIsOfferedAndItsRetrySentOnceSolved) {
+    delegate->handlesCaptcha = true;
+    answer(R"({"error": "captcha", "code": 419, "data": "https://service.example/c"})");
+    send("call", endpoint);
+    ASSERT_TRUE(eventsReach(1));
+    EXPECT_EQ(delegate->captchaUrls, std::vector<std::string>{"https://service.example/c"});
+    answer(success);
+    session->handleQueuedRetries(true);
+    ASSERT_TRUE(eventsReach(2));
+    EXPECT_EQ(events, (std::vector<std::string>{"call 419", "call ok"}));
+}
+
+TEST_F(EndpointRetryTest, ACaptchaThatTheHostDeclinesQueuesNothing) {
+    answer(R"({"error": "captcha", "code": 419, "data": "https://service.example/c"})");
+    send("call", endpoint);
+    ASSERT_TRUE(eventsReach(1));
+    EXPECT_EQ(delegate->captchaUrls.size(), 1U);
+    EXPECT_EQ(session->queuedRetryCount(), 0U);
+}
+
+TEST_F(EndpointRetryTest, ACaptchaWithoutURLIsOnlyNoted) {
+    delegate->handlesCaptcha = true;
+    answer(R"({"error": "captcha", "code": 419, "data": "no url"})");
+    send("call", endpoint);
+    ASSERT_TRUE(eventsReach(1));
+    EXPECT_TRUE(delegate->captchaUrls.empty());
+    EXPECT_EQ(session->queuedRetryCount(), 0U);
+    EXPECT_EQ(lines.back(), "got captcha error but no url supplied!");
+}
+
+TEST_F(EndpointRetryTest, OtherCodesAreTheCallersOwnBusiness) {
+    for (const int code : {0, 1, 99, 101, 230, 418, 420}) {
+        answer(R"({"error": "no", "code": )" + std::to_string(code) + "}");
+        send("call", endpoint);
+        events.clear();
+        ASSERT_TRUE(eventsReach(1));
+        EXPECT_EQ(events.front(), "call " + std::to_string(code));
+    }
+    EXPECT_EQ(delegate->reauthCount, 0);
+    EXPECT_EQ(session->queuedRetryCount(), 0U);
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,154 @@
+#include <KeloAPI/api/Endpoint.hpp>
+
+#include "support/ScriptedSession.hpp"
+
+#include <gtest/gtest.h>
+#include <type_traits>
+
+namespace KeloAPI {
+
+class EndpointURLRequest : public testing::ScriptedSessionTest {
+protected:
+    std::string urlOf(const std::string& path) {
+        endpoint->setPath(path);
+        const auto url = endpoint->URLRequest().url;
+        return url ? url->absoluteString() : "none";
+    }
+
+    std::shared_ptr<Endpoint> endpoint = Endpoint::create(session);
+};
+
+static_assert(std::is_same_v<decltype(Endpoint::create(nullptr)), std::shared_ptr<Endpoint>>);
+static_assert(!std::is_copy_constructible_v<Endpoint>);
+
+TEST_F(EndpointURLRequest, StartsWithTheDefaults) {
+    EXPECT_EQ(endpoint->path(), "");
+    EXPECT_EQ(endpoint->method(), Method::GET);
+    EXPECT_EQ(endpoint->parameterEncoding(), ParameterEncoding::URL);
+    EXPECT_TRUE(endpoint->parameters().empty());
+    EXPECT_EQ(endpoint->session(), session);
+}
+
+TEST_F(EndpointURLRequest, AppendsThePathToSchemeAndHostWithOneSlash) {
+    EXPECT_EQ(urlOf("users/me"), "https://service.example/users/me");
+    EXPECT_EQ(urlOf("/users/me"), "https://service.example/users/me");
+    EXPECT_EQ(urlOf("posts/1/repost/"), "https://service.example/posts/1/repost/");
+    EXPECT_EQ(urlOf("a//b"), "https://service.example/a//b");
+    EXPECT_EQ(urlOf("a/../b"), "https://service.example/a/../b");
+    EXPECT_EQ(urlOf(""), "https://service.example/");
+}
+
+TEST_F(EndpointURLRequest, EscapesWhatMayNotStandInAPath) {
+    EXPECT_EQ(urlOf("tags/a b?c#d%e"), "https://service.example/tags/a%20b%3Fc%23d%25e");
+    EXPECT_EQ(urlOf("tags/\xC3\xA4"), "https://service.example/tags/%C3%A4");
+    EXPECT_EQ(endpoint->path(), "tags/\xC3\xA4");
+}
+
+TEST_F(EndpointURLRequest, ASlashAtTheHostsEndIsNotDoubled) {
+    delegate->host = "service.example/v1/";
+    EXPECT_EQ(urlOf("users/me"), "https://service.example/v1/users/me");
+}
+
+TEST_F(EndpointURLRequest, AnEmptySchemeLeavesTheHostAlone) {
+    delegate->schema = "";
+    EXPECT_EQ(urlOf("users/me"), "service.example/users/me");
+}
+
+TEST_F(EndpointURLRequest, APathWithHttpInItIsTheWholeURL) {
+    EXPECT_EQ(urlOf("https://cdn.example/v.mp4?sig=1"), "https://cdn.example/v.mp4?sig=1");
+    EXPECT_EQ(urlOf("see http"), "none");
+    EXPECT_EQ(urlOf("users/http"), "users/http");
+    EXPECT_EQ(urlOf("HTTP/x"), "https://service.example/HTTP/x");
+}
+
+TEST_F(EndpointURLRequest, ABaseThatIsNoURLStopsTheProcess) {
+    delegate->host = "not a host";
+    endpoint->setPath("users/me");
+    EXPECT_DEATH(static_cast<void>(endpoint->URLRequest()),
+                 "contract violated: scheme and host of a session form no URL");
+}
+
+TEST_F(EndpointURLRequest, CarriesOnlyTheHeaderFieldsThatTheSessionHas) {
+    EXPECT_TRUE(endpoint->headerFields().empty());
+    delegate->acceptLanguage = "fi";
+    delegate->userAgent = "agent/1";
+    delegate->keloClient = "phone/2";
+    delegate->sessionKey = "key";
+    delegate->polling = true;
+    const HeaderFields expected = {{"Accept-Language", "fi"},
+                                   {"User-Agent", "agent/1"},
+                                   {"X-Kelo-Client", "phone/2"},
+                                   {"kelo-session-id", "key"},
+                                   {"X-Kelo-Polling", "true"}};
+    EXPECT_EQ(endpoint->headerFields(), expected);
+    EXPECT_EQ(endpoint->URLRequest().headerFields, expected);
+}
+
+TEST_F(EndpointURLRequest, AnEmptyHeaderTextIsAValueAndFalsePollingIsNone) {
+    delegate->userAgent = "";
+    EXPECT_EQ(endpoint->headerFields(), (HeaderFields{{"User-Agent", ""}}));
+}
+
+TEST_F(EndpointURLRequest, TheSessionKeyIsBoundToItsOrigin) {
+    delegate->sessionKey = "key";
+    EXPECT_TRUE(endpoint->URLRequest().originBoundFields.contains("Kelo-Session-Id"));
+}
+
+TEST_F(EndpointURLRequest, EncodesParametersIntoTheQueryForEveryMethod) {
+    endpoint->setPath("things");
+    endpoint->setMethod(Method::POST);
+    endpoint->setParameters({{"b", 1}, {"a", "x y"}});
+    const auto request = endpoint->URLRequest();
+    EXPECT_EQ(request.url->absoluteString(), "https://service.example/things?a=x%20y&b=1");
+    EXPECT_EQ(request.method, Method::POST);
+    EXPECT_FALSE(request.body.has_value());
+}
+
+TEST_F(EndpointURLRequest, EncodesParametersIntoAJsonBody) {
+    endpoint->setParameterEncoding(ParameterEncoding::JSON);
+    endpoint->setParameters({{"loops", ParameterList{Parameters{{"count", 3}, {"ts", 1.5}}}}});
+    const auto request = endpoint->URLRequest();
+    ASSERT_TRUE(request.body.has_value());
+    EXPECT_EQ(request.body->text(), R"({"loops":[{"count":3,"ts":1.5}]})");
+    EXPECT_EQ(request.headerFields.at("content-type"), "application/json");
+    EXPECT_EQ(request.url->query(), std::nullopt);
+}
+
+TEST_F(EndpointURLRequest, AnEncodingErrorIsIgnored) {
+    endpoint->setPath("things");
+    endpoint->setParameterEncoding(ParameterEncoding::JSON);
+    endpoint->setParameters({{"bad", std::numeric_limits<double>::infinity()}});
+    const auto request = endpoint->URLRequest();
+    EXPECT_FALSE(request.body.has_value());
+    EXPECT_EQ(request.url->absoluteString(), "https://service.example/things");
+}
+
+TEST_F(EndpointURLRequest, ACustomEncodingMayDoAsItLikes) {
+    endpoint->setParameters({{"segmentIndex", 4}});
+    endpoint->setParameterEncoding(
+        ParameterEncoding([](URLRequest& request, const Parameters& parameters) {
+            request.headerFields.insert_or_assign("Content-Type", "application/octet-stream");
+            return ParameterEncoding::URL.encode(request, parameters);
+        }));
+    const auto request = endpoint->URLRequest();
+    EXPECT_EQ(request.headerFields.at("Content-Type"), "application/octet-stream");
+    EXPECT_EQ(request.url->query(), "segmentIndex=4");
+}
+
+TEST_F(EndpointURLRequest, EqualPathsMakeEqualEndpoints) {
+    const auto other = Endpoint::create(std::make_shared<Session>(SessionType::UnAuthenticated));
+    endpoint->setPath("a");
+    other->setPath("a");
+    other->setMethod(Method::DELETE);
+    other->setParameters({{"x", 1}});
+    EXPECT_TRUE(*endpoint == *other);
+    EXPECT_EQ(std::hash<Endpoint>()(*endpoint), std::hash<Endpoint>()(*other));
+    other->setPath("b");
+    EXPECT_FALSE(*endpoint == *other);
+}
+
+TEST_F(EndpointURLRequest, ANullSessionStopsTheProcess) {
+    EXPECT_DEATH(Endpoint::create(nullptr), "contract violated: an endpoint needs a session");
+}
+
+} // namespace KeloAPI

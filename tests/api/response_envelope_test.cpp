@@ -1,0 +1,200 @@
+#include <KeloAPI/api/ResponseEnvelope.hpp>
+
+#include <KeloAPI/loops/LoopData.hpp>
+#include <KeloAPI/model/KLWatchUser.hpp>
+#include <KeloAPI/parsing/KLClosureParser.hpp>
+#include <KeloAPI/platform/http/HTTPError.hpp>
+#include <KeloAPI/Settings.hpp>
+
+#include <gtest/gtest.h>
+#include <stdexcept>
+
+namespace KeloAPI {
+
+namespace {
+
+struct Read {
+    std::vector<std::shared_ptr<LoopData>> items;
+    std::optional<Metadata> metadata;
+    std::optional<Error> error;
+};
+
+Read read(std::shared_ptr<const JsonParser<LoopData>> parser, const std::string& body,
+          const std::optional<Error>& error = std::nullopt) {
+    const URLRequest request;
+    const std::optional<HTTPResponse> head;
+    ItemCollector<LoopData> collector(std::move(parser));
+    ResponseEnvelope envelope =
+        keloModelResponseSerializer(ResponseContent{request, head, body, error}, collector);
+    return {collector.take(), std::move(envelope.metadata), std::move(envelope.error)};
+}
+
+/// Reads an answer whose records are loop counters.
+Read read(const std::string& body) {
+    return read(std::make_shared<LoopDataParser>(), body);
+}
+
+void expectEnvelopeError(const Read& answer, const std::string& message) {
+    EXPECT_TRUE(answer.items.empty());
+    EXPECT_FALSE(answer.metadata.has_value());
+    ASSERT_TRUE(answer.error.has_value());
+    EXPECT_EQ(answer.error->domain(), Settings::errorDomain);
+    EXPECT_EQ(answer.error->code(), -1);
+    EXPECT_EQ(answer.error->localizedDescription(), message);
+    EXPECT_FALSE(answer.error->integer(KLAPIStatusCodeKey).has_value());
+}
+
+} // namespace
+
+TEST(ResponseEnvelope, KeysEqualTheirNames) {
+    EXPECT_EQ(KLAPIStatusCodeKey, "KLAPIStatusCodeKey");
+    EXPECT_EQ(KLCaptchaUrlKey, "KLCaptchaUrlKey");
+}
+
+TEST(ResponseEnvelope, PassesTheHTTPLayersErrorOnUnchanged) {
+    const auto failed = httpError(HTTPErrorCode::TimedOut, "too slow");
+    const Read answer =
+        read(std::make_shared<LoopDataParser>(), R"({"data": {}})", std::optional(failed));
+    EXPECT_EQ(answer.error, failed);
+}
+
+TEST(ResponseEnvelope, AnEmptyBodyAndMalformedJsonAreTheHTTPLayersErrors) {
+    EXPECT_TRUE(isHTTPError(*read("").error, HTTPErrorCode::EmptyBody));
+    const Read malformed = read("{");
+    EXPECT_TRUE(isHTTPError(*malformed.error, HTTPErrorCode::BadJson));
+    EXPECT_TRUE(malformed.error->underlying().has_value());
+}
+
+TEST(ResponseEnvelope, ARootThatIsNoObjectHasNoDataSection) {
+    for (const char* body : {"[]", "[{\"data\":{}}]", "1", "\"text\"", "null", "true"}) {
+        expectEnvelopeError(read(body), "Data section in response is missing");
+    }
+}
+
+TEST(ResponseEnvelope, ANonEmptyErrorTextIsAServiceError) {
+    const Read answer = read(R"({"error": "no such post", "code": 602, "data": {}})");
+    ASSERT_TRUE(answer.error.has_value());
+    EXPECT_EQ(answer.error->domain(), Settings::errorDomain);
+    EXPECT_EQ(answer.error->code(), 602);
+    EXPECT_EQ(answer.error->localizedDescription(), "no such post");
+    EXPECT_EQ(answer.error->integer(KLAPIStatusCodeKey), 602);
+    EXPECT_FALSE(answer.error->url(KLCaptchaUrlKey).has_value());
+    EXPECT_TRUE(answer.items.empty());
+}
+
+TEST(ResponseEnvelope, AServiceErrorWithoutCodeHasMinusOneAndStillItsKey) {
+    for (const char* body :
+         {R"({"error": "bad"})", R"({"error": "bad", "code": "7"})",
+          R"({"error": "bad", "code": null})", R"({"error": "bad", "code": {}})"}) {
+        const Read answer = read(body);
+        EXPECT_EQ(answer.error->code(), -1) << body;
+        EXPECT_EQ(answer.error->integer(KLAPIStatusCodeKey), -1) << body;
+    }
+}
+
+TEST(ResponseEnvelope, AnErrorThatIsEmptyOrNoTextIsIgnored) {
+    for (const char* error : {R"("")", "5", "null", "{}", "[]", "true"}) {
+        const Read answer =
+            read(std::string(R"({"code": 100, "data": {"records": []}, "error": )") + error + "}");
+        EXPECT_FALSE(answer.error.has_value()) << error;
+        EXPECT_TRUE(answer.metadata.has_value()) << error;
+    }
+}
+
+TEST(ResponseEnvelope, ACaptchaErrorCarriesItsURL) {
+    const Read answer =
+        read(R"({"error": "captcha", "code": 419, "data": "https://service.example/c?t=1"})");
+    EXPECT_EQ(answer.error->code(), 419);
+    EXPECT_EQ(answer.error->url(KLCaptchaUrlKey)->absoluteString(),
+              "https://service.example/c?t=1");
+}
+
+TEST(ResponseEnvelope, ACaptchaURLIsLeftOutWhereThereIsNone) {
+    for (const char* data : {R"("not a url")", R"("")", "{}", "5", "null"}) {
+        const Read answer = read(std::string(R"({"error": "captcha", "code": 419, "data": )") +
+                                 data + "}");
+        EXPECT_EQ(answer.error->code(), 419) << data;
+        EXPECT_FALSE(answer.error->url(KLCaptchaUrlKey).has_value()) << data;
+    }
+}
+
+TEST(ResponseEnvelope, OnlyCode419LooksForACaptchaURL) {
+    const Read answer = read(R"({"error": "no", "code": 100, "data": "https://service.example/"})");
+    EXPECT_FALSE(answer.error->url(KLCaptchaUrlKey).has_value());
+}
+
+TEST(ResponseEnvelope, DataThatIsMissingOrNoObjectIsMalformed) {
+    for (const char* body : {"{}", R"({"data": null})", R"({"data": []})", R"({"data": "x"})",
+                             R"({"data": 1})", R"({"error": "", "data": [{}]})"}) {
+        expectEnvelopeError(read(body), "Malformed data section in response");
+    }
+}
+
+TEST(ResponseEnvelope, EmptyDataIsAnEmptySuccessWithoutMetadata) {
+    const Read answer = read(R"({"data": {}})");
+    EXPECT_FALSE(answer.error.has_value());
+    EXPECT_TRUE(answer.items.empty());
+    EXPECT_FALSE(answer.metadata.has_value());
+}
+
+TEST(ResponseEnvelope, EmptyRecordsAreAnEmptySuccessWithMetadata) {
+    const Read answer = read(R"({"data": {"records": [], "count": 7}})");
+    EXPECT_FALSE(answer.error.has_value());
+    EXPECT_TRUE(answer.items.empty());
+    ASSERT_TRUE(answer.metadata.has_value());
+    EXPECT_EQ(answer.metadata->count(), 7);
+}
+
+TEST(ResponseEnvelope, RecordsAreParsedInOrder) {
+    const Read answer = read(
+        R"({"data": {"records": [{"count": 1, "velocity": 0}, {"count": 2, "velocity": 0}],
+            "nextPage": 2}})");
+    ASSERT_EQ(answer.items.size(), 2U);
+    EXPECT_EQ(answer.items[0]->count, Number::of(1));
+    EXPECT_EQ(answer.items[1]->count, Number::of(2));
+    EXPECT_EQ(answer.metadata->nextPage(), 2);
+}
+
+TEST(ResponseEnvelope, OneBadRecordFailsTheWholeAnswer) {
+    const Read answer = read(
+        R"({"data": {"records": [{"count": 1, "velocity": 0}, {"count": 2}, {}]}})");
+    expectEnvelopeError(answer, "Unable to parse posts from response");
+    const auto& cause = answer.error->underlying();
+    ASSERT_TRUE(cause.has_value());
+    EXPECT_EQ(cause->domain(), JsonParseError::domain);
+    EXPECT_EQ(cause->code(), JsonParseError::InsufficientData);
+    EXPECT_EQ(cause->integer("record"), 1);
+    EXPECT_EQ(std::get<std::string>(cause->userInfo().at("key")), "velocity");
+}
+
+TEST(ResponseEnvelope, RecordsThatAreNoListOfObjectsMakeTheDataOneItem) {
+    for (const char* records : {"{}", "5", "null", "[1]", "[{}, 1]", R"("x")"}) {
+        const Read answer = read(
+            std::string(R"({"data": {"count": 4, "velocity": 1, "nextPage": 2, "records": )") +
+            records + "}}");
+        EXPECT_FALSE(answer.error.has_value()) << records;
+        ASSERT_EQ(answer.items.size(), 1U) << records;
+        EXPECT_EQ(answer.items[0]->count, Number::of(4)) << records;
+        EXPECT_FALSE(answer.metadata.has_value()) << records;
+    }
+}
+
+TEST(ResponseEnvelope, ASingleObjectThatFailsIsAnError) {
+    const Read answer = read(R"({"data": {"other": 1}})");
+    expectEnvelopeError(answer, "Unable to parse posts from response");
+    EXPECT_FALSE(answer.error->underlying()->integer("record").has_value());
+}
+
+TEST(ResponseEnvelope, WhateverAParserThrowsIsTheSameError) {
+    const std::vector<KLClosureParser<LoopData>::Parser> closures = {
+        [](const JsonObject&) -> std::shared_ptr<LoopData> { throw std::runtime_error("odd"); },
+        [](const JsonObject&) -> std::shared_ptr<LoopData> { throw 5; },
+        [](const JsonObject&) -> std::shared_ptr<LoopData> { return nullptr; }};
+    for (const auto& closure : closures) {
+        expectEnvelopeError(read(std::make_shared<KLClosureParser<LoopData>>(closure),
+                                 R"({"data": {"records": [{}]}})"),
+                            "Unable to parse posts from response");
+    }
+}
+
+} // namespace KeloAPI

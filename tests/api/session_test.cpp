@@ -1,0 +1,194 @@
+#include <KeloAPI/api/Session.hpp>
+
+#include <KeloAPI/api/Certificates.hpp>
+#include <KeloAPI/api/Endpoint.hpp>
+#include <KeloAPI/Settings.hpp>
+
+#include "support/RecordingDelegate.hpp"
+
+#include <gtest/gtest.h>
+#include <type_traits>
+
+namespace KeloAPI {
+
+using testing::RecordingDelegate;
+
+class SessionTest : public ::testing::Test {
+protected:
+    EndpointRetry retry(int number) {
+        return [this, number] { ran.push_back(number); };
+    }
+
+    std::shared_ptr<Session> session = std::make_shared<Session>(SessionType::Authenticated);
+    std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>();
+    std::shared_ptr<Endpoint> endpoint = Endpoint::create(session);
+    URL captcha = *URL::parse("https://service.example/captcha");
+    std::vector<int> ran;
+};
+
+static_assert(!std::is_default_constructible_v<Session>);
+static_assert(Session::certificatePinningEnabled);
+
+TEST_F(SessionTest, WithoutDelegateHasTheDefaults) {
+    EXPECT_EQ(session->delegate(), nullptr);
+    EXPECT_EQ(session->host(), Settings::apiHost);
+    EXPECT_EQ(session->schema(), "https://");
+    EXPECT_EQ(session->sessionId(), std::nullopt);
+    EXPECT_EQ(session->acceptLanguage(), std::nullopt);
+    EXPECT_EQ(session->userAgent(), std::nullopt);
+    EXPECT_EQ(session->keloClient(), std::nullopt);
+    EXPECT_FALSE(session->polling());
+}
+
+TEST_F(SessionTest, ADelegateThatAnswersNothingGivesTheDefaultsToo) {
+    session->setDelegate(delegate);
+    EXPECT_EQ(session->host(), Settings::apiHost);
+    EXPECT_EQ(session->schema(), "https://");
+    EXPECT_EQ(session->sessionId(), std::nullopt);
+    EXPECT_EQ(session->acceptLanguage(), std::nullopt);
+    EXPECT_EQ(session->userAgent(), std::nullopt);
+    EXPECT_EQ(session->keloClient(), std::nullopt);
+    EXPECT_FALSE(session->polling());
+}
+
+TEST_F(SessionTest, AsksItsDelegateAnewAtEveryCall) {
+    session->setDelegate(delegate);
+    delegate->host = "one.example";
+    delegate->schema = "";
+    delegate->sessionKey = "key";
+    delegate->acceptLanguage = "fi";
+    delegate->userAgent = "";
+    delegate->keloClient = "client";
+    delegate->polling = true;
+    EXPECT_EQ(session->host(), "one.example");
+    EXPECT_EQ(session->schema(), "");
+    EXPECT_EQ(session->sessionId(), "key");
+    EXPECT_EQ(session->acceptLanguage(), "fi");
+    EXPECT_EQ(session->userAgent(), "");
+    EXPECT_EQ(session->keloClient(), "client");
+    EXPECT_TRUE(session->polling());
+    delegate->host = "two.example";
+    delegate->polling = false;
+    EXPECT_EQ(session->host(), "two.example");
+    EXPECT_FALSE(session->polling());
+    EXPECT_EQ(delegate->askedBy.back(), session.get());
+}
+
+TEST_F(SessionTest, DoesNotKeepItsDelegateAlive) {
+    session->setDelegate(delegate);
+    delegate->host = "one.example";
+    delegate.reset();
+    EXPECT_EQ(session->delegate(), nullptr);
+    EXPECT_EQ(session->host(), Settings::apiHost);
+}
+
+TEST_F(SessionTest, MakesItsManagerOnce) {
+    const auto manager = session->sessionManager();
+    ASSERT_NE(manager, nullptr);
+    EXPECT_EQ(session->sessionManager(), manager);
+}
+
+TEST_F(SessionTest, ReauthenticationQueuesBeforeItTellsTheDelegate) {
+    session->setDelegate(delegate);
+    std::size_t queuedWhenTold = 0;
+    delegate->onReauth = [&](Session& asked) {
+        EXPECT_EQ(&asked, session.get());
+        queuedWhenTold = asked.queuedRetryCount();
+    };
+    session->endpointRequiresAuth(endpoint, retry(1));
+    EXPECT_EQ(delegate->reauthCount, 1);
+    EXPECT_EQ(queuedWhenTold, 1U);
+}
+
+TEST_F(SessionTest, ReauthenticationWithoutDelegateStillQueues) {
+    session->endpointRequiresAuth(endpoint, retry(1));
+    EXPECT_EQ(session->queuedRetryCount(), 1U);
+    session->handleQueuedRetries(true);
+    EXPECT_EQ(ran, std::vector{1});
+}
+
+TEST_F(SessionTest, ReauthenticationWithoutRetryOnlyTells) {
+    session->setDelegate(delegate);
+    session->endpointRequiresAuth(endpoint, {});
+    EXPECT_EQ(delegate->reauthCount, 1);
+    EXPECT_EQ(session->queuedRetryCount(), 0U);
+}
+
+TEST_F(SessionTest, CaptchaWithoutDelegateDropsTheRetry) {
+    session->endpointRequiresCaptcha(endpoint, captcha, retry(1));
+    EXPECT_EQ(session->queuedRetryCount(), 0U);
+}
+
+TEST_F(SessionTest, CaptchaAnsweredFalseQueuesNothing) {
+    session->setDelegate(delegate);
+    session->endpointRequiresCaptcha(endpoint, captcha, retry(1));
+    EXPECT_EQ(delegate->captchaUrls, std::vector{captcha.absoluteString()});
+    EXPECT_EQ(session->queuedRetryCount(), 0U);
+}
+
+TEST_F(SessionTest, CaptchaAnsweredTrueQueuesAfterwards) {
+    session->setDelegate(delegate);
+    delegate->handlesCaptcha = true;
+    std::size_t queuedWhenAsked = 1;
+    delegate->onCaptcha = [&](Session& asked) { queuedWhenAsked = asked.queuedRetryCount(); };
+    session->endpointRequiresCaptcha(endpoint, captcha, retry(1));
+    EXPECT_EQ(queuedWhenAsked, 0U);
+    EXPECT_EQ(session->queuedRetryCount(), 1U);
+    session->endpointRequiresCaptcha(endpoint, captcha, {});
+    EXPECT_EQ(session->queuedRetryCount(), 1U);
+}
+
+TEST_F(SessionTest, RetriesRunInTheOrderTheyWereQueuedEachOnce) {
+    for (const int number : {1, 2, 3}) {
+        session->endpointRequiresAuth(endpoint, retry(number));
+    }
+    session->handleQueuedRetries(true);
+    EXPECT_EQ(ran, (std::vector{1, 2, 3}));
+    EXPECT_EQ(session->queuedRetryCount(), 0U);
+    session->handleQueuedRetries(true);
+    EXPECT_EQ(ran.size(), 3U);
+}
+
+TEST_F(SessionTest, FalseDropsTheRetriesUnrun) {
+    session->endpointRequiresAuth(endpoint, retry(1));
+    session->handleQueuedRetries(false);
+    EXPECT_EQ(session->queuedRetryCount(), 0U);
+    session->handleQueuedRetries(true);
+    EXPECT_TRUE(ran.empty());
+}
+
+TEST_F(SessionTest, ReleasingAnEmptyQueueDoesNothing) {
+    session->handleQueuedRetries(true);
+    session->handleQueuedRetries(false);
+    EXPECT_EQ(session->queuedRetryCount(), 0U);
+}
+
+TEST_F(SessionTest, RetriesQueuedDuringTheReleaseAreDroppedWithTheRest) {
+    session->endpointRequiresAuth(endpoint, [this] {
+        ran.push_back(1);
+        session->endpointRequiresAuth(endpoint, retry(9));
+    });
+    session->endpointRequiresAuth(endpoint, retry(2));
+    session->handleQueuedRetries(true);
+    EXPECT_EQ(ran, (std::vector{1, 2}));
+    EXPECT_EQ(session->queuedRetryCount(), 0U);
+}
+
+TEST_F(SessionTest, ARetryMayReleaseTheQueueItself) {
+    session->endpointRequiresAuth(endpoint, [this] {
+        ran.push_back(1);
+        session->handleQueuedRetries(false);
+    });
+    session->endpointRequiresAuth(endpoint, retry(2));
+    session->handleQueuedRetries(true);
+    EXPECT_EQ(ran, (std::vector{1, 2}));
+}
+
+TEST(Certificates, AreTheTwoThatWereBuiltIn) {
+    const auto chain = Certificates::chain();
+    ASSERT_EQ(chain.size(), Settings::certificates.size());
+    EXPECT_FALSE(chain[0] == chain[1]);
+    EXPECT_TRUE(Certificates::chain()[0] == chain[0]);
+}
+
+} // namespace KeloAPI

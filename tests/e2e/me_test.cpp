@@ -1,0 +1,125 @@
+#include <KeloAPI/endpoints/MeEndpoint.hpp>
+
+#include <KeloAPI/loops/LoopData.hpp>
+#include <KeloAPI/model/KLWatchUser.hpp>
+
+#include "support/ServiceTest.hpp"
+
+namespace KeloAPI {
+
+using testing::runUntil;
+using testing::StandIn;
+
+/// The signed-in user, and what becomes of a session that the service no longer takes.
+class MeAtService : public testing::ServiceTest {
+protected:
+    /// Asks for the user; each completion adds a line to `events`.
+    void get(const std::string& name = "me") {
+        MeEndpoint::create()->get([this, name](const MeResult& result) {
+            events.push_back(name + " " +
+                             (result.error() ? std::to_string(result.error()->code())
+                                             : result.success()->user->username.value_or("?")));
+        });
+    }
+    bool eventsReach(std::size_t count) {
+        return runUntil([&] { return events.size() >= count; });
+    }
+
+    std::vector<std::string> events;
+};
+
+TEST_F(MeAtService, ReadsTheUserWithAllOfTheirHeaders) {
+    delegate->acceptLanguage = "fi";
+    delegate->userAgent = "tests/1";
+    delegate->keloClient = "phone/2";
+    delegate->polling = true;
+    std::optional<MeResult> outcome;
+    MeEndpoint::create()->get([&](const MeResult& result) { outcome = result; });
+    ASSERT_TRUE(runUntil([&] { return outcome.has_value(); }));
+    ASSERT_TRUE(outcome->success()) << outcome->error()->description();
+    EXPECT_EQ(outcome->success()->user->username, StandIn::username);
+    EXPECT_NE(outcome->success()->user->loopData, nullptr);
+
+    const auto requests = service.requests();
+    ASSERT_EQ(requests.size(), 1U);
+    const auto& seen = requests.front();
+    EXPECT_EQ(seen.method, "GET");
+    EXPECT_EQ(seen.path, "/users/me");
+    EXPECT_EQ(seen.query, "");
+    EXPECT_EQ(seen.body, "");
+    EXPECT_EQ(seen.header("Accept-Language"), "fi");
+    EXPECT_EQ(seen.header("User-Agent"), "tests/1");
+    EXPECT_EQ(seen.header("X-Kelo-Client"), "phone/2");
+    EXPECT_EQ(seen.header("kelo-session-id"), StandIn::sessionKey);
+    EXPECT_EQ(seen.header("X-Kelo-Polling"), "true");
+}
+
+TEST_F(MeAtService, SendsNoHeaderThatTheDelegateHasNoValueFor) {
+    get();
+    ASSERT_TRUE(eventsReach(1));
+    const auto requests = service.requests();
+    std::vector<std::string> names;
+    for (const auto& [name, value] : requests.front().headers) {
+        names.push_back(name);
+    }
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(names, (std::vector<std::string>{"Accept-Encoding", "Host", "kelo-session-id"}));
+}
+
+TEST_F(MeAtService, WithoutASessionTheUserHasToSignIn) {
+    delegate->sessionKey.reset();
+    get();
+    ASSERT_TRUE(eventsReach(1));
+    EXPECT_EQ(events.front(), "me 100");
+    EXPECT_EQ(delegate->reauthCount, 1);
+    delegate->sessionKey = service.signIn("mara");
+    session->handleQueuedRetries(true);
+    ASSERT_TRUE(eventsReach(2));
+    EXPECT_EQ(events.back(), "me mara");
+}
+
+TEST_F(MeAtService, AnExpiredSessionIsReplacedAndTheCallSentAgain) {
+    get("before");
+    ASSERT_TRUE(eventsReach(1));
+    service.expire(StandIn::sessionKey);
+    get("first");
+    get("second");
+    ASSERT_TRUE(eventsReach(3));
+    EXPECT_EQ(session->queuedRetryCount(), 2U);
+    service.requests();
+    delegate->sessionKey = service.signIn("mara");
+    session->handleQueuedRetries(true);
+    ASSERT_TRUE(eventsReach(5));
+    EXPECT_EQ(events[0], "before mara");
+    EXPECT_THAT((std::vector(events.begin() + 1, events.end())),
+                ::testing::UnorderedElementsAre("first 103", "second 103", "first mara",
+                                                "second mara"));
+    for (const auto& seen : service.requests()) {
+        EXPECT_EQ(seen.header("kelo-session-id"), *delegate->sessionKey);
+    }
+}
+
+TEST_F(MeAtService, ACaptchaIsSolvedAndTheCallSentAgain) {
+    const std::string url = service.demandCaptcha(StandIn::sessionKey);
+    delegate->handlesCaptcha = true;
+    get();
+    ASSERT_TRUE(eventsReach(1));
+    EXPECT_EQ(delegate->captchaUrls, std::vector<std::string>{url});
+    service.solveCaptcha(url);
+    session->handleQueuedRetries(true);
+    ASSERT_TRUE(eventsReach(2));
+    EXPECT_EQ(events, (std::vector<std::string>{"me 419", "me mara"}));
+}
+
+TEST_F(MeAtService, ACaptchaThatNobodySolvesIsDemandedAgain) {
+    service.demandCaptcha(StandIn::sessionKey);
+    delegate->handlesCaptcha = true;
+    get();
+    ASSERT_TRUE(eventsReach(1));
+    session->handleQueuedRetries(true);
+    ASSERT_TRUE(eventsReach(2));
+    EXPECT_EQ(events, (std::vector<std::string>{"me 419", "me 419"}));
+    EXPECT_EQ(session->queuedRetryCount(), 1U);
+}
+
+} // namespace KeloAPI

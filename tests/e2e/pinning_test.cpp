@@ -1,0 +1,77 @@
+#include <KeloAPI/endpoints/MeEndpoint.hpp>
+
+#include <KeloAPI/model/KLWatchUser.hpp>
+#include <KeloAPI/platform/http/HTTPError.hpp>
+
+#include "support/ServiceTest.hpp"
+
+namespace KeloAPI {
+
+using testing::runUntil;
+using testing::StandIn;
+
+/// The certificates that are built into the library, against the service that serves with them.
+class PinningAtService : public testing::ServiceTest {
+protected:
+    std::optional<MeResult> get() {
+        std::optional<MeResult> outcome;
+        MeEndpoint::create()->get([&](const MeResult& result) { outcome = result; });
+        EXPECT_TRUE(runUntil([&] { return outcome.has_value(); }));
+        return outcome;
+    }
+};
+
+TEST_F(PinningAtService, ThePinnedHostIsAccepted) {
+    EXPECT_TRUE(get()->success());
+}
+
+TEST_F(PinningAtService, AHostOutsideTheTableIsJudgedByTheSystemAndRefused) {
+    ASSERT_TRUE(get()->success());
+    // The manager was made for localhost; the same server under another name is not pinned.
+    delegate->host = "127.0.0.1:" + std::to_string(service.port());
+    service.requests();
+    const auto outcome = get();
+    ASSERT_TRUE(outcome->error());
+    EXPECT_TRUE(isHTTPError(*outcome->error(), HTTPErrorCode::ServerTrust))
+        << outcome->error()->description();
+    EXPECT_TRUE(service.requests().empty());
+}
+
+TEST_F(PinningAtService, TheFirstHostIsTheOneThatIsPinned) {
+    delegate->host = "127.0.0.1:" + std::to_string(service.port());
+    EXPECT_TRUE(get()->success());
+    delegate->host = service.host();
+    EXPECT_TRUE(isHTTPError(*get()->error(), HTTPErrorCode::ServerTrust));
+}
+
+TEST_F(PinningAtService, ARedirectToAnUnpinnedNameOfTheSameServerIsRefused) {
+    const std::string elsewhere =
+        "https://127.0.0.1:" + std::to_string(service.port()) + "/users/me";
+    service.addFault({{"match", {{"path", "/users/me"}}},
+                      {"action", {{"type", "redirect"}, {"location", elsewhere}}}});
+    const auto outcome = get();
+    ASSERT_TRUE(outcome->error());
+    EXPECT_TRUE(isHTTPError(*outcome->error(), HTTPErrorCode::ServerTrust));
+}
+
+TEST_F(PinningAtService, ARedirectOnTheSameHostKeepsTheSession) {
+    service.addFault({{"match", {{"path", "/users/me"}}},
+                      {"action",
+                       {{"type", "redirect"},
+                        {"location", "https://" + service.host() + "/users/me"}}}});
+    const auto outcome = get();
+    ASSERT_TRUE(outcome->success()) << outcome->error()->description();
+    const auto requests = service.requests();
+    ASSERT_EQ(requests.size(), 2U);
+    EXPECT_EQ(requests[1].header("kelo-session-id"), StandIn::sessionKey);
+}
+
+TEST_F(PinningAtService, TheSecondCertificateIsPinnedToo) {
+    const std::string certificates = KELO_CERTIFICATES_PATH;
+    const StandIn rotated({"--certificate", certificates + "/development-2.pem", "--key",
+                           certificates + "/development-2.key"});
+    delegate->host = rotated.host();
+    EXPECT_TRUE(get()->success());
+}
+
+} // namespace KeloAPI

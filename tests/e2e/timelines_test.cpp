@@ -1,0 +1,144 @@
+#include <KeloAPI/endpoints/TimelineEndpoint.hpp>
+
+#include <KeloAPI/model/KLRekelo.hpp>
+#include <KeloAPI/model/KLWatchPost.hpp>
+#include <KeloAPI/model/KLWatchUser.hpp>
+
+#include "support/ServiceTest.hpp"
+
+#include <set>
+
+namespace KeloAPI {
+
+class TimelinesAtService : public testing::ServiceTest {
+protected:
+    static std::shared_ptr<TimelineEndpoint> withSize(const std::string& path, int size) {
+        auto endpoint = TimelineEndpoint::create(path);
+        Parameters parameters = endpoint->parameters();
+        parameters.insert_or_assign("size", size);
+        endpoint->setParameters(std::move(parameters));
+        return endpoint;
+    }
+
+    /// The identifiers of a whole feed, page by page.
+    std::vector<std::string> walk(std::shared_ptr<TimelineEndpoint> endpoint) {
+        std::vector<std::string> ids;
+        for (int pages = 0; endpoint && pages < 1000; ++pages) {
+            const auto result = fetch(endpoint);
+            if (!result.success()) {
+                ADD_FAILURE() << result.error()->description();
+                break;
+            }
+            for (const auto& post : result.success()->posts) {
+                ids.push_back(*post->postId);
+            }
+            endpoint = result.success()->nextPage;
+        }
+        return ids;
+    }
+    static std::vector<std::string> idsOf(const TimelineResult& result) {
+        std::vector<std::string> ids;
+        for (const auto& post : result.success()->posts) {
+            ids.push_back(*post->postId);
+        }
+        return ids;
+    }
+    static std::size_t distinct(const std::vector<std::string>& ids) {
+        return std::set<std::string>(ids.begin(), ids.end()).size();
+    }
+};
+
+TEST_F(TimelinesAtService, SendsExactlyTheDefaultParameters) {
+    const auto result = fetch(TimelineEndpoint::create("all"));
+    ASSERT_TRUE(result.success());
+    EXPECT_EQ(result.success()->posts.size(), 5U);
+    const auto requests = service.requests();
+    EXPECT_EQ(requests.front().path, "/timelines/all");
+    EXPECT_EQ(requests.front().query, "c_max=3&c_overflow=trunc&l_max=3&l_overflow=trunc&size=5");
+}
+
+TEST_F(TimelinesAtService, PostsArriveComplete) {
+    const auto result = fetch(withSize("all", 50));
+    ASSERT_TRUE(result.success());
+    for (const auto& post : result.success()->posts) {
+        EXPECT_FALSE(post->postId->empty());
+        EXPECT_TRUE(post->caption.has_value());
+        EXPECT_TRUE(post->created.has_value());
+        EXPECT_TRUE(post->liked.has_value());
+        EXPECT_TRUE(post->videoUrl->starts_with("https://"));
+        EXPECT_TRUE(post->thumbnailUrl->starts_with("https://"));
+        ASSERT_NE(post->user, nullptr);
+        EXPECT_FALSE(post->user->username->empty());
+    }
+}
+
+TEST_F(TimelinesAtService, PageNumbersWalkAFeedToItsEnd) {
+    const auto ids = walk(withSize("all", 100));
+    EXPECT_GE(ids.size(), 1000U);
+    EXPECT_EQ(distinct(ids), ids.size());
+}
+
+TEST_F(TimelinesAtService, TextAnchorsWalkAFeedToItsEnd) {
+    const auto ids = walk(withSize("popular", 150));
+    EXPECT_GE(ids.size(), 1000U);
+    EXPECT_EQ(distinct(ids), ids.size());
+}
+
+TEST_F(TimelinesAtService, NumberAnchorsWalkAFeedToItsEnd) {
+    const auto ids = walk(withSize("latest", 150));
+    EXPECT_GE(ids.size(), 1000U);
+    EXPECT_EQ(distinct(ids), ids.size());
+}
+
+TEST_F(TimelinesAtService, ThePageBeforeIsThePageOneCameFrom) {
+    const auto first = fetch(withSize("all", 7));
+    const auto second = fetch(first.success()->nextPage);
+    EXPECT_NE(idsOf(second), idsOf(first));
+    ASSERT_NE(second.success()->previousPage, nullptr);
+    EXPECT_EQ(idsOf(fetch(second.success()->previousPage)), idsOf(first));
+}
+
+TEST_F(TimelinesAtService, PagesGoOnWithTheSizeThatTheServiceReports) {
+    const auto first = fetch(withSize("all", 7));
+    EXPECT_EQ(fetch(first.success()->nextPage).success()->posts.size(), 7U);
+    EXPECT_EQ(service.requests().back().query,
+              "c_max=3&c_overflow=trunc&l_max=3&l_overflow=trunc&page=2&size=7");
+}
+
+TEST_F(TimelinesAtService, AnEmptyFeedHasNoPostsAndNoOtherPages) {
+    const auto result = fetch(TimelineEndpoint::create("empty"));
+    ASSERT_TRUE(result.success());
+    EXPECT_TRUE(result.success()->posts.empty());
+    EXPECT_EQ(result.success()->nextPage, nullptr);
+    EXPECT_EQ(result.success()->previousPage, nullptr);
+}
+
+TEST_F(TimelinesAtService, AShortFeedEnds) {
+    const auto ids = walk(TimelineEndpoint::create("editors-picks"));
+    EXPECT_FALSE(ids.empty());
+    EXPECT_LT(ids.size(), 200U);
+}
+
+TEST_F(TimelinesAtService, HomeNeedsASession) {
+    EXPECT_TRUE(fetch(TimelineEndpoint::create("home")).success());
+    delegate->sessionKey.reset();
+    EXPECT_EQ(fetch(TimelineEndpoint::create("home")).error()->code(), 100);
+}
+
+TEST_F(TimelinesAtService, AFeedThatIsNotThereIsAServiceError) {
+    const auto result = fetch(TimelineEndpoint::create("nothing-here"));
+    ASSERT_TRUE(result.error());
+    EXPECT_GT(result.error()->code(), 0);
+    EXPECT_FALSE(result.error()->localizedDescription().empty());
+}
+
+TEST_F(TimelinesAtService, RequestsShareOneConnection) {
+    walk(withSize("all", 100));
+    const auto requests = service.requests();
+    ASSERT_GT(requests.size(), 5U);
+    for (const auto& seen : requests) {
+        EXPECT_EQ(seen.connection, requests.front().connection);
+    }
+}
+
+} // namespace KeloAPI

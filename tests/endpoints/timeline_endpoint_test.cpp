@@ -1,0 +1,177 @@
+#include <KeloAPI/endpoints/TimelineEndpoint.hpp>
+
+#include <KeloAPI/api/Api.hpp>
+#include <KeloAPI/model/KLWatchPost.hpp>
+#include <KeloAPI/model/KLWatchUser.hpp>
+#include <KeloAPI/platform/http/HTTPError.hpp>
+
+#include "support/MainLoop.hpp"
+#include "support/ScriptedSession.hpp"
+
+#include <gtest/gtest.h>
+
+namespace KeloAPI {
+
+using testing::runUntil;
+using testing::ScriptedAnswer;
+
+const Parameters defaults = {{"c_max", 3},
+                             {"c_overflow", "trunc"},
+                             {"l_max", 3},
+                             {"l_overflow", "trunc"},
+                             {"size", 5}};
+
+Parameters defaultsWith(const Parameters& others) {
+    Parameters parameters = defaults;
+    for (const auto& [name, value] : others) {
+        parameters.insert_or_assign(name, value);
+    }
+    return parameters;
+}
+
+/// Over the registry's authenticated session, because that is where further pages go.
+class TimelineEndpointTest : public testing::ScriptedSessionTest {
+protected:
+    TimelineEndpointTest() {
+        session = Api::session(SessionType::Authenticated, delegate);
+        session->setSessionManager(std::make_shared<Manager>(transport));
+        Api::setSessionDelegate(delegate);
+        endpoint = TimelineEndpoint::create("users/42");
+    }
+
+    std::optional<TimelineResult> fetch(const std::string& body) {
+        std::optional<TimelineResult> outcome;
+        transport->answer(ScriptedAnswer::json(body));
+        endpoint->fetch([&](const TimelineResult& result) { outcome = result; });
+        runUntil([&] { return outcome.has_value(); });
+        return outcome;
+    }
+    TimelineSuccess fetchPage(const std::string& paging) {
+        const auto outcome = fetch(R"({"data": {"records": [{"postId": 1}])" + paging + "}}");
+        EXPECT_TRUE(outcome && outcome->success());
+        return outcome && outcome->success() ? *outcome->success() : TimelineSuccess{};
+    }
+
+    std::shared_ptr<TimelineEndpoint> endpoint;
+};
+
+TEST_F(TimelineEndpointTest, PutsItsPrefixBeforeAPathThatHasItNowhere) {
+    EXPECT_EQ(endpoint->path(), "timelines/users/42");
+    EXPECT_EQ(TimelineEndpoint::create("timelines/users/42")->path(), "timelines/users/42");
+    EXPECT_EQ(TimelineEndpoint::create("x/timelines/y")->path(), "x/timelines/y");
+    EXPECT_EQ(TimelineEndpoint::create("timelines")->path(), "timelines/timelines");
+    EXPECT_EQ(TimelineEndpoint::create("")->path(), "timelines/");
+}
+
+TEST_F(TimelineEndpointTest, StartsWithExactlyTheDefaultParameters) {
+    EXPECT_EQ(endpoint->parameters(), defaults);
+    EXPECT_EQ(endpoint->method(), Method::GET);
+    EXPECT_EQ(endpoint->session(), session);
+}
+
+TEST_F(TimelineEndpointTest, FromASessionHasNeitherPathNorParameters) {
+    const auto own = TimelineEndpoint::create(session);
+    EXPECT_EQ(own->path(), "");
+    EXPECT_TRUE(own->parameters().empty());
+}
+
+TEST_F(TimelineEndpointTest, SendsItsParametersInTheQuery) {
+    fetchPage("");
+    EXPECT_EQ(transport->requests().front().url->absoluteString(),
+              "https://service.example/timelines/users/42"
+              "?c_max=3&c_overflow=trunc&l_max=3&l_overflow=trunc&size=5");
+}
+
+TEST_F(TimelineEndpointTest, ParsesPostsInOrder) {
+    const auto outcome = fetch(
+        R"({"data": {"records": [{"postId": 4321, "username": "ada"}, {"postId": "x"}]}})");
+    const auto& posts = outcome->success()->posts;
+    ASSERT_EQ(posts.size(), 2U);
+    EXPECT_EQ(posts[0]->postId, "4321");
+    EXPECT_EQ(posts[0]->user->username, "ada");
+    EXPECT_EQ(posts[1]->postId, "x");
+}
+
+TEST_F(TimelineEndpointTest, APageNumberLeadsOn) {
+    const auto page = fetchPage(R"(, "nextPage": 2, "size": 20)");
+    ASSERT_NE(page.nextPage, nullptr);
+    EXPECT_EQ(page.nextPage->parameters(), defaultsWith({{"page", 2}, {"size", 20}}));
+    EXPECT_EQ(page.nextPage->path(), "timelines/users/42");
+    EXPECT_EQ(page.previousPage, nullptr);
+}
+
+TEST_F(TimelineEndpointTest, AnAnchorLeadsBothWays) {
+    const auto page = fetchPage(R"(, "anchor": "A", "backAnchor": "B", "size": 10)");
+    EXPECT_EQ(page.nextPage->parameters(), defaultsWith({{"anchor", "A"}, {"size", 10}}));
+    EXPECT_EQ(page.previousPage->parameters(), defaultsWith({{"backAnchor", "A"}, {"size", 10}}));
+}
+
+TEST_F(TimelineEndpointTest, PageNumbersAndAnchorsGoTogether) {
+    const auto page =
+        fetchPage(R"(, "nextPage": 3, "previousPage": 1, "anchor": 77, "size": 10)");
+    EXPECT_EQ(page.nextPage->parameters(),
+              defaultsWith({{"page", 3}, {"anchor", "77"}, {"size", 10}}));
+    EXPECT_EQ(page.previousPage->parameters(),
+              defaultsWith({{"page", 1}, {"backAnchor", "77"}, {"size", 10}}));
+}
+
+TEST_F(TimelineEndpointTest, ABackAnchorAloneLeadsNowhere) {
+    const auto page = fetchPage(R"(, "backAnchor": "B", "anchor": "")");
+    EXPECT_EQ(page.nextPage, nullptr);
+    EXPECT_EQ(page.previousPage, nullptr);
+}
+
+TEST_F(TimelineEndpointTest, PresenceOfAPageNumberDecidesNotItsValue) {
+    EXPECT_EQ(fetchPage(R"(, "nextPage": 0)").nextPage->parameters(),
+              defaultsWith({{"page", 0}, {"size", 0}}));
+    EXPECT_EQ(fetchPage(R"(, "nextPage": 2.9)").nextPage->parameters(),
+              defaultsWith({{"page", 2}, {"size", 0}}));
+    EXPECT_EQ(fetchPage(R"(, "nextPage": "2")").nextPage, nullptr);
+    EXPECT_EQ(fetchPage(R"(, "nextPage": null)").nextPage, nullptr);
+}
+
+TEST_F(TimelineEndpointTest, WithoutPagingThereAreNoOtherPages) {
+    const auto page = fetchPage("");
+    EXPECT_EQ(page.posts.size(), 1U);
+    EXPECT_EQ(page.nextPage, nullptr);
+    EXPECT_EQ(page.previousPage, nullptr);
+}
+
+TEST_F(TimelineEndpointTest, WithoutMetadataThereAreNoOtherPages) {
+    const auto outcome = fetch(R"({"data": {}})");
+    EXPECT_TRUE(outcome->success()->posts.empty());
+    EXPECT_EQ(outcome->success()->nextPage, nullptr);
+    const auto single = fetch(R"({"data": {"postId": 5, "nextPage": 2}})");
+    EXPECT_EQ(single->success()->posts.size(), 1U);
+    EXPECT_EQ(single->success()->nextPage, nullptr);
+}
+
+TEST_F(TimelineEndpointTest, OwnParametersAreNotCarriedOver) {
+    endpoint->setParameters(defaultsWith({{"filter", "new"}, {"size", 50}, {"c_max", 9}}));
+    const auto page = fetchPage(R"(, "nextPage": 2, "size": 50)");
+    EXPECT_EQ(page.nextPage->parameters(), defaultsWith({{"page", 2}, {"size", 50}}));
+}
+
+TEST_F(TimelineEndpointTest, AnErrorBringsNoPosts) {
+    const auto outcome = fetch(R"({"error": "no such feed", "code": 602})");
+    ASSERT_TRUE(outcome->error());
+    EXPECT_EQ(outcome->error()->code(), 602);
+    EXPECT_EQ(outcome->success(), nullptr);
+}
+
+TEST_F(TimelineEndpointTest, MayBeFetchedAgainAndItsPagesAreIndependent) {
+    const auto first = fetchPage(R"(, "nextPage": 2, "size": 1)");
+    const auto again = fetchPage(R"(, "nextPage": 2, "size": 1)");
+    EXPECT_NE(first.nextPage, again.nextPage);
+    EXPECT_EQ(transport->requests().size(), 2U);
+    endpoint = first.nextPage;
+    fetchPage("");
+    EXPECT_NE(transport->requests().back().url->query()->find("page=2"), std::string::npos);
+}
+
+TEST_F(TimelineEndpointTest, ARecordWithoutIdentifierStopsTheProcess) {
+    EXPECT_DEATH(fetch(R"({"data": {"records": [{"description": "x"}]}})"),
+                 "contract violated: a post record has no \"postId\"");
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,161 @@
+#include "../../support/RawServer.hpp"
+#include "../../support/Sanitizers.hpp"
+#include "../../support/TestServer.hpp"
+#include "TransportTest.hpp"
+
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <set>
+
+namespace KeloAPI::support {
+namespace {
+
+std::size_t openDescriptors() {
+    const std::filesystem::directory_iterator all("/proc/self/fd");
+    return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+}
+
+/// In KiB.
+long residentMemory() {
+    std::ifstream status("/proc/self/status");
+    std::string word;
+    long size = 0;
+    while (status >> word) {
+        if (word == "VmRSS:") {
+            status >> size;
+        }
+    }
+    return size;
+}
+
+std::multiset<std::string> threadNames() {
+    std::multiset<std::string> names;
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+        std::string name;
+        std::getline(std::ifstream(task.path() / "comm"), name);
+        names.insert(name);
+    }
+    return names;
+}
+
+class ConnectionTest : public TransportTest {
+protected:
+    ConnectionTest() {
+        server.routes().Get("/", [](const httplib::Request&, httplib::Response& response) {
+            response.set_content("a short answer", "text/plain");
+        });
+        server.start();
+        transport = pinning("localhost", {leaf.certificate()});
+    }
+
+    TestCertificate leaf = TestCertificate::selfSigned({});
+    TestServer server{leaf, 80};
+    std::shared_ptr<CurlTransport> transport;
+};
+
+TEST_F(ConnectionTest, IsUsedAgain) {
+    for (int i = 0; i < 50; ++i) {
+        ASSERT_TRUE(succeeded(send(*transport, get(server.url("/")))));
+    }
+    EXPECT_EQ(server.connections(), 1U);
+    EXPECT_EQ(server.requests(), 50);
+}
+
+TEST_F(ConnectionTest, OneTheServerClosedMeanwhileIsReplaced) {
+    RawServer closing([](RawConnection& connection) {
+        connection.readRequest();
+        connection.write("HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\nok");
+    });
+    for (int i = 0; i < 5; ++i) {
+        const auto heard = send(*transport, with(Method::POST, closing.url("/"), "body"));
+        ASSERT_TRUE(succeeded(heard));
+    }
+}
+
+TEST_F(ConnectionTest, SixtyFourAtOnce) {
+    std::vector<Observer> observers;
+    for (int i = 0; i < 64; ++i) {
+        observers.push_back(std::make_shared<RecordingObserver>());
+        transport->start(get(server.url("/")), observers.back());
+    }
+    for (const Observer& observer : observers) {
+        ASSERT_TRUE(observer->wait());
+        EXPECT_TRUE(succeeded(observer));
+        EXPECT_EQ(observer->body, "a short answer");
+    }
+    EXPECT_EQ(server.requests(), 64);
+}
+
+TEST_F(ConnectionTest, FromManyThreads) {
+    std::atomic<int> good = 0;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 8; ++t) {
+        threads.emplace_back([&] {
+            for (int i = 0; i < 25; ++i) {
+                good += succeeded(send(*transport, get(server.url("/")))) ? 1 : 0;
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(good, 200);
+}
+
+TEST_F(ConnectionTest, ThreadsStartWithTheFirstRequestOfTheirPolicy) {
+    EXPECT_EQ(threadNames().count("kelo-net") + threadNames().count("kelo-net-pinned"), 0U);
+    send(*transport, get(server.url("/")));
+    EXPECT_EQ(threadNames().count("kelo-net-pinned"), 1U);
+    EXPECT_EQ(threadNames().count("kelo-net"), 0U);
+    send(*transport, get(server.url("/", "127.0.0.1")));
+    send(*transport, get("http://127.0.0.1:1/"));
+    EXPECT_EQ(threadNames().count("kelo-net"), 1U);
+    transport.reset();
+    EXPECT_EQ(threadNames().count("kelo-net") + threadNames().count("kelo-net-pinned"), 0U);
+}
+
+TEST_F(ConnectionTest, NothingRemainsOfATransport) {
+    const auto once = [this] {
+        const auto brief = pinning("localhost", {leaf.certificate()});
+        EXPECT_TRUE(succeeded(send(*brief, get(server.url("/")))));
+    };
+    once();
+    const auto before = openDescriptors();
+    for (int i = 0; i < 20; ++i) {
+        once();
+    }
+    // The server may still be about to close its ends.
+    for (int i = 0; i < 500 && openDescriptors() > before; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    EXPECT_LE(openDescriptors(), before);
+}
+
+TEST_F(ConnectionTest, TenThousandRequestsLeaveNoTrace) {
+    constexpr int all = isSanitized ? 1'000 : 10'000;
+    constexpr int warmUp = all / 5;
+    std::size_t descriptors = 0;
+    long memory = 0;
+    for (int i = 0; i < all; ++i) {
+        if (i == warmUp) {
+            descriptors = openDescriptors();
+            memory = residentMemory();
+        }
+        const auto heard = send(*transport, get(server.url("/")));
+        ASSERT_TRUE(succeeded(heard)) << "request " << i;
+    }
+    EXPECT_EQ(server.connections(), 1U);
+    EXPECT_LE(openDescriptors(), descriptors);
+    const long growth = residentMemory() - memory;
+    RecordProperty("growth_kib", static_cast<int>(growth));
+    std::printf("memory after %d requests: %ld KiB, grown by %ld KiB since request %d\n", all,
+                residentMemory(), growth, warmUp);
+    if (!isSanitized) {
+        // 100 bytes kept of each would be twice as much.
+        EXPECT_LE(growth, 400);
+    }
+}
+
+} // namespace
+} // namespace KeloAPI::support

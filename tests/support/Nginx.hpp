@@ -1,0 +1,39 @@
+#pragma once
+
+#include "TestCertificates.hpp"
+
+#include <sys/types.h>
+
+#include <filesystem>
+#include <string>
+
+namespace KeloAPI::support {
+
+/// An nginx of its own on loopback, with HTTP/2, as a child of the test in a temporary folder.
+///
+/// /quick answers at once, /slow for about a second, /stalling begins and then sends next to
+/// nothing, /moved redirects to /quick; /files takes PUT and GET. Answers name the protocol and the
+/// connection in X-Protocol and X-Connection.
+class Nginx {
+public:
+    static bool isInstalled();
+
+    explicit Nginx(const TestCertificate& certificate);
+    Nginx(const Nginx&) = delete;
+    Nginx& operator=(const Nginx&) = delete;
+    ~Nginx();
+
+    bool isServing() const;
+    std::string url(const std::string& path) const;
+    const std::string& slowBody() const { return _slowBody; }
+
+private:
+    std::string configuration() const;
+
+    std::filesystem::path _folder;
+    int _port = 0;
+    pid_t _process = -1;
+    std::string _slowBody;
+};
+
+} // namespace KeloAPI::support

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <KeloAPI/platform/http/Transport.hpp>
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace KeloAPI::support {
+
+/// Keeps what an exchange tells. Read the fields after `wait`; the hooks run on the exchange's
+/// thread, before the call they belong to is counted as over.
+class RecordingObserver : public ExchangeObserver {
+public:
+    std::function<void()> onResponse;
+    std::function<bool()> onData;
+    std::function<void()> onSent;
+    std::function<void()> onComplete;
+
+    std::vector<HTTPResponse> responses;
+    std::string body;
+    std::vector<std::pair<std::int64_t, std::int64_t>> sent;
+    int completions = 0;
+    int callsAfterEnd = 0;
+    std::optional<Error> error;
+    std::thread::id thread;
+
+    void didReceiveResponse(const HTTPResponse& response) override;
+    bool didReceiveData(std::string_view bytes) override;
+    void didSendBody(std::int64_t sentBytes, std::int64_t total) override;
+    void didComplete(std::optional<Error> failure) override;
+
+    /// False when the exchange has not completed in that time.
+    bool wait(std::chrono::milliseconds limit = std::chrono::seconds(20));
+    bool hasCompleted();
+    /// The status of the answer; 0 when there was none.
+    int status() const { return responses.empty() ? 0 : responses.front().statusCode; }
+
+private:
+    void countCall();
+
+    std::mutex _mutex;
+    std::condition_variable _changed;
+    bool _over = false;
+};
+
+} // namespace KeloAPI::support

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "MainLoop.hpp"
+#include "RecordingDelegate.hpp"
+#include "StandIn.hpp"
+
+#include <KeloAPI/api/Api.hpp>
+#include <KeloAPI/api/Session.hpp>
+#include <KeloAPI/endpoints/TimelineEndpoint.hpp>
+#include <KeloAPI/platform/Diagnostics.hpp>
+
+#include <gtest/gtest.h>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace KeloAPI::testing {
+
+/// A test against the running stand-in: the registry's authenticated session is the seeded user's,
+/// with the certificates that were built in pinned.
+class ServiceTest : public ::testing::Test {
+protected:
+    ServiceTest() {
+        Diagnostics::setSink([](std::string_view) {});
+        delegate->host = service.host();
+        delegate->sessionKey = StandIn::sessionKey;
+        Api::setSessionDelegate(delegate);
+        session = Api::session(SessionType::Authenticated);
+    }
+    ~ServiceTest() override {
+        session->setSessionManager(nullptr); // ends what is still under way
+        Api::setSessionDelegate(nullptr);
+        Diagnostics::setSink({});
+    }
+
+    /// One page; fails the test when nothing comes.
+    TimelineResult fetch(const std::shared_ptr<TimelineEndpoint>& endpoint) {
+        std::optional<TimelineResult> outcome;
+        endpoint->fetch([&](const TimelineResult& result) { outcome = result; });
+        EXPECT_TRUE(runUntil([&] { return outcome.has_value(); }));
+        return outcome.value_or(TimelineResult(TimelineResult::Error{Error("none", 0)}));
+    }
+
+    StandIn service;
+    std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>();
+    std::shared_ptr<Session> session;
+};
+
+} // namespace KeloAPI::testing

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <KeloAPI/platform/http/Certificate.hpp>
+
+#include <openssl/x509.h>
+
+#include <chrono>
+#include <memory>
+#include <string>
+
+namespace KeloAPI::support {
+
+/// What a test wants in a certificate.
+struct CertificateWish {
+    std::string commonName = "test";
+    /// As in OpenSSL's configuration: "DNS:localhost,IP:127.0.0.1"; empty for none.
+    std::string names = "DNS:localhost,IP:127.0.0.1";
+    /// Counted from now.
+    std::chrono::seconds notBefore = -std::chrono::hours(1);
+    std::chrono::seconds notAfter = std::chrono::hours(24);
+    bool authority = false;
+};
+
+/// A certificate with its private key, made in the process and kept in memory.
+class TestCertificate {
+public:
+    static TestCertificate selfSigned(const CertificateWish& wish);
+    /// An authority of its own name.
+    static TestCertificate authority(const std::string& name = "test authority");
+    /// A certificate for `wish`, signed by this one.
+    TestCertificate issue(const CertificateWish& wish) const;
+
+    Certificate certificate() const;
+    std::string pem() const { return certificate().pem(); }
+    std::string keyPem() const;
+
+    X509* x509() const { return _x509.get(); }
+    EVP_PKEY* key() const { return _key.get(); }
+
+private:
+    static TestCertificate make(const CertificateWish& wish, const TestCertificate* issuer);
+
+    std::shared_ptr<X509> _x509;
+    std::shared_ptr<EVP_PKEY> _key;
+};
+
+} // namespace KeloAPI::support
