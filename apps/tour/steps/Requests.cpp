@@ -93,7 +93,8 @@ void progress() {
 void cancellation() {
     Control::addFault("/timelines/all", {{"type", "stall"}, {"afterBytes", 50'000}});
     Inbox<Parsed<KLWatchPost>> inbox;
-    const auto handle = send<PostParser>(endpointAt("timelines/all", {{"size", 1000}}), inbox);
+    const auto handle =
+        send<PostParser>(PlainEndpoint::create("timelines/all", {{"size", 1000}}), inbox);
     handle->setProgressHandler([](EndpointRequest& request, double) { request.cancel(); });
     const auto start = std::chrono::steady_clock::now();
     const auto answer = inbox.next();
