@@ -1,0 +1,95 @@
+#pragma once
+
+#include "Tour.hpp"
+
+#include <KeloAPI/api/Endpoint.hpp>
+#include <KeloAPI/endpoints/MeEndpoint.hpp>
+#include <KeloAPI/endpoints/TimelineEndpoint.hpp>
+#include <KeloAPI/platform/MainQueue.hpp>
+
+#include <chrono>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// The library's calls, one after another: each starts, runs the main queue and returns what its
+/// completion was called with.
+namespace KeloTour {
+
+constexpr std::chrono::seconds patience(20);
+
+/// The calls of one completion, oldest first: a retry calls it again.
+template <class T>
+class Inbox {
+public:
+    /// What to give the library as the completion's work.
+    std::function<void(T)> slot() const {
+        return [calls = _calls](T value) { calls->push_back(std::move(value)); };
+    }
+
+    /// The next call; fails the step when none comes in time.
+    T next() {
+        KeloAPI::MainQueue::main().runUntil([this] { return !_calls->empty(); }, patience);
+        check(!_calls->empty(), "no completion came within 20 seconds");
+        T value = std::move(_calls->front());
+        _calls->pop_front();
+        return value;
+    }
+
+    /// True when no further call comes within a moment.
+    bool staysEmpty() {
+        return !KeloAPI::MainQueue::main().runUntil([this] { return !_calls->empty(); },
+                                                    std::chrono::milliseconds(200));
+    }
+
+private:
+    std::shared_ptr<std::deque<T>> _calls = std::make_shared<std::deque<T>>();
+};
+
+/// What a parsed call brings.
+template <class Item>
+struct Parsed {
+    std::vector<std::shared_ptr<Item>> items;
+    std::optional<KeloAPI::Metadata> metadata;
+    std::optional<KeloAPI::Error> error;
+};
+
+/// Sends a call with a parser; the answer goes to `inbox`.
+template <class P>
+std::shared_ptr<KeloAPI::EndpointRequest> send(const std::shared_ptr<KeloAPI::Endpoint>& endpoint,
+                                               Inbox<Parsed<typename P::T>>& inbox) {
+    return endpoint->request(
+        std::make_shared<P>(),
+        [slot = inbox.slot()](std::vector<std::shared_ptr<typename P::T>> items,
+                              std::optional<KeloAPI::Metadata> metadata, const KeloAPI::Timeline&,
+                              std::optional<KeloAPI::Error> error) {
+            slot({std::move(items), std::move(metadata), std::move(error)});
+        });
+}
+
+/// The call that reads the signed-in user; each call of its completion goes to `inbox`.
+void sendMe(Inbox<KeloAPI::MeResult>& inbox);
+
+/// The user's name; fails the step when there is an error.
+std::string nameIn(const KeloAPI::MeResult& result);
+
+/// The error; fails the step when there is none.
+KeloAPI::Error errorIn(const KeloAPI::MeResult& result);
+
+/// Reads one page; fails the step when there is an error. Tells what came.
+KeloAPI::TimelineSuccess read(const std::shared_ptr<KeloAPI::TimelineEndpoint>& page);
+
+/// An endpoint of the signed-in session for a path.
+std::shared_ptr<KeloAPI::Endpoint> endpointAt(const std::string& path,
+                                              KeloAPI::Parameters parameters = {});
+
+/// The answer's text; fails the step when there is an error.
+std::string readText(const std::shared_ptr<KeloAPI::Endpoint>& endpoint);
+
+/// The identifiers of posts, in order.
+std::vector<std::string> idsOf(const std::vector<std::shared_ptr<KeloAPI::KLWatchPost>>& posts);
+
+} // namespace KeloTour

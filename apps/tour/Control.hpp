@@ -1,0 +1,38 @@
+#pragma once
+
+#include <KeloAPI/platform/Parameters.hpp>
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+/// What kelo-service offers beside the service itself, under /_service: the tour makes its sessions
+/// expire and its answers go wrong. Sent through the library, as text.
+namespace KeloTour::Control {
+
+/// A new session of that user; returns its key.
+std::string addSession(const std::string& username);
+void expireSession(const std::string& key);
+void demandCaptcha(const std::string& key);
+
+/// Makes the next request for `path` fail as `action` says.
+void addFault(const std::string& path, KeloAPI::Parameters action);
+/// True when every fault that was added since the last call really happened; forgets them.
+bool allFaultsHappened();
+
+/// A request as the service received it.
+struct Received {
+    std::string path;
+    std::map<std::string, std::string> headers;
+};
+
+/// The number of the request that the service received last.
+std::int64_t lastRequest();
+/// What the service received after that one, oldest first.
+std::vector<Received> requestsSince(std::int64_t number);
+
+/// How many connections the service has accepted so far.
+std::int64_t acceptedConnections();
+
+} // namespace KeloTour::Control

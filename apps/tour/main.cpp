@@ -1,0 +1,25 @@
+#include "steps/Steps.hpp"
+#include "TourHost.hpp"
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+int main(int argc, char** argv) {
+    using namespace KeloTour;
+    if (argc != 2 || argv[1][0] == '-') {
+        std::fprintf(stderr, "kelo-tour: give the HOST:PORT of a running kelo-service\n");
+        return 2;
+    }
+    TourHost::instance().host = argv[1];
+    TourHost::instance().sessionKey = "kelo-development-session";
+    traceRequests();
+    Tour tour;
+    tourTrust(tour);
+    tourReading(tour);
+    tourPaging(tour);
+    tourRequests(tour);
+    tourSessions(tour);
+    tourFailures(tour);
+    return tour.finish() ? EXIT_SUCCESS : EXIT_FAILURE;
+}

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "Tour.hpp"
+
+namespace KeloTour {
+
+// One function and one source file per subject. A new one is declared here, and called in main.
+void tourTrust(Tour& tour);
+void tourReading(Tour& tour);
+void tourPaging(Tour& tour);
+void tourRequests(Tour& tour);
+void tourSessions(Tour& tour);
+void tourFailures(Tour& tour);
+
+} // namespace KeloTour
