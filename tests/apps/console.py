@@ -11,11 +11,12 @@ import time
 class Console:
     """The program reads from and writes to a pseudo-terminal; `output` is all it has shown."""
 
-    def __init__(self, arguments, environment):
+    def __init__(self, arguments, environment, columns=0):
         self.output = ""
         self.child, self.terminal = pty.fork()
         if self.child == 0:
             try:
+                termios.tcsetwinsize(0, (24, columns))
                 os.execve(arguments[0], arguments, environment)
             finally:
                 os._exit(127)
@@ -52,9 +53,6 @@ class Console:
             if time.monotonic() > deadline:
                 raise AssertionError(f"echo is {not wanted}")
             time.sleep(0.01)
-
-    def signal(self, number=signal.SIGINT):
-        os.kill(self.child, number)
 
     def finish(self):
         """The exit code; -N for death by signal N."""
