@@ -1,9 +1,20 @@
 #include <KeloAPI/model/KLRekelo.hpp>
 
 #include <KeloAPI/model/KLWatchUser.hpp>
+#include <KeloAPI/platform/Contract.hpp>
 
 namespace KeloAPI {
 
 KLRekelo::~KLRekelo() = default;
+RekeloParser::~RekeloParser() = default;
+
+std::shared_ptr<KLRekelo> RekeloParser::parse(const JsonObject& json) const {
+    auto rekelo = std::make_shared<KLRekelo>();
+    const JsonValue repostId = json["repostId"];
+    require(repostId.exists(), "a repost has no \"repostId\"");
+    rekelo->rekeloId = repostId.description();
+    rekelo->user = parseUser(json);
+    return rekelo;
+}
 
 } // namespace KeloAPI

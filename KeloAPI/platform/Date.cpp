@@ -59,6 +59,10 @@ Date now() {
     return std::chrono::floor<std::chrono::microseconds>(std::chrono::system_clock::now());
 }
 
+double timeIntervalSince1970(Date date) {
+    return std::chrono::duration<double>(date.time_since_epoch()).count();
+}
+
 std::optional<Date> DateFormatter::date(std::string_view text) const {
     using namespace std::chrono;
     Scanner scan(text);

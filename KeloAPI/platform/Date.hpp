@@ -14,6 +14,9 @@ using Date = std::chrono::sys_time<std::chrono::microseconds>;
 /// The current instant.
 KELO_API Date now();
 
+/// An instant in seconds since 1970-01-01 00:00 UTC, with their fraction.
+KELO_API double timeIntervalSince1970(Date date);
+
 /// Reads the service's dates: the pattern "yyyy-MM-dd'T'HH:mm:s.SSS" in UTC, whatever the
 /// process's locale and time zone.
 class KELO_API DateFormatter {

@@ -125,6 +125,10 @@ std::optional<URL> URL::parse(std::string_view text) {
     return url;
 }
 
+URL URL::empty() {
+    return URL(std::string());
+}
+
 URL URL::fileURL(std::string_view path) {
     return URL("file://" + escapedPath(path));
 }

@@ -17,6 +17,9 @@ public:
     /// The URL that `text` is, or none.
     static std::optional<URL> parse(std::string_view text);
 
+    /// A URL of no characters, for where there must be one and none is known.
+    static URL empty();
+
     /// The URL of the file at an absolute path of this machine.
     static URL fileURL(std::string_view path);
 

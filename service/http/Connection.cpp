@@ -30,7 +30,7 @@ void Connection::countUse(std::uint64_t& counter) {
 
 void Connection::startRequest() {
     recorder_.startRequest();
-    routed_ = false;
+    answer_ = AnsweredBy::nobody;
     fault_.reset();
     held_.clear();
 }
@@ -60,8 +60,8 @@ ssize_t Connection::read(char* buffer, size_t size) {
 
 ssize_t Connection::write(const char* bytes, size_t size) {
     const std::string_view answer(bytes, size);
-    if (!routed_ && !answer.starts_with(interimAnswer)) {
-        routed_ = true;
+    if (answer_ == AnsweredBy::nobody && !answer.starts_with(interimAnswer)) {
+        answer_ = AnsweredBy::engine;
         beforeUnroutedAnswer_(*this);
     }
     if (!isOpen()) {

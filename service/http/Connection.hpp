@@ -35,7 +35,9 @@ public:
 
     void startRequest();
     /// The request is understood and its answer comes from us.
-    void startAnswer() { routed_ = true; }
+    void startAnswer() { answer_ = AnsweredBy::route; }
+    /// Whether the engine answered by itself; where the next request begins is unknown then.
+    bool wasUnrouted() const { return answer_ == AnsweredBy::engine; }
     /// Lets the fault act on the answer that comes next; `onFire` is called when it does.
     void arm(WireFault fault, std::function<void()> onFire);
     /// The engine has written the whole answer.
@@ -50,6 +52,8 @@ public:
     socket_t socket() const override { return socket_.descriptor(); }
 
 private:
+    enum class AnsweredBy { nobody, route, engine };
+
     void hold(std::string_view bytes);
     void fire();
 
@@ -57,7 +61,7 @@ private:
     std::uint64_t number_;
     std::function<void(Connection&)> beforeUnroutedAnswer_;
     RequestRecorder recorder_;
-    bool routed_ = false;
+    AnsweredBy answer_ = AnsweredBy::nobody;
     bool used_ = false;
     std::optional<WireFault> fault_;
     std::function<void()> onFire_;

@@ -51,6 +51,10 @@ bool Query::isNull(int column) const {
     return sqlite3_column_type(statement_, column) == SQLITE_NULL;
 }
 
+int Query::columns() const {
+    return sqlite3_column_count(statement_);
+}
+
 void Query::bindAt(int position, std::int64_t value) {
     sqlite3_bind_int64(statement_, position, value);
 }

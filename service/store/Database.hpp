@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -49,6 +50,7 @@ public:
     std::string text(int column) const;
     bool boolean(int column) const { return integer(column) != 0; }
     bool isNull(int column) const;
+    int columns() const;
 
 private:
     friend class Database;
@@ -62,6 +64,7 @@ private:
     void bindAt(int position, const std::string& value) {
         bindAt(position, std::string_view(value));
     }
+    void bindAt(int /*position*/, std::nullptr_t /*value*/) {}
     void bindAt(int position, const char* value) { bindAt(position, std::string_view(value)); }
     template <typename Value>
     void bindAt(int position, const std::optional<Value>& value) {

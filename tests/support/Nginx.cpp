@@ -32,10 +32,11 @@ int freePort() {
     sockaddr_in address = loopback(0);
     socklen_t size = sizeof address;
     const int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    ::bind(socket, reinterpret_cast<sockaddr*>(&address), size);
-    ::getsockname(socket, reinterpret_cast<sockaddr*>(&address), &size);
+    auto* generic = reinterpret_cast<sockaddr*>(&address);
+    const bool bound =
+        ::bind(socket, generic, size) == 0 && ::getsockname(socket, generic, &size) == 0;
     ::close(socket);
-    return ntohs(address.sin_port);
+    return bound ? ntohs(address.sin_port) : 0;
 }
 
 bool answers(int port) {

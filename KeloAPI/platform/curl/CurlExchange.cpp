@@ -4,6 +4,9 @@
 #include <KeloAPI/platform/curl/Redirect.hpp>
 #include <KeloAPI/platform/http/HTTPError.hpp>
 
+#include <system_error>
+#include <thread>
+
 namespace KeloAPI {
 
 CurlExchange::CurlExchange(const URLRequest& request, std::shared_ptr<ExchangeObserver> observer,
@@ -15,13 +18,29 @@ CurlExchange::CurlExchange(const URLRequest& request, std::shared_ptr<ExchangeOb
 CurlExchange::~CurlExchange() = default;
 
 void CurlExchange::begin() {
-    const std::shared_ptr<CurlLoop> lane = _lanes->laneFor(*_request.url);
+    std::shared_ptr<CurlLoop> lane;
+    try {
+        lane = _lanes->laneFor(*_request.url);
+    } catch (const std::system_error& failure) {
+        completeElsewhere(
+            httpError(HTTPErrorCode::Unknown, std::string("no network thread: ") + failure.what()));
+        return;
+    }
     {
         const std::lock_guard lock(_mutex);
         _lane = lane;
     }
     if (lane == nullptr || !lane->start(shared_from_this())) {
         complete(httpError(HTTPErrorCode::Cancelled, "the transport has gone"));
+    }
+}
+
+/// The caller of `start` must not hear of the end inside its call, and no lane is there to tell it.
+void CurlExchange::completeElsewhere(Error error) {
+    try {
+        std::thread([self = shared_from_this(), error] { self->complete(error); }).detach();
+    } catch (const std::system_error&) {
+        complete(std::move(error)); // there is no elsewhere
     }
 }
 

@@ -37,6 +37,8 @@ public:
     void complete(std::optional<Error> error);
 
 private:
+    void completeElsewhere(Error error);
+
     URLRequest _request;
     int _redirects = 0;
     std::shared_ptr<ExchangeObserver> _observer;

@@ -41,14 +41,14 @@ std::shared_ptr<CurlLoop> CurlLanes::laneFor(const URL& url) {
     if (_closed) {
         return nullptr;
     }
-    std::shared_ptr<CurlLoop>& lane = _lanes[policy];
-    if (lane == nullptr) {
-        const TrustStore store(policy);
-        auto opened =
-            std::make_shared<CurlLoop>(store, store.isPinned() ? "kelo-net-pinned" : "kelo-net");
-        opened->open();
-        lane = std::move(opened);
+    if (const auto found = _lanes.find(policy); found != _lanes.end()) {
+        return found->second;
     }
+    const TrustStore store(policy);
+    auto lane =
+        std::make_shared<CurlLoop>(store, store.isPinned() ? "kelo-net-pinned" : "kelo-net");
+    lane->open();
+    _lanes.emplace(policy, lane);
     return lane;
 }
 

@@ -20,7 +20,7 @@ public:
     CurlLanes& operator=(const CurlLanes&) = delete;
     ~CurlLanes();
 
-    /// Null once the lanes are closed.
+    /// Null once the lanes are closed; throws `std::system_error` where a lane cannot be opened.
     std::shared_ptr<CurlLoop> laneFor(const URL& url);
 
     /// Cancels everything under way and ends the lanes' threads. Waits for them, except on one of

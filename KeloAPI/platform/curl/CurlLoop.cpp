@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <climits>
 #include <csignal>
+#include <system_error>
 
 namespace KeloAPI {
 
@@ -47,6 +48,12 @@ CurlLoop::~CurlLoop() = default;
 void CurlLoop::open() {
     ExitGuard::install();
     _multi = curl_multi_init();
+    // Without the means to be woken the thread would sleep through everything.
+    if (_multi == nullptr || curl_multi_wakeup(_multi) != CURLM_OK) {
+        curl_multi_cleanup(_multi);
+        _multi = nullptr;
+        throw std::system_error(std::make_error_code(std::errc::too_many_files_open));
+    }
     curl_multi_setopt(_multi, CURLMOPT_MAXCONNECTS, mostIdleConnections);
     const SignalShield shield;
     _thread = std::thread([self = shared_from_this()] { self->run(); });
@@ -99,8 +106,8 @@ void CurlLoop::run() {
 void CurlLoop::loop() {
     while (true) {
         Commands commands = takeCommands();
-        for (auto& exchange : commands.starts) {
-            begin(std::move(exchange));
+        for (const auto& exchange : commands.starts) {
+            begin(exchange);
         }
         for (const auto& exchange : commands.cancels) {
             if (const auto found = _transfers.find(exchange.get()); found != _transfers.end()) {
@@ -131,7 +138,7 @@ CurlLoop::Commands CurlLoop::takeCommands() {
     return std::exchange(_commands, {});
 }
 
-void CurlLoop::begin(std::shared_ptr<CurlExchange> exchange) {
+void CurlLoop::begin(const std::shared_ptr<CurlExchange>& exchange) {
     if (exchange->isCancelled()) {
         exchange->complete({});
         return;

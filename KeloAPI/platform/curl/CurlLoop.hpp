@@ -27,7 +27,7 @@ public:
     CurlLoop& operator=(const CurlLoop&) = delete;
     ~CurlLoop();
 
-    /// Starts the thread.
+    /// Starts the thread; throws `std::system_error` where the system has none to give.
     void open();
     /// Takes the exchange's next leg over, or refuses because the lane has been stopped.
     bool start(std::shared_ptr<CurlExchange> exchange);
@@ -52,7 +52,7 @@ private:
     void loop();
     void wake();
     Commands takeCommands();
-    void begin(std::shared_ptr<CurlExchange> exchange);
+    void begin(const std::shared_ptr<CurlExchange>& exchange);
     void finishDone();
     void finishOverdue();
     void finish(CurlTransfer& transfer, CurlTransfer::Outcome outcome);

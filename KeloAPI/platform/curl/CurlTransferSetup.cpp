@@ -91,7 +91,9 @@ void CurlTransfer::setUpHeaders() {
         }
         // libcurl takes "Name:" for the wish to leave a field out.
         const bool blank = value.find_first_not_of(" \t") == std::string::npos;
-        appendHeader(blank ? name + ";" : name + ": " + value);
+        std::string line = name;
+        line += blank ? ";" : ": " + value;
+        appendHeader(line);
     }
     // What libcurl would add by itself although HTTP does not need it.
     for (const char* unasked : {"Accept", "Expect"}) {

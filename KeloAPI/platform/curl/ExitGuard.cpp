@@ -54,7 +54,8 @@ void parkAllThreads() {
             thread.wake();
         }
     }
-    all.changed.wait_for(lock, patience, [&] {
+    // Past the time limit the process exits all the same.
+    (void)all.changed.wait_for(lock, patience, [&] {
         return std::all_of(all.threads.begin(), all.threads.end(), [&](const auto& entry) {
             return entry.first == self || entry.second.parked;
         });
@@ -70,7 +71,7 @@ void install() {
         // Handlers run in reverse: the crypto library's must be there before this one.
         OPENSSL_init_ssl(0, nullptr);
         curl_global_init(CURL_GLOBAL_DEFAULT);
-        std::atexit(parkAllThreads);
+        (void)std::atexit(parkAllThreads);
     });
 }
 

@@ -55,6 +55,13 @@ protected:
         return request;
     }
 
+    /// More than the buffers between two processes take.
+    static std::string largeBody() {
+        std::string body;
+        body.resize(std::size_t{50} << 20U, 'x');
+        return body;
+    }
+
     /// Sends and waits for the end.
     static Observer send(Transport& transport, const URLRequest& request) {
         auto observer = std::make_shared<RecordingObserver>();

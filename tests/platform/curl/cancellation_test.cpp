@@ -82,7 +82,7 @@ TEST_F(CancellationTest, WhileTheBodyGoesOut) {
         connection.waitForClose();
     });
     const auto exchange =
-        transport->start(with(Method::POST, deaf.url("/"), std::string(50'000'000, 'x')), observer);
+        transport->start(with(Method::POST, deaf.url("/"), largeBody()), observer);
     sent.acquire();
     exchange->cancel();
     expectCancelled(observer);
@@ -182,6 +182,7 @@ TEST_F(CancellationTest, ByTheTransportsEndInsideACallback) {
 TEST_F(CancellationTest, ManyFromManyThreads) {
     constexpr int each = 50;
     std::vector<std::thread> threads;
+    threads.reserve(4);
     std::atomic<int> completed = 0;
     for (int t = 0; t < 4; ++t) {
         threads.emplace_back([&, t] {

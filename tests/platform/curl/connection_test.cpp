@@ -3,6 +3,8 @@
 #include "../../support/TestServer.hpp"
 #include "TransportTest.hpp"
 
+#include <sys/resource.h>
+
 #include <atomic>
 #include <filesystem>
 #include <fstream>
@@ -90,6 +92,7 @@ TEST_F(ConnectionTest, SixtyFourAtOnce) {
 TEST_F(ConnectionTest, FromManyThreads) {
     std::atomic<int> good = 0;
     std::vector<std::thread> threads;
+    threads.reserve(8);
     for (int t = 0; t < 8; ++t) {
         threads.emplace_back([&] {
             for (int i = 0; i < 25; ++i) {
@@ -130,6 +133,19 @@ TEST_F(ConnectionTest, NothingRemainsOfATransport) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     EXPECT_LE(openDescriptors(), before);
+}
+
+TEST_F(ConnectionTest, WithoutDescriptorsTheRequestFails) {
+    rlimit limit{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+    const rlimit none{0, limit.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    const auto heard = send(*transport, get(server.url("/")));
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+    EXPECT_TRUE(failedWith(heard, HTTPErrorCode::Unknown));
+    EXPECT_NE(heard->thread, std::this_thread::get_id());
+    // And the next one works.
+    EXPECT_TRUE(succeeded(send(*transport, get(server.url("/")))));
 }
 
 TEST_F(ConnectionTest, TenThousandRequestsLeaveNoTrace) {

@@ -98,7 +98,8 @@ int main(int argc, char** argv) {
     }
     plan.way = argv[1];
     plan.port = argv[3];
-    plan.when = std::chrono::steady_clock::now() + std::chrono::microseconds(std::atoi(argv[5]));
+    plan.when = std::chrono::steady_clock::now() +
+                std::chrono::microseconds(std::strtol(argv[5], nullptr, 10));
 
     // Two lanes: one pinned, one of the system's trust, which the caller sets up.
     for (const char* host : {"localhost", "127.0.0.1"}) {

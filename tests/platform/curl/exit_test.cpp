@@ -34,7 +34,7 @@ protected:
         setenv("SSL_CERT_FILE", certificate.path().c_str(), 1);
     }
 
-    ~ExitTest() override { unsetenv("SSL_CERT_FILE"); }
+    void TearDown() override { unsetenv("SSL_CERT_FILE"); }
 
     /// Runs the program once and says what was wrong; empty when it left as it should.
     std::string runOnce(const std::string& way, const std::string& life, int microseconds) const {
@@ -84,6 +84,7 @@ TEST_F(ExitTest, AThousandTimesWithRequestsInFlight) {
     std::mutex mutex;
     std::vector<std::string> wrong;
     std::vector<std::thread> runners;
+    runners.reserve(4);
     for (int i = 0; i < 4; ++i) {
         runners.emplace_back([&] {
             for (int run = next++; run < all; run = next++) {

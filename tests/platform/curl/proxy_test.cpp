@@ -34,7 +34,7 @@ void carry(int a, int b) {
 
 class ProxyTest : public TransportTest {
 protected:
-    ~ProxyTest() override {
+    void TearDown() override {
         unsetenv("http_proxy");
         unsetenv("https_proxy");
         unsetenv("SSL_CERT_FILE");

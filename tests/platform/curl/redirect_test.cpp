@@ -107,7 +107,8 @@ protected:
             const std::lock_guard lock(_mutex);
             _seen.push_back(request);
             const auto slash = request.find(' ') + 1;
-            const int status = std::atoi(request.c_str() + slash + 1);
+            const int status =
+                static_cast<int>(std::strtol(request.c_str() + slash + 1, nullptr, 10));
             if (status != 0) {
                 connection.write("HTTP/1.1 " + std::to_string(status) + " Moved\r\nLocation: " +
                                  _target + "\r\nContent-Length: 4\r\n\r\nover");

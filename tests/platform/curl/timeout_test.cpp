@@ -50,7 +50,7 @@ TEST_F(TimeoutTest, WhenTheConnectionDoesNotComeAbout) {
 
 TEST_F(TimeoutTest, WhenTheRequestsBodyIsNotTaken) {
     RawServer deaf([](RawConnection&) { std::this_thread::sleep_for(1500ms); });
-    const Timed heard = timed(with(Method::POST, deaf.url("/"), std::string(50'000'000, 'x')));
+    const Timed heard = timed(with(Method::POST, deaf.url("/"), largeBody()));
     EXPECT_TRUE(failedWith(heard.observer, HTTPErrorCode::TimedOut));
     EXPECT_LT(heard.took, 1400ms);
 }

@@ -10,7 +10,7 @@ using std::chrono::hours;
 /// The server is "localhost" and "127.0.0.1" alike: two hosts for one place.
 class TrustTest : public TransportTest {
 protected:
-    ~TrustTest() override { unsetenv("SSL_CERT_FILE"); }
+    void TearDown() override { unsetenv("SSL_CERT_FILE"); }
 
     void serve(const TestCertificate& certificate) {
         server = std::make_unique<TestServer>(certificate);

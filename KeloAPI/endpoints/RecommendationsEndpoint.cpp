@@ -1,0 +1,73 @@
+#include <KeloAPI/endpoints/RecommendationsEndpoint.hpp>
+
+#include <KeloAPI/api/Api.hpp>
+#include <KeloAPI/parsing/KLEmpty.hpp>
+
+#include <array>
+#include <cstddef>
+#include <utility>
+
+namespace KeloAPI {
+
+namespace {
+
+/// By the enumeration's order.
+constexpr std::array<std::string_view, 3> boosts = {"positive", "neutral", "negative"};
+
+} // namespace
+
+std::string_view rawValue(RecommendationBoost boost) {
+    return boosts.at(static_cast<std::size_t>(boost));
+}
+
+std::optional<RecommendationBoost> recommendationBoostOf(std::string_view rawValue) {
+    for (std::size_t position = 0; position < boosts.size(); ++position) {
+        if (boosts[position] == rawValue) {
+            return static_cast<RecommendationBoost>(position);
+        }
+    }
+    return std::nullopt;
+}
+
+RecommendationsEndpoint::RecommendationsEndpoint(Key key, std::shared_ptr<Session> session)
+    : Endpoint(key, std::move(session)) {
+    setMethod(Method::POST);
+    setParameterEncoding(ParameterEncoding::JSON);
+}
+
+RecommendationsEndpoint::~RecommendationsEndpoint() = default;
+
+std::shared_ptr<RecommendationsEndpoint> RecommendationsEndpoint::create() {
+    return make<RecommendationsEndpoint>(Api::session(SessionType::Authenticated));
+}
+
+void RecommendationsEndpoint::addUserFeedback(const std::string& userId, RecommendationBoost boost,
+                                              Completion completion) {
+    sendFeedback("recommendations/feedback/users/" + userId, boost, std::move(completion));
+}
+
+void RecommendationsEndpoint::addPostFeedback(const std::string& postId, RecommendationBoost boost,
+                                              Completion completion) {
+    sendFeedback("recommendations/feedback/posts/" + postId, boost, std::move(completion));
+}
+
+void RecommendationsEndpoint::sendFeedback(std::string path, RecommendationBoost boost,
+                                           Completion completion) {
+    setParameters({{"recommendationBoost", rawValue(boost)}});
+    setPath(std::move(path));
+    request(std::make_shared<KLEmptyParser>(),
+            [completion = std::move(completion)](std::vector<std::shared_ptr<KLEmpty>>,
+                                                 std::optional<Metadata>, const Timeline&,
+                                                 std::optional<Error> error) {
+                if (!completion) {
+                    return;
+                }
+                if (error) {
+                    completion(RecommendationResult::Failure{*std::move(error)});
+                } else {
+                    completion(RecommendationResult::Success{});
+                }
+            });
+}
+
+} // namespace KeloAPI

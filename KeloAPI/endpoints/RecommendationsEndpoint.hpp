@@ -1,0 +1,67 @@
+#pragma once
+
+#include <KeloAPI/api/Endpoint.hpp>
+#include <KeloAPI/api/Outcome.hpp>
+#include <KeloAPI/platform/Export.hpp>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace KeloAPI {
+
+/// Whether the user wants more, the same or less of something recommended.
+enum class RecommendationBoost : std::uint8_t { Positive, Neutral, Negative };
+
+/// The boost's text on the wire: "positive", "neutral", "negative".
+KELO_API std::string_view rawValue(RecommendationBoost boost);
+
+/// The boost with this text, to the letter; none for any other.
+KELO_API std::optional<RecommendationBoost> recommendationBoostOf(std::string_view rawValue);
+
+/// How feedback ended: with the error, or with nothing to add.
+class KELO_API RecommendationResult {
+public:
+    struct Failure {
+        Error error;
+    };
+    struct Success {};
+
+    RecommendationResult(Failure failure) : _failure(std::move(failure)) {}
+    RecommendationResult(Success) {}
+
+    bool success() const { return !_failure; }
+    /// Null for a success.
+    const Error* error() const { return _failure ? &_failure->error : nullptr; }
+
+private:
+    std::optional<Failure> _failure;
+};
+
+/// Sends feedback on recommendations: POST recommendations/feedback/users/ or .../posts/ and an id,
+/// with a JSON body whose one key is "recommendationBoost".
+class KELO_API RecommendationsEndpoint : public Endpoint {
+public:
+    /// Called on the main queue; may be empty.
+    using Completion = std::function<void(const RecommendationResult& result)>;
+
+    /// On the authenticated session, with `Api::sessionDelegate()`.
+    static std::shared_ptr<RecommendationsEndpoint> create();
+    ~RecommendationsEndpoint() override;
+
+    void addUserFeedback(const std::string& userId, RecommendationBoost boost,
+                         Completion completion);
+    void addPostFeedback(const std::string& postId, RecommendationBoost boost,
+                         Completion completion);
+
+protected:
+    RecommendationsEndpoint(Key key, std::shared_ptr<Session> session);
+
+private:
+    void sendFeedback(std::string path, RecommendationBoost boost, Completion completion);
+};
+
+} // namespace KeloAPI

@@ -1,0 +1,32 @@
+#include <KeloAPI/endpoints/SoundboardEndpoint.hpp>
+
+#include <KeloAPI/model/SoundboardSound.hpp>
+
+#include <utility>
+
+namespace KeloAPI {
+
+SoundboardEndpoint::SoundboardEndpoint(Key key, std::shared_ptr<Session> session)
+    : Endpoint(key, std::move(session)) {
+    setPath("/soundboard");
+}
+
+SoundboardEndpoint::~SoundboardEndpoint() = default;
+
+std::shared_ptr<SoundboardEndpoint> SoundboardEndpoint::create(std::shared_ptr<Session> session) {
+    return make<SoundboardEndpoint>(std::move(session));
+}
+
+std::shared_ptr<EndpointRequest> SoundboardEndpoint::fetchSounds(
+    std::function<void(std::vector<std::shared_ptr<SoundboardSound>>, std::optional<Error>)>
+        completion) {
+    return request(
+        std::make_shared<SoundboardSoundParser>(),
+        [completion = std::move(completion)](std::vector<std::shared_ptr<SoundboardSound>> sounds,
+                                             std::optional<Metadata>, const Timeline&,
+                                             std::optional<Error> error) {
+            completion(std::move(sounds), std::move(error));
+        });
+}
+
+} // namespace KeloAPI

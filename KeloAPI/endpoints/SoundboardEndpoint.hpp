@@ -1,0 +1,31 @@
+#pragma once
+
+#include <KeloAPI/api/Endpoint.hpp>
+#include <KeloAPI/platform/Export.hpp>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace KeloAPI {
+
+class SoundboardSound;
+
+/// Reads the sounds that users can put into their videos: GET /soundboard.
+class KELO_API SoundboardEndpoint : public Endpoint {
+public:
+    static std::shared_ptr<SoundboardEndpoint> create(std::shared_ptr<Session> session);
+    ~SoundboardEndpoint() override;
+
+    /// The completion runs on the main queue, with an empty list beside an error.
+    std::shared_ptr<EndpointRequest>
+    fetchSounds(std::function<void(std::vector<std::shared_ptr<SoundboardSound>> sounds,
+                                   std::optional<Error> error)>
+                    completion);
+
+protected:
+    SoundboardEndpoint(Key key, std::shared_ptr<Session> session);
+};
+
+} // namespace KeloAPI

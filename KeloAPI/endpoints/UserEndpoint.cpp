@@ -1,0 +1,46 @@
+#include <KeloAPI/endpoints/UserEndpoint.hpp>
+
+#include <KeloAPI/api/Api.hpp>
+#include <KeloAPI/parsing/KLEmpty.hpp>
+
+#include <utility>
+
+namespace KeloAPI {
+
+namespace {
+
+/// Codes of the service that say that nothing was left to do.
+bool countsAsSuccess(const Error& error) {
+    const auto code = error.integer(KLAPIStatusCodeKey);
+    return code == 230 || code == 231;
+}
+
+} // namespace
+
+UserEndpoint::UserEndpoint(Key key, std::shared_ptr<Session> session, std::string userId)
+    : Endpoint(key, std::move(session))
+    , _userId(std::move(userId)) {}
+
+UserEndpoint::~UserEndpoint() = default;
+
+std::shared_ptr<UserEndpoint> UserEndpoint::create(std::string userId) {
+    return make<UserEndpoint>(Api::session(SessionType::Authenticated), std::move(userId));
+}
+
+void UserEndpoint::setFollowingOnTwitter(bool following,
+                                         std::function<void(const UserResult&)> completion) {
+    setPath("users/" + _userId + (following ? "/follow-on-twitter" : "/unfollow-on-twitter"));
+    setMethod(Method::POST);
+    request(std::make_shared<KLEmptyParser>(),
+            [completion = std::move(completion)](std::vector<std::shared_ptr<KLEmpty>>,
+                                                 std::optional<Metadata>, const Timeline&,
+                                                 std::optional<Error> error) {
+                if (error && !countsAsSuccess(*error)) {
+                    completion(UserResult::Error{*std::move(error)});
+                } else {
+                    completion(UserSuccess{});
+                }
+            });
+}
+
+} // namespace KeloAPI

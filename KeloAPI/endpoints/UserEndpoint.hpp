@@ -1,0 +1,39 @@
+#pragma once
+
+#include <KeloAPI/api/Endpoint.hpp>
+#include <KeloAPI/api/Outcome.hpp>
+#include <KeloAPI/platform/Export.hpp>
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace KeloAPI {
+
+/// `UserEndpoint` brings nothing but the news of its success.
+struct UserSuccess {};
+
+using UserResult = Outcome<UserSuccess>;
+
+/// Acts on one user: POST users/, the user's id and /follow-on-twitter or /unfollow-on-twitter.
+class KELO_API UserEndpoint : public Endpoint {
+public:
+    /// On the authenticated session, with `Api::sessionDelegate()`.
+    static std::shared_ptr<UserEndpoint> create(std::string userId);
+    ~UserEndpoint() override;
+
+    const std::string& userId() const { return _userId; }
+
+    /// Switches whether the service follows that user's Twitter account. The service's codes 230
+    /// and 231 count as success. The completion runs on the main queue.
+    void setFollowingOnTwitter(bool following,
+                               std::function<void(const UserResult& result)> completion);
+
+protected:
+    UserEndpoint(Key key, std::shared_ptr<Session> session, std::string userId);
+
+private:
+    const std::string _userId;
+};
+
+} // namespace KeloAPI

@@ -1,0 +1,36 @@
+#include <KeloAPI/loops/LoopsEndpoint.hpp>
+
+#include <KeloAPI/api/Api.hpp>
+#include <KeloAPI/model/KLWatchPost.hpp>
+#include <KeloAPI/platform/Diagnostics.hpp>
+
+#include <utility>
+
+namespace KeloAPI {
+
+LoopsEndpoint::LoopsEndpoint(Key key, std::shared_ptr<Session> session)
+    : Endpoint(key, std::move(session)) {
+    setPath("loops");
+    setMethod(Method::POST);
+    setParameterEncoding(ParameterEncoding::JSON);
+}
+
+LoopsEndpoint::~LoopsEndpoint() = default;
+
+std::shared_ptr<LoopsEndpoint> LoopsEndpoint::create() {
+    return make<LoopsEndpoint>(Api::session(SessionType::Authenticated));
+}
+
+void LoopsEndpoint::submit(std::int64_t count, const KLWatchPost& post) {
+    if (!post.postId) {
+        return;
+    }
+    const Parameters record = {
+        {"count", count}, {"postId", *post.postId}, {"ts", timeIntervalSince1970(now())}};
+    setParameters({{"loops", ParameterList{record}}});
+    request([](const std::optional<std::string>&, const std::optional<Error>& error) {
+        Diagnostics::write("Submitted loops with error: " + (error ? error->description() : "nil"));
+    });
+}
+
+} // namespace KeloAPI

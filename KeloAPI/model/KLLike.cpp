@@ -1,0 +1,20 @@
+#include <KeloAPI/model/KLLike.hpp>
+
+#include <KeloAPI/model/KLWatchUser.hpp>
+#include <KeloAPI/platform/Contract.hpp>
+
+namespace KeloAPI {
+
+KLLike::~KLLike() = default;
+LikeParser::~LikeParser() = default;
+
+std::shared_ptr<KLLike> LikeParser::parse(const JsonObject& json) const {
+    auto like = std::make_shared<KLLike>();
+    const JsonValue likeId = json["likeId"];
+    require(likeId.exists(), "a like has no \"likeId\"");
+    like->likeId = likeId.description();
+    like->user = parseUser(json);
+    return like;
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <KeloAPI/parsing/JsonParser.hpp>
+#include <KeloAPI/platform/Export.hpp>
+#include <KeloAPI/platform/Object.hpp>
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace KeloAPI {
+
+class KLWatchUser;
+
+/// A user's like of a post. One thread at a time.
+class KELO_API KLLike final : public Object {
+public:
+    /// "likeId", sent as a number or as text.
+    std::optional<std::string> likeId;
+    /// Who likes; null when that is not known.
+    std::shared_ptr<KLWatchUser> user;
+
+    KLLike() = default;
+    ~KLLike() override;
+};
+
+/// Never throws. An object without "likeId" stops the process.
+class KELO_API LikeParser final : public JsonParser<KLLike> {
+public:
+    LikeParser() = default;
+    ~LikeParser() override;
+    std::shared_ptr<KLLike> parse(const JsonObject& json) const override;
+};
+
+} // namespace KeloAPI

@@ -1,0 +1,34 @@
+#include <KeloAPI/model/SoundboardSound.hpp>
+
+#include <utility>
+
+namespace KeloAPI {
+
+SoundboardSound::SoundboardSound(std::string name, std::string soundId, std::string_view soundUrl,
+                                 bool featured, std::optional<std::string> sourcePostId)
+    : _name(std::move(name))
+    , _soundId(std::move(soundId))
+    , _soundUrl(URL::parse(soundUrl).value_or(URL::empty()))
+    , _sourcePostId(std::move(sourcePostId))
+    , _featured(featured) {}
+
+SoundboardSound::~SoundboardSound() = default;
+SoundboardSoundParser::~SoundboardSoundParser() = default;
+
+std::shared_ptr<SoundboardSound> SoundboardSoundParser::parse(const JsonObject& json) const {
+    const auto [soundId, sourcePostId, name, soundUrl, featured] =
+        json.values("soundId", "sourcePostId", "name", "soundUrl", "featured");
+    auto id = parseId(soundId);
+    if (!id) {
+        throw JsonParseError(JsonParseError::InsufficientData, "soundId");
+    }
+    auto source = parseId(sourcePostId);
+    if (source && source->empty()) {
+        source.reset();
+    }
+    return std::make_shared<SoundboardSound>(std::string(name.text().value_or("")), *std::move(id),
+                                             soundUrl.text().value_or(""),
+                                             featured.boolean().value_or(false), std::move(source));
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <KeloAPI/parsing/JsonParser.hpp>
+#include <KeloAPI/platform/Export.hpp>
+#include <KeloAPI/platform/Object.hpp>
+#include <KeloAPI/platform/URL.hpp>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace KeloAPI {
+
+/// A short sound that users can put into their videos. Does not change once made.
+class KELO_API SoundboardSound final : public Object {
+public:
+    /// A text that is no URL makes `soundUrl` an empty one.
+    SoundboardSound(std::string name, std::string soundId, std::string_view soundUrl, bool featured,
+                    std::optional<std::string> sourcePostId = std::nullopt);
+    SoundboardSound() = delete;
+    ~SoundboardSound() override;
+
+    /// "name".
+    const std::string& name() const { return _name; }
+    /// "soundId", sent as text or as a number.
+    const std::string& soundId() const { return _soundId; }
+    /// "soundUrl"; empty where that is missing or no URL.
+    const URL& soundUrl() const { return _soundUrl; }
+    /// "sourcePostId": the post that the sound was taken from, sent as text or as a number.
+    const std::optional<std::string>& sourcePostId() const { return _sourcePostId; }
+    /// "featured".
+    bool featured() const { return _featured; }
+
+private:
+    std::string _name;
+    std::string _soundId;
+    URL _soundUrl;
+    std::optional<std::string> _sourcePostId;
+    bool _featured;
+};
+
+/// Needs "soundId" (`InsufficientData`); every other key has a default.
+class KELO_API SoundboardSoundParser final : public JsonParser<SoundboardSound> {
+public:
+    SoundboardSoundParser() = default;
+    ~SoundboardSoundParser() override;
+    std::shared_ptr<SoundboardSound> parse(const JsonObject& json) const override;
+};
+
+} // namespace KeloAPI

@@ -1,0 +1,46 @@
+# What is installed: the library with its public headers, its CMake package and its pkg-config file,
+# and the executables that this build makes. A user of the library needs nothing else: none of the
+# libraries behind it shows in its headers or its link interface.
+include(CMakePackageConfigHelpers)
+
+set(kelo_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/KeloAPI)
+
+install(TARGETS KeloAPI EXPORT KeloAPITargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(EXPORT KeloAPITargets NAMESPACE KeloAPI:: DESTINATION ${kelo_package_dir})
+
+configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/KeloAPIConfig.cmake.in
+  ${PROJECT_BINARY_DIR}/package/KeloAPIConfig.cmake
+  INSTALL_DESTINATION ${kelo_package_dir}
+  NO_SET_AND_CHECK_MACRO)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/package/KeloAPIConfigVersion.cmake
+  COMPATIBILITY SameMajorVersion)
+install(FILES
+  ${PROJECT_BINARY_DIR}/package/KeloAPIConfig.cmake
+  ${PROJECT_BINARY_DIR}/package/KeloAPIConfigVersion.cmake
+  DESTINATION ${kelo_package_dir})
+
+# The file finds its prefix from where it lies, so that the tree can be moved and
+# `cmake --install --prefix` be used.
+set(kelo_pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+cmake_path(ABSOLUTE_PATH kelo_pkgconfig_dir BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX}
+  OUTPUT_VARIABLE kelo_pkgconfig_full_dir)
+foreach(name LIBDIR INCLUDEDIR)
+  file(RELATIVE_PATH relative ${kelo_pkgconfig_full_dir} ${CMAKE_INSTALL_FULL_${name}})
+  string(REGEX REPLACE "/$" "" KELO_PC_${name} "\${pcfiledir}/${relative}")
+endforeach()
+configure_file(${CMAKE_CURRENT_LIST_DIR}/kelo-api.pc.in
+  ${PROJECT_BINARY_DIR}/package/kelo-api.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/package/kelo-api.pc DESTINATION ${kelo_pkgconfig_dir})
+
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+
+# The executables find the library beside them, wherever the tree lies.
+file(RELATIVE_PATH kelo_bin_to_lib ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+foreach(program kelo kelo-service)
+  if(TARGET ${program})
+    set_target_properties(${program} PROPERTIES INSTALL_RPATH "\$ORIGIN/${kelo_bin_to_lib}")
+    install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  endif()
+endforeach()

@@ -1,0 +1,161 @@
+#include <KeloAPI/endpoints/LikeActionEndpoint.hpp>
+#include <KeloAPI/endpoints/RekeloActionEndpoint.hpp>
+
+#include <KeloAPI/model/KLWatchUser.hpp>
+
+#include "support/MainLoop.hpp"
+#include "support/RegistrySession.hpp"
+
+#include <gtest/gtest.h>
+
+namespace KeloAPI {
+
+using testing::runUntil;
+using testing::ScriptedAnswer;
+
+class PostActionEndpointTest : public testing::RegistrySessionTest {
+protected:
+    PostActionEndpointTest() { post->postId = "123"; }
+
+    template <class P>
+    PostActionResult<typename P::T> toggle(PostActionEndpoint<P>& endpoint, bool on,
+                                           const std::string& body) {
+        transport->answer(ScriptedAnswer::json(body));
+        std::optional<PostActionResult<typename P::T>> outcome;
+        endpoint.toggle(
+            on, [&](const PostActionResult<typename P::T>& result) { outcome = result; });
+        EXPECT_TRUE(runUntil([&] { return outcome.has_value(); }));
+        return *outcome;
+    }
+    std::string lastCall() const {
+        return std::string(name(lastRequest().method)) + " " + lastRequest().url->path();
+    }
+
+    std::shared_ptr<KLWatchPost> post = std::make_shared<KLWatchPost>();
+};
+
+TEST_F(PostActionEndpointTest, LikesAndUnlikesAtOnePath) {
+    const auto like = LikeActionEndpoint::create(post);
+    const auto liked = toggle(*like, true, R"({"data": {"likeId": 42, "username": "ada"}})");
+    EXPECT_EQ(lastCall(), "POST /posts/123/likes");
+    EXPECT_FALSE(lastRequest().body.has_value());
+    ASSERT_TRUE(liked.success());
+    EXPECT_EQ(liked.success()->item->likeId, "42");
+    EXPECT_EQ(liked.success()->item->user->username, "ada");
+    EXPECT_TRUE(toggle(*like, false, R"({"data": {}})").success());
+    EXPECT_EQ(lastCall(), "DELETE /posts/123/likes");
+}
+
+TEST_F(PostActionEndpointTest, RepostsAndTakesThatBackByItsIdentifier) {
+    post->currentUserRekelo = std::make_shared<KLRekelo>();
+    post->currentUserRekelo->rekeloId = "987";
+    const auto rekelo = RekeloActionEndpoint::create(post);
+    const auto result = toggle(*rekelo, true, R"({"data": {"repostId": "abc"}})");
+    EXPECT_EQ(lastCall(), "POST /posts/123/repost");
+    EXPECT_EQ(result.success()->item->rekeloId, "abc");
+    toggle(*rekelo, false, R"({"data": {}})");
+    EXPECT_EQ(lastCall(), "DELETE /posts/123/repost/987");
+}
+
+TEST_F(PostActionEndpointTest, TakingBackAnUnknownRepostGoesToThePathOfBefore) {
+    const auto fresh = RekeloActionEndpoint::create(post);
+    toggle(*fresh, false, R"({"data": {}})");
+    EXPECT_EQ(lastCall(), "DELETE /");
+    toggle(*fresh, true, R"({"data": {}})");
+    toggle(*fresh, false, R"({"data": {}})");
+    EXPECT_EQ(lastCall(), "DELETE /posts/123/repost");
+}
+
+TEST_F(PostActionEndpointTest, ARepostWithoutIdentifierCannotBeComposedEither) {
+    post->currentUserRekelo = std::make_shared<KLRekelo>();
+    const auto rekelo = RekeloActionEndpoint::create(post);
+    rekelo->setPath("before");
+    toggle(*rekelo, false, R"({"data": {}})");
+    EXPECT_EQ(lastCall(), "DELETE /before");
+}
+
+TEST_F(PostActionEndpointTest, APostThatHasGoneLeavesThePathAndIsNotKeptAlive) {
+    const auto like = LikeActionEndpoint::create(post);
+    const auto rekelo = RekeloActionEndpoint::create(post);
+    EXPECT_EQ(like->post(), post);
+    toggle(*like, true, R"({"data": {}})");
+    post.reset();
+    EXPECT_EQ(like->post(), nullptr);
+    toggle(*like, false, R"({"data": {}})");
+    EXPECT_EQ(lastCall(), "DELETE /posts/123/likes");
+    toggle(*rekelo, true, R"({"data": {}})");
+    EXPECT_EQ(lastCall(), "POST /");
+}
+
+TEST_F(PostActionEndpointTest, APostWithoutIdentifierLeavesThePath) {
+    post->postId.reset();
+    toggle(*LikeActionEndpoint::create(post), true, R"({"data": {}})");
+    EXPECT_EQ(lastCall(), "POST /");
+    toggle(*RekeloActionEndpoint::create(post), true, R"({"data": {}})");
+    EXPECT_EQ(lastCall(), "POST /");
+}
+
+TEST_F(PostActionEndpointTest, ThePathFollowsThePost) {
+    const auto like = LikeActionEndpoint::create(post);
+    toggle(*like, true, R"({"data": {}})");
+    post->postId = "456";
+    toggle(*like, true, R"({"data": {}})");
+    EXPECT_EQ(lastCall(), "POST /posts/456/likes");
+}
+
+TEST_F(PostActionEndpointTest, AnAnswerWithoutItemIsASuccessWithoutOne) {
+    const auto result = toggle(*LikeActionEndpoint::create(post), true, R"({"data": {}})");
+    ASSERT_TRUE(result.success());
+    EXPECT_EQ(result.success()->item, nullptr);
+}
+
+TEST_F(PostActionEndpointTest, TheFirstOfSeveralItemsCounts) {
+    const auto result = toggle(*LikeActionEndpoint::create(post), true,
+                               R"({"data": {"records": [{"likeId": 1}, {"likeId": 2}]}})");
+    EXPECT_EQ(result.success()->item->likeId, "1");
+}
+
+TEST_F(PostActionEndpointTest, AnErrorIsReportedOnceAndThePostStaysAsItWas) {
+    const auto result =
+        toggle(*LikeActionEndpoint::create(post), true, R"({"error": "no", "code": 7})");
+    ASSERT_TRUE(result.error());
+    EXPECT_EQ(result.error()->code(), 7);
+    EXPECT_EQ(post->liked, std::nullopt);
+    EXPECT_FALSE(post->rekeloed());
+}
+
+TEST_F(PostActionEndpointTest, TheBaseComposesNoPath) {
+    const auto parser = std::make_shared<LikeParser>();
+    const auto base = PostActionEndpoint<LikeParser>::create(post, parser);
+    EXPECT_EQ(base->parser(), parser);
+    base->setPath("own/path");
+    toggle(*base, true, R"({"data": {"likeId": "x"}})");
+    EXPECT_EQ(lastCall(), "POST /own/path");
+}
+
+TEST(LikeParser, AnyIdentifierBecomesTextAndAMissingOneStopsTheProcess) {
+    const auto parse = [](const std::string& text) {
+        const auto document = JsonDocument::parse(text);
+        return LikeParser().parse(*document.value().root().object());
+    };
+    EXPECT_EQ(parse(R"({"likeId": 42})")->likeId, "42");
+    EXPECT_EQ(parse(R"({"likeId": "abc"})")->likeId, "abc");
+    EXPECT_EQ(parse(R"({"likeId": null})")->likeId, "<null>");
+    EXPECT_EQ(parse(R"({"likeId": 1, "user": {"username": "a"}, "username": "b"})")->user->username,
+              "a");
+    EXPECT_DEATH(parse("{}"), "contract violated: a like has no \"likeId\"");
+}
+
+TEST(RekeloParser, AnyIdentifierBecomesTextAndAMissingOneStopsTheProcess) {
+    const auto parse = [](const std::string& text) {
+        const auto document = JsonDocument::parse(text);
+        return RekeloParser().parse(*document.value().root().object());
+    };
+    EXPECT_EQ(parse(R"({"repostId": 42})")->rekeloId, "42");
+    EXPECT_EQ(parse(R"({"repostId": "abc"})")->rekeloId, "abc");
+    EXPECT_EQ(parse(R"({"repostId": true})")->rekeloId, "1");
+    EXPECT_EQ(parse(R"({"repostId": 1})")->user->username, "");
+    EXPECT_DEATH(parse(R"({"likeId": 1})"), "contract violated: a repost has no \"repostId\"");
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,83 @@
+#include <KeloAPI/endpoints/RecommendationsEndpoint.hpp>
+
+#include "support/MainLoop.hpp"
+#include "support/RegistrySession.hpp"
+
+#include <gtest/gtest.h>
+
+namespace KeloAPI {
+
+using testing::runFor;
+using testing::runUntil;
+using testing::ScriptedAnswer;
+
+class RecommendationsEndpointTest : public testing::RegistrySessionTest {
+protected:
+    RecommendationsEndpoint::Completion noted() {
+        return [this](const RecommendationResult& result) { outcome = result; };
+    }
+    bool ended() {
+        return runUntil([&] { return outcome.has_value(); });
+    }
+
+    std::shared_ptr<RecommendationsEndpoint> endpoint = RecommendationsEndpoint::create();
+    std::optional<RecommendationResult> outcome;
+};
+
+TEST_F(RecommendationsEndpointTest, SendsFeedbackOnPosts) {
+    transport->answer(ScriptedAnswer::json(R"({"data": {}})"));
+    endpoint->addPostFeedback("555", RecommendationBoost::Negative, noted());
+    ASSERT_TRUE(ended());
+    EXPECT_TRUE(outcome->success());
+    EXPECT_EQ(outcome->error(), nullptr);
+    EXPECT_EQ(lastRequest().method, Method::POST);
+    EXPECT_EQ(lastRequest().url->absoluteString(),
+              "https://service.example/recommendations/feedback/posts/555");
+    EXPECT_EQ(lastBody(), R"({"recommendationBoost":"negative"})");
+    EXPECT_EQ(lastRequest().headerFields.at("Content-Type"), "application/json");
+}
+
+TEST_F(RecommendationsEndpointTest, SendsFeedbackOnUsers) {
+    transport->answer(ScriptedAnswer::json(R"({"data": {}})"));
+    endpoint->addUserFeedback("9", RecommendationBoost::Neutral, noted());
+    ASSERT_TRUE(ended());
+    EXPECT_EQ(lastRequest().url->path(), "/recommendations/feedback/users/9");
+    EXPECT_EQ(lastBody(), R"({"recommendationBoost":"neutral"})");
+}
+
+TEST_F(RecommendationsEndpointTest, EachCallReplacesTheLastOnesParameters) {
+    transport->answer(ScriptedAnswer::json(R"({"data": {}})"));
+    transport->answer(ScriptedAnswer::json(R"({"data": {}})"));
+    endpoint->addPostFeedback("1", RecommendationBoost::Positive, {});
+    endpoint->addUserFeedback("2", RecommendationBoost::Negative, noted());
+    ASSERT_TRUE(ended());
+    EXPECT_EQ(transport->requests().front().body->text(), R"({"recommendationBoost":"positive"})");
+    EXPECT_EQ(lastBody(), R"({"recommendationBoost":"negative"})");
+}
+
+TEST_F(RecommendationsEndpointTest, ReportsAnErrorAsFailure) {
+    transport->answer(ScriptedAnswer::json(R"({"error": "no", "code": 5})"));
+    endpoint->addPostFeedback("1", RecommendationBoost::Positive, noted());
+    ASSERT_TRUE(ended());
+    EXPECT_FALSE(outcome->success());
+    EXPECT_EQ(outcome->error()->code(), 5);
+}
+
+TEST_F(RecommendationsEndpointTest, WithoutCompletionSendsAndReportsNothing) {
+    transport->answer(ScriptedAnswer::json(R"({"error": "no", "code": 5})"));
+    endpoint->addPostFeedback("1", RecommendationBoost::Positive, {});
+    runFor(std::chrono::milliseconds(30));
+    EXPECT_EQ(transport->requests().size(), 1U);
+}
+
+TEST(RecommendationBoost, IsReadToTheLetter) {
+    EXPECT_EQ(recommendationBoostOf("positive"), RecommendationBoost::Positive);
+    EXPECT_EQ(recommendationBoostOf("neutral"), RecommendationBoost::Neutral);
+    EXPECT_EQ(recommendationBoostOf("negative"), RecommendationBoost::Negative);
+    for (const char* text : {"Positive", "", "positive ", "NEGATIVE"}) {
+        EXPECT_EQ(recommendationBoostOf(text), std::nullopt) << text;
+    }
+    EXPECT_EQ(rawValue(RecommendationBoost::Neutral), "neutral");
+}
+
+} // namespace KeloAPI

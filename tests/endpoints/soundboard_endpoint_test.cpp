@@ -1,0 +1,84 @@
+#include <KeloAPI/endpoints/SoundboardEndpoint.hpp>
+
+#include <KeloAPI/model/SoundboardSound.hpp>
+
+#include "support/MainLoop.hpp"
+#include "support/ScriptedSession.hpp"
+
+#include <gtest/gtest.h>
+#include <type_traits>
+
+namespace KeloAPI {
+
+using testing::runUntil;
+using testing::ScriptedAnswer;
+
+static_assert(!std::is_default_constructible_v<SoundboardSound>);
+
+class SoundboardEndpointTest : public testing::ScriptedSessionTest {
+protected:
+    using Sounds = std::vector<std::shared_ptr<SoundboardSound>>;
+
+    void fetch(const std::string& body) {
+        bool done = false;
+        transport->answer(ScriptedAnswer::json(body));
+        const auto handle = endpoint->fetchSounds([&](Sounds sent, std::optional<Error> sentError) {
+            sounds = std::move(sent);
+            error = std::move(sentError);
+            done = true;
+        });
+        EXPECT_NE(handle, nullptr);
+        EXPECT_TRUE(runUntil([&] { return done; }));
+    }
+
+    std::shared_ptr<SoundboardEndpoint> endpoint = SoundboardEndpoint::create(session);
+    Sounds sounds;
+    std::optional<Error> error;
+};
+
+TEST_F(SoundboardEndpointTest, ReadsAllSounds) {
+    fetch(R"({"data": {"records": [
+        {"soundId": 7, "name": "Airhorn", "soundUrl": "https://cdn.example/a.mp3",
+         "featured": true, "sourcePostId": 99},
+        {"soundId": "x"}]}})");
+    EXPECT_EQ(transport->requests().front().url->absoluteString(),
+              "https://service.example/soundboard");
+    EXPECT_EQ(transport->requests().front().method, Method::GET);
+    EXPECT_FALSE(error.has_value());
+    ASSERT_EQ(sounds.size(), 2U);
+    EXPECT_EQ(sounds[0]->soundId(), "7");
+    EXPECT_EQ(sounds[0]->name(), "Airhorn");
+    EXPECT_EQ(sounds[0]->soundUrl().absoluteString(), "https://cdn.example/a.mp3");
+    EXPECT_TRUE(sounds[0]->featured());
+    EXPECT_EQ(sounds[0]->sourcePostId(), "99");
+    EXPECT_EQ(sounds[1]->name(), "");
+    EXPECT_EQ(sounds[1]->soundUrl().absoluteString(), "");
+    EXPECT_FALSE(sounds[1]->featured());
+    EXPECT_EQ(sounds[1]->sourcePostId(), std::nullopt);
+}
+
+TEST_F(SoundboardEndpointTest, AnEmptySourceIsNoneAndAnUnusableAddressIsEmpty) {
+    fetch(R"({"data": {"records": [{"soundId": "x", "sourcePostId": "", "soundUrl": "no url",
+                                    "featured": "yes", "name": 5}]}})");
+    ASSERT_EQ(sounds.size(), 1U);
+    EXPECT_EQ(sounds[0]->sourcePostId(), std::nullopt);
+    EXPECT_EQ(sounds[0]->soundUrl(), URL::empty());
+    EXPECT_FALSE(sounds[0]->featured());
+    EXPECT_EQ(sounds[0]->name(), "");
+}
+
+TEST_F(SoundboardEndpointTest, OneSoundWithoutIdentifierFailsTheCall) {
+    fetch(R"({"data": {"records": [{"soundId": "x"}, {"name": "y"}]}})");
+    EXPECT_TRUE(sounds.empty());
+    ASSERT_TRUE(error.has_value());
+    EXPECT_EQ(error->localizedDescription(), "Unable to parse posts from response");
+    EXPECT_EQ(error->underlying()->code(), JsonParseError::InsufficientData);
+}
+
+TEST_F(SoundboardEndpointTest, AnEmptyListIsASuccess) {
+    fetch(R"({"data": {"records": []}})");
+    EXPECT_TRUE(sounds.empty());
+    EXPECT_FALSE(error.has_value());
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,66 @@
+#include <KeloAPI/endpoints/UserEndpoint.hpp>
+
+#include "support/MainLoop.hpp"
+#include "support/RegistrySession.hpp"
+
+#include <gtest/gtest.h>
+
+namespace KeloAPI {
+
+using testing::runUntil;
+using testing::ScriptedAnswer;
+
+class UserEndpointTest : public testing::RegistrySessionTest {
+protected:
+    UserResult follow(bool following, const std::string& body) {
+        std::optional<UserResult> outcome;
+        transport->answer(ScriptedAnswer::json(body));
+        endpoint->setFollowingOnTwitter(following,
+                                        [&](const UserResult& result) { outcome = result; });
+        EXPECT_TRUE(runUntil([&] { return outcome.has_value(); }));
+        return *outcome;
+    }
+    UserResult failedWith(int code) {
+        return follow(true, R"({"error": "no", "code": )" + std::to_string(code) + "}");
+    }
+
+    std::shared_ptr<UserEndpoint> endpoint = UserEndpoint::create("123");
+};
+
+TEST_F(UserEndpointTest, FollowsAndUnfollowsWithPost) {
+    EXPECT_EQ(endpoint->userId(), "123");
+    EXPECT_TRUE(follow(true, R"({"data": {}})").success());
+    EXPECT_EQ(lastRequest().method, Method::POST);
+    EXPECT_EQ(lastRequest().url->absoluteString(),
+              "https://service.example/users/123/follow-on-twitter");
+    EXPECT_FALSE(lastRequest().body.has_value());
+    EXPECT_TRUE(follow(false, R"({"data": {}})").success());
+    EXPECT_EQ(lastRequest().method, Method::POST);
+    EXPECT_EQ(lastRequest().url->absoluteString(),
+              "https://service.example/users/123/unfollow-on-twitter");
+}
+
+TEST_F(UserEndpointTest, Codes230And231CountAsSuccess) {
+    EXPECT_TRUE(failedWith(230).success());
+    EXPECT_TRUE(failedWith(231).success());
+}
+
+TEST_F(UserEndpointTest, OtherErrorsArePassedOn) {
+    for (const int code : {-1, 0, 100, 229, 232}) {
+        const auto result = failedWith(code);
+        ASSERT_TRUE(result.error()) << code;
+        EXPECT_EQ(result.error()->code(), code);
+    }
+    EXPECT_EQ(delegate->reauthCount, 1);
+}
+
+TEST_F(UserEndpointTest, OnlyTheServicesStatusCodeCounts) {
+    // An error of another domain may have the same number.
+    transport->answer(ScriptedAnswer::failure(Error("KeloAPI.HTTP", 230)));
+    std::optional<UserResult> outcome;
+    endpoint->setFollowingOnTwitter(true, [&](const UserResult& result) { outcome = result; });
+    ASSERT_TRUE(runUntil([&] { return outcome.has_value(); }));
+    EXPECT_TRUE(outcome->error());
+}
+
+} // namespace KeloAPI

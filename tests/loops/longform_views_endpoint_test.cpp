@@ -1,0 +1,122 @@
+#include <KeloAPI/loops/LongformViewsEndpoint.hpp>
+
+#include <KeloAPI/loops/KLLongformViews.hpp>
+
+#include "support/MainLoop.hpp"
+#include "support/RegistrySession.hpp"
+
+#include <charconv>
+#include <gtest/gtest.h>
+#include <random>
+
+namespace KeloAPI {
+
+using testing::runUntil;
+using testing::ScriptedAnswer;
+
+class LongformViewsEndpointTest : public testing::RegistrySessionTest {
+protected:
+    void fetch(const std::string& body) {
+        bool done = false;
+        transport->answer(ScriptedAnswer::json(body));
+        endpoint->fetchViews(
+            [&](std::shared_ptr<KLLongformViews> sent, std::optional<Error> sentError) {
+                views = std::move(sent);
+                error = std::move(sentError);
+                done = true;
+            });
+        EXPECT_TRUE(runUntil([&] { return done; }));
+    }
+    void submit(const std::string& body) {
+        bool done = false;
+        transport->answer(ScriptedAnswer::json(body));
+        endpoint->submitView([&](std::optional<Error> sentError) {
+            error = std::move(sentError);
+            done = true;
+        });
+        EXPECT_TRUE(runUntil([&] { return done; }));
+    }
+
+    std::shared_ptr<LongformViewsEndpoint> endpoint = LongformViewsEndpoint::create("abc");
+    std::shared_ptr<KLLongformViews> views;
+    std::optional<Error> error;
+};
+
+TEST_F(LongformViewsEndpointTest, ReadsViews) {
+    EXPECT_EQ(endpoint->path(), "/longforms/abc/views");
+    fetch(R"({"data": {"longformId": "abc", "count": 12}})");
+    EXPECT_EQ(lastRequest().method, Method::GET);
+    EXPECT_EQ(lastRequest().url->absoluteString(),
+              "https://service.example/longforms/abc/views");
+    EXPECT_FALSE(lastRequest().body.has_value());
+    ASSERT_NE(views, nullptr);
+    EXPECT_EQ(views->longformId(), "abc");
+    EXPECT_EQ(views->count(), 12);
+    EXPECT_FALSE(error.has_value());
+}
+
+TEST_F(LongformViewsEndpointTest, WithoutAnItemThereAreNoViewsAndNoError) {
+    fetch(R"({"data": {}})");
+    EXPECT_EQ(views, nullptr);
+    EXPECT_FALSE(error.has_value());
+}
+
+TEST_F(LongformViewsEndpointTest, RequiredKeysThatAreMissingOrMistypedFail) {
+    for (const char* data :
+         {R"({"longformId": "abc", "count": "12"})", R"({"longformId": "abc"})",
+          R"({"longformId": 5, "count": 12})", R"({"count": 12})",
+          R"({"longformId": "abc", "count": null})"}) {
+        fetch(std::string(R"({"data": )") + data + "}");
+        EXPECT_EQ(views, nullptr) << data;
+        ASSERT_TRUE(error.has_value()) << data;
+        EXPECT_EQ(error->underlying()->code(), JsonParseError::InsufficientData) << data;
+    }
+}
+
+TEST_F(LongformViewsEndpointTest, SubmitsTheInstantAsText) {
+    const double before = timeIntervalSince1970(now());
+    submit(R"({"data": {}})");
+    EXPECT_FALSE(error.has_value());
+    EXPECT_EQ(lastRequest().method, Method::POST);
+    EXPECT_EQ(lastRequest().url->path(), "/longforms/abc/views");
+    const auto document = JsonDocument::parse(lastBody());
+    const auto body = *document.value().root().object();
+    EXPECT_EQ(body.size(), 1U);
+    const auto timestamp = body["timestamp"].text();
+    ASSERT_TRUE(timestamp.has_value());
+    EXPECT_NE(timestamp->find('.'), std::string_view::npos);
+    EXPECT_GE(std::stod(std::string(*timestamp)), before);
+}
+
+TEST_F(LongformViewsEndpointTest, ReadingAndReportingMayAlternate) {
+    submit(R"({"data": {}})");
+    fetch(R"({"data": {"longformId": "abc", "count": 1}})");
+    EXPECT_EQ(lastRequest().method, Method::GET);
+    EXPECT_EQ(lastRequest().url->query(), std::nullopt);
+    EXPECT_FALSE(lastRequest().body.has_value());
+    submit(R"({"error": "no", "code": 3})");
+    EXPECT_EQ(error->code(), 3);
+}
+
+TEST(DecimalText, HasAPointAndNoExponent) {
+    EXPECT_EQ(detail::decimalText(1447545600.25), "1447545600.25");
+    EXPECT_EQ(detail::decimalText(1447545600), "1447545600.0");
+    EXPECT_EQ(detail::decimalText(0), "0.0");
+    EXPECT_EQ(detail::decimalText(1e22), "10000000000000000000000.0");
+    EXPECT_EQ(detail::decimalText(1e-7), "0.0000001");
+    EXPECT_EQ(detail::decimalText(-0.5), "-0.5");
+}
+
+TEST(DecimalText, ReadsBackAsTheSameNumber) {
+    std::mt19937_64 random(1);
+    std::uniform_real_distribution<double> instants(0, 4e9);
+    for (int i = 0; i < 10000; ++i) {
+        const double value = instants(random);
+        const std::string text = detail::decimalText(value);
+        double back = 0;
+        std::from_chars(text.data(), text.data() + text.size(), back);
+        ASSERT_EQ(back, value) << text;
+    }
+}
+
+} // namespace KeloAPI

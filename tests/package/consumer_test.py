@@ -1,0 +1,67 @@
+"""A host of a few lines takes the library in, builds and runs, in each of the usual ways."""
+
+import os
+import pathlib
+import shlex
+import unittest
+
+import package
+
+CONSUMER = package.SOURCE / "tests" / "package" / "consumer"
+SAYS = "1 post read\n"
+
+
+class InstalledConsumer(unittest.TestCase):
+    def test_find_package(self):
+        build = package.fresh(package.WORK / "find_package")
+        package.configure(CONSUMER, build, f"-DCMAKE_PREFIX_PATH={package.MOVED}")
+        package.run("cmake", "--build", build)
+        self.assertEqual(package.run(build / "consumer"), SAYS)
+
+    def test_package_asks_for_no_other(self):
+        folder = package.installed("KeloAPIConfig.cmake").parent
+        texts = "".join(path.read_text() for path in folder.glob("*.cmake"))
+        self.assertNotRegex(texts, "(?i)find_dependency|CURL::|OpenSSL::|simdjson|uriparser")
+
+    def test_refuses_another_major_version(self):
+        project = package.fresh(package.WORK / "wrong_version")
+        (project / "CMakeLists.txt").write_text(
+            "cmake_minimum_required(VERSION 3.25)\nproject(wrong LANGUAGES CXX)\n"
+            "find_package(KeloAPI 99 CONFIG REQUIRED)\n"
+        )
+        with self.assertRaisesRegex(AssertionError, "99"):
+            package.configure(
+                project, project / "build", f"-DCMAKE_PREFIX_PATH={package.MOVED}"
+            )
+
+    def test_pkg_config(self):
+        file = package.installed("kelo-api.pc")
+        environment = {**os.environ, "PKG_CONFIG_PATH": str(file.parent)}
+        flags = package.run("pkg-config", "--cflags", "--libs", "kelo-api", env=environment)
+        made = package.fresh(package.WORK / "pkg_config") / "consumer"
+        library = pathlib.Path(
+            package.run("pkg-config", "--variable=libdir", "kelo-api", env=environment).strip()
+        )
+        package.run(
+            package.CXX, "-std=c++20", CONSUMER / "main.cpp", "-o", made, *shlex.split(flags),
+            f"-Wl,-rpath,{library.resolve()}",
+        )
+        self.assertEqual(package.run(made), SAYS)
+
+
+class SubdirectoryConsumer(unittest.TestCase):
+    def test_add_subdirectory(self):
+        build = package.WORK / "add_subdirectory"
+        package.configure(CONSUMER, build, f"-DKELO_SOURCE_DIR={package.SOURCE}")
+        package.run("cmake", "--build", build, "--target", "consumer")
+        self.assertEqual(package.run(build / "consumer"), SAYS)
+
+    def test_brings_nothing_but_the_library(self):
+        targets = package.run(
+            "ninja", "-C", package.WORK / "add_subdirectory", "-t", "targets", "all"
+        )
+        self.assertNotRegex(targets, "(?m)^(kelo|kelo-service|consumer-tests|bench-.*):")
+
+
+if __name__ == "__main__":
+    unittest.main()

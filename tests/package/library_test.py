@@ -1,0 +1,91 @@
+"""What the release library shows to the linker and the loader."""
+
+import re
+import shutil
+import unittest
+
+import package
+
+# Demangled names of what belongs to KeloAPI: its functions and data, and what the compiler makes of
+# its classes.
+OURS = re.compile(
+    r"(typeinfo for |typeinfo name for |vtable for |VTT for |construction vtable for "
+    r"|non-virtual thunk to |virtual thunk to )?KeloAPI::"
+)
+
+# What the library may load: its stated dependencies and the compiler's run time.
+NEEDED = {
+    "libcurl.so.4", "libssl.so.3", "libcrypto.so.3", "libsimdjson.so.14", "liburiparser.so.1",
+    "libstdc++.so.6", "libgcc_s.so.1", "libm.so.6", "libc.so.6",
+}
+
+MOST_BYTES = 1_500_000
+
+
+def dynamic(tag):
+    """The values of one tag of the library's dynamic section."""
+    lines = package.run("readelf", "--dynamic", "--wide", package.LIBRARY)
+    return re.findall(rf"\({tag}\).*\[(.*)\]", lines)
+
+
+def initialiser_sections(path):
+    """The sections of an object file through which code would run at load time."""
+    sections = package.run("readelf", "--section-headers", "--wide", path)
+    return re.findall(r"\s(\.(?:preinit_array|init_array|ctors)\S*)", sections)
+
+
+class Library(unittest.TestCase):
+    def test_exports_only_its_own_names(self):
+        lines = package.run("nm", "-DC", "--defined-only", package.LIBRARY).splitlines()
+        names = [line.split(maxsplit=2)[2] for line in lines]
+        self.assertGreater(len(names), 100)
+        self.assertEqual([name for name in names if not OURS.match(name)], [])
+
+    def test_exports_what_hosts_call(self):
+        names = package.run("nm", "-DC", "--defined-only", package.LIBRARY)
+        for name in ("KeloAPI::TimelineEndpoint::create", "KeloAPI::MainQueue::main()",
+                     "typeinfo for KeloAPI::JsonParseError", "vtable for KeloAPI::KLWatchPost"):
+            self.assertIn(name, names)
+
+    def test_hides_its_machinery(self):
+        names = package.run("nm", "-DC", "--defined-only", package.LIBRARY)
+        self.assertNotRegex(names, "(?i)curl|openssl|simdjson|uriparser")
+
+    def test_is_small(self):
+        stripped = package.WORK / "stripped.so"
+        package.run("strip", "-o", stripped, package.LIBRARY)
+        size = stripped.stat().st_size
+        print(f"stripped: {size} bytes")
+        self.assertLessEqual(size, MOST_BYTES)
+
+    def test_runs_nothing_at_load_time(self):
+        objects = list((package.BUILD / "KeloAPI").rglob("*.o"))
+        sources = list((package.SOURCE / "KeloAPI").rglob("*.cpp"))
+        self.assertEqual(len(objects), len(sources))
+        guilty = {str(path): initialiser_sections(path) for path in objects}
+        self.assertEqual({path: found for path, found in guilty.items() if found}, {})
+
+    def test_sees_an_initialiser_where_there_is_one(self):
+        source = package.WORK / "initialiser.cpp"
+        source.write_text("#include <string>\nstd::string text(100, 'x');\n")
+        made = source.with_suffix(".o")
+        package.run(package.CXX, "-O2", "-c", source, "-o", made)
+        self.assertNotEqual(initialiser_sections(made), [])
+
+    def test_soname_carries_the_major_version(self):
+        project = (package.SOURCE / "CMakeLists.txt").read_text()
+        major = re.search(r"project\(KeloAPI VERSION (\d+)", project)[1]
+        self.assertEqual(dynamic("SONAME"), [f"libKeloAPI.so.{major}"])
+
+    def test_loads_only_what_is_stated(self):
+        needed = {name for name in dynamic("NEEDED") if not name.startswith("ld-linux")}
+        self.assertEqual(needed - NEEDED, set())
+        self.assertIn("libcurl.so.4", needed)
+
+    def test_has_no_path_of_the_build_inside(self):
+        self.assertEqual(dynamic("RUNPATH") + dynamic("RPATH"), [])
+        self.assertIsNotNone(shutil.which("readelf"))
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,125 @@
+#include "support/RawClient.hpp"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <openssl/err.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <stdexcept>
+#include <utility>
+
+namespace KeloServiceTest {
+namespace {
+
+constexpr unsigned char offered[] = {2, 'h', '2', 8, 'h', 't', 't', 'p', '/', '1', '.', '1'};
+
+RawClient::End endOf(SSL* ssl, int result) {
+    const int systemError = errno;
+    switch (SSL_get_error(ssl, result)) {
+    case SSL_ERROR_ZERO_RETURN:
+        return RawClient::End::Closed;
+    case SSL_ERROR_WANT_READ:
+        return RawClient::End::Silent;
+    case SSL_ERROR_SSL:
+        return RawClient::End::Truncated;
+    default:
+        return systemError == ECONNRESET ? RawClient::End::Reset : RawClient::End::Truncated;
+    }
+}
+
+} // namespace
+
+RawClient::RawClient(int port)
+    : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
+    , context_(SSL_CTX_new(TLS_client_method())) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<std::uint16_t>(port));
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    if (::connect(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+        throw std::runtime_error("cannot connect");
+    }
+    const int on = 1;
+    setsockopt(socket_, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    setPatience(5000);
+    SSL_CTX_set_alpn_protos(context_, offered, sizeof offered);
+    ssl_ = SSL_new(context_);
+    SSL_set_fd(ssl_, socket_);
+    if (SSL_connect(ssl_) != 1) {
+        leave();
+    }
+}
+
+RawClient::RawClient(RawClient&& other) noexcept
+    : socket_(std::exchange(other.socket_, -1))
+    , context_(std::exchange(other.context_, nullptr))
+    , ssl_(std::exchange(other.ssl_, nullptr)) {}
+
+RawClient::~RawClient() {
+    leave();
+}
+
+void RawClient::leave() {
+    SSL_free(std::exchange(ssl_, nullptr));
+    SSL_CTX_free(std::exchange(context_, nullptr));
+    if (socket_ >= 0) {
+        ::close(std::exchange(socket_, -1));
+    }
+}
+
+void RawClient::setPatience(int milliseconds) const {
+    const timeval patience{milliseconds / 1000, (milliseconds % 1000) * 1000};
+    setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+}
+
+void RawClient::send(const std::string& bytes) {
+    SSL_write(ssl_, bytes.data(), static_cast<int>(bytes.size()));
+}
+
+RawClient::Received RawClient::readAll(int silentMilliseconds) {
+    setPatience(silentMilliseconds);
+    Received received;
+    char buffer[16384];
+    for (;;) {
+        ERR_clear_error();
+        errno = 0;
+        const int count = SSL_read(ssl_, buffer, sizeof buffer);
+        if (count <= 0) {
+            received.end = endOf(ssl_, count);
+            return received;
+        }
+        received.bytes.append(buffer, static_cast<std::size_t>(count));
+    }
+}
+
+std::string RawClient::readAnswer() {
+    setPatience(5000);
+    std::string answer;
+    std::size_t wanted = std::string::npos;
+    char buffer[16384];
+    while (answer.size() < wanted) {
+        const int count = SSL_read(ssl_, buffer, sizeof buffer);
+        if (count <= 0) {
+            break;
+        }
+        answer.append(buffer, static_cast<std::size_t>(count));
+        const std::size_t headEnd = answer.find("\r\n\r\n");
+        const std::size_t length = answer.find("Content-Length: ");
+        if (headEnd != std::string::npos && length < headEnd) {
+            wanted = headEnd + 4 + std::stoul(answer.substr(length + 16));
+        }
+    }
+    return answer;
+}
+
+std::string RawClient::applicationProtocol() const {
+    const unsigned char* name = nullptr;
+    unsigned int length = 0;
+    SSL_get0_alpn_selected(ssl_, &name, &length);
+    return {reinterpret_cast<const char*>(name), length};
+}
+
+} // namespace KeloServiceTest
