@@ -1,0 +1,595 @@
+"""kelo, the examples and the tour, run as programs against a real kelo-service."""
+
+import json
+import os
+import shutil
+import signal
+import socket
+import subprocess
+import tempfile
+import time
+import unittest
+import unicodedata
+
+from console import Console
+from service import BIN, KEY, Service
+
+KELO = f"{BIN}/kelo"
+PASSWORD = "loop-the-loop"
+USER_FIELDS = {"username", "loopData"}
+POST_FIELDS = {"postId", "user", "caption", "created", "videoUrl", "thumbnailUrl", "liked",
+               "rekeloed", "currentUserRekelo"}
+
+
+def environment(**more):
+    """The caller's, without what would steer kelo elsewhere."""
+    kept = {name: value for name, value in os.environ.items()
+            if not name.startswith("KELO_") and not name.lower().endswith("_proxy")}
+    return {**kept, "LC_ALL": "C.UTF-8", "TERM": "xterm", **more}
+
+
+class Case(unittest.TestCase):
+    maxDiff = None
+
+    @classmethod
+    def setUpClass(cls):
+        cls.service = Service()
+        cls.environment = environment(KELO_HOST=cls.service.host)
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.service.stop()
+
+    def setUp(self):
+        self.service.forget()
+
+    def run_program(self, program, *arguments, **more):
+        return subprocess.run([program, *arguments], stdin=subprocess.DEVNULL,
+                              capture_output=True, text=True, timeout=60,
+                              env={**self.environment, **more})
+
+    def kelo(self, *arguments, **more):
+        return self.run_program(KELO, *arguments, **more)
+
+    def succeeds(self, *arguments, **more):
+        done = self.kelo(*arguments, **more)
+        self.assertEqual((done.returncode, done.stderr), (0, ""), done)
+        return done.stdout
+
+    def fails(self, code, line, *arguments, **more):
+        """Nothing on standard output, exactly one line on standard error."""
+        done = self.kelo(*arguments, **more)
+        self.assertEqual((done.returncode, done.stdout), (code, ""), done)
+        self.assertEqual(done.stderr.count("\n"), 1, done.stderr)
+        self.assertTrue(done.stderr.startswith("kelo: "), done.stderr)
+        self.assertIn(line, done.stderr)
+
+    def console(self, *arguments, columns=0):
+        return Console([KELO, *arguments], self.environment, columns)
+
+
+class Usage(Case):
+    def test_help_and_version_need_no_service(self):
+        for arguments in (["--help"], ["me", "--help"], ["timeline", "--help"]):
+            text = self.succeeds(*arguments, KELO_HOST="localhost:1")
+            self.assertIn("Usage: kelo", text)
+        self.assertRegex(self.succeeds("--version"), r"^kelo \d+\.\d+\.\d+\n$")
+        self.assertEqual(self.service.requests("/users/me"), [])
+
+    def test_help_names_commands_options_and_exit_codes(self):
+        text = self.succeeds("--help")
+        for word in ("me", "timeline", "serve", "--host", "--session", "--user", "--password",
+                     "--language", "--verbose", "--json", "--no-input", "KELO_HOST",
+                     "KELO_SESSION", KEY, "130"):
+            self.assertIn(word, text)
+
+    def test_bad_command_lines(self):
+        newline = "--language=a\nb"
+        for arguments, line in (
+                ([], "a command is needed"),
+                (["dance"], "dance"),
+                (["me", "you"], "you"),
+                (["me", "--loud"], "--loud"),
+                (["--host"], "--host"),
+                (["--host", "", "me"], "HOST or HOST:PORT"),
+                (["--host", "https://localhost", "me"], "HOST or HOST:PORT"),
+                (["--host", "a b", "me"], "HOST or HOST:PORT"),
+                (["--host", "localhost:", "me"], "HOST or HOST:PORT"),
+                (["--host", "localhost:0", "me"], "HOST or HOST:PORT"),
+                (["--host", "localhost:65536", "me"], "HOST or HOST:PORT"),
+                (["--host", "localhost:web", "me"], "HOST or HOST:PORT"),
+                (["--host", "localhost/x", "me"], "HOST or HOST:PORT"),
+                (["--host", "u@localhost", "me"], "HOST or HOST:PORT"),
+                (["--host", "localhost//", "me"], "HOST or HOST:PORT"),
+                (["--session", "ключ", "me"], "--session"),
+                ([newline, "me"], "--language"),
+                (["--password", "x", "me"], "--user"),
+                (["timeline"], "PATH"),
+                (["timeline", ""], "PATH"),
+                (["timeline", "a", "b"], "b"),
+                (["timeline", "https://localhost/timelines/a"], "is a URL"),
+                (["timeline", "a", "--pages", "0"], "--pages"),
+                (["timeline", "a", "--pages", "-1"], "--pages"),
+                (["timeline", "a", "--pages", "many"], "--pages"),
+                (["timeline", "a", "--pages", "99999999999999999999"], "--pages"),
+                (["timeline", "a", "--size", "0"], "--size"),
+                (["timeline", "a", "--size", "1001"], "--size"),
+                (["timeline", "a", "--all", "--pages", "2"], "--all"),
+                (["me", "timeline", "a"], "timeline")):
+            with self.subTest(arguments=arguments):
+                self.fails(2, line, *arguments)
+
+    def test_bad_environment(self):
+        self.fails(2, "HOST or HOST:PORT", "me", KELO_HOST="not a host")
+        self.fails(2, "--session", "me", KELO_SESSION="a\tb")
+
+
+class Reading(Case):
+    def test_me(self):
+        self.assertRegex(self.succeeds("me"), r"^mara\n[\d,]+ loops, [\d.]+ more each second\n$")
+
+    def test_me_as_json(self):
+        text = self.succeeds("me", "--json")
+        self.assertEqual(text.count("\n"), 1)
+        user = json.loads(text)
+        self.assertEqual(set(user), USER_FIELDS)
+        self.assertEqual(user["username"], "mara")
+        self.assertEqual(set(user["loopData"]), {"count", "velocity", "created", "onFire"})
+
+    def test_what_identifies_the_program(self):
+        self.succeeds("--language", "pt-PT", "me")
+        headers = self.service.requests("/users/me")[0][1]
+        self.assertEqual(headers["Accept-Language"], "pt-PT")
+        self.assertRegex(headers["User-Agent"], r"^kelo/\d")
+        self.assertRegex(headers["X-Kelo-Client"], r"^command-line/\d")
+        self.assertEqual(headers["kelo-session-id"], KEY)
+        self.assertNotIn("X-Kelo-Polling", headers)
+
+    def test_empty_values_send_no_header(self):
+        self.succeeds("--language", "", "--session", "", "timeline", "popular")
+        headers = self.service.requests("/timelines/popular")[0][1]
+        self.assertNotIn("Accept-Language", headers)
+        self.assertNotIn("kelo-session-id", headers)
+
+    def test_host_and_session_from_options_and_environment(self):
+        key = self.service.session("kofi")
+        self.assertIn("kofi", self.succeeds("me", KELO_SESSION=key))
+        # The option outranks the environment, and may stand behind the command.
+        self.assertIn("mara", self.succeeds("me", "--session", KEY, KELO_SESSION=key))
+        self.assertIn("mara", self.succeeds("me", "--host", self.service.host,
+                                            KELO_HOST="localhost:1"))
+        address = self.service.host.replace("localhost", "127.0.0.1")
+        self.assertIn("mara", self.succeeds("me", "--host", address))
+
+    def test_timeline_columns(self):
+        lines = self.succeeds("timeline", "popular", "--size", "40").splitlines()
+        self.assertEqual(len(lines), 40)
+        for line in lines:
+            self.assertRegex(line, r"^\d{4}-\d\d-\d\d \d\d:\d\d  \S+ +[\d,]+ loops  [♥ ]?[↻ ]?")
+        # None of the seeded names holds a wide character: columns are characters here.
+        self.assertEqual(len({line.index(" loops") for line in lines}), 1, "not aligned")
+        self.assertTrue(any("♥" in line[:70] for line in lines))
+
+    def test_timeline_default_page(self):
+        self.assertEqual(len(self.succeeds("timeline", "popular").splitlines()), 5)
+        query = self.service.requests("/timelines/popular")[0][0]
+        self.assertEqual(query, "c_max=3&c_overflow=trunc&l_max=3&l_overflow=trunc&size=5")
+
+    def test_timeline_as_json(self):
+        posts = [json.loads(line) for line in
+                 self.succeeds("timeline", "popular", "--size", "50", "--json").splitlines()]
+        self.assertEqual(len(posts), 50)
+        for post in posts:
+            self.assertEqual(set(post), POST_FIELDS)
+            self.assertEqual(set(post["user"]), USER_FIELDS)
+            self.assertRegex(post["created"], r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z$")
+            self.assertIs(type(post["liked"]), bool)
+            self.assertEqual(post["rekeloed"], post["currentUserRekelo"] is not None)
+            self.assertIn(".mp4", post["videoUrl"])
+        self.assertTrue(any(post["rekeloed"] for post in posts))
+
+    def test_text_and_json_say_the_same(self):
+        text = self.succeeds("timeline", "latest", "--size", "30").splitlines()
+        posts = [json.loads(line) for line in
+                 self.succeeds("timeline", "latest", "--size", "30", "--json").splitlines()]
+        for line, post in zip(text, posts, strict=True):
+            created = post["created"][:16].replace("T", " ")
+            self.assertTrue(line.startswith(f"{created}  {post['user']['username']} "), line)
+            caption = "".join(" " if unicodedata.category(c) == "Cc" else c
+                              for c in post["caption"])
+            self.assertTrue(line.rstrip().endswith(caption.rstrip()), (line, caption))
+            self.assertEqual("♥" in line.split(" loops")[1][:6], post["liked"])
+
+    def test_pages(self):
+        for feed in ("all", "popular", "latest", "channels/1"):
+            with self.subTest(feed=feed):
+                ids = [json.loads(line)["postId"] for line in self.succeeds(
+                    "timeline", feed, "--pages", "3", "--size", "7", "--json").splitlines()]
+                self.assertEqual(len(ids), 21)
+                self.assertEqual(len(set(ids)), 21)
+                self.assertEqual(len(self.service.requests(f"/timelines/{feed}")), 3)
+
+    def test_all(self):
+        text = self.succeeds("timeline", "editors-picks", "--all", "--size", "10", "--json")
+        ids = [json.loads(line)["postId"] for line in text.splitlines()]
+        self.assertEqual(len(ids), len(set(ids)))
+        self.assertEqual(len(self.service.requests("/timelines/editors-picks")),
+                         -(-len(ids) // 10))
+        # More pages than there are is no error.
+        self.assertEqual(len(self.succeeds("timeline", "editors-picks", "--pages", "99",
+                                           "--size", "10").splitlines()), len(ids))
+
+    def test_empty_feed(self):
+        self.assertEqual(self.succeeds("timeline", "empty", "--all"), "This feed is empty.\n")
+        self.assertEqual(self.succeeds("timeline", "empty", "--json"), "")
+
+    def test_path_is_escaped(self):
+        self.succeeds("timeline", "tags/#cats")
+        self.assertEqual(len(self.service.requests("/timelines/tags/%23cats")) +
+                         len(self.service.requests("/timelines/tags/#cats")), 1)
+
+    def test_diagnostics_only_when_asked_for(self):
+        done = self.kelo("--verbose", "--json", "me")
+        self.assertEqual(done.returncode, 0)
+        self.assertEqual(done.stderr, f"GET https://{self.service.host}/users/me\n")
+        json.loads(done.stdout)
+        self.assertNotIn(KEY, done.stderr)
+
+    def test_hostile_captions_stay_harmless(self):
+        record = {"postId": 1, "username": "x\x1b[31m", "liked": True,
+                  "description": "a\x1b]0;t\x07b\nc\u202ed\u009be"}
+        self.service.fault("/timelines/popular", type="body",
+                           body=json.dumps({"data": {"records": [record]}}))
+        text = self.succeeds("timeline", "popular")
+        self.assertEqual(text.count("\n"), 1)
+        self.assertFalse(any(unicodedata.category(c) in ("Cc", "Cf") for c in text.rstrip("\n")))
+        self.assertIn("a ]0;t b cd e", text)
+        self.assertTrue(text.startswith("----------------  x [31m"), text)
+
+    def test_an_output_that_cannot_be_written(self):
+        with open("/dev/full", "w", encoding="utf-8") as full:
+            done = subprocess.run([KELO, "me"], stdout=full, stderr=subprocess.PIPE, text=True,
+                                  timeout=60, env=self.environment)
+        self.assertEqual((done.returncode, done.stderr),
+                         (1, "kelo: the output cannot be written\n"))
+
+
+class Failures(Case):
+    def test_no_service(self):
+        with socket.socket() as unused:
+            unused.bind(("127.0.0.1", 0))
+            host = f"localhost:{unused.getsockname()[1]}"
+        self.fails(1, f"cannot connect to {host} – is the service running? (kelo serve)",
+                   "--host", host, "me")
+
+    def test_no_such_host(self):
+        self.fails(1, "there is no host named nowhere.invalid", "--host", "nowhere.invalid", "me")
+
+    def test_another_certificate(self):
+        with tempfile.TemporaryDirectory() as folder:
+            subprocess.run(["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt",
+                            "ec_paramgen_curve:P-256", "-nodes", "-days", "2", "-subj",
+                            "/CN=localhost", "-addext", "subjectAltName=DNS:localhost",
+                            "-keyout", f"{folder}/key", "-out", f"{folder}/pem"],
+                           check=True, capture_output=True)
+            other = subprocess.Popen([f"{BIN}/kelo-service", "--port", "0", "--exit-with-parent",
+                                      "--certificate", f"{folder}/pem", "--key", f"{folder}/key"],
+                                     stdout=subprocess.PIPE, text=True)
+            try:
+                host = other.stdout.readline().split("https://")[1].strip()
+                self.fails(1, f"the server at {host} cannot prove that it is the service",
+                           "--host", host, "me")
+            finally:
+                other.terminate()
+                other.wait(timeout=20)
+                other.stdout.close()
+
+    def test_unknown_feed(self):
+        self.fails(1, "the service says: There is nothing at this address", "timeline", "nope")
+
+    def test_service_error(self):
+        self.service.fault("/users/me", type="error", code=777, message="Later,\nplease\x1b[2J")
+        self.fails(1, "the service says: Later, please [2J", "me")
+
+    def test_garbage(self):
+        for body in ("", "<html>", "[1]", "{}", '{"data": 5}'):
+            with self.subTest(body=body):
+                self.service.fault("/users/me", type="body", body=body)
+                self.fails(1, "does not answer as the service does", "me")
+
+    def test_broken_connection(self):
+        self.service.fault("/users/me", type="close", afterBytes=250, abrupt=True)
+        self.fails(1, "broke off", "me")
+
+    def test_failure_on_a_later_page_keeps_what_came(self):
+        self.service.control("POST", "_service/faults", {
+            "match": {"path": "/timelines/all"}, "skip": 1,
+            "action": {"type": "error", "code": 5, "message": "No more"}})
+        done = self.kelo("timeline", "all", "--all", "--size", "8")
+        self.assertEqual((done.returncode, done.stderr), (1, "kelo: the service says: No more\n"))
+        self.assertEqual(len(done.stdout.splitlines()), 8)
+
+    def test_verbose_tells_what_lies_behind(self):
+        self.service.fault("/users/me", type="body", body="<html>")
+        done = self.kelo("--verbose", "me")
+        self.assertEqual(done.returncode, 1)
+        self.assertIn("KeloAPI.HTTP 11", done.stderr)
+
+
+class SignIn(Case):
+    """Without a terminal: standard input is not one."""
+
+    def test_refused_sessions(self):
+        hint = "(give --user and --password, or another --session)"
+        self.fails(3, f"This session is not known {hint}", "--session", "bad", "me")
+        self.fails(3, f"Please sign in {hint}", "--session", "", "me")
+        self.fails(3, f"Your session has expired, please sign in again {hint}",
+                   "--session", self.service.expired_session(), "me")
+
+    def test_user_and_password(self):
+        self.assertIn("kofi", self.succeeds("--user", "kofi", "--password", PASSWORD, "me"))
+        self.assertEqual(len(self.service.requests("/sessions")), 1)
+        # Signed in first: the default session is not even tried.
+        self.assertEqual(len(self.service.requests("/users/me")), 1)
+
+    def test_expired_session_is_replaced_and_the_call_repeated(self):
+        key = self.service.expired_session()
+        self.assertIn("kofi", self.succeeds("--session", key, "--user", "kofi", "--password",
+                                            PASSWORD, "me"))
+        calls = self.service.requests("/users/me")
+        self.assertEqual(len(calls), 2)
+        self.assertEqual(calls[0][1]["kelo-session-id"], key)
+        self.assertNotEqual(calls[1][1]["kelo-session-id"], key)
+
+    def test_expiry_between_two_pages(self):
+        self.service.control("POST", "_service/faults", {
+            "match": {"path": "/timelines/home"}, "skip": 1,
+            "action": {"type": "error", "code": 103, "message": "Expired"}})
+        text = self.succeeds("--session", KEY, "--user", "mara", "--password", PASSWORD,
+                             "timeline", "home", "--pages", "3", "--size", "6", "--json")
+        ids = [json.loads(line)["postId"] for line in text.splitlines()]
+        self.assertEqual((len(ids), len(set(ids))), (18, 18))
+        self.assertEqual(len(self.service.requests("/timelines/home")), 4)
+
+    def test_wrong_password(self):
+        self.fails(3, "The user name or the password is wrong",
+                   "--user", "kofi", "--password", "no", "me")
+        self.assertEqual(len(self.service.requests("/sessions")), 1)
+        self.assertEqual(self.service.requests("/users/me"), [])
+
+    def test_a_service_that_keeps_refusing(self):
+        self.service.control("POST", "_service/faults", {
+            "match": {"path": "/users/me"}, "times": 0,
+            "action": {"type": "error", "code": 100, "message": "Sign in"}})
+        self.fails(3, "Sign in", "--session", "x", "--user", "kofi", "--password", PASSWORD, "me")
+        self.assertEqual(len(self.service.requests("/sessions")), 1)
+        self.assertEqual(len(self.service.requests("/users/me")), 2)
+
+    def test_signing_in_fails_otherwise(self):
+        self.service.fault("/sessions", type="body", body="{}")
+        self.fails(1, "does not answer as the service does",
+                   "--user", "kofi", "--password", PASSWORD, "me")
+        self.service.fault("/sessions", type="body", body='{"data": {"key": 5}}')
+        self.fails(1, "does not answer as the service does",
+                   "--user", "kofi", "--password", PASSWORD, "me")
+        self.service.fault("/sessions", type="body", body='{"data": {}}')
+        self.fails(1, "gave no session", "--user", "kofi", "--password", PASSWORD, "me")
+
+    def test_user_without_password(self):
+        self.fails(3, "nobody is signed in", "--user", "kofi", "me")
+
+    def test_captcha(self):
+        key, url = self.service.captcha_session()
+        self.fails(3, f"the service asks for a captcha at {url}", "--session", key, "me")
+        self.assertEqual(len(self.service.requests("/users/me")), 1)
+
+
+class Terminal(Case):
+    """With a terminal, and somebody at it."""
+
+    def finishes(self, console, code):
+        self.assertEqual(console.finish(), code, console.output)
+
+    def test_sign_in_again(self):
+        key = self.service.expired_session()
+        console = self.console("--session", key, "me")
+        console.expect("Your session has expired, please sign in again.")
+        console.expect("User name (empty to give up): ")
+        console.type("kofi\n")
+        console.expect("Password of kofi: ")
+        console.expect_echo(False)
+        console.type(PASSWORD + "\n")
+        self.finishes(console, 0)
+        self.assertIn("loops", console.output)
+        self.assertNotIn(PASSWORD, console.output)
+        self.assertEqual(len(self.service.requests("/users/me")), 2)
+
+    def test_second_try(self):
+        console = self.console("--session", "bad", "me")
+        for password in ("wrong", PASSWORD):
+            console.expect("User name (empty to give up): ")
+            console.output = ""
+            console.type("kofi\n")
+            console.expect("Password of kofi: ")
+            console.expect_echo(False)
+            console.type(password + "\n")
+        self.finishes(console, 0)
+
+    def test_three_wrong_passwords(self):
+        console = self.console("--user", "kofi", "me")
+        for _ in range(3):
+            console.expect("Password of kofi: ")
+            console.expect_echo(False)
+            console.output = ""
+            console.type("wrong\n")
+            console.expect("The user name or the password is wrong.")
+        self.finishes(console, 3)
+        self.assertIn("kelo: The user name or the password is wrong", console.output)
+
+    def test_giving_up_signing_in(self):
+        for answer in ("\n", "\x04"):  # an empty name; the end of the input
+            with self.subTest(answer=answer):
+                self.service.forget()
+                console = self.console("--session", "bad", "me")
+                console.expect("User name (empty to give up): ")
+                console.type(answer)
+                self.finishes(console, 3)
+                self.assertIn("kelo: This session is not known", console.output)
+                self.assertEqual(len(self.service.requests("/users/me")), 1)
+
+    def test_no_input_asks_nothing(self):
+        console = self.console("--no-input", "--session", "bad", "me")
+        self.finishes(console, 3)
+        self.assertNotIn("User name", console.output)
+        key, url = self.service.captcha_session()
+        console = self.console("--no-input", "--session", key, "me")
+        self.finishes(console, 3)
+        self.assertIn(url, console.output)
+        self.assertNotIn("Enter", console.output)
+
+    def test_captcha_is_solved(self):
+        key, url = self.service.captcha_session()
+        console = self.console("--session", key, "me")
+        console.expect(url)
+        console.expect("Then press Enter (q gives up): ")
+        self.service.control("POST", url.split("/", 3)[3] + "/solve", {})
+        console.type("\n")
+        self.finishes(console, 0)
+        self.assertIn("mara", console.output)
+        self.assertEqual(len(self.service.requests("/users/me")), 2)
+
+    def test_captcha_is_not_solved(self):
+        key, _ = self.service.captcha_session()
+        console = self.console("--session", key, "me")
+        console.expect("Then press Enter (q gives up): ")
+        console.output = ""
+        console.type("\n")  # it was not: the service asks again
+        console.expect("Then press Enter (q gives up): ")
+        console.type("q\n")
+        self.finishes(console, 3)
+        self.assertIn("kelo: the captcha was not solved", console.output)
+        self.assertEqual(len(self.service.requests("/users/me")), 2)
+
+    def test_captcha_while_signing_in(self):
+        url = f"https://{self.service.host}/captcha/1"
+        self.service.fault("/sessions", type="error", code=419, message="Human?", data=url)
+        console = self.console("--user", "kofi", "--password", PASSWORD, "me")
+        console.expect(url)
+        console.type("\n")
+        self.finishes(console, 0)
+        self.assertIn("kofi", console.output)
+        self.assertEqual(len(self.service.requests("/sessions")), 2)
+
+    def test_control_c_at_a_question(self):
+        console = self.console("--user", "kofi", "me")
+        console.expect("Password of kofi: ")
+        console.expect_echo(False)
+        console.type("\x03")
+        console.expect_echo(True)
+        self.finishes(console, 130)
+
+    def test_control_c_while_a_request_is_under_way(self):
+        self.service.fault("/users/me", type="delay", milliseconds=30000)
+        console = self.console("me")
+        deadline = time.monotonic() + 20
+        while not self.service.requests("/users/me"):
+            self.assertLess(time.monotonic(), deadline, "the request did not come")
+            time.sleep(0.02)
+        start = time.monotonic()
+        console.type("\x03")
+        self.finishes(console, 130)
+        self.assertLess(time.monotonic() - start, 5)
+
+    def test_progress_is_for_terminals(self):
+        console = self.console("timeline", "editors-picks", "--all", "--size", "10")
+        self.finishes(console, 0)
+        self.assertIn("1 pages, 10 posts …", console.output)
+        done = self.kelo("timeline", "editors-picks", "--all", "--size", "10")
+        self.assertEqual(done.stderr, "")
+
+    def test_captions_fit_the_terminal(self):
+        record = {"postId": 1, "username": "mara", "liked": True, "description": "語" * 200}
+        self.service.fault("/timelines/popular", type="body", body=json.dumps(
+            {"data": {"size": 5, "nextPage": 2, "records": [record]}}))
+        console = self.console("timeline", "popular", columns=80)
+        self.finishes(console, 0)
+        line = console.output.splitlines()[0]
+        self.assertTrue(line.endswith("語…"), line)
+        width = sum(2 if unicodedata.east_asian_width(c) == "W" else 1 for c in line)
+        self.assertIn(width, (79, 80), line)
+        self.assertIn("There are more: --pages N or --all reads on.", console.output)
+
+
+class Serve(Case):
+    def test_serves(self):
+        process = subprocess.Popen([KELO, "serve", "--port", "0", "--session", "kofi=k1",
+                                    "--quiet"], stdout=subprocess.PIPE, text=True,
+                                   env=self.environment)
+        try:
+            host = process.stdout.readline().split("https://")[1].strip()
+            self.assertIn("kofi", self.succeeds("--host", host, "--session", "k1", "me"))
+        finally:
+            process.send_signal(signal.SIGINT)
+            self.assertEqual(process.wait(timeout=20), 0)
+            process.stdout.close()
+
+    def test_arguments_are_the_services_own(self):
+        self.assertIn("Usage: kelo-service", self.succeeds("serve", "--help"))
+        done = self.kelo("serve", "--port", "x")
+        self.assertEqual((done.returncode, done.stdout, done.stderr.count("\n")), (2, "", 1))
+        self.assertTrue(done.stderr.startswith("kelo-service: --port"), done.stderr)
+
+    def test_no_service_program(self):
+        with tempfile.TemporaryDirectory() as folder:
+            shutil.copy(KELO, folder)
+            done = self.run_program(f"{folder}/kelo", "serve", PATH=folder)
+        self.assertEqual((done.returncode, done.stderr),
+                         (1, "kelo: kelo-service is neither beside kelo nor in PATH\n"))
+
+
+class Examples(Case):
+    def test_timeline(self):
+        done = self.run_program(f"{BIN}/example-timeline")
+        captions = [json.loads(line)["caption"] for line in
+                    self.succeeds("timeline", "popular", "--json").splitlines()]
+        self.assertEqual((done.returncode, done.stdout), (0, "".join(f"{c}\n" for c in captions)))
+
+    def test_loops(self):
+        for example in ("poll-loop", "executor"):
+            with self.subTest(example=example):
+                done = self.run_program(f"{BIN}/example-{example}",
+                                        KELO_SESSION=self.service.session("kofi"))
+                self.assertEqual((done.returncode, done.stdout), (0, "Signed in as kofi\n"))
+
+    def test_failure(self):
+        for example in ("timeline", "poll-loop", "executor"):
+            with self.subTest(example=example):
+                done = self.run_program(f"{BIN}/example-{example}", KELO_HOST="localhost:1")
+                self.assertEqual(done.returncode, 1)
+
+    def test_offline(self):
+        done = self.run_program(f"{BIN}/example-offline-test", KELO_HOST="localhost:1")
+        self.assertEqual((done.returncode, done.stdout.count("ok  "), done.stderr), (0, 3, ""))
+
+
+class Tour(Case):
+    def test_every_step(self):
+        done = self.run_program(f"{BIN}/kelo-tour", self.service.host)
+        last = done.stdout.splitlines()[-1]
+        self.assertRegex(last, r"^demo: \d+ steps, 0 failed$", done.stdout)
+        self.assertEqual(done.returncode, 0)
+        steps = int(last.split()[1])
+        self.assertEqual(done.stdout.count("\n    ok"), steps)
+
+    def test_failed_steps_are_counted(self):
+        done = self.run_program(f"{BIN}/kelo-tour", "localhost:1")
+        self.assertRegex(done.stdout.splitlines()[-1], r"^demo: \d+ steps, [1-9]\d* failed$")
+        self.assertEqual(done.returncode, 1)
+
+    def test_usage(self):
+        done = self.run_program(f"{BIN}/kelo-tour")
+        self.assertEqual((done.returncode, done.stderr.count("\n")), (2, 1))
+
+
+if __name__ == "__main__":
+    unittest.main()
