@@ -8,6 +8,7 @@
 #include <KeloAPI/testing/ScriptedTransport.hpp>
 
 #include <gtest/gtest.h>
+
 #include <memory>
 #include <string>
 #include <vector>
