@@ -6,10 +6,11 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <cstdio>
 #include <exception>
 #include <filesystem>
+#include <iostream>
 #include <string>
+#include <string_view>
 
 namespace {
 
@@ -28,37 +29,37 @@ sigset_t blockSignals() {
     sigaddset(&signals, SIGINT);
     sigaddset(&signals, SIGTERM);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    std::signal(SIGPIPE, SIG_IGN);
+    struct sigaction ignore {};
+    ignore.sa_handler = SIG_IGN;
+    sigaction(SIGPIPE, &ignore, nullptr);
     return signals;
 }
 
 void endWithParent(pid_t parent) {
     prctl(PR_SET_PDEATHSIG, SIGTERM);
     if (getppid() != parent) {
-        raise(SIGTERM);
+        kill(getpid(), SIGTERM);
     }
 }
 
 void printStart(const KeloService::Service& service, bool quiet) {
-    std::printf("kelo-service: listening on %s\n", service.url().c_str());
+    const std::string_view key = KeloService::developmentSessionKey;
+    std::cout << "kelo-service: listening on " << service.url() << '\n';
     if (!quiet) {
-        const std::string user(KeloService::developmentUser);
-        const std::string key(KeloService::developmentSessionKey);
-        const std::string password(KeloService::developmentPassword);
-        std::printf("The user %s is signed in with the session key %s (password: %s).\n"
-                    "Try: curl --insecure -H 'kelo-session-id: %s' %s/users/me\n"
-                    "Stop with Ctrl-C.\n",
-                    user.c_str(), key.c_str(), password.c_str(), key.c_str(),
-                    service.url().c_str());
+        std::cout << "The user " << KeloService::developmentUser
+                  << " is signed in with the session key " << key
+                  << " (password: " << KeloService::developmentPassword << ").\n"
+                  << "Try: curl --insecure -H 'kelo-session-id: " << key << "' " << service.url()
+                  << "/users/me\nStop with Ctrl-C.\n";
     }
-    std::fflush(stdout);
+    std::cout.flush();
 }
 
 int run(int argc, char** argv) {
     const pid_t parent = getppid();
     const KeloService::Options options = KeloService::parseOptions(argc, argv, ownFile());
     if (options.information) {
-        std::fputs(options.information->c_str(), stdout);
+        std::cout << *options.information;
         return 0;
     }
     const sigset_t signals = blockSignals();
@@ -80,7 +81,7 @@ int main(int argc, char** argv) {
     try {
         return run(argc, argv);
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "kelo-service: %s\n", error.what());
+        std::cerr << "kelo-service: " << error.what() << '\n';
         return failure;
     }
 }

@@ -6,6 +6,7 @@
 #include <KeloAPI/api/Session.hpp>
 #include <KeloAPI/parsing/JsonParser.hpp>
 #include <KeloAPI/parsing/Metadata.hpp>
+#include <KeloAPI/platform/Contract.hpp>
 #include <KeloAPI/platform/Data.hpp>
 #include <KeloAPI/platform/Error.hpp>
 #include <KeloAPI/platform/Export.hpp>
@@ -102,7 +103,8 @@ public:
     /// Sends the call and parses the answer: `completionHandler(items, metadata, timeline, error)`
     /// with a `std::vector<std::shared_ptr<P::T>>` (empty with an error), a
     /// `std::optional<Metadata>` (present for a list), a `const Timeline&` and a
-    /// `std::optional<Error>`.
+    /// `std::optional<Error>`. Neither the parser nor the completion may be empty, and the
+    /// completion must not throw.
     template <class P, class Completion>
     std::shared_ptr<EndpointRequest> request(std::shared_ptr<P> parser,
                                              Completion completionHandler);
@@ -177,6 +179,7 @@ private:
 
 template <class P, class Completion>
 std::shared_ptr<const EndpointCall> typedCall(std::shared_ptr<P> parser, Completion completion) {
+    require(parser != nullptr, "a call needs a parser");
     return std::make_shared<TypedCall<typename P::T, Completion>>(std::move(parser),
                                                                   std::move(completion));
 }

@@ -44,7 +44,9 @@ public:
         : _parser(std::move(parser)) {}
 
     void reserve(std::size_t count) override { _items.reserve(count); }
-    void parse(const JsonObject& record) override { _items.push_back(_parser->parse(record)); }
+    void parse(const JsonObject& record) override {
+        _items.push_back(detail::notNull(_parser->parse(record)));
+    }
     void clear() override { _items.clear(); }
 
     std::vector<std::shared_ptr<T>> take() { return std::move(_items); }

@@ -63,12 +63,19 @@ bool Session::polling() {
 }
 
 std::shared_ptr<Manager> Session::sessionManager() {
+    {
+        const std::lock_guard lock(_managerMutex);
+        if (_sessionManager) {
+            return _sessionManager;
+        }
+    }
+    // The delegate is asked outside the lock: it may use this session.
+    std::map<std::string, ServerTrustPolicy> policies;
+    policies.emplace(host(), PinCertificates{Certificates::chain()});
+    auto manager = std::make_shared<Manager>(ServerTrustPolicyManager(std::move(policies)));
     const std::lock_guard lock(_managerMutex);
     if (!_sessionManager) {
-        std::map<std::string, ServerTrustPolicy> policies;
-        policies.emplace(host(), PinCertificates{Certificates::chain()});
-        _sessionManager =
-            std::make_shared<Manager>(ServerTrustPolicyManager(std::move(policies)));
+        _sessionManager = std::move(manager);
     }
     return _sessionManager;
 }
@@ -99,9 +106,10 @@ void Session::download(const URLRequestConvertible& convertible, const URL& dest
 }
 
 void Session::handleQueuedRetries(bool shouldRetry) {
+    // Taken out first: a retry may queue another one, or release the queue itself, and each runs
+    // once all the same.
+    const std::vector<EndpointRetry> retries = std::exchange(_queuedRetries, {});
     if (shouldRetry) {
-        // A retry may queue another one; the list that is walked must not grow underneath.
-        const std::vector<EndpointRetry> retries = _queuedRetries;
         for (const EndpointRetry& retry : retries) {
             retry();
         }

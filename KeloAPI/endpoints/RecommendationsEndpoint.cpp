@@ -29,8 +29,8 @@ std::optional<RecommendationBoost> recommendationBoostOf(std::string_view rawVal
     return std::nullopt;
 }
 
-RecommendationsEndpoint::RecommendationsEndpoint(Key key, std::shared_ptr<Session> session)
-    : Endpoint(key, std::move(session)) {
+RecommendationsEndpoint::RecommendationsEndpoint(Key key)
+    : Endpoint(key, Api::session(SessionType::Authenticated)) {
     setMethod(Method::POST);
     setParameterEncoding(ParameterEncoding::JSON);
 }
@@ -38,7 +38,7 @@ RecommendationsEndpoint::RecommendationsEndpoint(Key key, std::shared_ptr<Sessio
 RecommendationsEndpoint::~RecommendationsEndpoint() = default;
 
 std::shared_ptr<RecommendationsEndpoint> RecommendationsEndpoint::create() {
-    return make<RecommendationsEndpoint>(Api::session(SessionType::Authenticated));
+    return make<RecommendationsEndpoint>();
 }
 
 void RecommendationsEndpoint::addUserFeedback(const std::string& userId, RecommendationBoost boost,

@@ -58,7 +58,7 @@ public:
                          Completion completion);
 
 protected:
-    RecommendationsEndpoint(Key key, std::shared_ptr<Session> session);
+    explicit RecommendationsEndpoint(Key key);
 
 private:
     void sendFeedback(std::string path, RecommendationBoost boost, Completion completion);

@@ -20,6 +20,9 @@ std::shared_ptr<SoundboardEndpoint> SoundboardEndpoint::create(std::shared_ptr<S
 std::shared_ptr<EndpointRequest> SoundboardEndpoint::fetchSounds(
     std::function<void(std::vector<std::shared_ptr<SoundboardSound>>, std::optional<Error>)>
         completion) {
+    setParameters({});
+    setParameterEncoding(ParameterEncoding::URL);
+    setMethod(Method::GET);
     return request(
         std::make_shared<SoundboardSoundParser>(),
         [completion = std::move(completion)](std::vector<std::shared_ptr<SoundboardSound>> sounds,

@@ -24,7 +24,12 @@ UserEndpoint::UserEndpoint(Key key, std::shared_ptr<Session> session, std::strin
 UserEndpoint::~UserEndpoint() = default;
 
 std::shared_ptr<UserEndpoint> UserEndpoint::create(std::string userId) {
-    return make<UserEndpoint>(Api::session(SessionType::Authenticated), std::move(userId));
+    return create(Api::session(SessionType::Authenticated), std::move(userId));
+}
+
+std::shared_ptr<UserEndpoint> UserEndpoint::create(std::shared_ptr<Session> session,
+                                                   std::string userId) {
+    return make<UserEndpoint>(std::move(session), std::move(userId));
 }
 
 void UserEndpoint::setFollowingOnTwitter(bool following,

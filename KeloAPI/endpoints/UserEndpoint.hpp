@@ -20,6 +20,9 @@ class KELO_API UserEndpoint : public Endpoint {
 public:
     /// On the authenticated session, with `Api::sessionDelegate()`.
     static std::shared_ptr<UserEndpoint> create(std::string userId);
+    /// On a session of the caller's choice, which must not be null.
+    static std::shared_ptr<UserEndpoint> create(std::shared_ptr<Session> session,
+                                                std::string userId);
     ~UserEndpoint() override;
 
     const std::string& userId() const { return _userId; }

@@ -10,9 +10,8 @@
 
 namespace KeloAPI {
 
-LongformViewsEndpoint::LongformViewsEndpoint(Key key, std::shared_ptr<Session> session,
-                                             const std::string& longformId)
-    : Endpoint(key, std::move(session)) {
+LongformViewsEndpoint::LongformViewsEndpoint(Key key, const std::string& longformId)
+    : Endpoint(key, Api::session(SessionType::Authenticated)) {
     setPath("/longforms/" + longformId + "/views");
 }
 
@@ -20,7 +19,7 @@ LongformViewsEndpoint::~LongformViewsEndpoint() = default;
 
 std::shared_ptr<LongformViewsEndpoint>
 LongformViewsEndpoint::create(const std::string& longformId) {
-    return make<LongformViewsEndpoint>(Api::session(SessionType::Authenticated), longformId);
+    return make<LongformViewsEndpoint>(longformId);
 }
 
 std::shared_ptr<EndpointRequest> LongformViewsEndpoint::fetchViews(

@@ -31,7 +31,7 @@ public:
     submitView(std::function<void(std::optional<Error> error)> completion);
 
 protected:
-    LongformViewsEndpoint(Key key, std::shared_ptr<Session> session, const std::string& longformId);
+    LongformViewsEndpoint(Key key, const std::string& longformId);
 };
 
 namespace detail {

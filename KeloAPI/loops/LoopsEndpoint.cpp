@@ -8,8 +8,8 @@
 
 namespace KeloAPI {
 
-LoopsEndpoint::LoopsEndpoint(Key key, std::shared_ptr<Session> session)
-    : Endpoint(key, std::move(session)) {
+LoopsEndpoint::LoopsEndpoint(Key key)
+    : Endpoint(key, Api::session(SessionType::Authenticated)) {
     setPath("loops");
     setMethod(Method::POST);
     setParameterEncoding(ParameterEncoding::JSON);
@@ -18,7 +18,7 @@ LoopsEndpoint::LoopsEndpoint(Key key, std::shared_ptr<Session> session)
 LoopsEndpoint::~LoopsEndpoint() = default;
 
 std::shared_ptr<LoopsEndpoint> LoopsEndpoint::create() {
-    return make<LoopsEndpoint>(Api::session(SessionType::Authenticated));
+    return make<LoopsEndpoint>();
 }
 
 void LoopsEndpoint::submit(std::int64_t count, const KLWatchPost& post) {

@@ -23,7 +23,7 @@ public:
     void submit(std::int64_t count, const KLWatchPost& post);
 
 protected:
-    LoopsEndpoint(Key key, std::shared_ptr<Session> session);
+    explicit LoopsEndpoint(Key key);
 };
 
 } // namespace KeloAPI

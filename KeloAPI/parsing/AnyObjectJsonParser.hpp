@@ -12,17 +12,13 @@
 namespace KeloAPI {
 
 /// A parser whose type does not say what it makes. Meant to be derived from.
-class KELO_API AnyObjectJsonParser : public JsonParser<Object> {
+class KELO_API AnyObjectJsonParser : public Object, public JsonParser<Object> {
 public:
     AnyObjectJsonParser() = default;
     ~AnyObjectJsonParser() override;
 
     /// Throws `JsonParseError::NotImplemented` unless overridden.
     std::shared_ptr<Object> parse(const JsonObject& json) const override;
-
-protected:
-    AnyObjectJsonParser(const AnyObjectJsonParser&) = default;
-    AnyObjectJsonParser& operator=(const AnyObjectJsonParser&) = default;
 };
 
 /// Wraps any parser as one whose type does not say what it makes.

@@ -42,7 +42,7 @@ public:
 
     virtual ~JsonParser() = default;
 
-    /// The object that `json` describes; throws where it describes none.
+    /// The object that `json` describes, never null; throws where it describes none.
     virtual std::shared_ptr<T> parse(const JsonObject& json) const = 0;
 
     /// The objects of a list, in order. With `ignoreError` those that fail are left out; without,
@@ -56,6 +56,19 @@ protected:
     JsonParser& operator=(const JsonParser&) = default;
 };
 
+namespace detail {
+
+/// What a parser made; a parser that made nothing without saying why has failed.
+template <class T>
+std::shared_ptr<T> notNull(std::shared_ptr<T> object) {
+    if (!object) {
+        throw JsonParseError(JsonParseError::InsufficientData);
+    }
+    return object;
+}
+
+} // namespace detail
+
 template <class Item>
 std::vector<std::shared_ptr<Item>> JsonParser<Item>::parseArray(const JsonObjectList& array,
                                                                 bool ignoreError) const {
@@ -63,7 +76,7 @@ std::vector<std::shared_ptr<Item>> JsonParser<Item>::parseArray(const JsonObject
     items.reserve(array.size());
     for (const JsonObject json : array) {
         try {
-            items.push_back(parse(json));
+            items.push_back(detail::notNull(parse(json)));
         } catch (...) {
             if (!ignoreError) {
                 throw;

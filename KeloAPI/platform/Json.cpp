@@ -1,5 +1,7 @@
 #include <KeloAPI/platform/Json.hpp>
 
+#include <KeloAPI/platform/JsonReader.hpp>
+
 #include <simdjson.h>
 
 #include <bit>
@@ -299,6 +301,10 @@ JsonObjectList::Iterator JsonObjectList::end() const {
 
 JsonObject JsonObjectList::Iterator::operator*() const {
     return JsonAccess::object(*_at);
+}
+
+void initialiseJsonReader() {
+    static_cast<void>(simdjson::get_active_implementation()->name());
 }
 
 struct JsonDocument::Contents {

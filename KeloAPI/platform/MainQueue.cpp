@@ -35,6 +35,12 @@ Deadline deadlineAfter(std::chrono::milliseconds timeout) {
     return timeout < most ? now + std::max(timeout, std::chrono::milliseconds(0)) : Deadline::max();
 }
 
+/// An exception that left a task would take the tasks behind it along, and with them completions
+/// that somebody waits for: it ends the process where it comes from.
+void runToItsEnd(const MainQueue::Task& task) noexcept {
+    task();
+}
+
 } // namespace
 
 struct MainQueue::State {
@@ -118,7 +124,7 @@ std::size_t MainQueue::runWaiting(bool untilStopped) {
         _state->waiting.pop_front();
         _state->clearEventIfIdle();
         lock.unlock();
-        task();
+        runToItsEnd(task);
         task = nullptr; // what it captured goes now, and without the lock
         lock.lock();
         ++count;

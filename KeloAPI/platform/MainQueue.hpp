@@ -18,7 +18,8 @@ namespace KeloAPI {
 ///   call `drain()`.
 /// - `setExecutor()` hands every task to the host's own "run this on the main thread" function.
 ///
-/// Tasks never run inside the call that posted them, nor inside another task: a `drain()`, `run()`
+/// Tasks, and what they call of the host's (completions, delegates), must not throw. They never run
+/// inside the call that posted them, nor inside another task: a `drain()`, `run()`
 /// or `runUntil()` from within a task runs nothing and returns at once. What a task throws leaves
 /// that call; the tasks behind it go on waiting.
 class KELO_API MainQueue {

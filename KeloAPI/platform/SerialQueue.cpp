@@ -1,8 +1,13 @@
 #include <KeloAPI/platform/SerialQueue.hpp>
 
+#include <KeloAPI/platform/Contract.hpp>
+#include <KeloAPI/platform/ExitGuard.hpp>
+#include <KeloAPI/platform/SignalShield.hpp>
+
 #include <condition_variable>
 #include <mutex>
 #include <pthread.h>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -11,24 +16,33 @@ namespace KeloAPI {
 struct SerialQueue::State {
     explicit State(std::string queueLabel) : label(std::move(queueLabel)) {}
 
-    void run() {
+    void run() noexcept {
         pthread_setname_np(pthread_self(), label.substr(0, 15).c_str());
+        const ExitGuard::Member member([this] { wake(); });
         std::unique_lock lock(mutex);
         while (true) {
-            somethingToDo.wait(lock, [this] { return !waiting.empty() || closed; });
-            if (waiting.empty()) {
+            somethingToDo.wait(
+                lock, [this] { return !waiting.empty() || closed || ExitGuard::isExiting(); });
+            if (waiting.empty() && closed) {
                 return;
             }
             std::vector<Task> batch;
             batch.swap(waiting);
             lock.unlock();
+            ExitGuard::parkIfExiting();
             for (Task& task : batch) {
                 task();
                 task = nullptr; // what it captured goes now, not with the batch
+                ExitGuard::parkIfExiting();
             }
             batch.clear();
             lock.lock();
         }
+    }
+
+    void wake() {
+        const std::lock_guard lock(mutex);
+        somethingToDo.notify_one();
     }
 
     std::string label;
@@ -50,16 +64,26 @@ SerialQueue::~SerialQueue() {
 }
 
 void SerialQueue::async(Task task) {
+    ExitGuard::install();
     const std::lock_guard lock(_state->mutex);
     _state->waiting.push_back(std::move(task));
     if (_state->thread == std::thread::id()) {
+        startThread();
+    }
+    _state->somethingToDo.notify_one();
+}
+
+void SerialQueue::startThread() {
+    const SignalShield shield;
+    try {
         // The thread keeps the state alive and ends by itself: nobody has to join it, so the last
         // reference to the queue may go on the queue itself.
         std::thread thread([state = _state] { state->run(); });
         _state->thread = thread.get_id();
         thread.detach();
+    } catch (const std::system_error&) {
+        contractViolation("no thread can be made for a queue");
     }
-    _state->somethingToDo.notify_one();
 }
 
 bool SerialQueue::isCurrent() const {

@@ -10,7 +10,7 @@ namespace KeloAPI {
 
 /// Runs tasks one after another, in the order they were posted, on a thread of its own that starts
 /// with the first task. Usable from any thread. Tasks that are posted already still run when the
-/// queue object goes, which may happen inside one of them.
+/// queue object goes, which may happen inside one of them. Tasks must not throw.
 class KELO_API SerialQueue {
 public:
     using Task = std::function<void()>;
@@ -28,6 +28,8 @@ public:
 
 private:
     struct State;
+    void startThread();
+
     std::shared_ptr<State> _state;
 };
 

@@ -59,8 +59,9 @@ private:
         }
         bool wanted = true;
         if (answer.statusCode != 0) {
-            HTTPResponse head{*_request.url, answer.statusCode, answer.headerFields,
-                              static_cast<std::int64_t>(answer.body.size())};
+            const auto length = answer.expectedContentLength.value_or(
+                static_cast<std::int64_t>(answer.body.size()));
+            HTTPResponse head{*_request.url, answer.statusCode, answer.headerFields, length};
             observer.didReceiveResponse(head);
             wanted = answer.body.empty() || observer.didReceiveData(answer.body);
         }
@@ -77,11 +78,11 @@ private:
 };
 
 ScriptedAnswer ScriptedAnswer::json(std::string body) {
-    return {200, {{"Content-Type", "application/json"}}, std::move(body), std::nullopt};
+    return {200, {{"Content-Type", "application/json"}}, std::move(body), {}, {}};
 }
 
 ScriptedAnswer ScriptedAnswer::failure(Error error) {
-    return {0, {}, {}, std::move(error)};
+    return {0, {}, {}, {}, std::move(error)};
 }
 
 ScriptedTransport::ScriptedTransport() : _state(std::make_shared<State>()) {}

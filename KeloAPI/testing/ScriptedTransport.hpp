@@ -7,6 +7,7 @@
 #include <KeloAPI/platform/http/URLRequest.hpp>
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -19,6 +20,8 @@ struct KELO_API ScriptedAnswer {
     int statusCode = 200;
     HeaderFields headerFields;
     std::string body;
+    /// What the head says of the body's length; its real length when absent.
+    std::optional<std::int64_t> expectedContentLength;
     /// When present, the exchange ends with it after the body.
     std::optional<Error> error;
 

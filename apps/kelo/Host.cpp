@@ -22,11 +22,16 @@ std::optional<std::string> unlessEmpty(const std::string& text) {
     return text.empty() ? std::nullopt : std::optional(text);
 }
 
+using Listener = std::function<void(const std::string& line)>;
+
 /// The library's diagnostics would spoil standard output.
-void divertDiagnostics(bool verbose) {
-    Diagnostics::setSink([verbose](std::string_view line) {
+void divertDiagnostics(bool verbose, const Listener& listener = {}) {
+    Diagnostics::setSink([verbose, listener](std::string_view line) {
         if (verbose) {
             std::fprintf(stderr, "%.*s\n", static_cast<int>(line.size()), line.data());
+        }
+        if (listener) {
+            MainQueue::main().async([listener, text = std::string(line)] { listener(text); });
         }
     });
 }
@@ -57,6 +62,10 @@ void Host::run(const std::function<void()>& work) {
     if (_failure) {
         throw Failure(*_failure);
     }
+}
+
+void Host::onDiagnostic(Listener listener) {
+    divertDiagnostics(_options.verbose, listener);
 }
 
 bool Host::hearsAgain(const Error& error) const {

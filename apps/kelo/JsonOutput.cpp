@@ -1,10 +1,12 @@
 #include "DateText.hpp"
 #include "Output.hpp"
 
+#include <KeloAPI/loops/KLLongformViews.hpp>
 #include <KeloAPI/loops/LoopData.hpp>
 #include <KeloAPI/model/KLRekelo.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
+#include <KeloAPI/model/SoundboardSound.hpp>
 #include <KeloAPI/platform/http/ParameterEncoding.hpp>
 #include <KeloAPI/platform/Parameters.hpp>
 
@@ -93,6 +95,25 @@ public:
     }
 
     void endOfPosts(std::size_t, bool) override {}
+
+    void views(const KLLongformViews& views) override {
+        printObject({{"longformId", views.longformId()}, {"count", views.count()}});
+    }
+
+    void sounds(const std::vector<std::shared_ptr<SoundboardSound>>& sounds) override {
+        for (const auto& sound : sounds) {
+            printObject({{"soundId", sound->soundId()},
+                         {"name", sound->name()},
+                         {"soundUrl", sound->soundUrl().absoluteString()},
+                         {"featured", sound->featured()},
+                         {"sourcePostId", valueOf(sound->sourcePostId())}});
+        }
+    }
+
+    void done(const std::string& deed, const std::string& id,
+              const std::optional<std::string>& deedId) override {
+        printObject({{"done", deed}, {"id", id}, {"deedId", valueOf(deedId)}});
+    }
 };
 
 } // namespace

@@ -2,11 +2,15 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace KeloAPI {
+class KLLongformViews;
 class KLWatchPost;
 class KLWatchUser;
+class SoundboardSound;
 } // namespace KeloAPI
 
 namespace KeloHost {
@@ -24,6 +28,12 @@ public:
     virtual void posts(const std::vector<std::shared_ptr<KeloAPI::KLWatchPost>>& posts) = 0;
     /// So many posts were printed in all; `more` says that the feed goes on.
     virtual void endOfPosts(std::size_t count, bool more) = 0;
+    virtual void views(const KeloAPI::KLLongformViews& views) = 0;
+    virtual void sounds(const std::vector<std::shared_ptr<KeloAPI::SoundboardSound>>& sounds) = 0;
+    /// Something was done: "liked post", its identifier, and the identifier that the service gave
+    /// the deed, where it gave one.
+    virtual void done(const std::string& deed, const std::string& id,
+                      const std::optional<std::string>& deedId) = 0;
 };
 
 /// For people: aligned, and as wide as the terminal.

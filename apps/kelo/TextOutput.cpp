@@ -3,9 +3,11 @@
 #include "Terminal.hpp"
 #include "TextWidth.hpp"
 
+#include <KeloAPI/loops/KLLongformViews.hpp>
 #include <KeloAPI/loops/LoopData.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
+#include <KeloAPI/model/SoundboardSound.hpp>
 
 #include <algorithm>
 #include <cstdio>
@@ -79,6 +81,29 @@ public:
         } else if (more && Terminal::showsOutput()) {
             Terminal::say("There are more: --pages N or --all reads on.");
         }
+    }
+
+    void views(const KLLongformViews& views) override {
+        std::printf("%lld views\n", static_cast<long long>(views.count()));
+    }
+
+    void sounds(const std::vector<std::shared_ptr<SoundboardSound>>& sounds) override {
+        for (const auto& sound : sounds) {
+            std::printf("%-10s %s %s\n", printable(sound->soundId()).c_str(),
+                        sound->featured() ? "★" : " ", printable(sound->name()).c_str());
+        }
+        if (sounds.empty()) {
+            std::printf("The soundboard is empty.\n");
+        }
+    }
+
+    void done(const std::string& deed, const std::string& id,
+              const std::optional<std::string>& deedId) override {
+        std::string line = deed + " " + id;
+        if (deedId) {
+            line += " (" + *deedId + ")";
+        }
+        std::printf("%s\n", printable(line).c_str());
     }
 
 private:

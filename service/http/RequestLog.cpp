@@ -1,27 +1,17 @@
 #include "service/http/RequestLog.hpp"
 
+#include "service/DateText.hpp"
 #include "service/http/Base64.hpp"
 
 #include <chrono>
-#include <cstdio>
-#include <ctime>
 
 namespace KeloService {
 namespace {
 
 std::string nowText() {
     using namespace std::chrono;
-    const auto now = system_clock::now();
-    const std::time_t seconds = system_clock::to_time_t(now);
-    const auto milliseconds = duration_cast<std::chrono::milliseconds>(now.time_since_epoch());
-    std::tm parts{};
-    gmtime_r(&seconds, &parts);
-    char date[32];
-    std::strftime(date, sizeof date, "%Y-%m-%dT%H:%M:%S", &parts);
-    char text[48];
-    std::snprintf(text, sizeof text, "%s.%03dZ", date,
-                  static_cast<int>(milliseconds.count() % 1000));
-    return text;
+    const auto sinceEpoch = system_clock::now().time_since_epoch();
+    return dateText(duration_cast<milliseconds>(sinceEpoch).count());
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -12,7 +13,7 @@ namespace KeloService {
 class RequestRecorder {
 public:
     /// Bodies are kept up to this size; beyond it only their length is counted.
-    static constexpr std::size_t keptBodyBytes = 1024 * 1024;
+    static constexpr std::size_t keptBodyBytes = std::size_t{1} << 20;
 
     void startRequest();
     /// How many of the wanted bytes belong to this request.

@@ -1,9 +1,9 @@
 #include "service/http/TlsContext.hpp"
 
 #include <openssl/err.h>
+#include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <string_view>
 
@@ -24,12 +24,10 @@ int selectProtocol(SSL* /*ssl*/, const unsigned char** out, unsigned char* outLe
 }
 
 void requireReadable(const std::string& what, const std::string& file) {
-    std::FILE* opened = std::fopen(file.c_str(), "rb");
-    if (opened == nullptr) {
+    if (::access(file.c_str(), R_OK) != 0) {
         throw CertificateError("cannot read the " + what + " " + file + ": " +
                                std::strerror(errno));
     }
-    std::fclose(opened);
 }
 
 std::string lastReason() {

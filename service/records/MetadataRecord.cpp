@@ -1,6 +1,6 @@
 #include "service/records/MetadataRecord.hpp"
 
-#include "service/records/UserRecord.hpp"
+#include "service/DateText.hpp"
 
 #include <utility>
 

@@ -1,5 +1,6 @@
 #include "service/records/PostRecord.hpp"
 
+#include "service/DateText.hpp"
 #include "service/records/UserRecord.hpp"
 
 #include <algorithm>

@@ -1,20 +1,8 @@
 #include "service/records/UserRecord.hpp"
 
-#include <cstdio>
-#include <ctime>
+#include "service/DateText.hpp"
 
 namespace KeloService {
-
-std::string dateText(std::int64_t milliseconds) {
-    const std::time_t seconds = milliseconds / 1000;
-    std::tm parts{};
-    gmtime_r(&seconds, &parts);
-    char date[32];
-    std::strftime(date, sizeof date, "%Y-%m-%dT%H:%M:%S", &parts);
-    char text[48];
-    std::snprintf(text, sizeof text, "%s.%03d000", date, static_cast<int>(milliseconds % 1000));
-    return text;
-}
 
 Json userRecord(const User& user, const std::string& baseUrl) {
     return {{"userId", user.userId},

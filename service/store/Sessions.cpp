@@ -39,7 +39,7 @@ std::vector<Session> Sessions::list() {
 }
 
 std::string Sessions::add(std::int64_t userId, std::optional<std::string> key) {
-    const std::string chosen = key ? *key : randomText(16);
+    std::string chosen = key ? *key : randomText(16);
     const auto lock = database_.lock();
     database_.query("INSERT OR REPLACE INTO sessions (key, userId) VALUES (?1, ?2)")
         .bind(chosen, userId)

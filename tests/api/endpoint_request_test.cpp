@@ -166,6 +166,31 @@ TEST_F(EndpointRequestTest, ProgressCarriesTheHandleAndTheFraction) {
     EXPECT_EQ(fractions, std::vector<double>{1.0});
 }
 
+TEST_F(EndpointRequestTest, TheFractionIsWhateverTheDivisionGives) {
+    std::vector<double> fractions;
+    for (const std::int64_t expected : {0, -1}) {
+        completions = 0;
+        auto answer = ScriptedAnswer::json(R"({"data": {}})");
+        answer.expectedContentLength = expected;
+        const auto handle = send();
+        handle->setProgressHandler(
+            [&](EndpointRequest&, double fraction) { fractions.push_back(fraction); });
+        transport->answer(answer);
+        ASSERT_TRUE(completed());
+    }
+    ASSERT_EQ(fractions.size(), 2U);
+    EXPECT_TRUE(std::isinf(fractions[0]));
+    EXPECT_EQ(fractions[1], -12.0);
+}
+
+TEST_F(EndpointRequestTest, ANullParserStopsTheProcess) {
+    EXPECT_DEATH(endpoint->request(std::shared_ptr<KLEmptyParser>(),
+                                   [](std::vector<std::shared_ptr<KLEmpty>>,
+                                      std::optional<Metadata>, const Timeline&,
+                                      std::optional<Error>) {}),
+                 "contract violated: a call needs a parser");
+}
+
 TEST_F(EndpointRequestTest, NoProgressIsReportedWhereNoBytesMove) {
     int reports = 0;
     const auto handle = send();

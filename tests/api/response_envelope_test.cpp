@@ -197,4 +197,13 @@ TEST(ResponseEnvelope, WhateverAParserThrowsIsTheSameError) {
     }
 }
 
+TEST(ResponseEnvelope, AParserThatMakesNothingHasFailed) {
+    class Idle final : public JsonParser<LoopData> {
+    public:
+        std::shared_ptr<LoopData> parse(const JsonObject&) const override { return nullptr; }
+    };
+    expectEnvelopeError(read(std::make_shared<Idle>(), R"({"data": {"records": [{}]}})"),
+                        "Unable to parse posts from response");
+}
+
 } // namespace KeloAPI

@@ -175,13 +175,33 @@ TEST_F(SessionTest, RetriesQueuedDuringTheReleaseAreDroppedWithTheRest) {
 }
 
 TEST_F(SessionTest, ARetryMayReleaseTheQueueItself) {
-    session->endpointRequiresAuth(endpoint, [this] {
-        ran.push_back(1);
-        session->handleQueuedRetries(false);
-    });
-    session->endpointRequiresAuth(endpoint, retry(2));
-    session->handleQueuedRetries(true);
-    EXPECT_EQ(ran, (std::vector{1, 2}));
+    for (const bool shouldRetry : {false, true}) {
+        ran.clear();
+        session->endpointRequiresAuth(endpoint, [this, shouldRetry] {
+            ran.push_back(1);
+            session->handleQueuedRetries(shouldRetry);
+        });
+        session->endpointRequiresAuth(endpoint, retry(2));
+        session->handleQueuedRetries(true);
+        EXPECT_EQ(ran, (std::vector{1, 2}));
+    }
+}
+
+TEST_F(SessionTest, ADelegateMayUseTheSessionWhileItsManagerIsMade) {
+    class Curious : public RecordingDelegate {
+    public:
+        std::optional<std::string> hostForSession(Session& asked) override {
+            if (++depth == 1) {
+                asked.sessionManager();
+            }
+            return "service.example";
+        }
+        int depth = 0;
+    };
+    const auto curious = std::make_shared<Curious>();
+    session->setDelegate(curious);
+    EXPECT_EQ(session->sessionManager(), session->sessionManager());
+    EXPECT_GE(curious->depth, 2);
 }
 
 TEST(Certificates, AreTheTwoThatWereBuiltIn) {

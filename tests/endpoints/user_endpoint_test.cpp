@@ -40,6 +40,12 @@ TEST_F(UserEndpointTest, FollowsAndUnfollowsWithPost) {
               "https://service.example/users/123/unfollow-on-twitter");
 }
 
+TEST_F(UserEndpointTest, MayUseAnotherSession) {
+    const auto other = std::make_shared<Session>(SessionType::UnAuthenticated);
+    EXPECT_EQ(UserEndpoint::create(other, "5")->session(), other);
+    EXPECT_EQ(endpoint->session(), session);
+}
+
 TEST_F(UserEndpointTest, Codes230And231CountAsSuccess) {
     EXPECT_TRUE(failedWith(230).success());
     EXPECT_TRUE(failedWith(231).success());

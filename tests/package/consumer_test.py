@@ -2,13 +2,19 @@
 
 import os
 import pathlib
+import re
 import shlex
 import unittest
 
 import package
 
 CONSUMER = package.SOURCE / "tests" / "package" / "consumer"
-SAYS = "1 post read\n"
+SAYS = "1 post read"
+
+
+def last_line(program):
+    """What the host itself says; the library's trace of its request stands before it."""
+    return package.run(program).splitlines()[-1]
 
 
 class InstalledConsumer(unittest.TestCase):
@@ -16,7 +22,7 @@ class InstalledConsumer(unittest.TestCase):
         build = package.fresh(package.WORK / "find_package")
         package.configure(CONSUMER, build, f"-DCMAKE_PREFIX_PATH={package.MOVED}")
         package.run("cmake", "--build", build)
-        self.assertEqual(package.run(build / "consumer"), SAYS)
+        self.assertEqual(last_line(build / "consumer"), SAYS)
 
     def test_package_asks_for_no_other(self):
         folder = package.installed("KeloAPIConfig.cmake").parent
@@ -46,7 +52,7 @@ class InstalledConsumer(unittest.TestCase):
             package.CXX, "-std=c++20", CONSUMER / "main.cpp", "-o", made, *shlex.split(flags),
             f"-Wl,-rpath,{library.resolve()}",
         )
-        self.assertEqual(package.run(made), SAYS)
+        self.assertEqual(last_line(made), SAYS)
 
 
 class SubdirectoryConsumer(unittest.TestCase):
@@ -54,13 +60,16 @@ class SubdirectoryConsumer(unittest.TestCase):
         build = package.WORK / "add_subdirectory"
         package.configure(CONSUMER, build, f"-DKELO_SOURCE_DIR={package.SOURCE}")
         package.run("cmake", "--build", build, "--target", "consumer")
-        self.assertEqual(package.run(build / "consumer"), SAYS)
+        self.assertEqual(last_line(build / "consumer"), SAYS)
 
     def test_brings_nothing_but_the_library(self):
         targets = package.run(
             "ninja", "-C", package.WORK / "add_subdirectory", "-t", "targets", "all"
         )
-        self.assertNotRegex(targets, "(?m)^(kelo|kelo-service|consumer-tests|bench-.*):")
+        linked = re.findall(r"(?m)^(\S+): CXX_\w+_LINKER__", targets)
+        names = {pathlib.Path(path).name.split(".so")[0] for path in linked}
+        self.assertEqual(names, {"consumer", "libKeloAPI"})
+
 
 
 if __name__ == "__main__":

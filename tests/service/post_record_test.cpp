@@ -1,6 +1,7 @@
 #include "support/TestService.hpp"
 
-#include <regex>
+#include <algorithm>
+#include <cctype>
 
 namespace KeloServiceTest {
 namespace {
@@ -24,12 +25,20 @@ std::u32string codePoints(const std::string& text) {
     return points;
 }
 
+/// The text with every digit made 0.
+std::string shape(std::string text) {
+    std::replace_if(
+        text.begin(), text.end(), [](unsigned char c) { return std::isdigit(c) != 0; }, '0');
+    return text;
+}
+
 TEST_F(PostRecordTest, HasTheWiresTypes) {
-    const std::regex date(R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}000)");
     for (const Json& record : everything()) {
         EXPECT_TRUE(record.at("postId").is_number_integer());
         EXPECT_GT(record.at("postId").get<std::int64_t>(), std::int64_t{1} << 53);
-        EXPECT_TRUE(std::regex_match(record.at("created").get<std::string>(), date));
+        const auto created = record.at("created").get<std::string>();
+        EXPECT_EQ(shape(created), "0000-00-00T00:00:00.000000");
+        EXPECT_TRUE(created.ends_with("000"));
         EXPECT_TRUE(record.at("description").is_string());
         EXPECT_TRUE(record.at("thumbnailUrl").get<std::string>().starts_with(service.url()));
         EXPECT_TRUE(record.at("liked").is_boolean());

@@ -1,4 +1,4 @@
-#include <KeloAPI/platform/curl/ExitGuard.hpp>
+#include <KeloAPI/platform/ExitGuard.hpp>
 #include <KeloAPI/platform/http/Certificate.hpp>
 
 #include <openssl/bio.h>

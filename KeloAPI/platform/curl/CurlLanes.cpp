@@ -1,6 +1,6 @@
 #include <KeloAPI/platform/curl/CurlLanes.hpp>
 #include <KeloAPI/platform/curl/CurlLoop.hpp>
-#include <KeloAPI/platform/curl/ExitGuard.hpp>
+#include <KeloAPI/platform/ExitGuard.hpp>
 
 #include <curl/curl.h>
 
@@ -28,10 +28,21 @@ std::string effectiveHost(const URL& url) {
     return host;
 }
 
+/// The same table by the names that libcurl will go to.
+ServerTrustPolicyManager effective(const ServerTrustPolicyManager& trust) {
+    std::map<std::string, ServerTrustPolicy> policies;
+    for (const auto& [host, policy] : trust.policies()) {
+        const bool address = host.find(':') != std::string::npos;
+        const auto url = URL::parse("https://" + (address ? "[" + host + "]" : host));
+        policies.insert_or_assign(url ? effectiveHost(*url) : host, policy);
+    }
+    return ServerTrustPolicyManager(std::move(policies));
+}
+
 } // namespace
 
 CurlLanes::CurlLanes(ServerTrustPolicyManager trust)
-    : _trust(std::move(trust)) {}
+    : _trust(effective(trust)) {}
 
 CurlLanes::~CurlLanes() = default;
 

@@ -1,13 +1,13 @@
 #include <KeloAPI/platform/curl/CurlErrors.hpp>
 #include <KeloAPI/platform/curl/CurlLoop.hpp>
-#include <KeloAPI/platform/curl/ExitGuard.hpp>
+#include <KeloAPI/platform/ExitGuard.hpp>
+#include <KeloAPI/platform/SignalShield.hpp>
 
 #include <openssl/crypto.h>
 #include <pthread.h>
 
 #include <algorithm>
 #include <climits>
-#include <csignal>
 #include <system_error>
 
 namespace KeloAPI {
@@ -16,26 +16,6 @@ namespace {
 
 /// Connections that wait for their next use.
 constexpr long mostIdleConnections = 16;
-
-/// Keeps the host's signals away from threads that are started meanwhile: its handlers shall run on
-/// its own threads. Faults stay deliverable, for whoever reports crashes.
-class SignalShield {
-public:
-    SignalShield() {
-        sigset_t blocked;
-        sigfillset(&blocked);
-        for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIGSYS}) {
-            sigdelset(&blocked, fault);
-        }
-        pthread_sigmask(SIG_BLOCK, &blocked, &_before);
-    }
-    SignalShield(const SignalShield&) = delete;
-    SignalShield& operator=(const SignalShield&) = delete;
-    ~SignalShield() { pthread_sigmask(SIG_SETMASK, &_before, nullptr); }
-
-private:
-    sigset_t _before{};
-};
 
 } // namespace
 

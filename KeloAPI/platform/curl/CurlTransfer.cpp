@@ -1,6 +1,6 @@
 #include <KeloAPI/platform/curl/CurlErrors.hpp>
 #include <KeloAPI/platform/curl/CurlTransfer.hpp>
-#include <KeloAPI/platform/curl/ExitGuard.hpp>
+#include <KeloAPI/platform/ExitGuard.hpp>
 #include <KeloAPI/platform/curl/Redirect.hpp>
 
 #include <algorithm>

@@ -49,6 +49,8 @@ enum class HTTPErrorCode : std::int8_t {
     CannotWriteFile = 15,
     /// A parameter cannot be encoded.
     ParameterEncoding = 16,
+    /// The body is larger than an answer that is kept in memory may be (256 MiB).
+    BodyTooLarge = 17,
 };
 
 /// The user-info key of the status of an `HTTPStatus` error.

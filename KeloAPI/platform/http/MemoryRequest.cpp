@@ -1,6 +1,9 @@
 #include <KeloAPI/platform/http/MemoryRequest.hpp>
 
+#include <KeloAPI/platform/http/HTTPError.hpp>
+
 #include <algorithm>
+#include <utility>
 
 namespace KeloAPI {
 
@@ -12,6 +15,9 @@ constexpr std::size_t padding = 64;
 // A length that the head promises is believed up to here; beyond, the body grows as it comes.
 constexpr std::int64_t mostReserved = std::int64_t{16} << 20U;
 
+// No answer of the service comes near it; a body that does is an accident or an attack.
+constexpr std::size_t mostKept = std::size_t{256} << 20U;
+
 } // namespace
 
 void MemoryRequest::receiveResponse(const HTTPResponse& response) {
@@ -20,6 +26,10 @@ void MemoryRequest::receiveResponse(const HTTPResponse& response) {
 }
 
 bool MemoryRequest::receiveData(std::string_view bytes) {
+    if (bytes.size() > mostKept - body().size()) {
+        _tooLarge = true;
+        return false;
+    }
     body().append(bytes);
     if (_reports == Reports::BytesReceived) {
         reportProgress(static_cast<std::int64_t>(body().size()), head()->expectedContentLength);
@@ -34,6 +44,9 @@ void MemoryRequest::bodySent(std::int64_t sent, std::int64_t total) {
 }
 
 std::optional<Error> MemoryRequest::finish(std::optional<Error> error) {
+    if (_tooLarge) {
+        return httpError(HTTPErrorCode::BodyTooLarge, "the answer is too large", std::move(error));
+    }
     if (body().capacity() - body().size() < padding) {
         body().reserve(body().size() + padding);
     }

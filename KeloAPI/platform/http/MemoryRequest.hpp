@@ -23,6 +23,7 @@ private:
     std::optional<Error> finish(std::optional<Error> error) override;
 
     const Reports _reports;
+    bool _tooLarge = false;
 };
 
 } // namespace KeloAPI

@@ -1,8 +1,8 @@
 #include <KeloAPI/platform/http/ParameterEncoding.hpp>
 
 #include <KeloAPI/platform/http/HTTPError.hpp>
+#include <KeloAPI/platform/Number.hpp>
 
-#include <charconv>
 #include <cmath>
 #include <simdjson.h>
 #include <string_view>
@@ -98,8 +98,9 @@ private:
         if (!std::isfinite(value)) {
             return false;
         }
-        char text[32];
-        _json.append(text, std::to_chars(text, text + sizeof text, value).ptr);
+        // Large ones with an exponent: as a mere run of digits they would be integers to a reader,
+        // and beyond 64 bits.
+        _json += Number::of(value).stringValue();
         return true;
     }
     bool write(const std::string& text) {

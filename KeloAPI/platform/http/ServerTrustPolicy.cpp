@@ -1,19 +1,20 @@
 #include <KeloAPI/platform/http/ServerTrustPolicy.hpp>
 
+#include <KeloAPI/platform/URL.hpp>
+
 #include <algorithm>
 
 namespace KeloAPI {
 
 namespace {
 
-/// A host as the table keeps it: lower case, without port and without an IPv6 address's brackets.
+/// A host as the table keeps it: what a URL with this host would call it, without a final dot.
 std::string tableKey(std::string_view host) {
-    if (host.starts_with('[')) {
-        host = host.substr(1, host.find(']') - 1);
-    } else if (std::count(host.begin(), host.end(), ':') == 1) {
-        host = host.substr(0, host.find(':'));
+    const auto url = URL::parse("https://" + std::string(host));
+    std::string key = url ? url->host() : std::string(host);
+    if (key.ends_with('.')) {
+        key.pop_back();
     }
-    std::string key(host);
     std::transform(key.begin(), key.end(), key.begin(), [](char c) {
         return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
     });

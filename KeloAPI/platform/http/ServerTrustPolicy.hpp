@@ -26,8 +26,14 @@ using ServerTrustPolicy = std::variant<PerformDefaultEvaluation, PinCertificates
 /// The policies of single hosts. A host that is not listed gets the default evaluation.
 class KELO_API ServerTrustPolicyManager {
 public:
-    /// Hosts are compared without regard to case, and a port on either side is ignored.
+    /// Hosts are compared without regard to case, and a port, a path or a user beside one is
+    /// ignored.
     explicit ServerTrustPolicyManager(std::map<std::string, ServerTrustPolicy> policies = {});
+
+    /// The table, by hosts as they are compared.
+    const std::map<std::string, ServerTrustPolicy, std::less<>>& policies() const {
+        return _policies;
+    }
 
     /// The policy listed for `host`; null when there is none.
     const ServerTrustPolicy* policyForHost(std::string_view host) const;

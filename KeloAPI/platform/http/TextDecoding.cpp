@@ -1,5 +1,6 @@
 #include <KeloAPI/platform/http/TextDecoding.hpp>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <iconv.h>
@@ -23,6 +24,16 @@ std::string_view trimmed(std::string_view text) {
     return first == std::string_view::npos
                ? std::string_view()
                : text.substr(first, text.find_last_not_of(blank) - first + 1);
+}
+
+/// Whether the converter would take `name` as it stands. Behind a slash it takes options, with which
+/// a server could make it drop bytes; other characters it passes over, and takes the locale's set
+/// when none is left.
+bool isCharsetName(std::string_view name) {
+    return !name.empty() && std::all_of(name.begin(), name.end(), [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+               c == '-' || c == '_' || c == '.' || c == ':';
+    });
 }
 
 struct Close {
@@ -52,8 +63,7 @@ std::string charsetOf(std::string_view contentType) {
 }
 
 std::optional<std::string> decodedText(std::string_view bytes, const std::string& charset) {
-    // Behind a slash the converter takes options, and a server could make it drop bytes.
-    if (charset.find('/') != std::string::npos) {
+    if (!isCharsetName(charset)) {
         return std::nullopt;
     }
     const iconv_t opened = iconv_open("UTF-8", charset.c_str());

@@ -21,14 +21,26 @@ struct Command {
     Start start;
 };
 
-// One function and one source file per command. A new one is declared here, and called in
+// One function per command, one source file per command and its undoing. A new one is declared here, and called in
 // `addCommands`.
 Command addMe(CLI::App& app);
 Command addTimeline(CLI::App& app);
+Command addLike(CLI::App& app);
+Command addUnlike(CLI::App& app);
+Command addRekelo(CLI::App& app);
+Command addUnrekelo(CLI::App& app);
+Command addFollow(CLI::App& app);
+Command addUnfollow(CLI::App& app);
+Command addBoost(CLI::App& app);
+Command addLoops(CLI::App& app);
+Command addViews(CLI::App& app);
+Command addSounds(CLI::App& app);
 Command addServe(CLI::App& app);
 
 inline std::vector<Command> addCommands(CLI::App& app) {
-    return {addMe(app), addTimeline(app), addServe(app)};
+    return {addMe(app),    addTimeline(app), addLike(app),     addUnlike(app), addRekelo(app),
+            addUnrekelo(app), addFollow(app),   addUnfollow(app), addBoost(app),  addLoops(app),
+            addViews(app), addSounds(app),   addServe(app)};
 }
 
 } // namespace KeloHost

@@ -1,8 +1,8 @@
-#include <KeloAPI/platform/curl/ExitGuard.hpp>
+#include <KeloAPI/platform/ExitGuard.hpp>
+#include <KeloAPI/platform/curl/Libraries.hpp>
+#include <KeloAPI/platform/JsonReader.hpp>
 #include <KeloAPI/platform/NeverDestroyed.hpp>
 
-#include <curl/curl.h>
-#include <openssl/ssl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -18,7 +18,7 @@ namespace KeloAPI::ExitGuard {
 
 namespace {
 
-/// Longer than any step of a network thread; short enough not to be felt where a host's callback
+/// Longer than any step of the library's threads; short enough not to be felt where a host's callback
 /// blocks for ever.
 constexpr std::chrono::seconds patience(1);
 
@@ -68,9 +68,9 @@ void install() {
     static std::once_flag once;
     std::call_once(once, [] {
         registry().process = getpid();
-        // Handlers run in reverse: the crypto library's must be there before this one.
-        OPENSSL_init_ssl(0, nullptr);
-        curl_global_init(CURL_GLOBAL_DEFAULT);
+        // Handlers run in reverse: those of the libraries below must be there before this one.
+        initialiseNetworkLibraries();
+        initialiseJsonReader();
         (void)std::atexit(parkAllThreads);
     });
 }

@@ -2,10 +2,11 @@
 
 #include <functional>
 
-/// Lets the process exit at any moment while network threads run. TLS and certificates must not be
-/// touched once the crypto library has cleaned up after itself, which it does in an exit handler of
-/// its own. The guard's handler is registered behind that one and so runs before it: it asks every
-/// network thread to park, and waits until they have.
+/// Lets the process exit at any moment while the library's threads run. TLS and certificates must
+/// not be touched once the crypto library has cleaned up after itself, nor JSON read once the
+/// reader's objects are destroyed, which both happens in exit handlers of their own. The guard's
+/// handler is registered behind those and so runs before them: it asks every thread of the library
+/// to park, and waits until they have.
 namespace KeloAPI::ExitGuard {
 
 /// Initialises the libraries below and registers the handler. Once; further calls do nothing.
@@ -14,7 +15,7 @@ void install();
 /// True from the moment the process began to exit.
 bool isExiting();
 
-/// Stops the calling thread for good when the process is exiting. Called by network threads
+/// Stops the calling thread for good when the process is exiting. Called by the library's threads
 /// wherever they come back from code that is not theirs.
 void parkIfExiting();
 

@@ -1,0 +1,46 @@
+#include "commands/Commands.hpp"
+#include "Host.hpp"
+#include "Identifier.hpp"
+#include "Output.hpp"
+
+#include <KeloAPI/endpoints/UserEndpoint.hpp>
+
+#include <CLI/CLI.hpp>
+
+namespace KeloHost {
+
+namespace {
+
+using namespace KeloAPI;
+
+Command add(CLI::App& app, const char* name, const char* description, bool following) {
+    auto* command = app.add_subcommand(name, description);
+    const auto userId = std::make_shared<std::string>();
+    addIdentifier(*command, "USER", *userId, "The user's identifier");
+    return {command, [=](const std::shared_ptr<Host>& host) {
+                UserEndpoint::create(*userId)->setFollowingOnTwitter(
+                    following, [=](const UserResult& result) {
+                        if (result.success() != nullptr) {
+                            host->output().done(
+                                following ? "following the Twitter account of user"
+                                          : "no longer following the Twitter account of user",
+                                *userId, std::nullopt);
+                            host->end();
+                        } else if (!host->hearsAgain(*result.error())) {
+                            host->end(*result.error());
+                        }
+                    });
+            }};
+}
+
+} // namespace
+
+Command addFollow(CLI::App& app) {
+    return add(app, "follow", "Follow a user's Twitter account", true);
+}
+
+Command addUnfollow(CLI::App& app) {
+    return add(app, "unfollow", "Stop following a user's Twitter account", false);
+}
+
+} // namespace KeloHost

@@ -1,0 +1,140 @@
+#include "support/JsonText.hpp"
+#include "support/Named.hpp"
+
+#include <KeloAPI/parsing/AnyObjectJsonParser.hpp>
+#include <KeloAPI/parsing/KLClosureParser.hpp>
+#include <KeloAPI/parsing/KLEmpty.hpp>
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+namespace KeloAPI {
+
+using testing::JsonText;
+using testing::Named;
+using testing::NamedParser;
+
+namespace {
+
+/// The parse error that a parser throws for an empty object; none where it throws none.
+template <class P>
+std::optional<JsonParseError> failureOf(const P& parser) {
+    try {
+        parser.parse(JsonText("{}").object());
+    } catch (const JsonParseError& error) {
+        return error;
+    }
+    return std::nullopt;
+}
+
+KLClosureParser<Named> closure(KLClosureParser<Named>::Parser parser) {
+    return KLClosureParser<Named>(std::move(parser));
+}
+
+} // namespace
+
+TEST(AnyObjectJsonParserTest, IsNotImplementedByItself) {
+    EXPECT_EQ(failureOf(AnyObjectJsonParser()), JsonParseError(JsonParseError::NotImplemented));
+}
+
+TEST(AnyObjectJsonParserTest, IsMeantToBeOverridden) {
+    struct Own final : AnyObjectJsonParser {
+        std::shared_ptr<Object> parse(const JsonObject&) const override {
+            return std::make_shared<Named>("own");
+        }
+    };
+    const std::shared_ptr<AnyObjectJsonParser> parser = std::make_shared<Own>();
+    const auto object = parser->parse(JsonText("{}").object());
+    EXPECT_EQ(dynamic_cast<Named&>(*object).name, "own");
+}
+
+TEST(AnyObjectParserAdaptorTest, ReturnsWhatTheWrappedParserMakes) {
+    const AnyObjectParserAdaptor adaptor(std::make_shared<NamedParser>());
+    const auto object = adaptor.parse(JsonText(R"({"name":"a"})").object());
+    EXPECT_EQ(dynamic_cast<Named&>(*object).name, "a");
+}
+
+TEST(AnyObjectParserAdaptorTest, ThrowsTheWrappedParsersErrorOn) {
+    for (int which = 0; which <= 4; ++which) {
+        const auto error = static_cast<JsonParseError::Case>(which);
+        const AnyObjectParserAdaptor adaptor(std::make_shared<KLClosureParser<Named>>(
+            [error](const JsonObject&) -> std::shared_ptr<Named> { throw JsonParseError(error); }));
+        EXPECT_EQ(failureOf(adaptor), JsonParseError(error));
+    }
+    const AnyObjectParserAdaptor other(std::make_shared<KLClosureParser<Named>>(
+        [](const JsonObject&) -> std::shared_ptr<Named> { throw std::out_of_range("x"); }));
+    EXPECT_THROW(other.parse(JsonText("{}").object()), std::out_of_range);
+}
+
+TEST(AnyObjectParserAdaptorTest, WithoutAnObjectIsInsufficientData) {
+    struct Nothing final : JsonParser<Named> {
+        std::shared_ptr<Named> parse(const JsonObject&) const override { return nullptr; }
+    };
+    EXPECT_EQ(failureOf(AnyObjectParserAdaptor(std::make_shared<Nothing>())),
+              JsonParseError(JsonParseError::InsufficientData));
+}
+
+TEST(AnyObjectParserAdaptorTest, AWrappedClosureWithoutAnObjectIsStillAnIncorrectType) {
+    const AnyObjectParserAdaptor adaptor(std::make_shared<KLClosureParser<Named>>(
+        [](const JsonObject&) { return std::shared_ptr<Named>(); }));
+    EXPECT_EQ(failureOf(adaptor), JsonParseError(JsonParseError::IncorrectType));
+}
+
+TEST(AnyObjectParserAdaptorTest, HoldsItsParserAsTheClassItIs) {
+    struct Louder final : NamedParser {
+        std::shared_ptr<Named> parse(const JsonObject& json) const override {
+            auto named = NamedParser::parse(json);
+            named->name += "!";
+            return named;
+        }
+    };
+    const std::shared_ptr<NamedParser> parser = std::make_shared<Louder>();
+    const AnyObjectParserAdaptor adaptor(parser);
+    const auto object = adaptor.parse(JsonText(R"({"name":"a"})").object());
+    EXPECT_EQ(dynamic_cast<Named&>(*object).name, "a!");
+}
+
+TEST(AnyObjectParserAdaptorTest, WrapsAnAdaptorToo) {
+    const AnyObjectParserAdaptor outer(
+        std::make_shared<AnyObjectParserAdaptor>(std::make_shared<NamedParser>()));
+    EXPECT_EQ(failureOf(outer), JsonParseError(JsonParseError::InsufficientData));
+}
+
+TEST(KLClosureParserTest, ReturnsWhatTheCallbackMakes) {
+    const auto made = std::make_shared<Named>("made");
+    EXPECT_EQ(closure([&](const JsonObject&) { return made; }).parse(JsonText("{}").object()),
+              made);
+}
+
+TEST(KLClosureParserTest, SeesTheObject) {
+    const auto parser = closure(
+        [](const JsonObject& json) { return std::make_shared<Named>(json["x"].description()); });
+    EXPECT_EQ(parser.parse(JsonText(R"({"x":5})").object())->name, "5");
+}
+
+TEST(KLClosureParserTest, WithoutAnObjectIsAnIncorrectType) {
+    EXPECT_EQ(failureOf(closure([](const JsonObject&) { return nullptr; })),
+              JsonParseError(JsonParseError::IncorrectType));
+}
+
+TEST(KLClosureParserTest, ThrowsTheCallbacksErrorOn) {
+    EXPECT_EQ(failureOf(closure([](const JsonObject&) -> std::shared_ptr<Named> {
+                  throw JsonParseError(JsonParseError::InvalidData);
+              })),
+              JsonParseError(JsonParseError::InvalidData));
+    EXPECT_THROW(closure([](const JsonObject&) -> std::shared_ptr<Named> {
+                     throw std::logic_error("x");
+                 }).parse(JsonText("{}").object()),
+                 std::logic_error);
+}
+
+TEST(KLEmptyParserTest, TakesAnyObject) {
+    const KLEmptyParser parser;
+    const auto one = parser.parse(JsonText("{}").object());
+    const auto two = parser.parse(JsonText(R"({"a":[1,{"b":null}]})").object());
+    EXPECT_NE(one, nullptr);
+    EXPECT_NE(one, two) << "a new one each time";
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,179 @@
+#include "support/MainLoop.hpp"
+#include "support/ManualTransport.hpp"
+#include "support/TemporaryFolder.hpp"
+
+#include <KeloAPI/platform/http/Manager.hpp>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+namespace KeloAPI {
+
+using ::testing::ElementsAre;
+using testing::FixedRequest;
+using ::testing::IsEmpty;
+using testing::runUntil;
+
+class DownloadRequestTest : public ::testing::Test {
+protected:
+    void start() { start(URL::fileURL(folder.path("video"))); }
+    void start(const URL& destination) {
+        request = manager.download(FixedRequest(), [=, this](const HTTPResponse& response) {
+            statusSeen = response.statusCode;
+            return destination;
+        });
+        request->progress([this](std::int64_t bytes, std::int64_t total, std::int64_t expected) {
+            progress.push_back({bytes, total, expected});
+        });
+        request->response([this](const ResponseContent& content, Timeline) {
+            // What a download is worth is settled before its handlers hear of it.
+            return [this, names = folder.names(), error = content.error, body = content.body] {
+                namesThen = names;
+                outcome = error;
+                EXPECT_EQ(body, "");
+                ended = true;
+            };
+        });
+    }
+    std::optional<Error> end() {
+        EXPECT_TRUE(runUntil([this] { return ended; }));
+        return outcome;
+    }
+
+    testing::TemporaryFolder folder;
+    std::shared_ptr<testing::ManualTransport> transport =
+        std::make_shared<testing::ManualTransport>();
+    Manager manager{transport};
+    std::shared_ptr<Request> request;
+    std::vector<std::vector<std::int64_t>> progress;
+    std::vector<std::string> namesThen;
+    std::optional<Error> outcome;
+    std::optional<int> statusSeen;
+    bool ended = false;
+};
+
+TEST_F(DownloadRequestTest, BecomesAFile) {
+    start();
+    transport->head(200, 6);
+    EXPECT_TRUE(transport->data("abc"));
+    EXPECT_EQ(folder.read("video"), "");
+    EXPECT_TRUE(transport->data("def"));
+    transport->complete();
+    EXPECT_EQ(end(), std::nullopt);
+    EXPECT_THAT(namesThen, ElementsAre("video"));
+    EXPECT_EQ(folder.read("video"), "abcdef");
+    EXPECT_EQ(statusSeen, 200);
+    ASSERT_FALSE(progress.empty());
+    EXPECT_THAT(progress.back(), ElementsAre(6, 6, 6));
+}
+
+TEST_F(DownloadRequestTest, AnEmptyAnswerBecomesAnEmptyFile) {
+    folder.write("video", "old");
+    start();
+    transport->head(200, 0);
+    transport->complete();
+    EXPECT_EQ(end(), std::nullopt);
+    EXPECT_EQ(folder.read("video"), "");
+    EXPECT_TRUE(progress.empty());
+}
+
+TEST_F(DownloadRequestTest, AnErrorPageNeverBecomesTheFile) {
+    for (const int status : {400, 403, 404, 500, 503, 599}) {
+        SCOPED_TRACE(status);
+        folder.write("video", "old");
+        ended = false;
+        statusSeen.reset();
+        start();
+        transport->head(status, 9);
+        EXPECT_FALSE(transport->data("not found"));
+        transport->complete(httpError(HTTPErrorCode::Unknown, "the receiver gave up"));
+        const auto error = end();
+        ASSERT_TRUE(error);
+        EXPECT_TRUE(isHTTPError(*error, HTTPErrorCode::HTTPStatus));
+        EXPECT_EQ(error->integer(HTTPStatusCodeKey), status);
+        EXPECT_EQ(folder.read("video"), "old");
+        EXPECT_THAT(namesThen, ElementsAre("video"));
+        EXPECT_FALSE(statusSeen) << "no destination is asked for";
+    }
+}
+
+TEST_F(DownloadRequestTest, AnErrorWithoutAPageIsOneToo) {
+    start();
+    transport->head(404, 0);
+    transport->complete();
+    EXPECT_TRUE(isHTTPError(end().value(), HTTPErrorCode::HTTPStatus));
+    EXPECT_THAT(namesThen, IsEmpty());
+}
+
+TEST_F(DownloadRequestTest, ABrokenTransferLeavesTheDestinationAndNoLitter) {
+    for (const HTTPErrorCode code : {HTTPErrorCode::ConnectionLost, HTTPErrorCode::Cancelled}) {
+        folder.write("video", "old");
+        ended = false;
+        start();
+        transport->head(200, 100);
+        EXPECT_TRUE(transport->data("half"));
+        transport->complete(httpError(code, "ended"));
+        EXPECT_TRUE(isHTTPError(end().value(), code));
+        EXPECT_THAT(namesThen, ElementsAre("video"));
+        EXPECT_EQ(folder.read("video"), "old");
+    }
+}
+
+TEST_F(DownloadRequestTest, AFailureBeforeTheHeadTouchesNothing) {
+    start();
+    transport->complete(httpError(HTTPErrorCode::CannotConnect, "refused"));
+    EXPECT_TRUE(isHTTPError(end().value(), HTTPErrorCode::CannotConnect));
+    EXPECT_THAT(namesThen, IsEmpty());
+}
+
+TEST_F(DownloadRequestTest, ADestinationThatCannotBeWrittenIsItsError) {
+    start(URL::fileURL(folder.path("missing/video")));
+    transport->head(200, 4);
+    EXPECT_FALSE(transport->data("data"));
+    transport->complete(httpError(HTTPErrorCode::Unknown, "the receiver gave up"));
+    EXPECT_TRUE(isHTTPError(end().value(), HTTPErrorCode::CannotWriteFile));
+    EXPECT_THAT(namesThen, IsEmpty());
+}
+
+TEST_F(DownloadRequestTest, ADestinationThatIsAFolderIsItsErrorInTheEnd) {
+    ASSERT_EQ(mkdir(folder.path("video").c_str(), 0700), 0);
+    start();
+    transport->head(200, 4);
+    EXPECT_TRUE(transport->data("data"));
+    transport->complete();
+    EXPECT_TRUE(isHTTPError(end().value(), HTTPErrorCode::CannotWriteFile));
+    EXPECT_THAT(namesThen, ElementsAre("video"));
+}
+
+TEST_F(DownloadRequestTest, ADestinationThatIsNoFileURLIsItsError) {
+    start(*URL::parse("https://h/video"));
+    transport->head(200, 4);
+    EXPECT_FALSE(transport->data("data"));
+    transport->complete();
+    EXPECT_TRUE(isHTTPError(end().value(), HTTPErrorCode::CannotWriteFile));
+}
+
+TEST_F(DownloadRequestTest, SentBytesAreNotReported) {
+    start();
+    transport->sent(10, 10);
+    transport->head(200, -1);
+    transport->data("ab");
+    transport->complete();
+    EXPECT_EQ(end(), std::nullopt);
+    EXPECT_THAT(progress, ElementsAre(ElementsAre(2, 2, -1)));
+}
+
+TEST_F(DownloadRequestTest, LetsTheDestinationsChooserGo) {
+    auto token = std::make_shared<int>(1);
+    const std::weak_ptr<int> watch = token;
+    const auto download =
+        manager.download(FixedRequest(), [token = std::move(token), this](const HTTPResponse&) {
+            return URL::fileURL(folder.path("video"));
+        });
+    transport->head(200);
+    transport->complete();
+    EXPECT_TRUE(runUntil([&] { return watch.expired(); }));
+}
+
+} // namespace KeloAPI

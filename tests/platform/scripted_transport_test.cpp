@@ -1,0 +1,83 @@
+#include "support/MainLoop.hpp"
+#include "support/ManualTransport.hpp"
+
+#include <KeloAPI/platform/http/Manager.hpp>
+#include <KeloAPI/testing/ScriptedTransport.hpp>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace KeloAPI {
+
+using ::testing::ElementsAre;
+using testing::FixedRequest;
+using testing::runFor;
+using testing::runUntil;
+using testing::ScriptedAnswer;
+using namespace std::chrono_literals;
+
+class ScriptedTransportTest : public ::testing::Test {
+protected:
+    void send(const char* url = "https://h/") {
+        const auto request = manager.request(FixedRequest(url));
+        request->response([this](const ResponseContent& content, Timeline) {
+            std::string line =
+                content.response ? std::to_string(content.response->statusCode) : "-";
+            line += " " + content.body;
+            line += content.error ? " " + std::to_string(content.error->code()) : "";
+            return [this, line] { outcomes.push_back(line); };
+        });
+    }
+    bool waitForOutcomes(std::size_t count) {
+        return runUntil([&] { return outcomes.size() >= count; });
+    }
+
+    std::shared_ptr<testing::ScriptedTransport> transport =
+        std::make_shared<testing::ScriptedTransport>();
+    Manager manager{transport};
+    std::vector<std::string> outcomes;
+};
+
+TEST_F(ScriptedTransportTest, AnswersInTheOrderBothCome) {
+    transport->answer(ScriptedAnswer::json("1"));
+    send();
+    send();
+    send();
+    ASSERT_TRUE(waitForOutcomes(1));
+    EXPECT_EQ(transport->waitingCount(), 2U);
+    transport->answer(ScriptedAnswer::json("2"));
+    transport->answer(ScriptedAnswer::json("3"));
+    transport->answer(ScriptedAnswer::json("4"));
+    ASSERT_TRUE(waitForOutcomes(3));
+    send();
+    ASSERT_TRUE(waitForOutcomes(4));
+    EXPECT_THAT(outcomes, ElementsAre("200 1", "200 2", "200 3", "200 4"));
+}
+
+TEST_F(ScriptedTransportTest, AnswersACertainRequestOnce) {
+    send("https://h/0");
+    send("https://h/1");
+    transport->answerRequest(1, ScriptedAnswer::json("b"));
+    ASSERT_TRUE(waitForOutcomes(1));
+    transport->answerRequest(1, ScriptedAnswer::json("again"));
+    transport->answerRequest(7, ScriptedAnswer::json("nobody"));
+    transport->answer(ScriptedAnswer::json("a"));
+    ASSERT_TRUE(waitForOutcomes(2));
+    runFor(5ms);
+    EXPECT_THAT(outcomes, ElementsAre("200 b", "200 a"));
+    ASSERT_EQ(transport->requests().size(), 2U);
+    EXPECT_EQ(transport->requests()[1].url, URL::parse("https://h/1"));
+}
+
+TEST_F(ScriptedTransportTest, PlaysHeadBodyAndError) {
+    transport->answer({503, {{"A", "b"}}, "busy", Error("d", 9)});
+    transport->answer(ScriptedAnswer::failure(Error("d", 7)));
+    transport->answer({204, {}, "", {}});
+    send();
+    send();
+    send();
+    ASSERT_TRUE(waitForOutcomes(3));
+    EXPECT_THAT(outcomes, ElementsAre("503 busy 9", "-  7", "204 "));
+}
+
+} // namespace KeloAPI
