@@ -79,11 +79,11 @@ private:
 };
 
 ScriptedAnswer ScriptedAnswer::json(std::string body) {
-    return {200, {{"Content-Type", "application/json"}}, std::move(body), {}, {}};
+    return {200, {{"Content-Type", "application/json"}}, std::move(body), {}};
 }
 
 ScriptedAnswer ScriptedAnswer::failure(Error error) {
-    return {0, {}, {}, {}, std::move(error)};
+    return {0, {}, {}, std::move(error)};
 }
 
 ScriptedTransport::ScriptedTransport()

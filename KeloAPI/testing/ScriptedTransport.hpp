@@ -20,10 +20,10 @@ struct KELO_API ScriptedAnswer {
     int statusCode = 200;
     HeaderFields headerFields;
     std::string body;
-    /// What the head says of the body's length; its real length when absent.
-    std::optional<std::int64_t> expectedContentLength;
     /// When present, the exchange ends with it after the body.
     std::optional<Error> error;
+    /// What the head says of the body's length; its real length when absent.
+    std::optional<std::int64_t> expectedContentLength = std::nullopt;
 
     /// The answer with this body.
     static ScriptedAnswer json(std::string body);

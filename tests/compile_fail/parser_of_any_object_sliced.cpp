@@ -1,4 +1,4 @@
-// expect: protected
+// expect: deleted
 #include <KeloAPI/parsing/AnyObjectJsonParser.hpp>
 
 using namespace KeloAPI;
