@@ -168,7 +168,7 @@ TEST_F(ActionsAtService, LoopsAreSentOneRecordAtATime) {
         json body = json::parse(requests[i].body);
         const json ts = body.at("loops").at(0).at("ts");
         EXPECT_TRUE(ts.is_number_float()) << ts;
-        EXPECT_GE(ts.get<double>(), before);
+        EXPECT_GE(ts.get<double>(), before - 2e-6); // a Date counts microseconds
         EXPECT_LE(ts.get<double>(), after);
         // A double of this size holds a quarter of a microsecond, which is 0.00024 milliseconds.
         const double milliseconds = ts.get<double>() * 1000;
