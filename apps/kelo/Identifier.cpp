@@ -7,11 +7,11 @@ namespace KeloHost {
 namespace {
 
 std::string checkIdentifier(const std::string& identifier) {
-    const bool good = !identifier.empty() &&
-                      std::all_of(identifier.begin(), identifier.end(), [](char c) {
-                          return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') ||
-                                 (c >= 'A' && c <= 'Z') || c == '-' || c == '_';
-                      });
+    const bool good =
+        !identifier.empty() && std::all_of(identifier.begin(), identifier.end(), [](char c) {
+            return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+                   c == '-' || c == '_';
+        });
     return good ? "" : "'" + identifier + "' is no identifier";
 }
 

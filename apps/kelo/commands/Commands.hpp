@@ -21,8 +21,8 @@ struct Command {
     Start start;
 };
 
-// One function per command, one source file per command and its undoing. A new one is declared here, and called in
-// `addCommands`.
+// One function per command, one source file per command and its undoing. A new one is declared
+// here, and called in `addCommands`.
 Command addMe(CLI::App& app);
 Command addTimeline(CLI::App& app);
 Command addLike(CLI::App& app);
@@ -38,9 +38,9 @@ Command addSounds(CLI::App& app);
 Command addServe(CLI::App& app);
 
 inline std::vector<Command> addCommands(CLI::App& app) {
-    return {addMe(app),    addTimeline(app), addLike(app),     addUnlike(app), addRekelo(app),
+    return {addMe(app),       addTimeline(app), addLike(app),     addUnlike(app), addRekelo(app),
             addUnrekelo(app), addFollow(app),   addUnfollow(app), addBoost(app),  addLoops(app),
-            addViews(app), addSounds(app),   addServe(app)};
+            addViews(app),    addSounds(app),   addServe(app)};
 }
 
 } // namespace KeloHost

@@ -32,8 +32,7 @@ Command add(CLI::App& app, const char* name, const char* description, bool on) {
     auto* command = app.add_subcommand(name, description);
     const auto postId = std::make_shared<std::string>();
     addIdentifier(*command, "POST", *postId, "The post's identifier");
-    return {command,
-            [=](const std::shared_ptr<Host>& host) { toggleLike(host, *postId, on); }};
+    return {command, [=](const std::shared_ptr<Host>& host) { toggleLike(host, *postId, on); }};
 }
 
 } // namespace

@@ -16,17 +16,17 @@ using namespace KeloAPI;
 
 void showViews(const std::shared_ptr<Host>& host, const std::string& longformId) {
     LongformViewsEndpoint::create(longformId)
-        ->fetchViews([=](const std::shared_ptr<KLLongformViews>& views,
-                         const std::optional<Error>& error) {
-            if (views) {
-                host->output().views(*views);
-                host->end();
-            } else if (!error) {
-                host->end(Failure(ExitCode::Failed, "the service names no views"));
-            } else if (!host->hearsAgain(*error)) {
-                host->end(*error);
-            }
-        });
+        ->fetchViews(
+            [=](const std::shared_ptr<KLLongformViews>& views, const std::optional<Error>& error) {
+                if (views) {
+                    host->output().views(*views);
+                    host->end();
+                } else if (!error) {
+                    host->end(Failure(ExitCode::Failed, "the service names no views"));
+                } else if (!host->hearsAgain(*error)) {
+                    host->end(*error);
+                }
+            });
 }
 
 void submitView(const std::shared_ptr<Host>& host, const std::string& longformId) {
