@@ -65,7 +65,7 @@ void Host::run(const std::function<void()>& work) {
 }
 
 void Host::onDiagnostic(Listener listener) {
-    divertDiagnostics(_options.verbose, listener);
+    divertDiagnostics(_options.verbose, std::move(listener));
 }
 
 bool Host::hearsAgain(const Error& error) const {
