@@ -1,5 +1,4 @@
 #include <KeloAPI/api/AlamofireEndpointRequest.hpp>
-
 #include <KeloAPI/platform/http/Request.hpp>
 
 #include <cstdint>

@@ -1,5 +1,4 @@
 #include <KeloAPI/api/Api.hpp>
-
 #include <KeloAPI/platform/NeverDestroyed.hpp>
 
 #include <utility>

@@ -1,5 +1,4 @@
 #include <KeloAPI/api/Certificates.hpp>
-
 #include <KeloAPI/platform/Base64.hpp>
 #include <KeloAPI/Settings.hpp>
 

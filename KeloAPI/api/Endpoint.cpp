@@ -1,6 +1,5 @@
-#include <KeloAPI/api/Endpoint.hpp>
-
 #include <KeloAPI/api/AlamofireEndpointRequest.hpp>
+#include <KeloAPI/api/Endpoint.hpp>
 #include <KeloAPI/platform/Contract.hpp>
 #include <KeloAPI/platform/Diagnostics.hpp>
 #include <KeloAPI/platform/http/ResponseSerializers.hpp>
@@ -18,7 +17,8 @@ constexpr std::string_view sessionIdField = "kelo-session-id";
 EndpointCall::~EndpointCall() = default;
 Endpoint::~Endpoint() = default;
 
-Endpoint::Endpoint(Key, std::shared_ptr<Session> session) : _session(std::move(session)) {
+Endpoint::Endpoint(Key, std::shared_ptr<Session> session)
+    : _session(std::move(session)) {
     require(_session != nullptr, "an endpoint needs a session");
 }
 
@@ -104,19 +104,21 @@ std::shared_ptr<EndpointRequest> Endpoint::sendUpload(std::shared_ptr<const Endp
 
 void Endpoint::download(const URL& destinationUrl, DownloadCompletion completionHandler) {
     // The endpoint lives until its completion has run, as in every other call.
-    _session->download(*this, destinationUrl,
-                       [self = shared_from_this(), completionHandler = std::move(completionHandler)](
-                           const URL& url, std::optional<Error> error) {
-                           completionHandler(url, std::move(error));
-                       });
+    _session->download(
+        *this, destinationUrl,
+        [self = shared_from_this(), completionHandler = std::move(completionHandler)](
+            const URL& url, std::optional<Error> error) {
+            completionHandler(url, std::move(error));
+        });
 }
 
 std::shared_ptr<EndpointRequest> Endpoint::request(TextCompletion completionHandler) {
     const auto request = _session->request(*this);
     auto handle = AlamofireEndpointRequest::create(request);
     request->response<std::string>(
-        serializeText, [self = shared_from_this(), completionHandler = std::move(completionHandler)](
-                           Result<std::string> text, const Timeline&) {
+        serializeText,
+        [self = shared_from_this(), completionHandler = std::move(completionHandler)](
+            Result<std::string> text, const Timeline&) {
             if (text) {
                 completionHandler(std::move(text.value()), std::nullopt);
             } else {
@@ -129,8 +131,9 @@ std::shared_ptr<EndpointRequest> Endpoint::request(TextCompletion completionHand
 std::shared_ptr<EndpointRequest> Endpoint::deliver(const std::shared_ptr<Request>& request,
                                                    std::shared_ptr<const EndpointCall> call) {
     auto handle = AlamofireEndpointRequest::create(request);
-    request->response([self = shared_from_this(), call = std::move(call)](
-                          const ResponseContent& content, Timeline timeline) -> Request::Completion {
+    request->response([self = shared_from_this(),
+                       call = std::move(call)](const ResponseContent& content,
+                                               Timeline timeline) -> Request::Completion {
         Diagnostics::write(content.request.url ? content.request.description() : "nil");
         const auto items = call->collector();
         ResponseEnvelope envelope = keloModelResponseSerializer(content, *items);

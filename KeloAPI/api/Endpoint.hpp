@@ -10,12 +10,12 @@
 #include <KeloAPI/platform/Data.hpp>
 #include <KeloAPI/platform/Error.hpp>
 #include <KeloAPI/platform/Export.hpp>
-#include <KeloAPI/platform/Object.hpp>
-#include <KeloAPI/platform/Parameters.hpp>
 #include <KeloAPI/platform/http/Method.hpp>
 #include <KeloAPI/platform/http/ParameterEncoding.hpp>
 #include <KeloAPI/platform/http/Timeline.hpp>
 #include <KeloAPI/platform/http/URLRequest.hpp>
+#include <KeloAPI/platform/Object.hpp>
+#include <KeloAPI/platform/Parameters.hpp>
 
 #include <functional>
 #include <memory>
@@ -161,7 +161,8 @@ template <class T, class Completion>
 class TypedCall final : public EndpointCall {
 public:
     TypedCall(std::shared_ptr<const JsonParser<T>> parser, Completion completion)
-        : _parser(std::move(parser)), _completion(std::move(completion)) {}
+        : _parser(std::move(parser))
+        , _completion(std::move(completion)) {}
 
     std::shared_ptr<RecordCollector> collector() const override {
         return std::make_shared<ItemCollector<T>>(_parser);

@@ -17,8 +17,10 @@ public:
         KeloAPI::Error error;
     };
 
-    Outcome(Success success) : _case(std::move(success)) {}
-    Outcome(Error error) : _case(std::move(error)) {}
+    Outcome(Success success)
+        : _case(std::move(success)) {}
+    Outcome(Error error)
+        : _case(std::move(error)) {}
 
     /// Null in the other case.
     const Success* success() const { return std::get_if<Success>(&_case); }

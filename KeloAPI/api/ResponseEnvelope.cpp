@@ -1,5 +1,4 @@
 #include <KeloAPI/api/ResponseEnvelope.hpp>
-
 #include <KeloAPI/platform/http/ResponseSerializers.hpp>
 #include <KeloAPI/Settings.hpp>
 

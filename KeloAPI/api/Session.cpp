@@ -1,6 +1,5 @@
-#include <KeloAPI/api/Session.hpp>
-
 #include <KeloAPI/api/Certificates.hpp>
+#include <KeloAPI/api/Session.hpp>
 #include <KeloAPI/platform/http/ServerTrustPolicy.hpp>
 #include <KeloAPI/Settings.hpp>
 
@@ -12,7 +11,8 @@ namespace KeloAPI {
 SessionDelegate::~SessionDelegate() = default;
 EndpointErrorHandler::~EndpointErrorHandler() = default;
 
-Session::Session(SessionType sessionType) : _sessionType(sessionType) {}
+Session::Session(SessionType sessionType)
+    : _sessionType(sessionType) {}
 
 Session::~Session() = default;
 

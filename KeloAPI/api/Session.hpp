@@ -5,11 +5,11 @@
 #include <KeloAPI/platform/Data.hpp>
 #include <KeloAPI/platform/Error.hpp>
 #include <KeloAPI/platform/Export.hpp>
-#include <KeloAPI/platform/Object.hpp>
-#include <KeloAPI/platform/URL.hpp>
 #include <KeloAPI/platform/http/Manager.hpp>
 #include <KeloAPI/platform/http/Request.hpp>
 #include <KeloAPI/platform/http/URLRequest.hpp>
+#include <KeloAPI/platform/Object.hpp>
+#include <KeloAPI/platform/URL.hpp>
 
 #include <cstddef>
 #include <cstdint>

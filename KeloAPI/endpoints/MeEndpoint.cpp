@@ -1,6 +1,5 @@
-#include <KeloAPI/endpoints/MeEndpoint.hpp>
-
 #include <KeloAPI/api/Api.hpp>
+#include <KeloAPI/endpoints/MeEndpoint.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
 #include <KeloAPI/platform/Contract.hpp>
 

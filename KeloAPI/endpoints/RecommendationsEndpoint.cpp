@@ -1,6 +1,5 @@
-#include <KeloAPI/endpoints/RecommendationsEndpoint.hpp>
-
 #include <KeloAPI/api/Api.hpp>
+#include <KeloAPI/endpoints/RecommendationsEndpoint.hpp>
 #include <KeloAPI/parsing/KLEmpty.hpp>
 
 #include <array>

@@ -30,7 +30,8 @@ public:
     };
     struct Success {};
 
-    RecommendationResult(Failure failure) : _failure(std::move(failure)) {}
+    RecommendationResult(Failure failure)
+        : _failure(std::move(failure)) {}
     RecommendationResult(Success) {}
 
     bool success() const { return !_failure; }

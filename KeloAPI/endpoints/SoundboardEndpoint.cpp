@@ -1,5 +1,4 @@
 #include <KeloAPI/endpoints/SoundboardEndpoint.hpp>
-
 #include <KeloAPI/model/SoundboardSound.hpp>
 
 #include <utility>
@@ -23,13 +22,12 @@ std::shared_ptr<EndpointRequest> SoundboardEndpoint::fetchSounds(
     setParameters({});
     setParameterEncoding(ParameterEncoding::URL);
     setMethod(Method::GET);
-    return request(
-        std::make_shared<SoundboardSoundParser>(),
-        [completion = std::move(completion)](std::vector<std::shared_ptr<SoundboardSound>> sounds,
-                                             std::optional<Metadata>, const Timeline&,
-                                             std::optional<Error> error) {
-            completion(std::move(sounds), std::move(error));
-        });
+    return request(std::make_shared<SoundboardSoundParser>(),
+                   [completion = std::move(completion)](
+                       std::vector<std::shared_ptr<SoundboardSound>> sounds,
+                       std::optional<Metadata>, const Timeline&, std::optional<Error> error) {
+                       completion(std::move(sounds), std::move(error));
+                   });
 }
 
 } // namespace KeloAPI

@@ -1,6 +1,5 @@
-#include <KeloAPI/endpoints/TimelineEndpoint.hpp>
-
 #include <KeloAPI/api/Api.hpp>
+#include <KeloAPI/endpoints/TimelineEndpoint.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 
 #include <utility>
@@ -10,11 +9,8 @@ namespace KeloAPI {
 namespace {
 
 Parameters defaultParameters() {
-    return {{"c_max", 3},
-            {"c_overflow", "trunc"},
-            {"l_max", 3},
-            {"l_overflow", "trunc"},
-            {"size", 5}};
+    return {
+        {"c_max", 3}, {"c_overflow", "trunc"}, {"l_max", 3}, {"l_overflow", "trunc"}, {"size", 5}};
 }
 
 /// The endpoint of another page of the feed at `path`; null without paging parameters.

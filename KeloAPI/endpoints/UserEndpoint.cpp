@@ -1,6 +1,5 @@
-#include <KeloAPI/endpoints/UserEndpoint.hpp>
-
 #include <KeloAPI/api/Api.hpp>
+#include <KeloAPI/endpoints/UserEndpoint.hpp>
 #include <KeloAPI/parsing/KLEmpty.hpp>
 
 #include <utility>

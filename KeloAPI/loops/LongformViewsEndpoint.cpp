@@ -1,7 +1,6 @@
-#include <KeloAPI/loops/LongformViewsEndpoint.hpp>
-
 #include <KeloAPI/api/Api.hpp>
 #include <KeloAPI/loops/KLLongformViews.hpp>
+#include <KeloAPI/loops/LongformViewsEndpoint.hpp>
 #include <KeloAPI/parsing/KLEmpty.hpp>
 
 #include <array>
@@ -42,10 +41,11 @@ LongformViewsEndpoint::submitView(std::function<void(std::optional<Error>)> comp
     setParameterEncoding(ParameterEncoding::JSON);
     setMethod(Method::POST);
     return request(std::make_shared<KLEmptyParser>(),
-                   [completion = std::move(completion)](
-                       std::vector<std::shared_ptr<KLEmpty>>, std::optional<Metadata>,
-                       const Timeline&,
-                       std::optional<Error> error) { completion(std::move(error)); });
+                   [completion = std::move(completion)](std::vector<std::shared_ptr<KLEmpty>>,
+                                                        std::optional<Metadata>, const Timeline&,
+                                                        std::optional<Error> error) {
+                       completion(std::move(error));
+                   });
 }
 
 namespace detail {
@@ -53,9 +53,9 @@ namespace detail {
 std::string decimalText(double value) {
     // The longest is the smallest denormal number: "-0." and 324 digits behind it.
     std::array<char, 400> buffer{};
-    const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
-                                   std::chars_format::fixed)
-                         .ptr;
+    const auto end =
+        std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed)
+            .ptr;
     std::string text(buffer.data(), end);
     if (text.find('.') == std::string::npos) {
         text += ".0";

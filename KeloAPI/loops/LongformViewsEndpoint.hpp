@@ -20,13 +20,12 @@ public:
     ~LongformViewsEndpoint() override;
 
     /// GET. The completion runs on the main queue, with null views where the answer held none.
-    std::shared_ptr<EndpointRequest>
-    fetchViews(std::function<void(std::shared_ptr<KLLongformViews> views,
-                                  std::optional<Error> error)>
-                   completion);
+    std::shared_ptr<EndpointRequest> fetchViews(
+        std::function<void(std::shared_ptr<KLLongformViews> views, std::optional<Error> error)>
+            completion);
 
-    /// POST, with a JSON body whose one key is "timestamp": the instant of the call in seconds since
-    /// 1970, as text. The completion runs on the main queue.
+    /// POST, with a JSON body whose one key is "timestamp": the instant of the call in seconds
+    /// since 1970, as text. The completion runs on the main queue.
     std::shared_ptr<EndpointRequest>
     submitView(std::function<void(std::optional<Error> error)> completion);
 

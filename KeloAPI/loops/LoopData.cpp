@@ -1,5 +1,4 @@
 #include <KeloAPI/loops/LoopData.hpp>
-
 #include <KeloAPI/platform/Contract.hpp>
 
 #include <chrono>
@@ -7,7 +6,9 @@
 namespace KeloAPI {
 
 LoopData::LoopData(Number initialCount, Number initialVelocity)
-    : count(initialCount), velocity(initialVelocity), created(now()) {}
+    : count(initialCount)
+    , velocity(initialVelocity)
+    , created(now()) {}
 
 LoopData::~LoopData() = default;
 

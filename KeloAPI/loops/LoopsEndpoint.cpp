@@ -1,6 +1,5 @@
-#include <KeloAPI/loops/LoopsEndpoint.hpp>
-
 #include <KeloAPI/api/Api.hpp>
+#include <KeloAPI/loops/LoopsEndpoint.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/platform/Diagnostics.hpp>
 

@@ -1,5 +1,4 @@
 #include <KeloAPI/model/KLLike.hpp>
-
 #include <KeloAPI/model/KLWatchUser.hpp>
 #include <KeloAPI/platform/Contract.hpp>
 

@@ -26,7 +26,8 @@ std::optional<KLPostSourceContentType> contentTypeOf(std::int64_t rawValue) {
 }
 
 KLPostSource::KLPostSource(std::string postId, std::string userId)
-    : _postId(std::move(postId)), _userId(std::move(userId)) {}
+    : _postId(std::move(postId))
+    , _userId(std::move(userId)) {}
 
 KLPostSource::~KLPostSource() = default;
 
@@ -40,8 +41,8 @@ std::shared_ptr<KLPostSource> KLPostSource::fromJSON(const JsonObject& json) {
     }
     const std::shared_ptr<KLPostSource> source(
         new KLPostSource(postId->stringValue(), userId->stringValue()));
-    source->_contentType = contentTypeOf(values[1].integer().value_or(0))
-                               .value_or(KLPostSourceContentType::Unknown);
+    source->_contentType =
+        contentTypeOf(values[1].integer().value_or(0)).value_or(KLPostSourceContentType::Unknown);
     source->_username = text(values[3]);
     source->_caption = text(values[4]);
     source->thumbnailUrl = url(values[5]);

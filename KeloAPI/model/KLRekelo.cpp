@@ -1,5 +1,4 @@
 #include <KeloAPI/model/KLRekelo.hpp>
-
 #include <KeloAPI/model/KLWatchUser.hpp>
 #include <KeloAPI/platform/Contract.hpp>
 

@@ -1,6 +1,5 @@
-#include <KeloAPI/model/KLWatchPost.hpp>
-
 #include <KeloAPI/model/KLRekelo.hpp>
+#include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
 #include <KeloAPI/platform/Contract.hpp>
 

@@ -1,6 +1,5 @@
-#include <KeloAPI/model/KLWatchUser.hpp>
-
 #include <KeloAPI/loops/LoopData.hpp>
+#include <KeloAPI/model/KLWatchUser.hpp>
 
 namespace KeloAPI {
 

@@ -33,7 +33,8 @@ public:
     /// `key` names the wire key at fault, for people who debug; it must be a constant, and it plays
     /// no part in equality.
     JsonParseError(Case which, const char* key = nullptr) noexcept
-        : _case(which), _key(key) {}
+        : _case(which)
+        , _key(key) {}
     JsonParseError(const JsonParseError&) = default;
     JsonParseError& operator=(const JsonParseError&) = default;
     ~JsonParseError() override;

@@ -1,5 +1,4 @@
 #include <KeloAPI/parsing/JsonParser.hpp>
-
 #include <KeloAPI/platform/NeverDestroyed.hpp>
 
 namespace KeloAPI {

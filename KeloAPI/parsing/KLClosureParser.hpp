@@ -15,7 +15,8 @@ public:
     /// Makes an object, or none, or throws.
     using Parser = std::function<std::shared_ptr<Item>(const JsonObject& json)>;
 
-    explicit KLClosureParser(Parser parser) : _parser(std::move(parser)) {}
+    explicit KLClosureParser(Parser parser)
+        : _parser(std::move(parser)) {}
 
     /// What the callback makes. Its error is thrown on; where it makes nothing,
     /// `JsonParseError::IncorrectType`.

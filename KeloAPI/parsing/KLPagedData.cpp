@@ -1,5 +1,4 @@
 #include <KeloAPI/parsing/KLPagedData.hpp>
-
 #include <KeloAPI/platform/Contract.hpp>
 
 #include <algorithm>
@@ -8,14 +7,16 @@
 
 namespace KeloAPI {
 
-KLPagedData::KLPagedData() : KLPagedData(Elements()) {}
+KLPagedData::KLPagedData()
+    : KLPagedData(Elements()) {}
 
 KLPagedData::KLPagedData(Elements data)
     : _metadata(KLPagingMetadata::ofRecords(static_cast<std::int64_t>(data.size())))
     , _data(std::move(data)) {}
 
 KLPagedData::KLPagedData(Elements data, std::shared_ptr<KLPagingMetadata> metadata)
-    : _metadata(std::move(metadata)), _data(std::move(data)) {
+    : _metadata(std::move(metadata))
+    , _data(std::move(data)) {
     require(_metadata != nullptr, "paged data needs metadata");
 }
 

@@ -1,5 +1,4 @@
 #include <KeloAPI/parsing/KLPagingMetadata.hpp>
-
 #include <KeloAPI/parsing/PagingKeys.hpp>
 
 namespace KeloAPI {

@@ -24,7 +24,8 @@ public:
 
     /// Refers to bytes that `owner` keeps alive and unchanged; nothing is copied.
     Data(std::shared_ptr<const void> owner, std::span<const std::byte> bytes)
-        : _owner(std::move(owner)), _bytes(bytes) {}
+        : _owner(std::move(owner))
+        , _bytes(bytes) {}
 
     std::span<const std::byte> bytes() const { return _bytes; }
     std::size_t size() const { return _bytes.size(); }

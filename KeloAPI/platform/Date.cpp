@@ -12,7 +12,8 @@ bool isDigit(char c) {
 /// pattern reads as one list and is judged at its end.
 class Scanner {
 public:
-    explicit Scanner(std::string_view text) : _rest(text) {}
+    explicit Scanner(std::string_view text)
+        : _rest(text) {}
 
     int number(std::size_t fewestDigits, std::size_t mostDigits) {
         int value = 0;

@@ -1,5 +1,4 @@
 #include <KeloAPI/platform/Diagnostics.hpp>
-
 #include <KeloAPI/platform/NeverDestroyed.hpp>
 
 #include <cstdio>

@@ -76,8 +76,8 @@ std::string Error::description() const {
 }
 
 bool operator==(const Error& a, const Error& b) {
-    return a._contents == b._contents || (a.domain() == b.domain() && a.code() == b.code() &&
-                                          a.userInfo() == b.userInfo());
+    return a._contents == b._contents ||
+           (a.domain() == b.domain() && a.code() == b.code() && a.userInfo() == b.userInfo());
 }
 
 } // namespace KeloAPI

@@ -1,5 +1,5 @@
-#include <KeloAPI/platform/ExitGuard.hpp>
 #include <KeloAPI/platform/curl/Libraries.hpp>
+#include <KeloAPI/platform/ExitGuard.hpp>
 #include <KeloAPI/platform/JsonReader.hpp>
 #include <KeloAPI/platform/NeverDestroyed.hpp>
 
@@ -18,8 +18,8 @@ namespace KeloAPI::ExitGuard {
 
 namespace {
 
-/// Longer than any step of the library's threads; short enough not to be felt where a host's callback
-/// blocks for ever.
+/// Longer than any step of the library's threads; short enough not to be felt where a host's
+/// callback blocks for ever.
 constexpr std::chrono::seconds patience(1);
 
 struct Thread {

@@ -1,5 +1,4 @@
 #include <KeloAPI/platform/Json.hpp>
-
 #include <KeloAPI/platform/JsonReader.hpp>
 
 #include <simdjson.h>

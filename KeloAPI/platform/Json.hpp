@@ -87,7 +87,8 @@ public:
 
 private:
     friend struct JsonAccess;
-    explicit JsonObject(JsonValue value) : _value(value) {}
+    explicit JsonObject(JsonValue value)
+        : _value(value) {}
     void find(const std::string_view* keys, JsonValue* found, std::size_t count) const;
 
     JsonValue _value;
@@ -105,7 +106,8 @@ public:
 
 private:
     friend struct JsonAccess;
-    explicit JsonArray(JsonValue value) : _value(value) {}
+    explicit JsonArray(JsonValue value)
+        : _value(value) {}
 
     JsonValue _value;
 };
@@ -125,7 +127,8 @@ public:
 
 private:
     friend struct JsonAccess;
-    explicit JsonObjectList(JsonValue value) : _value(value) {}
+    explicit JsonObjectList(JsonValue value)
+        : _value(value) {}
 
     JsonValue _value;
 };
@@ -144,7 +147,9 @@ public:
 
 private:
     friend class JsonObject;
-    Iterator(const void* document, std::size_t index) : _document(document), _index(index) {}
+    Iterator(const void* document, std::size_t index)
+        : _document(document)
+        , _index(index) {}
     const void* _document;
     std::size_t _index;
 };
@@ -164,7 +169,9 @@ public:
 private:
     friend class JsonArray;
     friend class JsonObjectList;
-    Iterator(const void* document, std::size_t index) : _document(document), _index(index) {}
+    Iterator(const void* document, std::size_t index)
+        : _document(document)
+        , _index(index) {}
     const void* _document;
     std::size_t _index;
 };
@@ -186,7 +193,8 @@ public:
 
 private:
     friend class JsonObjectList;
-    explicit Iterator(JsonArray::Iterator at) : _at(at) {}
+    explicit Iterator(JsonArray::Iterator at)
+        : _at(at) {}
     JsonArray::Iterator _at;
 };
 

@@ -1,15 +1,15 @@
-#include <KeloAPI/platform/MainQueue.hpp>
-
 #include <KeloAPI/platform/Contract.hpp>
+#include <KeloAPI/platform/MainQueue.hpp>
 #include <KeloAPI/platform/NeverDestroyed.hpp>
+
+#include <sys/eventfd.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
 #include <mutex>
-#include <sys/eventfd.h>
-#include <unistd.h>
 #include <utility>
 
 namespace KeloAPI {

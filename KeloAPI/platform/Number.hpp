@@ -46,7 +46,9 @@ private:
         std::uint64_t u;
         double d;
     };
-    constexpr Number(Kind kind, Bits bits) : _bits(bits), _kind(kind) {}
+    constexpr Number(Kind kind, Bits bits)
+        : _bits(bits)
+        , _kind(kind) {}
 
     Bits _bits;
     Kind _kind;

@@ -31,18 +31,26 @@ public:
 
     ParameterValue() = default;
     ParameterValue(std::nullptr_t) {}
-    ParameterValue(bool value) : _held(value) {}
+    ParameterValue(bool value)
+        : _held(value) {}
     template <std::signed_integral Integer>
-    ParameterValue(Integer value) : _held(static_cast<std::int64_t>(value)) {}
+    ParameterValue(Integer value)
+        : _held(static_cast<std::int64_t>(value)) {}
     template <std::unsigned_integral Integer>
-        requires(!std::same_as<Integer, bool>)
-    ParameterValue(Integer value) : _held(static_cast<std::uint64_t>(value)) {}
-    ParameterValue(double value) : _held(value) {}
-    ParameterValue(const char* value) : _held(std::string(value)) {}
-    ParameterValue(std::string_view value) : _held(std::string(value)) {}
-    ParameterValue(std::string value) : _held(std::move(value)) {}
-    ParameterValue(ParameterList value) : _held(std::move(value)) {}
-    ParameterValue(Parameters value) : _held(std::move(value)) {}
+    requires(!std::same_as<Integer, bool>) ParameterValue(Integer value)
+        : _held(static_cast<std::uint64_t>(value)) {}
+    ParameterValue(double value)
+        : _held(value) {}
+    ParameterValue(const char* value)
+        : _held(std::string(value)) {}
+    ParameterValue(std::string_view value)
+        : _held(std::string(value)) {}
+    ParameterValue(std::string value)
+        : _held(std::move(value)) {}
+    ParameterValue(ParameterList value)
+        : _held(std::move(value)) {}
+    ParameterValue(Parameters value)
+        : _held(std::move(value)) {}
     /// A pointer would quietly become a boolean.
     template <class T>
     ParameterValue(T*) = delete;

@@ -11,8 +11,10 @@ namespace KeloAPI {
 template <class T>
 class Result {
 public:
-    Result(T value) : _outcome(std::in_place_index<0>, std::move(value)) {}
-    Result(Error error) : _outcome(std::in_place_index<1>, std::move(error)) {}
+    Result(T value)
+        : _outcome(std::in_place_index<0>, std::move(value)) {}
+    Result(Error error)
+        : _outcome(std::in_place_index<1>, std::move(error)) {}
 
     explicit operator bool() const { return _outcome.index() == 0; }
 

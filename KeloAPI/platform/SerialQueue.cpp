@@ -1,12 +1,12 @@
-#include <KeloAPI/platform/SerialQueue.hpp>
-
 #include <KeloAPI/platform/Contract.hpp>
 #include <KeloAPI/platform/ExitGuard.hpp>
+#include <KeloAPI/platform/SerialQueue.hpp>
 #include <KeloAPI/platform/SignalShield.hpp>
+
+#include <pthread.h>
 
 #include <condition_variable>
 #include <mutex>
-#include <pthread.h>
 #include <system_error>
 #include <thread>
 #include <vector>
@@ -14,7 +14,8 @@
 namespace KeloAPI {
 
 struct SerialQueue::State {
-    explicit State(std::string queueLabel) : label(std::move(queueLabel)) {}
+    explicit State(std::string queueLabel)
+        : label(std::move(queueLabel)) {}
 
     void run() noexcept {
         pthread_setname_np(pthread_self(), label.substr(0, 15).c_str());
@@ -53,7 +54,8 @@ struct SerialQueue::State {
     bool closed = false;
 };
 
-SerialQueue::SerialQueue(std::string label) : _state(std::make_shared<State>(std::move(label))) {}
+SerialQueue::SerialQueue(std::string label)
+    : _state(std::make_shared<State>(std::move(label))) {}
 
 SerialQueue::~SerialQueue() {
     {

@@ -1,10 +1,10 @@
+#include <KeloAPI/platform/Contract.hpp>
 #include <KeloAPI/platform/URL.hpp>
 
-#include <KeloAPI/platform/Contract.hpp>
+#include <uriparser/Uri.h>
 
 #include <algorithm>
 #include <charconv>
-#include <uriparser/Uri.h>
 
 namespace KeloAPI {
 
@@ -51,8 +51,8 @@ std::string lowered(std::string_view text) {
 }
 
 bool isUnreserved(char c) {
-    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') ||
-           c == '-' || c == '.' || c == '_' || c == '~';
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' ||
+           c == '.' || c == '_' || c == '~';
 }
 
 bool standsInPath(char c) {

@@ -61,7 +61,8 @@ public:
     friend bool operator==(const URL&, const URL&) = default;
 
 private:
-    explicit URL(std::string text) : _text(std::move(text)) {}
+    explicit URL(std::string text)
+        : _text(std::move(text)) {}
 
     std::string _text;
 };

@@ -1,7 +1,6 @@
-#include <KeloAPI/testing/ScriptedTransport.hpp>
-
-#include <KeloAPI/platform/SerialQueue.hpp>
 #include <KeloAPI/platform/http/HTTPError.hpp>
+#include <KeloAPI/platform/SerialQueue.hpp>
+#include <KeloAPI/testing/ScriptedTransport.hpp>
 
 #include <algorithm>
 #include <deque>
@@ -23,7 +22,9 @@ class ScriptedTransport::ScriptedExchange final
 public:
     ScriptedExchange(URLRequest request, std::shared_ptr<ExchangeObserver> observer,
                      std::weak_ptr<State> state)
-        : _request(std::move(request)), _observer(std::move(observer)), _state(std::move(state)) {}
+        : _request(std::move(request))
+        , _observer(std::move(observer))
+        , _state(std::move(state)) {}
 
     const URLRequest& request() const { return _request; }
 
@@ -85,7 +86,8 @@ ScriptedAnswer ScriptedAnswer::failure(Error error) {
     return {0, {}, {}, {}, std::move(error)};
 }
 
-ScriptedTransport::ScriptedTransport() : _state(std::make_shared<State>()) {}
+ScriptedTransport::ScriptedTransport()
+    : _state(std::make_shared<State>()) {}
 
 ScriptedTransport::~ScriptedTransport() {
     const std::lock_guard lock(_state->mutex);

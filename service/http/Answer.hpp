@@ -24,6 +24,8 @@ namespace ErrorCode {
 inline constexpr int sessionRequired = 100;
 inline constexpr int wrongCredentials = 101;
 inline constexpr int sessionExpired = 103;
+inline constexpr int alreadyFollowing = 230;
+inline constexpr int notFollowing = 231;
 inline constexpr int badRequest = 400;
 inline constexpr int notFound = 404;
 inline constexpr int methodNotAllowed = 405;

@@ -51,9 +51,7 @@ Json entities(const Post& post) {
 Json likes(const Post& post, const std::string& baseUrl) {
     Json records = Json::array();
     for (const Like& like : post.likes) {
-        Json record{{"likeId", like.likeId}, {"created", dateText(like.created)}};
-        addUserSummary(record, like.user, baseUrl);
-        records.push_back(record);
+        records.push_back(likeRecord(like, baseUrl));
     }
     return {{"count", post.likeCount}, {"records", records}};
 }
@@ -71,6 +69,18 @@ Json comments(const Post& post, const std::string& baseUrl) {
 }
 
 } // namespace
+
+Json likeRecord(const Like& like, const std::string& baseUrl) {
+    Json record{{"likeId", like.likeId}, {"created", dateText(like.created)}};
+    addUserSummary(record, like.user, baseUrl);
+    return record;
+}
+
+Json repostRecord(const Repost& repost, const std::string& baseUrl) {
+    Json record{{"repostId", repost.repostId}, {"created", dateText(repost.created)}};
+    addUserSummary(record, repost.user, baseUrl);
+    return record;
+}
 
 Json postRecord(const Post& post, const std::string& baseUrl) {
     Json record{{"postId", post.postId},

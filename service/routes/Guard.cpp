@@ -19,6 +19,22 @@ std::string requiredText(const Json& object, const char* key) {
     return found->get<std::string>();
 }
 
+std::int64_t requirePost(const Call& call, const Context& context) {
+    const std::int64_t postId = call.identifier("id");
+    if (!context.store.posts.exists(postId)) {
+        throw ServiceError(404, ErrorCode::notFound, "There is no such post");
+    }
+    return postId;
+}
+
+User requireUser(const Call& call, const Context& context) {
+    const auto user = context.store.users.find(call.identifier("id"));
+    if (!user) {
+        throw ServiceError(404, ErrorCode::notFound, "There is no such user");
+    }
+    return *user;
+}
+
 std::string captchaUrl(const Context& context, const std::string& token) {
     return context.baseUrl + "/captcha/" + token;
 }

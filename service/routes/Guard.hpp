@@ -14,6 +14,11 @@ Json bodyObject(const Call& call);
 /// A text of that object; throws a "bad request" ServiceError when it is missing.
 std::string requiredText(const Json& object, const char* key);
 
+/// The post or user that the path names under "id"; throws a "not found" ServiceError when there is
+/// none.
+std::int64_t requirePost(const Call& call, const Context& context);
+User requireUser(const Call& call, const Context& context);
+
 /// Where a captcha is shown.
 std::string captchaUrl(const Context& context, const std::string& token);
 

@@ -3,11 +3,19 @@
 namespace KeloService {
 
 void addAllRoutes(Router& router, const Context& context) {
+    addActionRoutes(router, context);
     addCaptchaRoutes(router, context);
     addControlRoutes(router, context);
+    addFeedbackRoutes(router, context);
+    addFollowRoutes(router, context);
     addInspectionRoutes(router, context);
+    addLikeRoutes(router, context);
+    addLongformRoutes(router, context);
+    addLoopRoutes(router, context);
     addMeRoutes(router, context);
+    addRepostRoutes(router, context);
     addSessionRoutes(router, context);
+    addSoundboardRoutes(router, context);
     addTimelineRoutes(router, context);
 }
 

@@ -36,25 +36,17 @@ Answer timeline(const Call& call, const Context& context, FeedOf feedOf) {
     return dataAnswer(pageRecord(page.metadata, std::move(records), context.baseUrl));
 }
 
-User userOf(const Call& call, const Context& context) {
-    const auto user = context.store.users.find(call.identifier("id"));
-    if (!user) {
-        throw ServiceError(404, ErrorCode::notFound, "There is no such user");
-    }
-    return *user;
-}
-
 Feed home(const Call& call, const Context& context) {
     return homeFeed(requireSession(call, context).userId);
 }
 
 Feed ofUser(const Call& call, const Context& context) {
-    const User user = userOf(call, context);
+    const User user = requireUser(call, context);
     return userFeed(user.userId, user.username);
 }
 
 Feed likedByUser(const Call& call, const Context& context) {
-    const User user = userOf(call, context);
+    const User user = requireUser(call, context);
     return userLikesFeed(user.userId, user.username);
 }
 

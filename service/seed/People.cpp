@@ -39,7 +39,7 @@ constexpr Person everyone[] = {
     {"owen", "Sheepdog trials 🐑", "Powys"},
     {"mei", "Miniature kitchens", "Tainan"},
     {"salma", "Henna and geometry", "Fès"},
-    {"viggo", "LEGO-free brick films", "Odense"},
+    {"viggo", "Brick films on a budget", "Odense"},
     {"nadia", "Make-up transformations 💄", "Tunis"},
     {"caleb", "Trick shots, mostly misses 🏀", "Tulsa"},
     {"ingrid", "Knitting faster than you think 🧶", "Bergen"},

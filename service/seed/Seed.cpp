@@ -1,6 +1,7 @@
 #include "service/seed/Seed.hpp"
 
 #include "service/seed/Captions.hpp"
+#include "service/seed/Catalogue.hpp"
 #include "service/store/Password.hpp"
 
 #include <algorithm>
@@ -13,14 +14,12 @@ namespace {
 
 constexpr std::int64_t postCount = 1240;
 constexpr std::int64_t pickCount = 23;
-/// The moment at which the seeded service stands still: 2016-03-01 12:00 UTC, in milliseconds.
-constexpr std::int64_t now = 1456833600000;
+constexpr std::int64_t now = seededMoment;
 constexpr std::int64_t minute = 60000;
 constexpr std::int64_t firstUserId = 1001;
 constexpr std::int64_t firstChannelId = 1;
-/// Beyond what a double holds exactly, as a service of some age has them.
-constexpr std::int64_t firstPostId = 1150000000000000001;
-constexpr std::int64_t postIdStep = 4111;
+constexpr std::int64_t firstPostId = firstSeededPostId;
+constexpr std::int64_t postIdStep = seededPostIdStep;
 
 class Seeder {
 public:
@@ -257,14 +256,10 @@ void seedIfEmpty(Database& database) {
             return;
         }
     }
-    database.execute("BEGIN IMMEDIATE");
-    try {
+    database.transact([&database] {
         Seeder(database).run();
-    } catch (...) {
-        database.execute("ROLLBACK");
-        throw;
-    }
-    database.execute("COMMIT");
+        seedCatalogue(database);
+    });
 }
 
 } // namespace KeloService

@@ -2,6 +2,7 @@
 
 #include "service/store/Database.hpp"
 
+#include <cstdint>
 #include <string_view>
 
 namespace KeloService {
@@ -11,6 +12,13 @@ inline constexpr std::string_view developmentPassword = "loop-the-loop";
 /// The user who is signed in from the start, and the session key that says so.
 inline constexpr std::string_view developmentUser = "mara";
 inline constexpr std::string_view developmentSessionKey = "kelo-development-session";
+
+/// The moment at which the seeded service stands still: 2016-03-01 12:00 UTC, in milliseconds. All
+/// that people do with it is younger.
+inline constexpr std::int64_t seededMoment = 1456833600000;
+/// Post ids are beyond what a double holds exactly, as a service of some age has them.
+inline constexpr std::int64_t firstSeededPostId = 1150000000000000001;
+inline constexpr std::int64_t seededPostIdStep = 4111;
 
 /// Fills a database that has no users with the same believable service every time.
 void seedIfEmpty(Database& database);

@@ -93,6 +93,18 @@ public:
     Query query(const std::string& sql);
     /// Runs statements that have neither values nor rows.
     void execute(const std::string& sql);
+    /// Everything that `work` writes is kept, or nothing when it throws. Under the lock.
+    template <typename Work>
+    void transact(Work work) {
+        execute("BEGIN IMMEDIATE");
+        try {
+            work();
+        } catch (...) {
+            execute("ROLLBACK");
+            throw;
+        }
+        execute("COMMIT");
+    }
     std::int64_t lastRowId() const;
 
 private:

@@ -48,6 +48,11 @@ std::vector<Post> Posts::find(const std::vector<std::int64_t>& postIds, const Po
     return posts;
 }
 
+bool Posts::exists(std::int64_t postId) {
+    const auto lock = database_.lock();
+    return database_.query("SELECT 1 FROM posts WHERE postId = ?1").bind(postId).next();
+}
+
 std::optional<Post> Posts::findOne(std::int64_t postId, const PostView& view) {
     Query query = database_.query(
         "SELECT p.postId, p.created, p.caption, p.permalinkId, p.channelId, p.loopCount, "

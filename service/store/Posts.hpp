@@ -44,6 +44,12 @@ struct Like {
     UserSummary user;
 };
 
+struct Repost {
+    std::int64_t repostId = 0;
+    std::int64_t created = 0;
+    UserSummary user;
+};
+
 struct Comment {
     std::int64_t commentId = 0;
     std::int64_t created = 0;
@@ -93,6 +99,7 @@ public:
 
     /// Those of the posts that exist, in the given order.
     std::vector<Post> find(const std::vector<std::int64_t>& postIds, const PostView& view);
+    bool exists(std::int64_t postId);
 
 private:
     std::optional<Post> findOne(std::int64_t postId, const PostView& view);

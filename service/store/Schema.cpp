@@ -5,7 +5,7 @@ namespace {
 
 /// "KELO", so that another program's database is not mistaken for ours.
 constexpr std::int64_t applicationId = 0x4B454C4F;
-constexpr std::int64_t schemaVersion = 1;
+constexpr std::int64_t schemaVersion = 2;
 
 // Times are milliseconds since 1970 in UTC. Paths are relative to the service's own address, which
 // is not known before it listens.
@@ -93,8 +93,9 @@ CREATE TABLE entities (
     title TEXT NOT NULL,
     PRIMARY KEY (postId, start)
 ) WITHOUT ROWID;
+-- AUTOINCREMENT: the id of what was taken back must not come to mean something else.
 CREATE TABLE likes (
-    likeId INTEGER PRIMARY KEY,
+    likeId INTEGER PRIMARY KEY AUTOINCREMENT,
     postId INTEGER NOT NULL REFERENCES posts,
     userId INTEGER NOT NULL REFERENCES users,
     created INTEGER NOT NULL,
@@ -110,7 +111,7 @@ CREATE TABLE comments (
 );
 CREATE INDEX commentsByPost ON comments (postId, created);
 CREATE TABLE reposts (
-    repostId INTEGER PRIMARY KEY,
+    repostId INTEGER PRIMARY KEY AUTOINCREMENT,
     postId INTEGER NOT NULL REFERENCES posts,
     userId INTEGER NOT NULL REFERENCES users,
     created INTEGER NOT NULL,
@@ -121,6 +122,51 @@ CREATE TABLE follows (
     followeeId INTEGER NOT NULL REFERENCES users,
     PRIMARY KEY (userId, followeeId)
 ) WITHOUT ROWID;
+CREATE TABLE twitterFollows (
+    userId INTEGER NOT NULL REFERENCES users,
+    followeeId INTEGER NOT NULL REFERENCES users,
+    created INTEGER NOT NULL,
+    PRIMARY KEY (userId, followeeId)
+) WITHOUT ROWID;
+CREATE TABLE feedback (
+    feedbackId INTEGER PRIMARY KEY,
+    userId INTEGER NOT NULL REFERENCES users,
+    kind TEXT NOT NULL,
+    targetId INTEGER NOT NULL,
+    boost TEXT NOT NULL,
+    created INTEGER NOT NULL
+);
+-- The reports, whose sum the counters of posts and users hold already; ts is the client's clock.
+CREATE TABLE loops (
+    loopsId INTEGER PRIMARY KEY,
+    userId INTEGER NOT NULL REFERENCES users,
+    postId INTEGER NOT NULL REFERENCES posts,
+    count INTEGER NOT NULL,
+    ts REAL NOT NULL,
+    created INTEGER NOT NULL
+);
+CREATE TABLE longforms (
+    longformId TEXT PRIMARY KEY,
+    videoPath TEXT NOT NULL,
+    thumbnailPath TEXT NOT NULL,
+    duration REAL NOT NULL,
+    aspectRatio REAL NOT NULL,
+    viewCount INTEGER NOT NULL
+) WITHOUT ROWID;
+CREATE TABLE views (
+    viewId INTEGER PRIMARY KEY,
+    userId INTEGER NOT NULL REFERENCES users,
+    longformId TEXT NOT NULL REFERENCES longforms,
+    timestamp TEXT NOT NULL,
+    created INTEGER NOT NULL
+);
+CREATE TABLE sounds (
+    soundId INTEGER PRIMARY KEY,
+    name TEXT NOT NULL,
+    path TEXT NOT NULL,
+    featured INTEGER NOT NULL,
+    sourcePostId INTEGER REFERENCES posts
+);
 )sql";
 
 std::int64_t number(Database& database, const std::string& sql) {

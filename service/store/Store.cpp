@@ -10,7 +10,15 @@ Store::Store(const std::string& file)
     , sessions(database)
     , channels(database)
     , posts(database)
-    , feeds(database) {
+    , feeds(database)
+    , likes(database)
+    , reposts(database)
+    , twitterFollows(database)
+    , feedback(database)
+    , loops(database)
+    , longforms(database)
+    , sounds(database)
+    , actions(database) {
     try {
         seedIfEmpty(database);
     } catch (const DatabaseError& error) {

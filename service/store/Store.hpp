@@ -1,10 +1,18 @@
 #pragma once
 
+#include "service/store/Actions.hpp"
 #include "service/store/Channels.hpp"
 #include "service/store/Database.hpp"
+#include "service/store/Feedback.hpp"
 #include "service/store/Feeds.hpp"
+#include "service/store/Likes.hpp"
+#include "service/store/Longforms.hpp"
+#include "service/store/Loops.hpp"
 #include "service/store/Posts.hpp"
+#include "service/store/Reposts.hpp"
 #include "service/store/Sessions.hpp"
+#include "service/store/Sounds.hpp"
+#include "service/store/TwitterFollows.hpp"
 #include "service/store/Users.hpp"
 
 #include <string>
@@ -23,6 +31,14 @@ public:
     Channels channels;
     Posts posts;
     Feeds feeds;
+    Likes likes;
+    Reposts reposts;
+    TwitterFollows twitterFollows;
+    Feedback feedback;
+    Loops loops;
+    Longforms longforms;
+    Sounds sounds;
+    Actions actions;
 };
 
 } // namespace KeloService

@@ -1,8 +1,9 @@
-#include <KeloAPI/api/Api.hpp>
-
 #include "support/RecordingDelegate.hpp"
 
+#include <KeloAPI/api/Api.hpp>
+
 #include <gtest/gtest.h>
+
 #include <thread>
 
 namespace KeloAPI {

@@ -1,14 +1,14 @@
-#include <KeloAPI/api/AlamofireEndpointRequest.hpp>
-#include <KeloAPI/api/Endpoint.hpp>
-
-#include <KeloAPI/parsing/KLEmpty.hpp>
-#include <KeloAPI/platform/http/HTTPError.hpp>
-
 #include "support/MainLoop.hpp"
 #include "support/ScriptedSession.hpp"
 
-#include <cmath>
+#include <KeloAPI/api/AlamofireEndpointRequest.hpp>
+#include <KeloAPI/api/Endpoint.hpp>
+#include <KeloAPI/parsing/KLEmpty.hpp>
+#include <KeloAPI/platform/http/HTTPError.hpp>
+
 #include <gtest/gtest.h>
+
+#include <cmath>
 #include <thread>
 
 namespace KeloAPI {
@@ -184,11 +184,11 @@ TEST_F(EndpointRequestTest, TheFractionIsWhateverTheDivisionGives) {
 }
 
 TEST_F(EndpointRequestTest, ANullParserStopsTheProcess) {
-    EXPECT_DEATH(endpoint->request(std::shared_ptr<KLEmptyParser>(),
-                                   [](std::vector<std::shared_ptr<KLEmpty>>,
-                                      std::optional<Metadata>, const Timeline&,
-                                      std::optional<Error>) {}),
-                 "contract violated: a call needs a parser");
+    EXPECT_DEATH(
+        endpoint->request(std::shared_ptr<KLEmptyParser>(),
+                          [](std::vector<std::shared_ptr<KLEmpty>>, std::optional<Metadata>,
+                             const Timeline&, std::optional<Error>) {}),
+        "contract violated: a call needs a parser");
 }
 
 TEST_F(EndpointRequestTest, NoProgressIsReportedWhereNoBytesMove) {
@@ -282,7 +282,8 @@ public:
     }
 
 protected:
-    HandMadeEndpoint(Key key, std::shared_ptr<Session> made) : Endpoint(key, std::move(made)) {}
+    HandMadeEndpoint(Key key, std::shared_ptr<Session> made)
+        : Endpoint(key, std::move(made)) {}
 };
 
 TEST_F(EndpointRequestTest, DerivedClassesOverrideHeadersRequestAndSend) {

@@ -1,9 +1,8 @@
-#include <KeloAPI/api/Endpoint.hpp>
-
-#include <KeloAPI/parsing/KLEmpty.hpp>
-
 #include "support/MainLoop.hpp"
 #include "support/ScriptedSession.hpp"
+
+#include <KeloAPI/api/Endpoint.hpp>
+#include <KeloAPI/parsing/KLEmpty.hpp>
 
 #include <gtest/gtest.h>
 

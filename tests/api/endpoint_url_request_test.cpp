@@ -1,8 +1,9 @@
-#include <KeloAPI/api/Endpoint.hpp>
-
 #include "support/ScriptedSession.hpp"
 
+#include <KeloAPI/api/Endpoint.hpp>
+
 #include <gtest/gtest.h>
+
 #include <type_traits>
 
 namespace KeloAPI {

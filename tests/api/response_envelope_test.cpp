@@ -1,5 +1,4 @@
 #include <KeloAPI/api/ResponseEnvelope.hpp>
-
 #include <KeloAPI/loops/LoopData.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
 #include <KeloAPI/parsing/KLClosureParser.hpp>
@@ -7,6 +6,7 @@
 #include <KeloAPI/Settings.hpp>
 
 #include <gtest/gtest.h>
+
 #include <stdexcept>
 
 namespace KeloAPI {
@@ -111,8 +111,8 @@ TEST(ResponseEnvelope, ACaptchaErrorCarriesItsURL) {
 
 TEST(ResponseEnvelope, ACaptchaURLIsLeftOutWhereThereIsNone) {
     for (const char* data : {R"("not a url")", R"("")", "{}", "5", "null"}) {
-        const Read answer = read(std::string(R"({"error": "captcha", "code": 419, "data": )") +
-                                 data + "}");
+        const Read answer =
+            read(std::string(R"({"error": "captcha", "code": 419, "data": )") + data + "}");
         EXPECT_EQ(answer.error->code(), 419) << data;
         EXPECT_FALSE(answer.error->url(KLCaptchaUrlKey).has_value()) << data;
     }
@@ -156,8 +156,8 @@ TEST(ResponseEnvelope, RecordsAreParsedInOrder) {
 }
 
 TEST(ResponseEnvelope, OneBadRecordFailsTheWholeAnswer) {
-    const Read answer = read(
-        R"({"data": {"records": [{"count": 1, "velocity": 0}, {"count": 2}, {}]}})");
+    const Read answer =
+        read(R"({"data": {"records": [{"count": 1, "velocity": 0}, {"count": 2}, {}]}})");
     expectEnvelopeError(answer, "Unable to parse posts from response");
     const auto& cause = answer.error->underlying();
     ASSERT_TRUE(cause.has_value());
@@ -169,9 +169,9 @@ TEST(ResponseEnvelope, OneBadRecordFailsTheWholeAnswer) {
 
 TEST(ResponseEnvelope, RecordsThatAreNoListOfObjectsMakeTheDataOneItem) {
     for (const char* records : {"{}", "5", "null", "[1]", "[{}, 1]", R"("x")"}) {
-        const Read answer = read(
-            std::string(R"({"data": {"count": 4, "velocity": 1, "nextPage": 2, "records": )") +
-            records + "}}");
+        const Read answer =
+            read(std::string(R"({"data": {"count": 4, "velocity": 1, "nextPage": 2, "records": )") +
+                 records + "}}");
         EXPECT_FALSE(answer.error.has_value()) << records;
         ASSERT_EQ(answer.items.size(), 1U) << records;
         EXPECT_EQ(answer.items[0]->count, Number::of(4)) << records;

@@ -1,12 +1,12 @@
-#include <KeloAPI/api/Session.hpp>
+#include "support/RecordingDelegate.hpp"
 
 #include <KeloAPI/api/Certificates.hpp>
 #include <KeloAPI/api/Endpoint.hpp>
+#include <KeloAPI/api/Session.hpp>
 #include <KeloAPI/Settings.hpp>
 
-#include "support/RecordingDelegate.hpp"
-
 #include <gtest/gtest.h>
+
 #include <type_traits>
 
 namespace KeloAPI {

@@ -1,8 +1,7 @@
-#include <KeloAPI/api/Endpoint.hpp>
-
-#include <KeloAPI/platform/http/HTTPError.hpp>
-
 #include "support/ServiceTest.hpp"
+
+#include <KeloAPI/api/Endpoint.hpp>
+#include <KeloAPI/platform/http/HTTPError.hpp>
 
 #include <filesystem>
 #include <fstream>

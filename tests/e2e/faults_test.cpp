@@ -1,15 +1,14 @@
-#include <KeloAPI/endpoints/MeEndpoint.hpp>
+#include "support/ServiceTest.hpp"
 
+#include <KeloAPI/endpoints/MeEndpoint.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
 #include <KeloAPI/platform/http/HTTPError.hpp>
 
-#include "support/ServiceTest.hpp"
-
 namespace KeloAPI {
 
+using nlohmann::json;
 using testing::runFor;
 using testing::runUntil;
-using nlohmann::json;
 
 /// A call that does not wait for a minute.
 class HastyMeEndpoint : public MeEndpoint {
@@ -28,7 +27,8 @@ protected:
 /// A service that misbehaves.
 class FaultsAtService : public testing::ServiceTest {
 protected:
-    FaultsAtService() : endpoint(Endpoint::make<HastyMeEndpoint>(session)) {}
+    FaultsAtService()
+        : endpoint(Endpoint::make<HastyMeEndpoint>(session)) {}
 
     MeResult get() {
         std::optional<MeResult> outcome;
@@ -93,8 +93,7 @@ TEST_F(FaultsAtService, AStatusWithoutEnvelopeIsJudgedByItsBody) {
 }
 
 TEST_F(FaultsAtService, AServiceErrorComesThroughWithItsCode) {
-    const Error error =
-        failedBy({{"type", "error"}, {"code", 612}, {"message", "not today"}});
+    const Error error = failedBy({{"type", "error"}, {"code", 612}, {"message", "not today"}});
     EXPECT_EQ(error.code(), 612);
     EXPECT_EQ(error.localizedDescription(), "not today");
 }

@@ -1,9 +1,8 @@
-#include <KeloAPI/endpoints/MeEndpoint.hpp>
+#include "support/ServiceTest.hpp"
 
+#include <KeloAPI/endpoints/MeEndpoint.hpp>
 #include <KeloAPI/loops/LoopData.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
-
-#include "support/ServiceTest.hpp"
 
 namespace KeloAPI {
 
@@ -91,9 +90,9 @@ TEST_F(MeAtService, AnExpiredSessionIsReplacedAndTheCallSentAgain) {
     session->handleQueuedRetries(true);
     ASSERT_TRUE(eventsReach(5));
     EXPECT_EQ(events[0], "before mara");
-    EXPECT_THAT((std::vector(events.begin() + 1, events.end())),
-                ::testing::UnorderedElementsAre("first 103", "second 103", "first mara",
-                                                "second mara"));
+    EXPECT_THAT(
+        (std::vector(events.begin() + 1, events.end())),
+        ::testing::UnorderedElementsAre("first 103", "second 103", "first mara", "second mara"));
     for (const auto& seen : service.requests()) {
         EXPECT_EQ(seen.header("kelo-session-id"), *delegate->sessionKey);
     }

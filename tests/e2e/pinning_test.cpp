@@ -1,9 +1,8 @@
-#include <KeloAPI/endpoints/MeEndpoint.hpp>
+#include "support/ServiceTest.hpp"
 
+#include <KeloAPI/endpoints/MeEndpoint.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
 #include <KeloAPI/platform/http/HTTPError.hpp>
-
-#include "support/ServiceTest.hpp"
 
 namespace KeloAPI {
 
@@ -55,10 +54,10 @@ TEST_F(PinningAtService, ARedirectToAnUnpinnedNameOfTheSameServerIsRefused) {
 }
 
 TEST_F(PinningAtService, ARedirectOnTheSameHostKeepsTheSession) {
-    service.addFault({{"match", {{"path", "/users/me"}}},
-                      {"action",
-                       {{"type", "redirect"},
-                        {"location", "https://" + service.host() + "/users/me"}}}});
+    service.addFault(
+        {{"match", {{"path", "/users/me"}}},
+         {"action",
+          {{"type", "redirect"}, {"location", "https://" + service.host() + "/users/me"}}}});
     const auto outcome = get();
     ASSERT_TRUE(outcome->success()) << outcome->error()->description();
     const auto requests = service.requests();

@@ -1,10 +1,9 @@
-#include <KeloAPI/endpoints/TimelineEndpoint.hpp>
+#include "support/ServiceTest.hpp"
 
+#include <KeloAPI/endpoints/TimelineEndpoint.hpp>
 #include <KeloAPI/model/KLRekelo.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
-
-#include "support/ServiceTest.hpp"
 
 #include <set>
 

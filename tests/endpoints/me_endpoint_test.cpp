@@ -1,11 +1,10 @@
-#include <KeloAPI/endpoints/MeEndpoint.hpp>
-
-#include <KeloAPI/api/Api.hpp>
-#include <KeloAPI/loops/LoopData.hpp>
-#include <KeloAPI/model/KLWatchUser.hpp>
-
 #include "support/MainLoop.hpp"
 #include "support/ScriptedSession.hpp"
+
+#include <KeloAPI/api/Api.hpp>
+#include <KeloAPI/endpoints/MeEndpoint.hpp>
+#include <KeloAPI/loops/LoopData.hpp>
+#include <KeloAPI/model/KLWatchUser.hpp>
 
 #include <gtest/gtest.h>
 
@@ -46,8 +45,7 @@ TEST_F(MeEndpointTest, TakesTheFirstOfSeveralUsers) {
 
 TEST_F(MeEndpointTest, PassesEveryErrorOn) {
     for (const int code : {100, 230, 231, 900}) {
-        const auto outcome =
-            get(R"({"error": "no", "code": )" + std::to_string(code) + "}");
+        const auto outcome = get(R"({"error": "no", "code": )" + std::to_string(code) + "}");
         ASSERT_TRUE(outcome && outcome->error());
         EXPECT_EQ(outcome->error()->code(), code);
         EXPECT_EQ(outcome->success(), nullptr);

@@ -1,10 +1,9 @@
-#include <KeloAPI/endpoints/LikeActionEndpoint.hpp>
-#include <KeloAPI/endpoints/RekeloActionEndpoint.hpp>
-
-#include <KeloAPI/model/KLWatchUser.hpp>
-
 #include "support/MainLoop.hpp"
 #include "support/RegistrySession.hpp"
+
+#include <KeloAPI/endpoints/LikeActionEndpoint.hpp>
+#include <KeloAPI/endpoints/RekeloActionEndpoint.hpp>
+#include <KeloAPI/model/KLWatchUser.hpp>
 
 #include <gtest/gtest.h>
 
@@ -22,8 +21,8 @@ protected:
                                            const std::string& body) {
         transport->answer(ScriptedAnswer::json(body));
         std::optional<PostActionResult<typename P::T>> outcome;
-        endpoint.toggle(
-            on, [&](const PostActionResult<typename P::T>& result) { outcome = result; });
+        endpoint.toggle(on,
+                        [&](const PostActionResult<typename P::T>& result) { outcome = result; });
         EXPECT_TRUE(runUntil([&] { return outcome.has_value(); }));
         return *outcome;
     }

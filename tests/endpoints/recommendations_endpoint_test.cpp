@@ -1,7 +1,7 @@
-#include <KeloAPI/endpoints/RecommendationsEndpoint.hpp>
-
 #include "support/MainLoop.hpp"
 #include "support/RegistrySession.hpp"
+
+#include <KeloAPI/endpoints/RecommendationsEndpoint.hpp>
 
 #include <gtest/gtest.h>
 

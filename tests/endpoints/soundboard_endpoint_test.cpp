@@ -1,11 +1,11 @@
-#include <KeloAPI/endpoints/SoundboardEndpoint.hpp>
-
-#include <KeloAPI/model/SoundboardSound.hpp>
-
 #include "support/MainLoop.hpp"
 #include "support/ScriptedSession.hpp"
 
+#include <KeloAPI/endpoints/SoundboardEndpoint.hpp>
+#include <KeloAPI/model/SoundboardSound.hpp>
+
 #include <gtest/gtest.h>
+
 #include <type_traits>
 
 namespace KeloAPI {

@@ -1,12 +1,11 @@
-#include <KeloAPI/endpoints/TimelineEndpoint.hpp>
+#include "support/MainLoop.hpp"
+#include "support/ScriptedSession.hpp"
 
 #include <KeloAPI/api/Api.hpp>
+#include <KeloAPI/endpoints/TimelineEndpoint.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
 #include <KeloAPI/platform/http/HTTPError.hpp>
-
-#include "support/MainLoop.hpp"
-#include "support/ScriptedSession.hpp"
 
 #include <gtest/gtest.h>
 
@@ -15,11 +14,8 @@ namespace KeloAPI {
 using testing::runUntil;
 using testing::ScriptedAnswer;
 
-const Parameters defaults = {{"c_max", 3},
-                             {"c_overflow", "trunc"},
-                             {"l_max", 3},
-                             {"l_overflow", "trunc"},
-                             {"size", 5}};
+const Parameters defaults = {
+    {"c_max", 3}, {"c_overflow", "trunc"}, {"l_max", 3}, {"l_overflow", "trunc"}, {"size", 5}};
 
 Parameters defaultsWith(const Parameters& others) {
     Parameters parameters = defaults;
@@ -83,8 +79,8 @@ TEST_F(TimelineEndpointTest, SendsItsParametersInTheQuery) {
 }
 
 TEST_F(TimelineEndpointTest, ParsesPostsInOrder) {
-    const auto outcome = fetch(
-        R"({"data": {"records": [{"postId": 4321, "username": "ada"}, {"postId": "x"}]}})");
+    const auto outcome =
+        fetch(R"({"data": {"records": [{"postId": 4321, "username": "ada"}, {"postId": "x"}]}})");
     const auto& posts = outcome->success()->posts;
     ASSERT_EQ(posts.size(), 2U);
     EXPECT_EQ(posts[0]->postId, "4321");
@@ -107,8 +103,7 @@ TEST_F(TimelineEndpointTest, AnAnchorLeadsBothWays) {
 }
 
 TEST_F(TimelineEndpointTest, PageNumbersAndAnchorsGoTogether) {
-    const auto page =
-        fetchPage(R"(, "nextPage": 3, "previousPage": 1, "anchor": 77, "size": 10)");
+    const auto page = fetchPage(R"(, "nextPage": 3, "previousPage": 1, "anchor": 77, "size": 10)");
     EXPECT_EQ(page.nextPage->parameters(),
               defaultsWith({{"page", 3}, {"anchor", "77"}, {"size", 10}}));
     EXPECT_EQ(page.previousPage->parameters(),

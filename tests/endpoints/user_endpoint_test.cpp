@@ -1,7 +1,7 @@
-#include <KeloAPI/endpoints/UserEndpoint.hpp>
-
 #include "support/MainLoop.hpp"
 #include "support/RegistrySession.hpp"
+
+#include <KeloAPI/endpoints/UserEndpoint.hpp>
 
 #include <gtest/gtest.h>
 

@@ -1,12 +1,12 @@
-#include <KeloAPI/loops/LongformViewsEndpoint.hpp>
-
-#include <KeloAPI/loops/KLLongformViews.hpp>
-
 #include "support/MainLoop.hpp"
 #include "support/RegistrySession.hpp"
 
-#include <charconv>
+#include <KeloAPI/loops/KLLongformViews.hpp>
+#include <KeloAPI/loops/LongformViewsEndpoint.hpp>
+
 #include <gtest/gtest.h>
+
+#include <charconv>
 #include <random>
 
 namespace KeloAPI {
@@ -46,8 +46,7 @@ TEST_F(LongformViewsEndpointTest, ReadsViews) {
     EXPECT_EQ(endpoint->path(), "/longforms/abc/views");
     fetch(R"({"data": {"longformId": "abc", "count": 12}})");
     EXPECT_EQ(lastRequest().method, Method::GET);
-    EXPECT_EQ(lastRequest().url->absoluteString(),
-              "https://service.example/longforms/abc/views");
+    EXPECT_EQ(lastRequest().url->absoluteString(), "https://service.example/longforms/abc/views");
     EXPECT_FALSE(lastRequest().body.has_value());
     ASSERT_NE(views, nullptr);
     EXPECT_EQ(views->longformId(), "abc");
@@ -62,10 +61,9 @@ TEST_F(LongformViewsEndpointTest, WithoutAnItemThereAreNoViewsAndNoError) {
 }
 
 TEST_F(LongformViewsEndpointTest, RequiredKeysThatAreMissingOrMistypedFail) {
-    for (const char* data :
-         {R"({"longformId": "abc", "count": "12"})", R"({"longformId": "abc"})",
-          R"({"longformId": 5, "count": 12})", R"({"count": 12})",
-          R"({"longformId": "abc", "count": null})"}) {
+    for (const char* data : {R"({"longformId": "abc", "count": "12"})", R"({"longformId": "abc"})",
+                             R"({"longformId": 5, "count": 12})", R"({"count": 12})",
+                             R"({"longformId": "abc", "count": null})"}) {
         fetch(std::string(R"({"data": )") + data + "}");
         EXPECT_EQ(views, nullptr) << data;
         ASSERT_TRUE(error.has_value()) << data;

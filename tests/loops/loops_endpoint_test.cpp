@@ -1,9 +1,8 @@
-#include <KeloAPI/loops/LoopsEndpoint.hpp>
-
-#include <KeloAPI/model/KLWatchPost.hpp>
-
 #include "support/MainLoop.hpp"
 #include "support/RegistrySession.hpp"
+
+#include <KeloAPI/loops/LoopsEndpoint.hpp>
+#include <KeloAPI/model/KLWatchPost.hpp>
 
 #include <gtest/gtest.h>
 

@@ -11,7 +11,9 @@ using KeloService::FaultScriptError;
 using KeloService::Json;
 using KeloService::Request;
 
-const Json stall{{"type", "stall"}};
+Json stall() {
+    return {{"type", "stall"}};
+}
 
 Request request(const std::string& method, const std::string& target) {
     Request made;
@@ -26,13 +28,13 @@ bool takes(FaultScript& script, const std::string& method, const std::string& ta
 
 TEST(FaultScript, MatchesPathsExactlyOrByPrefix) {
     FaultScript script;
-    script.add({{"times", 0}, {"match", {{"path", "/users/me"}}}, {"action", stall}});
+    script.add({{"times", 0}, {"match", {{"path", "/users/me"}}}, {"action", stall()}});
     EXPECT_TRUE(takes(script, "GET", "/users/me"));
     EXPECT_TRUE(takes(script, "POST", "/users/me?x"));
     EXPECT_FALSE(takes(script, "GET", "/users/me/x"));
     EXPECT_FALSE(takes(script, "GET", "/users"));
     script.clear();
-    script.add({{"times", 0}, {"match", {{"path", "/users/*"}}}, {"action", stall}});
+    script.add({{"times", 0}, {"match", {{"path", "/users/*"}}}, {"action", stall()}});
     EXPECT_TRUE(takes(script, "GET", "/users/"));
     EXPECT_TRUE(takes(script, "GET", "/users/me/x"));
     EXPECT_FALSE(takes(script, "GET", "/users"));
@@ -40,21 +42,21 @@ TEST(FaultScript, MatchesPathsExactlyOrByPrefix) {
 
 TEST(FaultScript, MatchesMethods) {
     FaultScript script;
-    script.add({{"times", 0}, {"match", {{"method", "PUT"}}}, {"action", stall}});
+    script.add({{"times", 0}, {"match", {{"method", "PUT"}}}, {"action", stall()}});
     EXPECT_TRUE(takes(script, "PUT", "/x"));
     EXPECT_FALSE(takes(script, "GET", "/x"));
 }
 
 TEST(FaultScript, AppliesOnceUnlessToldOtherwise) {
     FaultScript script;
-    script.add({{"action", stall}});
+    script.add({{"action", stall()}});
     EXPECT_TRUE(takes(script, "GET", "/x"));
     EXPECT_FALSE(takes(script, "GET", "/x"));
-    script.add({{"times", 2}, {"action", stall}});
+    script.add({{"times", 2}, {"action", stall()}});
     EXPECT_TRUE(takes(script, "GET", "/x"));
     EXPECT_TRUE(takes(script, "GET", "/x"));
     EXPECT_FALSE(takes(script, "GET", "/x"));
-    script.add({{"times", 0}, {"action", stall}});
+    script.add({{"times", 0}, {"action", stall()}});
     for (int i = 0; i < 100; ++i) {
         EXPECT_TRUE(takes(script, "GET", "/x"));
     }
@@ -62,7 +64,7 @@ TEST(FaultScript, AppliesOnceUnlessToldOtherwise) {
 
 TEST(FaultScript, LetsTheFirstOnesPass) {
     FaultScript script;
-    script.add({{"skip", 2}, {"action", stall}, {"match", {{"path", "/x"}}}});
+    script.add({{"skip", 2}, {"action", stall()}, {"match", {{"path", "/x"}}}});
     EXPECT_FALSE(takes(script, "GET", "/x"));
     EXPECT_FALSE(takes(script, "GET", "/other"));
     EXPECT_FALSE(takes(script, "GET", "/x"));
@@ -72,7 +74,7 @@ TEST(FaultScript, LetsTheFirstOnesPass) {
 
 TEST(FaultScript, TheFirstThatAppliesIsTaken) {
     FaultScript script;
-    script.add(Json::array({{{"skip", 1}, {"action", stall}}, {{"action", stall}}}));
+    script.add(Json::array({{{"skip", 1}, {"action", stall()}}, {{"action", stall()}}}));
     EXPECT_TRUE(takes(script, "GET", "/x"));
     EXPECT_TRUE(takes(script, "GET", "/x"));
     EXPECT_FALSE(takes(script, "GET", "/x"));
@@ -85,13 +87,13 @@ TEST(FaultScript, TheFirstThatAppliesIsTaken) {
 
 TEST(FaultScript, LeavesControlRequestsAlone) {
     FaultScript script;
-    script.add({{"times", 0}, {"action", stall}});
+    script.add({{"times", 0}, {"action", stall()}});
     EXPECT_FALSE(takes(script, "GET", "/_service/health"));
 }
 
 TEST(FaultScript, ATakenFaultOutlivesTheScript) {
     FaultScript script;
-    script.add({{"action", stall}});
+    script.add({{"action", stall()}});
     const auto taken = script.take(request("GET", "/x"));
     script.clear();
     taken->countFired();
@@ -100,13 +102,13 @@ TEST(FaultScript, ATakenFaultOutlivesTheScript) {
 
 TEST(FaultScript, ListsWhatItWasGiven) {
     FaultScript script;
-    const Json fault{{"match", {{"path", "/x"}}}, {"times", 3}, {"action", stall}};
+    const Json fault{{"match", {{"path", "/x"}}}, {"times", 3}, {"action", stall()}};
     EXPECT_EQ(script.add(fault), std::vector<int>{1});
     EXPECT_EQ(script.add(Json::array({fault, fault})), (std::vector<int>{2, 3}));
     const Json first = script.list().at(0);
     EXPECT_EQ(first.at("id"), 1);
     EXPECT_EQ(first.at("match"), fault.at("match"));
-    EXPECT_EQ(first.at("action"), stall);
+    EXPECT_EQ(first.at("action"), stall());
 }
 
 struct BadScript {

@@ -7,8 +7,8 @@ namespace {
 
 using End = RawClient::End;
 
-const std::string meRequest = "GET /users/me HTTP/1.1\r\n"
-                              "kelo-session-id: kelo-development-session\r\n\r\n";
+constexpr const char* meRequest = "GET /users/me HTTP/1.1\r\n"
+                                  "kelo-session-id: kelo-development-session\r\n\r\n";
 
 class FaultsTest : public ServiceTest {
 protected:

@@ -21,9 +21,10 @@ std::string escaped(const std::string& text) {
     std::string escapedText;
     for (const char c : text) {
         const bool plain = std::isalnum(static_cast<unsigned char>(c)) != 0;
-        char code[4];
-        std::snprintf(code, sizeof code, "%%%02X", static_cast<unsigned char>(c));
-        escapedText += plain ? std::string(1, c) : code;
+        constexpr char digits[] = "0123456789ABCDEF";
+        const auto byte = static_cast<unsigned char>(c);
+        escapedText +=
+            plain ? std::string(1, c) : std::string{'%', digits[byte >> 4], digits[byte & 15]};
     }
     return escapedText;
 }

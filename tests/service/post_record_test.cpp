@@ -19,7 +19,7 @@ std::u32string codePoints(const std::string& text) {
             points.back() = points.back() << 6 | (byte & 0x3F);
         } else {
             const unsigned mask = byte < 0x80 ? 0x7F : byte < 0xE0 ? 0x1F : byte < 0xF0 ? 0x0F : 7;
-            points += byte & mask;
+            points += static_cast<char32_t>(byte & mask);
         }
     }
     return points;

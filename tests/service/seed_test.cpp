@@ -23,8 +23,9 @@ std::int64_t number(Database& database, const std::string& sql) {
 /// Everything that the seed decides, as one text.
 std::string content(Database& database) {
     std::string text;
-    for (const char* table : {"users", "channels", "posts", "renditions", "tags", "postTags",
-                              "entities", "likes", "comments", "reposts", "follows", "sessions"}) {
+    for (const char* table :
+         {"users", "channels", "posts", "renditions", "tags", "postTags", "entities", "likes",
+          "comments", "reposts", "follows", "sessions", "longforms", "sounds"}) {
         Query query = database.query("SELECT * FROM " + std::string(table) + " ORDER BY 1, 2");
         while (query.next()) {
             for (int column = 0; column < query.columns(); ++column) {

@@ -89,6 +89,7 @@ TEST_F(ServerTest, SurvivesGarbageAndAbandonedConnections) {
 TEST_F(ServerTest, ServesManyClientsAtOnce) {
     std::atomic<int> good = 0;
     std::vector<std::thread> threads;
+    threads.reserve(32);
     for (int t = 0; t < 32; ++t) {
         threads.emplace_back([this, &good] {
             Client own = makeClient();

@@ -12,7 +12,6 @@
 namespace KeloServiceTest {
 namespace {
 
-using KeloService::Database;
 using KeloService::DatabaseError;
 using KeloService::Store;
 
@@ -92,6 +91,7 @@ TEST(Database, ReportsWhatSqliteSays) {
 TEST(Store, IsUsedFromManyThreads) {
     Store store(":memory:");
     std::vector<std::thread> threads;
+    threads.reserve(8);
     for (int t = 0; t < 8; ++t) {
         threads.emplace_back([&store, t] {
             for (int i = 0; i < 20; ++i) {

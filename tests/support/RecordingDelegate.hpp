@@ -4,6 +4,7 @@
 #include <KeloAPI/api/SessionDelegate.hpp>
 
 #include <functional>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -30,6 +31,7 @@ public:
     std::function<void(Session&)> onCaptcha;
 
     std::optional<std::string> hostForSession(Session& session) override {
+        const std::lock_guard lock(_mutex);
         askedBy.push_back(&session);
         return host;
     }
@@ -54,6 +56,9 @@ public:
         }
         return handlesCaptcha;
     }
+
+private:
+    std::mutex _mutex; // requests are sent from any thread
 };
 
 } // namespace KeloAPI::testing

@@ -8,6 +8,7 @@
 #include <KeloAPI/testing/ScriptedTransport.hpp>
 
 #include <gtest/gtest.h>
+
 #include <memory>
 #include <string>
 #include <vector>
@@ -23,7 +24,12 @@ protected:
         delegate->host = "service.example";
         Diagnostics::setSink([this](std::string_view line) { lines.emplace_back(line); });
     }
-    ~ScriptedSessionTest() override { Diagnostics::setSink({}); }
+    ~ScriptedSessionTest() override {
+        // A queued retry holds its endpoint, which holds the session: sessions of the registry live
+        // as long as the process, but this one is to go.
+        session->handleQueuedRetries(false);
+        Diagnostics::setSink({});
+    }
 
     std::shared_ptr<ScriptedTransport> transport = std::make_shared<ScriptedTransport>();
     std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>();

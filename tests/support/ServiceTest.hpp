@@ -10,6 +10,7 @@
 #include <KeloAPI/platform/Diagnostics.hpp>
 
 #include <gtest/gtest.h>
+
 #include <memory>
 #include <optional>
 #include <string>

@@ -3,13 +3,14 @@
 #include <KeloAPI/platform/Base64.hpp>
 #include <KeloAPI/platform/URL.hpp>
 
-#include <algorithm>
-#include <csignal>
 #include <curl/curl.h>
-#include <stdexcept>
 #include <strings.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <stdexcept>
 
 namespace KeloAPI::testing {
 

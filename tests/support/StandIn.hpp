@@ -1,9 +1,10 @@
 #pragma once
 
 #include <nlohmann/json.hpp>
+#include <sys/types.h>
+
 #include <string>
 #include <string_view>
-#include <sys/types.h>
 #include <vector>
 
 namespace KeloAPI::testing {

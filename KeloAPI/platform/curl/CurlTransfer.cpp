@@ -1,7 +1,7 @@
 #include <KeloAPI/platform/curl/CurlErrors.hpp>
 #include <KeloAPI/platform/curl/CurlTransfer.hpp>
-#include <KeloAPI/platform/ExitGuard.hpp>
 #include <KeloAPI/platform/curl/Redirect.hpp>
+#include <KeloAPI/platform/ExitGuard.hpp>
 
 #include <algorithm>
 #include <cstdio>

@@ -25,7 +25,8 @@ public:
     }
 
 private:
-    explicit Certificate(Data der) : _der(std::move(der)) {}
+    explicit Certificate(Data der)
+        : _der(std::move(der)) {}
     Data _der;
 };
 

@@ -1,13 +1,13 @@
 #include <KeloAPI/platform/http/DownloadFile.hpp>
-
 #include <KeloAPI/platform/http/HTTPError.hpp>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <cstdio>
-#include <fcntl.h>
 #include <system_error>
-#include <unistd.h>
 
 namespace KeloAPI {
 

@@ -1,5 +1,4 @@
 #include <KeloAPI/platform/http/DownloadRequest.hpp>
-
 #include <KeloAPI/platform/http/HTTPError.hpp>
 
 namespace KeloAPI {

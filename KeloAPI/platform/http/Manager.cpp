@@ -1,7 +1,6 @@
-#include <KeloAPI/platform/http/Manager.hpp>
-
 #include <KeloAPI/platform/curl/CurlTransport.hpp>
 #include <KeloAPI/platform/http/DownloadRequest.hpp>
+#include <KeloAPI/platform/http/Manager.hpp>
 #include <KeloAPI/platform/http/MemoryRequest.hpp>
 
 #include <utility>

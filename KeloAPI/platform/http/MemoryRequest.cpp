@@ -1,6 +1,5 @@
-#include <KeloAPI/platform/http/MemoryRequest.hpp>
-
 #include <KeloAPI/platform/http/HTTPError.hpp>
+#include <KeloAPI/platform/http/MemoryRequest.hpp>
 
 #include <algorithm>
 #include <utility>

@@ -14,7 +14,8 @@ public:
 
     MemoryRequest(KeloAPI::URLRequest request, Reports reports,
                   std::shared_ptr<SerialQueue> responseQueue)
-        : Request(std::move(request), std::move(responseQueue)), _reports(reports) {}
+        : Request(std::move(request), std::move(responseQueue))
+        , _reports(reports) {}
 
 private:
     void receiveResponse(const HTTPResponse& response) override;

@@ -1,10 +1,10 @@
-#include <KeloAPI/platform/http/ParameterEncoding.hpp>
-
 #include <KeloAPI/platform/http/HTTPError.hpp>
+#include <KeloAPI/platform/http/ParameterEncoding.hpp>
 #include <KeloAPI/platform/Number.hpp>
 
-#include <cmath>
 #include <simdjson.h>
+
+#include <cmath>
 #include <string_view>
 
 namespace KeloAPI {
@@ -33,10 +33,8 @@ private:
     void write(const std::string& key, std::nullptr_t) { pair(key, "<null>"); }
     void write(const std::string& key, const std::string& text) { pair(key, text); }
     template <class Value>
-        requires std::is_arithmetic_v<Value>
-    void write(const std::string& key, Value value) {
-        pair(key, Number::of(value).stringValue());
-    }
+    requires std::is_arithmetic_v<Value>
+    void write(const std::string& key, Value value) { pair(key, Number::of(value).stringValue()); }
     void write(const std::string& key, const ParameterList& list) {
         for (const ParameterValue& element : list) {
             write(key + "[]", element);

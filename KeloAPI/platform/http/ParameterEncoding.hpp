@@ -2,8 +2,8 @@
 
 #include <KeloAPI/platform/Error.hpp>
 #include <KeloAPI/platform/Export.hpp>
-#include <KeloAPI/platform/Parameters.hpp>
 #include <KeloAPI/platform/http/URLRequest.hpp>
+#include <KeloAPI/platform/Parameters.hpp>
 
 #include <optional>
 #include <string>
@@ -25,7 +25,8 @@ public:
     static const ParameterEncoding JSON;
 
     /// An encoding of the caller's own.
-    explicit constexpr ParameterEncoding(Encoder encoder) : _encoder(encoder) {}
+    explicit constexpr ParameterEncoding(Encoder encoder)
+        : _encoder(encoder) {}
 
     std::optional<Error> encode(URLRequest& request, const Parameters& parameters) const {
         return _encoder(request, parameters);

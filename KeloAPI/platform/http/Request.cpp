@@ -1,5 +1,4 @@
 #include <KeloAPI/platform/http/Request.hpp>
-
 #include <KeloAPI/platform/MainQueue.hpp>
 
 #include <mutex>
@@ -26,7 +25,8 @@ struct Request::Guarded {
 /// Keeps the request alive while the transport works on it.
 class Request::Observer final : public ExchangeObserver {
 public:
-    explicit Observer(std::shared_ptr<Request> request) : _request(std::move(request)) {}
+    explicit Observer(std::shared_ptr<Request> request)
+        : _request(std::move(request)) {}
 
     void didReceiveResponse(const HTTPResponse& response) override {
         _request->_timeline.initialResponseTime = now();

@@ -2,11 +2,11 @@
 
 #include <KeloAPI/platform/Error.hpp>
 #include <KeloAPI/platform/Export.hpp>
-#include <KeloAPI/platform/Result.hpp>
-#include <KeloAPI/platform/SerialQueue.hpp>
 #include <KeloAPI/platform/http/Timeline.hpp>
 #include <KeloAPI/platform/http/Transport.hpp>
 #include <KeloAPI/platform/http/URLRequest.hpp>
+#include <KeloAPI/platform/Result.hpp>
+#include <KeloAPI/platform/SerialQueue.hpp>
 
 #include <cstdint>
 #include <functional>

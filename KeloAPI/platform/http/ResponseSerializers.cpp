@@ -1,6 +1,5 @@
-#include <KeloAPI/platform/http/ResponseSerializers.hpp>
-
 #include <KeloAPI/platform/http/HTTPError.hpp>
+#include <KeloAPI/platform/http/ResponseSerializers.hpp>
 #include <KeloAPI/platform/http/TextDecoding.hpp>
 
 namespace KeloAPI {

@@ -1,9 +1,9 @@
 #pragma once
 
 #include <KeloAPI/platform/Export.hpp>
+#include <KeloAPI/platform/http/Request.hpp>
 #include <KeloAPI/platform/Json.hpp>
 #include <KeloAPI/platform/Result.hpp>
-#include <KeloAPI/platform/http/Request.hpp>
 
 #include <string>
 

@@ -1,5 +1,4 @@
 #include <KeloAPI/platform/http/ServerTrustPolicy.hpp>
-
 #include <KeloAPI/platform/URL.hpp>
 
 #include <algorithm>

@@ -1,9 +1,10 @@
 #include <KeloAPI/platform/http/TextDecoding.hpp>
 
+#include <iconv.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <iconv.h>
 #include <memory>
 
 namespace KeloAPI {
@@ -26,9 +27,9 @@ std::string_view trimmed(std::string_view text) {
                : text.substr(first, text.find_last_not_of(blank) - first + 1);
 }
 
-/// Whether the converter would take `name` as it stands. Behind a slash it takes options, with which
-/// a server could make it drop bytes; other characters it passes over, and takes the locale's set
-/// when none is left.
+/// Whether the converter would take `name` as it stands. Behind a slash it takes options, with
+/// which a server could make it drop bytes; other characters it passes over, and takes the locale's
+/// set when none is left.
 bool isCharsetName(std::string_view name) {
     return !name.empty() && std::all_of(name.begin(), name.end(), [](char c) {
         return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||

@@ -2,9 +2,9 @@
 
 #include <KeloAPI/platform/Error.hpp>
 #include <KeloAPI/platform/Export.hpp>
-#include <KeloAPI/platform/URL.hpp>
 #include <KeloAPI/platform/http/HeaderFields.hpp>
 #include <KeloAPI/platform/http/URLRequest.hpp>
+#include <KeloAPI/platform/URL.hpp>
 
 #include <cstdint>
 #include <memory>

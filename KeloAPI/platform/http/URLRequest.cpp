@@ -1,6 +1,5 @@
-#include <KeloAPI/platform/http/URLRequest.hpp>
-
 #include <KeloAPI/platform/http/HTTPError.hpp>
+#include <KeloAPI/platform/http/URLRequest.hpp>
 
 #include <algorithm>
 #include <string_view>

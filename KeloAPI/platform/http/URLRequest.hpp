@@ -3,9 +3,9 @@
 #include <KeloAPI/platform/Data.hpp>
 #include <KeloAPI/platform/Error.hpp>
 #include <KeloAPI/platform/Export.hpp>
-#include <KeloAPI/platform/URL.hpp>
 #include <KeloAPI/platform/http/HeaderFields.hpp>
 #include <KeloAPI/platform/http/Method.hpp>
+#include <KeloAPI/platform/URL.hpp>
 
 #include <chrono>
 #include <optional>

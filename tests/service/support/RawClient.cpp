@@ -71,7 +71,7 @@ void RawClient::leave() {
 }
 
 void RawClient::setPatience(int milliseconds) const {
-    const timeval patience{milliseconds / 1000, (milliseconds % 1000) * 1000};
+    const timeval patience{milliseconds / 1000, (milliseconds % 1000) * 1000L};
     setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
 }
 

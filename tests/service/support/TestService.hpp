@@ -22,10 +22,11 @@ public:
 
 /// A fresh, seeded service in this process, and a client that trusts its certificate.
 class ServiceTest : public ::testing::Test {
-protected:
+public:
     ServiceTest();
     ~ServiceTest() override;
 
+protected:
     static KeloService::Settings settings();
 
     Client makeClient() const { return Client(service.port()); }
@@ -48,6 +49,6 @@ protected:
     Client controlClient{service.port()};
 };
 
-inline const std::string sessionHeader = "kelo-session-id";
+inline constexpr const char* sessionHeader = "kelo-session-id";
 
 } // namespace KeloServiceTest

@@ -1,0 +1,76 @@
+#pragma once
+
+#include "support/ServiceTest.hpp"
+
+#include <KeloAPI/endpoints/LikeActionEndpoint.hpp>
+#include <KeloAPI/endpoints/RecommendationsEndpoint.hpp>
+#include <KeloAPI/endpoints/RekeloActionEndpoint.hpp>
+#include <KeloAPI/endpoints/SoundboardEndpoint.hpp>
+#include <KeloAPI/endpoints/UserEndpoint.hpp>
+#include <KeloAPI/loops/KLLongformViews.hpp>
+#include <KeloAPI/loops/LongformViewsEndpoint.hpp>
+#include <KeloAPI/loops/LoopsEndpoint.hpp>
+#include <KeloAPI/model/KLRekelo.hpp>
+#include <KeloAPI/model/KLWatchPost.hpp>
+#include <KeloAPI/model/KLWatchUser.hpp>
+#include <KeloAPI/model/SoundboardSound.hpp>
+
+namespace KeloAPI::testing {
+
+/// A test whose user acts on what the stand-in has.
+class ActingTest : public ServiceTest {
+protected:
+    static constexpr const char* longformId = "lf-unseen";
+
+    std::vector<std::shared_ptr<KLWatchPost>> newestPosts(int size) {
+        const auto endpoint = TimelineEndpoint::create("all");
+        Parameters parameters = endpoint->parameters();
+        parameters.insert_or_assign("size", size);
+        endpoint->setParameters(std::move(parameters));
+        const auto result = fetch(endpoint);
+        EXPECT_TRUE(result.success());
+        return result.success() ? result.success()->posts
+                                : std::vector<std::shared_ptr<KLWatchPost>>{};
+    }
+    /// A recent post that the user has neither liked nor reposted. The request log starts after it.
+    std::shared_ptr<KLWatchPost> untouchedPost() {
+        std::shared_ptr<KLWatchPost> found;
+        for (const auto& post : newestPosts(50)) {
+            if (!found && post->liked == false && !post->rekeloed()) {
+                found = post;
+            }
+        }
+        EXPECT_NE(found, nullptr);
+        service.requests();
+        return found;
+    }
+    /// The same post, read from the timeline again.
+    std::shared_ptr<KLWatchPost> again(const KLWatchPost& post) {
+        for (const auto& candidate : newestPosts(50)) {
+            if (candidate->postId == post.postId) {
+                return candidate;
+            }
+        }
+        ADD_FAILURE() << "the post has gone";
+        return std::make_shared<KLWatchPost>();
+    }
+    nlohmann::json kept(const char* kind) {
+        return service.call("GET", "/_service/actions").at(kind);
+    }
+    /// Sends a call whose completion gives a result, and waits for that.
+    template <class Result>
+    Result outcomeOf(const std::function<void(std::function<void(const Result&)>)>& call) {
+        std::optional<Result> outcome;
+        call([&](const Result& result) { outcome = result; });
+        EXPECT_TRUE(runUntil([&] { return outcome.has_value(); }));
+        return outcome.value();
+    }
+    template <class E>
+    auto toggled(const std::shared_ptr<E>& endpoint, bool on) {
+        using Item = typename std::decay_t<decltype(*endpoint->parser())>::T;
+        return outcomeOf<PostActionResult<Item>>(
+            [&](auto completion) { endpoint->toggle(on, completion); });
+    }
+};
+
+} // namespace KeloAPI::testing
