@@ -1,6 +1,7 @@
 #include "DateText.hpp"
 
-#include <cstdio>
+#include <iomanip>
+#include <sstream>
 
 namespace KeloHost {
 
@@ -20,14 +21,19 @@ struct Parts {
 
 std::string isoText(KeloAPI::Date date) {
     const Parts parts(date);
-    char text[64];
-    std::snprintf(text, sizeof text, "%04d-%02u-%02uT%02d:%02d:%02d.%03dZ", int(parts.day.year()),
-                  unsigned(parts.day.month()), unsigned(parts.day.day()),
-                  static_cast<int>(parts.time.hours().count()),
-                  static_cast<int>(parts.time.minutes().count()),
-                  static_cast<int>(parts.time.seconds().count()),
-                  static_cast<int>(parts.time.subseconds().count()));
-    return text;
+    std::ostringstream text;
+    text << std::setfill('0') << std::setw(4) << int(parts.day.year());
+    const auto add = [&text](char separator, int width, auto number) {
+        text << separator << std::setw(width) << number;
+    };
+    add('-', 2, unsigned(parts.day.month()));
+    add('-', 2, unsigned(parts.day.day()));
+    add('T', 2, parts.time.hours().count());
+    add(':', 2, parts.time.minutes().count());
+    add(':', 2, parts.time.seconds().count());
+    add('.', 3, parts.time.subseconds().count());
+    text << 'Z';
+    return text.str();
 }
 
 std::string shortText(KeloAPI::Date date) {

@@ -8,7 +8,7 @@
 #include <KeloAPI/platform/Diagnostics.hpp>
 #include <KeloAPI/platform/MainQueue.hpp>
 
-#include <cstdio>
+#include <iostream>
 #include <string_view>
 #include <utility>
 
@@ -28,7 +28,7 @@ using Listener = std::function<void(const std::string& line)>;
 void divertDiagnostics(bool verbose, const Listener& listener = {}) {
     Diagnostics::setSink([verbose, listener](std::string_view line) {
         if (verbose) {
-            std::fprintf(stderr, "%.*s\n", static_cast<int>(line.size()), line.data());
+            std::cerr << std::string(line) + '\n';
         }
         if (listener) {
             MainQueue::main().async([listener, text = std::string(line)] { listener(text); });
@@ -39,7 +39,7 @@ void divertDiagnostics(bool verbose, const Listener& listener = {}) {
 } // namespace
 
 std::shared_ptr<Host> Host::create(const Options& options) {
-    const std::shared_ptr<Host> host(new Host(options));
+    std::shared_ptr<Host> host(new Host(options));
     divertDiagnostics(options.verbose);
     Api::setSessionDelegate(host);
     return host;
@@ -65,7 +65,7 @@ void Host::run(const std::function<void()>& work) {
 }
 
 void Host::onDiagnostic(Listener listener) {
-    divertDiagnostics(_options.verbose, listener);
+    divertDiagnostics(_options.verbose, std::move(listener));
 }
 
 bool Host::hearsAgain(const Error& error) const {

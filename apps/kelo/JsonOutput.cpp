@@ -91,7 +91,7 @@ public:
         for (const auto& post : posts) {
             printObject(fieldsOf(*post));
         }
-        std::fflush(stdout);
+        flush();
     }
 
     void endOfPosts(std::size_t, bool) override {}

@@ -15,7 +15,8 @@ class SoundboardSound;
 
 namespace KeloHost {
 
-/// Prints models on standard output.
+/// Prints models on standard output. What cannot be written stays in the stream's error mark, which
+/// `main` looks at in the end.
 class Output {
 public:
     Output() = default;
@@ -34,6 +35,10 @@ public:
     /// the deed, where it gave one.
     virtual void done(const std::string& deed, const std::string& id,
                       const std::optional<std::string>& deedId) = 0;
+
+protected:
+    /// Lets what was printed be seen now.
+    static void flush();
 };
 
 /// For people: aligned, and as wide as the terminal.

@@ -2,7 +2,7 @@
 
 #include "Terminal.hpp"
 
-#include <cstdio>
+#include <iostream>
 
 namespace KeloHost {
 
@@ -17,8 +17,7 @@ Progress::Progress(bool wanted)
 
 void Progress::show(const std::string& line) {
     if (_visible) {
-        std::fprintf(stderr, "%s%s", eraseLine, line.c_str());
-        std::fflush(stderr);
+        std::cerr << eraseLine << line << std::flush;
     }
 }
 

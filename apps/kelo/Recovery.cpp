@@ -56,7 +56,7 @@ bool Recovery::captchaRequired(Session& session, const URL& captchaUrl) {
 }
 
 bool Recovery::willRetry(const Error& error) {
-    const auto code = error.integer(KLAPIStatusCodeKey);
+    const std::int64_t code = error.integer(KLAPIStatusCodeKey).value_or(0);
     if (code == 419) {
         return _waitsForCaptcha;
     }

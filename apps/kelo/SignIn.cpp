@@ -35,9 +35,9 @@ void SignInEndpoint::signIn(const std::string& user, const std::string& password
                             std::function<void(const SignInResult&)> completion) {
     setParameters({{"username", user}, {"password", password}});
     request(std::make_shared<SignedInParser>(),
-            [completion = std::move(completion)](std::vector<std::shared_ptr<SignedIn>> sessions,
-                                                 std::optional<Metadata>, const Timeline&,
-                                                 std::optional<Error> error) {
+            [completion = std::move(completion)](
+                const std::vector<std::shared_ptr<SignedIn>>& sessions,
+                const std::optional<Metadata>&, const Timeline&, std::optional<Error> error) {
                 if (!error && sessions.empty()) {
                     error = Error::withMessage("kelo", 1, "the service gave no session");
                 }

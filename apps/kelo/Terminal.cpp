@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <cstdio>
 #include <iostream>
 
 namespace KeloHost::Terminal {
@@ -68,15 +67,14 @@ std::optional<std::size_t> columns() {
 }
 
 void say(const std::string& text) {
-    std::fprintf(stderr, "%s\n", printable(text).c_str());
+    std::cerr << printable(text) << '\n';
 }
 
 std::optional<std::string> ask(const std::string& question) {
-    std::fputs(question.c_str(), stderr);
-    std::fflush(stderr);
+    std::cerr << question << std::flush;
     std::string line;
     if (!std::getline(std::cin, line)) {
-        std::fputc('\n', stderr);
+        std::cerr << '\n';
         return std::nullopt;
     }
     return line;

@@ -72,7 +72,7 @@ public:
         for (const auto& post : posts) {
             print(*post, nameWidth, loopsWidth);
         }
-        std::fflush(stdout);
+        flush();
     }
 
     void endOfPosts(std::size_t count, bool more) override {

@@ -75,7 +75,7 @@ void useUnicode() {
     // Only the kinds of characters: numbers and dates keep the form that programs read.
     if (std::setlocale(LC_CTYPE, "") == nullptr ||
         std::string_view(nl_langinfo(CODESET)) != "UTF-8") {
-        std::setlocale(LC_CTYPE, "C.UTF-8");
+        static_cast<void>(std::setlocale(LC_CTYPE, "C.UTF-8"));
     }
 }
 

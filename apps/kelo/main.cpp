@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <iostream>
 
 namespace {
 
@@ -15,7 +16,7 @@ using namespace KeloHost;
 int run(int argc, char** argv) {
     const Invocation invocation = parseCommandLine(argc, argv);
     if (invocation.information) {
-        std::fputs(invocation.information->c_str(), stdout);
+        std::printf("%s", invocation.information->c_str());
     } else {
         const auto host = Host::create(invocation.options);
         host->run([&] { invocation.start(host); });
@@ -27,9 +28,9 @@ int run(int argc, char** argv) {
 }
 
 int complain(const char* line, ExitCode code) {
-    std::fflush(stdout);
+    static_cast<void>(std::fflush(stdout));
     // Part of it may come from the network.
-    std::fprintf(stderr, "kelo: %s\n", printable(line).c_str());
+    std::cerr << "kelo: " << printable(line) << '\n';
     return static_cast<int>(code);
 }
 

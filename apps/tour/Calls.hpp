@@ -26,7 +26,7 @@ template <class T>
 class Inbox {
 public:
     /// What to give the library as the completion's work.
-    std::function<void(T)> slot() const {
+    auto slot() const {
         return [calls = _calls](T value) { calls->push_back(std::move(value)); };
     }
 

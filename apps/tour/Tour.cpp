@@ -11,7 +11,7 @@ namespace {
 
 void tell(const char* kind, const std::string& what) {
     std::printf("    %-6s %s\n", kind, what.c_str());
-    std::fflush(stdout);
+    static_cast<void>(std::fflush(stdout));
 }
 
 } // namespace

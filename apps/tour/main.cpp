@@ -1,14 +1,14 @@
 #include "steps/Steps.hpp"
 #include "TourHost.hpp"
 
-#include <cstdio>
 #include <cstdlib>
+#include <iostream>
 #include <string>
 
 int main(int argc, char** argv) {
     using namespace KeloTour;
     if (argc != 2 || argv[1][0] == '-') {
-        std::fprintf(stderr, "kelo-tour: give the HOST:PORT of a running kelo-service\n");
+        std::cerr << "kelo-tour: give the HOST:PORT of a running kelo-service\n";
         return 2;
     }
     TourHost::instance().host = argv[1];

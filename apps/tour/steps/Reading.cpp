@@ -27,6 +27,11 @@ void signedInUser() {
          loops->velocity.stringValue() + " a second");
 }
 
+void expectReceived(const std::string& name, const std::string& wanted, const std::string& found) {
+    check(found == wanted, name + " arrived as '" + found + "'");
+    came("the service received " + name + ": " + found);
+}
+
 void identifyingHeaders() {
     const std::int64_t before = Control::lastRequest();
     TourHost::instance().polling = true;
@@ -46,8 +51,7 @@ void identifyingHeaders() {
         {"X-Kelo-Polling", "true"},
         {"kelo-session-id", *TourHost::instance().sessionKey}};
     for (const auto& [name, value] : wanted) {
-        check(received[name] == value, name + " arrived as '" + received[name] + "'");
-        came("the service received " + name + ": " + value);
+        expectReceived(name, value, received[name]);
     }
 }
 

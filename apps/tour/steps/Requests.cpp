@@ -10,7 +10,7 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
+#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -70,6 +70,10 @@ protected:
     using Endpoint::Endpoint;
 };
 
+std::string percent(double fraction) {
+    return std::to_string(std::lround(fraction * 100)) + "%";
+}
+
 void progress() {
     const auto endpoint = PlainEndpoint::create("timelines/all", {{"size", 1000}});
     Inbox<Parsed<KLWatchPost>> inbox;
@@ -80,11 +84,9 @@ void progress() {
     const auto answer = inbox.next();
     check(!answer.error, "an error came");
     check(!fractions.empty(), "no progress was reported");
-    char range[48];
-    std::snprintf(range, sizeof range, "from %.0f%% to %.0f%%", fractions.front() * 100,
-                  fractions.back() * 100);
     came(std::to_string(answer.items.size()) + " posts; progress was reported " +
-         std::to_string(fractions.size()) + " times, " + range);
+         std::to_string(fractions.size()) + " times, from " + percent(fractions.front()) + " to " +
+         percent(fractions.back()));
     check(answer.items.size() == 1000, "there should be 1000");
     check(std::is_sorted(fractions.begin(), fractions.end()), "progress went back");
     check(fractions.front() > 0 && fractions.back() == 1, "progress should end at 100%");
