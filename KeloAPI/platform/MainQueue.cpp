@@ -59,28 +59,6 @@ struct MainQueue::State {
     }
 };
 
-/// Marks that tasks run, until its end: a task that throws must not leave the queue closed.
-class MainQueue::Running {
-public:
-    Running(State& state, std::unique_lock<std::mutex>& lock)
-        : _state(state)
-        , _lock(lock) {
-        _state.running = true;
-    }
-    Running(const Running&) = delete;
-    Running& operator=(const Running&) = delete;
-    ~Running() {
-        if (!_lock.owns_lock()) {
-            _lock.lock();
-        }
-        _state.running = false;
-    }
-
-private:
-    State& _state;
-    std::unique_lock<std::mutex>& _lock;
-};
-
 MainQueue::MainQueue()
     : _state(new State) {}
 
@@ -114,7 +92,7 @@ std::size_t MainQueue::runWaiting(bool untilStopped) {
     if (_state->running) {
         return 0;
     }
-    const Running running(*_state, lock);
+    _state->running = true;
     std::size_t count = 0;
     for (std::size_t left = _state->waiting.size(); left > 0 && !_state->waiting.empty(); --left) {
         if (untilStopped && _state->stopping) {
@@ -129,6 +107,7 @@ std::size_t MainQueue::runWaiting(bool untilStopped) {
         lock.lock();
         ++count;
     }
+    _state->running = false;
     return count;
 }
 

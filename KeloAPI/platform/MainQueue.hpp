@@ -18,10 +18,9 @@ namespace KeloAPI {
 ///   call `drain()`.
 /// - `setExecutor()` hands every task to the host's own "run this on the main thread" function.
 ///
-/// Tasks, and what they call of the host's (completions, delegates), must not throw. They never run
-/// inside the call that posted them, nor inside another task: a `drain()`, `run()`
-/// or `runUntil()` from within a task runs nothing and returns at once. What a task throws leaves
-/// that call; the tasks behind it go on waiting.
+/// Tasks never run inside the call that posted them, nor inside another task: a `drain()`, `run()`
+/// or `runUntil()` from within a task runs nothing and returns at once. Tasks, and what they call
+/// of the host's (completions, delegates), must not throw: that ends the process.
 class KELO_API MainQueue {
 public:
     using Task = std::function<void()>;
@@ -71,7 +70,6 @@ private:
     bool wasStopped();
 
     struct State;
-    class Running;
     State* _state;
 };
 

@@ -70,14 +70,38 @@ TEST_F(ScriptedTransportTest, AnswersACertainRequestOnce) {
 }
 
 TEST_F(ScriptedTransportTest, PlaysHeadBodyAndError) {
-    transport->answer({503, {{"A", "b"}}, "busy", Error("d", 9)});
+    ScriptedAnswer busy;
+    busy.statusCode = 503;
+    busy.headerFields = {{"A", "b"}};
+    busy.body = "busy";
+    busy.error = Error("d", 9);
+    ScriptedAnswer empty;
+    empty.statusCode = 204;
+    transport->answer(busy);
     transport->answer(ScriptedAnswer::failure(Error("d", 7)));
-    transport->answer({204, {}, "", {}});
+    transport->answer(empty);
     send();
     send();
     send();
     ASSERT_TRUE(waitForOutcomes(3));
     EXPECT_THAT(outcomes, ElementsAre("503 busy 9", "-  7", "204 "));
+}
+
+TEST_F(ScriptedTransportTest, TheHeadSaysTheBodysLengthOrWhatItIsTold) {
+    ScriptedAnswer untold = ScriptedAnswer::json("12345");
+    ScriptedAnswer told = untold;
+    told.expectedContentLength = -1;
+    std::vector<std::int64_t> lengths;
+    for (const ScriptedAnswer& answer : {untold, told}) {
+        transport->answer(answer);
+        manager.request(FixedRequest())->response([&](const ResponseContent& content, Timeline) {
+            return [&, length = content.response->expectedContentLength] {
+                lengths.push_back(length);
+            };
+        });
+    }
+    ASSERT_TRUE(runUntil([&] { return lengths.size() == 2; }));
+    EXPECT_THAT(lengths, ElementsAre(5, -1));
 }
 
 } // namespace KeloAPI
