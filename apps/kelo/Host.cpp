@@ -25,8 +25,8 @@ std::optional<std::string> unlessEmpty(const std::string& text) {
 using Listener = std::function<void(const std::string& line)>;
 
 /// The library's diagnostics would spoil standard output.
-void divertDiagnostics(bool verbose, const Listener& listener = {}) {
-    Diagnostics::setSink([verbose, listener](std::string_view line) {
+void divertDiagnostics(bool verbose, Listener listener = {}) {
+    Diagnostics::setSink([verbose, listener = std::move(listener)](std::string_view line) {
         if (verbose) {
             std::cerr << std::string(line) + '\n';
         }
