@@ -1,10 +1,15 @@
 // Any bytes as the body of an answer, through the envelope serializer with each parser. The first
-// byte chooses the parser; an input that starts with a digit is easy to write by hand.
+// byte chooses the parser; one that starts with a digit, or with one of ":;<=", is easy to write by
+// hand.
 #include <KeloAPI/api/ResponseEnvelope.hpp>
+#include <KeloAPI/loops/KLLongformViews.hpp>
 #include <KeloAPI/loops/LoopData.hpp>
+#include <KeloAPI/model/KLLike.hpp>
 #include <KeloAPI/model/KLPostSource.hpp>
+#include <KeloAPI/model/KLRekelo.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
+#include <KeloAPI/model/SoundboardSound.hpp>
 #include <KeloAPI/parsing/AnyObjectJsonParser.hpp>
 #include <KeloAPI/parsing/KLClosureParser.hpp>
 #include <KeloAPI/parsing/KLEmpty.hpp>
@@ -25,15 +30,29 @@ void expect(bool holds) {
     }
 }
 
-/// `PostParser` for records that keep its contract: one without "postId" stops the process by
+/// A parser for records that keep its contract: one without its identifier stops the process by
 /// design, so it fails here instead.
+template <class P>
+class Identified final : public JsonParser<typename P::T> {
+public:
+    explicit Identified(const char* key)
+        : _key(key) {}
+
+    std::shared_ptr<typename P::T> parse(const JsonObject& json) const override {
+        if (!json[_key].exists()) {
+            throw JsonParseError(JsonParseError::InsufficientData, _key);
+        }
+        return P().parse(json);
+    }
+
+private:
+    const char* _key;
+};
+
 class ContractualPostParser final : public JsonParser<KLWatchPost> {
 public:
     std::shared_ptr<KLWatchPost> parse(const JsonObject& json) const override {
-        if (!json["postId"].exists()) {
-            throw JsonParseError(JsonParseError::InsufficientData, "postId");
-        }
-        auto post = PostParser().parse(json);
+        auto post = Identified<PostParser>("postId").parse(json);
         expect(post->postId.has_value() && post->user != nullptr);
         return post;
     }
@@ -104,7 +123,7 @@ void serialize(const std::string& body, std::shared_ptr<const JsonParser<T>> par
 }
 
 using Run = void (*)(const std::string& body);
-constexpr std::array<Run, 10> runs = {
+constexpr std::array<Run, 14> runs = {
     [](const std::string& body) {
         serialize<KLWatchPost>(body, std::make_shared<ContractualPostParser>());
     },
@@ -132,6 +151,18 @@ constexpr std::array<Run, 10> runs = {
     },
     [](const std::string& body) {
         serialize<Object>(body, std::make_shared<KLClosureParser<Object>>(readAsAnything));
+    },
+    [](const std::string& body) {
+        serialize<KLLike>(body, std::make_shared<Identified<LikeParser>>("likeId"));
+    },
+    [](const std::string& body) {
+        serialize<KLRekelo>(body, std::make_shared<Identified<RekeloParser>>("repostId"));
+    },
+    [](const std::string& body) {
+        serialize<SoundboardSound>(body, std::make_shared<SoundboardSoundParser>());
+    },
+    [](const std::string& body) {
+        serialize<KLLongformViews>(body, std::make_shared<KLLongformViewsParser>());
     },
 };
 

@@ -15,7 +15,7 @@ AlamofireEndpointRequest::~AlamofireEndpointRequest() = default;
 
 std::shared_ptr<AlamofireEndpointRequest>
 AlamofireEndpointRequest::create(std::shared_ptr<Request> request) {
-    const std::shared_ptr<AlamofireEndpointRequest> handle(
+    std::shared_ptr<AlamofireEndpointRequest> handle(
         new AlamofireEndpointRequest(std::move(request)));
     if (handle->_request) {
         // The request lets its observer, and with it this handle, go when it has completed.

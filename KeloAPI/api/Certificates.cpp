@@ -36,8 +36,10 @@ std::vector<Certificate> certificates(std::span<const std::string_view> scramble
     for (const std::string_view entry : scrambled) {
         const auto base64 = decoded(entry);
         auto der = base64 ? base64Decoded(*base64) : std::nullopt;
-        auto certificate = der ? Certificate::fromDER(Data(std::move(*der))) : std::nullopt;
-        if (certificate) {
+        if (!der) {
+            continue;
+        }
+        if (auto certificate = Certificate::fromDER(Data(*std::move(der)))) {
             chain.push_back(*std::move(certificate));
         }
     }

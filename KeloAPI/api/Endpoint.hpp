@@ -210,8 +210,8 @@ std::shared_ptr<EndpointRequest> Endpoint::request(std::shared_ptr<P> parser,
 template <class P, class Completion>
 std::shared_ptr<EndpointRequest> Endpoint::upload(std::shared_ptr<P> parser, Data data,
                                                   Completion completionHandler) {
-    return sendUpload(detail::typedCall(std::move(parser), std::move(completionHandler)),
-                      std::move(data));
+    auto call = detail::typedCall(std::move(parser), std::move(completionHandler));
+    return sendUpload(std::shared_ptr<const EndpointCall>(std::move(call)), std::move(data));
 }
 
 } // namespace KeloAPI

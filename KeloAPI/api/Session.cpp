@@ -72,7 +72,7 @@ std::shared_ptr<Manager> Session::sessionManager() {
     // The delegate is asked outside the lock: it may use this session.
     std::map<std::string, ServerTrustPolicy> policies;
     policies.emplace(host(), PinCertificates{Certificates::chain()});
-    auto manager = std::make_shared<Manager>(ServerTrustPolicyManager(std::move(policies)));
+    auto manager = std::make_shared<Manager>(ServerTrustPolicyManager(policies));
     const std::lock_guard lock(_managerMutex);
     if (!_sessionManager) {
         _sessionManager = std::move(manager);

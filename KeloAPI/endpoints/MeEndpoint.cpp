@@ -25,7 +25,7 @@ std::shared_ptr<MeEndpoint> MeEndpoint::create(std::shared_ptr<Session> session)
 void MeEndpoint::get(std::function<void(const MeResult&)> completion) {
     request(std::make_shared<UserParser>(),
             [completion = std::move(completion)](std::vector<std::shared_ptr<KLWatchUser>> users,
-                                                 std::optional<Metadata>, const Timeline&,
+                                                 const std::optional<Metadata>&, const Timeline&,
                                                  std::optional<Error> error) {
                 if (error) {
                     completion(MeResult::Error{*std::move(error)});

@@ -52,7 +52,8 @@ public:
         setPathFor(on);
         request(_parser, [completion = std::move(completion)](
                              std::vector<std::shared_ptr<typename P::T>> items,
-                             std::optional<Metadata>, const Timeline&, std::optional<Error> error) {
+                             const std::optional<Metadata>&, const Timeline&,
+                             std::optional<Error> error) {
             if (error) {
                 completion(typename Result::Error{*std::move(error)});
             } else {

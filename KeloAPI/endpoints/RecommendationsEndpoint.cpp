@@ -55,8 +55,8 @@ void RecommendationsEndpoint::sendFeedback(std::string path, RecommendationBoost
     setParameters({{"recommendationBoost", rawValue(boost)}});
     setPath(std::move(path));
     request(std::make_shared<KLEmptyParser>(),
-            [completion = std::move(completion)](std::vector<std::shared_ptr<KLEmpty>>,
-                                                 std::optional<Metadata>, const Timeline&,
+            [completion = std::move(completion)](const std::vector<std::shared_ptr<KLEmpty>>&,
+                                                 const std::optional<Metadata>&, const Timeline&,
                                                  std::optional<Error> error) {
                 if (!completion) {
                     return;

@@ -22,12 +22,13 @@ std::shared_ptr<EndpointRequest> SoundboardEndpoint::fetchSounds(
     setParameters({});
     setParameterEncoding(ParameterEncoding::URL);
     setMethod(Method::GET);
-    return request(std::make_shared<SoundboardSoundParser>(),
-                   [completion = std::move(completion)](
-                       std::vector<std::shared_ptr<SoundboardSound>> sounds,
-                       std::optional<Metadata>, const Timeline&, std::optional<Error> error) {
-                       completion(std::move(sounds), std::move(error));
-                   });
+    return request(
+        std::make_shared<SoundboardSoundParser>(),
+        [completion = std::move(completion)](std::vector<std::shared_ptr<SoundboardSound>> sounds,
+                                             const std::optional<Metadata>&, const Timeline&,
+                                             std::optional<Error> error) {
+            completion(std::move(sounds), std::move(error));
+        });
 }
 
 } // namespace KeloAPI

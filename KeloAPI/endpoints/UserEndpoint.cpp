@@ -36,8 +36,8 @@ void UserEndpoint::setFollowingOnTwitter(bool following,
     setPath("users/" + _userId + (following ? "/follow-on-twitter" : "/unfollow-on-twitter"));
     setMethod(Method::POST);
     request(std::make_shared<KLEmptyParser>(),
-            [completion = std::move(completion)](std::vector<std::shared_ptr<KLEmpty>>,
-                                                 std::optional<Metadata>, const Timeline&,
+            [completion = std::move(completion)](const std::vector<std::shared_ptr<KLEmpty>>&,
+                                                 const std::optional<Metadata>&, const Timeline&,
                                                  std::optional<Error> error) {
                 if (error && !countsAsSuccess(*error)) {
                     completion(UserResult::Error{*std::move(error)});

@@ -29,7 +29,7 @@ std::shared_ptr<EndpointRequest> LongformViewsEndpoint::fetchViews(
     return request(
         std::make_shared<KLLongformViewsParser>(),
         [completion = std::move(completion)](std::vector<std::shared_ptr<KLLongformViews>> views,
-                                             std::optional<Metadata>, const Timeline&,
+                                             const std::optional<Metadata>&, const Timeline&,
                                              std::optional<Error> error) {
             completion(views.empty() ? nullptr : std::move(views.front()), std::move(error));
         });
@@ -41,11 +41,10 @@ LongformViewsEndpoint::submitView(std::function<void(std::optional<Error>)> comp
     setParameterEncoding(ParameterEncoding::JSON);
     setMethod(Method::POST);
     return request(std::make_shared<KLEmptyParser>(),
-                   [completion = std::move(completion)](std::vector<std::shared_ptr<KLEmpty>>,
-                                                        std::optional<Metadata>, const Timeline&,
-                                                        std::optional<Error> error) {
-                       completion(std::move(error));
-                   });
+                   [completion = std::move(completion)](
+                       const std::vector<std::shared_ptr<KLEmpty>>&, const std::optional<Metadata>&,
+                       const Timeline&,
+                       std::optional<Error> error) { completion(std::move(error)); });
 }
 
 namespace detail {

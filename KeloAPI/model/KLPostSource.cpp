@@ -39,7 +39,7 @@ std::shared_ptr<KLPostSource> KLPostSource::fromJSON(const JsonObject& json) {
     if (!postId || !userId) {
         return nullptr;
     }
-    const std::shared_ptr<KLPostSource> source(
+    std::shared_ptr<KLPostSource> source(
         new KLPostSource(postId->stringValue(), userId->stringValue()));
     source->_contentType =
         contentTypeOf(values[1].integer().value_or(0)).value_or(KLPostSourceContentType::Unknown);

@@ -35,7 +35,7 @@ KLPagingMetadata::KLPagingMetadata(std::int64_t count, const KLPagingMetadata& m
     , _displayCount(metadata._displayCount) {}
 
 std::shared_ptr<KLPagingMetadata> KLPagingMetadata::ofRecords(std::int64_t count) {
-    const std::shared_ptr<KLPagingMetadata> metadata(new KLPagingMetadata);
+    std::shared_ptr<KLPagingMetadata> metadata(new KLPagingMetadata);
     metadata->setCount(count);
     return metadata;
 }

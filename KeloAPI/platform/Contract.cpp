@@ -6,8 +6,9 @@
 namespace KeloAPI {
 
 void contractViolation(std::string_view what) noexcept {
-    std::fprintf(stderr, "KeloAPI: contract violated: %.*s\n", static_cast<int>(what.size()),
-                 what.data());
+    // The process ends whether or not the line could be written.
+    static_cast<void>(std::fprintf(stderr, "KeloAPI: contract violated: %.*s\n",
+                                   static_cast<int>(what.size()), what.data()));
     std::abort();
 }
 

@@ -22,8 +22,9 @@ State& state() {
 void writeToStandardOutput(std::string_view line) {
     std::string text(line);
     text += '\n';
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    std::fflush(stdout);
+    // A line that standard output does not take is lost: there is nowhere else to say so.
+    static_cast<void>(std::fwrite(text.data(), 1, text.size(), stdout));
+    static_cast<void>(std::fflush(stdout));
 }
 
 } // namespace

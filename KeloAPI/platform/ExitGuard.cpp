@@ -32,6 +32,7 @@ struct Registry {
     std::condition_variable changed;
     std::map<std::thread::id, Thread> threads;
     std::atomic<bool> exiting = false;
+    std::thread::id exitingThread;
     pid_t process = 0;
 };
 
@@ -48,6 +49,7 @@ void parkAllThreads() {
     }
     const auto self = std::this_thread::get_id();
     std::unique_lock lock(all.mutex);
+    all.exitingThread = self;
     all.exiting = true;
     for (const auto& [id, thread] : all.threads) {
         if (id != self) {
@@ -86,10 +88,12 @@ void parkIfExiting() {
     }
     {
         const std::lock_guard lock(all.mutex);
-        const auto found = all.threads.find(std::this_thread::get_id());
-        if (found != all.threads.end()) {
-            found->second.parked = true;
+        const auto self = std::this_thread::get_id();
+        const auto found = all.threads.find(self);
+        if (found == all.threads.end() || self == all.exitingThread) {
+            return;
         }
+        found->second.parked = true;
     }
     all.changed.notify_all();
     while (true) {

@@ -15,8 +15,9 @@ void install();
 /// True from the moment the process began to exit.
 bool isExiting();
 
-/// Stops the calling thread for good when the process is exiting. Called by the library's threads
-/// wherever they come back from code that is not theirs.
+/// Stops the calling thread for good when the process is exiting and the thread is a `Member`, but
+/// not the one that exits. Called wherever the library's threads come back from code that is not
+/// theirs, and before they enter code that an exit takes the ground from.
 void parkIfExiting();
 
 /// Makes the calling thread one that the process's exit waits for, for the life of the object.

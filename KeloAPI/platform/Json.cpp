@@ -1,3 +1,4 @@
+#include <KeloAPI/platform/ExitGuard.hpp>
 #include <KeloAPI/platform/Json.hpp>
 #include <KeloAPI/platform/JsonReader.hpp>
 
@@ -321,6 +322,8 @@ Result<JsonDocument> JsonDocument::parse(const std::string& text) {
     const std::size_t skipped = text.starts_with(byteOrderMark) ? byteOrderMark.size() : 0;
     const bool padded = text.capacity() - text.size() >= simdjson::SIMDJSON_PADDING;
     auto contents = std::make_unique<Contents>();
+    // A task that outlasts the exit's patience must not come to a reader that is gone.
+    ExitGuard::parkIfExiting();
     const auto outcome =
         contents->parser.parse(text.data() + skipped, text.size() - skipped, !padded);
     if (outcome.error() != simdjson::SUCCESS) {

@@ -37,16 +37,15 @@ std::string decimal(Integer value) {
 /// Lays the digits of a shortest representation ("d.ddde±xx") out as plain decimal text.
 std::string plain(std::string_view digits, int exponent) {
     std::string text;
-    const int count = static_cast<int>(digits.size());
     if (exponent < 0) {
-        text.append("0.").append(static_cast<std::size_t>(-exponent - 1), '0').append(digits);
-    } else if (count <= exponent + 1) {
-        text.append(digits).append(static_cast<std::size_t>(exponent + 1 - count), '0');
-    } else {
-        const auto whole = static_cast<std::size_t>(exponent + 1);
-        text.append(digits.substr(0, whole)).append(".").append(digits.substr(whole));
+        const auto zeros = static_cast<std::size_t>(-exponent) - 1;
+        return text.append("0.").append(zeros, '0').append(digits);
     }
-    return text;
+    const auto whole = static_cast<std::size_t>(exponent) + 1;
+    if (digits.size() <= whole) {
+        return text.append(digits).append(whole - digits.size(), '0');
+    }
+    return text.append(digits.substr(0, whole)).append(".").append(digits.substr(whole));
 }
 
 std::string decimal(double value) {

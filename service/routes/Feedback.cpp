@@ -5,7 +5,7 @@ namespace KeloService {
 namespace {
 
 std::string requiredBoost(const Call& call) {
-    const std::string boost = requiredText(bodyObject(call), "recommendationBoost");
+    std::string boost = requiredText(bodyObject(call), "recommendationBoost");
     if (boost != "positive" && boost != "neutral" && boost != "negative") {
         throw ServiceError(400, ErrorCode::badRequest,
                            "recommendationBoost must be positive, neutral or negative");

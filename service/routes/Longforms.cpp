@@ -17,7 +17,7 @@ std::pair<std::string, std::int64_t> requireLongform(const Call& call, const Con
 }
 
 std::string requiredTimestamp(const Call& call) {
-    const std::string text = requiredText(bodyObject(call), "timestamp");
+    std::string text = requiredText(bodyObject(call), "timestamp");
     double seconds = 0;
     const auto [end, error] =
         std::from_chars(text.data(), text.data() + text.size(), seconds, std::chars_format::fixed);

@@ -36,12 +36,12 @@ ServerTrustPolicyManager effective(const ServerTrustPolicyManager& trust) {
         const auto url = URL::parse("https://" + (address ? "[" + host + "]" : host));
         policies.insert_or_assign(url ? effectiveHost(*url) : host, policy);
     }
-    return ServerTrustPolicyManager(std::move(policies));
+    return ServerTrustPolicyManager(policies);
 }
 
 } // namespace
 
-CurlLanes::CurlLanes(ServerTrustPolicyManager trust)
+CurlLanes::CurlLanes(const ServerTrustPolicyManager& trust)
     : _trust(effective(trust)) {}
 
 CurlLanes::~CurlLanes() = default;

@@ -15,7 +15,7 @@ class CurlLoop;
 /// opened when it is first needed.
 class CurlLanes {
 public:
-    explicit CurlLanes(ServerTrustPolicyManager trust);
+    explicit CurlLanes(const ServerTrustPolicyManager& trust);
     CurlLanes(const CurlLanes&) = delete;
     CurlLanes& operator=(const CurlLanes&) = delete;
     ~CurlLanes();

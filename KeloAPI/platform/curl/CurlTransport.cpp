@@ -4,8 +4,8 @@
 
 namespace KeloAPI {
 
-CurlTransport::CurlTransport(ServerTrustPolicyManager trust)
-    : _lanes(std::make_shared<CurlLanes>(std::move(trust))) {}
+CurlTransport::CurlTransport(const ServerTrustPolicyManager& trust)
+    : _lanes(std::make_shared<CurlLanes>(trust)) {}
 
 CurlTransport::~CurlTransport() {
     _lanes->close();

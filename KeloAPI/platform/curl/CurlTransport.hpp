@@ -14,7 +14,7 @@ class CurlLanes;
 /// host of another policy) the calls move from one to the other.
 class CurlTransport final : public Transport {
 public:
-    explicit CurlTransport(ServerTrustPolicyManager trust);
+    explicit CurlTransport(const ServerTrustPolicyManager& trust);
     /// Completes what is under way with `Cancelled`, each observer once. When the destructor
     /// returns they have all heard, unless it runs inside a call of one of them: then they hear
     /// soon after.

@@ -7,8 +7,8 @@
 
 namespace KeloAPI {
 
-Manager::Manager(ServerTrustPolicyManager trust)
-    : Manager(std::make_shared<CurlTransport>(std::move(trust))) {}
+Manager::Manager(const ServerTrustPolicyManager& trust)
+    : Manager(std::make_shared<CurlTransport>(trust)) {}
 
 Manager::Manager(std::shared_ptr<Transport> transport)
     : _responseQueue(std::make_shared<SerialQueue>("KeloAPI.response"))

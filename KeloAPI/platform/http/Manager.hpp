@@ -22,7 +22,7 @@ public:
     using Destination = std::function<URL(const HTTPResponse& response)>;
 
     /// Over HTTP, each host's certificate judged by `trust`.
-    explicit Manager(ServerTrustPolicyManager trust);
+    explicit Manager(const ServerTrustPolicyManager& trust);
     /// Over a transport of the caller's own.
     explicit Manager(std::shared_ptr<Transport> transport);
     Manager(const Manager&) = delete;

@@ -42,7 +42,8 @@ private:
     }
     void write(const std::string& key, const Parameters& map) {
         for (const auto& [name, element] : map) {
-            write(key + "[" + name + "]", element);
+            std::string member = key;
+            write(member.append("[").append(name).append("]"), element);
         }
     }
 

@@ -37,9 +37,9 @@ std::string tableKey(std::string_view host) {
 } // namespace
 
 ServerTrustPolicyManager::ServerTrustPolicyManager(
-    std::map<std::string, ServerTrustPolicy> policies) {
-    for (auto& [host, policy] : policies) {
-        _policies.insert_or_assign(tableKey(host), std::move(policy));
+    const std::map<std::string, ServerTrustPolicy>& policies) {
+    for (const auto& [host, policy] : policies) {
+        _policies.insert_or_assign(tableKey(host), policy);
     }
 }
 

@@ -28,7 +28,8 @@ class KELO_API ServerTrustPolicyManager {
 public:
     /// Hosts are compared without regard to case, and a port, a path or a user beside one is
     /// ignored.
-    explicit ServerTrustPolicyManager(std::map<std::string, ServerTrustPolicy> policies = {});
+    explicit ServerTrustPolicyManager(
+        const std::map<std::string, ServerTrustPolicy>& policies = {});
 
     /// The table, by hosts as they are compared.
     const std::map<std::string, ServerTrustPolicy, std::less<>>& policies() const {

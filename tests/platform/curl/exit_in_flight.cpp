@@ -89,12 +89,12 @@ int main(int argc, char** argv) {
     if (!certificate) {
         return 3;
     }
-    ServerTrustPolicyManager trust({{"localhost", PinCertificates{{*certificate}}}});
+    const ServerTrustPolicyManager trust({{"localhost", PinCertificates{{*certificate}}}});
     if (life == "early") {
-        static CurlTransport transport(std::move(trust));
+        static CurlTransport transport(trust);
         plan.transport = &transport;
     } else if (life == "never") {
-        plan.transport = new CurlTransport(std::move(trust));
+        plan.transport = new CurlTransport(trust);
     }
     plan.way = argv[1];
     plan.port = argv[3];

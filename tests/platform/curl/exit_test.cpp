@@ -30,21 +30,62 @@ protected:
             std::this_thread::sleep_for(std::chrono::milliseconds(100));
             response.set_content("slow", "text/plain");
         });
+        server.routes().Get("/records", [](const httplib::Request&, httplib::Response& response) {
+            response.set_content(records(), "application/json");
+        });
         server.start();
         setenv("SSL_CERT_FILE", certificate.path().c_str(), 1);
     }
 
     void TearDown() override { unsetenv("SSL_CERT_FILE"); }
 
+    static std::string records() {
+        std::string json = "[0";
+        for (int i = 1; i < 20'000; ++i) {
+            json += R"(,{"a":[1.5,"two",null]})";
+        }
+        return json + "]";
+    }
+
+    /// Runs the program `all` times, four at once, through all ways and lives.
+    void runAll(const char* program, int all, const std::vector<std::string>& ways,
+                const std::vector<std::string>& lives, int longestMicroseconds) const {
+        std::atomic<int> next = 0;
+        std::mutex mutex;
+        std::vector<std::string> wrong;
+        std::vector<std::thread> runners;
+        runners.reserve(4);
+        for (int i = 0; i < 4; ++i) {
+            runners.emplace_back([&] {
+                for (int run = next++; run < all; run = next++) {
+                    const auto n = static_cast<std::size_t>(run);
+                    std::string fault = runOnce(program, ways[n % ways.size()],
+                                                lives[n / ways.size() % lives.size()],
+                                                run * 37 % longestMicroseconds);
+                    if (!fault.empty()) {
+                        const std::lock_guard lock(mutex);
+                        wrong.push_back(std::move(fault));
+                    }
+                }
+            });
+        }
+        for (std::thread& runner : runners) {
+            runner.join();
+        }
+        EXPECT_TRUE(wrong.empty())
+            << wrong.size() << " of " << all << ", the first: " << wrong.front();
+    }
+
     /// Runs the program once and says what was wrong; empty when it left as it should.
-    std::string runOnce(const std::string& way, const std::string& life, int microseconds) const {
+    std::string runOnce(const char* program, const std::string& way, const std::string& life,
+                        int microseconds) const {
         const std::string port = std::to_string(server.port());
         const std::string delay = std::to_string(microseconds);
         std::array<const char*, 7> arguments = {
-            KELO_EXIT_IN_FLIGHT,        way.c_str(),   life.c_str(), port.c_str(),
-            certificate.path().c_str(), delay.c_str(), nullptr};
+            program,       way.c_str(), life.c_str(), port.c_str(), certificate.path().c_str(),
+            delay.c_str(), nullptr};
         pid_t process = -1;
-        if (posix_spawn(&process, KELO_EXIT_IN_FLIGHT, nullptr, nullptr,
+        if (posix_spawn(&process, program, nullptr, nullptr,
                         const_cast<char* const*>(arguments.data()), environ) != 0) {
             return "could not be started";
         }
@@ -77,35 +118,15 @@ protected:
 
 TEST_F(ExitTest, AThousandTimesWithRequestsInFlight) {
     constexpr int all = isSanitized ? 120 : 1000;
-    constexpr std::array<const char*, 6> ways = {"main",     "return", "thread",
-                                                 "response", "data",   "complete"};
-    constexpr std::array<const char*, 3> lives = {"early", "late", "never"};
-    std::atomic<int> next = 0;
-    std::mutex mutex;
-    std::vector<std::string> wrong;
-    std::vector<std::thread> runners;
-    runners.reserve(4);
-    for (int i = 0; i < 4; ++i) {
-        runners.emplace_back([&] {
-            for (int run = next++; run < all; run = next++) {
-                // From the first steps of TLS to the midst of traffic.
-                const int microseconds = run * 37 % 25'000;
-                std::string fault =
-                    runOnce(ways.at(static_cast<std::size_t>(run) % ways.size()),
-                            lives.at(static_cast<std::size_t>(run) / ways.size() % lives.size()),
-                            microseconds);
-                if (!fault.empty()) {
-                    const std::lock_guard lock(mutex);
-                    wrong.push_back(std::move(fault));
-                }
-            }
-        });
-    }
-    for (std::thread& runner : runners) {
-        runner.join();
-    }
-    EXPECT_TRUE(wrong.empty()) << wrong.size() << " of " << all << ", the first: " << wrong.front();
+    // From the first steps of TLS to the midst of traffic.
+    runAll(KELO_EXIT_IN_FLIGHT, all, {"main", "return", "thread", "response", "data", "complete"},
+           {"early", "late", "never"}, 25'000);
     EXPECT_GT(server.requests(), all / 4) << "the requests did not even reach the server";
+}
+
+TEST_F(ExitTest, WhileAnswersAreBeingParsed) {
+    constexpr int all = isSanitized ? 30 : 200;
+    runAll(KELO_EXIT_WHILE_PARSING, all, {"main", "return", "queue"}, {"early", "never"}, 5'000);
 }
 
 } // namespace
