@@ -14,6 +14,10 @@ if(KELO_SANITIZE)
   target_compile_options(kelo-compiler INTERFACE -fsanitize=${KELO_SANITIZE} -fno-omit-frame-pointer
     -fno-sanitize-recover=all)
   target_link_options(kelo-compiler INTERFACE -fsanitize=${KELO_SANITIZE})
+  # GCC loses track of what instrumented code has initialised (GCC bug 105562).
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(kelo-compiler INTERFACE -Wno-maybe-uninitialized)
+  endif()
 endif()
 if(KELO_BUILD_FUZZERS)
   target_compile_options(kelo-compiler INTERFACE -fsanitize=fuzzer-no-link)
