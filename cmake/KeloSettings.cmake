@@ -2,6 +2,11 @@
 # one generated header, and the pinned certificates in it as scrambled texts.
 set(KELO_API_HOST "api.kelo.example" CACHE STRING "Host name of the service's API")
 set(KELO_ERROR_DOMAIN "kelo.example" CACHE STRING "Domain of the service's errors")
+set(KELO_APPLICATION_GROUP "group.example.kelo" CACHE STRING
+  "Application group that the application shares with its extensions")
+set(KELO_ENTERPRISE_APPLICATION_GROUP "group.example.kelo.enterprise" CACHE STRING
+  "The same for enterprise builds of the application")
+set(KELO_QUEUE_LABEL_PREFIX "example.kelo." CACHE STRING "What labels of file queues begin with")
 set(KELO_CERTIFICATE_1 "" CACHE FILEPATH "First pinned certificate (PEM)")
 set(KELO_CERTIFICATE_2 "" CACHE FILEPATH "Second pinned certificate (PEM)")
 

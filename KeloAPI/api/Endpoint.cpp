@@ -109,7 +109,12 @@ void Endpoint::download(const URL& destinationUrl, DownloadCompletion completion
         [self = shared_from_this(), completionHandler = std::move(completionHandler)](
             const URL& url, std::optional<Error> error) {
             completionHandler(url, std::move(error));
-        });
+        },
+        _downloadProgressHandler);
+}
+
+void Endpoint::setDownloadProgressHandler(Session::DownloadProgress handler) {
+    _downloadProgressHandler = std::move(handler);
 }
 
 std::shared_ptr<EndpointRequest> Endpoint::request(TextCompletion completionHandler) {

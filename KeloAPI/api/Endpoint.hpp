@@ -95,7 +95,7 @@ public:
     virtual std::shared_ptr<EndpointRequest> sendUpload(std::shared_ptr<const EndpointCall> call,
                                                         Data data);
     /// Sends the call and keeps the answer as the file `destinationUrl`. No envelope is read, and
-    /// there is no handle.
+    /// there is no handle; progress goes to the handler that was set before.
     virtual void download(const URL& destinationUrl, DownloadCompletion completionHandler);
     /// Sends the call and hands out the answer's body as text, whatever it says.
     virtual std::shared_ptr<EndpointRequest> request(TextCompletion completionHandler);
@@ -113,6 +113,9 @@ public:
     template <class P, class Completion>
     std::shared_ptr<EndpointRequest> upload(std::shared_ptr<P> parser, Data data,
                                             Completion completionHandler);
+
+    /// Called on the main queue while the bytes of a later `download` arrive. Empty by default.
+    void setDownloadProgressHandler(Session::DownloadProgress handler);
 
     /// Never null.
     const std::shared_ptr<Session>& session() const { return _session; }
@@ -152,6 +155,7 @@ private:
     Method _method = Method::GET;
     ParameterEncoding _parameterEncoding = ParameterEncoding::URL;
     Parameters _parameters;
+    Session::DownloadProgress _downloadProgressHandler;
     const std::shared_ptr<Session> _session;
 };
 

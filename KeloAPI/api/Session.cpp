@@ -94,9 +94,12 @@ std::shared_ptr<Request> Session::upload(const URLRequestConvertible& convertibl
 }
 
 void Session::download(const URLRequestConvertible& convertible, const URL& destinationUrl,
-                       DownloadCompletion completionHandler) {
+                       DownloadCompletion completionHandler, DownloadProgress progressHandler) {
     const auto request = sessionManager()->download(
         convertible, [destinationUrl](const HTTPResponse&) { return destinationUrl; });
+    if (progressHandler) {
+        request->progress(std::move(progressHandler));
+    }
     request->response([destinationUrl, completionHandler = std::move(completionHandler)](
                           const ResponseContent& content, Timeline) -> Request::Completion {
         return [destinationUrl, completionHandler, error = content.error] {

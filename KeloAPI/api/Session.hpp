@@ -34,6 +34,9 @@ class KELO_API Session : public Object, public EndpointErrorHandler {
 public:
     /// Takes the end of a download: the file's URL, and the error if it is not there.
     using DownloadCompletion = std::function<void(const URL& url, std::optional<Error> error)>;
+    /// Takes the bytes received since the last report, those received so far, and those expected in
+    /// all (-1 while that is unknown).
+    using DownloadProgress = Request::Progress;
 
     /// The server of the host that the session has when it first sends is pinned. Always true.
     static constexpr bool certificatePinningEnabled = true;
@@ -68,9 +71,10 @@ public:
     /// Sends a request with `data` as its body.
     virtual std::shared_ptr<Request> upload(const URLRequestConvertible& convertible, Data data);
     /// Sends a request whose answer becomes the file `destinationUrl`, whatever the answer's head
-    /// says. The completion is called on the main queue.
+    /// says. The completion, and the progress before it, are called on the main queue.
     virtual void download(const URLRequestConvertible& convertible, const URL& destinationUrl,
-                          DownloadCompletion completionHandler);
+                          DownloadCompletion completionHandler,
+                          DownloadProgress progressHandler = nullptr);
 
     /// Ends the wait of the queued retries: true sends each again, oldest first; false drops them.
     /// The queue is empty afterwards, retries that were queued meanwhile included.

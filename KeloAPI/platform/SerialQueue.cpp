@@ -46,7 +46,7 @@ struct SerialQueue::State {
         somethingToDo.notify_one();
     }
 
-    std::string label;
+    const std::string label;
     std::mutex mutex;
     std::condition_variable somethingToDo;
     std::vector<Task> waiting;
@@ -63,6 +63,10 @@ SerialQueue::~SerialQueue() {
         _state->closed = true;
     }
     _state->somethingToDo.notify_one();
+}
+
+const std::string& SerialQueue::label() const {
+    return _state->label;
 }
 
 void SerialQueue::async(Task task) {

@@ -21,6 +21,8 @@ public:
     SerialQueue& operator=(const SerialQueue&) = delete;
     ~SerialQueue();
 
+    const std::string& label() const;
+
     void async(Task task);
 
     /// True inside a task of this queue.

@@ -18,10 +18,10 @@ namespace KeloAPI::testing {
 /// What a scripted exchange comes to: an answer, or an error in its place.
 struct KELO_API ScriptedAnswer {
     int statusCode = 200;
-    HeaderFields headerFields;
-    std::string body;
+    HeaderFields headerFields = {};
+    std::string body = {};
     /// When present, the exchange ends with it after the body.
-    std::optional<Error> error;
+    std::optional<Error> error = std::nullopt;
     /// What the head says of the body's length; its real length when absent.
     std::optional<std::int64_t> expectedContentLength = std::nullopt;
 

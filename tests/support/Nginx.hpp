@@ -24,6 +24,8 @@ public:
     ~Nginx();
 
     bool isServing() const;
+    /// The folder that /files serves.
+    std::filesystem::path files() const { return _folder / "files"; }
     std::string url(const std::string& path) const;
     const std::string& slowBody() const { return _slowBody; }
 

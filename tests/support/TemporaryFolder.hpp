@@ -30,6 +30,7 @@ public:
         std::filesystem::remove_all(_path, ignored);
     }
 
+    std::string path() const { return _path.string(); }
     std::string path(const std::string& name) const { return (_path / name).string(); }
 
     void write(const std::string& name, const std::string& content) const {

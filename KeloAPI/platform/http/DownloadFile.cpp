@@ -1,10 +1,9 @@
+#include <KeloAPI/platform/http/AbandonedDownloads.hpp>
 #include <KeloAPI/platform/http/DownloadFile.hpp>
 #include <KeloAPI/platform/http/HTTPError.hpp>
 
-#include <fcntl.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <system_error>
@@ -21,29 +20,13 @@ std::string directoryOf(const std::string& path) {
     return slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
 }
 
-/// A name that no other process and no other download has: 128 random bits.
-std::string uniqueName() {
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::array<unsigned char, 16> bytes{};
-    std::string name;
-    if (getentropy(bytes.data(), bytes.size()) != 0) {
-        return name;
-    }
-    for (const unsigned char byte : bytes) {
-        name += digits[byte >> 4U];
-        name += digits[byte & 15U];
-    }
-    return name;
-}
-
 } // namespace
 
 DownloadFile::DownloadFile(std::string destination)
     : _destination(std::move(destination))
-    , _temporary(directoryOf(_destination) + ".download-" + uniqueName() + ".part") {
-    // Opened by hand because the system's temporary files are private, and what this becomes is an
-    // ordinary file: the process's mask cannot be read without changing it for all threads.
-    _file = open(_temporary.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    , _temporary(directoryOf(_destination) + AbandonedDownloads::temporaryName()) {
+    AbandonedDownloads::clear(directoryOf(_destination));
+    _file = AbandonedDownloads::create(_temporary);
     if (_file < 0) {
         fail("no file can be made beside ");
     }

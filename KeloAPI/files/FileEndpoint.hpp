@@ -1,0 +1,78 @@
+#pragma once
+
+#include <KeloAPI/api/Endpoint.hpp>
+#include <KeloAPI/api/Outcome.hpp>
+#include <KeloAPI/files/FileManager.hpp>
+#include <KeloAPI/platform/Export.hpp>
+#include <KeloAPI/platform/URL.hpp>
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace KeloAPI {
+
+class FileEndpoint;
+
+/// The endpoint whose file is there now; its `localUrl` says where.
+struct FileDownloadSuccess {
+    std::shared_ptr<FileEndpoint> endpoint;
+};
+
+using FileDownloadResult = Outcome<FileDownloadSuccess>;
+
+/// One file of the service, a video as a rule, and its place in a cache directory. Its path is
+/// where the file is fetched: the complete URL as a rule. Two endpoints with the same path are the
+/// same file.
+class KELO_API FileEndpoint : public Endpoint {
+public:
+    /// Neither empty nor throwing.
+    using Completion = std::function<void(const FileDownloadResult& result)>;
+
+    /// On the authenticated session, with `Api::sessionDelegate()`. The manager must not be null.
+    static std::shared_ptr<FileEndpoint> create(std::string path,
+                                                std::shared_ptr<FileManager> fileManager);
+    ~FileEndpoint() override;
+
+    using Endpoint::download;
+    /// Makes the file available at the file URL `destination`. A file that is there already is
+    /// answered at once, on this thread and from where it is; otherwise it is fetched, and the
+    /// completion runs on the main queue.
+    virtual void download(const URL& destination, Completion completion);
+
+    /// Where the file is: as soon as it has been downloaded or found in the cache, that place, even
+    /// if the file has gone since. Absent before.
+    virtual std::optional<URL> localUrl();
+
+    /// Removes the file that `localUrl` names, and a directory with all that is in it; where there
+    /// is none, it does nothing. Throws `std::filesystem::filesystem_error` when the system
+    /// refuses. `localUrl` stays what it was.
+    virtual void deleteFile();
+
+    /// The file's place in the cache: the last component of the path, without what follows a "?",
+    /// put behind the manager's directory. Paths that end in the same name share one place. Absent
+    /// without a directory.
+    virtual std::optional<URL> documentsFile();
+
+    /// For those who wait for this file; the library itself neither reads nor changes it.
+    std::vector<std::shared_ptr<Object>> subscribers;
+
+    const std::shared_ptr<FileManager>& fileManager() const { return _fileManager; }
+
+protected:
+    FileEndpoint(Key key, std::string path, std::shared_ptr<FileManager> fileManager);
+
+private:
+    std::optional<URL> downloadedUrl() const;
+    void setDownloadedUrl(const URL& url);
+
+    // A queue reads it on its own thread while the host asks on another.
+    mutable std::mutex _mutex;
+    std::optional<URL> _downloadedUrl;
+    const std::shared_ptr<FileManager> _fileManager;
+};
+
+} // namespace KeloAPI

@@ -1,0 +1,125 @@
+#include <KeloAPI/files/FileEndpoint.hpp>
+#include <KeloAPI/files/FileManager.hpp>
+#include <KeloAPI/platform/Application.hpp>
+#include <KeloAPI/platform/Diagnostics.hpp>
+#include <KeloAPI/platform/Directory.hpp>
+#include <KeloAPI/platform/http/AbandonedDownloads.hpp>
+#include <KeloAPI/platform/NeverDestroyed.hpp>
+#include <KeloAPI/Settings.hpp>
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+#include <utility>
+
+namespace KeloAPI {
+
+namespace {
+
+using Instances = std::map<std::string, std::shared_ptr<FileManager>>;
+
+Instances& instances() {
+    static NeverDestroyed<Instances> all;
+    return *all;
+}
+
+std::string groupIdentifier() {
+    const auto bundle = Application::bundleIdentifier();
+    const bool enterprise = bundle && bundle->find("enterprise") != std::string::npos;
+    return std::string(enterprise ? Settings::enterpriseApplicationGroup
+                                  : Settings::applicationGroup);
+}
+
+/// The path of the group's container, without a "/" at its end.
+std::optional<std::string> containerPath() {
+    const auto container = Application::groupContainer(groupIdentifier());
+    auto path = container ? container->filePath() : std::nullopt;
+    if (path && path->size() > 1 && path->ends_with('/')) {
+        path->pop_back();
+    }
+    return path;
+}
+
+} // namespace
+
+FileManager::FileManager(std::string relativePath)
+    : _relativePath(std::move(relativePath)) {}
+
+FileManager::~FileManager() = default;
+
+std::shared_ptr<FileManager> FileManager::sharedGroupManager(const std::string& relativePath) {
+    auto& manager = instances()[relativePath];
+    if (!manager) {
+        manager.reset(new FileManager(relativePath));
+    }
+    return manager;
+}
+
+void FileManager::kill() {
+    // The registry may hold the last reference to this manager.
+    const auto registered = instances().extract(_relativePath);
+}
+
+const std::optional<std::string>& FileManager::documentsDirectory() {
+    if (_computed) {
+        return _documentsDirectory;
+    }
+    _computed = true;
+    if (const auto container = containerPath()) {
+        _documentsDirectory = *container + _relativePath;
+        try {
+            std::filesystem::create_directories(*_documentsDirectory);
+        } catch (const std::filesystem::filesystem_error& error) {
+            Diagnostics::write(error.what());
+        }
+        AbandonedDownloads::clear(*_documentsDirectory);
+    }
+    return _documentsDirectory;
+}
+
+void FileManager::setDocumentsDirectory(std::optional<std::string> path) {
+    _computed = true;
+    _documentsDirectory = std::move(path);
+}
+
+std::vector<std::string> FileManager::allFilesDesc() {
+    const auto& directory = documentsDirectory();
+    if (!directory) {
+        return {};
+    }
+    std::vector<DirectoryEntry> entries;
+    try {
+        entries = entriesOf(*directory, [](std::string_view name) {
+            return !AbandonedDownloads::isTemporaryName(name);
+        });
+    } catch (const std::filesystem::filesystem_error& error) {
+        Diagnostics::write(error.what());
+        return {};
+    }
+    std::sort(entries.begin(), entries.end(), [](const DirectoryEntry& a, const DirectoryEntry& b) {
+        return a.modified > b.modified;
+    });
+    std::vector<std::string> names;
+    names.reserve(entries.size());
+    for (DirectoryEntry& entry : entries) {
+        names.push_back(std::move(entry.name));
+    }
+    return names;
+}
+
+void FileManager::cleanDirectory(std::int64_t maxCount) {
+    const auto names = allFilesDesc();
+    const auto self = shared_from_this();
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        if (static_cast<std::int64_t>(i) <= maxCount) {
+            continue;
+        }
+        try {
+            FileEndpoint::create(names[i], self)->deleteFile();
+        } catch (const std::filesystem::filesystem_error& error) {
+            Diagnostics::write(error.what());
+        }
+    }
+}
+
+} // namespace KeloAPI

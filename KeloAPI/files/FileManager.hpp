@@ -1,0 +1,55 @@
+#pragma once
+
+#include <KeloAPI/platform/Export.hpp>
+#include <KeloAPI/platform/Object.hpp>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace KeloAPI {
+
+/// One cache directory for downloaded files, in the container that the application shares with its
+/// extensions: one flat level of files, whose age is their date of modification. What fails goes to
+/// the diagnostics as one line, and the operation does without. One thread at a time, the registry
+/// of managers included.
+class KELO_API FileManager final : public Object, public std::enable_shared_from_this<FileManager> {
+public:
+    FileManager(const FileManager&) = delete;
+    FileManager& operator=(const FileManager&) = delete;
+    ~FileManager() override;
+
+    /// The one manager for `relativePath`, made at the first request. The path is put behind the
+    /// container's as it is, so it brings its own "/" on both ends.
+    static std::shared_ptr<FileManager> sharedGroupManager(const std::string& relativePath);
+
+    /// Forgets the manager that is registered under this one's relative path, whichever it is.
+    /// Holders keep what they have; the next request makes a fresh one.
+    void kill();
+
+    const std::string& relativePath() const { return _relativePath; }
+
+    /// The directory's path, found and created at the first call; absent when the application has
+    /// no group container, and then for good. An enterprise build of the application (its bundle
+    /// identifier says so) has a container of its own.
+    const std::optional<std::string>& documentsDirectory();
+    /// Replaces the directory; nothing is looked for or created any more.
+    void setDocumentsDirectory(std::optional<std::string> path);
+
+    /// Deletes the oldest files and keeps the newest `maxCount` and one more; a negative number
+    /// keeps none. One entry that cannot be examined, and nothing is deleted. Files that are being
+    /// downloaded do not count.
+    void cleanDirectory(std::int64_t maxCount);
+
+private:
+    explicit FileManager(std::string relativePath);
+    std::vector<std::string> allFilesDesc();
+
+    const std::string _relativePath;
+    bool _computed = false;
+    std::optional<std::string> _documentsDirectory;
+};
+
+} // namespace KeloAPI

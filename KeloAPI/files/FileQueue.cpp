@@ -1,0 +1,182 @@
+#include <KeloAPI/files/FileQueue.hpp>
+#include <KeloAPI/platform/Contract.hpp>
+#include <KeloAPI/platform/MainQueue.hpp>
+#include <KeloAPI/platform/NeverDestroyed.hpp>
+#include <KeloAPI/Settings.hpp>
+
+#include <algorithm>
+#include <map>
+#include <thread>
+#include <utility>
+
+namespace KeloAPI {
+
+namespace {
+
+using Queues = std::map<std::string, std::shared_ptr<FileQueue>>;
+
+Queues& fileQueues() {
+    static NeverDestroyed<Queues> all;
+    return *all;
+}
+
+std::string labelFor(const std::string& key) {
+    return std::string(Settings::queueLabelPrefix) + "filedownloadqueue." + key;
+}
+
+} // namespace
+
+/// One call of an endpoint's download, which may end within the call.
+struct FileQueue::Call {
+    bool runsHere() const { return thread == std::this_thread::get_id() && running; }
+
+    const std::thread::id thread = std::this_thread::get_id();
+    // Both are used on that thread only.
+    bool running = true;
+    std::optional<Transfer> following;
+};
+
+FileQueue::FileQueue(const std::string& key)
+    : _downloadQueue(labelFor(key)) {}
+
+FileQueue::~FileQueue() = default;
+
+std::shared_ptr<FileQueue> FileQueue::withKey(const std::string& key) {
+    auto& queue = fileQueues()[key];
+    if (!queue) {
+        queue.reset(new FileQueue(key));
+    }
+    return queue;
+}
+
+void FileQueue::download(std::shared_ptr<FileEndpoint> endpoint, const URL& to,
+                         Completion completion) {
+    download(std::move(endpoint), to, QueuePriority::Low, std::move(completion));
+}
+
+void FileQueue::download(std::shared_ptr<FileEndpoint> endpoint, const URL& to,
+                         QueuePriority priority, Completion completion) {
+    require(endpoint != nullptr, "a file queue needs an endpoint");
+    require(completion != nullptr, "a download needs a completion");
+    if (endpoint->localUrl()) {
+        completion(FileDownloadSuccess{std::move(endpoint)});
+        return;
+    }
+    _downloadQueue.async([queue = weak_from_this(), endpoint = std::move(endpoint), to, priority,
+                          completion = std::move(completion)]() mutable {
+        if (const auto self = queue.lock()) {
+            self->downloadNext(self->enter(endpoint, to, priority, std::move(completion)));
+        }
+    });
+}
+
+std::optional<FileQueue::Transfer> FileQueue::enter(const std::shared_ptr<FileEndpoint>& endpoint,
+                                                    const URL& url, QueuePriority priority,
+                                                    Completion completion) {
+    const std::lock_guard lock(_mutex);
+    enqueueFile(endpoint, url, priority, std::move(completion));
+    return _queuedFiles.size() == 1 ? front() : std::nullopt;
+}
+
+void FileQueue::enqueueFile(const std::shared_ptr<FileEndpoint>& endpoint, const URL& url,
+                            QueuePriority priority, Completion completion) {
+    if (_remoteUrls.contains(endpoint)) {
+        removeFirst(endpoint);
+    }
+    const auto place =
+        std::partition_point(_queuedFiles.begin(), _queuedFiles.end(), [&](const auto& queued) {
+            return _priorities.at(queued) >= priority;
+        });
+    _queuedFiles.insert(place, endpoint);
+    _remoteUrls.insert_or_assign(endpoint, url);
+    _priorities.insert_or_assign(endpoint, priority);
+    _completeBlocks[endpoint].push_back(std::move(completion));
+}
+
+void FileQueue::downloadNext(std::optional<Transfer> next) {
+    // A loop, because a long row of endpoints that answer within the call would exhaust the stack.
+    while (next) {
+        const auto call = std::make_shared<Call>();
+        next->endpoint->download(next->destination,
+                                 [queue = weak_from_this(), endpoint = next->endpoint,
+                                  call](const FileDownloadResult& result) {
+                                     const auto self = queue.lock();
+                                     if (!self) {
+                                         return;
+                                     }
+                                     auto following = self->leave(endpoint, result);
+                                     if (call->runsHere()) {
+                                         call->following = std::move(following);
+                                     } else {
+                                         self->downloadNext(std::move(following));
+                                     }
+                                 });
+        call->running = false;
+        next = std::move(call->following);
+    }
+}
+
+std::optional<FileQueue::Transfer> FileQueue::leave(const std::shared_ptr<FileEndpoint>& endpoint,
+                                                    const FileDownloadResult& result) {
+    const std::lock_guard lock(_mutex);
+    auto completions = dequeueFile(endpoint);
+    if (!completions.empty()) {
+        MainQueue::main().async([completions = std::move(completions), result] {
+            for (const Completion& completion : completions) {
+                completion(result);
+            }
+        });
+    }
+    return front();
+}
+
+std::vector<FileQueue::Completion>
+FileQueue::dequeueFile(const std::shared_ptr<FileEndpoint>& endpoint) {
+    removeFirst(endpoint);
+    _remoteUrls.erase(endpoint);
+    auto completions = _completeBlocks.extract(endpoint);
+    return completions.empty() ? std::vector<Completion>() : std::move(completions.mapped());
+}
+
+void FileQueue::removeFirst(const std::shared_ptr<FileEndpoint>& endpoint) {
+    const auto found = std::find_if(_queuedFiles.begin(), _queuedFiles.end(),
+                                    [&](const auto& queued) { return *queued == *endpoint; });
+    if (found != _queuedFiles.end()) {
+        _queuedFiles.erase(found);
+    }
+}
+
+std::optional<FileQueue::Transfer> FileQueue::front() const {
+    if (_queuedFiles.empty()) {
+        return std::nullopt;
+    }
+    const auto destination = _remoteUrls.find(_queuedFiles.front());
+    if (destination == _remoteUrls.end()) {
+        return std::nullopt;
+    }
+    return Transfer{_queuedFiles.front(), destination->second};
+}
+
+void FileQueue::kill() {
+    decltype(_queuedFiles) files;
+    decltype(_remoteUrls) remoteUrls;
+    decltype(_priorities) priorities;
+    decltype(_completeBlocks) completeBlocks;
+    {
+        // What the host's completions captured goes without the lock.
+        const std::lock_guard lock(_mutex);
+        _queuedFiles.swap(files);
+        _remoteUrls.swap(remoteUrls);
+        _priorities.swap(priorities);
+        _completeBlocks.swap(completeBlocks);
+    }
+    const auto self = shared_from_this(); // the registry's may be the last reference
+    std::erase_if(fileQueues(), [&](const auto& entry) { return entry.second == self; });
+}
+
+std::vector<std::shared_ptr<FileEndpoint>> FileQueue::queuedFiles() const {
+    const std::lock_guard lock(_mutex);
+    return {_queuedFiles.begin(), _queuedFiles.end()};
+}
+
+} // namespace KeloAPI

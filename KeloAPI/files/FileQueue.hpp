@@ -1,0 +1,108 @@
+#pragma once
+
+#include <KeloAPI/files/FileEndpoint.hpp>
+#include <KeloAPI/files/QueuePriority.hpp>
+#include <KeloAPI/platform/Export.hpp>
+#include <KeloAPI/platform/Object.hpp>
+#include <KeloAPI/platform/SerialQueue.hpp>
+#include <KeloAPI/platform/URL.hpp>
+
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace KeloAPI {
+
+/// Downloads files one after another, the most wanted first, for a named group of callers.
+///
+/// Files of equal priority run in the order of their latest requests, and a request never overtakes
+/// an earlier one of its priority. A file that is wanted more than the one being downloaded takes
+/// the first place and starts as soon as that one ends. A file that is requested again keeps one
+/// place, by the latest priority, and one destination, the latest; all its completions are called
+/// when its download ends.
+///
+/// One transfer runs at a time, with one exception: when the only file of the queue is requested
+/// again while it is downloaded, a second transfer of it starts at once. The first to end answers
+/// all requests.
+///
+/// Requests may come from any thread, `withKey` and `kill` from one. An endpoint's path must not
+/// change while it is queued.
+class KELO_API FileQueue final : public Object, public std::enable_shared_from_this<FileQueue> {
+public:
+    /// Neither empty nor throwing.
+    using Completion = FileEndpoint::Completion;
+
+    FileQueue(const FileQueue&) = delete;
+    FileQueue& operator=(const FileQueue&) = delete;
+    ~FileQueue() override;
+
+    /// The one queue of that key, made at the first request.
+    static std::shared_ptr<FileQueue> withKey(const std::string& key);
+
+    /// Requests a file at priority `Low`.
+    void download(std::shared_ptr<FileEndpoint> endpoint, const URL& to, Completion completion);
+
+    /// Requests that the file be at the file URL `to`. A file that is there already is answered at
+    /// once on this thread, wherever it is. Otherwise the completion is called on the main queue,
+    /// exactly once unless the queue is killed or gone before.
+    void download(std::shared_ptr<FileEndpoint> endpoint, const URL& to, QueuePriority priority,
+                  Completion completion);
+
+    /// Drops all requests, whose completions are never called, and forgets the queue: the next
+    /// `withKey` makes a fresh one. A running transfer goes on to its end.
+    void kill();
+
+    /// The file being downloaded, or next to be, and behind it those that wait, in their order.
+    std::vector<std::shared_ptr<FileEndpoint>> queuedFiles() const;
+
+    /// Where requests are entered; named by the application's prefix, "filedownloadqueue." and the
+    /// key.
+    const SerialQueue& downloadQueue() const { return _downloadQueue; }
+
+private:
+    struct SameFile {
+        using Pointer = std::shared_ptr<FileEndpoint>;
+        std::size_t operator()(const Pointer& a) const { return std::hash<Endpoint>()(*a); }
+        bool operator()(const Pointer& a, const Pointer& b) const { return *a == *b; }
+    };
+    template <class Value>
+    using Files = std::unordered_map<std::shared_ptr<FileEndpoint>, Value, SameFile, SameFile>;
+
+    struct Transfer {
+        std::shared_ptr<FileEndpoint> endpoint;
+        URL destination;
+    };
+    struct Call;
+
+    explicit FileQueue(const std::string& key);
+
+    std::optional<Transfer> enter(const std::shared_ptr<FileEndpoint>& endpoint, const URL& url,
+                                  QueuePriority priority, Completion completion);
+    void downloadNext(std::optional<Transfer> next);
+    std::optional<Transfer> leave(const std::shared_ptr<FileEndpoint>& endpoint,
+                                  const FileDownloadResult& result);
+
+    // The steps of the above, under the lock.
+    void enqueueFile(const std::shared_ptr<FileEndpoint>& endpoint, const URL& url,
+                     QueuePriority priority, Completion completion);
+    std::vector<Completion> dequeueFile(const std::shared_ptr<FileEndpoint>& endpoint);
+    void removeFirst(const std::shared_ptr<FileEndpoint>& endpoint);
+    std::optional<Transfer> front() const;
+
+    // Guards the four collections; held while neither an endpoint nor a completion is called.
+    mutable std::mutex _mutex;
+    /// In falling order of priority, which every insertion keeps.
+    std::deque<std::shared_ptr<FileEndpoint>> _queuedFiles;
+    Files<URL> _remoteUrls;
+    /// Keeps the entries of files that have left the queue.
+    Files<QueuePriority> _priorities;
+    Files<std::vector<Completion>> _completeBlocks;
+
+    SerialQueue _downloadQueue;
+};
+
+} // namespace KeloAPI

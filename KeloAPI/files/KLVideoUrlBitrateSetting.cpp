@@ -1,0 +1,67 @@
+#include <KeloAPI/files/KLVideoUrlBitrateSetting.hpp>
+#include <KeloAPI/platform/Contract.hpp>
+
+#include <bit>
+#include <cstdint>
+#include <utility>
+
+namespace KeloAPI {
+
+namespace {
+
+/// FNV-1a: the value names cached files, so every build and run must come to the same.
+std::uint64_t hashOf(std::string_view text) {
+    std::uint64_t hash = 0xcbf29ce484222325U;
+    for (const char c : text) {
+        hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3U;
+    }
+    return hash;
+}
+
+std::string uniqueIdOf(const URL& remoteUrl, const std::optional<std::string>& identifier,
+                       const std::optional<std::string>& version) {
+    if (identifier && version) {
+        return *identifier + "-" + *version;
+    }
+    const std::string& text = remoteUrl.absoluteString();
+    require(!text.empty(), "a bitrate setting needs a URL");
+    return std::to_string(std::bit_cast<std::int64_t>(hashOf(text)));
+}
+
+} // namespace
+
+KLVideoUrlBitrateSetting::KLVideoUrlBitrateSetting(URL remoteUrl, std::string format,
+                                                   std::optional<std::string> identifier,
+                                                   double minBitrate,
+                                                   std::optional<std::string> version)
+    : _remoteUrl(std::move(remoteUrl))
+    , _uniqueId(uniqueIdOf(_remoteUrl, identifier, version))
+    , _format(std::move(format))
+    , _minBitrate(minBitrate)
+    , _identifier(std::move(identifier))
+    , _version(std::move(version)) {}
+
+KLVideoUrlBitrateSetting::~KLVideoUrlBitrateSetting() = default;
+
+KLVideoUrlBitrateSettingParser::KLVideoUrlBitrateSettingParser(std::string identifier)
+    : _identifier(std::move(identifier)) {}
+
+KLVideoUrlBitrateSettingParser::~KLVideoUrlBitrateSettingParser() = default;
+
+std::shared_ptr<KLVideoUrlBitrateSetting>
+KLVideoUrlBitrateSettingParser::parse(const JsonObject& json) const {
+    const auto [videoUrl, format, rate, id] = json.values("videoUrl", "format", "rate", "id");
+    auto url = URL::parse(videoUrl.text().value_or(""));
+    if (!url) {
+        throw JsonParseError(JsonParseError::InsufficientData, "videoUrl");
+    }
+    const auto name = format.text();
+    if (!name) {
+        throw JsonParseError(JsonParseError::InsufficientData, "format");
+    }
+    return std::make_shared<KLVideoUrlBitrateSetting>(*std::move(url), std::string(*name),
+                                                      _identifier, rate.real().value_or(0),
+                                                      std::optional<std::string>(id.text()));
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace KeloAPI {
+
+struct DirectoryEntry {
+    std::string name;
+    /// Nanoseconds since 1970.
+    std::int64_t modified = 0;
+};
+
+/// The entries of `directory` whose names `wanted` takes, in the system's order and without "." and
+/// "..". A name is put behind `directory` as it is, so that brings its own "/" at its end. Throws
+/// `std::filesystem::filesystem_error` when the directory cannot be read or one of the entries
+/// cannot be examined; links are not followed.
+std::vector<DirectoryEntry> entriesOf(const std::string& directory,
+                                      const std::function<bool(std::string_view name)>& wanted);
+
+} // namespace KeloAPI

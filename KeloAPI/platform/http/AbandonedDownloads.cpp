@@ -1,0 +1,121 @@
+#include <KeloAPI/platform/http/AbandonedDownloads.hpp>
+#include <KeloAPI/platform/NeverDestroyed.hpp>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <vector>
+
+namespace KeloAPI::AbandonedDownloads {
+
+namespace {
+
+constexpr std::string_view prefix = ".download-";
+constexpr std::string_view suffix = ".part";
+constexpr std::string_view digits = "0123456789abcdef";
+constexpr std::size_t randomBytes = 16;
+
+struct Cleared {
+    std::mutex mutex;
+    std::set<std::string> directories;
+};
+
+bool isFirstCallFor(const std::string& directory) {
+    static NeverDestroyed<Cleared> cleared;
+    const std::lock_guard lock(cleared->mutex);
+    return cleared->directories.insert(directory).second;
+}
+
+struct Closer {
+    void operator()(DIR* directory) const { closedir(directory); }
+};
+
+std::vector<std::string> temporaryNamesIn(const std::string& directory) {
+    std::vector<std::string> names;
+    const std::unique_ptr<DIR, Closer> stream(opendir(directory.empty() ? "." : directory.c_str()));
+    if (!stream) {
+        return names;
+    }
+    while (const dirent* entry = readdir(stream.get())) {
+        if (isTemporaryName(entry->d_name)) {
+            names.emplace_back(entry->d_name);
+        }
+    }
+    return names;
+}
+
+void removeIfAbandoned(const std::string& path) {
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+    if (file < 0) {
+        return;
+    }
+    if (flock(file, LOCK_EX | LOCK_NB) == 0) {
+        unlink(path.c_str());
+    }
+    close(file);
+}
+
+} // namespace
+
+std::string temporaryName() {
+    std::array<unsigned char, randomBytes> bytes{};
+    // It fails for no more than 256 bytes only where there is no such call at all; the name is then
+    // taken once, and another download is refused.
+    static_cast<void>(getentropy(bytes.data(), bytes.size()));
+    std::string name(prefix);
+    for (const unsigned char byte : bytes) {
+        name += digits[byte >> 4U];
+        name += digits[byte & 15U];
+    }
+    return name.append(suffix);
+}
+
+bool isTemporaryName(std::string_view name) {
+    if (name.size() != prefix.size() + 2 * randomBytes + suffix.size() ||
+        !name.starts_with(prefix) || !name.ends_with(suffix)) {
+        return false;
+    }
+    const auto middle = name.substr(prefix.size(), 2 * randomBytes);
+    return middle.find_first_not_of(digits) == std::string_view::npos;
+}
+
+int create(const std::string& path) {
+    // Opened by hand because the system's temporary files are private, and what this becomes is an
+    // ordinary file: the process's mask cannot be read without changing it for all threads.
+    constexpr int flags = O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC;
+    while (true) {
+        const int file = open(path.c_str(), flags, 0666);
+        if (file < 0) {
+            return file;
+        }
+        // A file system without locks does without them: nothing is cleared there either.
+        static_cast<void>(flock(file, LOCK_EX));
+        struct stat attributes {};
+        if (fstat(file, &attributes) == 0 && attributes.st_nlink > 0) {
+            return file;
+        }
+        // Another process took it for abandoned before it was locked.
+        close(file);
+    }
+}
+
+void clear(const std::string& directory) {
+    if (!isFirstCallFor(directory)) {
+        return;
+    }
+    const std::string place =
+        directory.empty() || directory.ends_with('/') ? directory : directory + '/';
+    for (const std::string& name : temporaryNamesIn(directory)) {
+        removeIfAbandoned(place + name);
+    }
+}
+
+} // namespace KeloAPI::AbandonedDownloads

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+/// The temporary files of downloads, and the ones among them that nobody writes any more: those of
+/// processes that were killed. A download holds a lock on its file, which ends with its process.
+namespace KeloAPI::AbandonedDownloads {
+
+/// A fresh name of a temporary file; no other process and no other download has it.
+std::string temporaryName();
+
+/// True for a name as `temporaryName` gives them.
+bool isTemporaryName(std::string_view name);
+
+/// Opens a new temporary file at `path` and locks it. -1 with `errno` when that is not possible.
+int create(const std::string& path);
+
+/// Removes the abandoned files in `directory`, once in the life of the process; further calls do
+/// nothing. What cannot be removed stays. Usable on any thread.
+void clear(const std::string& directory);
+
+} // namespace KeloAPI::AbandonedDownloads

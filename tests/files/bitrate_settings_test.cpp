@@ -1,0 +1,119 @@
+#include <KeloAPI/files/KLVideoUrlBitrateSettings.hpp>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <limits>
+
+namespace KeloAPI {
+
+namespace {
+
+using Settings = KLVideoUrlBitrateSettings::Settings;
+
+std::shared_ptr<KLVideoUrlBitrateSetting> setting(const std::string& format, double minBitrate) {
+    const auto url = "https://media.example/" + format + "/" + std::to_string(minBitrate);
+    return std::make_shared<KLVideoUrlBitrateSetting>(*URL::parse(url), format, std::nullopt,
+                                                      minBitrate, std::nullopt);
+}
+
+std::vector<double> bitratesOf(const Settings& settings) {
+    std::vector<double> bitrates;
+    for (const auto& one : settings) {
+        bitrates.push_back(one->minBitrate());
+    }
+    return bitrates;
+}
+
+const KLVideoUrlBitrateSettings& threeOfMP4() {
+    static const KLVideoUrlBitrateSettings settings(
+        {setting("h264", 200), setting("h264", 500), setting("h264", 1000)});
+    return settings;
+}
+
+double chosen(const KLVideoUrlBitrateSettings& settings, const char* format, double bitrate) {
+    const auto found = settings.settingForFormat(format, bitrate);
+    return found ? found->minBitrate() : -1;
+}
+
+} // namespace
+
+TEST(BitrateSettings, AreEmptyAtFirst) {
+    const KLVideoUrlBitrateSettings none;
+    EXPECT_TRUE(none.settings().empty());
+    EXPECT_EQ(none.settingForFormat("h264", 500), nullptr);
+    EXPECT_EQ(none.highestSettingForFormat("h264"), nullptr);
+    EXPECT_TRUE(none.settingsForFormat("h264").empty());
+    EXPECT_EQ(none.settingForRemoteURL(*URL::parse("https://media.example/")), nullptr);
+}
+
+TEST(BitrateSettings, AreSortedWhenMade) {
+    const KLVideoUrlBitrateSettings settings(
+        {setting("h264", 1000), setting("h264", 200), setting("h264", 500)});
+    EXPECT_EQ(bitratesOf(settings.settings()), (std::vector<double>{200, 500, 1000}));
+}
+
+TEST(BitrateSettings, AreKeptAsAssigned) {
+    KLVideoUrlBitrateSettings settings({setting("h264", 1)});
+    settings.setSettings({setting("h264", 1000), setting("h264", 200)});
+    EXPECT_EQ(bitratesOf(settings.settings()), (std::vector<double>{1000, 200}));
+    EXPECT_EQ(chosen(settings, "h264", 300), 1000) << "the choice relies on the order";
+}
+
+TEST(BitrateSettings, SortWhateverIsNoNumberLast) {
+    Settings many;
+    for (int i = 0; i < 100; ++i) {
+        many.push_back(
+            setting("h264", i % 3 == 0 ? std::numeric_limits<double>::quiet_NaN() : 100 - i));
+    }
+    const auto sorted = bitratesOf(KLVideoUrlBitrateSettings(many).settings());
+    EXPECT_TRUE(std::is_sorted(sorted.begin(), sorted.begin() + 66));
+    EXPECT_TRUE(std::all_of(sorted.begin() + 66, sorted.end(), [](double d) { return d != d; }));
+}
+
+TEST(BitrateSettings, ChooseTheLastThatTheBitrateReaches) {
+    EXPECT_EQ(chosen(threeOfMP4(), "h264", 100), 200);
+    EXPECT_EQ(chosen(threeOfMP4(), "h264", 200), 200);
+    EXPECT_EQ(chosen(threeOfMP4(), "h264", 499.9), 200);
+    EXPECT_EQ(chosen(threeOfMP4(), "h264", 700), 500);
+    EXPECT_EQ(chosen(threeOfMP4(), "h264", 1000), 1000);
+    EXPECT_EQ(chosen(threeOfMP4(), "h264", 5000), 1000);
+    EXPECT_EQ(threeOfMP4().settingForFormat("hls", 700), nullptr);
+    EXPECT_EQ(threeOfMP4().settingForFormat("H264", 700), nullptr);
+}
+
+TEST(BitrateSettings, PassOverOtherFormats) {
+    const KLVideoUrlBitrateSettings settings({setting("hls", 0), setting("h264", 200),
+                                              setting("hls", 250), setting("h264", 500),
+                                              setting("hls", 550), setting("own", 2000)});
+    EXPECT_EQ(chosen(settings, "h264", 100), 200);
+    EXPECT_EQ(chosen(settings, "h264", 400), 200);
+    EXPECT_EQ(chosen(settings, "h264", 3000), 500);
+    EXPECT_EQ(chosen(settings, "own", 1), 2000);
+}
+
+TEST(BitrateSettings, FindTheHighestOfAFormat) {
+    const KLVideoUrlBitrateSettings settings(
+        {setting("h264", 200), setting("h264", 500), setting("hls", 900)});
+    EXPECT_EQ(settings.highestSettingForFormat("h264")->minBitrate(), 500);
+    EXPECT_EQ(settings.highestSettingForFormat("hls")->minBitrate(), 900);
+    EXPECT_EQ(settings.highestSettingForFormat("h264-preview"), nullptr);
+}
+
+TEST(BitrateSettings, ListThoseOfAFormatInOrder) {
+    const KLVideoUrlBitrateSettings settings(
+        {setting("h264", 500), setting("hls", 300), setting("h264", 200)});
+    EXPECT_EQ(bitratesOf(settings.settingsForFormat("h264")), (std::vector<double>{200, 500}));
+    EXPECT_TRUE(settings.settingsForFormat("none").empty());
+}
+
+TEST(BitrateSettings, AreFoundByTheirUrl) {
+    const auto url = *URL::parse("https://media.example/same");
+    const auto low = std::make_shared<KLVideoUrlBitrateSetting>(url, "h264", "1", 1, "1");
+    const auto high = std::make_shared<KLVideoUrlBitrateSetting>(url, "hls", "1", 2, "2");
+    const KLVideoUrlBitrateSettings settings({high, low});
+    EXPECT_EQ(settings.settingForRemoteURL(url), low) << "the first in order";
+    EXPECT_EQ(settings.settingForRemoteURL(*URL::parse("https://media.example/Same")), nullptr);
+}
+
+} // namespace KeloAPI

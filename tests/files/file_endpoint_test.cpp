@@ -1,0 +1,216 @@
+#include "support/MainLoop.hpp"
+#include "support/RegistrySession.hpp"
+#include "support/TemporaryFolder.hpp"
+
+#include <KeloAPI/files/FileEndpoint.hpp>
+#include <KeloAPI/platform/http/HTTPError.hpp>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <type_traits>
+
+namespace KeloAPI {
+
+using testing::runUntil;
+using testing::ScriptedAnswer;
+
+class FileEndpointTest : public testing::RegistrySessionTest {
+protected:
+    FileEndpointTest() { manager->setDocumentsDirectory(folder.path() + "/"); }
+    ~FileEndpointTest() override { manager->kill(); }
+
+    std::shared_ptr<FileEndpoint> endpointOf(const std::string& path) const {
+        return FileEndpoint::create(path, manager);
+    }
+    URL place(const std::string& name) const { return URL::fileURL(folder.path(name)); }
+
+    /// Downloads and waits for the answer.
+    FileDownloadResult download(const std::shared_ptr<FileEndpoint>& endpoint, const URL& to) {
+        std::optional<FileDownloadResult> result;
+        endpoint->download(to, [&](const FileDownloadResult& answer) { result = answer; });
+        EXPECT_TRUE(runUntil([&] { return result.has_value(); }));
+        return *result;
+    }
+
+    testing::TemporaryFolder folder;
+    std::shared_ptr<FileManager> manager = FileManager::sharedGroupManager("/file-endpoint/");
+};
+
+TEST_F(FileEndpointTest, UsesTheRegistrysSessionAndItsPath) {
+    const auto endpoint = endpointOf("https://media.example/v/abc.mp4");
+    EXPECT_EQ(endpoint->session(), session);
+    EXPECT_EQ(endpoint->path(), "https://media.example/v/abc.mp4");
+    EXPECT_EQ(endpoint->fileManager(), manager);
+    EXPECT_TRUE(endpoint->subscribers.empty());
+    EXPECT_EQ(*endpoint, *endpointOf("https://media.example/v/abc.mp4"));
+}
+
+TEST_F(FileEndpointTest, IsKeptUnderItsLastComponentWithoutQuery) {
+    manager->setDocumentsDirectory("/c/files/");
+    const auto fileOf = [&](const std::string& path) {
+        return endpointOf(path)->documentsFile()->filePath();
+    };
+    EXPECT_EQ(fileOf("https://media.example/v/abc.mp4?sig=1"), "/c/files/abc.mp4");
+    EXPECT_EQ(fileOf("abc.mp4"), "/c/files/abc.mp4");
+    EXPECT_EQ(fileOf("/v/a?b?c"), "/c/files/a");
+    EXPECT_EQ(fileOf("/v/a?b=c/d?e"), "/c/files/d") << "first at the slash, then at the mark";
+    EXPECT_EQ(fileOf("/v/a%20b#c"), "/c/files/a%20b#c") << "escapes stay";
+    EXPECT_EQ(fileOf("/v/?x"), "/c/files/");
+    EXPECT_EQ(fileOf("/v/"), "/c/files/");
+    EXPECT_EQ(fileOf(""), "/c/files/");
+}
+
+TEST_F(FileEndpointTest, PutsTheNameBehindTheDirectoryAsItIs) {
+    manager->setDocumentsDirectory("/c/files");
+    EXPECT_EQ(endpointOf("/v/abc")->documentsFile()->filePath(), "/c/filesabc");
+}
+
+TEST_F(FileEndpointTest, HasNoPlaceWithoutDirectory) {
+    manager->setDocumentsDirectory(std::nullopt);
+    const auto endpoint = endpointOf("/v/abc");
+    EXPECT_FALSE(endpoint->documentsFile());
+    EXPECT_FALSE(endpoint->localUrl());
+    EXPECT_NO_THROW(endpoint->deleteFile());
+}
+
+TEST_F(FileEndpointTest, ReportsADownloadWithoutDirectory) {
+    manager->setDocumentsDirectory(std::nullopt);
+    const auto endpoint = endpointOf("/v/abc");
+    transport->answer({.body = "video"});
+    EXPECT_TRUE(download(endpoint, place("elsewhere")).success());
+    EXPECT_EQ(endpoint->localUrl(), place("elsewhere"));
+}
+
+TEST_F(FileEndpointTest, FindsAFileInTheCache) {
+    const auto endpoint = endpointOf("/v/abc.mp4?sig=1");
+    EXPECT_FALSE(endpoint->localUrl());
+    folder.write("abc.mp4", "video");
+    EXPECT_EQ(endpoint->localUrl(), place("abc.mp4"));
+    EXPECT_EQ(endpointOf("https://other.example/abc.mp4")->localUrl(), place("abc.mp4"))
+        << "the name alone is the key";
+}
+
+TEST_F(FileEndpointTest, DownloadsToTheDestinationThatIsGiven) {
+    const auto endpoint = endpointOf("https://media.example/v/abc.mp4?sig=1");
+    transport->answer({.body = "video"});
+    const auto result = download(endpoint, place("other.mp4"));
+    ASSERT_TRUE(result.success());
+    EXPECT_EQ(result.success()->endpoint, endpoint);
+    EXPECT_EQ(endpoint->localUrl(), place("other.mp4"));
+    EXPECT_EQ(folder.read("other.mp4"), "video");
+    EXPECT_EQ(lastRequest().url->absoluteString(), "https://media.example/v/abc.mp4?sig=1");
+    EXPECT_EQ(lastRequest().method, Method::GET);
+}
+
+TEST_F(FileEndpointTest, AnswersAtOnceWhatIsThere) {
+    folder.write("abc.mp4", "video");
+    const auto endpoint = endpointOf("/v/abc.mp4");
+    bool answered = false;
+    endpoint->download(place("other"), [&](const FileDownloadResult& result) {
+        answered = true;
+        EXPECT_EQ(result.success()->endpoint, endpoint);
+    });
+    EXPECT_TRUE(answered);
+    EXPECT_EQ(endpoint->localUrl(), place("abc.mp4")) << "the destination plays no part";
+    EXPECT_TRUE(transport->requests().empty());
+}
+
+TEST_F(FileEndpointTest, HandsATransportErrorOnAndTriesAgain) {
+    const auto endpoint = endpointOf("/v/abc.mp4");
+    transport->answer(ScriptedAnswer::failure(Error("test", 7)));
+    const auto failed = download(endpoint, place("abc.mp4"));
+    ASSERT_TRUE(failed.error());
+    EXPECT_EQ(failed.error()->domain(), "test");
+    EXPECT_EQ(failed.error()->code(), 7);
+    EXPECT_FALSE(endpoint->localUrl());
+    transport->answer({.body = "video"});
+    EXPECT_TRUE(download(endpoint, place("abc.mp4")).success());
+    EXPECT_EQ(transport->requests().size(), 2U);
+}
+
+TEST_F(FileEndpointTest, TakesAnErrorStatusForAnError) {
+    const auto endpoint = endpointOf("/v/abc.mp4");
+    folder.write("kept", "old");
+    transport->answer({.statusCode = 404, .body = "an error page"});
+    const auto failed = download(endpoint, place("kept"));
+    ASSERT_TRUE(failed.error());
+    EXPECT_TRUE(isHTTPError(*failed.error(), HTTPErrorCode::HTTPStatus));
+    EXPECT_EQ(folder.read("kept"), "old");
+    EXPECT_EQ(folder.names().size(), 1U);
+}
+
+TEST_F(FileEndpointTest, ReportsProgressToTheHandler) {
+    const auto endpoint = endpointOf("/v/abc.mp4");
+    std::int64_t received = 0;
+    std::int64_t all = 0;
+    endpoint->setDownloadProgressHandler(
+        [&](std::int64_t, std::int64_t total, std::int64_t expected) {
+            received = total;
+            all = expected;
+        });
+    transport->answer({.body = std::string(100'000, 'v')});
+    EXPECT_TRUE(download(endpoint, place("abc.mp4")).success());
+    EXPECT_EQ(received, 100'000);
+    EXPECT_EQ(all, 100'000);
+}
+
+TEST_F(FileEndpointTest, LivesUntilItsCompletionHasRun) {
+    std::weak_ptr<FileEndpoint> weak;
+    bool done = false;
+    {
+        const auto endpoint = endpointOf("/v/abc.mp4");
+        weak = endpoint;
+        endpoint->download(place("abc.mp4"), [&](const FileDownloadResult&) { done = true; });
+    }
+    EXPECT_FALSE(weak.expired());
+    transport->answer({.body = "video"});
+    EXPECT_TRUE(runUntil([&] { return done; }));
+    EXPECT_TRUE(runUntil([&] { return weak.expired(); }));
+}
+
+TEST_F(FileEndpointTest, DeletesTheFileAndStillReportsIt) {
+    folder.write("abc.mp4", "video");
+    const auto endpoint = endpointOf("/v/abc.mp4");
+    endpoint->deleteFile();
+    EXPECT_TRUE(folder.names().empty());
+    EXPECT_EQ(endpoint->localUrl(), place("abc.mp4"));
+    EXPECT_FALSE(endpointOf("/v/abc.mp4")->localUrl());
+}
+
+TEST_F(FileEndpointTest, ThrowsWhatTheSystemSaysOfADeletion) {
+    folder.write("abc.mp4", "video");
+    const auto endpoint = endpointOf("/v/abc.mp4");
+    endpoint->deleteFile();
+    try {
+        endpoint->deleteFile();
+        ADD_FAILURE() << "nothing was thrown";
+    } catch (const std::filesystem::filesystem_error& error) {
+        EXPECT_EQ(error.code(), std::errc::no_such_file_or_directory);
+        EXPECT_EQ(error.path1(), folder.path("abc.mp4"));
+    }
+}
+
+TEST_F(FileEndpointTest, DeletesNothingThatIsNotThere) {
+    EXPECT_NO_THROW(endpointOf("/v/abc.mp4")->deleteFile());
+}
+
+TEST_F(FileEndpointTest, DeletesTheWholeDirectoryForAPathThatEndsInASlash) {
+    std::filesystem::create_directory(folder.path("cache"));
+    folder.write("cache/a", "video");
+    manager->setDocumentsDirectory(folder.path("cache/"));
+    const auto endpoint = endpointOf("/v/");
+    EXPECT_EQ(endpoint->localUrl(), place("cache/"));
+    endpoint->deleteFile();
+    EXPECT_TRUE(folder.names().empty());
+}
+
+using FileEndpointDeathTest = FileEndpointTest;
+
+TEST_F(FileEndpointDeathTest, NeedsAManagerAndACompletion) {
+    EXPECT_DEATH(FileEndpoint::create("/v/a", nullptr), "a file endpoint needs a file manager");
+    EXPECT_DEATH(endpointOf("/v/a")->download(place("a"), FileEndpoint::Completion()),
+                 "a download needs a completion");
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,258 @@
+#include "support/TemporaryFolder.hpp"
+
+#include <KeloAPI/files/FileManager.hpp>
+#include <KeloAPI/platform/Application.hpp>
+#include <KeloAPI/platform/Diagnostics.hpp>
+#include <KeloAPI/platform/http/AbandonedDownloads.hpp>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <chrono>
+#include <filesystem>
+
+namespace KeloAPI {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::UnorderedElementsAre;
+
+class FileManagerTest : public ::testing::Test {
+protected:
+    FileManagerTest() {
+        Diagnostics::setSink([this](std::string_view line) { lines.emplace_back(line); });
+        Application::setGroupContainers([this](const std::string& group) {
+            asked.push_back(group);
+            return container;
+        });
+    }
+    ~FileManagerTest() override {
+        FileManager::sharedGroupManager("/videos/")->kill();
+        Application::setGroupContainers({});
+        Application::setBundleIdentifier(std::nullopt);
+        Diagnostics::setSink({});
+    }
+
+    std::shared_ptr<FileManager> manager = FileManager::sharedGroupManager("/videos/");
+
+    /// Files of the ages 1, 2, ... hours, the oldest last.
+    void fill(const std::vector<std::string>& names) {
+        const auto& directory = manager->documentsDirectory();
+        ASSERT_TRUE(directory);
+        auto age = std::chrono::hours(0);
+        for (const std::string& name : names) {
+            folder.write("videos/" + name, name);
+            std::filesystem::last_write_time(*directory + name,
+                                             std::filesystem::file_time_type::clock::now() - ++age);
+        }
+    }
+    std::vector<std::string> left() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(folder.path("videos"))) {
+            names.push_back(entry.path().filename());
+        }
+        return names;
+    }
+
+    testing::TemporaryFolder folder;
+    std::optional<URL> container = URL::fileURL(folder.path());
+    std::vector<std::string> asked;
+    std::vector<std::string> lines;
+};
+
+TEST_F(FileManagerTest, IsOneForEachPath) {
+    EXPECT_EQ(FileManager::sharedGroupManager("/videos/"), manager);
+    const auto other = FileManager::sharedGroupManager("/videos");
+    EXPECT_NE(other, manager);
+    EXPECT_EQ(other->relativePath(), "/videos");
+    other->kill();
+}
+
+TEST_F(FileManagerTest, IsMadeAnewAfterItWasKilled) {
+    manager->documentsDirectory();
+    manager->kill();
+    const auto fresh = FileManager::sharedGroupManager("/videos/");
+    EXPECT_NE(fresh, manager);
+    container = std::nullopt;
+    EXPECT_FALSE(fresh->documentsDirectory()) << "its directory is looked for anew";
+    EXPECT_TRUE(manager->documentsDirectory()) << "the old one lives on";
+}
+
+TEST_F(FileManagerTest, KillsByKeyAndNotByIdentity) {
+    manager->kill();
+    const auto newer = FileManager::sharedGroupManager("/videos/");
+    manager->kill();
+    EXPECT_NE(FileManager::sharedGroupManager("/videos/"), newer);
+}
+
+TEST_F(FileManagerTest, KillMayDropTheLastReference) {
+    FileManager* last = FileManager::sharedGroupManager("/last/").get();
+    last->kill();
+    const auto fresh = FileManager::sharedGroupManager("/last/");
+    EXPECT_EQ(fresh->relativePath(), "/last/");
+    fresh->kill();
+}
+
+TEST_F(FileManagerTest, MakesTheDirectoryAtTheFirstAsking) {
+    EXPECT_TRUE(asked.empty());
+    EXPECT_EQ(manager->documentsDirectory(), folder.path() + "/videos/");
+    EXPECT_TRUE(std::filesystem::is_directory(folder.path("videos")));
+    manager->documentsDirectory();
+    EXPECT_EQ(asked.size(), 1U);
+    EXPECT_THAT(lines, IsEmpty());
+}
+
+TEST_F(FileManagerTest, MakesIntermediateDirectoriesAndBearsThatTheyExist) {
+    const auto deep = FileManager::sharedGroupManager("/a/b/c/");
+    deep->documentsDirectory();
+    deep->kill();
+    EXPECT_TRUE(std::filesystem::is_directory(folder.path("a/b/c")));
+    const auto again = FileManager::sharedGroupManager("/a/b/c/");
+    EXPECT_EQ(again->documentsDirectory(), folder.path() + "/a/b/c/");
+    again->kill();
+    EXPECT_THAT(lines, IsEmpty());
+}
+
+TEST_F(FileManagerTest, GluesAPathWithoutSlashToTheContainersName) {
+    for (const std::string& path : {folder.path("group"), folder.path("group") + "/"}) {
+        container = URL::fileURL(path);
+        const auto glued = FileManager::sharedGroupManager("cache/");
+        EXPECT_EQ(glued->documentsDirectory(), folder.path("groupcache/"));
+        glued->kill();
+    }
+}
+
+TEST_F(FileManagerTest, TellsWhatKeepsItFromMakingTheDirectoryAndGivesItAllTheSame) {
+    folder.write("videos", "a file");
+    EXPECT_EQ(manager->documentsDirectory(), folder.path() + "/videos/");
+    ASSERT_EQ(lines.size(), 1U);
+    EXPECT_THAT(lines[0], HasSubstr(folder.path()));
+}
+
+TEST_F(FileManagerTest, HasNoDirectoryWithoutContainerAndThenForGood) {
+    container = std::nullopt;
+    EXPECT_FALSE(manager->documentsDirectory());
+    container = URL::fileURL(folder.path());
+    EXPECT_FALSE(manager->documentsDirectory());
+    EXPECT_EQ(asked.size(), 1U);
+    manager->cleanDirectory(0);
+    EXPECT_THAT(lines, IsEmpty());
+}
+
+TEST_F(FileManagerTest, HasNoDirectoryWhereTheContainerIsNoFile) {
+    container = URL::parse("https://service.example/container");
+    EXPECT_FALSE(manager->documentsDirectory());
+}
+
+TEST_F(FileManagerTest, TakesTheGroupOfTheBundle) {
+    const auto groupOf = [&](std::optional<std::string> bundle) {
+        Application::setBundleIdentifier(std::move(bundle));
+        const auto one = FileManager::sharedGroupManager("/group/");
+        one->documentsDirectory();
+        one->kill();
+        return asked.back();
+    };
+    const std::string usual = groupOf(std::nullopt);
+    const std::string enterprise = groupOf("org.enterprise.loops");
+    EXPECT_NE(usual, enterprise);
+    EXPECT_EQ(groupOf("org.example.loops"), usual);
+    EXPECT_EQ(groupOf("org.Enterprise.loops"), usual);
+    EXPECT_EQ(groupOf("enterprise"), enterprise);
+    EXPECT_EQ(groupOf(""), usual);
+}
+
+TEST_F(FileManagerTest, TakesADirectoryOfTheHosts) {
+    manager->setDocumentsDirectory("/nowhere/");
+    EXPECT_EQ(manager->documentsDirectory(), "/nowhere/");
+    manager->setDocumentsDirectory(std::nullopt);
+    EXPECT_FALSE(manager->documentsDirectory());
+    EXPECT_THAT(asked, IsEmpty());
+}
+
+TEST_F(FileManagerTest, KeepsTheNewestAndOneMore) {
+    fill({"t4", "t3", "t2", "t1"});
+    manager->cleanDirectory(3);
+    EXPECT_EQ(left().size(), 4U);
+    manager->cleanDirectory(2);
+    EXPECT_THAT(left(), UnorderedElementsAre("t4", "t3", "t2"));
+    manager->cleanDirectory(0);
+    EXPECT_THAT(left(), ElementsAre("t4"));
+    manager->cleanDirectory(-1);
+    EXPECT_THAT(left(), IsEmpty());
+    EXPECT_THAT(lines, IsEmpty());
+}
+
+TEST_F(FileManagerTest, KeepsAllOfAVeryLargeNumberAndNoneOfAVerySmallOne) {
+    fill({"b", "a"});
+    manager->cleanDirectory(std::numeric_limits<std::int64_t>::max());
+    EXPECT_EQ(left().size(), 2U);
+    manager->cleanDirectory(std::numeric_limits<std::int64_t>::min());
+    EXPECT_THAT(left(), IsEmpty());
+}
+
+TEST_F(FileManagerTest, DeletesHiddenFilesLinksAndDirectories) {
+    fill({"new"});
+    folder.write("kept", "");
+    std::filesystem::create_symlink(folder.path("kept"), folder.path("videos/link"));
+    folder.write("videos/.hidden", "");
+    std::filesystem::create_directory(folder.path("videos/sub"));
+    folder.write("videos/sub/inner", "");
+    manager->cleanDirectory(-1);
+    EXPECT_THAT(left(), IsEmpty());
+    EXPECT_THAT(lines, IsEmpty());
+    EXPECT_THAT(folder.names(), ElementsAre("kept", "videos")) << "a link is not followed";
+}
+
+TEST_F(FileManagerTest, LeavesALinkThatLeadsNowhere) {
+    fill({"new"});
+    std::filesystem::create_symlink("/nowhere", folder.path("videos/link"));
+    manager->cleanDirectory(-1);
+    EXPECT_THAT(left(), ElementsAre("link")) << "no file is there to be deleted";
+    EXPECT_THAT(lines, IsEmpty());
+}
+
+TEST_F(FileManagerTest, DoesNotCountDownloadsUnderWay) {
+    fill({"b", "a"});
+    const std::string part = AbandonedDownloads::temporaryName();
+    folder.write("videos/" + part, "");
+    manager->cleanDirectory(0);
+    EXPECT_THAT(left(), UnorderedElementsAre(part, "b"));
+}
+
+TEST_F(FileManagerTest, DeletesNothingWhenOneEntryCannotBeExamined) {
+    fill({"b", "a"});
+    // Without the slash, no name leads to its file.
+    manager->setDocumentsDirectory(folder.path("videos"));
+    manager->cleanDirectory(-1);
+    EXPECT_EQ(left().size(), 2U);
+    ASSERT_EQ(lines.size(), 1U);
+    EXPECT_THAT(lines[0], HasSubstr("No such file or directory"));
+}
+
+TEST_F(FileManagerTest, DeletesNothingWhereThereIsNothingToList) {
+    manager->setDocumentsDirectory(folder.path("gone/"));
+    manager->cleanDirectory(-1);
+    ASSERT_EQ(lines.size(), 1U);
+    EXPECT_THAT(lines[0], HasSubstr(folder.path("gone/")));
+}
+
+TEST_F(FileManagerTest, GoesOnWhereOneFileCannotBeDeleted) {
+    fill({"c", "b?x", "a"});
+    // A name ends before a "?": this one leads to a file that is not there.
+    manager->cleanDirectory(-1);
+    EXPECT_THAT(left(), ElementsAre("b?x"));
+    EXPECT_THAT(lines, IsEmpty()) << "what is not there needs no deleting";
+}
+
+TEST_F(FileManagerTest, ClearsWhatKilledDownloadsLeft) {
+    const std::string part = AbandonedDownloads::temporaryName();
+    std::filesystem::create_directory(folder.path("videos"));
+    folder.write("videos/" + part, "half a file");
+    folder.write("videos/.download-mine.part", "not of that kind");
+    manager->documentsDirectory();
+    EXPECT_THAT(left(), ElementsAre(".download-mine.part"));
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,201 @@
+#include "FileQueueTest.hpp"
+
+#include <gmock/gmock.h>
+
+#include <thread>
+
+namespace KeloAPI {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using testing::runUntil;
+using testing::ScriptedAnswer;
+
+static_assert(queuePriorityOf(0) == QueuePriority::Low);
+static_assert(queuePriorityOf(1) == QueuePriority::Normal);
+static_assert(queuePriorityOf(2) == QueuePriority::High);
+static_assert(!queuePriorityOf(3) && !queuePriorityOf(-1) && !queuePriorityOf(258));
+
+class FileQueueSingleTest : public testing::FileQueueTest {};
+
+TEST_F(FileQueueSingleTest, IsOneForEachKey) {
+    EXPECT_EQ(FileQueue::withKey("test"), queue);
+    const auto other = FileQueue::withKey("other");
+    EXPECT_NE(other, queue);
+    other->kill();
+    EXPECT_NE(FileQueue::withKey("other"), other);
+    EXPECT_EQ(FileQueue::withKey("test"), queue);
+    FileQueue::withKey("other")->kill();
+}
+
+TEST_F(FileQueueSingleTest, ForgetsItselfByIdentity) {
+    const auto old = FileQueue::withKey("other");
+    old->kill();
+    const auto newer = FileQueue::withKey("other");
+    old->kill();
+    EXPECT_EQ(FileQueue::withKey("other"), newer);
+    newer->kill();
+}
+
+TEST_F(FileQueueSingleTest, NamesItsThreadByPrefixAndKey) {
+    const std::string label = queue->downloadQueue().label();
+    EXPECT_TRUE(label.ends_with(".filedownloadqueue.test")) << label;
+}
+
+TEST_F(FileQueueSingleTest, AnswersAtOnceWhatIsThere) {
+    folder.write("a", "video");
+    bool answered = false;
+    const auto endpoint = file("a");
+    queue->download(endpoint, place("elsewhere"), QueuePriority::High,
+                    [&](const FileDownloadResult& result) {
+                        answered = true;
+                        EXPECT_EQ(result.success()->endpoint, endpoint);
+                    });
+    EXPECT_TRUE(answered);
+    EXPECT_EQ(order(), "");
+    EXPECT_EQ(sent(), "");
+}
+
+TEST_F(FileQueueSingleTest, AnswersOnTheMainQueueWithTheEndpointThatRan) {
+    const auto running = file("a");
+    const auto latest = file("a");
+    std::vector<std::shared_ptr<FileEndpoint>> got;
+    bool onMain = true;
+    const auto mainThread = std::this_thread::get_id();
+    const auto note = [&](const FileDownloadResult& result) {
+        got.push_back(result.success()->endpoint);
+        onMain = onMain && std::this_thread::get_id() == mainThread;
+    };
+    queue->download(running, place("a"), note);
+    queue->download(file("b"), place("b"), note);
+    queue->download(latest, place("a"), note);
+    settle();
+    finish(0);
+    EXPECT_THAT(got, ElementsAre(running, running));
+    EXPECT_TRUE(onMain);
+    EXPECT_EQ(latest->localUrl(), place("a")) << "found on the disk";
+}
+
+TEST_F(FileQueueSingleTest, StartsTheNextBeforeTheCompletionsRun) {
+    std::string sentThen;
+    queue->download(file("a"), place("a"), [&](const FileDownloadResult&) { sentThen = sent(); });
+    request("b");
+    finish(0);
+    EXPECT_EQ(sentThen, "a b");
+}
+
+TEST_F(FileQueueSingleTest, ACompletionMayRequestMore) {
+    queue->download(file("a"), place("a"), [&](const FileDownloadResult&) {
+        queue->download(file("b"), place("b"),
+                        [&](const FileDownloadResult&) { answers.emplace_back("b"); });
+    });
+    transport->answer({.body = "video"});
+    transport->answer({.body = "video"});
+    EXPECT_TRUE(runUntil([&] { return !answers.empty(); }));
+}
+
+TEST_F(FileQueueSingleTest, AnswersAFileOfTheSameNameFromTheCache) {
+    request("a");
+    const auto same = FileEndpoint::create("https://media.example/other/a", manager);
+    request(same, place("a"), QueuePriority::Normal);
+    finish(0);
+    EXPECT_TRUE(runUntil([&] { return answers.size() == 2; }));
+    EXPECT_EQ(sent(), "a") << "the first has brought it meanwhile";
+    EXPECT_EQ(order(), "");
+}
+
+TEST_F(FileQueueSingleTest, BearsAnyNumberOfFilesOfTheSameName) {
+    constexpr int all = 50'000;
+    int answered = 0;
+    request("a");
+    for (int i = 0; i < all; ++i) {
+        queue->download(
+            FileEndpoint::create("https://media.example/" + std::to_string(i) + "/a", manager),
+            place("a"), [&](const FileDownloadResult&) { ++answered; });
+    }
+    settle();
+    transport->answer({.body = "video"});
+    EXPECT_TRUE(runUntil([&] { return answered == all; }));
+    EXPECT_EQ(sent(), "a");
+}
+
+TEST_F(FileQueueSingleTest, DropsARequestWhoseQueueIsGone) {
+    std::promise<void> gone;
+    std::weak_ptr<FileQueue> weak;
+    {
+        const auto other = FileQueue::withKey("other");
+        weak = other;
+        other->kill();
+        auto& entrance = const_cast<SerialQueue&>(other->downloadQueue());
+        entrance.async([held = gone.get_future().share()] { held.wait(); });
+        other->download(file("a"), place("a"),
+                        [&](const FileDownloadResult&) { answers.emplace_back("a"); });
+    }
+    EXPECT_TRUE(weak.expired()) << "a request holds it weakly";
+    gone.set_value();
+    testing::runFor(std::chrono::milliseconds(50));
+    EXPECT_EQ(sent(), "");
+    EXPECT_THAT(answers, IsEmpty());
+}
+
+TEST_F(FileQueueSingleTest, MayGoWithARunningDownload) {
+    bool done = false;
+    std::weak_ptr<FileQueue> weak;
+    {
+        const auto other = FileQueue::withKey("other");
+        weak = other;
+        other->download(file("a"), place("a"), [&](const FileDownloadResult&) { done = true; });
+        EXPECT_TRUE(runUntil([&] { return transport->waitingCount() == 1; }));
+        other->kill();
+    }
+    EXPECT_TRUE(runUntil([&] { return weak.expired(); })) << "a download holds it weakly";
+    transport->answerRequest(0, {.body = "video"});
+    EXPECT_TRUE(runUntil([&] { return folder.read("a") == "video"; }));
+    testing::runFor(std::chrono::milliseconds(30));
+    EXPECT_FALSE(done);
+}
+
+TEST_F(FileQueueSingleTest, TakesRequestsFromManyThreads) {
+    constexpr int threads = 8;
+    constexpr int requests = 50;
+    int answered = 0;
+    int failed = 0;
+    std::vector<std::thread> callers;
+    callers.reserve(threads);
+    for (int t = 0; t < threads; ++t) {
+        callers.emplace_back([&, t] {
+            for (int i = 0; i < requests; ++i) {
+                // Every file is wanted by two of the threads.
+                const std::string name = std::to_string(t / 2) + "-" + std::to_string(i);
+                queue->download(file(name), place(name), *queuePriorityOf(i % 3),
+                                [&](const FileDownloadResult& result) {
+                                    ++answered;
+                                    failed += result.error() ? 1 : 0;
+                                });
+            }
+        });
+    }
+    for (int i = 0; i < threads * requests * 2; ++i) {
+        transport->answer({.body = "video"});
+    }
+    EXPECT_TRUE(runUntil([&] { return answered >= threads * requests; }));
+    for (std::thread& caller : callers) {
+        caller.join();
+    }
+    settle();
+    EXPECT_TRUE(runUntil([&] { return order().empty(); }));
+    testing::runFor(std::chrono::milliseconds(30));
+    EXPECT_EQ(answered, threads * requests);
+    EXPECT_EQ(failed, 0);
+}
+
+using FileQueueDeathTest = FileQueueSingleTest;
+
+TEST_F(FileQueueDeathTest, NeedsAnEndpointAndACompletion) {
+    EXPECT_DEATH(queue->download(nullptr, place("a"), [](const FileDownloadResult&) {}),
+                 "a file queue needs an endpoint");
+    EXPECT_DEATH(queue->download(file("a"), place("a"), FileQueue::Completion()),
+                 "a download needs a completion");
+}
+
+} // namespace KeloAPI
