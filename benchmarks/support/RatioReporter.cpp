@@ -7,6 +7,14 @@ namespace KeloBenchmark {
 
 namespace {
 
+/// The limit that a text such as "0.1 s" names.
+std::optional<double> seconds(const std::string& text) {
+    if (!text.ends_with(" s")) {
+        return std::nullopt;
+    }
+    return std::stod(text);
+}
+
 /// Prints the ratio's line; false when it is short of its bound.
 bool judge(const Ratio& ratio, double value) {
     if (!ratio.bound) {
@@ -28,15 +36,20 @@ void MedianReporter::ReportRuns(const std::vector<Run>& runs) {
     });
     for (const Run& run : shown) {
         if (!run.error_occurred) {
-            _medians[run.run_name.str()] = run.GetAdjustedCPUTime();
+            const double unit = benchmark::GetTimeUnitMultiplier(run.time_unit);
+            _medians[run.run_name.str()] = {run.GetAdjustedCPUTime() / unit,
+                                            run.GetAdjustedRealTime() / unit};
         }
     }
     ConsoleReporter::ReportRuns(shown);
 }
 
-std::optional<double> MedianReporter::median(const std::string& benchmark) const {
+std::optional<double> MedianReporter::median(const std::string& benchmark, Clock clock) const {
     const auto found = _medians.find(benchmark);
-    return found == _medians.end() ? std::nullopt : std::optional(found->second);
+    if (found == _medians.end()) {
+        return std::nullopt;
+    }
+    return clock == Clock::Wall ? found->second.wall : found->second.processor;
 }
 
 int runWithRatios(int argc, char** argv, const std::vector<Ratio>& ratios) {
@@ -50,8 +63,9 @@ int runWithRatios(int argc, char** argv, const std::vector<Ratio>& ratios) {
 
     bool allHold = true;
     for (const Ratio& ratio : ratios) {
-        const auto subject = reporter.median(ratio.subject);
-        const auto peer = reporter.median(ratio.peer);
+        const auto subject = reporter.median(ratio.subject, ratio.clock);
+        const auto limit = seconds(ratio.peer);
+        const auto peer = limit ? limit : reporter.median(ratio.peer, ratio.clock);
         if (subject && peer) {
             allHold = judge(ratio, *peer / *subject) && allHold;
         }

@@ -10,13 +10,18 @@
 
 namespace KeloBenchmark {
 
+/// Which time of a benchmark counts: the processor's, or the clock's on the wall.
+enum class Clock { Processor, Wall };
+
 /// How fast `subject` is measured by `peer`: the peer's time over the subject's.
 struct Ratio {
     std::string name;
     std::string subject;
+    /// Another benchmark, or a time limit in seconds such as "0.1 s".
     std::string peer;
     /// The least the ratio may be; absent for a rung of a ladder, which is only shown.
     std::optional<double> bound = {};
+    Clock clock = Clock::Processor;
 };
 
 /// Prints what Google Benchmark prints, for the medians alone, and keeps them.
@@ -27,11 +32,15 @@ public:
 
     void ReportRuns(const std::vector<Run>& runs) override;
 
-    /// Median processor time of a benchmark, in its own unit; absent when it did not run.
-    std::optional<double> median(const std::string& benchmark) const;
+    /// Median time of a benchmark in seconds; absent when it did not run.
+    std::optional<double> median(const std::string& benchmark, Clock clock) const;
 
 private:
-    std::map<std::string, double> _medians;
+    struct Median {
+        double processor = 0;
+        double wall = 0;
+    };
+    std::map<std::string, Median> _medians;
 };
 
 /// Runs the registered benchmarks, then prints one line for each ratio whose two sides ran:

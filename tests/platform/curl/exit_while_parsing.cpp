@@ -104,7 +104,8 @@ int main(int argc, char** argv) {
         static std::vector<std::shared_ptr<Manager>> destroyedAtExit;
         destroyedAtExit = std::move(made);
     } else {
-        new std::vector<std::shared_ptr<Manager>>(std::move(made));
+        static const auto* kept = new std::vector<std::shared_ptr<Manager>>(std::move(made));
+        static_cast<void>(kept);
     }
     if (plan.way == "queue") {
         while (true) {
