@@ -22,16 +22,11 @@ std::optional<std::string> unlessEmpty(const std::string& text) {
     return text.empty() ? std::nullopt : std::optional(text);
 }
 
-using Listener = std::function<void(const std::string& line)>;
-
 /// The library's diagnostics would spoil standard output.
-void divertDiagnostics(bool verbose, Listener listener = {}) {
-    Diagnostics::setSink([verbose, listener = std::move(listener)](std::string_view line) {
+void divertDiagnostics(bool verbose) {
+    Diagnostics::setSink([verbose](std::string_view line) {
         if (verbose) {
             std::cerr << std::string(line) + '\n';
-        }
-        if (listener) {
-            MainQueue::main().async([listener, text = std::string(line)] { listener(text); });
         }
     });
 }
@@ -62,10 +57,6 @@ void Host::run(const std::function<void()>& work) {
     if (_failure) {
         throw Failure(*_failure);
     }
-}
-
-void Host::onDiagnostic(Listener listener) {
-    divertDiagnostics(_options.verbose, std::move(listener));
 }
 
 bool Host::hearsAgain(const Error& error) const {

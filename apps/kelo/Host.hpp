@@ -42,10 +42,6 @@ public:
     void end(const KeloAPI::Error& error);
     void end(Failure failure);
 
-    /// Calls `listener` on the main queue for each diagnostic line of the library from now on: the
-    /// only news of a call that reports to nobody.
-    void onDiagnostic(std::function<void(const std::string& line)> listener);
-
     void setSessionKey(std::string key) { _options.session = std::move(key); }
 
     std::optional<std::string> hostForSession(KeloAPI::Session& session) override;

@@ -12,10 +12,6 @@ using namespace KeloAPI;
 
 namespace {
 
-void checkSuccess(const Error* error) {
-    check(error == nullptr, "an error came: " + (error ? error->description() : std::string()));
-}
-
 std::string described(const TimelineSuccess& page) {
     std::string text = std::to_string(page.posts.size()) + " posts";
     if (!page.posts.empty()) {
@@ -27,6 +23,10 @@ std::string described(const TimelineSuccess& page) {
 }
 
 } // namespace
+
+void checkSuccess(const Error* error) {
+    check(error == nullptr, "an error came: " + (error ? error->description() : std::string()));
+}
 
 void sendMe(Inbox<MeResult>& inbox) {
     MeEndpoint::create()->get([slot = inbox.slot()](const MeResult& result) { slot(result); });
@@ -50,6 +50,32 @@ TimelineSuccess read(const std::shared_ptr<TimelineEndpoint>& page) {
     checkSuccess(result.error());
     came(described(*result.success()));
     return *result.success();
+}
+
+std::vector<std::shared_ptr<KLWatchPost>> newestPosts(int size) {
+    const auto page = TimelineEndpoint::create("all");
+    Parameters parameters = page->parameters();
+    parameters["size"] = size;
+    page->setParameters(std::move(parameters));
+    return read(page).posts;
+}
+
+std::shared_ptr<KLWatchPost> untouchedPost() {
+    for (const auto& post : newestPosts(50)) {
+        if (post->liked == false && !post->rekeloed()) {
+            return post;
+        }
+    }
+    throw StepFailed("the user has liked or reposted all of them");
+}
+
+std::shared_ptr<KLWatchPost> readAgain(const KLWatchPost& post) {
+    for (const auto& candidate : newestPosts(50)) {
+        if (candidate->postId == post.postId) {
+            return candidate;
+        }
+    }
+    throw StepFailed("the post has gone");
 }
 
 std::shared_ptr<Endpoint> endpointAt(const std::string& path, Parameters parameters) {

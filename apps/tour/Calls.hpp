@@ -4,6 +4,7 @@
 
 #include <KeloAPI/api/Endpoint.hpp>
 #include <KeloAPI/endpoints/MeEndpoint.hpp>
+#include <KeloAPI/endpoints/PostActionEndpoint.hpp>
 #include <KeloAPI/endpoints/TimelineEndpoint.hpp>
 #include <KeloAPI/platform/MainQueue.hpp>
 
@@ -70,6 +71,9 @@ std::shared_ptr<KeloAPI::EndpointRequest> send(const std::shared_ptr<KeloAPI::En
         });
 }
 
+/// Fails the step when there is an error.
+void checkSuccess(const KeloAPI::Error* error);
+
 /// The call that reads the signed-in user; each call of its completion goes to `inbox`.
 void sendMe(Inbox<KeloAPI::MeResult>& inbox);
 
@@ -81,6 +85,27 @@ KeloAPI::Error errorIn(const KeloAPI::MeResult& result);
 
 /// Reads one page; fails the step when there is an error. Tells what came.
 KeloAPI::TimelineSuccess read(const std::shared_ptr<KeloAPI::TimelineEndpoint>& page);
+
+/// The newest posts, so many of them.
+std::vector<std::shared_ptr<KeloAPI::KLWatchPost>> newestPosts(int size);
+
+/// One of the newest posts that the user has neither liked nor reposted.
+std::shared_ptr<KeloAPI::KLWatchPost> untouchedPost();
+
+/// The same post, with what the timeline says of it now.
+std::shared_ptr<KeloAPI::KLWatchPost> readAgain(const KeloAPI::KLWatchPost& post);
+
+/// Does something to a post or takes it back; fails the step when there is an error. Null when the
+/// answer held no item.
+template <class P>
+std::shared_ptr<typename P::T> toggle(KeloAPI::PostActionEndpoint<P>& endpoint, bool on) {
+    using Result = KeloAPI::PostActionResult<typename P::T>;
+    Inbox<Result> inbox;
+    endpoint.toggle(on, [slot = inbox.slot()](const Result& result) { slot(result); });
+    const Result result = inbox.next();
+    checkSuccess(result.error());
+    return result.success()->item;
+}
 
 /// An endpoint of the signed-in session for a path.
 std::shared_ptr<KeloAPI::Endpoint> endpointAt(const std::string& path,

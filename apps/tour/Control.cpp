@@ -50,6 +50,24 @@ std::map<std::string, std::string> headersOf(const JsonObject& request) {
     return headers;
 }
 
+/// The service gives bodies in base64, always well formed.
+std::string fromBase64(std::string_view text) {
+    constexpr std::string_view digits =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string bytes;
+    std::uint32_t bits = 0;
+    int count = 0;
+    for (const char c : text.substr(0, text.find('='))) {
+        bits = bits << 6 | static_cast<std::uint32_t>(digits.find(c));
+        count += 6;
+        if (count >= 8) {
+            count -= 8;
+            bytes += static_cast<char>(bits >> count & 0xFF);
+        }
+    }
+    return bytes;
+}
+
 } // namespace
 
 std::string addSession(const std::string& username) {
@@ -95,11 +113,40 @@ std::vector<Received> requestsSince(std::int64_t number) {
     std::vector<Received> received;
     for (const JsonObject request : *requests) {
         Received one;
+        one.method = request["method"].text().value_or("");
         one.path = request["path"].text().value_or("");
+        one.query = request["query"].text().value_or("");
         one.headers = headersOf(request);
+        one.body = fromBase64(request["body"].text().value_or(""));
         received.push_back(std::move(one));
     }
     return received;
+}
+
+Received received(const std::function<void()>& act) {
+    const std::int64_t before = lastRequest();
+    act();
+    const auto requests = requestsSince(before);
+    check(requests.size() == 1, std::to_string(requests.size()) + " requests came, not one");
+    const Received& one = requests.front();
+    came("the service received " + one.method + " " + one.path +
+         (one.query.empty() ? "" : "?" + one.query) +
+         (one.body.empty() ? ", no body" : ", the body " + one.body));
+    return one;
+}
+
+std::vector<std::map<std::string, std::string>> kept(const std::string& kind) {
+    const auto answer = call(Method::GET, "actions");
+    const auto entries = member(answer, kind).objects();
+    check(entries.has_value(), "the service does not tell its " + kind);
+    std::vector<std::map<std::string, std::string>> deeds;
+    for (const JsonObject entry : *entries) {
+        auto& deed = deeds.emplace_back();
+        for (const auto& [key, value] : entry) {
+            deed.emplace(key, value.description());
+        }
+    }
+    return deeds;
 }
 
 std::int64_t acceptedConnections() {

@@ -19,6 +19,8 @@ int main(int argc, char** argv) {
     tourReading(tour);
     tourPaging(tour);
     tourRequests(tour);
+    tourActing(tour);
+    tourMedia(tour);
     tourSessions(tour);
     tourFailures(tour);
     return tour.finish() ? EXIT_SUCCESS : EXIT_FAILURE;

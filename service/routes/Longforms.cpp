@@ -2,6 +2,7 @@
 #include "service/routes/Routes.hpp"
 
 #include <charconv>
+#include <cmath>
 
 namespace KeloService {
 namespace {
@@ -21,7 +22,8 @@ std::string requiredTimestamp(const Call& call) {
     double seconds = 0;
     const auto [end, error] =
         std::from_chars(text.data(), text.data() + text.size(), seconds, std::chars_format::fixed);
-    if (error != std::errc() || end != text.data() + text.size() || !(seconds > 0)) {
+    if (error != std::errc() || end != text.data() + text.size() || !(seconds > 0) ||
+        !std::isfinite(seconds)) {
         throw ServiceError(400, ErrorCode::badRequest,
                            "timestamp must be seconds since 1970 as a decimal text");
     }

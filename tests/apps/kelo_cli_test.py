@@ -1,7 +1,6 @@
 """kelo, the examples and the tour, run as programs against a real kelo-service."""
 
 import json
-import os
 import shutil
 import signal
 import socket
@@ -11,61 +10,12 @@ import time
 import unittest
 import unicodedata
 
-from console import Console
-from service import BIN, KEY, Service
+from case import KELO, PASSWORD, Case
+from service import BIN, KEY
 
-KELO = f"{BIN}/kelo"
-PASSWORD = "loop-the-loop"
 USER_FIELDS = {"username", "loopData"}
 POST_FIELDS = {"postId", "user", "caption", "created", "videoUrl", "thumbnailUrl", "liked",
                "rekeloed", "currentUserRekelo"}
-
-
-def environment(**more):
-    """The caller's, without what would steer kelo elsewhere."""
-    kept = {name: value for name, value in os.environ.items()
-            if not name.startswith("KELO_") and not name.lower().endswith("_proxy")}
-    return {**kept, "LC_ALL": "C.UTF-8", "TERM": "xterm", **more}
-
-
-class Case(unittest.TestCase):
-    maxDiff = None
-
-    @classmethod
-    def setUpClass(cls):
-        cls.service = Service()
-        cls.environment = environment(KELO_HOST=cls.service.host)
-
-    @classmethod
-    def tearDownClass(cls):
-        cls.service.stop()
-
-    def setUp(self):
-        self.service.forget()
-
-    def run_program(self, program, *arguments, **more):
-        return subprocess.run([program, *arguments], stdin=subprocess.DEVNULL,
-                              capture_output=True, text=True, timeout=60,
-                              env={**self.environment, **more})
-
-    def kelo(self, *arguments, **more):
-        return self.run_program(KELO, *arguments, **more)
-
-    def succeeds(self, *arguments, **more):
-        done = self.kelo(*arguments, **more)
-        self.assertEqual((done.returncode, done.stderr), (0, ""), done)
-        return done.stdout
-
-    def fails(self, code, line, *arguments, **more):
-        """Nothing on standard output, exactly one line on standard error."""
-        done = self.kelo(*arguments, **more)
-        self.assertEqual((done.returncode, done.stdout), (code, ""), done)
-        self.assertEqual(done.stderr.count("\n"), 1, done.stderr)
-        self.assertTrue(done.stderr.startswith("kelo: "), done.stderr)
-        self.assertIn(line, done.stderr)
-
-    def console(self, *arguments, columns=0):
-        return Console([KELO, *arguments], self.environment, columns)
 
 
 class Usage(Case):
@@ -78,9 +28,11 @@ class Usage(Case):
 
     def test_help_names_commands_options_and_exit_codes(self):
         text = self.succeeds("--help")
-        for word in ("me", "timeline", "serve", "--host", "--session", "--user", "--password",
-                     "--language", "--verbose", "--json", "--no-input", "KELO_HOST",
-                     "KELO_SESSION", KEY, "130"):
+        for command in ("me", "timeline", "like", "unlike", "rekelo", "unrekelo", "follow",
+                        "unfollow", "boost", "loops", "views", "sounds", "serve"):
+            self.assertRegex(text, rf"(?m)^  {command} ")
+        for word in ("--host", "--session", "--user", "--password", "--language", "--verbose",
+                     "--json", "--no-input", "KELO_HOST", "KELO_SESSION", KEY, "130"):
             self.assertIn(word, text)
 
     def test_bad_command_lines(self):

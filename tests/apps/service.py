@@ -1,5 +1,6 @@
 """A kelo-service for one test class, and what it offers under /_service."""
 
+import base64
 import json
 import os
 import re
@@ -63,3 +64,13 @@ class Service:
         """The requests for a path since `forget`, as (query, headers)."""
         seen = self.control("GET", "_service/requests")["requests"]
         return [(one["query"], dict(one["headers"])) for one in seen if one["path"] == path]
+
+    def calls(self, path):
+        """The calls for a path since `forget`, as (method, body)."""
+        seen = self.control("GET", "_service/requests")["requests"]
+        return [(one["method"], base64.b64decode(one["body"]).decode())
+                for one in seen if one["path"] == path]
+
+    def kept(self, kind):
+        """What users did since the service began, oldest first."""
+        return self.control("GET", "_service/actions")[kind]

@@ -1,4 +1,6 @@
 # Succeeds when SOURCE with FORBIDDEN is refused for the reason that its first line names.
+cmake_minimum_required(VERSION 3.25)
+
 file(STRINGS ${SOURCE} first LIMIT_COUNT 1)
 if(NOT first MATCHES "^// expect: (.+)$")
   message(FATAL_ERROR "${SOURCE} does not say what it expects")

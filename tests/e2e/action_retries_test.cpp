@@ -47,28 +47,50 @@ protected:
     bool eventsReach(std::size_t count) {
         return runUntil([&] { return events.size() >= count; });
     }
+    /// The service refuses the user's session from now on, with this code.
+    void refuseSession(int code) {
+        if (code == 103) {
+            service.expire(*delegate->sessionKey);
+        } else {
+            delegate->sessionKey = "unknown";
+        }
+    }
+    /// The call fails with the code and waits; with a new session it is sent again, the same but
+    /// for the key.
+    void isSentAgainAfter(int code, const std::function<void(const std::string& name)>& act) {
+        service.requests();
+        events.clear();
+        delegate->reauthCount = 0;
+        const std::string refusedKey = *delegate->sessionKey;
+        act("call");
+        ASSERT_TRUE(eventsReach(1));
+        EXPECT_EQ(session->queuedRetryCount(), 1U);
+        EXPECT_EQ(delegate->reauthCount, 1);
+        const auto refused = service.requests();
+        ASSERT_EQ(refused.size(), 1U);
+        EXPECT_EQ(refused[0].header("kelo-session-id"), refusedKey);
+        delegate->sessionKey = service.signIn(StandIn::username);
+        session->handleQueuedRetries(true);
+        ASSERT_TRUE(eventsReach(2));
+        runFor(std::chrono::milliseconds(20));
+        EXPECT_EQ(events, (std::vector<std::string>{"call " + std::to_string(code), "call done"}));
+        const auto requests = service.requests();
+        ASSERT_EQ(requests.size(), 1U);
+        EXPECT_EQ(requests[0].method, refused[0].method);
+        EXPECT_EQ(requests[0].path, refused[0].path);
+        EXPECT_EQ(requests[0].query, refused[0].query);
+        EXPECT_EQ(requests[0].body, refused[0].body);
+        EXPECT_EQ(requests[0].header("kelo-session-id"), *delegate->sessionKey);
+        EXPECT_EQ(delegate->reauthCount, 1);
+        EXPECT_EQ(session->queuedRetryCount(), 0U);
+    }
     /// Does it once, lets the session expire, and does it again with a new one.
     void survivesExpiry(const std::function<void(const std::string& name)>& act) {
         act("first");
         ASSERT_TRUE(eventsReach(1));
-        service.expire(StandIn::sessionKey);
-        act("second");
-        ASSERT_TRUE(eventsReach(2));
-        EXPECT_EQ(session->queuedRetryCount(), 1U);
-        const auto refused = service.requests().back();
-        delegate->sessionKey = service.signIn(StandIn::username);
-        session->handleQueuedRetries(true);
-        ASSERT_TRUE(eventsReach(3));
-        runFor(std::chrono::milliseconds(20));
-        EXPECT_EQ(events, (std::vector<std::string>{"first done", "second 103", "second done"}));
-        const auto requests = service.requests();
-        ASSERT_EQ(requests.size(), 1U);
-        EXPECT_EQ(requests[0].method, refused.method);
-        EXPECT_EQ(requests[0].path, refused.path);
-        EXPECT_EQ(requests[0].body, refused.body);
-        EXPECT_EQ(requests[0].header("kelo-session-id"), *delegate->sessionKey);
-        EXPECT_EQ(refused.header("kelo-session-id"), StandIn::sessionKey);
-        EXPECT_EQ(delegate->reauthCount, 1);
+        EXPECT_EQ(events, std::vector<std::string>{"first done"});
+        refuseSession(103);
+        isSentAgainAfter(103, act);
     }
 
     std::vector<std::string> events;
@@ -109,6 +131,94 @@ TEST_F(ActionRetriesAtService, AView) {
         LongformViewsEndpoint::create(longformId)->submitView(note(name));
     });
     EXPECT_EQ(kept("views").size(), 2U);
+}
+
+TEST_F(ActionRetriesAtService, AnUnlike) {
+    const auto post = untouchedPost();
+    for (const int code : {100, 103}) {
+        ASSERT_TRUE(toggled(LikeActionEndpoint::create(post), true).success());
+        refuseSession(code);
+        EXPECT_EQ(kept("likes").size(), 1U);
+        isSentAgainAfter(code, [&](const std::string& name) { like(post, false, name); });
+        EXPECT_EQ(kept("likes").size(), 0U);
+    }
+}
+
+TEST_F(ActionRetriesAtService, ARekeloTakenBack) {
+    const auto post = untouchedPost();
+    for (const int code : {100, 103}) {
+        ASSERT_TRUE(toggled(RekeloActionEndpoint::create(post), true).success());
+        const auto rekeloed = again(*post);
+        ASSERT_TRUE(rekeloed->rekeloed());
+        refuseSession(code);
+        EXPECT_EQ(kept("reposts").size(), 1U);
+        isSentAgainAfter(code, [&](const std::string& name) {
+            RekeloActionEndpoint::create(rekeloed)->toggle(
+                false, noting<PostActionResult<KLRekelo>>(note(name)));
+        });
+        EXPECT_EQ(kept("reposts").size(), 0U);
+    }
+}
+
+TEST_F(ActionRetriesAtService, AnUnfollow) {
+    for (const int code : {100, 103}) {
+        refuseSession(code);
+        // The retry hears that there is nobody to unfollow, which is a success.
+        isSentAgainAfter(code, [&](const std::string& name) {
+            UserEndpoint::create("1002")->setFollowingOnTwitter(false,
+                                                                noting<UserResult>(note(name)));
+        });
+    }
+}
+
+TEST_F(ActionRetriesAtService, FeedbackOnAPost) {
+    const auto post = untouchedPost();
+    std::size_t entries = 0;
+    for (const int code : {100, 103}) {
+        refuseSession(code);
+        isSentAgainAfter(code, [&](const std::string& name) {
+            RecommendationsEndpoint::create()->addPostFeedback(
+                *post->postId, RecommendationBoost::Negative,
+                noting<RecommendationResult>(note(name)));
+        });
+        ASSERT_EQ(kept("feedback").size(), ++entries);
+        EXPECT_EQ(kept("feedback").back().at("targetId").dump(), *post->postId);
+    }
+}
+
+TEST_F(ActionRetriesAtService, ReadingViews) {
+    for (const int code : {100, 103}) {
+        // Views are open to all: the stand-in has to be told to refuse.
+        service.addFault({{"match", {{"path", "/longforms/*"}}},
+                          {"action", {{"type", "error"}, {"code", code}, {"message", "no"}}}});
+        std::shared_ptr<KLLongformViews> read;
+        isSentAgainAfter(code, [&](const std::string& name) {
+            LongformViewsEndpoint::create("lf-clay-orchestra")
+                ->fetchViews([&read, note = note(name)](std::shared_ptr<KLLongformViews> views,
+                                                        const std::optional<Error>& error) {
+                    EXPECT_EQ(views == nullptr, error.has_value());
+                    read = std::move(views);
+                    note(error);
+                });
+        });
+        ASSERT_NE(read, nullptr);
+        EXPECT_EQ(read->count(), 7310);
+    }
+}
+
+TEST_F(ActionRetriesAtService, TheSoundboard) {
+    service.addFault({{"match", {{"path", "/soundboard"}}},
+                      {"action", {{"type", "error"}, {"code", 103}, {"message", "no"}}}});
+    std::size_t sounds = 0;
+    isSentAgainAfter(103, [&](const std::string& name) {
+        SoundboardEndpoint::create(session)->fetchSounds(
+            [&sounds, note = note(name)](const std::vector<std::shared_ptr<SoundboardSound>>& sent,
+                                         const std::optional<Error>& error) {
+                sounds = sent.size();
+                note(error);
+            });
+    });
+    EXPECT_GT(sounds, 10U);
 }
 
 TEST_F(ActionRetriesAtService, TwoThatFailTogetherAreReleasedInOrderWithTheNewKey) {

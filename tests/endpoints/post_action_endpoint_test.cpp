@@ -9,8 +9,21 @@
 
 namespace KeloAPI {
 
+using testing::runFor;
 using testing::runUntil;
 using testing::ScriptedAnswer;
+
+/// An action whose path says what it was asked for.
+class RecordingActionEndpoint : public PostActionEndpoint<LikeParser> {
+public:
+    void setPathFor(bool on) override {
+        setPath(std::string(on ? "on" : "off") + "/" + std::string(name(method())));
+    }
+
+protected:
+    RecordingActionEndpoint(Key key, const std::shared_ptr<KLWatchPost>& post)
+        : PostActionEndpoint(key, post, std::make_shared<LikeParser>()) {}
+};
 
 class PostActionEndpointTest : public testing::RegistrySessionTest {
 protected:
@@ -92,6 +105,36 @@ TEST_F(PostActionEndpointTest, APostWithoutIdentifierLeavesThePath) {
     EXPECT_EQ(lastCall(), "POST /");
     toggle(*RekeloActionEndpoint::create(post), true, R"({"data": {}})");
     EXPECT_EQ(lastCall(), "POST /");
+    // Not even a known repost helps.
+    post->currentUserRekelo = std::make_shared<KLRekelo>();
+    post->currentUserRekelo->rekeloId = "987";
+    toggle(*RekeloActionEndpoint::create(post), false, R"({"data": {}})");
+    EXPECT_EQ(lastCall(), "DELETE /");
+}
+
+TEST_F(PostActionEndpointTest, AnEmptyIdentifierIsOne) {
+    post->postId = "";
+    const auto like = LikeActionEndpoint::create(post);
+    like->setPathFor(true);
+    EXPECT_EQ(like->path(), "posts//likes");
+}
+
+TEST_F(PostActionEndpointTest, UsesTheSignedInSessionWithTheDefaultDelegate) {
+    session->setDelegate(nullptr);
+    const auto like = LikeActionEndpoint::create(post);
+    EXPECT_EQ(like->session(), session);
+    EXPECT_EQ(session->delegate(), delegate);
+    EXPECT_EQ(RekeloActionEndpoint::create(post)->session(), session);
+    EXPECT_EQ(like->path(), "");
+    EXPECT_TRUE(like->parameters().empty());
+}
+
+TEST_F(PostActionEndpointTest, ADerivedClassComposesThePathAfterTheMethod) {
+    const auto endpoint = Endpoint::make<RecordingActionEndpoint>(post);
+    toggle(*endpoint, true, R"({"data": {}})");
+    EXPECT_EQ(lastCall(), "POST /on/POST");
+    toggle(*endpoint, false, R"({"data": {}})");
+    EXPECT_EQ(lastCall(), "DELETE /off/DELETE");
 }
 
 TEST_F(PostActionEndpointTest, ThePathFollowsThePost) {
@@ -114,11 +157,21 @@ TEST_F(PostActionEndpointTest, TheFirstOfSeveralItemsCounts) {
     EXPECT_EQ(result.success()->item->likeId, "1");
 }
 
-TEST_F(PostActionEndpointTest, AnErrorIsReportedOnceAndThePostStaysAsItWas) {
+TEST_F(PostActionEndpointTest, AnItemThatTakingBackBringsIsHandedOut) {
     const auto result =
-        toggle(*LikeActionEndpoint::create(post), true, R"({"error": "no", "code": 7})");
-    ASSERT_TRUE(result.error());
-    EXPECT_EQ(result.error()->code(), 7);
+        toggle(*LikeActionEndpoint::create(post), false, R"({"data": {"likeId": "gone"}})");
+    EXPECT_EQ(result.success()->item->likeId, "gone");
+}
+
+TEST_F(PostActionEndpointTest, AnErrorIsReportedOnceAndThePostStaysAsItWas) {
+    transport->answer(ScriptedAnswer::json(R"({"error": "no", "code": 7})"));
+    std::vector<std::int64_t> codes;
+    LikeActionEndpoint::create(post)->toggle(true, [&](const PostActionResult<KLLike>& result) {
+        codes.push_back(result.error() ? result.error()->code() : 0);
+    });
+    ASSERT_TRUE(runUntil([&] { return !codes.empty(); }));
+    runFor(std::chrono::milliseconds(20));
+    EXPECT_EQ(codes, std::vector<std::int64_t>{7});
     EXPECT_EQ(post->liked, std::nullopt);
     EXPECT_FALSE(post->rekeloed());
 }
@@ -140,6 +193,9 @@ TEST(LikeParser, AnyIdentifierBecomesTextAndAMissingOneStopsTheProcess) {
     EXPECT_EQ(parse(R"({"likeId": 42})")->likeId, "42");
     EXPECT_EQ(parse(R"({"likeId": "abc"})")->likeId, "abc");
     EXPECT_EQ(parse(R"({"likeId": null})")->likeId, "<null>");
+    EXPECT_EQ(parse(R"({"likeId": [1, "a"]})")->likeId, R"([1,"a"])");
+    EXPECT_EQ(parse(R"({"likeId": 1.5})")->likeId, "1.5");
+    EXPECT_EQ(parse(R"({"likeId": 18446744073709551615})")->likeId, "18446744073709551615");
     EXPECT_EQ(parse(R"({"likeId": 1, "user": {"username": "a"}, "username": "b"})")->user->username,
               "a");
     EXPECT_DEATH(parse("{}"), "contract violated: a like has no \"likeId\"");

@@ -55,6 +55,44 @@ TEST_F(RecommendationsEndpointTest, EachCallReplacesTheLastOnesParameters) {
     EXPECT_EQ(lastBody(), R"({"recommendationBoost":"negative"})");
 }
 
+TEST_F(RecommendationsEndpointTest, SetsMethodAndEncodingOnceOnly) {
+    EXPECT_EQ(endpoint->method(), Method::POST);
+    EXPECT_EQ(endpoint->parameterEncoding(), ParameterEncoding::JSON);
+    EXPECT_EQ(endpoint->path(), "");
+    endpoint->setMethod(Method::PUT);
+    endpoint->setParameterEncoding(ParameterEncoding::URL);
+    endpoint->addUserFeedback("9", RecommendationBoost::Neutral, {});
+    EXPECT_EQ(lastRequest().method, Method::PUT);
+    EXPECT_EQ(endpoint->parameterEncoding(), ParameterEncoding::URL);
+}
+
+TEST_F(RecommendationsEndpointTest, TheIdentifierStandsInThePathAsGiven) {
+    endpoint->addUserFeedback("a/b c?", RecommendationBoost::Neutral, {});
+    EXPECT_EQ(endpoint->path(), "recommendations/feedback/users/a/b c?");
+    endpoint->addPostFeedback("", RecommendationBoost::Neutral, {});
+    EXPECT_EQ(endpoint->path(), "recommendations/feedback/posts/");
+}
+
+TEST_F(RecommendationsEndpointTest, UsesTheSignedInSessionWithTheDefaultDelegate) {
+    session->setDelegate(nullptr);
+    EXPECT_EQ(RecommendationsEndpoint::create()->session(), session);
+    EXPECT_EQ(session->delegate(), delegate);
+}
+
+TEST_F(RecommendationsEndpointTest, WhatTheAnswerHoldsIsIgnored) {
+    transport->answer(ScriptedAnswer::json(R"({"data": {"anything": 1}})"));
+    endpoint->addPostFeedback("1", RecommendationBoost::Positive, noted());
+    ASSERT_TRUE(ended());
+    EXPECT_TRUE(outcome->success());
+}
+
+TEST_F(RecommendationsEndpointTest, PassesATransportErrorOn) {
+    transport->answer(ScriptedAnswer::failure(Error("KeloAPI.HTTP", 5)));
+    endpoint->addPostFeedback("1", RecommendationBoost::Positive, noted());
+    ASSERT_TRUE(ended());
+    EXPECT_EQ(*outcome->error(), Error("KeloAPI.HTTP", 5));
+}
+
 TEST_F(RecommendationsEndpointTest, ReportsAnErrorAsFailure) {
     transport->answer(ScriptedAnswer::json(R"({"error": "no", "code": 5})"));
     endpoint->addPostFeedback("1", RecommendationBoost::Positive, noted());

@@ -75,6 +75,41 @@ TEST_F(SoundboardEndpointTest, OneSoundWithoutIdentifierFailsTheCall) {
     EXPECT_EQ(error->underlying()->code(), JsonParseError::InsufficientData);
 }
 
+TEST_F(SoundboardEndpointTest, UsesTheSessionThatItIsGiven) {
+    EXPECT_EQ(endpoint->session(), session);
+    EXPECT_EQ(endpoint->path(), "/soundboard");
+    const auto other = std::make_shared<Session>(SessionType::UnAuthenticated);
+    EXPECT_EQ(SoundboardEndpoint::create(other)->session(), other);
+}
+
+TEST_F(SoundboardEndpointTest, ReadsWithoutParametersWhateverWasSetBefore) {
+    endpoint->setParameters({{"page", 2}});
+    endpoint->setParameterEncoding(ParameterEncoding::JSON);
+    endpoint->setMethod(Method::POST);
+    fetch(R"({"data": {"records": []}})");
+    const auto request = transport->requests().back();
+    EXPECT_EQ(request.method, Method::GET);
+    EXPECT_EQ(request.url->absoluteString(), "https://service.example/soundboard");
+    EXPECT_FALSE(request.body.has_value());
+}
+
+TEST_F(SoundboardEndpointTest, FeaturedIsWhateverConvertsToABoolean) {
+    fetch(R"({"data": {"records": [{"soundId": "a", "featured": 1}, {"soundId": "b", "featured": 0},
+                                   {"soundId": "c", "featured": false},
+                                   {"soundId": "d", "featured": null}]}})");
+    ASSERT_EQ(sounds.size(), 4U);
+    EXPECT_TRUE(sounds[0]->featured());
+    for (std::size_t i = 1; i < 4; ++i) {
+        EXPECT_FALSE(sounds[i]->featured()) << sounds[i]->soundId();
+    }
+}
+
+TEST_F(SoundboardEndpointTest, AnErrorOfTheServiceComesWithoutSounds) {
+    fetch(R"({"error": "no", "code": 12})");
+    EXPECT_TRUE(sounds.empty());
+    EXPECT_EQ(error->code(), 12);
+}
+
 TEST_F(SoundboardEndpointTest, AnEmptyListIsASuccess) {
     fetch(R"({"data": {"records": []}})");
     EXPECT_TRUE(sounds.empty());

@@ -40,6 +40,25 @@ TEST_F(UserEndpointTest, FollowsAndUnfollowsWithPost) {
               "https://service.example/users/123/unfollow-on-twitter");
 }
 
+TEST_F(UserEndpointTest, SendsNoParameters) {
+    follow(true, R"({"data": {}})");
+    EXPECT_TRUE(endpoint->parameters().empty());
+    EXPECT_EQ(endpoint->parameterEncoding(), ParameterEncoding::URL);
+    EXPECT_EQ(lastRequest().url->query(), std::nullopt);
+}
+
+TEST_F(UserEndpointTest, WhatTheAnswerHoldsIsIgnored) {
+    EXPECT_TRUE(follow(true, R"({"data": {"anything": [1, 2]}})").success());
+    EXPECT_TRUE(follow(true, R"({"data": {"records": [{}, {"x": 1}]}})").success());
+    EXPECT_TRUE(follow(true, R"({"data": []})").error());
+}
+
+TEST_F(UserEndpointTest, AppliesTheDefaultDelegateToTheSession) {
+    session->setDelegate(nullptr);
+    UserEndpoint::create("123");
+    EXPECT_EQ(session->delegate(), delegate);
+}
+
 TEST_F(UserEndpointTest, MayUseAnotherSession) {
     const auto other = std::make_shared<Session>(SessionType::UnAuthenticated);
     EXPECT_EQ(UserEndpoint::create(other, "5")->session(), other);
@@ -58,6 +77,20 @@ TEST_F(UserEndpointTest, OtherErrorsArePassedOn) {
         EXPECT_EQ(result.error()->code(), code);
     }
     EXPECT_EQ(delegate->reauthCount, 1);
+}
+
+TEST_F(UserEndpointTest, ARefusedSessionIsHandedOverBeforeTheCompletion) {
+    std::vector<std::string> events;
+    delegate->onReauth = [&](Session&) { events.emplace_back("delegate"); };
+    transport->answer(ScriptedAnswer::json(R"({"error": "no", "code": 103})"));
+    transport->answer(ScriptedAnswer::json(R"({"error": "already", "code": 230})"));
+    endpoint->setFollowingOnTwitter(true, [&](const UserResult& result) {
+        events.emplace_back(result.success() ? "success" : "error");
+    });
+    ASSERT_TRUE(runUntil([&] { return events.size() == 2; }));
+    session->handleQueuedRetries(true);
+    ASSERT_TRUE(runUntil([&] { return events.size() == 3; }));
+    EXPECT_EQ(events, (std::vector<std::string>{"delegate", "error", "success"}));
 }
 
 TEST_F(UserEndpointTest, OnlyTheServicesStatusCodeCounts) {

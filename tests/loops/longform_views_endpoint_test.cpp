@@ -3,6 +3,7 @@
 
 #include <KeloAPI/loops/KLLongformViews.hpp>
 #include <KeloAPI/loops/LongformViewsEndpoint.hpp>
+#include <KeloAPI/platform/http/HTTPError.hpp>
 
 #include <gtest/gtest.h>
 
@@ -58,6 +59,55 @@ TEST_F(LongformViewsEndpointTest, WithoutAnItemThereAreNoViewsAndNoError) {
     fetch(R"({"data": {}})");
     EXPECT_EQ(views, nullptr);
     EXPECT_FALSE(error.has_value());
+}
+
+TEST_F(LongformViewsEndpointTest, TheFirstOfSeveralViewsCounts) {
+    fetch(R"({"data": {"records": [{"longformId": "a", "count": 1},
+                                   {"longformId": "b", "count": 2}]}})");
+    ASSERT_NE(views, nullptr);
+    EXPECT_EQ(views->longformId(), "a");
+}
+
+TEST_F(LongformViewsEndpointTest, CountsAreReadAsSignedIntegers) {
+    for (const auto& [text, count] : std::map<std::string, std::int64_t>{
+             {"-3", -3}, {"12.9", 12}, {"9223372036854775807", INT64_MAX}}) {
+        fetch(R"({"data": {"longformId": "", "count": )" + text + "}}");
+        ASSERT_NE(views, nullptr) << text;
+        EXPECT_EQ(views->count(), count) << text;
+    }
+}
+
+TEST_F(LongformViewsEndpointTest, UsesTheSignedInSessionWithTheDefaultDelegate) {
+    session->setDelegate(nullptr);
+    EXPECT_EQ(LongformViewsEndpoint::create("abc")->session(), session);
+    EXPECT_EQ(session->delegate(), delegate);
+}
+
+TEST_F(LongformViewsEndpointTest, EitherCallCanBeCancelledByItsHandle) {
+    std::vector<std::int64_t> codes;
+    const auto reading = endpoint->fetchViews(
+        [&](const std::shared_ptr<KLLongformViews>& sent, const std::optional<Error>& sentError) {
+            EXPECT_EQ(sent, nullptr);
+            codes.push_back(sentError ? sentError->code() : 0);
+        });
+    ASSERT_NE(reading, nullptr);
+    reading->cancel();
+    ASSERT_TRUE(runUntil([&] { return codes.size() == 1; }));
+    const auto reporting = endpoint->submitView([&](const std::optional<Error>& sentError) {
+        codes.push_back(sentError ? sentError->code() : 0);
+    });
+    ASSERT_NE(reporting, nullptr);
+    reporting->cancel();
+    ASSERT_TRUE(runUntil([&] { return codes.size() == 2; }));
+    const auto cancelled = static_cast<std::int64_t>(HTTPErrorCode::Cancelled);
+    EXPECT_EQ(codes, (std::vector<std::int64_t>{cancelled, cancelled}));
+}
+
+TEST_F(LongformViewsEndpointTest, WhatTheAnswerToAReportHoldsIsIgnored) {
+    submit(R"({"data": {"longformId": 5, "count": "x"}})");
+    EXPECT_FALSE(error.has_value());
+    submit(R"({"data": 5})");
+    EXPECT_EQ(error->localizedDescription(), "Malformed data section in response");
 }
 
 TEST_F(LongformViewsEndpointTest, RequiredKeysThatAreMissingOrMistypedFail) {

@@ -16,6 +16,14 @@ class LoopsEndpointTest : public testing::RegistrySessionTest {
 protected:
     LoopsEndpointTest() { post.postId = "1234567890"; }
 
+    /// Every request ends in one line; none is left for the next test to hear.
+    void TearDown() override {
+        for (std::size_t waiting = transport->waitingCount(); waiting > 0; --waiting) {
+            transport->answer(ScriptedAnswer::json("{}"));
+        }
+        EXPECT_TRUE(runUntil([&] { return lines.size() == transport->requests().size(); }));
+    }
+
     /// The one record of a body; checks what surrounds it.
     static std::map<std::string, std::string> recordOf(const URLRequest& request) {
         const auto document = JsonDocument::parse(std::string(request.body->text()));
@@ -52,6 +60,16 @@ TEST_F(LoopsEndpointTest, PostsOneRecordAsJson) {
     EXPECT_NE(lastBody().find(R"("postId":"1234567890")"), std::string::npos);
 }
 
+TEST_F(LoopsEndpointTest, IsSetUpFromTheStart) {
+    EXPECT_EQ(endpoint->path(), "loops");
+    EXPECT_EQ(endpoint->method(), Method::POST);
+    EXPECT_EQ(endpoint->parameterEncoding(), ParameterEncoding::JSON);
+    EXPECT_TRUE(endpoint->parameters().empty());
+    session->setDelegate(nullptr);
+    EXPECT_EQ(LoopsEndpoint::create()->session(), session);
+    EXPECT_EQ(session->delegate(), delegate);
+}
+
 TEST_F(LoopsEndpointTest, InstantsKeepTheirFraction) {
     // A whole second may come by chance; several in a row may not.
     bool fraction = false;
@@ -68,6 +86,22 @@ TEST_F(LoopsEndpointTest, APostWithoutIdentifierSendsNothing) {
     runFor(std::chrono::milliseconds(20));
     EXPECT_TRUE(transport->requests().empty());
     EXPECT_TRUE(lines.empty());
+}
+
+TEST_F(LoopsEndpointTest, AnEmptyIdentifierIsSent) {
+    post.postId = "";
+    endpoint->submit(5, post);
+    EXPECT_EQ(recordOf(lastRequest()).at("postId"), "");
+}
+
+TEST_F(LoopsEndpointTest, AReportOutlivesItsEndpoint) {
+    endpoint->submit(5, post);
+    const std::weak_ptr<LoopsEndpoint> watched = endpoint;
+    endpoint.reset();
+    transport->answer(ScriptedAnswer::json(R"({"data": {}})"));
+    ASSERT_TRUE(runUntil([&] { return lines.size() == 1; }));
+    EXPECT_EQ(lines.back(), "Submitted loops with error: nil");
+    EXPECT_TRUE(runUntil([&] { return watched.expired(); }));
 }
 
 TEST_F(LoopsEndpointTest, CountsAreSentAsGiven) {

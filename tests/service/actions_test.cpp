@@ -232,9 +232,9 @@ TEST_F(ActionsTest, ViewsAddUp) {
 }
 
 TEST_F(ActionsTest, AViewsTimestampIsADecimalText) {
-    for (const char* body :
-         {"", "{}", R"({"timestamp":1447545600.25})", R"({"timestamp":""})",
-          R"({"timestamp":"now"})", R"({"timestamp":"-1.0"})", R"({"timestamp":"1.0 "})"}) {
+    for (const char* body : {"", "{}", R"({"timestamp":1447545600.25})", R"({"timestamp":""})",
+                             R"({"timestamp":"now"})", R"({"timestamp":"-1.0"})",
+                             R"({"timestamp":"1.0 "})", R"({"timestamp":"inf"})"}) {
         EXPECT_EQ(send("POST", "/longforms/lf-unseen/views", body).at("code"), 400) << body;
     }
     EXPECT_EQ(data("/longforms/lf-unseen/views").at("count"), 0);

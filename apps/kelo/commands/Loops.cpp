@@ -5,6 +5,7 @@
 
 #include <KeloAPI/loops/LoopsEndpoint.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
+#include <KeloAPI/parsing/KLEmpty.hpp>
 
 #include <CLI/CLI.hpp>
 
@@ -14,25 +15,42 @@ namespace {
 
 using namespace KeloAPI;
 
-/// Reporting loops has no completion: the library tells of its end in one diagnostic line.
+/// Reads what the service answers, as other calls do: a `LoopsEndpoint` by itself tells nobody.
+class AnsweredLoopsEndpoint : public LoopsEndpoint {
+public:
+    using Completion = std::function<void(const std::optional<Error>& error)>;
+
+    std::shared_ptr<EndpointRequest> request(TextCompletion /*completionHandler*/) override {
+        return Endpoint::request(
+            std::make_shared<KLEmptyParser>(),
+            [completion = _completion](const std::vector<std::shared_ptr<KLEmpty>>&,
+                                       const std::optional<Metadata>&, const Timeline&,
+                                       const std::optional<Error>& error) { completion(error); });
+    }
+
+protected:
+    AnsweredLoopsEndpoint(Key key, Completion completion)
+        : LoopsEndpoint(key)
+        , _completion(std::move(completion)) {}
+
+private:
+    Completion _completion;
+};
+
 void submitLoops(const std::shared_ptr<Host>& host, const std::string& postId, std::int64_t count) {
-    host->onDiagnostic([=](const std::string& line) {
-        const std::string news = "Submitted loops with error: ";
-        if (!line.starts_with(news)) {
-            return;
-        }
-        const std::string error = line.substr(news.size());
-        if (error == "nil") {
-            host->output().done("reported " + std::to_string(count) + " loops of post", postId,
-                                std::nullopt);
-            host->end();
-        } else {
-            host->end(Failure(ExitCode::Failed, "the loops were not reported: " + error));
-        }
-    });
+    const auto endpoint =
+        Endpoint::make<AnsweredLoopsEndpoint>([=](const std::optional<Error>& error) {
+            if (!error) {
+                host->output().done("reported " + std::to_string(count) + " loops of post", postId,
+                                    std::nullopt);
+                host->end();
+            } else if (!host->hearsAgain(*error)) {
+                host->end(*error);
+            }
+        });
     KLWatchPost post;
     post.postId = postId;
-    LoopsEndpoint::create()->submit(count, post);
+    endpoint->submit(count, post);
 }
 
 } // namespace

@@ -9,6 +9,8 @@ void tourTrust(Tour& tour);
 void tourReading(Tour& tour);
 void tourPaging(Tour& tour);
 void tourRequests(Tour& tour);
+void tourActing(Tour& tour);
+void tourMedia(Tour& tour);
 void tourSessions(Tour& tour);
 void tourFailures(Tour& tour);
 

@@ -1,0 +1,58 @@
+"""What the tests of kelo share: a service of their own, and kelo run against it."""
+
+import os
+import subprocess
+import unittest
+
+from console import Console
+from service import BIN, Service
+
+KELO = f"{BIN}/kelo"
+PASSWORD = "loop-the-loop"
+
+
+def environment(**more):
+    """The caller's, without what would steer kelo elsewhere."""
+    kept = {name: value for name, value in os.environ.items()
+            if not name.startswith("KELO_") and not name.lower().endswith("_proxy")}
+    return {**kept, "LC_ALL": "C.UTF-8", "TERM": "xterm", **more}
+
+
+class Case(unittest.TestCase):
+    maxDiff = None
+
+    @classmethod
+    def setUpClass(cls):
+        cls.service = Service()
+        cls.environment = environment(KELO_HOST=cls.service.host)
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.service.stop()
+
+    def setUp(self):
+        self.service.forget()
+
+    def run_program(self, program, *arguments, **more):
+        return subprocess.run([program, *arguments], stdin=subprocess.DEVNULL,
+                              capture_output=True, text=True, timeout=60,
+                              env={**self.environment, **more})
+
+    def kelo(self, *arguments, **more):
+        return self.run_program(KELO, *arguments, **more)
+
+    def succeeds(self, *arguments, **more):
+        done = self.kelo(*arguments, **more)
+        self.assertEqual((done.returncode, done.stderr), (0, ""), done)
+        return done.stdout
+
+    def fails(self, code, line, *arguments, **more):
+        """Nothing on standard output, exactly one line on standard error."""
+        done = self.kelo(*arguments, **more)
+        self.assertEqual((done.returncode, done.stdout), (code, ""), done)
+        self.assertEqual(done.stderr.count("\n"), 1, done.stderr)
+        self.assertTrue(done.stderr.startswith("kelo: "), done.stderr)
+        self.assertIn(line, done.stderr)
+
+    def console(self, *arguments, columns=0):
+        return Console([KELO, *arguments], self.environment, columns)

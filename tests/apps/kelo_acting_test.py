@@ -1,0 +1,344 @@
+"""kelo's commands that act on the service, and what the service makes of them."""
+
+import json
+import time
+import unittest
+
+from case import PASSWORD, Case
+from service import KEY
+
+USER = "1002"
+VIDEO = "lf-unseen"
+
+
+class Acting(Case):
+    def posts(self):
+        return [json.loads(line) for line in
+                self.succeeds("timeline", "all", "--size", "50", "--json").splitlines()]
+
+    def untouched(self):
+        """A recent post that mara has neither liked nor reposted; the request log starts here."""
+        found = next(post["postId"] for post in self.posts()
+                     if not post["liked"] and not post["rekeloed"])
+        self.service.forget()
+        return found
+
+    def again(self, post_id):
+        return next(post for post in self.posts() if post["postId"] == post_id)
+
+    def says(self, line, *arguments, **more):
+        self.assertRegex(self.succeeds(*arguments, **more), f"^{line}\n$")
+
+    def reports(self, deed, id_, *arguments):
+        """With --json; returns the identifier that the service gave the deed."""
+        text = self.succeeds(*arguments, "--json")
+        self.assertEqual(text.count("\n"), 1)
+        done = json.loads(text)
+        self.assertEqual(done, {"done": deed, "id": id_, "deedId": done["deedId"]})
+        return done["deedId"]
+
+    def commands(self, post):
+        """Each acting command that needs a session, with the path that it asks for first."""
+        return ((["like", post], f"/posts/{post}/likes"),
+                (["unlike", post], f"/posts/{post}/likes"),
+                (["rekelo", post], f"/posts/{post}/repost"),
+                (["follow", USER], f"/users/{USER}/follow-on-twitter"),
+                (["unfollow", USER], f"/users/{USER}/unfollow-on-twitter"),
+                (["boost", "user", USER, "neutral"], f"/recommendations/feedback/users/{USER}"),
+                (["boost", "post", post, "neutral"], f"/recommendations/feedback/posts/{post}"),
+                (["loops", post, "2"], "/loops"),
+                (["views", VIDEO, "--submit"], f"/longforms/{VIDEO}/views"))
+
+
+class Effects(Acting):
+    def test_like_and_unlike(self):
+        post = self.untouched()
+        path = f"/posts/{post}/likes"
+        self.says(rf"liked post {post} \(\d+\)", "like", post)
+        self.assertEqual(self.service.calls(path), [("POST", "")])
+        like = self.service.kept("likes")[-1]
+        self.assertEqual((str(like["postId"]), like["userId"]), (post, 1001))
+        self.assertTrue(self.again(post)["liked"])
+        self.assertEqual(self.reports("liked post", post, "like", post), str(like["likeId"]))
+        self.says(f"unliked post {post}", "unlike", post)
+        self.assertFalse(self.again(post)["liked"])
+        self.assertIsNone(self.reports("unliked post", post, "unlike", post))
+        self.assertEqual([method for method, _ in self.service.calls(path)],
+                         ["POST", "POST", "DELETE", "DELETE"])
+
+    def test_rekelo_and_unrekelo(self):
+        post = self.untouched()
+        self.says(rf"reposted post {post} \(\d+\)", "rekelo", post)
+        repost = str(self.service.kept("reposts")[-1]["repostId"])
+        self.assertEqual(self.again(post)["currentUserRekelo"]["rekeloId"], repost)
+        self.assertEqual(self.reports("reposted post", post, "rekelo", post), repost)
+        self.says(f"took back the repost of post {post}", "unrekelo", post)
+        self.assertEqual(self.service.calls(f"/posts/{post}/repost"), [("POST", "")] * 2)
+        self.assertEqual(self.service.calls(f"/posts/{post}/repost/{repost}"), [("DELETE", "")])
+        self.assertFalse(self.again(post)["rekeloed"])
+        self.succeeds("rekelo", post)
+        self.assertIsNone(self.reports("took back the repost of post", post, "unrekelo", post))
+        self.assertFalse(self.again(post)["rekeloed"])
+
+    def test_unrekelo_looks_in_other_feeds(self):
+        post = next(post["postId"] for post in map(json.loads, self.succeeds(
+            "timeline", "popular", "--size", "300", "--json").splitlines())
+            if not post["rekeloed"])
+        self.succeeds("rekelo", post)
+        self.service.forget()
+        self.succeeds("unrekelo", post, "--feed", "popular")
+        self.assertEqual(self.service.requests("/timelines/all"), [])
+        self.assertEqual([entry for entry in self.service.kept("reposts")
+                          if str(entry["postId"]) == post], [])
+
+    def test_unrekelo_of_what_is_not_reposted(self):
+        post = self.untouched()
+        self.fails(1, f"post {post} is not reposted by this user", "unrekelo", post)
+        self.fails(1, "there is no post 5 in that feed", "unrekelo", "5", "--feed",
+                   "editors-picks")
+        self.fails(1, "There is nothing at this address", "unrekelo", post, "--feed", "nope")
+        self.fails(1, "there is no post", "unrekelo", post, "--feed", "empty")
+
+    def test_follow_and_unfollow(self):
+        for command, path, kept, line in (
+                ("follow", "follow-on-twitter", 1, "following the Twitter account of user"),
+                ("unfollow", "unfollow-on-twitter", 0,
+                 "no longer following the Twitter account of user")):
+            with self.subTest(command=command):
+                self.says(f"{line} {USER}", command, USER)
+                # The second time the service answers 230 or 231, which is a success.
+                self.assertIsNone(self.reports(line, USER, command, USER))
+                self.assertEqual(self.service.calls(f"/users/{USER}/{path}"), [("POST", "")] * 2)
+                self.assertEqual(len(self.service.kept("follows")), kept)
+
+    def test_boost(self):
+        post = self.untouched()
+        for kind, id_, boost in (("user", USER, "positive"), ("post", post, "neutral"),
+                                 ("post", post, "negative")):
+            with self.subTest(kind=kind, boost=boost):
+                self.service.forget()
+                line = f"{boost} feedback on {kind}"
+                self.says(f"{line} {id_}", "boost", kind, id_, boost)
+                self.assertEqual(self.service.calls(f"/recommendations/feedback/{kind}s/{id_}"),
+                                 [("POST", f'{{"recommendationBoost":"{boost}"}}')])
+                self.assertEqual(self.service.kept("feedback")[-1],
+                                 {"userId": 1001, "kind": kind, "targetId": int(id_),
+                                  "boost": boost})
+                self.assertIsNone(self.reports(line, id_, "boost", kind, id_, boost))
+
+    def test_loops(self):
+        post = self.untouched()
+        before = self.again(post)["user"]["loopData"]["count"]
+        start = time.time()
+        self.says(f"reported 5 loops of post {post}", "loops", post, "5")
+        self.assertIsNone(self.reports("reported 7 loops of post", post, "loops", post, "7"))
+        for (method, body), count in zip(self.service.calls("/loops"), (5, 7), strict=True):
+            self.assertEqual(method, "POST")
+            (record,) = json.loads(body)["loops"]
+            self.assertEqual((record["count"], record["postId"]), (count, post))
+            self.assertTrue(start - 1 < record["ts"] < time.time() + 1, record)
+        self.assertEqual([entry["count"] for entry in self.service.kept("loops")[-2:]], [5, 7])
+        self.assertEqual(self.again(post)["user"]["loopData"]["count"] - before, 12)
+
+    def test_views(self):
+        before = json.loads(self.succeeds("views", VIDEO, "--json"))
+        self.assertEqual(before, {"longformId": VIDEO, "count": before["count"]})
+        self.says(f"{before['count']} views", "views", VIDEO)
+        self.says(f"reported a view of video {VIDEO}", "views", VIDEO, "--submit")
+        self.assertIsNone(self.reports("reported a view of video", VIDEO,
+                                       "views", VIDEO, "--submit"))
+        calls = self.service.calls(f"/longforms/{VIDEO}/views")
+        self.assertEqual([method for method, _ in calls], ["GET", "GET", "POST", "POST"])
+        self.assertEqual(set(json.loads(calls[2][1])), {"timestamp"})
+        self.assertEqual(json.loads(calls[2][1])["timestamp"],
+                         self.service.kept("views")[-2]["timestamp"])
+        after = json.loads(self.succeeds("views", VIDEO, "--json"))
+        self.assertEqual(after["count"], before["count"] + 2)
+
+    def test_views_that_do_not_come(self):
+        self.service.fault(f"/longforms/{VIDEO}/views", type="body", body='{"data": {}}')
+        self.fails(1, "the service names no views", "views", VIDEO)
+        self.service.fault(f"/longforms/{VIDEO}/views", type="body",
+                           body='{"data": {"longformId": "x", "count": "1"}}')
+        self.fails(1, "does not answer as the service does", "views", VIDEO)
+
+    def test_sounds(self):
+        sounds = [json.loads(line) for line in self.succeeds("sounds", "--json").splitlines()]
+        self.assertGreater(len(sounds), 10)
+        for sound in sounds:
+            self.assertEqual(set(sound),
+                             {"soundId", "name", "soundUrl", "featured", "sourcePostId"})
+            self.assertTrue(sound["soundUrl"].startswith(f"https://{self.service.host}/"), sound)
+        self.assertEqual({sound["featured"] for sound in sounds}, {True, False})
+        self.assertTrue(any(sound["sourcePostId"] for sound in sounds))
+        lines = self.succeeds("sounds").splitlines()
+        for line, sound in zip(lines, sounds, strict=True):
+            mark = "★" if sound["featured"] else " "
+            self.assertEqual(line, f"{sound['soundId']:10} {mark} {sound['name']}")
+
+    def test_an_empty_soundboard(self):
+        for option, text in (([], "The soundboard is empty.\n"), (["--json"], "")):
+            self.service.fault("/soundboard", type="body", body='{"data": {"records": []}}')
+            self.assertEqual(self.succeeds("sounds", *option), text)
+
+    def test_hostile_answers_stay_harmless(self):
+        self.service.fault("/soundboard", type="body", body=json.dumps(
+            {"data": {"records": [{"soundId": "1\x1b[31m", "name": "a\x07\nb"}]}}))
+        self.assertEqual(self.succeeds("sounds"), "1 [31m       a  b\n")
+        post = self.untouched()
+        self.service.fault(f"/posts/{post}/likes", type="body",
+                           body='{"data": {"likeId": "\\u001b[2J\\n"}}')
+        self.assertEqual(self.succeeds("like", post), f"liked post {post} ( [2J )\n")
+
+
+class Refusals(Acting):
+    def test_unknown_posts_users_and_videos(self):
+        for arguments, what in ((["like", "5"], "post"), (["unlike", "5"], "post"),
+                                (["rekelo", "5"], "post"), (["like", "five"], "nothing"),
+                                (["follow", "5"], "user"), (["unfollow", "5"], "user"),
+                                (["boost", "user", "5", "positive"], "user"),
+                                (["boost", "post", "5", "positive"], "post"),
+                                (["loops", "5", "1"], "post"), (["loops", "five", "1"], "post"),
+                                (["views", "5"], "long-form video"),
+                                (["views", "5", "--submit"], "long-form video")):
+            with self.subTest(arguments=arguments):
+                says = "There is nothing with the id five" if what == "nothing" else \
+                    f"There is no such {what}"
+                self.fails(1, f"the service says: {says}", *arguments)
+                self.fails(1, says, *arguments, "--json")
+
+    def test_bad_command_lines(self):
+        for arguments, line in (
+                (["like"], "POST is required"),
+                (["like", ""], "is no identifier"),
+                (["like", "a/b"], "is no identifier"),
+                (["like", "1?x"], "is no identifier"),
+                (["like", ".."], "is no identifier"),
+                (["like", "1", "2"], "2"),
+                (["unlike"], "POST is required"),
+                (["rekelo"], "POST is required"),
+                (["unrekelo"], "POST is required"),
+                (["unrekelo", "1", "--feed"], "--feed"),
+                (["follow"], "USER is required"),
+                (["follow", "http://x"], "is no identifier"),
+                (["unfollow"], "USER is required"),
+                (["boost"], "KIND is required"),
+                (["boost", "user"], "ID is required"),
+                (["boost", "user", "1"], "BOOST is required"),
+                (["boost", "channel", "1", "positive"], "KIND: channel"),
+                (["boost", "user", "#1", "positive"], "is no identifier"),
+                (["boost", "user", "1", "Positive"], "BOOST: Positive"),
+                (["boost", "user", "1", "more"], "BOOST: more"),
+                (["loops"], "POST is required"),
+                (["loops", "1"], "COUNT is required"),
+                (["loops", "1", "0"], "COUNT"),
+                (["loops", "1", "-1"], "COUNT"),
+                (["loops", "1", "1000000001"], "COUNT"),
+                (["loops", "1", "99999999999999999999"], "COUNT"),
+                (["loops", "1", "2.5"], "COUNT"),
+                (["loops", "1", "many"], "COUNT"),
+                (["views"], "ID is required"),
+                (["views", "a b"], "is no identifier"),
+                (["views", "a", "--send"], "--send"),
+                (["sounds", "horn"], "horn"),
+                (["like", "1", "follow", "2"], "follow")):
+            with self.subTest(arguments=arguments):
+                self.fails(2, line, *arguments)
+        self.assertEqual(self.service.control("GET", "_service/requests")["requests"], [])
+
+    def test_nobody_is_signed_in(self):
+        post = self.untouched()
+        for arguments, path in self.commands(post):
+            with self.subTest(arguments=arguments):
+                self.service.forget()
+                self.fails(3, "Please sign in", "--session", "", *arguments)
+                self.fails(3, "This session is not known", "--session", "bad", *arguments)
+                self.assertEqual(len(self.service.calls(path)), 2)
+        self.fails(3, "This session is not known", "--session", "bad", "unrekelo", post)
+        self.fails(1, "is not reposted by this user", "--session", "", "unrekelo", post)
+
+    def test_what_is_open_to_all(self):
+        self.assertRegex(self.succeeds("--session", "", "views", VIDEO), r"^\d+ views\n$")
+        self.assertIn("Air horn", self.succeeds("--session", "", "sounds"))
+
+    def test_a_captcha(self):
+        post = self.untouched()
+        key, url = self.service.captcha_session()
+        for arguments, path in self.commands(post):
+            with self.subTest(arguments=arguments):
+                self.service.forget()
+                self.fails(3, f"the service asks for a captcha at {url}",
+                           "--session", key, *arguments)
+                self.assertEqual(len(self.service.calls(path)), 1)
+
+    def test_answers_that_are_none(self):
+        post = self.untouched()
+        for arguments, path in self.commands(post):
+            with self.subTest(arguments=arguments):
+                self.service.fault(path, type="body", body="<html>")
+                self.fails(1, "does not answer as the service does", *arguments)
+        for arguments, path in ((["sounds"], "/soundboard"),
+                                (["loops", post, "1"], "/loops"),
+                                (["like", post], f"/posts/{post}/likes")):
+            with self.subTest(arguments=arguments):
+                self.service.fault(path, type="close", afterBytes=60, abrupt=True)
+                self.fails(1, "broke off", *arguments)
+
+
+class Recovery(Acting):
+    def recovers(self, arguments, path, sent):
+        """With an expired session, `path` is called twice, for the second time with a new key."""
+        self.service.forget()
+        key = self.service.expired_session()
+        text = self.succeeds("--session", key, "--user", "mara", "--password", PASSWORD,
+                             *arguments)
+        self.assertEqual(text.count("\n"), 1, text)
+        keys = [headers["kelo-session-id"] for _, headers in self.service.requests(path)]
+        self.assertEqual(len(keys), 2)
+        self.assertEqual(keys[0], key)
+        self.assertNotIn(keys[1], (key, KEY))
+        self.assertEqual(len(self.service.requests("/sessions")), 1)
+        first, second = self.service.calls(path)
+        self.assertEqual(first, second)
+        self.assertEqual(first[0], sent)
+
+    def test_an_expired_session(self):
+        post = self.untouched()
+        for arguments, path in self.commands(post):
+            with self.subTest(arguments=arguments):
+                self.recovers(arguments, path, "DELETE" if arguments[0] == "unlike" else "POST")
+
+    def test_an_expired_session_while_looking_for_the_repost(self):
+        post = self.untouched()
+        self.succeeds("rekelo", post)
+        self.recovers(["unrekelo", post], "/timelines/all", "GET")
+        self.assertFalse(self.again(post)["rekeloed"])
+
+    def test_expiry_between_looking_and_taking_back(self):
+        post = self.untouched()
+        self.succeeds("rekelo", post)
+        repost = self.service.kept("reposts")[-1]["repostId"]
+        path = f"/posts/{post}/repost/{repost}"
+        self.service.fault(path, type="error", code=103, message="Expired")
+        self.succeeds("--session", KEY, "--user", "mara", "--password", PASSWORD,
+                      "unrekelo", post)
+        self.assertEqual(self.service.calls(path), [("DELETE", "")] * 2)
+        self.assertFalse(self.again(post)["rekeloed"])
+
+    def test_a_captcha_is_solved_at_the_terminal(self):
+        post = self.untouched()
+        for command in (["like", post], ["loops", post, "3"]):
+            with self.subTest(command=command):
+                key, url = self.service.captcha_session()
+                console = self.console("--session", key, *command)
+                console.expect(url)
+                console.expect("Then press Enter (q gives up): ")
+                self.service.control("POST", url.split("/", 3)[3] + "/solve", {})
+                console.type("\n")
+                self.assertEqual(console.finish(), 0, console.output)
+        self.assertTrue(self.again(post)["liked"])
+        self.assertEqual(self.service.kept("loops")[-1]["count"], 3)
+
+
+if __name__ == "__main__":
+    unittest.main()
