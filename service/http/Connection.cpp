@@ -7,6 +7,7 @@ namespace KeloService {
 namespace {
 
 constexpr std::string_view interimAnswer = "HTTP/1.1 100";
+constexpr std::string_view endOfHead = "\r\n\r\n";
 /// A limited answer leaves in so many slices per second.
 constexpr std::int64_t slicesPerSecond = 20;
 
@@ -37,6 +38,7 @@ void Connection::startRequest() {
     fault_.reset();
     held_.clear();
     rate_ = nullptr;
+    inBody_ = false;
 }
 
 void Connection::arm(WireFault fault, std::function<void()> onFire) {
@@ -113,8 +115,22 @@ void Connection::fire() {
 }
 
 bool Connection::send(std::string_view bytes) {
+    if (rate_ == nullptr) {
+        return socket_.write(bytes);
+    }
+    // The head leaves at once, so that a client knows what it waits for.
+    const std::size_t headEnd = inBody_ ? 0 : bytes.find(endOfHead);
+    if (headEnd == std::string_view::npos) {
+        return socket_.write(bytes);
+    }
+    const std::size_t headBytes = inBody_ ? 0 : headEnd + endOfHead.size();
+    inBody_ = true;
+    return socket_.write(bytes.substr(0, headBytes)) && sendSlowly(bytes.substr(headBytes));
+}
+
+bool Connection::sendSlowly(std::string_view bytes) {
     while (!bytes.empty()) {
-        const std::int64_t rate = rate_ == nullptr ? 0 : rate_->bytesPerSecond();
+        const std::int64_t rate = rate_->bytesPerSecond();
         if (rate == 0) {
             return socket_.write(bytes);
         }

@@ -42,7 +42,8 @@ public:
     bool wasUnrouted() const { return answer_ == AnsweredBy::engine; }
     /// Lets the fault act on the answer that comes next; `onFire` is called when it does.
     void arm(WireFault fault, std::function<void()> onFire);
-    /// Sends the answer that comes next no faster than this. `rate` must outlive the answer.
+    /// Sends the body of the answer that comes next no faster than this. `rate` must outlive the
+    /// answer.
     void limit(const SendRate& rate) { rate_ = &rate; }
     /// The engine has written the whole answer.
     void finishAnswer();
@@ -60,7 +61,9 @@ private:
 
     void hold(std::string_view bytes);
     void fire();
+    /// Writes at the limit, if there is one.
     bool send(std::string_view bytes);
+    bool sendSlowly(std::string_view bytes);
     bool waitUntilDue() const;
 
     TlsSocket socket_;
@@ -73,6 +76,7 @@ private:
     std::function<void()> onFire_;
     std::string held_;
     const SendRate* rate_ = nullptr;
+    bool inBody_ = false;
     /// When the next bytes may leave. Kept between answers: short ones come no faster.
     std::chrono::steady_clock::time_point due_;
 };

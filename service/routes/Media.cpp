@@ -11,6 +11,13 @@ namespace {
 constexpr int thumbnailSide = 480;
 constexpr int avatarSide = 160;
 
+struct Icon {
+    std::string_view ending;
+    int side;
+};
+/// The longer endings first: the shortest is the end of each.
+constexpr Icon icons[] = {{"-explore@2x.png", 240}, {"@2x.png", 120}, {".png", 60}};
+
 [[noreturn]] void refuseUnknown() {
     throw ServiceError(404, ErrorCode::notFound, "There is no such file");
 }
@@ -78,6 +85,21 @@ Answer avatar(const Call& call, const Context& context) {
     return answerWith(call, makeImage(seed(*userId), avatarSide));
 }
 
+Answer channelIcon(const Call& call, const Context& context) {
+    const std::string& file = call.argument("file");
+    for (const Icon& icon : icons) {
+        if (!file.ends_with(icon.ending)) {
+            continue;
+        }
+        const auto channelId = parseIdentifier(without(file, icon.ending));
+        if (channelId && context.store.channels.find(*channelId)) {
+            return answerWith(call, makeImage(seed(*channelId), icon.side));
+        }
+        break;
+    }
+    refuseUnknown();
+}
+
 } // namespace
 
 void addMediaRoutes(Router& router, const Context& context) {
@@ -89,6 +111,8 @@ void addMediaRoutes(Router& router, const Context& context) {
                [&context](const Call& call) { return thumbnail(call, context); });
     router.add("GET", "/media/avatars/:file",
                [&context](const Call& call) { return avatar(call, context); });
+    router.add("GET", "/media/channels/:file",
+               [&context](const Call& call) { return channelIcon(call, context); });
 }
 
 } // namespace KeloService
