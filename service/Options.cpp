@@ -61,6 +61,10 @@ Options parseOptions(int argc, const char* const* argv, const std::string& execu
     app.add_option("--session", sessions, "USERNAME=KEY: a session to add; may be repeated")
         ->allow_extra_args(false);
     app.add_option("--faults", settings.faults, "JSON file of faults to begin with");
+    app.add_option("--media-rate", settings.mediaRate,
+                   "Bytes per second that each file of media is sent with at most; 0 for no limit")
+        ->check(CLI::Range(std::int64_t{0}, highestMediaRate))
+        ->capture_default_str();
     app.add_flag("--quiet", options.quiet, "Print nothing but the address");
     app.add_flag("--exit-with-parent", options.exitWithParent,
                  "End when the process that started this one ends");

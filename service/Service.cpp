@@ -8,8 +8,13 @@ Service::Service(const Settings& settings)
     : store_(settings.database)
     , server_(settings.address, settings.port,
               makeServerContext(settings.certificate, settings.key), router_, log_, faults_)
-    , context_{store_, log_, faults_, [this] { return server_.counts(); },
+    , context_{store_,
+               log_,
+               faults_,
+               [this] { return server_.counts(); },
+               server_.mediaRate(),
                "https://localhost:" + std::to_string(server_.port())} {
+    server_.mediaRate().set(settings.mediaRate);
     for (const auto& [username, key] : settings.sessions) {
         const auto user = store_.users.findByName(username);
         if (!user) {

@@ -29,6 +29,8 @@ struct Settings {
     std::vector<std::pair<std::string, std::string>> sessions;
     /// JSON file of faults; empty for none.
     std::string faults;
+    /// Bytes per second that each file of media is sent with at most; 0 for no limit.
+    std::int64_t mediaRate = 0;
 };
 
 /// Settings that name something that does not exist.

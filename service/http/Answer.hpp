@@ -17,6 +17,8 @@ struct Answer {
     std::string contentType = "application/json";
     std::string body;
     std::vector<std::pair<std::string, std::string>> headers;
+    /// Whether the rate that is set for media holds for this answer.
+    bool atMediaRate = false;
 };
 
 /// Codes in the envelope's "code" key.
@@ -29,6 +31,7 @@ inline constexpr int notFollowing = 231;
 inline constexpr int badRequest = 400;
 inline constexpr int notFound = 404;
 inline constexpr int methodNotAllowed = 405;
+inline constexpr int rangeNotSatisfiable = 416;
 inline constexpr int captchaRequired = 419;
 inline constexpr int internal = 500;
 } // namespace ErrorCode

@@ -1,11 +1,15 @@
 #include "service/http/Connection.hpp"
 
+#include <algorithm>
 #include <utility>
 
 namespace KeloService {
 namespace {
 
 constexpr std::string_view interimAnswer = "HTTP/1.1 100";
+constexpr std::string_view endOfHead = "\r\n\r\n";
+/// A limited answer leaves in so many slices per second.
+constexpr std::int64_t slicesPerSecond = 20;
 
 } // namespace
 
@@ -33,6 +37,8 @@ void Connection::startRequest() {
     answer_ = AnsweredBy::nobody;
     fault_.reset();
     held_.clear();
+    rate_ = nullptr;
+    inBody_ = false;
 }
 
 void Connection::arm(WireFault fault, std::function<void()> onFire) {
@@ -71,7 +77,7 @@ ssize_t Connection::write(const char* bytes, size_t size) {
         hold(answer);
         return isOpen() ? static_cast<ssize_t>(size) : -1;
     }
-    return socket_.write(answer) ? static_cast<ssize_t>(size) : -1;
+    return send(answer) ? static_cast<ssize_t>(size) : -1;
 }
 
 void Connection::hold(std::string_view bytes) {
@@ -91,7 +97,7 @@ void Connection::fire() {
         socket_.closeOrderly();
         return;
     }
-    socket_.write(std::string_view(held_).substr(0, fault.afterBytes));
+    send(std::string_view(held_).substr(0, fault.afterBytes));
     switch (fault.kind) {
     case WireFault::Kind::Stall:
         socket_.waitWhileConnected(std::nullopt);
@@ -106,6 +112,49 @@ void Connection::fire() {
     default:
         socket_.closeOrderly();
     }
+}
+
+bool Connection::send(std::string_view bytes) {
+    if (rate_ == nullptr) {
+        return socket_.write(bytes);
+    }
+    // The head leaves at once, so that a client knows what it waits for.
+    const std::size_t headEnd = inBody_ ? 0 : bytes.find(endOfHead);
+    if (headEnd == std::string_view::npos) {
+        return socket_.write(bytes);
+    }
+    const std::size_t headBytes = inBody_ ? 0 : headEnd + endOfHead.size();
+    inBody_ = true;
+    return socket_.write(bytes.substr(0, headBytes)) && sendSlowly(bytes.substr(headBytes));
+}
+
+bool Connection::sendSlowly(std::string_view bytes) {
+    while (!bytes.empty()) {
+        const std::int64_t rate = rate_->bytesPerSecond();
+        if (rate == 0) {
+            return socket_.write(bytes);
+        }
+        if (!waitUntilDue()) {
+            return false;
+        }
+        const auto slice = bytes.substr(
+            0, static_cast<std::size_t>(std::max<std::int64_t>(rate / slicesPerSecond, 1)));
+        if (!socket_.write(slice)) {
+            return false;
+        }
+        const std::chrono::duration<double> time(static_cast<double>(slice.size()) /
+                                                 static_cast<double>(rate));
+        due_ = std::chrono::steady_clock::now() +
+               std::chrono::duration_cast<std::chrono::steady_clock::duration>(time);
+        bytes.remove_prefix(slice.size());
+    }
+    return isOpen();
+}
+
+bool Connection::waitUntilDue() const {
+    const auto left = due_ - std::chrono::steady_clock::now();
+    const auto time = std::chrono::ceil<std::chrono::milliseconds>(left);
+    return time.count() <= 0 || socket_.waitWhileConnected(time);
 }
 
 void Connection::get_remote_ip_and_port(std::string& ip, int& port) const {

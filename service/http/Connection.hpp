@@ -2,10 +2,12 @@
 
 #include "service/http/FaultAction.hpp"
 #include "service/http/RequestRecorder.hpp"
+#include "service/http/SendRate.hpp"
 #include "service/http/TlsSocket.hpp"
 
 #include <httplib.h>
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -40,6 +42,9 @@ public:
     bool wasUnrouted() const { return answer_ == AnsweredBy::engine; }
     /// Lets the fault act on the answer that comes next; `onFire` is called when it does.
     void arm(WireFault fault, std::function<void()> onFire);
+    /// Sends the body of the answer that comes next no faster than this. `rate` must outlive the
+    /// answer.
+    void limit(const SendRate& rate) { rate_ = &rate; }
     /// The engine has written the whole answer.
     void finishAnswer();
 
@@ -56,6 +61,10 @@ private:
 
     void hold(std::string_view bytes);
     void fire();
+    /// Writes at the limit, if there is one.
+    bool send(std::string_view bytes);
+    bool sendSlowly(std::string_view bytes);
+    bool waitUntilDue() const;
 
     TlsSocket socket_;
     std::uint64_t number_;
@@ -66,6 +75,10 @@ private:
     std::optional<WireFault> fault_;
     std::function<void()> onFire_;
     std::string held_;
+    const SendRate* rate_ = nullptr;
+    bool inBody_ = false;
+    /// When the next bytes may leave. Kept between answers: short ones come no faster.
+    std::chrono::steady_clock::time_point due_;
 };
 
 } // namespace KeloService

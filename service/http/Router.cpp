@@ -26,18 +26,24 @@ bool matches(const std::vector<std::string>& pattern, const std::vector<std::str
 
 } // namespace
 
+std::optional<std::int64_t> parseIdentifier(std::string_view text) {
+    std::int64_t value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    const bool good = error == std::errc() && end == text.data() + text.size() && value > 0;
+    return good ? std::optional(value) : std::nullopt;
+}
+
 const std::string& Call::argument(std::string_view name) const {
     return arguments.find(name)->second;
 }
 
 std::int64_t Call::identifier(std::string_view name) const {
     const std::string& text = argument(name);
-    std::int64_t value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size() || value <= 0) {
+    const auto value = parseIdentifier(text);
+    if (!value) {
         throw ServiceError(404, ErrorCode::notFound, "There is nothing with the id " + text);
     }
-    return value;
+    return *value;
 }
 
 void Router::add(const std::string& method, const std::string& pattern, Route route) {

@@ -5,11 +5,15 @@
 
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace KeloService {
+
+/// The text as a positive number; absent when it is none.
+std::optional<std::int64_t> parseIdentifier(std::string_view text);
 
 /// A request on its way into a route, with the path's variable segments by name.
 struct Call {

@@ -58,6 +58,8 @@ public:
                 // Nor shall it take forms apart, or limit their size: bodies are the routes'
                 // matter.
                 request.headers.erase("Content-Type");
+                // Ranges are the routes' matter, too.
+                request.ranges.clear();
                 narrowEncodings(request.headers);
             });
         return served && !asked;
@@ -78,6 +80,9 @@ Server::Server(const std::string& address, int port, SslContext context, const R
               request.connection = connection.number();
               request.body = engineRequest.body;
               const Answer answer = this->answer(connection, request);
+              if (answer.atMediaRate) {
+                  connection.limit(mediaRate_);
+              }
               response.status = answer.status;
               for (const auto& [name, value] : answer.headers) {
                   response.set_header(name, value);

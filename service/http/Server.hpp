@@ -4,6 +4,7 @@
 #include "service/http/Listener.hpp"
 #include "service/http/RequestLog.hpp"
 #include "service/http/Router.hpp"
+#include "service/http/SendRate.hpp"
 #include "service/http/TlsContext.hpp"
 
 #include <atomic>
@@ -47,6 +48,8 @@ public:
     /// Ends all connections, stalled ones too, and waits until their threads are gone.
     void stop();
     ConnectionCounts counts() const;
+    /// The limit for answers that ask for it; none at first.
+    SendRate& mediaRate() { return mediaRate_; }
 
 private:
     struct Served {
@@ -67,6 +70,7 @@ private:
     const Router& router_;
     RequestLog& log_;
     FaultScript& faults_;
+    SendRate mediaRate_;
     std::unique_ptr<HttpEngine> engine_;
     std::thread acceptor_;
     std::atomic<bool> stopping_ = false;

@@ -86,7 +86,7 @@ Json postRecord(const Post& post, const std::string& baseUrl) {
     Json record{{"postId", post.postId},
                 {"created", dateText(post.created)},
                 {"description", post.caption},
-                {"thumbnailUrl", baseUrl + "/media/thumbnails/" + post.permalinkId + ".jpg"},
+                {"thumbnailUrl", baseUrl + "/media/thumbnails/" + post.permalinkId + ".png"},
                 {"videoUrls", videoUrls(post, baseUrl)},
                 {"permalinkUrl", baseUrl + "/v/" + post.permalinkId},
                 {"shareUrl", baseUrl + "/v/" + post.permalinkId + "?via=share"},

@@ -16,6 +16,7 @@ struct Context {
     RequestLog& log;
     FaultScript& faults;
     std::function<ConnectionCounts()> connections;
+    SendRate& mediaRate;
     /// The service's own address, without a final slash: "https://localhost:8443".
     std::string baseUrl;
 };

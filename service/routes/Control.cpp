@@ -88,11 +88,35 @@ void addFaultControl(Router& router, const Context& context) {
     });
 }
 
+Answer describeMediaRate(const Context& context) {
+    return jsonAnswer({{"bytesPerSecond", context.mediaRate.bytesPerSecond()}});
+}
+
+Answer setMediaRate(const Call& call, const Context& context) {
+    const Json body = bodyObject(call);
+    const auto rate = body.find("bytesPerSecond");
+    if (rate == body.end() || !rate->is_number_integer() || *rate < 0 || *rate > highestMediaRate) {
+        throw ServiceError(400, ErrorCode::badRequest,
+                           "bytesPerSecond must be an integer from 0 to " +
+                               std::to_string(highestMediaRate));
+    }
+    context.mediaRate.set(rate->get<std::int64_t>());
+    return describeMediaRate(context);
+}
+
+void addMediaControl(Router& router, const Context& context) {
+    router.add("GET", "/_service/media-rate",
+               [&context](const Call&) { return describeMediaRate(context); });
+    router.add("POST", "/_service/media-rate",
+               [&context](const Call& call) { return setMediaRate(call, context); });
+}
+
 } // namespace
 
 void addControlRoutes(Router& router, const Context& context) {
     addSessionControl(router, context);
     addFaultControl(router, context);
+    addMediaControl(router, context);
 }
 
 } // namespace KeloService

@@ -13,6 +13,7 @@ void addAllRoutes(Router& router, const Context& context) {
     addLongformRoutes(router, context);
     addLoopRoutes(router, context);
     addMeRoutes(router, context);
+    addMediaRoutes(router, context);
     addRepostRoutes(router, context);
     addSessionRoutes(router, context);
     addSoundboardRoutes(router, context);

@@ -68,7 +68,7 @@ void Seeder::addUsers() {
     std::int64_t userId = firstUserId;
     for (const Person& person : people()) {
         const std::string salt = "salt-" + std::to_string(userId);
-        const std::string avatar = "/media/avatars/" + std::to_string(userId) + ".jpg";
+        const std::string avatar = "/media/avatars/" + std::to_string(userId) + ".png";
         // One random number per line: the order in which arguments are evaluated is not fixed.
         const std::int64_t created = now - random_.between(420, 1000) * 1440 * minute;
         const bool verified = random_.oneIn(6);
@@ -158,13 +158,16 @@ void Seeder::addRenditions() {
         {"h264", 200, "_low.mp4"},           {"h264", 0, ".mp4"},       {"h264", 900, "_high.mp4"},
         {"h264-preview", 0, "_preview.mp4"}, {"hls", 0, "/index.m3u8"},
     };
-    const std::string version = std::to_string(random_.between(1, 9));
+    const std::int64_t revision = random_.between(1, 9);
     // Old posts were never encoded again, and some lack the smallest file.
     const std::size_t count = random_.oneIn(5) ? 3 : std::size(shapes);
     const std::size_t first = random_.oneIn(9) ? 1 : 0;
     for (std::size_t i = first; i < count; ++i) {
+        const auto position = static_cast<std::int64_t>(i);
+        // Each file of a post has a version of its own.
+        const std::string version = std::to_string(10 * revision + position);
         database_.query("INSERT INTO renditions VALUES (?1, ?2, ?3, ?4, ?5, ?6)")
-            .bind(postId_, static_cast<std::int64_t>(i), shapes[i].format, shapes[i].rate, version,
+            .bind(postId_, position, shapes[i].format, shapes[i].rate, version,
                   "/media/videos/" + permalinkId_ + shapes[i].suffix)
             .run();
     }

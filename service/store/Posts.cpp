@@ -53,6 +53,22 @@ bool Posts::exists(std::int64_t postId) {
     return database_.query("SELECT 1 FROM posts WHERE postId = ?1").bind(postId).next();
 }
 
+std::optional<std::int64_t> Posts::findByPermalink(const std::string& permalinkId) {
+    const auto lock = database_.lock();
+    Query query = database_.query("SELECT postId FROM posts WHERE permalinkId = ?1");
+    return query.bind(permalinkId).next() ? std::optional(query.integer(0)) : std::nullopt;
+}
+
+std::optional<PostRendition> Posts::findRendition(const std::string& path) {
+    const auto lock = database_.lock();
+    Query query =
+        database_.query("SELECT postId, format, rate, version FROM renditions WHERE path = ?1");
+    if (!query.bind(path).next()) {
+        return std::nullopt;
+    }
+    return PostRendition{query.integer(0), {query.text(1), query.real(2), query.text(3), path}};
+}
+
 std::optional<Post> Posts::findOne(std::int64_t postId, const PostView& view) {
     Query query = database_.query(
         "SELECT p.postId, p.created, p.caption, p.permalinkId, p.channelId, p.loopCount, "

@@ -24,6 +24,12 @@ struct Rendition {
     std::string path;
 };
 
+/// A rendition of a certain post.
+struct PostRendition {
+    std::int64_t postId = 0;
+    Rendition rendition;
+};
+
 struct Tag {
     std::int64_t tagId = 0;
     std::string name;
@@ -100,6 +106,9 @@ public:
     /// Those of the posts that exist, in the given order.
     std::vector<Post> find(const std::vector<std::int64_t>& postIds, const PostView& view);
     bool exists(std::int64_t postId);
+    std::optional<std::int64_t> findByPermalink(const std::string& permalinkId);
+    /// The rendition whose video lies at this path.
+    std::optional<PostRendition> findRendition(const std::string& path);
 
 private:
     std::optional<Post> findOne(std::int64_t postId, const PostView& view);

@@ -44,6 +44,12 @@ std::optional<User> Users::findByName(const std::string& username) {
     return query.bind(username).next() ? std::optional(read(query)) : std::nullopt;
 }
 
+std::optional<std::int64_t> Users::findByAvatar(const std::string& path) {
+    const auto lock = database_.lock();
+    Query query = database_.query("SELECT userId FROM users WHERE avatarPath = ?1");
+    return query.bind(path).next() ? std::optional(query.integer(0)) : std::nullopt;
+}
+
 std::optional<User> Users::findByPassword(const std::string& username,
                                           const std::string& password) {
     const auto lock = database_.lock();

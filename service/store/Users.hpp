@@ -33,6 +33,8 @@ public:
 
     std::optional<User> find(std::int64_t userId);
     std::optional<User> findByName(const std::string& username);
+    /// The id of the user whose avatar lies at this path.
+    std::optional<std::int64_t> findByAvatar(const std::string& path);
     /// The user whose name and password these are.
     std::optional<User> findByPassword(const std::string& username, const std::string& password);
 

@@ -98,6 +98,14 @@ TEST_F(CommandLineTest, AddsSessions) {
     EXPECT_EQ(process.wait().code, 0);
 }
 
+TEST_F(CommandLineTest, BeginsWithAMediaRate) {
+    Process process(with({"--media-rate", "4321"}));
+    const std::string answer = ask(portOf(process.readLine()), "/_service/media-rate", "");
+    EXPECT_TRUE(answer.ends_with(R"({"bytesPerSecond":4321})")) << answer;
+    process.signal(SIGTERM);
+    EXPECT_EQ(process.wait().code, 0);
+}
+
 TEST_F(CommandLineTest, KeepsItsStateInAFile) {
     const std::string database = folder.file("service.db");
     for (const char* more : {"--session=kofi=kept", "--quiet"}) {
@@ -150,8 +158,8 @@ TEST_F(CommandLineTest, ExplainsItself) {
     EXPECT_EQ(help.code, 0);
     EXPECT_EQ(help.errors, "");
     for (const char* part :
-         {"--port", "--database", "--certificate", "--key", "--session", "--faults", "--quiet",
-          "--version", "kelo-development-session", "loop-the-loop"}) {
+         {"--port", "--database", "--certificate", "--key", "--session", "--faults", "--media-rate",
+          "--quiet", "--version", "kelo-development-session", "loop-the-loop"}) {
         EXPECT_NE(help.output.find(part), std::string::npos) << part;
     }
     const Process::Outcome version = Process({"--version"}).wait();
@@ -166,6 +174,8 @@ TEST_F(CommandLineTest, RefusesBadArguments) {
     expectRefusal({"--port", "eighty"}, "--port");
     expectRefusal({"--port", "65536"}, "--port");
     expectRefusal({"--port", "-1"}, "--port");
+    expectRefusal({"--media-rate", "-1"}, "--media-rate");
+    expectRefusal({"--media-rate", "fast"}, "--media-rate");
     expectRefusal({"--certificate", certificate}, "--key");
     expectRefusal({"--key", key}, "--certificate");
     expectRefusal(with({"--session", "mara"}), "USERNAME=KEY");

@@ -1,0 +1,102 @@
+#include "service/http/FileAnswer.hpp"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace KeloService {
+namespace {
+
+/// A range within a file; empty when nothing of the file lies in what was asked for.
+struct ByteRange {
+    std::size_t first = 0;
+    std::size_t count = 0;
+};
+
+/// Changes with every byte of the file: FNV-1a, 64 bits.
+std::string entityTag(const std::string& bytes) {
+    std::uint64_t hash = 0xCBF29CE484222325;
+    for (const char byte : bytes) {
+        hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001B3;
+    }
+    return '"' + std::to_string(hash) + '"';
+}
+
+std::optional<std::uint64_t> number(std::string_view text) {
+    std::uint64_t value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error == std::errc::result_out_of_range) {
+        return UINT64_MAX;
+    }
+    return error == std::errc() && end == text.data() + text.size() ? std::optional(value)
+                                                                    : std::nullopt;
+}
+
+/// Reads "bytes=FIRST-LAST", "bytes=FIRST-" or "bytes=-COUNT"; absent for anything else.
+std::optional<ByteRange> parseRange(std::string_view text, std::size_t size) {
+    constexpr std::string_view unit = "bytes=";
+    const std::size_t dash = text.find('-');
+    if (!text.starts_with(unit) || dash == std::string_view::npos) {
+        return std::nullopt;
+    }
+    const std::string_view before = text.substr(unit.size(), dash - unit.size());
+    const auto last = number(text.substr(dash + 1));
+    if (before.empty()) {
+        const auto count = std::min<std::uint64_t>(last.value_or(0), size);
+        return last ? std::optional(ByteRange{size - count, count}) : std::nullopt;
+    }
+    const auto first = number(before);
+    if (!first || (!last && dash + 1 != text.size()) || (last && *last < *first)) {
+        return std::nullopt;
+    }
+    if (*first >= size) {
+        return ByteRange{};
+    }
+    const std::uint64_t end = std::min<std::uint64_t>(last.value_or(size - 1), size - 1) + 1;
+    return ByteRange{*first, end - *first};
+}
+
+std::optional<ByteRange> wantedRange(const Request& request, const std::string& tag,
+                                     std::size_t size) {
+    const auto range = request.header("Range");
+    const auto onlyIf = request.header("If-Range");
+    if (!range || request.method != "GET" || (onlyIf && *onlyIf != tag)) {
+        return std::nullopt;
+    }
+    return parseRange(*range, size);
+}
+
+Answer nothingThere(std::size_t size) {
+    Answer answer = errorAnswer(ServiceError(416, ErrorCode::rangeNotSatisfiable,
+                                             "The range begins behind the file's end"));
+    answer.headers.emplace_back("Content-Range", "bytes */" + std::to_string(size));
+    return answer;
+}
+
+} // namespace
+
+Answer fileAnswer(const Request& request, const std::string& contentType, std::string bytes) {
+    const std::string tag = entityTag(bytes);
+    const std::size_t size = bytes.size();
+    const auto range = wantedRange(request, tag, size);
+    if (range && range->count == 0) {
+        return nothingThere(size);
+    }
+    Answer answer;
+    answer.contentType = contentType;
+    answer.headers = {{"Accept-Ranges", "bytes"}, {"ETag", tag}};
+    if (range) {
+        answer.status = 206;
+        answer.headers.emplace_back("Content-Range",
+                                    "bytes " + std::to_string(range->first) + "-" +
+                                        std::to_string(range->first + range->count - 1) + "/" +
+                                        std::to_string(size));
+        bytes = bytes.substr(range->first, range->count);
+    }
+    answer.body = std::move(bytes);
+    return answer;
+}
+
+} // namespace KeloService
