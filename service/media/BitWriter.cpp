@@ -16,7 +16,7 @@ void BitWriter::bits(std::uint32_t value, int width) {
 }
 
 void BitWriter::unsignedCode(std::uint32_t value) {
-    const int width = std::bit_width(value + 1);
+    const int width = static_cast<int>(std::bit_width(value + 1));
     bits(0, width - 1);
     bits(value + 1, width);
 }

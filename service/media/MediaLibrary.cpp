@@ -6,7 +6,7 @@
 #include "service/media/PngWriter.hpp"
 #include "service/media/Scene.hpp"
 
-#include <algorithm>
+#include <string_view>
 #include <utility>
 
 namespace KeloService {
@@ -16,7 +16,7 @@ constexpr std::uint32_t frameDuration = 100;
 constexpr std::uint32_t framesPerSecond = VideoTrack::timescale / frameDuration;
 constexpr int streamSide = 128;
 
-const std::string beginningName = "init.mp4";
+constexpr std::string_view beginningName = "init.mp4";
 
 std::string segmentName(std::uint32_t number) {
     return "segment" + std::to_string(number) + ".m4s";
@@ -65,7 +65,7 @@ Media makePlaylist(std::uint64_t seed) {
     std::string text = "#EXTM3U\n#EXT-X-VERSION:7\n#EXT-X-TARGETDURATION:1\n"
                        "#EXT-X-PLAYLIST-TYPE:VOD\n#EXT-X-INDEPENDENT-SEGMENTS\n"
                        "#EXT-X-MAP:URI=\"" +
-                       beginningName + "\"\n";
+                       std::string(beginningName) + "\"\n";
     for (std::uint32_t number = 1; number <= segmentCount(scene); ++number) {
         text += "#EXTINF:1.0,\n" + segmentName(number) + "\n";
     }

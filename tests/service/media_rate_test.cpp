@@ -48,7 +48,7 @@ TEST_F(MediaRateTest, IsUnlimitedAtFirst) {
 
 TEST_F(MediaRateTest, DecidesHowLongAFileTakes) {
     const std::string where = videoPath();
-    const auto [unlimited, size] = fetch(where);
+    const std::size_t size = fetch(where).second;
     for (const double seconds : {0.5, 1.0}) {
         const double rate = static_cast<double>(size) / seconds;
         setRate(static_cast<std::int64_t>(rate));
@@ -57,7 +57,6 @@ TEST_F(MediaRateTest, DecidesHowLongAFileTakes) {
         // The last of twenty slices per second need not be waited for.
         EXPECT_GT(time, seconds - 0.15);
         EXPECT_LT(time, 4 * seconds + 2);
-        EXPECT_GT(time, unlimited);
     }
 }
 

@@ -66,7 +66,9 @@ private:
 
 void readSquare(BitReader& reader, std::string& plane, int stride, int side, int x, int y) {
     for (int row = 0; row < side; ++row) {
-        const auto place = static_cast<std::size_t>((y * side + row) * stride + x * side);
+        const auto place =
+            static_cast<std::size_t>(y * side + row) * static_cast<std::size_t>(stride) +
+            static_cast<std::size_t>(x * side);
         const auto count = static_cast<std::size_t>(side);
         plane.replace(place, count, reader.bytes(count));
     }
