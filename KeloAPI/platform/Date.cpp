@@ -64,6 +64,21 @@ double timeIntervalSince1970(Date date) {
     return std::chrono::duration<double>(date.time_since_epoch()).count();
 }
 
+Date dateSinceNow(double seconds) {
+    using Duration = Date::duration;
+    const std::chrono::duration<double, Duration::period> wanted(seconds * 1e6);
+    const Duration elapsed = now().time_since_epoch();
+    // In doubles first: an integer that overflows is no instant at all.
+    const double instant = static_cast<double>(elapsed.count()) + wanted.count();
+    if (!(instant > static_cast<double>(Duration::min().count()))) {
+        return Date(Duration::min());
+    }
+    if (instant >= static_cast<double>(Duration::max().count())) {
+        return Date(Duration::max());
+    }
+    return Date(elapsed + Duration(static_cast<Duration::rep>(wanted.count())));
+}
+
 std::optional<Date> DateFormatter::date(std::string_view text) const {
     using namespace std::chrono;
     Scanner scan(text);

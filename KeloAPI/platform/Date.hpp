@@ -17,6 +17,10 @@ KELO_API Date now();
 /// An instant in seconds since 1970-01-01 00:00 UTC, with their fraction.
 KELO_API double timeIntervalSince1970(Date date);
 
+/// The instant so many seconds from now, or the first or last that can be told where it lies
+/// beyond.
+KELO_API Date dateSinceNow(double seconds);
+
 /// Reads the service's dates: the pattern "yyyy-MM-dd'T'HH:mm:s.SSS" in UTC, whatever the
 /// process's locale and time zone.
 class KELO_API DateFormatter {
