@@ -1,8 +1,12 @@
 // Any bytes as the body of an answer, through the envelope serializer with each parser. The first
-// byte chooses the parser; one that starts with a digit, or with one of ":;<=", is easy to write by
-// hand.
+// byte chooses the parser: the 19 characters from "0" to "B" each a row of the table below.
 #include <KeloAPI/api/ResponseEnvelope.hpp>
+#include <KeloAPI/files/KLVideoUrlBitrateSetting.hpp>
+#include <KeloAPI/loops/KLEndlessLikesRange.hpp>
+#include <KeloAPI/loops/KLLongform.hpp>
 #include <KeloAPI/loops/KLLongformViews.hpp>
+#include <KeloAPI/loops/KLPostProcessStatus.hpp>
+#include <KeloAPI/loops/KLVideoUpload.hpp>
 #include <KeloAPI/loops/LoopData.hpp>
 #include <KeloAPI/model/KLLike.hpp>
 #include <KeloAPI/model/KLPostSource.hpp>
@@ -123,7 +127,7 @@ void serialize(const std::string& body, std::shared_ptr<const JsonParser<T>> par
 }
 
 using Run = void (*)(const std::string& body);
-constexpr std::array<Run, 14> runs = {
+constexpr std::array<Run, 19> runs = {
     [](const std::string& body) {
         serialize<KLWatchPost>(body, std::make_shared<ContractualPostParser>());
     },
@@ -163,6 +167,22 @@ constexpr std::array<Run, 14> runs = {
     },
     [](const std::string& body) {
         serialize<KLLongformViews>(body, std::make_shared<KLLongformViewsParser>());
+    },
+    [](const std::string& body) {
+        serialize<KLVideoUrlBitrateSetting>(body,
+                                            std::make_shared<KLVideoUrlBitrateSettingParser>("1"));
+    },
+    [](const std::string& body) {
+        serialize<KLLongform>(body, std::make_shared<KLLongformParser>());
+    },
+    [](const std::string& body) {
+        serialize<KLEndlessLikesRange>(body, std::make_shared<KLEndlessLikesRangeParser>());
+    },
+    [](const std::string& body) {
+        serialize<KLVideoUpload>(body, std::make_shared<KLVideoUploadParser>());
+    },
+    [](const std::string& body) {
+        serialize<KLPostProcessStatus>(body, std::make_shared<KLPostProcessStatusParser>());
     },
 };
 
