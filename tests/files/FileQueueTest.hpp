@@ -17,10 +17,11 @@ namespace KeloAPI::testing {
 class FileQueueTest : public RegistrySessionTest {
 protected:
     FileQueueTest() { manager->setDocumentsDirectory(folder.path() + "/"); }
-    ~FileQueueTest() override {
+    void TearDown() override {
         queue->kill();
         manager->kill();
         settle();
+        RegistrySessionTest::TearDown();
     }
 
     std::shared_ptr<FileEndpoint> file(const std::string& name) const {
