@@ -54,9 +54,11 @@ public:
     virtual std::string schema();
     /// Session key of the signed-in user; by default absent.
     virtual std::optional<std::string> sessionId();
-    /// By default absent.
+    /// Sent as "Accept-Language"; by default absent.
     virtual std::optional<std::string> acceptLanguage();
+    /// Sent as "User-Agent"; by default absent.
     virtual std::optional<std::string> userAgent();
+    /// The client's identification, sent as "X-Kelo-Client"; by default absent.
     virtual std::optional<std::string> keloClient();
     /// Whether requests are background polls; by default false.
     virtual bool polling();
@@ -89,6 +91,7 @@ public:
     void endpointRequiresCaptcha(const std::shared_ptr<Endpoint>& endpoint, const URL& captchaUrl,
                                  EndpointRetry retry) override;
 
+    /// As the session was made; does not change.
     SessionType sessionType() const { return _sessionType; }
 
     /// How many retries wait.
@@ -104,3 +107,11 @@ private:
 };
 
 } // namespace KeloAPI
+
+/// The hash of a session type is its position among the cases.
+template <>
+struct std::hash<KeloAPI::SessionType> {
+    std::size_t operator()(KeloAPI::SessionType type) const noexcept {
+        return static_cast<std::size_t>(type);
+    }
+};

@@ -24,6 +24,7 @@ class KELO_API MeEndpoint : public Endpoint {
 public:
     /// On the authenticated session, with `Api::sessionDelegate()`.
     static std::shared_ptr<MeEndpoint> create();
+    /// On a session of the caller's choice; a null one stops the process.
     static std::shared_ptr<MeEndpoint> create(std::shared_ptr<Session> session);
     ~MeEndpoint() override;
 

@@ -4,6 +4,7 @@
 #include <KeloAPI/api/Endpoint.hpp>
 #include <KeloAPI/api/Outcome.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
+#include <KeloAPI/platform/Contract.hpp>
 
 #include <functional>
 #include <memory>
@@ -33,7 +34,8 @@ public:
     virtual void setPathFor([[maybe_unused]] bool on) {}
 
     /// An endpoint without a path of its own, on the authenticated session with
-    /// `Api::sessionDelegate()`.
+    /// `Api::sessionDelegate()`. A null parser stops the process; a null post counts as one that
+    /// has gone.
     static std::shared_ptr<PostActionEndpoint> create(const std::shared_ptr<KLWatchPost>& post,
                                                       std::shared_ptr<P> parser) {
         return make<PostActionEndpoint>(post, std::move(parser));
@@ -66,7 +68,9 @@ protected:
     PostActionEndpoint(Key key, const std::shared_ptr<KLWatchPost>& post, std::shared_ptr<P> parser)
         : Endpoint(key, Api::session(SessionType::Authenticated))
         , _post(post)
-        , _parser(std::move(parser)) {}
+        , _parser(std::move(parser)) {
+        require(_parser != nullptr, "an action needs a parser");
+    }
 
 private:
     const std::weak_ptr<KLWatchPost> _post;

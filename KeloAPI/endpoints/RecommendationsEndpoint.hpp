@@ -34,6 +34,7 @@ public:
         : _failure(std::move(failure)) {}
     RecommendationResult(Success) {}
 
+    /// True when the service took the feedback.
     bool success() const { return !_failure; }
     /// Null for a success.
     const Error* error() const { return _failure ? &_failure->error : nullptr; }
@@ -46,15 +47,18 @@ private:
 /// with a JSON body whose one key is "recommendationBoost".
 class KELO_API RecommendationsEndpoint : public Endpoint {
 public:
-    /// Called on the main queue; may be empty.
+    /// Called on the main queue. May be empty: the feedback is sent all the same, and nobody hears
+    /// how it ended.
     using Completion = std::function<void(const RecommendationResult& result)>;
 
     /// On the authenticated session, with `Api::sessionDelegate()`.
     static std::shared_ptr<RecommendationsEndpoint> create();
     ~RecommendationsEndpoint() override;
 
+    /// Sends feedback on a recommended user. The id goes into the path as given.
     void addUserFeedback(const std::string& userId, RecommendationBoost boost,
                          Completion completion);
+    /// Sends feedback on a recommended post. The id goes into the path as given.
     void addPostFeedback(const std::string& postId, RecommendationBoost boost,
                          Completion completion);
 

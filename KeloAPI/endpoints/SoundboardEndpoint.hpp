@@ -15,6 +15,7 @@ class SoundboardSound;
 /// Reads the sounds that users can put into their videos: GET /soundboard.
 class KELO_API SoundboardEndpoint : public Endpoint {
 public:
+    /// On a session of the caller's choice; a null one stops the process.
     static std::shared_ptr<SoundboardEndpoint> create(std::shared_ptr<Session> session);
     ~SoundboardEndpoint() override;
 

@@ -31,7 +31,8 @@ public:
     /// On the authenticated session, with `Api::sessionDelegate()`. A path that holds "timelines/"
     /// anywhere is complete; any other is put behind it.
     static std::shared_ptr<TimelineEndpoint> create(const std::string& path);
-    /// Without a path and without parameters.
+    /// Without a path and without parameters, on a session of the caller's choice; a null one stops
+    /// the process.
     static std::shared_ptr<TimelineEndpoint> create(std::shared_ptr<Session> session);
     ~TimelineEndpoint() override;
 

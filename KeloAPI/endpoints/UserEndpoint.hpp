@@ -15,12 +15,13 @@ struct UserSuccess {};
 
 using UserResult = Outcome<UserSuccess>;
 
-/// Acts on one user: POST users/, the user's id and /follow-on-twitter or /unfollow-on-twitter.
+/// Acts on one user: POST users/, the user's id and /follow-on-twitter or /unfollow-on-twitter. The
+/// base's `create(session)` is not offered here: there is no such endpoint without a user's id.
 class KELO_API UserEndpoint : public Endpoint {
 public:
     /// On the authenticated session, with `Api::sessionDelegate()`.
     static std::shared_ptr<UserEndpoint> create(std::string userId);
-    /// On a session of the caller's choice, which must not be null.
+    /// On a session of the caller's choice; a null one stops the process.
     static std::shared_ptr<UserEndpoint> create(std::shared_ptr<Session> session,
                                                 std::string userId);
     ~UserEndpoint() override;

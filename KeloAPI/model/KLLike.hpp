@@ -17,7 +17,8 @@ class KELO_API KLLike final : public Object {
 public:
     /// "likeId", sent as a number or as text.
     std::optional<std::string> likeId;
-    /// Who likes; null when that is not known.
+    /// Who likes. Null only until a parser sets it; a record that tells of no user has one with an
+    /// empty name.
     std::shared_ptr<KLWatchUser> user;
 
     KLLike() = default;

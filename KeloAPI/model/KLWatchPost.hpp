@@ -19,7 +19,8 @@ class KELO_API KLWatchPost final : public Object {
 public:
     /// "postId", sent as a number or as text.
     std::optional<std::string> postId;
-    /// The author, from the user keys of the record; null when there is none.
+    /// The author, from the user keys of the record. Null only until a parser sets it; a record
+    /// that tells of no user has one with an empty name.
     std::shared_ptr<KLWatchUser> user;
     /// "description".
     std::optional<std::string> caption;

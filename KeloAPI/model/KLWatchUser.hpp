@@ -34,7 +34,7 @@ public:
 };
 
 /// The user in a record: the object under "user" where there is one, otherwise what the record
-/// itself says of a user.
+/// itself says of a user. Never null.
 KELO_API std::shared_ptr<KLWatchUser> parseUser(const JsonObject& json);
 
 } // namespace KeloAPI

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <KeloAPI/parsing/JsonParser.hpp>
+#include <KeloAPI/platform/Contract.hpp>
 #include <KeloAPI/platform/Export.hpp>
 #include <KeloAPI/platform/Object.hpp>
 
@@ -24,15 +25,10 @@ public:
 /// Wraps any parser as one whose type does not say what it makes.
 class KELO_API AnyObjectParserAdaptor final : public AnyObjectJsonParser {
 public:
+    /// A null parser stops the process.
     template <class P>
     explicit AnyObjectParserAdaptor(std::shared_ptr<P> parser)
-        : _jsonParser([parser = std::move(parser)](const JsonObject& json) -> Outcome {
-            try {
-                return {parser->parse(json), nullptr};
-            } catch (...) {
-                return {nullptr, std::current_exception()};
-            }
-        }) {}
+        : _jsonParser(erased(std::move(parser))) {}
     ~AnyObjectParserAdaptor() override;
 
     /// What the wrapped parser makes. Its error is thrown on; where it makes nothing,
@@ -41,7 +37,21 @@ public:
 
 private:
     using Outcome = std::pair<std::shared_ptr<Object>, std::exception_ptr>;
-    std::function<Outcome(const JsonObject&)> _jsonParser;
+    using Erased = std::function<Outcome(const JsonObject&)>;
+
+    template <class P>
+    static Erased erased(std::shared_ptr<P> parser) {
+        require(parser != nullptr, "an adaptor needs a parser");
+        return [parser = std::move(parser)](const JsonObject& json) -> Outcome {
+            try {
+                return {parser->parse(json), nullptr};
+            } catch (...) {
+                return {nullptr, std::current_exception()};
+            }
+        };
+    }
+
+    Erased _jsonParser;
 };
 
 } // namespace KeloAPI

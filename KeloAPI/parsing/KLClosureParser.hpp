@@ -1,6 +1,7 @@
 #pragma once
 
 #include <KeloAPI/parsing/JsonParser.hpp>
+#include <KeloAPI/platform/Contract.hpp>
 
 #include <functional>
 #include <memory>
@@ -15,8 +16,11 @@ public:
     /// Makes an object, or none, or throws.
     using Parser = std::function<std::shared_ptr<Item>(const JsonObject& json)>;
 
+    /// An empty callback stops the process.
     explicit KLClosureParser(Parser parser)
-        : _parser(std::move(parser)) {}
+        : _parser(std::move(parser)) {
+        require(_parser != nullptr, "a closure parser needs a closure");
+    }
 
     /// What the callback makes. Its error is thrown on; where it makes nothing,
     /// `JsonParseError::IncorrectType`.

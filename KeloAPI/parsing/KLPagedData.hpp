@@ -55,7 +55,8 @@ public:
     /// count that cannot grow, stop the process.
     void insert(Element object, Index index);
     void insertObject(Element object, Index index) { insert(std::move(object), index); }
-    /// Takes an element out and returns it. An index outside the list stops the process.
+    /// Takes an element out and returns it. An index outside the list, and a metadata count that
+    /// cannot sink, stop the process.
     Element removeAtIndex(Index index);
     Element removeObjectAtIndex(Index index) { return removeAtIndex(index); }
     /// Takes the first element out that is this very object; false when there is none.

@@ -2,6 +2,7 @@
 
 #include <KeloAPI/parsing/JsonParser.hpp>
 #include <KeloAPI/parsing/KLPagedData.hpp>
+#include <KeloAPI/platform/Contract.hpp>
 
 #include <iterator>
 #include <memory>
@@ -14,8 +15,11 @@ namespace KeloAPI {
 template <class P>
 class KLPagedDataParser final : public JsonParser<KLPagedData> {
 public:
+    /// A null parser stops the process.
     explicit KLPagedDataParser(std::shared_ptr<P> itemParser)
-        : _itemParser(std::move(itemParser)) {}
+        : _itemParser(std::move(itemParser)) {
+        require(_itemParser != nullptr, "a parser of paged data needs an item parser");
+    }
 
     std::shared_ptr<KLPagedData> parse(const JsonObject& json) const override {
         auto metadata = std::make_shared<KLPagingMetadata>(json);

@@ -23,6 +23,9 @@ class JsonObjectList;
 /// A view of one value of a `JsonDocument`, as cheap to copy as a `std::string_view` and valid as
 /// long as the document lives. The value under a key that is not there does not exist, which is
 /// something else than null.
+///
+/// The views inside an optional go with it: bind `objects()`, `array()` and `object()` to a name
+/// before looping over them. `for (x : *value.objects())` loops over what is gone already.
 class KELO_API JsonValue {
 public:
     /// A value that does not exist.
@@ -56,7 +59,9 @@ private:
     std::size_t _index = 0;
 };
 
-/// A view of a JSON object. Where a key stands twice, the first one counts.
+/// A view of a JSON object. Where a key stands twice, the first one counts. Its iterators, like
+/// those of the lists below, are valid as long as the document lives, even where the view itself
+/// has gone.
 class KELO_API JsonObject {
 public:
     struct Member {
@@ -205,9 +210,10 @@ public:
     /// The domain of the errors of `parse`; their codes are the reader's own.
     static constexpr std::string_view errorDomain = "KeloAPI.JsonSyntax";
 
-    /// Reads a whole JSON text in UTF-8, with or without a byte-order mark. Malformed text, and a
-    /// number beyond 64-bit integers and doubles, is an error. The text may go afterwards. Spare
-    /// capacity of 64 bytes and more behind the text saves a copy of it.
+    /// Reads a whole JSON text in UTF-8, with or without a byte-order mark. Malformed text, a
+    /// number beyond 64-bit integers and doubles, and more than 1024 levels of objects and lists in
+    /// one another are errors. The text may go afterwards. Spare capacity of 64 bytes and more
+    /// behind the text saves a copy of it.
     static Result<JsonDocument> parse(const std::string& text);
 
     JsonDocument(JsonDocument&&) noexcept;

@@ -13,7 +13,7 @@ Json marks(const std::vector<PostMark>& marks, const char* idKey) {
 
 Json follows(Actions& actions) {
     Json list = Json::array();
-    for (const TwitterFollow& follow : actions.twitterFollows()) {
+    for (const Follow& follow : actions.follows()) {
         list.push_back({{"userId", follow.userId}, {"followeeId", follow.followeeId}});
     }
     return list;

@@ -37,11 +37,11 @@ std::vector<PostMark> Actions::reposts() {
                              readMark);
 }
 
-std::vector<TwitterFollow> Actions::twitterFollows() {
-    return readAll<TwitterFollow>(
-        "SELECT userId, followeeId FROM twitterFollows ORDER BY created, userId, followeeId",
+std::vector<Follow> Actions::follows() {
+    return readAll<Follow>(
+        "SELECT userId, followeeId FROM outsideFollows ORDER BY created, userId, followeeId",
         [](const Query& query) {
-            return TwitterFollow{query.integer(0), query.integer(1)};
+            return Follow{query.integer(0), query.integer(1)};
         });
 }
 

@@ -16,7 +16,7 @@ struct PostMark {
     std::int64_t userId = 0;
 };
 
-struct TwitterFollow {
+struct Follow {
     std::int64_t userId = 0;
     std::int64_t followeeId = 0;
 };
@@ -49,7 +49,7 @@ public:
 
     std::vector<PostMark> likes();
     std::vector<PostMark> reposts();
-    std::vector<TwitterFollow> twitterFollows();
+    std::vector<Follow> follows();
     std::vector<FeedbackEntry> feedback();
     std::vector<LoopsEntry> loops();
     std::vector<ViewEntry> views();

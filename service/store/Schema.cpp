@@ -5,7 +5,7 @@ namespace {
 
 /// "KELO", so that another program's database is not mistaken for ours.
 constexpr std::int64_t applicationId = 0x4B454C4F;
-constexpr std::int64_t schemaVersion = 2;
+constexpr std::int64_t schemaVersion = 3;
 
 // Times are milliseconds since 1970 in UTC. Paths are relative to the service's own address, which
 // is not known before it listens.
@@ -122,7 +122,7 @@ CREATE TABLE follows (
     followeeId INTEGER NOT NULL REFERENCES users,
     PRIMARY KEY (userId, followeeId)
 ) WITHOUT ROWID;
-CREATE TABLE twitterFollows (
+CREATE TABLE outsideFollows (
     userId INTEGER NOT NULL REFERENCES users,
     followeeId INTEGER NOT NULL REFERENCES users,
     created INTEGER NOT NULL,

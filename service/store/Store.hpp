@@ -5,6 +5,7 @@
 #include "service/store/Database.hpp"
 #include "service/store/Feedback.hpp"
 #include "service/store/Feeds.hpp"
+#include "service/store/Follows.hpp"
 #include "service/store/Likes.hpp"
 #include "service/store/Longforms.hpp"
 #include "service/store/Loops.hpp"
@@ -12,7 +13,6 @@
 #include "service/store/Reposts.hpp"
 #include "service/store/Sessions.hpp"
 #include "service/store/Sounds.hpp"
-#include "service/store/TwitterFollows.hpp"
 #include "service/store/Users.hpp"
 
 #include <string>
@@ -33,7 +33,7 @@ public:
     Feeds feeds;
     Likes likes;
     Reposts reposts;
-    TwitterFollows twitterFollows;
+    Follows follows;
     Feedback feedback;
     Loops loops;
     Longforms longforms;

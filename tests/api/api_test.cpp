@@ -10,7 +10,16 @@ namespace KeloAPI {
 
 using testing::RecordingDelegate;
 
-TEST(Api, HasOneSessionOfEachType) {
+/// The registry is the process's one: each test leaves it as it was found.
+class ApiTest : public ::testing::Test {
+protected:
+    ~ApiTest() override {
+        Api::setSessionDelegate(nullptr);
+        Api::session(SessionType::Authenticated, nullptr);
+    }
+};
+
+TEST_F(ApiTest, HasOneSessionOfEachType) {
     const auto first = Api::session(SessionType::Authenticated);
     EXPECT_EQ(Api::session(SessionType::Authenticated), first);
     EXPECT_EQ(first->sessionType(), SessionType::Authenticated);
@@ -19,7 +28,7 @@ TEST(Api, HasOneSessionOfEachType) {
     EXPECT_EQ(other->sessionType(), SessionType::UnAuthenticated);
 }
 
-TEST(Api, TheSecondCallsDelegateReplacesTheFirst) {
+TEST_F(ApiTest, TheSecondCallsDelegateReplacesTheFirst) {
     const auto one = std::make_shared<RecordingDelegate>();
     const auto two = std::make_shared<RecordingDelegate>();
     const auto session = Api::session(SessionType::Authenticated, one);
@@ -27,7 +36,7 @@ TEST(Api, TheSecondCallsDelegateReplacesTheFirst) {
     EXPECT_EQ(Api::session(SessionType::Authenticated, two)->delegate(), two);
 }
 
-TEST(Api, AnExplicitNullDelegateClearsWhereNoneWouldApplyTheDefault) {
+TEST_F(ApiTest, AnExplicitNullDelegateClearsWhereNoneWouldApplyTheDefault) {
     const auto fallback = std::make_shared<RecordingDelegate>();
     Api::setSessionDelegate(fallback);
     EXPECT_EQ(Api::session(SessionType::Authenticated)->delegate(), fallback);
@@ -35,7 +44,7 @@ TEST(Api, AnExplicitNullDelegateClearsWhereNoneWouldApplyTheDefault) {
     EXPECT_EQ(Api::session(SessionType::Authenticated)->delegate(), fallback);
 }
 
-TEST(Api, ChangingTheDefaultDelegateLeavesExistingSessionsAlone) {
+TEST_F(ApiTest, ChangingTheDefaultDelegateLeavesExistingSessionsAlone) {
     const auto one = std::make_shared<RecordingDelegate>();
     const auto two = std::make_shared<RecordingDelegate>();
     Api::setSessionDelegate(one);
@@ -47,7 +56,7 @@ TEST(Api, ChangingTheDefaultDelegateLeavesExistingSessionsAlone) {
     EXPECT_EQ(session->delegate(), two);
 }
 
-TEST(Api, HoldsItsDelegateAndStartsWithoutOne) {
+TEST_F(ApiTest, HoldsItsDelegateAndStartsWithoutOne) {
     EXPECT_EQ(Api::sessionDelegate(), nullptr);
     std::weak_ptr<RecordingDelegate> watched;
     {

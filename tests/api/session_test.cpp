@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <type_traits>
+#include <unordered_set>
 
 namespace KeloAPI {
 
@@ -202,6 +203,14 @@ TEST_F(SessionTest, ADelegateMayUseTheSessionWhileItsManagerIsMade) {
     session->setDelegate(curious);
     EXPECT_EQ(session->sessionManager(), session->sessionManager());
     EXPECT_GE(curious->depth, 2);
+}
+
+TEST(SessionTypeTest, HashesToItsPosition) {
+    EXPECT_EQ(std::hash<SessionType>()(SessionType::Authenticated), 0U);
+    EXPECT_EQ(std::hash<SessionType>()(SessionType::UnAuthenticated), 1U);
+    const std::unordered_set<SessionType> both = {SessionType::Authenticated,
+                                                  SessionType::UnAuthenticated};
+    EXPECT_EQ(both.size(), 2U);
 }
 
 TEST(Certificates, AreTheTwoThatWereBuiltIn) {

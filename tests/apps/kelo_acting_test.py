@@ -101,9 +101,8 @@ class Effects(Acting):
 
     def test_follow_and_unfollow(self):
         for command, path, kept, line in (
-                ("follow", "follow-on-twitter", 1, "following the Twitter account of user"),
-                ("unfollow", "unfollow-on-twitter", 0,
-                 "no longer following the Twitter account of user")):
+                ("follow", "follow-on-twitter", 1, "following user"),
+                ("unfollow", "unfollow-on-twitter", 0, "no longer following user")):
             with self.subTest(command=command):
                 self.says(f"{line} {USER}", command, USER)
                 # The second time the service answers 230 or 231, which is a success.

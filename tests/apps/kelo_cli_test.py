@@ -1,6 +1,7 @@
 """kelo, the examples and the tour, run as programs against a real kelo-service."""
 
 import json
+import os
 import shutil
 import signal
 import socket
@@ -499,6 +500,12 @@ class Serve(Case):
                          (1, "kelo: kelo-service is neither beside kelo nor in PATH\n"))
 
 
+# The GLib host is built where GLib is.
+LOOPS = ["poll-loop", "executor"]
+if os.path.exists(f"{BIN}/example-glib-loop"):
+    LOOPS.append("glib-loop")
+
+
 class Examples(Case):
     def test_timeline(self):
         done = self.run_program(f"{BIN}/example-timeline")
@@ -507,14 +514,14 @@ class Examples(Case):
         self.assertEqual((done.returncode, done.stdout), (0, "".join(f"{c}\n" for c in captions)))
 
     def test_loops(self):
-        for example in ("poll-loop", "executor"):
+        for example in LOOPS:
             with self.subTest(example=example):
                 done = self.run_program(f"{BIN}/example-{example}",
                                         KELO_SESSION=self.service.session("kofi"))
                 self.assertEqual((done.returncode, done.stdout), (0, "Signed in as kofi\n"))
 
     def test_failure(self):
-        for example in ("timeline", "poll-loop", "executor"):
+        for example in ("timeline", *LOOPS):
             with self.subTest(example=example):
                 done = self.run_program(f"{BIN}/example-{example}", KELO_HOST="localhost:1")
                 self.assertEqual(done.returncode, 1)

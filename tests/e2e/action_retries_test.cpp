@@ -221,6 +221,49 @@ TEST_F(ActionRetriesAtService, TheSoundboard) {
     EXPECT_GT(sounds, 10U);
 }
 
+TEST_F(ActionRetriesAtService, AnUploadIsSentAgainWithoutItsBody) {
+    const auto post = untouchedPost();
+    std::string bytes("\0first\0\r\n\xff\0", 11);
+    for (int value = 0; value < 256; ++value) {
+        bytes += static_cast<char>(value);
+    }
+    const auto upload = [&](const std::string& name) {
+        const auto endpoint = Endpoint::create(session);
+        endpoint->setPath("posts/" + *post->postId + "/likes");
+        endpoint->setMethod(Method::POST);
+        endpoint->upload(std::make_shared<LikeParser>(), Data(bytes),
+                         [note = note(name)](const std::vector<std::shared_ptr<KLLike>>&,
+                                             const std::optional<Metadata>&, const Timeline&,
+                                             const std::optional<Error>& error) { note(error); });
+    };
+    const auto seen = [&] {
+        const auto requests = service.requests();
+        EXPECT_EQ(requests.size(), 1U);
+        return requests.empty() ? testing::SeenRequest() : requests.front();
+    };
+    upload("first");
+    ASSERT_TRUE(eventsReach(1));
+    const auto first = seen();
+    EXPECT_EQ(first.method, "POST");
+    EXPECT_EQ(first.path, "/posts/" + *post->postId + "/likes");
+    EXPECT_EQ(first.body, bytes);
+    EXPECT_EQ(first.header("Content-Length"), std::to_string(bytes.size()));
+
+    service.expire(StandIn::sessionKey);
+    upload("second");
+    ASSERT_TRUE(eventsReach(2));
+    EXPECT_EQ(seen().body, bytes);
+    delegate->sessionKey = service.signIn(StandIn::username);
+    session->handleQueuedRetries(true);
+    ASSERT_TRUE(eventsReach(3));
+    const auto again = seen();
+    EXPECT_EQ(again.method, "POST");
+    EXPECT_EQ(again.path, first.path);
+    EXPECT_EQ(again.body, "");
+    EXPECT_THAT(again.header("Content-Length"), ::testing::AnyOf("", "0"));
+    EXPECT_EQ(events, (std::vector<std::string>{"first done", "second 103", "second done"}));
+}
+
 TEST_F(ActionRetriesAtService, TwoThatFailTogetherAreReleasedInOrderWithTheNewKey) {
     const auto posts = newestPosts(2);
     service.expire(StandIn::sessionKey);

@@ -1,8 +1,11 @@
 #include "support/ServiceTest.hpp"
+#include "support/TemporaryFolder.hpp"
 
 #include <KeloAPI/endpoints/MeEndpoint.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
 #include <KeloAPI/platform/http/HTTPError.hpp>
+
+#include <netdb.h>
 
 namespace KeloAPI {
 
@@ -17,6 +20,30 @@ protected:
         MeEndpoint::create()->get([&](const MeResult& result) { outcome = result; });
         EXPECT_TRUE(runUntil([&] { return outcome.has_value(); }));
         return outcome;
+    }
+    /// Downloads what is at the address; checks that the file is there without an error only.
+    std::optional<Error> download(const std::string& address) {
+        const testing::TemporaryFolder folder;
+        const auto endpoint = Endpoint::create(session);
+        endpoint->setPath(address);
+        bool done = false;
+        std::optional<Error> error;
+        endpoint->download(URL::fileURL(folder.path("page")),
+                           [&](const URL&, std::optional<Error> sent) {
+                               error = std::move(sent);
+                               done = true;
+                           });
+        EXPECT_TRUE(runUntil([&] { return done; }));
+        EXPECT_EQ(folder.names().size(), error ? 0U : 1U) << address;
+        return error;
+    }
+    static bool resolves(const char* host) {
+        addrinfo* found = nullptr;
+        const bool resolved = getaddrinfo(host, nullptr, nullptr, &found) == 0;
+        if (resolved) {
+            freeaddrinfo(found);
+        }
+        return resolved;
     }
 };
 
@@ -41,6 +68,26 @@ TEST_F(PinningAtService, TheFirstHostIsTheOneThatIsPinned) {
     EXPECT_TRUE(get()->success());
     delegate->host = service.host();
     EXPECT_TRUE(isHTTPError(*get()->error(), HTTPErrorCode::ServerTrust));
+}
+
+TEST_F(PinningAtService, DownloadsKnowThePinnedHostInAnySpelling) {
+    const std::string port = ":" + std::to_string(service.port());
+    std::vector<std::string> spellings = {"localhost", "LOCALHOST", "LocalHost"};
+    if (resolves("localhost.")) { // not every machine's resolver takes the dot
+        spellings.emplace_back("LOCALHOST.");
+    }
+    for (const char* pinned : {"localhost", "LOCALHOST", "localhost.", "LocalHost."}) {
+        delegate->host = pinned + port;
+        session->setSessionManager(nullptr);
+        session->sessionManager();
+        for (const auto& host : spellings) {
+            const auto error = download("https://" + host + port + "/timelines/all");
+            EXPECT_FALSE(error) << pinned << ' ' << host << ' ' << error->description();
+        }
+        const auto error = download("https://127.0.0.1" + port + "/timelines/all");
+        ASSERT_TRUE(error) << pinned;
+        EXPECT_TRUE(isHTTPError(*error, HTTPErrorCode::ServerTrust)) << error->description();
+    }
 }
 
 TEST_F(PinningAtService, ARedirectToAnUnpinnedNameOfTheSameServerIsRefused) {

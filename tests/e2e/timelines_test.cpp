@@ -42,6 +42,24 @@ protected:
         }
         return ids;
     }
+    /// The anchor in the service's answer to this request, as text.
+    std::string anchorIn(const testing::SeenRequest& request) {
+        const auto answer = service.call("GET", request.path + "?" + request.query);
+        const auto& anchor = answer.at("data").at("anchor");
+        return anchor.is_string() ? anchor.get<std::string>() : anchor.dump();
+    }
+    static std::string decoded(const std::string& query) {
+        std::string text;
+        for (std::size_t at = 0; at < query.size(); ++at) {
+            if (query[at] == '%') {
+                text += static_cast<char>(std::stoi(query.substr(at + 1, 2), nullptr, 16));
+                at += 2;
+            } else {
+                text += query[at];
+            }
+        }
+        return text;
+    }
     static std::size_t distinct(const std::vector<std::string>& ids) {
         return std::set<std::string>(ids.begin(), ids.end()).size();
     }
@@ -95,6 +113,23 @@ TEST_F(TimelinesAtService, ThePageBeforeIsThePageOneCameFrom) {
     EXPECT_NE(idsOf(second), idsOf(first));
     ASSERT_NE(second.success()->previousPage, nullptr);
     EXPECT_EQ(idsOf(fetch(second.success()->previousPage)), idsOf(first));
+}
+
+TEST_F(TimelinesAtService, AnAnchorLeadsBackToThePageOneCameFrom) {
+    const std::string rest = "&c_max=3&c_overflow=trunc&l_max=3&l_overflow=trunc&size=7";
+    for (const char* feed : {"popular", "latest"}) {
+        service.requests();
+        const auto first = fetch(withSize(feed, 7));
+        const auto second = fetch(first.success()->nextPage);
+        ASSERT_NE(second.success()->previousPage, nullptr) << feed;
+        EXPECT_NE(idsOf(second), idsOf(first));
+        EXPECT_EQ(idsOf(fetch(second.success()->previousPage)), idsOf(first)) << feed;
+        const auto requests = service.requests();
+        ASSERT_EQ(requests.size(), 3U);
+        EXPECT_EQ(decoded(requests[1].query), "anchor=" + anchorIn(requests[0]) + rest);
+        EXPECT_EQ(decoded(requests[2].query), "backAnchor=" + anchorIn(requests[1]) + rest);
+        EXPECT_NE(anchorIn(requests[0]), anchorIn(requests[1]));
+    }
 }
 
 TEST_F(TimelinesAtService, PagesGoOnWithTheSizeThatTheServiceReports) {

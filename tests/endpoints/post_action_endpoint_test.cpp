@@ -34,9 +34,14 @@ protected:
                                            const std::string& body) {
         transport->answer(ScriptedAnswer::json(body));
         std::optional<PostActionResult<typename P::T>> outcome;
-        endpoint.toggle(on,
-                        [&](const PostActionResult<typename P::T>& result) { outcome = result; });
+        int completions = 0;
+        endpoint.toggle(on, [&](const PostActionResult<typename P::T>& result) {
+            outcome = result;
+            ++completions;
+        });
         EXPECT_TRUE(runUntil([&] { return outcome.has_value(); }));
+        runFor(std::chrono::milliseconds(2));
+        EXPECT_EQ(completions, 1);
         return *outcome;
     }
     std::string lastCall() const {
@@ -112,6 +117,13 @@ TEST_F(PostActionEndpointTest, APostWithoutIdentifierLeavesThePath) {
     EXPECT_EQ(lastCall(), "DELETE /");
 }
 
+TEST_F(PostActionEndpointTest, WithoutAPostIsAsIfItHadGone) {
+    const auto like = LikeActionEndpoint::create(nullptr);
+    EXPECT_EQ(like->post(), nullptr);
+    toggle(*like, true, R"({"data": {}})");
+    EXPECT_EQ(lastCall(), "POST /");
+}
+
 TEST_F(PostActionEndpointTest, AnEmptyIdentifierIsOne) {
     post->postId = "";
     const auto like = LikeActionEndpoint::create(post);
@@ -183,6 +195,12 @@ TEST_F(PostActionEndpointTest, TheBaseComposesNoPath) {
     base->setPath("own/path");
     toggle(*base, true, R"({"data": {"likeId": "x"}})");
     EXPECT_EQ(lastCall(), "POST /own/path");
+}
+
+TEST(PostActionEndpointDeathTest, WithoutAParserStopsTheProcess) {
+    const auto post = std::make_shared<KLWatchPost>();
+    EXPECT_DEATH(PostActionEndpoint<LikeParser>::create(post, nullptr),
+                 "^KeloAPI: contract violated: an action needs a parser\n$");
 }
 
 TEST(LikeParser, AnyIdentifierBecomesTextAndAMissingOneStopsTheProcess) {

@@ -7,7 +7,6 @@
 
 namespace KeloAPI {
 
-using testing::runFor;
 using testing::runUntil;
 using testing::ScriptedAnswer;
 
@@ -102,10 +101,18 @@ TEST_F(RecommendationsEndpointTest, ReportsAnErrorAsFailure) {
 }
 
 TEST_F(RecommendationsEndpointTest, WithoutCompletionSendsAndReportsNothing) {
-    transport->answer(ScriptedAnswer::json(R"({"error": "no", "code": 5})"));
-    endpoint->addPostFeedback("1", RecommendationBoost::Positive, {});
-    runFor(std::chrono::milliseconds(30));
-    EXPECT_EQ(transport->requests().size(), 1U);
+    for (const char* answer : {R"({"error": "no", "code": 5})", R"({"data": {}})"}) {
+        transport->answer(ScriptedAnswer::json(answer));
+        auto own = RecommendationsEndpoint::create();
+        const std::weak_ptr<RecommendationsEndpoint> watched = own;
+        own->addPostFeedback("1", RecommendationBoost::Positive, {});
+        own.reset();
+        EXPECT_FALSE(watched.expired());
+        // A call keeps its endpoint until its answer has been dealt with.
+        EXPECT_TRUE(runUntil([&] { return watched.expired(); })) << answer;
+        EXPECT_EQ(transport->waitingCount(), 0U);
+    }
+    EXPECT_EQ(transport->requests().size(), 2U);
 }
 
 TEST(RecommendationBoost, IsReadToTheLetter) {

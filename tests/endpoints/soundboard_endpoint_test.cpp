@@ -75,6 +75,28 @@ TEST_F(SoundboardEndpointTest, OneSoundWithoutIdentifierFailsTheCall) {
     EXPECT_EQ(error->underlying()->code(), JsonParseError::InsufficientData);
 }
 
+TEST_F(SoundboardEndpointTest, AnIdentifierIsTextOrANumber) {
+    for (const char* soundId : {"null", "{}", "[]"}) {
+        fetch(R"({"data": {"records": [{"soundId": )" + std::string(soundId) + "}]}}");
+        EXPECT_TRUE(sounds.empty()) << soundId;
+        ASSERT_TRUE(error.has_value()) << soundId;
+        EXPECT_EQ(error->underlying()->code(), JsonParseError::InsufficientData) << soundId;
+    }
+    fetch(R"({"data": {"records": [{"soundId": ""}]}})");
+    ASSERT_EQ(sounds.size(), 1U);
+    EXPECT_EQ(sounds[0]->soundId(), "");
+}
+
+TEST_F(SoundboardEndpointTest, ASourceOfAnotherKindIsNone) {
+    fetch(R"({"data": {"records": [{"soundId": "a", "sourcePostId": null},
+                                   {"soundId": "b", "sourcePostId": {}},
+                                   {"soundId": "c", "sourcePostId": [99]}]}})");
+    ASSERT_EQ(sounds.size(), 3U);
+    for (const auto& sound : sounds) {
+        EXPECT_EQ(sound->sourcePostId(), std::nullopt) << sound->soundId();
+    }
+}
+
 TEST_F(SoundboardEndpointTest, UsesTheSessionThatItIsGiven) {
     EXPECT_EQ(endpoint->session(), session);
     EXPECT_EQ(endpoint->path(), "/soundboard");

@@ -30,7 +30,7 @@ class TimelineEndpointTest : public testing::ScriptedSessionTest {
 protected:
     TimelineEndpointTest() {
         session = Api::session(SessionType::Authenticated, delegate);
-        session->setSessionManager(std::make_shared<Manager>(transport));
+        session->setSessionManager(httpManager);
         Api::setSessionDelegate(delegate);
         endpoint = TimelineEndpoint::create("users/42");
     }

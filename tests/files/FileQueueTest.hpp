@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <future>
+#include <tuple>
 
 namespace KeloAPI::testing {
 
@@ -17,10 +18,11 @@ namespace KeloAPI::testing {
 class FileQueueTest : public RegistrySessionTest {
 protected:
     FileQueueTest() { manager->setDocumentsDirectory(folder.path() + "/"); }
-    ~FileQueueTest() override {
+    void TearDown() override {
         queue->kill();
         manager->kill();
         settle();
+        RegistrySessionTest::TearDown();
     }
 
     std::shared_ptr<FileEndpoint> file(const std::string& name) const {
@@ -48,13 +50,12 @@ protected:
     }
 
     /// Answers the request that was sent as the `index`th, and waits for what the queue makes of
-    /// it.
+    /// it, for a while: that may be nothing to see.
     void finish(std::size_t index, const ScriptedAnswer& answer = {.body = "video"}) {
-        const std::size_t waiting = transport->waitingCount();
-        const auto before = order();
+        const auto state = [this] { return std::tuple(order(), sent(), answers); };
+        const auto before = state();
         transport->answerRequest(index, answer);
-        EXPECT_TRUE(
-            runUntil([&] { return transport->waitingCount() != waiting || order() != before; }));
+        runUntil([&] { return state() != before; }, std::chrono::milliseconds(300));
         runFor(std::chrono::milliseconds(20));
     }
 

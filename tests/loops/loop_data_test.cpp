@@ -53,7 +53,7 @@ TEST(LoopDataTest, EstimatesVelocityTimesElapsedSeconds) {
     EXPECT_EQ(snapshot(2.5, 10s)->loopsSinceCreation(), 25U);
     EXPECT_EQ(snapshot(0.3, 10s)->loopsSinceCreation(), 3U) << "0.3 times a little more than 10";
     EXPECT_EQ(snapshot(0.3, 9s)->loopsSinceCreation(), 2U) << "2.7: truncated, not rounded";
-    EXPECT_EQ(snapshot(0.299, 10s)->loopsSinceCreation(), 2U);
+    EXPECT_EQ(snapshot(0.25, 10s)->loopsSinceCreation(), 2U);
     EXPECT_GE(snapshot(1e9, 1s)->loopsSinceCreation(), 1'000'000'000U);
 }
 
@@ -66,9 +66,8 @@ TEST(LoopDataTest, TheVelocityMayBeAnyNumber) {
 }
 
 TEST(LoopDataTest, EstimatesUpToSixtyFourBits) {
-    const double almost = 18446744073709549568.0 / 2e9;
-    const auto loops = snapshot(almost, 1'000'000'000s)->loopsSinceCreation();
-    EXPECT_GT(loops, 9'000'000'000'000'000'000U);
+    const auto loops = snapshot(1.8e10, 1'000'000'000s)->loopsSinceCreation();
+    EXPECT_GT(loops, 17'900'000'000'000'000'000U);
 }
 
 TEST(LoopDataTest, InstantsFarAwayAreNoOverflow) {

@@ -16,14 +16,6 @@ class LoopsEndpointTest : public testing::RegistrySessionTest {
 protected:
     LoopsEndpointTest() { post.postId = "1234567890"; }
 
-    /// Every request ends in one line; none is left for the next test to hear.
-    void TearDown() override {
-        for (std::size_t waiting = transport->waitingCount(); waiting > 0; --waiting) {
-            transport->answer(ScriptedAnswer::json("{}"));
-        }
-        EXPECT_TRUE(runUntil([&] { return lines.size() == transport->requests().size(); }));
-    }
-
     /// The one record of a body; checks what surrounds it.
     static std::map<std::string, std::string> recordOf(const URLRequest& request) {
         const auto document = JsonDocument::parse(std::string(request.body->text()));

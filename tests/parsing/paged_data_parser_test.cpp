@@ -29,6 +29,11 @@ std::vector<std::string> names(const KLPagedData& list) {
 
 } // namespace
 
+TEST(PagedDataParserDeathTest, WithoutAnItemParserStopsTheProcess) {
+    EXPECT_DEATH(KLPagedDataParser<NamedParser>(nullptr),
+                 "^KeloAPI: contract violated: a parser of paged data needs an item parser\n$");
+}
+
 TEST(PagedDataParserTest, ReadsRecordsAndMetadata) {
     const auto list = parsed(R"({"records":[{"name":"a"},{"name":"b"}],"count":50,"nextPage":2,
         "previousPage":1,"size":2,"anchor":9,"title":"t","displayCount":51})");

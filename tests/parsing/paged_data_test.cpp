@@ -288,6 +288,14 @@ TEST(PagedDataDeathTest, ACountThatOverflowsStopsTheProcess) {
                  "KeloAPI: contract violated: count of paged data overflows\n");
 }
 
+TEST(PagedDataDeathTest, ACountThatCannotSinkStopsTheProcess) {
+    const auto other = KLPagingMetadata::ofRecords(1);
+    KLPagedData list(elements(1), std::make_shared<KLPagingMetadata>(INT64_MIN, *other, *other));
+    EXPECT_EQ(list.metadata()->count(), INT64_MIN);
+    EXPECT_DEATH(list.removeAtIndex(0),
+                 "^KeloAPI: contract violated: count of paged data overflows\n$");
+}
+
 TEST(PagedDataDeathTest, MissingMetadataStopsTheProcess) {
     constexpr const char* line = "KeloAPI: contract violated: paged data needs metadata\n";
     EXPECT_DEATH(KLPagedData({}, nullptr), line);

@@ -101,6 +101,16 @@ TEST(AnyObjectParserAdaptorTest, WrapsAnAdaptorToo) {
     EXPECT_EQ(failureOf(outer), JsonParseError(JsonParseError::InsufficientData));
 }
 
+TEST(AnyObjectParserAdaptorDeathTest, WithoutAParserStopsTheProcess) {
+    EXPECT_DEATH(AnyObjectParserAdaptor(std::shared_ptr<NamedParser>()),
+                 "^KeloAPI: contract violated: an adaptor needs a parser\n$");
+}
+
+TEST(KLClosureParserDeathTest, WithoutAClosureStopsTheProcess) {
+    EXPECT_DEATH(closure(nullptr),
+                 "^KeloAPI: contract violated: a closure parser needs a closure\n$");
+}
+
 TEST(KLClosureParserTest, ReturnsWhatTheCallbackMakes) {
     const auto made = std::make_shared<Named>("made");
     EXPECT_EQ(closure([&](const JsonObject&) { return made; }).parse(JsonText("{}").object()),

@@ -13,6 +13,8 @@ using std::chrono::sys_days;
 
 namespace {
 
+constexpr Date springNight = sys_days(2015y / 3 / 29) + 1h + 30min + 5s + 250ms;
+
 std::optional<Date> date(std::string_view text) {
     return DateFormatter().date(text);
 }
@@ -131,17 +133,26 @@ TEST(DateTest, RefusesEverythingElse) {
     EXPECT_EQ(date(std::string_view("2015-03-01T12:30:05.250\0", 24)), std::nullopt);
 }
 
-TEST(DateTest, DoesNotDependOnTimeZoneOrLocale) {
-    const auto expected = sys_days(2015y / 3 / 29) + 1h + 30min + 5s + 250ms;
-    bool foreignLocale = false;
+TEST(DateTest, DoesNotDependOnTheTimeZone) {
     for (const char* zone : {"UTC", "Europe/Berlin", "XXX-14", "YYY12", "America/St_Johns"}) {
-        for (const char* locale : {"C", "C.UTF-8", "de_DE.UTF-8", "ar_SA.UTF-8", "fa_IR"}) {
-            const Surroundings surroundings(zone, locale);
-            foreignLocale = foreignLocale || surroundings.localeExists();
-            EXPECT_EQ(date("2015-03-29T01:30:05.250"), expected) << zone << ' ' << locale;
+        const Surroundings surroundings(zone, "C");
+        EXPECT_EQ(date("2015-03-29T01:30:05.250"), springNight) << zone;
+    }
+}
+
+TEST(DateTest, DoesNotDependOnTheLocale) {
+    int foreign = 0;
+    for (const char* locale : {"de_DE.UTF-8", "de_DE", "fr_FR.UTF-8", "en_US.UTF-8", "ar_SA.UTF-8",
+                               "fa_IR", "fa_IR.UTF-8"}) {
+        const Surroundings surroundings("UTC", locale);
+        if (surroundings.localeExists()) {
+            ++foreign;
+            EXPECT_EQ(date("2015-03-29T01:30:05.250"), springNight) << locale;
         }
     }
-    EXPECT_TRUE(foreignLocale);
+    if (foreign == 0) {
+        GTEST_SKIP() << "no locale but the C one is installed";
+    }
 }
 
 TEST(DateTest, NowIsNow) {

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sys/resource.h>
 
 #include <atomic>
 #include <mutex>
@@ -34,6 +35,20 @@ protected:
     MainQueue& queue = MainQueue::main();
     std::vector<int> ran;
 };
+
+using MainQueueHostDeathTest = MainQueueHostTest;
+
+TEST_F(MainQueueHostDeathTest, WithoutADescriptorLeftTheProcessStops) {
+    // In a process of its own: in this one an earlier test may have had the descriptor made.
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_DEATH(
+        {
+            const rlimit none{};
+            setrlimit(RLIMIT_NOFILE, &none);
+            queue.fileDescriptor();
+        },
+        "KeloAPI: contract violated: no descriptor left for the main queue\n$");
+}
 
 TEST_F(MainQueueHostTest, TheDescriptorIsReadableWhileTasksWait) {
     queue.async(note(1));

@@ -208,6 +208,27 @@ TEST_F(RequestTest, AnUploadReportsSentBytesAndNoOthers) {
     EXPECT_EQ(answers[0].body, "done");
 }
 
+TEST_F(RequestTest, AnUploadThatStartsAgainReportsNothingUntilItGetsFurther) {
+    const auto request = manager.upload(FixedRequest(), Data("12345678"));
+    watchProgress(*request);
+    listen(*request);
+    transport->sent(5, 8);
+    ASSERT_TRUE(runUntil([&] { return progress.size() == 1; }));
+    for (const std::int64_t again : {0, 2, 5}) { // a redirect's second leg
+        transport->sent(again, 8);
+        runFor(1ms);
+    }
+    EXPECT_EQ(progress.size(), 1U);
+    transport->sent(6, 8);
+    ASSERT_TRUE(runUntil([&] { return progress.size() == 2; }));
+    transport->sent(8, 8);
+    transport->sent(1, 8); // before the main queue has told of the 8
+    transport->head(200, 0);
+    transport->complete();
+    ASSERT_TRUE(waitForAnswers(1));
+    EXPECT_THAT(progress, ElementsAre(Report{5, 5, 8}, Report{1, 6, 8}, Report{2, 8, 8}));
+}
+
 TEST_F(RequestTest, ARequestWithABodyReportsReceivedBytesOnly) {
     FixedRequest convertible;
     convertible.request.body = Data("body");

@@ -328,13 +328,13 @@ TEST(ActionsInAFile, OutliveTheService) {
     {
         KeloService::Store store(file);
         store.likes.add(KeloService::firstSeededPostId, 1001);
-        store.twitterFollows.add(1001, 1002);
+        store.follows.add(1001, 1002);
     }
     KeloService::Store store(file);
     const auto posts = store.posts.find({KeloService::firstSeededPostId}, {1001, 0, 0});
     EXPECT_TRUE(posts.at(0).liked);
-    EXPECT_FALSE(store.twitterFollows.add(1001, 1002));
-    EXPECT_EQ(store.actions.twitterFollows().size(), 1U);
+    EXPECT_FALSE(store.follows.add(1001, 1002));
+    EXPECT_EQ(store.actions.follows().size(), 1U);
 }
 
 } // namespace

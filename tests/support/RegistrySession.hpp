@@ -13,7 +13,7 @@ protected:
     RegistrySessionTest() {
         Api::setSessionDelegate(delegate);
         session = Api::session(SessionType::Authenticated);
-        session->setSessionManager(std::make_shared<Manager>(transport));
+        session->setSessionManager(httpManager);
     }
     ~RegistrySessionTest() override {
         session->setSessionManager(nullptr);

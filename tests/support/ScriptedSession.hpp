@@ -1,14 +1,18 @@
 #pragma once
 
+#include "MainLoop.hpp"
+#include "ManualTransport.hpp"
 #include "RecordingDelegate.hpp"
 
 #include <KeloAPI/api/Session.hpp>
 #include <KeloAPI/platform/Diagnostics.hpp>
+#include <KeloAPI/platform/http/HTTPError.hpp>
 #include <KeloAPI/platform/http/Manager.hpp>
 #include <KeloAPI/testing/ScriptedTransport.hpp>
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <vector>
@@ -20,18 +24,37 @@ class ScriptedSessionTest : public ::testing::Test {
 protected:
     ScriptedSessionTest() {
         session->setDelegate(delegate);
-        session->setSessionManager(std::make_shared<Manager>(transport));
+        session->setSessionManager(httpManager);
         delegate->host = "service.example";
         Diagnostics::setSink([this](std::string_view line) { lines.emplace_back(line); });
     }
-    ~ScriptedSessionTest() override {
+    ~ScriptedSessionTest() override { Diagnostics::setSink({}); }
+
+    void TearDown() override {
         // A queued retry holds its endpoint, which holds the session: sessions of the registry live
         // as long as the process, but this one is to go.
         session->handleQueuedRetries(false);
-        Diagnostics::setSink({});
+        endCalls();
+    }
+
+    /// Ends the calls that still wait here, where their tests' members live, and not in a later
+    /// test. One more call, which comes behind all of them everywhere, tells when that is done.
+    void endCalls() {
+        bool ended = false;
+        const auto last = httpManager->request(FixedRequest());
+        last->response([&ended](const ResponseContent&, Timeline) -> Request::Completion {
+            return [&ended] { ended = true; };
+        });
+        const std::size_t count = transport->requests().size();
+        for (std::size_t index = 0; index < count; ++index) {
+            transport->answerRequest(index, ScriptedAnswer::failure(httpError(
+                                                HTTPErrorCode::Cancelled, "test is over")));
+        }
+        EXPECT_TRUE(runUntil([&] { return ended; }));
     }
 
     std::shared_ptr<ScriptedTransport> transport = std::make_shared<ScriptedTransport>();
+    std::shared_ptr<Manager> httpManager = std::make_shared<Manager>(transport);
     std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>();
     std::shared_ptr<Session> session = std::make_shared<Session>(SessionType::Authenticated);
     std::vector<std::string> lines;

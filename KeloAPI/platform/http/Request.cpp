@@ -136,7 +136,8 @@ void Request::serve(const Serializer& serializer) {
 
 void Request::reportProgress(std::int64_t total, std::int64_t expected) {
     const std::lock_guard lock(_guarded->mutex);
-    if (total == _guarded->total) {
+    // A body that a redirect sends again is told of where it gets beyond what moved before.
+    if (total <= _guarded->total) {
         return;
     }
     _guarded->total = total;

@@ -39,7 +39,8 @@ class KELO_API Request : public std::enable_shared_from_this<Request> {
 public:
     /// Bytes moved since the last report, bytes moved so far, and bytes expected in all (-1 while
     /// that is unknown): sent for an upload, received for others. Reports are made only when bytes
-    /// moved, and those that the main queue is too slow for are merged.
+    /// moved, those that the main queue is too slow for are merged, and none is of less than the
+    /// one before: an upload that a redirect starts again goes on where it gets beyond that.
     using Progress =
         std::function<void(std::int64_t bytes, std::int64_t total, std::int64_t expected)>;
     using Completion = std::function<void()>;
@@ -50,6 +51,7 @@ public:
     Request& operator=(const Request&) = delete;
     virtual ~Request();
 
+    /// What was sent, before any redirect.
     const URLRequest& request() const { return _request; }
 
     /// Ends the request with `HTTPErrorCode::Cancelled`; after the end it does nothing. From any

@@ -17,13 +17,17 @@ struct Timeline {
     /// The answer was serialised.
     Date serializationCompletedTime;
 
+    /// From the sending to the first byte of the answer.
     std::chrono::microseconds latency() const { return initialResponseTime - requestStartTime; }
+    /// From the sending to the end of the exchange.
     std::chrono::microseconds requestDuration() const {
         return requestCompletedTime - requestStartTime;
     }
+    /// From the end of the exchange to the serialised answer.
     std::chrono::microseconds serializationDuration() const {
         return serializationCompletedTime - requestCompletedTime;
     }
+    /// From the sending to the serialised answer.
     std::chrono::microseconds totalDuration() const {
         return serializationCompletedTime - requestStartTime;
     }

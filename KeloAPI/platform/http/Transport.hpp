@@ -17,7 +17,9 @@ namespace KeloAPI {
 struct HTTPResponse {
     /// Where the answer came from, after redirects.
     URL url;
+    /// The status that the server sent, of the last leg where there were redirects.
     int statusCode = 0;
+    /// The same leg's header fields.
     HeaderFields headerFields;
     /// The body's length in bytes; -1 when it is not known before the end.
     std::int64_t expectedContentLength = -1;

@@ -19,7 +19,10 @@ class KELO_API URLRequest {
 public:
     /// Absent where no URL could be made: sending such a request ends with `UnsupportedURL`.
     std::optional<URL> url;
+    /// `GET` unless set.
     Method method = Method::GET;
+    /// The fields to send beside those that the transport adds itself, such as "Host" and
+    /// "Content-Length".
     HeaderFields headerFields;
     /// Names of those header fields that a redirect must not carry to another origin.
     std::set<std::string, HeaderNameLess> originBoundFields;

@@ -21,10 +21,9 @@ Command add(CLI::App& app, const char* name, const char* description, bool follo
                 UserEndpoint::create(*userId)->setFollowingOnTwitter(
                     following, [=](const UserResult& result) {
                         if (result.success() != nullptr) {
-                            host->output().done(
-                                following ? "following the Twitter account of user"
-                                          : "no longer following the Twitter account of user",
-                                *userId, std::nullopt);
+                            host->output().done(following ? "following user"
+                                                          : "no longer following user",
+                                                *userId, std::nullopt);
                             host->end();
                         } else if (!host->hearsAgain(*result.error())) {
                             host->end(*result.error());
@@ -36,11 +35,11 @@ Command add(CLI::App& app, const char* name, const char* description, bool follo
 } // namespace
 
 Command addFollow(CLI::App& app) {
-    return add(app, "follow", "Follow a user's Twitter account", true);
+    return add(app, "follow", "Follow a user's account outside the service", true);
 }
 
 Command addUnfollow(CLI::App& app) {
-    return add(app, "unfollow", "Stop following a user's Twitter account", false);
+    return add(app, "unfollow", "Stop following a user's account outside the service", false);
 }
 
 } // namespace KeloHost

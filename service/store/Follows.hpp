@@ -6,11 +6,11 @@
 
 namespace KeloService {
 
-/// Whose Twitter account a user follows through the service. Apart from following on the service
+/// Whose account outside the service a user follows through it. Apart from following on the service
 /// itself, which fills the home feed. Safe to use from any thread.
-class TwitterFollows {
+class Follows {
 public:
-    explicit TwitterFollows(Database& database)
+    explicit Follows(Database& database)
         : database_(database) {}
 
     /// False when it is so already.
