@@ -31,7 +31,7 @@ std::string stateText(const DownloadBar& bar) {
     if (bar.received == 0) {
         return "waiting";
     }
-    const std::string received = sizeText(static_cast<std::uint64_t>(bar.received));
+    std::string received = sizeText(static_cast<std::uint64_t>(bar.received));
     if (bar.expected <= 0) {
         return received;
     }

@@ -58,6 +58,7 @@ std::vector<std::string> cachedNames() {
         return a.last_write_time() > b.last_write_time();
     });
     std::vector<std::string> names;
+    names.reserve(entries.size());
     for (const auto& entry : entries) {
         names.push_back(entry.path().filename().string());
     }
@@ -150,6 +151,7 @@ std::vector<std::string> expectedOrder(std::vector<Wanted> wanted) {
     std::stable_sort(wanted.begin() + 1, wanted.end(),
                      [](const Wanted& a, const Wanted& b) { return a.priority > b.priority; });
     std::vector<std::string> names;
+    names.reserve(wanted.size());
     for (const Wanted& one : wanted) {
         names.push_back(nameIn(one.path));
     }
