@@ -14,8 +14,9 @@ namespace KeloHost {
 namespace {
 
 constexpr const char* footer =
-    "Exit codes: 0 success, 1 the service or the network failed, 2 the command line cannot be\n"
-    "used, 3 the user has to sign in or was refused, 130 Ctrl-C.\n\n"
+    "Exit codes: 0 success, 1 the service, the network or a file failed, 2 the command line "
+    "cannot\n"
+    "be used, 3 the user has to sign in or was refused, 130 Ctrl-C.\n\n"
     "Try it: run `kelo serve` in one terminal and `kelo timeline popular` in another.";
 
 std::string oneLine(std::string text) {

@@ -8,7 +8,7 @@ namespace KeloHost {
 /// The program's exit codes. A signal's is 128 and its number: 130 for Ctrl-C.
 enum class ExitCode : int {
     Success = 0,
-    /// The service or the network failed.
+    /// The service, the network or a file failed.
     Failed = 1,
     /// The command line cannot be used.
     Usage = 2,
@@ -16,7 +16,8 @@ enum class ExitCode : int {
     SignIn = 3,
 };
 
-/// Why the program ends other than well: an exit code and the one line that people read.
+/// Why the program ends other than well: an exit code and the one line that people read, which is
+/// empty when everything has been said.
 class Failure : public std::runtime_error {
 public:
     Failure(ExitCode code, const std::string& line)

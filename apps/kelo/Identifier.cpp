@@ -4,18 +4,13 @@
 
 namespace KeloHost {
 
-namespace {
-
-std::string checkIdentifier(const std::string& identifier) {
-    const bool good =
-        !identifier.empty() && std::all_of(identifier.begin(), identifier.end(), [](char c) {
-            return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
-                   c == '-' || c == '_';
-        });
-    return good ? "" : "'" + identifier + "' is no identifier";
+std::string checkIdentifier(const std::string& text) {
+    const bool good = !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
+        return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+               c == '-' || c == '_';
+    });
+    return good ? "" : "'" + text + "' is no identifier";
 }
-
-} // namespace
 
 CLI::Option* addIdentifier(CLI::App& command, const std::string& name, std::string& identifier,
                            const std::string& description) {

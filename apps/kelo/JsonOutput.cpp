@@ -114,6 +114,27 @@ public:
               const std::optional<std::string>& deedId) override {
         printObject({{"done", deed}, {"id", id}, {"deedId", valueOf(deedId)}});
     }
+
+    void downloaded(const Downloaded& file) override {
+        printObject({{"postId", file.postId},
+                     {"path", file.path},
+                     {"bytes", file.bytes},
+                     {"cached", file.cached}});
+        flush();
+    }
+
+    void cachedFiles(const std::vector<CachedFile>& files) override {
+        for (const CachedFile& file : files) {
+            printObject(
+                {{"name", file.name}, {"bytes", file.bytes}, {"modified", isoText(file.modified)}});
+        }
+    }
+
+    void trimmed(std::size_t removed, std::size_t left) override {
+        printObject({{"removed", std::uint64_t{removed}}, {"left", std::uint64_t{left}}});
+    }
+
+    void directory(const std::string& path) override { printObject({{"directory", path}}); }
 };
 
 } // namespace

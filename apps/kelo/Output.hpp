@@ -1,6 +1,9 @@
 #pragma once
 
+#include <KeloAPI/platform/Date.hpp>
+
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -14,6 +17,22 @@ class SoundboardSound;
 } // namespace KeloAPI
 
 namespace KeloHost {
+
+/// A post's video that is there.
+struct Downloaded {
+    std::string postId;
+    std::string path;
+    std::uint64_t bytes = 0;
+    /// It was there before.
+    bool cached = false;
+};
+
+/// One file of the cache.
+struct CachedFile {
+    std::string name;
+    std::uint64_t bytes = 0;
+    KeloAPI::Date modified;
+};
 
 /// Prints models on standard output. What cannot be written stays in the stream's error mark, which
 /// `main` looks at in the end.
@@ -35,6 +54,12 @@ public:
     /// the deed, where it gave one.
     virtual void done(const std::string& deed, const std::string& id,
                       const std::optional<std::string>& deedId) = 0;
+    /// Out at once.
+    virtual void downloaded(const Downloaded& file) = 0;
+    virtual void cachedFiles(const std::vector<CachedFile>& files) = 0;
+    /// How many files were removed from the cache, and how many are left.
+    virtual void trimmed(std::size_t removed, std::size_t left) = 0;
+    virtual void directory(const std::string& path) = 0;
 
 protected:
     /// Lets what was printed be seen now.

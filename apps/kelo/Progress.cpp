@@ -8,7 +8,7 @@ namespace KeloHost {
 
 namespace {
 
-constexpr const char* eraseLine = "\r\x1b[K";
+constexpr const char* eraseToEnd = "\r\x1b[J";
 
 } // namespace
 
@@ -16,13 +16,24 @@ Progress::Progress(bool wanted)
     : _visible(wanted && Terminal::showsErrors()) {}
 
 void Progress::show(const std::string& line) {
-    if (_visible) {
-        std::cerr << eraseLine << line << std::flush;
+    show(std::vector{line});
+}
+
+void Progress::show(const std::vector<std::string>& lines) {
+    if (!_visible) {
+        return;
     }
+    std::string text = _linesAbove == 0 ? "" : "\x1b[" + std::to_string(_linesAbove) + "A";
+    text += eraseToEnd;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        text += (i == 0 ? "" : "\n") + lines[i];
+    }
+    _linesAbove = lines.empty() ? 0 : lines.size() - 1;
+    std::cerr << text << std::flush;
 }
 
 void Progress::clear() {
-    show("");
+    show(std::vector<std::string>());
 }
 
 } // namespace KeloHost

@@ -1,20 +1,27 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
+#include <vector>
 
 namespace KeloHost {
 
-/// A line on standard error that is written over as work goes on. Silent unless `wanted` and
-/// standard error is a terminal.
+/// Lines at the end of standard error that are written over as work goes on. Silent unless `wanted`
+/// and standard error is a terminal.
 class Progress {
 public:
     explicit Progress(bool wanted);
 
+    bool isVisible() const { return _visible; }
+
     void show(const std::string& line);
+    /// Each must fit the terminal: of lines that wrap, parts would stay.
+    void show(const std::vector<std::string>& lines);
     void clear();
 
 private:
     bool _visible;
+    std::size_t _linesAbove = 0;
 };
 
 } // namespace KeloHost

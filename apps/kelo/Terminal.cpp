@@ -35,6 +35,14 @@ void showTyping() {
     }
 }
 
+std::optional<std::size_t> columnsOf(int file) {
+    winsize size{};
+    if (ioctl(file, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) {
+        return std::nullopt;
+    }
+    return size.ws_col;
+}
+
 /// Only what a signal handler may do.
 extern "C" void endBySignal(int number) {
     showTyping();
@@ -59,11 +67,11 @@ bool showsErrors() {
 }
 
 std::optional<std::size_t> columns() {
-    winsize size{};
-    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) {
-        return std::nullopt;
-    }
-    return size.ws_col;
+    return columnsOf(STDOUT_FILENO);
+}
+
+std::optional<std::size_t> errorColumns() {
+    return columnsOf(STDERR_FILENO);
 }
 
 void say(const std::string& text) {

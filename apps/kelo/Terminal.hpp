@@ -13,8 +13,9 @@ bool isInteractive();
 bool showsOutput();
 bool showsErrors();
 
-/// Columns of the terminal that standard output is; absent when it is none.
+/// Columns of the terminal that standard output, or standard error, is; absent when it is none.
 std::optional<std::size_t> columns();
+std::optional<std::size_t> errorColumns();
 
 /// A line; what a terminal would take for a command is left out.
 void say(const std::string& text);

@@ -1,5 +1,6 @@
 #include "DateText.hpp"
 #include "Output.hpp"
+#include "SizeText.hpp"
 #include "Terminal.hpp"
 #include "TextWidth.hpp"
 
@@ -49,6 +50,10 @@ std::string marksOf(const KLWatchPost& post) {
     std::string marks = post.liked.value_or(false) ? "♥" : " ";
     marks.append(post.rekeloed() ? "↻" : " ");
     return marks;
+}
+
+std::string countText(std::size_t files) {
+    return std::to_string(files) + (files == 1 ? " file" : " files");
 }
 
 class TextOutput final : public Output {
@@ -105,6 +110,34 @@ public:
         }
         std::printf("%s\n", printable(line).c_str());
     }
+
+    void downloaded(const Downloaded& file) override {
+        std::printf("post %s%s: %s (%s)\n", file.postId.c_str(),
+                    file.cached ? ", already cached" : "", printable(file.path).c_str(),
+                    sizeText(file.bytes).c_str());
+        flush();
+    }
+
+    void cachedFiles(const std::vector<CachedFile>& files) override {
+        std::uint64_t bytes = 0;
+        for (const CachedFile& file : files) {
+            bytes += file.bytes;
+            std::printf("%s  %s  %s\n", rightAligned(ageText(now() - file.modified), 8).c_str(),
+                        rightAligned(sizeText(file.bytes), 8).c_str(),
+                        printable(file.name).c_str());
+        }
+        if (files.empty()) {
+            std::printf("The cache is empty.\n");
+        } else {
+            std::printf("%s, %s\n", countText(files.size()).c_str(), sizeText(bytes).c_str());
+        }
+    }
+
+    void trimmed(std::size_t removed, std::size_t left) override {
+        std::printf("removed %s, %s left\n", countText(removed).c_str(), countText(left).c_str());
+    }
+
+    void directory(const std::string& path) override { std::printf("%s\n", path.c_str()); }
 
 private:
     static void print(const KLWatchPost& post, std::size_t nameWidth, std::size_t loopsWidth) {

@@ -29,8 +29,10 @@ int run(int argc, char** argv) {
 
 int complain(const char* line, ExitCode code) {
     static_cast<void>(std::fflush(stdout));
-    // Part of it may come from the network.
-    std::cerr << "kelo: " << printable(line) << '\n';
+    if (*line != '\0') {
+        // Part of it may come from the network.
+        std::cerr << "kelo: " << printable(line) << '\n';
+    }
     return static_cast<int>(code);
 }
 

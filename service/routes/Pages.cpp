@@ -11,6 +11,10 @@ namespace {
 constexpr std::int64_t usualSize = 20;
 constexpr std::int64_t largestSize = 1000;
 
+/// How much of likes and comments a record carries, unless the request wants less.
+constexpr std::int64_t usualNested = 3;
+constexpr std::int64_t mostNested = 10;
+
 /// The two ends of a page. Clients send the anchor of a page back for the page behind it and, as
 /// "backAnchor", for the page before it; so an anchor has to know both ends.
 struct Anchor {
@@ -20,6 +24,10 @@ struct Anchor {
 
 [[noreturn]] void refuseAnchor() {
     throw ServiceError(400, ErrorCode::badRequest, "This anchor is not known");
+}
+
+std::int64_t nested(const Request& request, const char* name) {
+    return std::clamp<std::int64_t>(readInteger(request, name, usualNested), 0, mostNested);
 }
 
 std::optional<std::int64_t> integerOf(std::string_view text) {
@@ -168,6 +176,14 @@ std::int64_t readInteger(const Request& request, const char* name, std::int64_t 
 
 std::int64_t pageSize(const Request& request) {
     return std::clamp<std::int64_t>(readInteger(request, "size", usualSize), 1, largestSize);
+}
+
+PostView readView(const Request& request, const std::optional<Session>& session) {
+    PostView view;
+    view.viewerId = session ? std::optional(session->userId) : std::nullopt;
+    view.mostComments = nested(request, "c_max");
+    view.mostLikes = nested(request, "l_max");
+    return view;
 }
 
 Page readPage(Feeds& feeds, const Feed& feed, const std::string& name, const Request& request) {

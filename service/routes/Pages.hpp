@@ -3,8 +3,11 @@
 #include "service/http/Request.hpp"
 #include "service/records/MetadataRecord.hpp"
 #include "service/store/Feeds.hpp"
+#include "service/store/Posts.hpp"
+#include "service/store/Sessions.hpp"
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace KeloService {
@@ -21,6 +24,10 @@ std::int64_t pageSize(const Request& request);
 
 /// A query parameter as an integer, or `otherwise` when the request has none.
 std::int64_t readInteger(const Request& request, const char* name, std::int64_t otherwise);
+
+/// How the session's user sees posts: with as many comments and likes as the request's "c_max" and
+/// "l_max" want.
+PostView readView(const Request& request, const std::optional<Session>& session);
 
 /// The page that the request's "page", "anchor", "backAnchor" and "size" ask for. `name` tells
 /// feeds apart: an anchor is only good for the feed that gave it. Throws a ServiceError for an

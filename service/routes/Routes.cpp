@@ -14,6 +14,7 @@ void addAllRoutes(Router& router, const Context& context) {
     addLoopRoutes(router, context);
     addMeRoutes(router, context);
     addMediaRoutes(router, context);
+    addPostRoutes(router, context);
     addRepostRoutes(router, context);
     addSessionRoutes(router, context);
     addSoundboardRoutes(router, context);

@@ -18,6 +18,7 @@ void addLongformRoutes(Router& router, const Context& context);
 void addLoopRoutes(Router& router, const Context& context);
 void addMeRoutes(Router& router, const Context& context);
 void addMediaRoutes(Router& router, const Context& context);
+void addPostRoutes(Router& router, const Context& context);
 void addRepostRoutes(Router& router, const Context& context);
 void addSessionRoutes(Router& router, const Context& context);
 void addSoundboardRoutes(Router& router, const Context& context);

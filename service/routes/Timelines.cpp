@@ -3,29 +3,16 @@
 #include "service/routes/Pages.hpp"
 #include "service/routes/Routes.hpp"
 
-#include <algorithm>
-
 namespace KeloService {
 namespace {
 
-/// How much of likes and comments a record carries, unless the request wants less.
-constexpr std::int64_t usualNested = 3;
-constexpr std::int64_t mostNested = 10;
-
 using FeedOf = Feed (*)(const Call&, const Context&);
-
-std::int64_t nested(const Call& call, const char* name) {
-    return std::clamp<std::int64_t>(readInteger(call.request, name, usualNested), 0, mostNested);
-}
 
 Answer timeline(const Call& call, const Context& context, FeedOf feedOf) {
     const auto session = presentedSession(call, context);
     const Feed feed = feedOf(call, context);
     Page page = readPage(context.store.feeds, feed, std::string(call.request.path()), call.request);
-    PostView view;
-    view.viewerId = session ? std::optional(session->userId) : std::nullopt;
-    view.mostComments = nested(call, "c_max");
-    view.mostLikes = nested(call, "l_max");
+    const PostView view = readView(call.request, session);
     Json records = Json::array();
     for (const Post& post : context.store.posts.find(page.postIds, view)) {
         records.push_back(postRecord(post, context.baseUrl));

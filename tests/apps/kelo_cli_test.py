@@ -30,7 +30,7 @@ class Usage(Case):
     def test_help_names_commands_options_and_exit_codes(self):
         text = self.succeeds("--help")
         for command in ("me", "timeline", "like", "unlike", "rekelo", "unrekelo", "follow",
-                        "unfollow", "boost", "loops", "views", "sounds", "serve"):
+                        "unfollow", "boost", "loops", "views", "sounds", "download", "cache", "serve"):
             self.assertRegex(text, rf"(?m)^  {command} ")
         for word in ("--host", "--session", "--user", "--password", "--language", "--verbose",
                      "--json", "--no-input", "KELO_HOST", "KELO_SESSION", KEY, "130"):

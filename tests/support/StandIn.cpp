@@ -83,8 +83,8 @@ StandIn::~StandIn() {
     waitpid(_process, nullptr, 0);
 }
 
-nlohmann::json StandIn::call(const std::string& method, const std::string& path,
-                             const std::string& body) {
+std::string StandIn::send(const std::string& method, const std::string& path,
+                          const std::string& body) {
     std::string answer;
     const std::string url = "https://127.0.0.1:" + std::to_string(_port) + path;
     CURL* easy = curl_easy_init();
@@ -107,6 +107,16 @@ nlohmann::json StandIn::call(const std::string& method, const std::string& path,
         throw std::runtime_error(method + " " + path + " failed: " + curl_easy_strerror(code) +
                                  " " + answer);
     }
+    return answer;
+}
+
+std::string StandIn::get(const std::string& path) {
+    return send("GET", path, "");
+}
+
+nlohmann::json StandIn::call(const std::string& method, const std::string& path,
+                             const std::string& body) {
+    const std::string answer = send(method, path, body);
     return answer.empty() ? nlohmann::json() : nlohmann::json::parse(answer);
 }
 

@@ -58,11 +58,14 @@ public:
     void solveCaptcha(const std::string& url);
     nlohmann::json connections();
 
-    /// An HTTPS request of the test's own, outside the library.
+    /// HTTPS requests of the test's own, outside the library: the answer's body, or the JSON in it.
+    std::string get(const std::string& path);
     nlohmann::json call(const std::string& method, const std::string& path,
                         const std::string& body = {});
 
 private:
+    std::string send(const std::string& method, const std::string& path, const std::string& body);
+
     pid_t _process = -1;
     int _port = 0;
     std::int64_t _seen = 0;

@@ -35,12 +35,14 @@ Command addBoost(CLI::App& app);
 Command addLoops(CLI::App& app);
 Command addViews(CLI::App& app);
 Command addSounds(CLI::App& app);
+Command addDownload(CLI::App& app);
+Command addCache(CLI::App& app);
 Command addServe(CLI::App& app);
 
 inline std::vector<Command> addCommands(CLI::App& app) {
     return {addMe(app),       addTimeline(app), addLike(app),     addUnlike(app), addRekelo(app),
             addUnrekelo(app), addFollow(app),   addUnfollow(app), addBoost(app),  addLoops(app),
-            addViews(app),    addSounds(app),   addServe(app)};
+            addViews(app),    addSounds(app),   addDownload(app), addCache(app),  addServe(app)};
 }
 
 } // namespace KeloHost

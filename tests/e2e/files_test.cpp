@@ -1,0 +1,291 @@
+#include "support/ServiceTest.hpp"
+#include "support/TemporaryFolder.hpp"
+
+#include <KeloAPI/files/FileQueue.hpp>
+#include <KeloAPI/files/KLVideoUrlBitrateSettings.hpp>
+#include <KeloAPI/model/KLWatchPost.hpp>
+#include <KeloAPI/platform/http/HTTPError.hpp>
+
+#include <unistd.h>
+
+#include <filesystem>
+#include <set>
+
+namespace KeloAPI {
+
+using testing::runUntil;
+using testing::TemporaryFolder;
+
+/// Real videos, fetched into a cache of the test's own.
+class FilesAtService : public testing::ServiceTest {
+protected:
+    using Strings = std::vector<std::string>;
+
+    FilesAtService() { manager->setDocumentsDirectory(folder.path() + "/"); }
+    ~FilesAtService() override {
+        queue->kill();
+        manager->kill();
+    }
+
+    std::shared_ptr<FileEndpoint> file(const std::string& url) const {
+        return FileEndpoint::create(url, manager);
+    }
+    /// The URLs of a page's videos. The request log starts here.
+    Strings videos(int count) {
+        Strings urls;
+        const auto page =
+            service.call("GET", "/timelines/latest?size=" + std::to_string(count)).at("data");
+        for (const auto& record : page.at("records")) {
+            for (const auto& offer : record.at("videoUrls")) {
+                if (offer.at("format") == "h264" && offer.at("rate") == 0) {
+                    urls.push_back(offer.at("videoUrl"));
+                }
+            }
+        }
+        EXPECT_EQ(urls.size(), static_cast<std::size_t>(count));
+        service.requests();
+        return urls;
+    }
+    static std::string pathOf(const std::string& url) { return URL::parse(url)->path(); }
+    static std::string nameOf(const std::string& url) { return url.substr(url.rfind('/') + 1); }
+
+    /// What was asked of the service since the last call.
+    Strings asked() {
+        Strings paths;
+        for (const auto& request : service.requests()) {
+            paths.push_back(request.path);
+        }
+        return paths;
+    }
+
+    std::optional<Error> outcome(const std::optional<FileDownloadResult>& result) {
+        EXPECT_TRUE(runUntil([&] { return result.has_value(); }));
+        return result && result->error() != nullptr ? std::optional(*result->error())
+                                                    : std::nullopt;
+    }
+    std::optional<Error> download(const std::shared_ptr<FileEndpoint>& endpoint, const URL& to) {
+        std::optional<FileDownloadResult> result;
+        endpoint->download(to, [&](const FileDownloadResult& sent) { result = sent; });
+        return outcome(result);
+    }
+    void addFault(const std::string& url, const nlohmann::json& action) {
+        service.addFault({{"match", {{"path", pathOf(url)}}}, {"action", action}});
+    }
+    void limitRate(int bytesPerSecond) {
+        service.call("POST", "/_service/media-rate",
+                     nlohmann::json{{"bytesPerSecond", bytesPerSecond}}.dump());
+    }
+
+    /// A download to a place where an older file lies fails, and that stays.
+    Error failure(const std::shared_ptr<FileEndpoint>& endpoint) {
+        folder.write("older", "old");
+        const auto error = download(endpoint, URL::fileURL(folder.path("older")));
+        EXPECT_EQ(folder.names(), Strings{"older"});
+        EXPECT_EQ(folder.read("older"), "old");
+        EXPECT_EQ(endpoint->localUrl(), std::nullopt);
+        return error.value_or(Error("none", 0));
+    }
+    void expectCannotWrite(const std::shared_ptr<FileEndpoint>& endpoint, const std::string& path,
+                           const std::string& reason) {
+        const auto error = download(endpoint, URL::fileURL(path));
+        ASSERT_TRUE(error.has_value());
+        EXPECT_TRUE(isHTTPError(*error, HTTPErrorCode::CannotWriteFile)) << error->description();
+        EXPECT_NE(error->localizedDescription().find(path), std::string::npos);
+        ASSERT_TRUE(error->underlying().has_value());
+        EXPECT_EQ(error->underlying()->localizedDescription(), reason);
+    }
+
+    TemporaryFolder folder;
+    std::shared_ptr<FileManager> manager = FileManager::sharedGroupManager("/e2e-files/");
+    std::shared_ptr<FileQueue> queue = FileQueue::withKey("e2e");
+};
+
+TEST_F(FilesAtService, EveryRenditionIsWhatAPlainRequestBrings) {
+    const auto post =
+        service.call("GET", "/timelines/latest?size=1").at("data").at("records").at(0);
+    std::set<std::string> contents;
+    for (const auto& offer : post.at("videoUrls")) {
+        const std::string url = offer.at("videoUrl");
+        const auto endpoint = file(url);
+        ASSERT_EQ(download(endpoint, endpoint->documentsFile().value()), std::nullopt) << url;
+        EXPECT_EQ(endpoint->localUrl(), URL::fileURL(folder.path(nameOf(url))));
+        EXPECT_EQ(folder.read(nameOf(url)), service.get(pathOf(url))) << url;
+        contents.insert(folder.read(nameOf(url)));
+    }
+    EXPECT_EQ(contents.size(), post.at("videoUrls").size());
+    EXPECT_EQ(folder.names().size(), contents.size());
+}
+
+TEST_F(FilesAtService, ACachedFileCausesNoTraffic) {
+    const std::string url = videos(1).front();
+    const auto endpoint = file(url);
+    ASSERT_EQ(download(endpoint, *endpoint->documentsFile()), std::nullopt);
+    ASSERT_EQ(asked(), Strings{pathOf(url)});
+    session->setSessionManager(nullptr);
+    const auto before = service.connections().at("accepted").get<int>();
+
+    for (const auto& known : {endpoint, file(url), file(url + "?sig=1")}) {
+        std::optional<FileDownloadResult> result;
+        known->download(URL::fileURL(folder.path("elsewhere")),
+                        [&](const FileDownloadResult& sent) { result = sent; });
+        ASSERT_TRUE(result && result->success()) << "not answered at once";
+        EXPECT_EQ(result->success()->endpoint, known);
+        EXPECT_EQ(known->localUrl(), URL::fileURL(folder.path(nameOf(url))));
+    }
+    bool answered = false;
+    queue->download(file(url), *endpoint->documentsFile(),
+                    [&](const FileDownloadResult& result) { answered = result.success(); });
+    EXPECT_TRUE(answered);
+    EXPECT_EQ(asked(), Strings());
+    // Two more are the questions for requests and connections.
+    EXPECT_EQ(service.connections().at("accepted").get<int>(), before + 2);
+    EXPECT_EQ(folder.names(), Strings{nameOf(url)});
+}
+
+TEST_F(FilesAtService, AQueueFetchesAPageByPriority) {
+    using enum QueuePriority;
+    const Strings urls = videos(6);
+    const QueuePriority priorities[] = {Low, Low, Normal, High, Normal, High};
+    addFault(urls[0], {{"type", "delay"}, {"milliseconds", 300}});
+    Strings finished;
+    for (std::size_t i = 0; i < urls.size(); ++i) {
+        const auto endpoint = file(urls[i]);
+        queue->download(endpoint, *endpoint->documentsFile(), priorities[i],
+                        [&finished, endpoint](const FileDownloadResult& result) {
+                            EXPECT_NE(result.success(), nullptr);
+                            finished.push_back(pathOf(endpoint->path()));
+                        });
+    }
+    ASSERT_TRUE(runUntil([&] { return finished.size() == urls.size(); }));
+    Strings expected;
+    for (const std::size_t i : {0, 3, 5, 2, 4, 1}) {
+        expected.push_back(pathOf(urls[i]));
+        EXPECT_EQ(folder.read(nameOf(urls[i])), service.get(pathOf(urls[i])));
+    }
+    EXPECT_EQ(finished, expected);
+    Strings order = asked();
+    order.resize(urls.size()); // behind them are this test's own
+    EXPECT_EQ(order, expected);
+    EXPECT_TRUE(queue->queuedFiles().empty());
+}
+
+TEST_F(FilesAtService, AQueueGoesOnBehindAFailure) {
+    const Strings urls = videos(3);
+    addFault(urls[1], {{"type", "reset"}, {"afterBytes", 20000}});
+    std::vector<bool> outcomes;
+    for (const auto& url : urls) {
+        const auto endpoint = file(url);
+        queue->download(endpoint, *endpoint->documentsFile(), [&](const auto& result) {
+            outcomes.push_back(result.success() != nullptr);
+        });
+    }
+    ASSERT_TRUE(runUntil([&] { return outcomes.size() == urls.size(); }));
+    EXPECT_EQ(outcomes, (std::vector{true, false, true}));
+    EXPECT_EQ(folder.names().size(), 2U);
+}
+
+TEST_F(FilesAtService, AnErrorStatusLeavesTheDestinationAsItWas) {
+    const std::string url = videos(1).front();
+    addFault(url, {{"type", "status"}, {"status", 503}});
+    const auto endpoint = file(url);
+    const Error error = failure(endpoint);
+    EXPECT_TRUE(isHTTPError(error, HTTPErrorCode::HTTPStatus)) << error.description();
+    EXPECT_EQ(error.integer(HTTPStatusCodeKey), 503);
+    const auto unknown = file("https://" + service.host() + "/media/videos/nothing.mp4");
+    EXPECT_EQ(failure(unknown).integer(HTTPStatusCodeKey), 404);
+    EXPECT_EQ(download(endpoint, *endpoint->documentsFile()), std::nullopt);
+}
+
+TEST_F(FilesAtService, ABrokenTransferLeavesTheDestinationAsItWas) {
+    const std::string url = videos(1).front();
+    const auto endpoint = file(url);
+    for (const char* type : {"reset", "close"}) {
+        addFault(url, {{"type", type}, {"afterBytes", 20000}});
+        const Error error = failure(endpoint);
+        EXPECT_TRUE(isHTTPError(error, HTTPErrorCode::ConnectionLost)) << error.description();
+    }
+    EXPECT_EQ(download(endpoint, *endpoint->documentsFile()), std::nullopt);
+    EXPECT_EQ(folder.read(nameOf(url)), service.get(pathOf(url)));
+}
+
+TEST_F(FilesAtService, AStallThatIsCancelledLeavesTheDestinationAsItWas) {
+    const std::string url = videos(1).front();
+    const auto endpoint = file(url);
+    folder.write("older", "old");
+    addFault(url, {{"type", "stall"}, {"afterBytes", 20000}});
+    std::int64_t received = 0;
+    endpoint->setDownloadProgressHandler(
+        [&](std::int64_t, std::int64_t total, std::int64_t) { received = total; });
+    std::optional<FileDownloadResult> result;
+    endpoint->download(URL::fileURL(folder.path("older")),
+                       [&](const FileDownloadResult& sent) { result = sent; });
+    ASSERT_TRUE(runUntil([&] { return received > 10000; }));
+    EXPECT_EQ(folder.names().size(), 2U); // the older file, and the one in the making
+    EXPECT_FALSE(result.has_value());
+
+    session->setSessionManager(nullptr);
+    const auto error = outcome(result);
+    ASSERT_TRUE(error.has_value());
+    EXPECT_TRUE(isHTTPError(*error, HTTPErrorCode::Cancelled)) << error->description();
+    EXPECT_EQ(folder.names(), Strings{"older"});
+    EXPECT_EQ(folder.read("older"), "old");
+    EXPECT_EQ(download(endpoint, *endpoint->documentsFile()), std::nullopt);
+}
+
+TEST_F(FilesAtService, ADestinationThatIsNoPlaceIsAClearError) {
+    const auto endpoint = file(videos(1).front());
+    folder.write("regular", "file");
+    expectCannotWrite(endpoint, folder.path("missing/file"), "No such file or directory");
+    expectCannotWrite(endpoint, folder.path("regular/file"), "Not a directory");
+    EXPECT_EQ(folder.names(), Strings{"regular"});
+    EXPECT_EQ(folder.read("regular"), "file");
+}
+
+TEST_F(FilesAtService, ADirectoryThatVanishesIsAClearError) {
+    const std::string url = videos(1).front();
+    const auto endpoint = file(url);
+    const std::filesystem::path directory = folder.path("cache");
+    std::filesystem::create_directory(directory);
+    // It goes in the middle of the transfer.
+    limitRate(200'000);
+    bool removed = false;
+    endpoint->setDownloadProgressHandler([&](std::int64_t, std::int64_t, std::int64_t) {
+        removed = removed || std::filesystem::remove_all(directory) > 0;
+    });
+    expectCannotWrite(endpoint, (directory / "file").string(), "No such file or directory");
+    EXPECT_TRUE(removed);
+    EXPECT_EQ(folder.names(), Strings());
+}
+
+TEST_F(FilesAtService, AReadOnlyDirectoryIsAClearError) {
+    if (geteuid() == 0) {
+        GTEST_SKIP() << "root may write anywhere";
+    }
+    const auto endpoint = file(videos(1).front());
+    std::filesystem::permissions(folder.path(), std::filesystem::perms::owner_read |
+                                                    std::filesystem::perms::owner_exec);
+    expectCannotWrite(endpoint, folder.path("file"), "Permission denied");
+    EXPECT_EQ(folder.names(), Strings());
+}
+
+TEST_F(FilesAtService, ProgressReportsBytes) {
+    const std::string url = videos(1).front();
+    const auto size = static_cast<std::int64_t>(service.get(pathOf(url)).size());
+    limitRate(static_cast<int>(size) * 2);
+    const auto endpoint = file(url);
+    std::int64_t sum = 0;
+    int reports = 0;
+    endpoint->setDownloadProgressHandler(
+        [&](std::int64_t bytes, std::int64_t total, std::int64_t expected) {
+            ++reports;
+            sum += bytes;
+            EXPECT_GT(bytes, 0);
+            EXPECT_EQ(total, sum);
+            EXPECT_EQ(expected, size);
+        });
+    ASSERT_EQ(download(endpoint, *endpoint->documentsFile()), std::nullopt);
+    EXPECT_EQ(sum, size);
+    EXPECT_GE(reports, 4);
+}
+
+} // namespace KeloAPI
