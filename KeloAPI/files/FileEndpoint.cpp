@@ -25,7 +25,7 @@ std::shared_ptr<FileEndpoint> FileEndpoint::create(std::string path,
 }
 
 std::optional<URL> FileEndpoint::documentsFile() {
-    const auto& directory = _fileManager->documentsDirectory();
+    const auto directory = _fileManager->documentsDirectory();
     if (!directory) {
         return std::nullopt;
     }
@@ -37,10 +37,11 @@ std::optional<URL> FileEndpoint::documentsFile() {
 std::optional<URL> FileEndpoint::localUrl() {
     const auto file = documentsFile();
     const auto filePath = file ? file->filePath() : std::nullopt;
-    if (filePath && !downloadedUrl() && access(filePath->c_str(), F_OK) == 0) {
-        setDownloadedUrl(*file);
+    const std::lock_guard lock(_mutex);
+    if (filePath && !_downloadedUrl && access(filePath->c_str(), F_OK) == 0) {
+        _downloadedUrl = file;
     }
-    return downloadedUrl();
+    return _downloadedUrl;
 }
 
 void FileEndpoint::download(const URL& destination, Completion completion) {
@@ -71,11 +72,6 @@ void FileEndpoint::deleteFile() {
         throw std::filesystem::filesystem_error(
             "cannot remove", *filePath, std::make_error_code(std::errc::no_such_file_or_directory));
     }
-}
-
-std::optional<URL> FileEndpoint::downloadedUrl() const {
-    const std::lock_guard lock(_mutex);
-    return _downloadedUrl;
 }
 
 void FileEndpoint::setDownloadedUrl(const URL& url) {

@@ -66,11 +66,10 @@ protected:
     FileEndpoint(Key key, std::string path, std::shared_ptr<FileManager> fileManager);
 
 private:
-    std::optional<URL> downloadedUrl() const;
     void setDownloadedUrl(const URL& url);
 
     // A queue reads it on its own thread while the host asks on another.
-    mutable std::mutex _mutex;
+    std::mutex _mutex;
     std::optional<URL> _downloadedUrl;
     const std::shared_ptr<FileManager> _fileManager;
 };

@@ -60,30 +60,38 @@ void FileManager::kill() {
     const auto registered = instances().extract(_relativePath);
 }
 
-const std::optional<std::string>& FileManager::documentsDirectory() {
-    if (_computed) {
-        return _documentsDirectory;
+std::optional<std::string> FileManager::computedDirectory() const {
+    const auto container = containerPath();
+    if (!container) {
+        return std::nullopt;
     }
-    _computed = true;
-    if (const auto container = containerPath()) {
-        _documentsDirectory = *container + _relativePath;
-        try {
-            std::filesystem::create_directories(*_documentsDirectory);
-        } catch (const std::filesystem::filesystem_error& error) {
-            Diagnostics::write(error.what());
-        }
-        AbandonedDownloads::clear(*_documentsDirectory);
+    std::string directory = *container + _relativePath;
+    try {
+        std::filesystem::create_directories(directory);
+    } catch (const std::filesystem::filesystem_error& error) {
+        Diagnostics::write(error.what());
+    }
+    AbandonedDownloads::clear(directory);
+    return directory;
+}
+
+std::optional<std::string> FileManager::documentsDirectory() {
+    const std::lock_guard lock(_mutex);
+    if (!_computed) {
+        _documentsDirectory = computedDirectory();
+        _computed = true;
     }
     return _documentsDirectory;
 }
 
 void FileManager::setDocumentsDirectory(std::optional<std::string> path) {
+    const std::lock_guard lock(_mutex);
     _computed = true;
     _documentsDirectory = std::move(path);
 }
 
 std::vector<std::string> FileManager::allFilesDesc() {
-    const auto& directory = documentsDirectory();
+    const auto directory = documentsDirectory();
     if (!directory) {
         return {};
     }

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -13,8 +14,8 @@ namespace KeloAPI {
 
 /// One cache directory for downloaded files, in the container that the application shares with its
 /// extensions: one flat level of files, whose age is their date of modification. What fails goes to
-/// the diagnostics as one line, and the operation does without. One thread at a time, the registry
-/// of managers included.
+/// the diagnostics as one line, and the operation does without. The directory may be asked for from
+/// any thread, the rest used from one thread at a time, the registry of managers included.
 class KELO_API FileManager final : public Object, public std::enable_shared_from_this<FileManager> {
 public:
     FileManager(const FileManager&) = delete;
@@ -34,7 +35,7 @@ public:
     /// The directory's path, found and created at the first call; absent when the application has
     /// no group container, and then for good. An enterprise build of the application (its bundle
     /// identifier says so) has a container of its own.
-    const std::optional<std::string>& documentsDirectory();
+    std::optional<std::string> documentsDirectory();
     /// Replaces the directory; nothing is looked for or created any more.
     void setDocumentsDirectory(std::optional<std::string> path);
 
@@ -45,9 +46,12 @@ public:
 
 private:
     explicit FileManager(std::string relativePath);
+    std::optional<std::string> computedDirectory() const;
     std::vector<std::string> allFilesDesc();
 
     const std::string _relativePath;
+    // Queues ask for the directory on threads of their own.
+    std::mutex _mutex;
     bool _computed = false;
     std::optional<std::string> _documentsDirectory;
 };

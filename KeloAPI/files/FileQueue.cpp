@@ -73,16 +73,16 @@ void FileQueue::download(std::shared_ptr<FileEndpoint> endpoint, const URL& to,
 std::optional<FileQueue::Transfer> FileQueue::enter(const std::shared_ptr<FileEndpoint>& endpoint,
                                                     const URL& url, QueuePriority priority,
                                                     Completion completion) {
+    std::shared_ptr<FileEndpoint> replaced;
     const std::lock_guard lock(_mutex);
-    enqueueFile(endpoint, url, priority, std::move(completion));
+    replaced = enqueueFile(endpoint, url, priority, std::move(completion));
     return _queuedFiles.size() == 1 ? front() : std::nullopt;
 }
 
-void FileQueue::enqueueFile(const std::shared_ptr<FileEndpoint>& endpoint, const URL& url,
-                            QueuePriority priority, Completion completion) {
-    if (_remoteUrls.contains(endpoint)) {
-        removeFirst(endpoint);
-    }
+std::shared_ptr<FileEndpoint> FileQueue::enqueueFile(const std::shared_ptr<FileEndpoint>& endpoint,
+                                                     const URL& url, QueuePriority priority,
+                                                     Completion completion) {
+    auto replaced = _remoteUrls.contains(endpoint) ? removeFirst(endpoint) : nullptr;
     const auto place =
         std::partition_point(_queuedFiles.begin(), _queuedFiles.end(), [&](const auto& queued) {
             return _priorities.at(queued) >= priority;
@@ -91,6 +91,7 @@ void FileQueue::enqueueFile(const std::shared_ptr<FileEndpoint>& endpoint, const
     _remoteUrls.insert_or_assign(endpoint, url);
     _priorities.insert_or_assign(endpoint, priority);
     _completeBlocks[endpoint].push_back(std::move(completion));
+    return replaced;
 }
 
 void FileQueue::downloadNext(std::optional<Transfer> next) {
@@ -118,32 +119,38 @@ void FileQueue::downloadNext(std::optional<Transfer> next) {
 
 std::optional<FileQueue::Transfer> FileQueue::leave(const std::shared_ptr<FileEndpoint>& endpoint,
                                                     const FileDownloadResult& result) {
-    const std::lock_guard lock(_mutex);
-    auto completions = dequeueFile(endpoint);
-    if (!completions.empty()) {
-        MainQueue::main().async([completions = std::move(completions), result] {
+    Dequeued dequeued;
+    std::optional<Transfer> next;
+    {
+        const std::lock_guard lock(_mutex);
+        dequeued = dequeueFile(endpoint);
+        next = front();
+    }
+    if (!dequeued.completions.empty()) {
+        MainQueue::main().async([completions = std::move(dequeued.completions.mapped()), result] {
             for (const Completion& completion : completions) {
                 completion(result);
             }
         });
     }
-    return front();
+    return next;
 }
 
-std::vector<FileQueue::Completion>
-FileQueue::dequeueFile(const std::shared_ptr<FileEndpoint>& endpoint) {
-    removeFirst(endpoint);
-    _remoteUrls.erase(endpoint);
-    auto completions = _completeBlocks.extract(endpoint);
-    return completions.empty() ? std::vector<Completion>() : std::move(completions.mapped());
+FileQueue::Dequeued FileQueue::dequeueFile(const std::shared_ptr<FileEndpoint>& endpoint) {
+    return {removeFirst(endpoint), _remoteUrls.extract(endpoint),
+            _completeBlocks.extract(endpoint)};
 }
 
-void FileQueue::removeFirst(const std::shared_ptr<FileEndpoint>& endpoint) {
+std::shared_ptr<FileEndpoint>
+FileQueue::removeFirst(const std::shared_ptr<FileEndpoint>& endpoint) {
     const auto found = std::find_if(_queuedFiles.begin(), _queuedFiles.end(),
                                     [&](const auto& queued) { return *queued == *endpoint; });
-    if (found != _queuedFiles.end()) {
-        _queuedFiles.erase(found);
+    if (found == _queuedFiles.end()) {
+        return nullptr;
     }
+    auto removed = std::move(*found);
+    _queuedFiles.erase(found);
+    return removed;
 }
 
 std::optional<FileQueue::Transfer> FileQueue::front() const {

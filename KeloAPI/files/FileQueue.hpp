@@ -30,7 +30,8 @@ namespace KeloAPI {
 /// all requests.
 ///
 /// Requests may come from any thread, `withKey` and `kill` from one. An endpoint's path must not
-/// change while it is queued.
+/// change while it is queued. Transfers are sent from the queue's own thread or the main thread,
+/// and the session's delegate is asked there.
 class KELO_API FileQueue final : public Object, public std::enable_shared_from_this<FileQueue> {
 public:
     /// Neither empty nor throwing.
@@ -86,11 +87,18 @@ private:
     std::optional<Transfer> leave(const std::shared_ptr<FileEndpoint>& endpoint,
                                   const FileDownloadResult& result);
 
-    // The steps of the above, under the lock.
-    void enqueueFile(const std::shared_ptr<FileEndpoint>& endpoint, const URL& url,
-                     QueuePriority priority, Completion completion);
-    std::vector<Completion> dequeueFile(const std::shared_ptr<FileEndpoint>& endpoint);
-    void removeFirst(const std::shared_ptr<FileEndpoint>& endpoint);
+    // The steps of the above, under the lock. What they take out of the collections, they return:
+    // its destructors, which may be the host's, run without the lock.
+    struct Dequeued {
+        std::shared_ptr<FileEndpoint> file;
+        Files<URL>::node_type destination;
+        Files<std::vector<Completion>>::node_type completions;
+    };
+    std::shared_ptr<FileEndpoint> enqueueFile(const std::shared_ptr<FileEndpoint>& endpoint,
+                                              const URL& url, QueuePriority priority,
+                                              Completion completion);
+    Dequeued dequeueFile(const std::shared_ptr<FileEndpoint>& endpoint);
+    std::shared_ptr<FileEndpoint> removeFirst(const std::shared_ptr<FileEndpoint>& endpoint);
     std::optional<Transfer> front() const;
 
     // Guards the four collections; held while neither an endpoint nor a completion is called.

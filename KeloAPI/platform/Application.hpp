@@ -17,7 +17,7 @@ KELO_API std::optional<std::string> bundleIdentifier();
 KELO_API void setBundleIdentifier(std::optional<std::string> identifier);
 
 /// Finds the container of an application group: a file URL, or none where the application has no
-/// access to that group. Called on the thread that asks.
+/// access to that group. Called on the thread that asks; it must not use what it is asked for.
 using GroupContainers = std::function<std::optional<URL>(const std::string& groupIdentifier)>;
 
 /// The directory that the applications and extensions of a group share. Unless the host says

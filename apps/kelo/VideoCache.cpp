@@ -2,9 +2,13 @@
 
 #include "Failure.hpp"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <optional>
+#include <regex>
 
 namespace KeloHost::VideoCache {
 
@@ -14,15 +18,21 @@ namespace {
 
 /// Downloads that are still in the making have names of that kind, and no place in the cache yet.
 bool isInTheMaking(const std::string& name) {
-    return name.starts_with(".download-");
+    static const std::regex pattern("\\.download-[0-9a-f]{32}\\.part");
+    return std::regex_match(name, pattern);
 }
 
-CachedFile describe(const std::filesystem::directory_entry& entry) {
+/// Absent when the file has gone meanwhile. Links are not followed.
+std::optional<CachedFile> describe(const std::filesystem::path& path) {
+    struct stat attributes {};
+    if (lstat(path.c_str(), &attributes) != 0) {
+        return std::nullopt;
+    }
     CachedFile file;
-    file.name = entry.path().filename().string();
-    file.bytes = entry.is_regular_file() ? entry.file_size() : 0;
-    file.modified = std::chrono::floor<Date::duration>(
-        std::chrono::file_clock::to_sys(entry.last_write_time()));
+    file.name = path.filename().string();
+    file.bytes = S_ISREG(attributes.st_mode) ? static_cast<std::uintmax_t>(attributes.st_size) : 0;
+    file.modified = Date(std::chrono::seconds(attributes.st_mtim.tv_sec) +
+                         std::chrono::microseconds(attributes.st_mtim.tv_nsec / 1000));
     return file;
 }
 
@@ -33,7 +43,7 @@ std::shared_ptr<FileManager> manager() {
 }
 
 std::string directory() {
-    const auto& path = manager()->documentsDirectory();
+    const auto path = manager()->documentsDirectory();
     if (!path) {
         throw Failure(ExitCode::Failed,
                       "there is no place for a cache: neither XDG_DATA_HOME nor HOME names one");
@@ -46,8 +56,11 @@ std::vector<CachedFile> files() {
     std::vector<CachedFile> files;
     try {
         for (const auto& entry : std::filesystem::directory_iterator(path)) {
-            if (!isInTheMaking(entry.path().filename().string())) {
-                files.push_back(describe(entry));
+            if (isInTheMaking(entry.path().filename().string())) {
+                continue;
+            }
+            if (auto file = describe(entry.path())) {
+                files.push_back(*std::move(file));
             }
         }
     } catch (const std::filesystem::filesystem_error& error) {

@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
@@ -229,6 +230,33 @@ TEST_F(FileManagerTest, DeletesNothingWhenOneEntryCannotBeExamined) {
     EXPECT_EQ(left().size(), 2U);
     ASSERT_EQ(lines.size(), 1U);
     EXPECT_THAT(lines[0], HasSubstr("No such file or directory"));
+}
+
+TEST_F(FileManagerTest, DeletesNothingWhenOneOfManyCannotBeExamined) {
+    fill({"c", "b", "a"});
+    // Without the slash, all names but one lead to files, though to others.
+    folder.write("videosa", "");
+    folder.write("videosb", "");
+    manager->setDocumentsDirectory(folder.path("videos"));
+    manager->cleanDirectory(-1);
+    EXPECT_EQ(lines.size(), 1U);
+    EXPECT_THAT(folder.names(), ElementsAre("videos", "videosa", "videosb"));
+    EXPECT_EQ(left().size(), 3U);
+}
+
+TEST_F(FileManagerTest, TellsOfEachFileThatCannotBeDeletedAndGoesOn) {
+    fill({"c", "b", "a"});
+    // In a process of its own, because the administrator has to become somebody else for it.
+    EXPECT_EXIT(
+        {
+            const bool bound = chmod(folder.path().c_str(), 0755) == 0 &&
+                               chmod(folder.path("videos").c_str(), 0555) == 0 &&
+                               (geteuid() != 0 || setuid(65534) == 0);
+            manager->cleanDirectory(-1);
+            exit(bound && lines.size() == 3 && left().size() == 3 ? 0 : 1);
+        },
+        ::testing::ExitedWithCode(0), "");
+    chmod(folder.path("videos").c_str(), 0755);
 }
 
 TEST_F(FileManagerTest, DeletesNothingWhereThereIsNothingToList) {

@@ -185,6 +185,8 @@ TEST_F(FileQueueOrderTest, DropsEverythingWhenKilled) {
     EXPECT_THAT(answers, IsEmpty());
     EXPECT_TRUE(testing::runUntil([&] { return folder.read("a") == "video"; }))
         << "the running download went on to its end";
+    testing::runFor(std::chrono::milliseconds(20));
+    EXPECT_THAT(answers, IsEmpty());
 }
 
 TEST_F(FileQueueOrderTest, WorksOnAfterItWasKilled) {

@@ -1,5 +1,7 @@
 #include "FileQueueTest.hpp"
 
+#include <KeloAPI/platform/Application.hpp>
+
 #include <gmock/gmock.h>
 
 #include <thread>
@@ -82,6 +84,89 @@ TEST_F(FileQueueSingleTest, StartsTheNextBeforeTheCompletionsRun) {
     request("b");
     finish(0);
     EXPECT_EQ(sentThen, "a b");
+}
+
+TEST_F(FileQueueSingleTest, CallsAFilesCompletionsInOrderInOneTask) {
+    std::vector<int> called;
+    for (const int tag : {1, 2, 3}) {
+        queue->download(file("a"), place("a"),
+                        [&, tag](const FileDownloadResult&) { called.push_back(tag); });
+        request("b");
+    }
+    int tasks = 0;
+    transport->answerRequest(0, {.body = "video"});
+    EXPECT_TRUE(runUntil([&] {
+        // Each look is a task's end: no task may leave the row half called.
+        tasks += called.empty() || called.size() == 3 ? 0 : 1;
+        return called.size() == 3;
+    }));
+    EXPECT_THAT(called, ElementsAre(1, 2, 3));
+    EXPECT_EQ(tasks, 0);
+}
+
+TEST_F(FileQueueSingleTest, HandsAnErrorToAllThatWaitUnchanged) {
+    std::vector<std::string> errors;
+    for (int i = 0; i < 2; ++i) {
+        queue->download(file("a"), place("a"), [&](const FileDownloadResult& result) {
+            ASSERT_TRUE(result.error());
+            errors.push_back(result.error()->domain() + std::to_string(result.error()->code()));
+        });
+        request("b");
+    }
+    transport->answerRequest(0, ScriptedAnswer::failure(Error("test", 7)));
+    EXPECT_TRUE(runUntil([&] { return errors.size() == 2; }));
+    EXPECT_THAT(errors, ElementsAre("test7", "test7"));
+}
+
+/// Asks the queue while it goes, as a host's object might.
+class Asking final : public Object {
+public:
+    explicit Asking(std::weak_ptr<FileQueue> queue)
+        : _queue(std::move(queue)) {}
+    ~Asking() override {
+        if (const auto queue = _queue.lock()) {
+            queue->queuedFiles();
+        }
+    }
+
+private:
+    std::weak_ptr<FileQueue> _queue;
+};
+
+TEST_F(FileQueueSingleTest, LetsEndpointsGoWithoutItsLock) {
+    const auto asking = [&] {
+        auto endpoint = file("a");
+        endpoint->subscribers.push_back(std::make_shared<Asking>(queue));
+        return endpoint;
+    };
+    request(asking(), place("a"), QueuePriority::Normal);
+    request("b");
+    request(asking(), place("a"), QueuePriority::Normal);
+    request(asking(), place("a"), QueuePriority::Normal);
+    finish(0);
+    EXPECT_EQ(order(), "b") << "and it did not hang";
+}
+
+TEST_F(FileQueueSingleTest, TheCacheDirectoryMayBeAskedForFromManyThreads) {
+    const auto fresh = FileManager::sharedGroupManager("/fresh/");
+    Application::setGroupContainers(
+        [this](const std::string&) { return URL::fileURL(folder.path()); });
+    std::vector<std::thread> callers;
+    for (int t = 0; t < 8; ++t) {
+        callers.emplace_back([&, t] {
+            queue->download(
+                FileEndpoint::create("https://media.example/" + std::to_string(t), fresh),
+                place(std::to_string(t)), [](const FileDownloadResult&) {});
+        });
+    }
+    for (std::thread& caller : callers) {
+        caller.join();
+    }
+    settle();
+    EXPECT_EQ(queue->queuedFiles().size(), 8U);
+    EXPECT_EQ(fresh->documentsDirectory(), folder.path("fresh/"));
+    fresh->kill();
+    Application::setGroupContainers({});
 }
 
 TEST_F(FileQueueSingleTest, ACompletionMayRequestMore) {

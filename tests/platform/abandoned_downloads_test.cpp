@@ -65,6 +65,50 @@ TEST(AbandonedDownloads, StayAsLongAsTheirProcessLives) {
     close(ready[1]);
 }
 
+TEST(AbandonedDownloads, AreNotThoseOfThisProcess) {
+    const testing::TemporaryFolder folder;
+    DownloadFile file(folder.path("video"));
+    EXPECT_TRUE(file.append("whole"));
+    AbandonedDownloads::clear(folder.path() + "/./");
+    EXPECT_TRUE(file.commit());
+    EXPECT_EQ(folder.read("video"), "whole");
+}
+
+TEST(AbandonedDownloads, AreMadeAnewWhereTheyWereTakenBeforeTheirLock) {
+    const testing::TemporaryFolder folder;
+    const pid_t child = fork();
+    if (child == 0) {
+        // Ever new spellings, because each is cleared once.
+        std::string spelling = folder.path() + "/";
+        for (int i = 0; i < 1'000; ++i) {
+            AbandonedDownloads::clear(spelling);
+            spelling += "./";
+        }
+        _exit(0);
+    }
+    for (int i = 0; i < 3'000; ++i) {
+        const std::string path = folder.path(AbandonedDownloads::temporaryName());
+        const int file = AbandonedDownloads::create(path);
+        ASSERT_GE(file, 0);
+        ASSERT_EQ(access(path.c_str(), F_OK), 0) << "after " << i;
+        unlink(path.c_str());
+        close(file);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+}
+
+TEST(AbandonedDownloads, AreClearedOnceTheirFolderIsThere) {
+    const testing::TemporaryFolder folder;
+    const std::string later = folder.path("later");
+    AbandonedDownloads::clear(later);
+    std::filesystem::create_directory(later);
+    folder.write("later/" + AbandonedDownloads::temporaryName(), "half");
+    AbandonedDownloads::clear(later);
+    EXPECT_TRUE(std::filesystem::is_empty(later));
+}
+
 TEST(AbandonedDownloads, ClearingBearsAFolderThatIsNotThere) {
     EXPECT_NO_THROW(AbandonedDownloads::clear("/nowhere/at/all"));
 }

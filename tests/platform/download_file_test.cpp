@@ -113,6 +113,7 @@ TEST_F(DownloadFileTest, CannotBeWrittenIntoAFolderThatIsNotThere) {
 }
 
 TEST_F(DownloadFileTest, CannotBeWrittenIntoAFolderWithoutRights) {
+    folder.write("video", "old");
     // In a process of its own, because the administrator has to become somebody else for it.
     EXPECT_EXIT(
         {
@@ -123,7 +124,8 @@ TEST_F(DownloadFileTest, CannotBeWrittenIntoAFolderWithoutRights) {
             exit(bound && !file.append("x") && !HasFailure() ? 0 : 1);
         },
         ::testing::ExitedWithCode(0), "");
-    EXPECT_THAT(folder.names(), IsEmpty());
+    EXPECT_THAT(folder.names(), ElementsAre("video"));
+    EXPECT_EQ(folder.read("video"), "old");
 }
 
 TEST_F(DownloadFileTest, CannotBeWrittenIntoWhatIsNoFolder) {
@@ -164,6 +166,7 @@ TEST_F(DownloadFileTest, ReplacesALinkAndNotWhatItPointsTo) {
 }
 
 TEST_F(DownloadFileTest, SaysWhenTheDiskIsFull) {
+    folder.write("video", "old");
     // No disk to fill here: the limit of a file's size stands in, in a process of its own.
     EXPECT_EXIT(
         {
@@ -171,10 +174,16 @@ TEST_F(DownloadFileTest, SaysWhenTheDiskIsFull) {
             rlimit limit{};
             limit.rlim_cur = limit.rlim_max = 100'000;
             setrlimit(RLIMIT_FSIZE, &limit);
-            DownloadFile file(folder.path("video"));
-            const bool taken = file.append(std::string(1'000'000, 'x'));
-            const bool told = file.error().has_value() && !file.append("x") && !file.commit();
-            exit(!taken && told ? 0 : 1);
+            bool told = false;
+            {
+                DownloadFile file(folder.path("video"));
+                const bool taken = file.append(std::string(1'000'000, 'x'));
+                expectCannotWrite(file);
+                told = !taken && !file.append("x") && !file.commit();
+            }
+            const bool asItWas = folder.read("video") == "old" &&
+                                 folder.names() == std::vector<std::string>{"video"};
+            exit(told && asItWas && !HasFailure() ? 0 : 1);
         },
         ::testing::ExitedWithCode(0), "");
 }

@@ -7,10 +7,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
+#include <cerrno>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <vector>
 
@@ -28,22 +29,22 @@ struct Cleared {
     std::set<std::string> directories;
 };
 
-bool isFirstCallFor(const std::string& directory) {
-    static NeverDestroyed<Cleared> cleared;
-    const std::lock_guard lock(cleared->mutex);
-    return cleared->directories.insert(directory).second;
+Cleared& cleared() {
+    static NeverDestroyed<Cleared> instance;
+    return *instance;
 }
 
 struct Closer {
     void operator()(DIR* directory) const { closedir(directory); }
 };
 
-std::vector<std::string> temporaryNamesIn(const std::string& directory) {
-    std::vector<std::string> names;
+/// Absent where the directory cannot be read.
+std::optional<std::vector<std::string>> temporaryNamesIn(const std::string& directory) {
     const std::unique_ptr<DIR, Closer> stream(opendir(directory.empty() ? "." : directory.c_str()));
     if (!stream) {
-        return names;
+        return std::nullopt;
     }
+    std::vector<std::string> names;
     while (const dirent* entry = readdir(stream.get())) {
         if (isTemporaryName(entry->d_name)) {
             names.emplace_back(entry->d_name);
@@ -53,7 +54,8 @@ std::vector<std::string> temporaryNamesIn(const std::string& directory) {
 }
 
 void removeIfAbandoned(const std::string& path) {
-    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+    // To write as well, because a network's file system locks nothing else exclusively.
+    const int file = open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
     if (file < 0) {
         return;
     }
@@ -97,7 +99,8 @@ int create(const std::string& path) {
             return file;
         }
         // A file system without locks does without them: nothing is cleared there either.
-        static_cast<void>(flock(file, LOCK_EX));
+        while (flock(file, LOCK_EX) != 0 && errno == EINTR) {
+        }
         struct stat attributes {};
         if (fstat(file, &attributes) == 0 && attributes.st_nlink > 0) {
             return file;
@@ -108,13 +111,18 @@ int create(const std::string& path) {
 }
 
 void clear(const std::string& directory) {
-    if (!isFirstCallFor(directory)) {
+    const std::lock_guard lock(cleared().mutex);
+    if (cleared().directories.contains(directory)) {
         return;
     }
-    const std::string place =
-        directory.empty() || directory.ends_with('/') ? directory : directory + '/';
-    for (const std::string& name : temporaryNamesIn(directory)) {
-        removeIfAbandoned(place + name);
+    const auto names = temporaryNamesIn(directory);
+    if (!names) {
+        return;
+    }
+    cleared().directories.insert(directory);
+    const bool whole = directory.empty() || directory.ends_with('/');
+    for (const std::string& name : *names) {
+        removeIfAbandoned(directory + (whole ? "" : "/") + name);
     }
 }
 

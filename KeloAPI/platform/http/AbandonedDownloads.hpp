@@ -4,7 +4,8 @@
 #include <string_view>
 
 /// The temporary files of downloads, and the ones among them that nobody writes any more: those of
-/// processes that were killed. A download holds a lock on its file, which ends with its process.
+/// processes that were killed. A download holds a lock on its file, which ends with its process and
+/// the children that it forked without starting another program.
 namespace KeloAPI::AbandonedDownloads {
 
 /// A fresh name of a temporary file; no other process and no other download has it.
@@ -17,7 +18,8 @@ bool isTemporaryName(std::string_view name);
 int create(const std::string& path);
 
 /// Removes the abandoned files in `directory`, once in the life of the process; further calls do
-/// nothing. What cannot be removed stays. Usable on any thread.
+/// nothing, unless the directory could not be read. What cannot be removed stays. Usable on any
+/// thread.
 void clear(const std::string& directory);
 
 } // namespace KeloAPI::AbandonedDownloads

@@ -34,8 +34,9 @@ DownloadFile::DownloadFile(std::string destination)
 
 DownloadFile::~DownloadFile() {
     if (_file >= 0) {
-        close(_file);
+        // The lock goes last: nobody may take the file for abandoned meanwhile.
         unlink(_temporary.c_str());
+        close(_file);
     }
 }
 
