@@ -37,7 +37,10 @@ bool MemoryRequest::receiveData(std::string_view bytes) {
 }
 
 void MemoryRequest::bodySent(std::int64_t sent, std::int64_t total) {
-    if (_reports == Reports::BytesSent) {
+    // A body that is sent again, after a redirect or on another connection, begins anew; the
+    // progress waits until it is where it was.
+    if (_reports == Reports::BytesSent && sent > _sent) {
+        _sent = sent;
         reportProgress(sent, total);
     }
 }

@@ -24,6 +24,7 @@ private:
     std::optional<Error> finish(std::optional<Error> error) override;
 
     const Reports _reports;
+    std::int64_t _sent = 0;
     bool _tooLarge = false;
 };
 
