@@ -200,7 +200,8 @@ void Server::serve(Served& served) {
         bool more = true;
         while (more && !stopping_) {
             connection.startRequest();
-            more = engine_->serveOne(connection) && connection.sendRest();
+            more = engine_->serveOne(connection);
+            more = connection.sendRest() && more;
             connection.finishAnswer();
             more = more && connection.isOpen() && !connection.wasUnrouted();
         }

@@ -92,6 +92,7 @@ Answer takeSegment(const Call& call, RequestBody& body, const Context& context) 
         refuse("The segment is empty");
     }
     if (!context.store.uploads.keep(upload.mediaId, index, file)) {
+        requireUpload(call, context); // it may have expired meanwhile
         refuseClosed();
     }
     return dataAnswer(Json::object());

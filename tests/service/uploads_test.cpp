@@ -163,6 +163,9 @@ TEST_F(UploadsTest, IsServedInRangesAcrossSegments) {
     EXPECT_EQ(beyond->status, 416);
     const auto head = client.Head(path);
     EXPECT_EQ(head->get_header_value("Content-Length"), std::to_string(video.size()));
+    RawClient raw = rawClient();
+    raw.send("GET " + path + " HTTP/1.1\r\nConnection: close\r\n\r\n");
+    EXPECT_TRUE(raw.readAll().bytes.ends_with(video));
     const std::string tag = head->get_header_value("ETag");
     EXPECT_EQ(client.Get(path, {{"Range", "bytes=0-0"}, {"If-Range", tag}})->status, 206);
     EXPECT_EQ(client.Get(path, {{"Range", "bytes=0-0"}, {"If-Range", "\"x\""}})->status, 200);

@@ -33,6 +33,7 @@ Command addFollow(CLI::App& app);
 Command addUnfollow(CLI::App& app);
 Command addBoost(CLI::App& app);
 Command addLoops(CLI::App& app);
+Command addUpload(CLI::App& app);
 Command addViews(CLI::App& app);
 Command addSounds(CLI::App& app);
 Command addServe(CLI::App& app);
@@ -40,7 +41,7 @@ Command addServe(CLI::App& app);
 inline std::vector<Command> addCommands(CLI::App& app) {
     return {addMe(app),       addTimeline(app), addLike(app),     addUnlike(app), addRekelo(app),
             addUnrekelo(app), addFollow(app),   addUnfollow(app), addBoost(app),  addLoops(app),
-            addViews(app),    addSounds(app),   addServe(app)};
+            addUpload(app),   addViews(app),    addSounds(app),   addServe(app)};
 }
 
 } // namespace KeloHost
