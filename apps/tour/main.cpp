@@ -21,6 +21,7 @@ int main(int argc, char** argv) {
     tourRequests(tour);
     tourActing(tour);
     tourMedia(tour);
+    tourUploads(tour);
     tourSessions(tour);
     tourFailures(tour);
     return tour.finish() ? EXIT_SUCCESS : EXIT_FAILURE;

@@ -208,6 +208,20 @@ TEST_F(RequestTest, AnUploadReportsSentBytesAndNoOthers) {
     EXPECT_EQ(answers[0].body, "done");
 }
 
+TEST_F(RequestTest, ABodyThatIsSentAgainReportsNothingTwice) {
+    const auto request = manager.upload(FixedRequest(), Data("12345678"));
+    watchProgress(*request);
+    listen(*request);
+    transport->sent(6, 8);
+    ASSERT_TRUE(runUntil([&] { return progress.size() == 1; }));
+    transport->sent(2, 8); // a redirect, or another connection
+    transport->sent(6, 8);
+    transport->sent(8, 8);
+    transport->complete();
+    ASSERT_TRUE(waitForAnswers(1));
+    EXPECT_THAT(progress, ElementsAre(Report{6, 6, 8}, Report{2, 8, 8}));
+}
+
 TEST_F(RequestTest, ARequestWithABodyReportsReceivedBytesOnly) {
     FixedRequest convertible;
     convertible.request.body = Data("body");

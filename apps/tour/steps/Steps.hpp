@@ -11,6 +11,7 @@ void tourPaging(Tour& tour);
 void tourRequests(Tour& tour);
 void tourActing(Tour& tour);
 void tourMedia(Tour& tour);
+void tourUploads(Tour& tour);
 void tourSessions(Tour& tour);
 void tourFailures(Tour& tour);
 
