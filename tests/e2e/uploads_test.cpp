@@ -209,7 +209,9 @@ TEST_F(UploadsAtService, ProgressCountsBytesSentAndNeverDecreases) {
     const std::string bytes = anyBytes(16 * mebibyte);
     const std::string id = newUpload(bytes.size());
     setUploadRate(20'000'000);
-    const auto [handle, outcome] = start(id, bytes, 0);
+    const auto started = start(id, bytes, 0);
+    const auto& handle = started.first;
+    const Outcome& outcome = started.second;
     std::vector<double> fractions;
     handle->setProgressHandler(
         [&fractions, &outcome = *outcome](EndpointRequest&, double fraction) {
@@ -249,7 +251,9 @@ TEST_F(UploadsAtService, AResetOfAKeptConnectionIsMadeGoodByAnotherTransfer) {
     const std::string id = newUpload(bytes.size());
     service.requests();
     addFaultToSegments({{"type", "reset"}, {"afterBodyBytes", 3 * mebibyte}});
-    const auto [handle, outcome] = start(id, bytes, 0);
+    const auto started = start(id, bytes, 0);
+    const auto& handle = started.first;
+    const Outcome& outcome = started.second;
     std::vector<double> fractions;
     handle->setProgressHandler(
         [&](EndpointRequest&, double fraction) { fractions.push_back(fraction); });
@@ -268,7 +272,9 @@ TEST_F(UploadsAtService, ACancelledSegmentLeavesAServerThatDoesNotAnswer) {
     const std::string id = newUpload(mebibyte);
     session->setSessionManager(nullptr);
     addFaultToSegments({{"type", "stall"}});
-    const auto [handle, outcome] = start(id, anyBytes(mebibyte), 0);
+    const auto started = start(id, anyBytes(mebibyte), 0);
+    const auto& handle = started.first;
+    const Outcome& outcome = started.second;
     EXPECT_TRUE(faultFires());
     EXPECT_FALSE(hasNoConnection());
     const auto before = Clock::now();
@@ -283,7 +289,9 @@ TEST_F(UploadsAtService, ACancelledSegmentLeavesAServerThatStoppedReading) {
     session->setSessionManager(nullptr);
     runUntil([&] { return socketsTo(service.port()) == 0; });
     addFaultToSegments({{"type", "stall"}, {"afterBodyBytes", mebibyte}});
-    const auto [handle, outcome] = start(id, anyBytes(size), 0);
+    const auto started = start(id, anyBytes(size), 0);
+    const auto& handle = started.first;
+    const Outcome& outcome = started.second;
     double fraction = 0;
     handle->setProgressHandler([&](EndpointRequest&, double reported) { fraction = reported; });
     EXPECT_TRUE(faultFires());
@@ -303,7 +311,9 @@ TEST_F(UploadsAtService, ACancelledSegmentEndsInItsMiddleAtTheServer) {
     const std::string id = newUpload(size);
     setUploadRate(30'000'000);
     service.requests();
-    const auto [handle, outcome] = start(id, anyBytes(size), 0);
+    const auto started = start(id, anyBytes(size), 0);
+    const auto& handle = started.first;
+    const Outcome& outcome = started.second;
     double fraction = 0;
     handle->setProgressHandler([&](EndpointRequest&, double reported) { fraction = reported; });
     EXPECT_TRUE(runUntil([&] { return fraction > 0.2; }));
@@ -311,7 +321,9 @@ TEST_F(UploadsAtService, ACancelledSegmentEndsInItsMiddleAtTheServer) {
     expectCancelled(*handle, outcome);
     std::vector<SeenRequest> requests;
     EXPECT_TRUE(runUntil([&] {
-        requests = service.requests();
+        if (requests.empty()) { // asked once more in the end
+            requests = service.requests();
+        }
         return !requests.empty();
     }));
     EXPECT_LT(secondsSince(before), 1);
