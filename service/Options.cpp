@@ -65,6 +65,18 @@ Options parseOptions(int argc, const char* const* argv, const std::string& execu
                    "Bytes per second that each file of media is sent with at most; 0 for no limit")
         ->check(CLI::Range(std::int64_t{0}, highestMediaRate))
         ->capture_default_str();
+    app.add_option("--upload-rate", settings.uploadRate,
+                   "Bytes per second that each segment of an upload is read with at most")
+        ->check(CLI::Range(std::int64_t{0}, highestMediaRate))
+        ->capture_default_str();
+    app.add_option("--upload-expiry", settings.uploadExpirySeconds,
+                   "Seconds that an upload takes segments")
+        ->check(CLI::Range(std::int64_t{0}, std::int64_t{1000000000}))
+        ->capture_default_str();
+    app.add_option("--processing-time", settings.processingSeconds,
+                   "Seconds that an uploaded video is processed")
+        ->check(CLI::Range(0.0, 86400.0))
+        ->capture_default_str();
     app.add_flag("--quiet", options.quiet, "Print nothing but the address");
     app.add_flag("--exit-with-parent", options.exitWithParent,
                  "End when the process that started this one ends");

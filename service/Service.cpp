@@ -13,8 +13,13 @@ Service::Service(const Settings& settings)
                faults_,
                [this] { return server_.counts(); },
                server_.mediaRate(),
+               server_.uploadRate(),
+               uploadTimes_,
                "https://localhost:" + std::to_string(server_.port())} {
     server_.mediaRate().set(settings.mediaRate);
+    server_.uploadRate().set(settings.uploadRate);
+    uploadTimes_.expirySeconds = settings.uploadExpirySeconds;
+    uploadTimes_.processingSeconds = settings.processingSeconds;
     for (const auto& [username, key] : settings.sessions) {
         const auto user = store_.users.findByName(username);
         if (!user) {

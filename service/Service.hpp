@@ -31,6 +31,12 @@ struct Settings {
     std::string faults;
     /// Bytes per second that each file of media is sent with at most; 0 for no limit.
     std::int64_t mediaRate = 0;
+    /// Bytes per second that each segment of an upload is read with at most; 0 for no limit.
+    std::int64_t uploadRate = 0;
+    /// How long an upload takes segments.
+    std::int64_t uploadExpirySeconds = 3600;
+    /// How long an uploaded video is processed.
+    double processingSeconds = 2;
 };
 
 /// Settings that name something that does not exist.
@@ -59,6 +65,7 @@ private:
     FaultScript faults_;
     Router router_;
     Server server_;
+    UploadTimes uploadTimes_;
     Context context_;
 };
 

@@ -14,6 +14,8 @@ enum class ExitCode : int {
     Usage = 2,
     /// The user has to sign in, or was refused.
     SignIn = 3,
+    /// Ctrl-C, where there was something to end first.
+    Interrupted = 130,
 };
 
 /// Why the program ends other than well: an exit code and the one line that people read, which is

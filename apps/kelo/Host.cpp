@@ -63,6 +63,10 @@ bool Host::hearsAgain(const Error& error) const {
     return _recovery->willRetry(error);
 }
 
+void Host::sessionWorks() {
+    _recovery->sessionWorks();
+}
+
 void Host::end() {
     MainQueue::main().stop();
 }

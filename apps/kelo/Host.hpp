@@ -6,10 +6,12 @@
 #include <KeloAPI/api/SessionDelegate.hpp>
 #include <KeloAPI/platform/Error.hpp>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace KeloHost {
 
@@ -42,6 +44,16 @@ public:
     void end(const KeloAPI::Error& error);
     void end(Failure failure);
 
+    /// A call has succeeded with the session as it is: when that is refused later, the user may
+    /// sign in anew as if for the first time.
+    void sessionWorks();
+    /// Tells how many calls are under way. Those that are when the user signs in were sent with the
+    /// session before, and may be refused without the new one being at fault.
+    void setCallsUnderWay(std::function<std::int64_t()> callsUnderWay) {
+        _callsUnderWay = std::move(callsUnderWay);
+    }
+    std::int64_t callsUnderWay() const { return _callsUnderWay ? _callsUnderWay() : 0; }
+
     void setSessionKey(std::string key) { _options.session = std::move(key); }
 
     std::optional<std::string> hostForSession(KeloAPI::Session& session) override;
@@ -62,6 +74,7 @@ private:
     std::unique_ptr<Output> _output;
     std::unique_ptr<Recovery> _recovery;
     std::optional<Failure> _failure;
+    std::function<std::int64_t()> _callsUnderWay;
 };
 
 } // namespace KeloHost

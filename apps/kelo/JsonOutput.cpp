@@ -2,6 +2,7 @@
 #include "Output.hpp"
 
 #include <KeloAPI/loops/KLLongformViews.hpp>
+#include <KeloAPI/loops/KLVideoUpload.hpp>
 #include <KeloAPI/loops/LoopData.hpp>
 #include <KeloAPI/model/KLRekelo.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
@@ -108,6 +109,14 @@ public:
                          {"featured", sound->featured()},
                          {"sourcePostId", valueOf(sound->sourcePostId())}});
         }
+    }
+
+    void upload(const KLVideoUpload& upload) override {
+        const auto& info = upload.processingInfo;
+        printObject({{"mediaId", upload.mediaId()},
+                     {"state", info ? ParameterValue(std::string(rawValue(info->state())))
+                                    : ParameterValue()},
+                     {"size", valueOf(upload.size)}});
     }
 
     void done(const std::string& deed, const std::string& id,

@@ -11,6 +11,7 @@
 
 namespace KeloAPI {
 class KLLongformViews;
+class KLVideoUpload;
 class KLWatchPost;
 class KLWatchUser;
 class SoundboardSound;
@@ -50,6 +51,8 @@ public:
     virtual void endOfPosts(std::size_t count, bool more) = 0;
     virtual void views(const KeloAPI::KLLongformViews& views) = 0;
     virtual void sounds(const std::vector<std::shared_ptr<KeloAPI::SoundboardSound>>& sounds) = 0;
+    /// A video that was uploaded and processed.
+    virtual void upload(const KeloAPI::KLVideoUpload& upload) = 0;
     /// Something was done: "liked post", its identifier, and the identifier that the service gave
     /// the deed, where it gave one.
     virtual void done(const std::string& deed, const std::string& id,

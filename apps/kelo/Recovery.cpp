@@ -34,12 +34,28 @@ void Recovery::reauthRequired(Session& session) {
     if (_waitsForSignIn) {
         return; // several calls may fail together; all of their retries wait in the session
     }
+    if (_stragglers > 0) {
+        --_stragglers;
+        releaseSoon();
+        return;
+    }
     _waitsForSignIn = true;
     MainQueue::main().async([this] {
         signIn([this] {
             _waitsForSignIn = false;
+            _stragglers = _host.callsUnderWay();
             releaseRetries(SessionType::Authenticated, true);
         });
+    });
+}
+
+void Recovery::releaseSoon() {
+    if (std::exchange(_waitsForRelease, true)) {
+        return;
+    }
+    MainQueue::main().async([this] {
+        _waitsForRelease = false;
+        releaseRetries(SessionType::Authenticated, true);
     });
 }
 
@@ -64,7 +80,7 @@ bool Recovery::willRetry(const Error& error) {
     if (signInWanted) {
         _reason = error.localizedDescription();
     }
-    return signInWanted && _waitsForSignIn;
+    return signInWanted && (_waitsForSignIn || _waitsForRelease);
 }
 
 bool Recovery::canAsk() const {

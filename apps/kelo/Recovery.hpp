@@ -4,6 +4,7 @@
 #include <KeloAPI/platform/Error.hpp>
 #include <KeloAPI/platform/URL.hpp>
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -29,6 +30,9 @@ public:
     /// Whether the user can be asked at all.
     bool captchaRequired(KeloAPI::Session& session, const KeloAPI::URL& captchaUrl);
 
+    /// A call succeeded: what was tried to sign in does not count any more.
+    void sessionWorks() { _attempts = 0; }
+
     /// True when the call that failed so waits for the user.
     bool willRetry(const KeloAPI::Error& error);
 
@@ -42,6 +46,8 @@ private:
     };
 
     bool canAsk() const;
+    /// Lets the calls that were refused be sent again with the session that is new already.
+    void releaseSoon();
     void tryToSignIn();
     void giveUp();
     /// What to sign in with next; absent when there is nothing left to try.
@@ -51,6 +57,9 @@ private:
 
     Host& _host;
     bool _waitsForSignIn = false;
+    bool _waitsForRelease = false;
+    /// Calls under way that still carry the session key from before the user signed in.
+    std::int64_t _stragglers = 0;
     bool _waitsForCaptcha = false;
     int _attempts = 0;
     /// What the service said when it refused the session.

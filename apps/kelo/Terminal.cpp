@@ -2,10 +2,12 @@
 
 #include "TextWidth.hpp"
 
+#include <fcntl.h>
 #include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <iostream>
 
@@ -16,6 +18,9 @@ namespace {
 // Read by the signal handler; written with no question open.
 termios settingsBefore;
 volatile std::sig_atomic_t typingIsHidden = 0;
+volatile std::sig_atomic_t questionIsOpen = 0;
+volatile std::sig_atomic_t wasInterrupted = 0;
+int interruptions[2] = {-1, -1};
 
 void hideTyping() {
     if (tcgetattr(STDIN_FILENO, &settingsBefore) != 0) {
@@ -52,6 +57,16 @@ extern "C" void endBySignal(int number) {
     _exit(128 + number);
 }
 
+extern "C" void noteInterruption(int number) {
+    if (questionIsOpen != 0 || wasInterrupted != 0) {
+        endBySignal(number);
+    }
+    wasInterrupted = 1;
+    const int error = errno;
+    [[maybe_unused]] const auto written = write(interruptions[1], "", 1);
+    errno = error;
+}
+
 } // namespace
 
 bool isInteractive() {
@@ -81,7 +96,10 @@ void say(const std::string& text) {
 std::optional<std::string> ask(const std::string& question) {
     std::cerr << question << std::flush;
     std::string line;
-    if (!std::getline(std::cin, line)) {
+    questionIsOpen = 1;
+    const bool answered = static_cast<bool>(std::getline(std::cin, line));
+    questionIsOpen = 0;
+    if (!answered) {
         std::cerr << '\n';
         return std::nullopt;
     }
@@ -93,6 +111,20 @@ std::optional<std::string> askHidden(const std::string& question) {
     auto line = ask(question);
     showTyping();
     return line;
+}
+
+int catchInterruption() {
+    struct sigaction before {};
+    sigaction(SIGINT, nullptr, &before);
+    if (before.sa_handler == SIG_IGN || pipe2(interruptions, O_CLOEXEC) != 0) {
+        return -1;
+    }
+    struct sigaction action {};
+    action.sa_handler = noteInterruption;
+    // What the other threads are in the middle of goes on.
+    action.sa_flags = SA_RESTART;
+    sigaction(SIGINT, &action, nullptr);
+    return interruptions[0];
 }
 
 void endOnSignals() {

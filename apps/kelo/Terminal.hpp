@@ -25,6 +25,10 @@ std::optional<std::string> ask(const std::string& question);
 /// The same with the typing hidden.
 std::optional<std::string> askHidden(const std::string& question);
 
+/// From now on the first Ctrl-C does not end the program, but makes the descriptor that is returned
+/// readable; the second one ends it, and so does one at a question. -1 where Ctrl-C is ignored.
+int catchInterruption();
+
 /// Makes SIGINT, SIGTERM and SIGHUP end the program with 128 and the signal's number, and leave the
 /// terminal as it was found.
 void endOnSignals();

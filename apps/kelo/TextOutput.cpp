@@ -5,6 +5,7 @@
 #include "TextWidth.hpp"
 
 #include <KeloAPI/loops/KLLongformViews.hpp>
+#include <KeloAPI/loops/KLVideoUpload.hpp>
 #include <KeloAPI/loops/LoopData.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
@@ -100,6 +101,17 @@ public:
         if (sounds.empty()) {
             std::printf("The soundboard is empty.\n");
         }
+    }
+
+    void upload(const KLVideoUpload& upload) override {
+        std::string line = "video " + upload.mediaId();
+        if (upload.processingInfo) {
+            line += ": " + std::string(rawValue(upload.processingInfo->state()));
+        }
+        if (upload.size) {
+            line += ", " + std::to_string(*upload.size) + " bytes";
+        }
+        std::printf("%s\n", printable(line).c_str());
     }
 
     void done(const std::string& deed, const std::string& id,

@@ -22,6 +22,7 @@ int main(int argc, char** argv) {
     tourActing(tour);
     tourMedia(tour);
     tourFiles(tour);
+    tourUploads(tour);
     tourSessions(tour);
     tourFailures(tour);
     return tour.finish() ? EXIT_SUCCESS : EXIT_FAILURE;

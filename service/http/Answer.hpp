@@ -2,6 +2,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cstdint>
+#include <functional>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -11,11 +14,20 @@ namespace KeloService {
 
 using Json = nlohmann::ordered_json;
 
+/// A body that is read as it is sent.
+struct AnswerStream {
+    std::uint64_t bytes = 0;
+    /// Up to so many bytes from there on; empty when they cannot be read.
+    std::function<std::string(std::uint64_t offset, std::size_t count)> read;
+};
+
 /// One HTTP answer, before the engine adds what HTTP itself needs.
 struct Answer {
     int status = 200;
     std::string contentType = "application/json";
     std::string body;
+    /// In place of `body`.
+    std::optional<AnswerStream> stream;
     std::vector<std::pair<std::string, std::string>> headers;
     /// Whether the rate that is set for media holds for this answer.
     bool atMediaRate = false;
@@ -31,6 +43,8 @@ inline constexpr int notFollowing = 231;
 inline constexpr int badRequest = 400;
 inline constexpr int notFound = 404;
 inline constexpr int methodNotAllowed = 405;
+inline constexpr int conflict = 409;
+inline constexpr int gone = 410;
 inline constexpr int rangeNotSatisfiable = 416;
 inline constexpr int captchaRequired = 419;
 inline constexpr int internal = 500;

@@ -8,6 +8,7 @@ namespace {
 
 constexpr std::string_view interimAnswer = "HTTP/1.1 100";
 constexpr std::string_view endOfHead = "\r\n\r\n";
+constexpr std::uint64_t pieceBytes = std::uint64_t{128} << 10;
 /// A limited answer leaves in so many slices per second.
 constexpr std::int64_t slicesPerSecond = 20;
 
@@ -37,6 +38,7 @@ void Connection::startRequest() {
     answer_ = AnsweredBy::nobody;
     fault_.reset();
     held_.clear();
+    rest_.reset();
     rate_ = nullptr;
     inBody_ = false;
 }
@@ -44,6 +46,56 @@ void Connection::startRequest() {
 void Connection::arm(WireFault fault, std::function<void()> onFire) {
     fault_ = std::move(fault);
     onFire_ = std::move(onFire);
+}
+
+bool Connection::takeBody(std::size_t count, const SendRate& rate) {
+    if (fault_ && fault_->afterBodyBytes && recorder_.bodyBytes() > *fault_->afterBodyBytes) {
+        fire();
+        return false;
+    }
+    waitForTurn(count, rate);
+    return isOpen();
+}
+
+void Connection::waitForTurn(std::size_t count, const SendRate& rate) {
+    // Pieces are small: many pass before a wait is worth it, and a changed rate is seen soon.
+    constexpr auto notWorthIt = std::chrono::milliseconds(20);
+    constexpr auto longest = std::chrono::milliseconds(50);
+    using Clock = std::chrono::steady_clock;
+    bodyDue_ = std::max(bodyDue_, Clock::now() - notWorthIt);
+    for (;;) {
+        const std::int64_t perSecond = rate.bytesPerSecond();
+        if (perSecond == 0) {
+            return;
+        }
+        const std::chrono::duration<double> time(static_cast<double>(count) /
+                                                 static_cast<double>(perSecond));
+        const auto due = bodyDue_ + std::chrono::duration_cast<Clock::duration>(time);
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(due - Clock::now());
+        if (left <= notWorthIt) {
+            bodyDue_ = due;
+            return;
+        }
+        if (!socket_.waitWhileConnected(std::min(left, longest))) {
+            return; // what the client has sent before it left can be read at once
+        }
+    }
+}
+
+bool Connection::sendRest() {
+    if (!rest_) {
+        return true;
+    }
+    for (std::uint64_t sent = 0; sent < rest_->bytes;) {
+        const std::string piece = rest_->read(
+            sent,
+            static_cast<std::size_t>(std::min<std::uint64_t>(rest_->bytes - sent, pieceBytes)));
+        if (piece.empty() || write(piece.data(), piece.size()) < 0) {
+            return false;
+        }
+        sent += piece.size();
+    }
+    return true;
 }
 
 void Connection::finishAnswer() {

@@ -12,6 +12,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace KeloService {
 
@@ -45,7 +46,15 @@ public:
     /// Sends the body of the answer that comes next no faster than this. `rate` must outlive the
     /// answer.
     void limit(const SendRate& rate) { rate_ = &rate; }
-    /// The engine has written the whole answer.
+    /// So many bytes of the request's body were read: lets a fault that waits for them act, and
+    /// waits as long as the rate wants. False when the connection has ended.
+    bool takeBody(std::size_t count, const SendRate& rate);
+    /// The answer that comes next is a head, behind which this is to be sent.
+    void sendAfterHead(AnswerStream body) { rest_ = std::move(body); }
+    /// The engine has written its part: sends the rest, if there is one. False when it cannot be
+    /// sent.
+    bool sendRest();
+    /// The whole answer is written.
     void finishAnswer();
 
     bool is_readable() const override { return isOpen(); }
@@ -61,6 +70,7 @@ private:
 
     void hold(std::string_view bytes);
     void fire();
+    void waitForTurn(std::size_t count, const SendRate& rate);
     /// Writes at the limit, if there is one.
     bool send(std::string_view bytes);
     bool sendSlowly(std::string_view bytes);
@@ -75,10 +85,13 @@ private:
     std::optional<WireFault> fault_;
     std::function<void()> onFire_;
     std::string held_;
+    std::optional<AnswerStream> rest_;
     const SendRate* rate_ = nullptr;
     bool inBody_ = false;
     /// When the next bytes may leave. Kept between answers: short ones come no faster.
     std::chrono::steady_clock::time_point due_;
+    /// When the body's next bytes may be read.
+    std::chrono::steady_clock::time_point bodyDue_;
 };
 
 } // namespace KeloService

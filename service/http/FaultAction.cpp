@@ -53,10 +53,14 @@ int status(const Json& action, int otherwise) {
 }
 
 WireFault wireFault(const Json& action, WireFault::Kind kind) {
+    constexpr std::int64_t most = std::int64_t{1} << 40;
     WireFault fault;
     fault.kind = kind;
-    fault.afterBytes =
-        static_cast<std::uint64_t>(integerOr(action, "afterBytes", 0, 0, std::int64_t{1} << 40));
+    fault.afterBytes = static_cast<std::uint64_t>(integerOr(action, "afterBytes", 0, 0, most));
+    if (action.contains("afterBodyBytes")) {
+        fault.afterBodyBytes =
+            static_cast<std::uint64_t>(integer(action, "afterBodyBytes", 0, most));
+    }
     return fault;
 }
 

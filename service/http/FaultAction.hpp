@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <variant>
 
@@ -42,6 +43,9 @@ struct WireFault {
     Kind kind = Kind::Stall;
     /// The action happens after so many bytes, or at the answer's end when that comes first.
     std::uint64_t afterBytes = 0;
+    /// The action happens once so many bytes of the request's body have arrived, in place of an
+    /// answer.
+    std::optional<std::uint64_t> afterBodyBytes;
     std::string bytes;
 };
 

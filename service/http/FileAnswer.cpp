@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 namespace KeloService {
 namespace {
@@ -75,14 +76,14 @@ Answer nothingThere(std::size_t size) {
     return answer;
 }
 
-} // namespace
-
-Answer fileAnswer(const Request& request, const std::string& contentType, std::string bytes) {
-    const std::string tag = entityTag(bytes);
-    const std::size_t size = bytes.size();
+/// The answer without its body, and the part of the file that is to be the body: none when nothing
+/// of the file was asked for.
+std::pair<Answer, std::optional<ByteRange>> rangedAnswer(const Request& request,
+                                                         const std::string& contentType,
+                                                         const std::string& tag, std::size_t size) {
     const auto range = wantedRange(request, tag, size);
     if (range && range->count == 0) {
-        return nothingThere(size);
+        return {nothingThere(size), std::nullopt};
     }
     Answer answer;
     answer.contentType = contentType;
@@ -93,10 +94,32 @@ Answer fileAnswer(const Request& request, const std::string& contentType, std::s
                                     "bytes " + std::to_string(range->first) + "-" +
                                         std::to_string(range->first + range->count - 1) + "/" +
                                         std::to_string(size));
-        bytes = bytes.substr(range->first, range->count);
     }
-    answer.body = std::move(bytes);
-    return answer;
+    return {std::move(answer), range.value_or(ByteRange{0, size})};
+}
+
+} // namespace
+
+Answer fileAnswer(const Request& request, const std::string& contentType, std::string bytes) {
+    auto [answer, part] = rangedAnswer(request, contentType, entityTag(bytes), bytes.size());
+    if (part) {
+        answer.body =
+            part->count == bytes.size() ? std::move(bytes) : bytes.substr(part->first, part->count);
+    }
+    return std::move(answer);
+}
+
+Answer fileAnswer(const Request& request, const std::string& contentType, AnswerStream file,
+                  const std::string& tag) {
+    auto [answer, part] = rangedAnswer(request, contentType, '"' + tag + '"', file.bytes);
+    if (part) {
+        answer.stream =
+            AnswerStream{part->count, [first = part->first, read = std::move(file.read)](
+                                          std::uint64_t offset, std::size_t count) {
+                             return read(first + offset, count);
+                         }};
+    }
+    return std::move(answer);
 }
 
 } // namespace KeloService

@@ -4,6 +4,7 @@
 #include "service/http/Base64.hpp"
 
 #include <chrono>
+#include <utility>
 
 namespace KeloService {
 namespace {
@@ -16,10 +17,11 @@ std::string nowText() {
 
 } // namespace
 
-void RequestLog::add(const Request& request, std::uint64_t bodyBytes) {
+void RequestLog::add(const Request& request, std::uint64_t bodyBytes,
+                     std::optional<std::string> bodySha256) {
     std::string time = nowText();
     const std::lock_guard lock(mutex_);
-    entries_.push_back({++last_, std::move(time), request, bodyBytes});
+    entries_.push_back({++last_, std::move(time), request, bodyBytes, std::move(bodySha256)});
     if (entries_.size() > keptEntries) {
         entries_.pop_front();
     }
@@ -30,16 +32,20 @@ Json RequestLog::describe(const Entry& entry) {
     for (const auto& [name, value] : entry.request.headers) {
         headers.push_back(Json::array({name, value}));
     }
-    return {{"number", entry.number},
-            {"receivedAt", entry.receivedAt},
-            {"connection", entry.request.connection},
-            {"method", entry.request.method},
-            {"target", entry.request.target},
-            {"path", entry.request.path()},
-            {"query", entry.request.rawQuery()},
-            {"headers", headers},
-            {"body", encodeBase64(entry.request.body)},
-            {"bodyBytes", entry.bodyBytes}};
+    Json record{{"number", entry.number},
+                {"receivedAt", entry.receivedAt},
+                {"connection", entry.request.connection},
+                {"method", entry.request.method},
+                {"target", entry.request.target},
+                {"path", entry.request.path()},
+                {"query", entry.request.rawQuery()},
+                {"headers", headers},
+                {"body", encodeBase64(entry.request.body)},
+                {"bodyBytes", entry.bodyBytes}};
+    if (entry.bodySha256) {
+        record["bodySha256"] = *entry.bodySha256;
+    }
+    return record;
 }
 
 Json RequestLog::list(std::uint64_t since) const {

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <deque>
 #include <mutex>
+#include <optional>
 #include <string>
 
 namespace KeloService {
@@ -16,8 +17,10 @@ public:
     /// The oldest entries go when there are more than this.
     static constexpr std::size_t keptEntries = 50000;
 
-    /// `request.body` is the body's first bytes; `bodyBytes` its whole length.
-    void add(const Request& request, std::uint64_t bodyBytes);
+    /// `request.body` is the body's first bytes; `bodyBytes` its whole length, and `bodySha256` its
+    /// hash where it was taken as it arrived.
+    void add(const Request& request, std::uint64_t bodyBytes,
+             std::optional<std::string> bodySha256 = std::nullopt);
     /// The entries with a number greater than `since`, and the last number given so far.
     Json list(std::uint64_t since) const;
     /// Forgets the entries; numbers go on.
@@ -29,6 +32,7 @@ private:
         std::string receivedAt;
         Request request;
         std::uint64_t bodyBytes;
+        std::optional<std::string> bodySha256;
     };
     static Json describe(const Entry& entry);
 

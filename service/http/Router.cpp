@@ -1,5 +1,6 @@
 #include "service/http/Router.hpp"
 
+#include <algorithm>
 #include <charconv>
 #include <exception>
 
@@ -47,12 +48,27 @@ std::int64_t Call::identifier(std::string_view name) const {
 }
 
 void Router::add(const std::string& method, const std::string& pattern, Route route) {
-    Request shape;
-    shape.target = pattern;
-    entries_.push_back({method, shape.segments(), std::move(route)});
+    addStream(method, pattern,
+              [route = std::move(route)](const Call& call, RequestBody&) { return route(call); });
+    entries_.back().takesStream = false;
 }
 
-Answer Router::dispatch(const Request& request) const {
+void Router::addStream(const std::string& method, const std::string& pattern, StreamRoute route) {
+    Request shape;
+    shape.target = pattern;
+    entries_.push_back({method, shape.segments(), std::move(route), true});
+}
+
+bool Router::takesStream(const Request& request) const {
+    const std::vector<std::string> path = request.segments();
+    Arguments arguments;
+    const auto found = std::find_if(entries_.begin(), entries_.end(), [&](const Entry& entry) {
+        return entry.method == request.method && matches(entry.pattern, path, arguments);
+    });
+    return found != entries_.end() && found->takesStream;
+}
+
+Answer Router::dispatch(const Request& request, RequestBody& body) const {
     const std::vector<std::string> path = request.segments();
     const std::string method = request.method == "HEAD" ? "GET" : request.method;
     bool pathIsKnown = false;
@@ -62,7 +78,7 @@ Answer Router::dispatch(const Request& request) const {
             continue;
         }
         if (entry.method == method) {
-            return entry.route(Call{request, std::move(arguments)});
+            return entry.route(Call{request, std::move(arguments)}, body);
         }
         pathIsKnown = true;
     }
@@ -74,8 +90,13 @@ Answer Router::dispatch(const Request& request) const {
 }
 
 Answer Router::answer(const Request& request) const {
+    RequestBody none([](const RequestBody::Take&) { return true; });
+    return answer(request, none);
+}
+
+Answer Router::answer(const Request& request, RequestBody& body) const {
     try {
-        return dispatch(request);
+        return dispatch(request, body);
     } catch (const ServiceError& error) {
         return errorAnswer(error);
     } catch (const std::exception& error) {

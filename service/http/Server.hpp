@@ -50,6 +50,8 @@ public:
     ConnectionCounts counts() const;
     /// The limit for answers that ask for it; none at first.
     SendRate& mediaRate() { return mediaRate_; }
+    /// The limit at which bodies are read that routes take as they arrive; none at first.
+    SendRate& uploadRate() { return uploadRate_; }
 
 private:
     struct Served {
@@ -62,7 +64,10 @@ private:
     void startServing(int descriptor);
     void serve(Served& served);
     void joinFinished();
+    void countUse(Connection& connection);
     Answer answer(Connection& connection, const Request& request);
+    Answer answer(Connection& connection, const Request& request, RequestBody& body);
+    Answer answerStream(Connection& connection, Request request, const RequestBody::Source& source);
     void logUnrouted(Connection& connection);
 
     Listener listener_;
@@ -71,6 +76,7 @@ private:
     RequestLog& log_;
     FaultScript& faults_;
     SendRate mediaRate_;
+    SendRate uploadRate_;
     std::unique_ptr<HttpEngine> engine_;
     std::thread acceptor_;
     std::atomic<bool> stopping_ = false;

@@ -88,27 +88,72 @@ void addFaultControl(Router& router, const Context& context) {
     });
 }
 
-Answer describeMediaRate(const Context& context) {
-    return jsonAnswer({{"bytesPerSecond", context.mediaRate.bytesPerSecond()}});
+Answer describeRate(const SendRate& rate) {
+    return jsonAnswer({{"bytesPerSecond", rate.bytesPerSecond()}});
 }
 
-Answer setMediaRate(const Call& call, const Context& context) {
+Answer setRate(const Call& call, SendRate& rate) {
     const Json body = bodyObject(call);
-    const auto rate = body.find("bytesPerSecond");
-    if (rate == body.end() || !rate->is_number_integer() || *rate < 0 || *rate > highestMediaRate) {
+    const auto given = body.find("bytesPerSecond");
+    if (given == body.end() || !given->is_number_integer() || *given < 0 ||
+        *given > highestMediaRate) {
         throw ServiceError(400, ErrorCode::badRequest,
                            "bytesPerSecond must be an integer from 0 to " +
                                std::to_string(highestMediaRate));
     }
-    context.mediaRate.set(rate->get<std::int64_t>());
-    return describeMediaRate(context);
+    rate.set(*given);
+    return describeRate(rate);
 }
 
-void addMediaControl(Router& router, const Context& context) {
-    router.add("GET", "/_service/media-rate",
-               [&context](const Call&) { return describeMediaRate(context); });
-    router.add("POST", "/_service/media-rate",
-               [&context](const Call& call) { return setMediaRate(call, context); });
+void addRateControl(Router& router, const std::string& path, SendRate& rate) {
+    router.add("GET", path, [&rate](const Call&) { return describeRate(rate); });
+    router.add("POST", path, [&rate](const Call& call) { return setRate(call, rate); });
+}
+
+Answer setProcessingTime(const Call& call, const Context& context) {
+    constexpr double longest = 86400;
+    const Json body = bodyObject(call);
+    const auto seconds = body.find("seconds");
+    if (seconds == body.end() || !seconds->is_number() || *seconds < 0 || *seconds > longest) {
+        throw ServiceError(400, ErrorCode::badRequest, "seconds must be a number from 0 to 86400");
+    }
+    context.uploads.processingSeconds = seconds->get<double>();
+    return jsonAnswer({{"seconds", context.uploads.processingSeconds.load()}});
+}
+
+Answer listUploads(const Context& context) {
+    Json uploads = Json::array();
+    for (const Upload& upload : context.store.uploads.list()) {
+        Json segments = Json::array();
+        for (const UploadSegment& segment : context.store.uploads.segments(upload.mediaId)) {
+            segments.push_back({{"index", segment.index}, {"bytes", segment.file.bytes}});
+        }
+        uploads.push_back({{"mediaId", upload.mediaId},
+                           {"userId", upload.userId},
+                           {"totalBytes", upload.totalBytes},
+                           {"finalized", upload.finalized.has_value()},
+                           {"segments", segments}});
+    }
+    return jsonAnswer({{"uploads", uploads}});
+}
+
+Answer expireUpload(const Call& call, const Context& context) {
+    if (!context.store.uploads.expire(call.argument("id"))) {
+        throw ServiceError(404, ErrorCode::notFound, "There is no such upload");
+    }
+    return jsonAnswer(Json::object());
+}
+
+void addUploadControl(Router& router, const Context& context) {
+    router.add("GET", "/_service/uploads",
+               [&context](const Call&) { return listUploads(context); });
+    router.add("POST", "/_service/uploads/:id/expire",
+               [&context](const Call& call) { return expireUpload(call, context); });
+    router.add("GET", "/_service/processing-time", [&context](const Call&) {
+        return jsonAnswer({{"seconds", context.uploads.processingSeconds.load()}});
+    });
+    router.add("POST", "/_service/processing-time",
+               [&context](const Call& call) { return setProcessingTime(call, context); });
 }
 
 } // namespace
@@ -116,7 +161,9 @@ void addMediaControl(Router& router, const Context& context) {
 void addControlRoutes(Router& router, const Context& context) {
     addSessionControl(router, context);
     addFaultControl(router, context);
-    addMediaControl(router, context);
+    addRateControl(router, "/_service/media-rate", context.mediaRate);
+    addRateControl(router, "/_service/upload-rate", context.uploadRate);
+    addUploadControl(router, context);
 }
 
 } // namespace KeloService

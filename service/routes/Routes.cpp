@@ -19,6 +19,7 @@ void addAllRoutes(Router& router, const Context& context) {
     addSessionRoutes(router, context);
     addSoundboardRoutes(router, context);
     addTimelineRoutes(router, context);
+    addUploadRoutes(router, context);
 }
 
 } // namespace KeloService

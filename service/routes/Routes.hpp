@@ -23,6 +23,7 @@ void addRepostRoutes(Router& router, const Context& context);
 void addSessionRoutes(Router& router, const Context& context);
 void addSoundboardRoutes(Router& router, const Context& context);
 void addTimelineRoutes(Router& router, const Context& context);
+void addUploadRoutes(Router& router, const Context& context);
 
 void addAllRoutes(Router& router, const Context& context);
 

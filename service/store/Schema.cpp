@@ -5,7 +5,7 @@ namespace {
 
 /// "KELO", so that another program's database is not mistaken for ours.
 constexpr std::int64_t applicationId = 0x4B454C4F;
-constexpr std::int64_t schemaVersion = 3;
+constexpr std::int64_t schemaVersion = 4;
 
 // Times are milliseconds since 1970 in UTC. Paths are relative to the service's own address, which
 // is not known before it listens.
@@ -160,6 +160,23 @@ CREATE TABLE views (
     timestamp TEXT NOT NULL,
     created INTEGER NOT NULL
 );
+CREATE TABLE uploads (
+    mediaId TEXT PRIMARY KEY,
+    userId INTEGER NOT NULL REFERENCES users,
+    totalBytes INTEGER NOT NULL,
+    expires INTEGER NOT NULL,
+    finalized INTEGER,
+    processingMilliseconds INTEGER NOT NULL DEFAULT 0,
+    isPlayable INTEGER NOT NULL DEFAULT 0
+);
+-- The bytes are files of the upload folder.
+CREATE TABLE uploadSegments (
+    mediaId TEXT NOT NULL REFERENCES uploads,
+    segmentIndex INTEGER NOT NULL,
+    file TEXT NOT NULL,
+    bytes INTEGER NOT NULL,
+    PRIMARY KEY (mediaId, segmentIndex)
+) WITHOUT ROWID;
 CREATE TABLE sounds (
     soundId INTEGER PRIMARY KEY,
     name TEXT NOT NULL,

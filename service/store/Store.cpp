@@ -18,6 +18,8 @@ Store::Store(const std::string& file)
     , loops(database)
     , longforms(database)
     , sounds(database)
+    , uploadFolder(file)
+    , uploads(database, uploadFolder)
     , actions(database) {
     try {
         seedIfEmpty(database);

@@ -13,6 +13,8 @@
 #include "service/store/Reposts.hpp"
 #include "service/store/Sessions.hpp"
 #include "service/store/Sounds.hpp"
+#include "service/store/UploadFolder.hpp"
+#include "service/store/Uploads.hpp"
 #include "service/store/Users.hpp"
 
 #include <string>
@@ -38,6 +40,8 @@ public:
     Loops loops;
     Longforms longforms;
     Sounds sounds;
+    UploadFolder uploadFolder;
+    Uploads uploads;
     Actions actions;
 };
 

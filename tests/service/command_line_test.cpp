@@ -106,6 +106,18 @@ TEST_F(CommandLineTest, BeginsWithAMediaRate) {
     EXPECT_EQ(process.wait().code, 0);
 }
 
+TEST_F(CommandLineTest, BeginsWithTimesAndARateForUploads) {
+    Process process(
+        with({"--upload-rate", "4321", "--upload-expiry", "77", "--processing-time", "0.5"}));
+    const int port = portOf(process.readLine());
+    const std::string rate = ask(port, "/_service/upload-rate", "");
+    EXPECT_TRUE(rate.ends_with(R"({"bytesPerSecond":4321})")) << rate;
+    const std::string time = ask(port, "/_service/processing-time", "");
+    EXPECT_TRUE(time.ends_with(R"({"seconds":0.5})")) << time;
+    process.signal(SIGTERM);
+    EXPECT_EQ(process.wait().code, 0);
+}
+
 TEST_F(CommandLineTest, KeepsItsStateInAFile) {
     const std::string database = folder.file("service.db");
     for (const char* more : {"--session=kofi=kept", "--quiet"}) {
@@ -159,7 +171,8 @@ TEST_F(CommandLineTest, ExplainsItself) {
     EXPECT_EQ(help.errors, "");
     for (const char* part :
          {"--port", "--database", "--certificate", "--key", "--session", "--faults", "--media-rate",
-          "--quiet", "--version", "kelo-development-session", "loop-the-loop"}) {
+          "--upload-rate", "--upload-expiry", "--processing-time", "--quiet", "--version",
+          "kelo-development-session", "loop-the-loop"}) {
         EXPECT_NE(help.output.find(part), std::string::npos) << part;
     }
     const Process::Outcome version = Process({"--version"}).wait();
@@ -176,6 +189,9 @@ TEST_F(CommandLineTest, RefusesBadArguments) {
     expectRefusal({"--port", "-1"}, "--port");
     expectRefusal({"--media-rate", "-1"}, "--media-rate");
     expectRefusal({"--media-rate", "fast"}, "--media-rate");
+    expectRefusal({"--upload-rate", "-1"}, "--upload-rate");
+    expectRefusal({"--upload-expiry", "-1"}, "--upload-expiry");
+    expectRefusal({"--processing-time", "-1"}, "--processing-time");
     expectRefusal({"--certificate", certificate}, "--key");
     expectRefusal({"--key", key}, "--certificate");
     expectRefusal(with({"--session", "mara"}), "USERNAME=KEY");

@@ -133,6 +133,8 @@ std::vector<SeenRequest> StandIn::requests() {
             seen.headers.emplace_back(header.at(0), header.at(1));
         }
         seen.body = base64Decoded(entry.at("body").get<std::string>()).value_or("");
+        seen.bodyBytes = entry.at("bodyBytes");
+        seen.bodySha256 = entry.value("bodySha256", "");
         seen.connection = entry.at("connection");
         requests.push_back(std::move(seen));
     }

@@ -17,7 +17,11 @@ struct SeenRequest {
     std::string query;
     /// In the order of their arrival.
     std::vector<std::pair<std::string, std::string>> headers;
+    /// Its first bytes, where it is large.
     std::string body;
+    std::int64_t bodyBytes = 0;
+    /// Of the whole body, where the stand-in took it as it arrived; empty otherwise.
+    std::string bodySha256;
     std::int64_t connection = 0;
 
     /// The value of the first header of this name; empty when there is none.

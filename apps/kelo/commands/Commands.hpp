@@ -33,6 +33,7 @@ Command addFollow(CLI::App& app);
 Command addUnfollow(CLI::App& app);
 Command addBoost(CLI::App& app);
 Command addLoops(CLI::App& app);
+Command addUpload(CLI::App& app);
 Command addViews(CLI::App& app);
 Command addSounds(CLI::App& app);
 Command addDownload(CLI::App& app);
@@ -42,7 +43,8 @@ Command addServe(CLI::App& app);
 inline std::vector<Command> addCommands(CLI::App& app) {
     return {addMe(app),       addTimeline(app), addLike(app),     addUnlike(app), addRekelo(app),
             addUnrekelo(app), addFollow(app),   addUnfollow(app), addBoost(app),  addLoops(app),
-            addViews(app),    addSounds(app),   addDownload(app), addCache(app),  addServe(app)};
+            addUpload(app),   addViews(app),    addSounds(app),   addDownload(app),
+            addCache(app),    addServe(app)};
 }
 
 } // namespace KeloHost

@@ -12,6 +12,7 @@ void tourRequests(Tour& tour);
 void tourActing(Tour& tour);
 void tourMedia(Tour& tour);
 void tourFiles(Tour& tour);
+void tourUploads(Tour& tour);
 void tourSessions(Tour& tour);
 void tourFailures(Tour& tour);
 

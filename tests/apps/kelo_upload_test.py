@@ -1,0 +1,415 @@
+"""kelo upload: files of all kinds, a service that fails in the middle, and a user who stops it."""
+
+import hashlib
+import json
+import os
+import re
+import signal
+import ssl
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+import urllib.request
+
+from case import KELO, PASSWORD, Case
+
+MEBIBYTE = 1 << 20
+
+
+def box(kind, content):
+    return (8 + len(content)).to_bytes(4, "big") + kind + content
+
+
+def mp4(size):
+    """A file of that size whose outermost boxes are an MP4's; what is in them is anything."""
+    head = box(b"ftyp", b"isom") + box(b"moov", bytes(range(256)))
+    pattern = hashlib.sha256(b"kelo").digest() + bytes(5)  # of a length that no segment has
+    content = size - len(head) - 8
+    return head + box(b"mdat", (pattern * (content // len(pattern) + 1))[:content])
+
+
+class Upload(Case):
+    def setUp(self):
+        super().setUp()
+        self.set("processing-time", seconds=0)
+        self.set("upload-rate", bytesPerSecond=0)
+        self.folder = tempfile.TemporaryDirectory()
+        self.addCleanup(self.folder.cleanup)
+
+    def set(self, what, **value):
+        self.service.control("POST", f"_service/{what}", value)
+
+    def file(self, content, name="video.mp4"):
+        path = os.path.join(self.folder.name, name)
+        with open(path, "wb") as file:
+            file.write(content)
+        return path
+
+    def uploads(self):
+        return self.service.control("GET", "_service/uploads")["uploads"]
+
+    def puts(self):
+        seen = self.service.control("GET", "_service/requests")["requests"]
+        return [one for one in seen if one["method"] == "PUT"]
+
+    def served(self, media_id):
+        context = ssl.create_default_context()
+        context.check_hostname = False
+        context.verify_mode = ssl.CERT_NONE
+        opener = urllib.request.build_opener(
+            urllib.request.ProxyHandler({}), urllib.request.HTTPSHandler(context=context))
+        url = f"https://{self.service.host}/media/longforms/{media_id}.mp4"
+        with opener.open(url, timeout=20) as answer:
+            return answer.read()
+
+    def uploaded(self, content, *arguments):
+        """Uploads these bytes, compares what is served, and returns the upload's identifier."""
+        text = self.succeeds("upload", self.file(content), *arguments)
+        match = re.fullmatch(r"video (\w+): succeeded, (\d+) bytes\n", text)
+        self.assertIsNotNone(match, text)
+        self.assertEqual(int(match[2]), len(content))
+        self.assertTrue(self.served(match[1]) == content)
+        return match[1]
+
+    def fault(self, match=None, **fault):
+        self.service.control("POST", "_service/faults",
+                             {"match": {"method": "PUT", **(match or {})}, **fault})
+
+    def fired(self):
+        return [fault["fired"] for fault in
+                self.service.control("GET", "_service/faults")["faults"]]
+
+
+class UploadFiles(Upload):
+    def test_is_served_as_it_was_sent(self):
+        content = mp4(1_000_000)
+        self.uploaded(content)
+        self.uploaded(content, "--segment-size", "1000000")
+        self.uploaded(content, "--segment-size", "999999", "--parallel", "1")
+        self.uploaded(content, "--segment-size", "10007", "--parallel", "16")
+
+    def test_segments_leave_no_gap(self):
+        self.uploaded(mp4(100_001), "--segment-size", "10000", "--parallel", "3")
+        segments = self.uploads()[-1]["segments"]
+        self.assertEqual([one["index"] for one in segments], list(range(11)))
+        self.assertEqual([one["bytes"] for one in segments], [10000] * 10 + [1])
+        self.assertEqual(len(self.puts()), 11)
+
+    def test_tiny_segments(self):
+        self.uploaded(mp4(400), "--segment-size", "1", "--parallel", "8")
+        self.assertEqual(len(self.puts()), 400)
+
+    def test_json(self):
+        content = mp4(5000)
+        told = json.loads(self.succeeds("upload", self.file(content), "--json"))
+        self.assertEqual(told, {"mediaId": told["mediaId"], "state": "succeeded", "size": 5000})
+        self.assertTrue(self.served(told["mediaId"]) == content)
+
+    def test_what_is_no_video_fails(self):
+        self.fails(1, "the service cannot process the video", "upload",
+                   self.file(b"no video", "notes.txt"))
+        self.assertTrue(self.uploads()[-1]["finalized"])
+
+    def test_files_that_cannot_be_uploaded(self):
+        for path, line in ((os.path.join(self.folder.name, "missing"), "No such file"),
+                           (self.folder.name, "it is no file"),
+                           ("/dev/null", "it is no file"),
+                           (self.file(b"", "empty"), "it is empty")):
+            with self.subTest(path=path):
+                self.fails(2, line, "upload", path)
+        before = len(self.uploads())
+        self.fails(2, "No such file", "upload", "")
+        self.assertEqual(len(self.uploads()), before)
+
+    def test_bad_command_lines(self):
+        for arguments, line in ((["upload"], "FILE is required"),
+                                (["upload", "x", "y"], "y"),
+                                (["upload", "x", "--segment-size", "0"], "--segment-size"),
+                                (["upload", "x", "--segment-size", "1073741825"],
+                                 "--segment-size"),
+                                (["upload", "x", "--parallel", "0"], "--parallel"),
+                                (["upload", "x", "--parallel", "17"], "--parallel")):
+            with self.subTest(arguments=arguments):
+                self.fails(2, line, *arguments)
+
+    def test_a_file_that_becomes_shorter(self):
+        path = self.file(mp4(4 * MEBIBYTE))
+        self.set("upload-rate", bytesPerSecond=1_000_000)
+        process = subprocess.Popen([KELO, "upload", path, "--segment-size", "300000",
+                                    "--parallel", "1"], stderr=subprocess.PIPE, text=True,
+                                   env=self.environment)
+        while not self.puts():
+            time.sleep(0.02)
+        os.truncate(path, 700_000)
+        self.assertIn("became shorter while it was uploaded", process.communicate(timeout=30)[1])
+        self.assertEqual(process.returncode, 1)
+
+    def test_waits_as_the_service_asks(self):
+        self.set("processing-time", seconds=1)
+        start = time.monotonic()
+        self.uploaded(mp4(5000))
+        self.assertGreaterEqual(time.monotonic() - start, 1)
+        seen = self.service.control("GET", "_service/requests")["requests"]
+        asked = [one for one in seen if one["path"].endswith("/status")]
+        # Every eighth of a second.
+        self.assertIn(len(asked), range(4, 10))
+
+    def test_segments_are_under_way_together(self):
+        self.set("upload-rate", bytesPerSecond=2_000_000)
+        content = mp4(4_000_000)
+        start = time.monotonic()
+        self.uploaded(content, "--segment-size", "500000", "--parallel", "8")
+        self.assertLess(time.monotonic() - start, 1.8)  # one after the other takes two seconds
+        self.assertGreater(len({one["connection"] for one in self.puts()}), 4)
+
+    def test_peak_memory(self):
+        path = self.file(mp4(64 * MEBIBYTE))
+        for parallel in (1, 4):
+            # A process of its own, so that no other child counts.
+            code = ("import resource, subprocess, sys\n"
+                    "done = subprocess.run(sys.argv[1:], stdout=subprocess.DEVNULL)\n"
+                    "print(done.returncode, "
+                    "resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss)")
+            done = self.run_program(sys.executable, "-c", code, KELO, "upload", path,
+                                    "--segment-size", str(4 * MEBIBYTE),
+                                    "--parallel", str(parallel))
+            code, kibibytes = map(int, done.stdout.split())
+            self.assertEqual(code, 0, done)
+            print(f"peak memory with {parallel} of 4 MiB under way: {kibibytes / 1024:.1f} MiB")
+            self.assertLess(kibibytes * 1024, (2 * 4 * parallel + 32) * MEBIBYTE)
+
+
+class UploadFailures(Upload):
+    def test_a_reset_of_one_segment(self):
+        # Each connection's first request is not sent again by the library itself.
+        self.fault(action={"type": "reset", "afterBodyBytes": 50_000}, times=3)
+        self.uploaded(mp4(1_000_000), "--segment-size", "100000")
+        self.assertEqual(self.fired(), [3])
+        self.assertGreater(len(self.puts()), 11)
+
+    def test_a_server_that_fails_for_a_while(self):
+        self.fault(action={"type": "error", "code": 500, "status": 500}, times=2)
+        self.uploaded(mp4(1000))
+        self.assertEqual(len(self.puts()), 3)
+
+    def test_a_server_that_goes_on_failing(self):
+        self.fault(action={"type": "error", "code": 500, "status": 500, "message": "Out of order"},
+                   times=0)
+        self.fails(1, "the service says: Out of order", "upload", self.file(mp4(1000)))
+        self.assertEqual(len(self.puts()), 3)
+        self.assertFalse(self.uploads()[-1]["finalized"])
+
+    def test_what_the_service_refuses_is_not_sent_again(self):
+        self.fault(action={"type": "error", "code": 400, "message": "Not so"})
+        self.fails(1, "the service says: Not so", "upload", self.file(mp4(1000)))
+        self.assertEqual(len(self.puts()), 1)
+
+    def test_failing_at_the_end(self):
+        # The first POST begins the upload.
+        for action, code in (({"type": "status", "status": 503}, 0),
+                             ({"type": "error", "code": 400, "message": "Segment 3 is missing"},
+                              1)):
+            with self.subTest(action=action):
+                self.service.forget()
+                self.fault({"method": "POST", "path": "/upload/longform-videos/*"}, action=action)
+                path = self.file(mp4(1000))
+                if code == 0:
+                    self.succeeds("upload", path)
+                else:
+                    self.fails(code, "the service says: Segment 3 is missing", "upload", path)
+                self.assertEqual(self.fired(), [1])
+
+    def test_failing_while_it_asks(self):
+        self.set("processing-time", seconds=0.5)
+        self.fault({"method": "GET", "path": "/upload/*"},
+                   action={"type": "status", "status": 502})
+        self.uploaded(mp4(1000))
+        self.assertEqual(self.fired(), [1])
+
+    def test_an_upload_that_expires(self):
+        self.set("upload-rate", bytesPerSecond=200_000)
+        process = subprocess.Popen([KELO, "upload", self.file(mp4(600_000)), "--segment-size",
+                                    "100000", "--parallel", "1"], stderr=subprocess.PIPE,
+                                   text=True, env=self.environment)
+        while not self.puts():
+            time.sleep(0.02)
+        self.service.control("POST", f"_service/uploads/{self.uploads()[-1]['mediaId']}/expire",
+                             {})
+        self.assertEqual(process.communicate(timeout=30)[1],
+                         "kelo: the service says: The upload has expired\n")
+        self.assertEqual(process.returncode, 1)
+
+    def test_an_answer_that_names_no_upload(self):
+        self.service.fault("/upload/longform-videos", type="body", body='{"data": {}}')
+        self.fails(1, "the service names no upload", "upload", self.file(mp4(1000)))
+        self.service.fault("/upload/longform-videos", type="body",
+                           body='{"data": {"mediaId": "x", "processingInfo": {}}}')
+        self.fails(1, "does not answer as the service does", "upload", self.file(mp4(1000)))
+
+    def test_nobody_is_signed_in(self):
+        self.fails(3, "Please sign in", "--session", "", "upload", self.file(mp4(1000)))
+
+
+class UploadSessions(Upload):
+    """The session is refused in the middle: each refused segment is sent without its bytes by the
+    library, and once more by kelo."""
+
+    def signed_in(self, content, *arguments, key):
+        text = self.succeeds("--session", key, "--user", "mara", "--password", PASSWORD, "upload",
+                             self.file(content), *arguments)
+        media_id = text.split()[1][:-1]
+        self.assertTrue(self.served(media_id) == content)
+        return media_id
+
+    def test_one_segment_is_refused(self):
+        content = mp4(50_000)
+        for code in (100, 103):
+            with self.subTest(code=code):
+                self.service.forget()
+                self.fault(action={"type": "error", "code": code, "message": "Again"}, skip=2)
+                self.signed_in(content, "--segment-size", "10000", "--parallel", "1",
+                               key=self.service.session())
+                sent = [(one["query"], one["bodyBytes"]) for one in self.puts()]
+                self.assertEqual(sent, [
+                    ("segmentIndex=0", 10000), ("segmentIndex=1", 10000),
+                    ("segmentIndex=2", 10000), ("segmentIndex=2", 0), ("segmentIndex=2", 10000),
+                    ("segmentIndex=3", 10000), ("segmentIndex=4", 10000)])
+
+    def test_the_session_expires_with_segments_under_way(self):
+        self.set("upload-rate", bytesPerSecond=400_000)
+        content = mp4(2_000_000)
+        key = self.service.session()
+        process = subprocess.Popen(
+            [KELO, "--session", key, "--user", "mara", "--password", PASSWORD, "upload",
+             self.file(content), "--segment-size", "100000", "--parallel", "4"],
+            stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, env=self.environment)
+        while len(self.puts()) < 6:
+            time.sleep(0.02)
+        self.service.control("POST", f"_service/sessions/{key}/expire", {})
+        output, errors = process.communicate(timeout=60)
+        self.assertEqual((process.returncode, errors), (0, ""))
+        self.assertTrue(self.served(output.split()[1][:-1]) == content)
+        empty = [one for one in self.puts() if one["bodyBytes"] == 0]
+        self.assertIn(len(empty), range(1, 9))
+        # Signing in once is enough, however late the last of the old session's segments ends.
+        self.assertEqual(len(self.service.calls("/sessions")), 1)
+
+    def test_expires_twice(self):
+        self.fault(action={"type": "error", "code": 103, "message": "Again"}, skip=1)
+        self.fault(action={"type": "error", "code": 103, "message": "Again"}, skip=6)
+        self.signed_in(mp4(50_000), "--segment-size", "5000", "--parallel", "1",
+                       key=self.service.session())
+        self.assertEqual(self.fired(), [1, 1])
+        self.assertEqual(len(self.service.calls("/sessions")), 2)
+
+    def test_every_other_call_is_refused_once(self):
+        for match in ({"method": "POST", "path": "/upload/longform-videos"},
+                      {"method": "POST", "path": "/upload/longform-videos/*"},
+                      {"method": "GET", "path": "/upload/longform-videos/*"}):
+            with self.subTest(match=match):
+                self.set("processing-time", seconds=0.3)
+                self.service.forget()
+                self.fault(match, action={"type": "error", "code": 103, "message": "Again"})
+                self.signed_in(mp4(5000), key=self.service.session())
+                self.assertEqual(self.fired(), [1])
+
+    def test_nobody_can_sign_in_again(self):
+        self.fault(action={"type": "error", "code": 103, "message": "Again"}, skip=1)
+        self.fails(3, "Again", "upload", self.file(mp4(50_000)), "--segment-size", "10000")
+
+    def test_a_service_that_refuses_every_session(self):
+        self.fault(action={"type": "error", "code": 103, "message": "Again"}, times=0)
+        self.fails(3, "Again", "--user", "mara", "--password", PASSWORD, "--session",
+                   self.service.session(), "upload", self.file(mp4(50_000)),
+                   "--segment-size", "10000", "--parallel", "2")
+
+
+class UploadInterrupted(Upload):
+    def interrupted(self, *arguments, until):
+        process = subprocess.Popen([KELO, "upload", *arguments], stdout=subprocess.PIPE,
+                                   stderr=subprocess.PIPE, text=True, env=self.environment)
+        deadline = time.monotonic() + 20
+        while not until():
+            self.assertLess(time.monotonic(), deadline)
+            time.sleep(0.02)
+        start = time.monotonic()
+        process.send_signal(signal.SIGINT)
+        output, errors = process.communicate(timeout=20)
+        self.assertLess(time.monotonic() - start, 2)
+        self.assertEqual((process.returncode, output), (130, ""))
+        return errors
+
+    def under_way(self, count):
+        """Segments arrive: control requests have connections of their own."""
+        return self.service.control("GET", "_service/connections")["open"] > count
+
+    def test_in_the_middle_of_segments(self):
+        self.set("upload-rate", bytesPerSecond=100_000)
+        before = len(self.uploads())
+        errors = self.interrupted(self.file(mp4(8 * MEBIBYTE)), "--segment-size", "1000000",
+                                  until=lambda: len(self.uploads()) > before
+                                  and self.under_way(3))
+        self.assertEqual(errors, "kelo: interrupted; the video is not uploaded\n")
+        self.assertFalse(self.uploads()[-1]["finalized"])
+
+    def test_while_the_service_does_not_answer(self):
+        self.fault(action={"type": "stall"}, times=0)
+        errors = self.interrupted(self.file(mp4(5000)), until=lambda: self.fired() == [1])
+        self.assertEqual(errors, "kelo: interrupted; the video is not uploaded\n")
+
+    def test_while_the_first_answer_is_awaited(self):
+        self.fault({"method": "POST"}, action={"type": "delay", "milliseconds": 30000})
+        errors = self.interrupted(self.file(mp4(5000)), until=lambda: self.fired() == [1])
+        self.assertEqual(errors, "kelo: interrupted; the video is not uploaded\n")
+
+    def test_between_two_tries(self):
+        self.fault(action={"type": "error", "code": 500, "status": 500}, times=0)
+        errors = self.interrupted(self.file(mp4(5000)), until=lambda: len(self.puts()) == 2)
+        self.assertEqual(errors, "kelo: interrupted; the video is not uploaded\n")
+
+    def test_while_the_video_is_processed(self):
+        self.set("processing-time", seconds=60)
+        errors = self.interrupted(
+            self.file(mp4(5000)),
+            until=lambda: any(one["finalized"] for one in self.uploads()[-1:]))
+        self.assertIn("interrupted; the service has the video and goes on with it", errors)
+
+    def test_at_a_terminal(self):
+        self.set("upload-rate", bytesPerSecond=100_000)
+        console = self.console("upload", self.file(mp4(2 * MEBIBYTE)), "--parallel", "2",
+                               "--segment-size", "500000")
+        console.expect(" MB")
+        console.type("\x03")
+        self.assertEqual(console.finish(), 130)
+        self.assertIn("kelo: interrupted; the video is not uploaded", console.output)
+
+    def test_at_a_question(self):
+        self.fault(action={"type": "error", "code": 103, "message": "Again"})
+        console = self.console("upload", self.file(mp4(5000)))
+        console.expect("User name")
+        console.type("\x03")
+        self.assertEqual(console.finish(), 130)
+
+
+class UploadProgress(Upload):
+    def test_one_bar_at_a_terminal(self):
+        self.set("upload-rate", bytesPerSecond=2_000_000)
+        self.set("processing-time", seconds=1)
+        console = self.console("upload", self.file(mp4(2_000_000)), "--segment-size", "500000")
+        self.assertEqual(console.finish(), 0)
+        shown = [int(one) for one in re.findall(r"\] (\d+) %, [\d.]+ of 2\.0 MB", console.output)]
+        self.assertGreater(len(shown), 5)
+        self.assertEqual(shown, sorted(shown))
+        self.assertEqual(shown[-1], 100)
+        self.assertIn("the service is at work", console.output)
+        self.assertRegex(console.output.splitlines()[-1], r"video \w+: succeeded")
+
+    def test_silent_elsewhere(self):
+        done = self.kelo("upload", self.file(mp4(100_000)))
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+
+
+if __name__ == "__main__":
+    unittest.main()
