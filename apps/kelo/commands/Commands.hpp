@@ -41,10 +41,10 @@ Command addCache(CLI::App& app);
 Command addServe(CLI::App& app);
 
 inline std::vector<Command> addCommands(CLI::App& app) {
-    return {addMe(app),       addTimeline(app), addLike(app),     addUnlike(app), addRekelo(app),
-            addUnrekelo(app), addFollow(app),   addUnfollow(app), addBoost(app),  addLoops(app),
-            addUpload(app),   addViews(app),    addSounds(app),   addDownload(app),
-            addCache(app),    addServe(app)};
+    return {addMe(app),     addTimeline(app), addLike(app),   addUnlike(app),
+            addRekelo(app), addUnrekelo(app), addFollow(app), addUnfollow(app),
+            addBoost(app),  addLoops(app),    addUpload(app), addViews(app),
+            addSounds(app), addDownload(app), addCache(app),  addServe(app)};
 }
 
 } // namespace KeloHost
