@@ -80,6 +80,7 @@ void Request::progress(Progress observer) {
     const std::lock_guard lock(_guarded->mutex);
     if (!_guarded->delivered) {
         _guarded->progress.swap(observer); // the old one goes without the lock
+        postReport();
     }
 }
 
@@ -142,7 +143,12 @@ void Request::reportProgress(std::int64_t total, std::int64_t expected) {
     }
     _guarded->total = total;
     _guarded->expected = expected;
-    if (!_guarded->reportPosted) {
+    postReport();
+}
+
+void Request::postReport() {
+    // Where nobody listens, the main thread is not woken for each run of bytes.
+    if (_guarded->progress && !_guarded->reportPosted && _guarded->total != _guarded->reported) {
         _guarded->reportPosted = true;
         MainQueue::main().async([self = shared_from_this()] { self->deliverProgress(); });
     }

@@ -94,6 +94,7 @@ private:
     void start(Transport& transport);
     void complete(std::optional<Error> error);
     void serve(const Serializer& serializer);
+    void postReport();
     void deliverProgress();
     void endProgress();
 
