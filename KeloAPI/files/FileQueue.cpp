@@ -85,7 +85,8 @@ std::shared_ptr<FileEndpoint> FileQueue::enqueueFile(const std::shared_ptr<FileE
     auto replaced = _remoteUrls.contains(endpoint) ? removeFirst(endpoint) : nullptr;
     const auto place =
         std::partition_point(_queuedFiles.begin(), _queuedFiles.end(), [&](const auto& queued) {
-            return _priorities.at(queued) >= priority;
+            const auto found = _priorities.find(queued);
+            return found == _priorities.end() || found->second >= priority;
         });
     _queuedFiles.insert(place, endpoint);
     _remoteUrls.insert_or_assign(endpoint, url);

@@ -66,17 +66,16 @@ double timeIntervalSince1970(Date date) {
 
 Date dateSinceNow(double seconds) {
     using Duration = Date::duration;
-    const std::chrono::duration<double, Duration::period> wanted(seconds * 1e6);
-    const Duration elapsed = now().time_since_epoch();
-    // In doubles first: an integer that overflows is no instant at all.
-    const double instant = static_cast<double>(elapsed.count()) + wanted.count();
+    // In doubles, which tell every microsecond until the year 2255: an integer that overflows is no
+    // instant at all.
+    const double instant = static_cast<double>(now().time_since_epoch().count()) + seconds * 1e6;
     if (!(instant > static_cast<double>(Duration::min().count()))) {
         return Date(Duration::min());
     }
     if (instant >= static_cast<double>(Duration::max().count())) {
         return Date(Duration::max());
     }
-    return Date(elapsed + Duration(static_cast<Duration::rep>(wanted.count())));
+    return Date(Duration(static_cast<Duration::rep>(instant)));
 }
 
 std::optional<Date> DateFormatter::date(std::string_view text) const {

@@ -6,7 +6,9 @@
 #include <cerrno>
 #include <filesystem>
 #include <memory>
+#include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace KeloAPI {
 
@@ -31,30 +33,36 @@ std::int64_t modificationOf(const std::string& path) {
 
 } // namespace
 
-std::vector<DirectoryEntry> entriesOf(const std::string& directory,
-                                      const std::function<bool(std::string_view name)>& wanted) {
+std::vector<std::string> namesIn(const std::string& directory) {
     const std::unique_ptr<DIR, Closer> stream(opendir(directory.c_str()));
     if (!stream) {
         fail("cannot list", directory);
     }
-    std::vector<DirectoryEntry> entries;
-    std::string path = directory;
-    while (true) {
-        errno = 0;
-        // Safe on any thread: the stream is this call's own.
-        const dirent* entry = readdir(stream.get());
-        if (entry == nullptr) {
-            break;
-        }
+    std::vector<std::string> names;
+    errno = 0; // only so do the end and an error differ
+    while (const dirent* entry = readdir(stream.get())) {
         const std::string_view name = entry->d_name;
-        if (name != "." && name != ".." && wanted(name)) {
-            path.resize(directory.size());
-            path += name;
-            entries.push_back({std::string(name), modificationOf(path)});
+        if (name != "." && name != "..") {
+            names.emplace_back(name);
         }
+        errno = 0;
     }
     if (errno != 0) {
         fail("cannot list", directory);
+    }
+    return names;
+}
+
+std::vector<DirectoryEntry> entriesOf(const std::string& directory,
+                                      const std::function<bool(std::string_view name)>& wanted) {
+    std::vector<DirectoryEntry> entries;
+    std::string path = directory;
+    for (std::string& name : namesIn(directory)) {
+        if (wanted(name)) {
+            path.resize(directory.size());
+            path += name;
+            entries.push_back({std::move(name), modificationOf(path)});
+        }
     }
     return entries;
 }

@@ -14,8 +14,12 @@ struct DirectoryEntry {
     std::int64_t modified = 0;
 };
 
-/// The entries of `directory` whose names `wanted` takes, in the system's order and without "." and
-/// "..". A name is put behind `directory` as it is, so that brings its own "/" at its end. Throws
+/// The names in `directory`, in the system's order and without "." and "..". Throws
+/// `std::filesystem::filesystem_error` when it cannot be read.
+std::vector<std::string> namesIn(const std::string& directory);
+
+/// The entries of `directory` whose names `wanted` takes, in the same order. A name is put behind
+/// `directory` as it is, so that brings its own "/" at its end. Throws
 /// `std::filesystem::filesystem_error` when the directory cannot be read or one of the entries
 /// cannot be examined; links are not followed.
 std::vector<DirectoryEntry> entriesOf(const std::string& directory,

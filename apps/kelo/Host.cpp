@@ -71,7 +71,10 @@ void Host::end() {
     MainQueue::main().stop();
 }
 
-void Host::end(const Error& error) {
+void Host::fail(const Error& error) {
+    if (hearsAgain(error)) {
+        return;
+    }
     if (_options.verbose) {
         Diagnostics::write(error.description());
     }

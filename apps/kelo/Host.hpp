@@ -39,9 +39,11 @@ public:
     /// If the user gives up, the program ends without that second call.
     bool hearsAgain(const KeloAPI::Error& error) const;
 
-    /// Ends the program: well, with what a call reported, or with a failure.
+    /// Takes what a call reported: ends the program with it, unless the call is heard again.
+    void fail(const KeloAPI::Error& error);
+
+    /// Ends the program: well, or with a failure.
     void end();
-    void end(const KeloAPI::Error& error);
     void end(Failure failure);
 
     /// A call has succeeded with the session as it is: when that is refused later, the user may

@@ -150,7 +150,7 @@ void Recovery::signInFailed(const Error& error) {
     }
     if (!code) {
         releaseRetries(SessionType::Authenticated, false);
-        _host.end(error);
+        _host.fail(error);
         return;
     }
     _reason = error.localizedDescription();

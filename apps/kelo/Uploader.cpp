@@ -283,7 +283,7 @@ void Uploader::fail(const Error& error) {
     _progress.clear();
     _hasEnded = true;
     _events.clear();
-    _host->end(error);
+    _host->fail(error);
 }
 
 void Uploader::fail(const Failure& failure) {

@@ -166,13 +166,17 @@ void smallFilesByLoop(benchmark::State& state) {
                             state.iterations());
 }
 
+void fill(const ScratchFolder& folder) {
+    for (int i = 0; i < cachedFiles; ++i) {
+        std::ofstream(folder.path("video-" + std::to_string(i) + ".mp4"));
+    }
+}
+
 /// A folder of many files, of which nothing is to be trimmed.
 const ScratchFolder& largeCache() {
     static const auto* instance = [] {
         auto* made = new ScratchFolder;
-        for (int i = 0; i < cachedFiles; ++i) {
-            std::ofstream(made->path("video-" + std::to_string(i) + ".mp4"));
-        }
+        fill(*made);
         return made;
     }();
     return *instance;
@@ -192,12 +196,6 @@ void listCacheByLs(benchmark::State& state) {
             state.SkipWithError("ls failed");
             break;
         }
-    }
-}
-
-void fill(const ScratchFolder& folder) {
-    for (int i = 0; i < cachedFiles; ++i) {
-        std::ofstream(folder.path("video-" + std::to_string(i) + ".mp4"));
     }
 }
 

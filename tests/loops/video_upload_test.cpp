@@ -121,6 +121,9 @@ TEST(VideoUploadParser, BearsAnyNumberOfSeconds) {
     EXPECT_EQ(expiry("1e300"), Date::max());
     EXPECT_EQ(expiry("-1e300"), Date::min());
     EXPECT_EQ(expiry("9223372036855"), Date::max());
+    EXPECT_EQ(expiry("-9230000000000"), Date::min());
+    // From now, that is an instant; as a span of time alone, it would be beyond 64 bits.
+    EXPECT_NEAR(secondsFromNow(expiry("-9224000000000")), -9224000000000.0, 5);
 }
 
 } // namespace KeloAPI

@@ -179,6 +179,22 @@ TEST_F(RequestTest, MergesReportsThatTheMainQueueIsTooSlowFor) {
     EXPECT_THAT(progress, ElementsAre(Report{10, 10, -1})) << "an unknown total is -1";
 }
 
+TEST_F(RequestTest, WakesTheMainQueueForProgressOnlyWhereSomebodyListens) {
+    std::vector<MainQueue::Task> posted;
+    const auto request = manager.request(FixedRequest());
+    transport->head(200, 6);
+    MainQueue::main().setExecutor([&](MainQueue::Task task) { posted.push_back(std::move(task)); });
+    transport->data("1234");
+    EXPECT_TRUE(posted.empty());
+    MainQueue::main().setExecutor({});
+    watchProgress(*request);
+    ASSERT_TRUE(runUntil([&] { return progress.size() == 1; })) << "told of what moved before";
+    transport->data("56");
+    ASSERT_TRUE(runUntil([&] { return progress.size() == 2; }));
+    EXPECT_THAT(progress, ElementsAre(Report{4, 4, 6}, Report{2, 6, 6}));
+    transport->complete();
+}
+
 TEST_F(RequestTest, ReportsNothingWhenNothingMoved) {
     const auto request = manager.request(FixedRequest());
     watchProgress(*request);

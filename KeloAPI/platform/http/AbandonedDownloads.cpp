@@ -1,19 +1,16 @@
+#include <KeloAPI/platform/Directory.hpp>
 #include <KeloAPI/platform/http/AbandonedDownloads.hpp>
 #include <KeloAPI/platform/NeverDestroyed.hpp>
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
-#include <memory>
+#include <filesystem>
 #include <mutex>
-#include <optional>
 #include <set>
-#include <vector>
 
 namespace KeloAPI::AbandonedDownloads {
 
@@ -23,6 +20,8 @@ constexpr std::string_view prefix = ".download-";
 constexpr std::string_view suffix = ".part";
 constexpr std::string_view digits = "0123456789abcdef";
 constexpr std::size_t randomBytes = 16;
+/// A folder is cleared once in the life of each process: this many starts in a row is no accident.
+constexpr int mostAttempts = 100;
 
 struct Cleared {
     std::mutex mutex;
@@ -32,25 +31,6 @@ struct Cleared {
 Cleared& cleared() {
     static NeverDestroyed<Cleared> instance;
     return *instance;
-}
-
-struct Closer {
-    void operator()(DIR* directory) const { closedir(directory); }
-};
-
-/// Absent where the directory cannot be read.
-std::optional<std::vector<std::string>> temporaryNamesIn(const std::string& directory) {
-    const std::unique_ptr<DIR, Closer> stream(opendir(directory.empty() ? "." : directory.c_str()));
-    if (!stream) {
-        return std::nullopt;
-    }
-    std::vector<std::string> names;
-    while (const dirent* entry = readdir(stream.get())) {
-        if (isTemporaryName(entry->d_name)) {
-            names.emplace_back(entry->d_name);
-        }
-    }
-    return names;
 }
 
 void removeIfAbandoned(const std::string& path) {
@@ -93,7 +73,7 @@ int create(const std::string& path) {
     // Opened by hand because the system's temporary files are private, and what this becomes is an
     // ordinary file: the process's mask cannot be read without changing it for all threads.
     constexpr int flags = O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC;
-    while (true) {
+    for (int attempt = 0; attempt < mostAttempts; ++attempt) {
         const int file = open(path.c_str(), flags, 0666);
         if (file < 0) {
             return file;
@@ -101,28 +81,31 @@ int create(const std::string& path) {
         // A file system without locks does without them: nothing is cleared there either.
         while (flock(file, LOCK_EX) != 0 && errno == EINTR) {
         }
-        struct stat attributes {};
-        if (fstat(file, &attributes) == 0 && attributes.st_nlink > 0) {
+        if (access(path.c_str(), F_OK) == 0) {
             return file;
         }
         // Another process took it for abandoned before it was locked.
         close(file);
     }
+    errno = ESTALE;
+    return -1;
 }
 
 void clear(const std::string& directory) {
+    const std::string place = directory.empty() ? "./" : directory + "/";
     const std::lock_guard lock(cleared().mutex);
     if (cleared().directories.contains(directory)) {
         return;
     }
-    const auto names = temporaryNamesIn(directory);
-    if (!names) {
-        return;
-    }
-    cleared().directories.insert(directory);
-    const bool whole = directory.empty() || directory.ends_with('/');
-    for (const std::string& name : *names) {
-        removeIfAbandoned(directory + (whole ? "" : "/") + name);
+    try {
+        for (const std::string& name : namesIn(place)) {
+            if (isTemporaryName(name)) {
+                removeIfAbandoned(place + name);
+            }
+        }
+        cleared().directories.insert(directory);
+    } catch (const std::filesystem::filesystem_error&) {
+        // Another call may find it readable.
     }
 }
 

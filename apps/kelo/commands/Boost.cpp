@@ -25,8 +25,8 @@ void sendBoost(const std::shared_ptr<Host>& host, const Arguments& arguments) {
             host->output().done(arguments.boost + " feedback on " + arguments.kind, arguments.id,
                                 std::nullopt);
             host->end();
-        } else if (!host->hearsAgain(*result.error())) {
-            host->end(*result.error());
+        } else {
+            host->fail(*result.error());
         }
     };
     const auto endpoint = RecommendationsEndpoint::create();

@@ -25,8 +25,8 @@ Command add(CLI::App& app, const char* name, const char* description, bool follo
                                                           : "no longer following user",
                                                 *userId, std::nullopt);
                             host->end();
-                        } else if (!host->hearsAgain(*result.error())) {
-                            host->end(*result.error());
+                        } else {
+                            host->fail(*result.error());
                         }
                     });
             }};

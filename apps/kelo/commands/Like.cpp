@@ -22,8 +22,8 @@ void toggleLike(const std::shared_ptr<Host>& host, const std::string& postId, bo
             host->output().done(on ? "liked post" : "unliked post", *post->postId,
                                 success->item ? success->item->likeId : std::nullopt);
             host->end();
-        } else if (!host->hearsAgain(*result.error())) {
-            host->end(*result.error());
+        } else {
+            host->fail(*result.error());
         }
     });
 }

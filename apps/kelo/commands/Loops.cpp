@@ -44,8 +44,8 @@ void submitLoops(const std::shared_ptr<Host>& host, const std::string& postId, s
                 host->output().done("reported " + std::to_string(count) + " loops of post", postId,
                                     std::nullopt);
                 host->end();
-            } else if (!host->hearsAgain(*error)) {
-                host->end(*error);
+            } else {
+                host->fail(*error);
             }
         });
     KLWatchPost post;

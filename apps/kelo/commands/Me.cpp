@@ -16,8 +16,8 @@ void showMe(const std::shared_ptr<Host>& host) {
         if (const auto* success = result.success()) {
             host->output().user(*success->user);
             host->end();
-        } else if (!host->hearsAgain(*result.error())) {
-            host->end(*result.error());
+        } else {
+            host->fail(*result.error());
         }
     });
 }

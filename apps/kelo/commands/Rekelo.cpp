@@ -24,8 +24,8 @@ void toggleRekelo(const std::shared_ptr<Host>& host, const std::shared_ptr<KLWat
                                 *post->postId,
                                 success->item ? success->item->rekeloId : std::nullopt);
             host->end();
-        } else if (!host->hearsAgain(*result.error())) {
-            host->end(*result.error());
+        } else {
+            host->fail(*result.error());
         }
     });
 }
@@ -54,8 +54,8 @@ private:
             self->_progress.clear();
             if (const auto* success = result.success()) {
                 self->received(*success);
-            } else if (!self->_host->hearsAgain(*result.error())) {
-                self->_host->end(*result.error());
+            } else {
+                self->_host->fail(*result.error());
             }
         });
     }

@@ -21,8 +21,8 @@ void showSounds(const std::shared_ptr<Host>& host) {
             if (!error) {
                 host->output().sounds(sounds);
                 host->end();
-            } else if (!host->hearsAgain(*error)) {
-                host->end(*error);
+            } else {
+                host->fail(*error);
             }
         });
 }

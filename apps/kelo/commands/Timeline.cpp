@@ -55,8 +55,8 @@ private:
             self->_progress.clear();
             if (const auto* success = result.success()) {
                 self->received(*success);
-            } else if (!self->_host->hearsAgain(*result.error())) {
-                self->_host->end(*result.error());
+            } else {
+                self->_host->fail(*result.error());
             }
         });
     }

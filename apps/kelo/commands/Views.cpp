@@ -23,8 +23,8 @@ void showViews(const std::shared_ptr<Host>& host, const std::string& longformId)
                     host->end();
                 } else if (!error) {
                     host->end(Failure(ExitCode::Failed, "the service names no views"));
-                } else if (!host->hearsAgain(*error)) {
-                    host->end(*error);
+                } else {
+                    host->fail(*error);
                 }
             });
 }
@@ -34,8 +34,8 @@ void submitView(const std::shared_ptr<Host>& host, const std::string& longformId
         if (!error) {
             host->output().done("reported a view of video", longformId, std::nullopt);
             host->end();
-        } else if (!host->hearsAgain(*error)) {
-            host->end(*error);
+        } else {
+            host->fail(*error);
         }
     });
 }

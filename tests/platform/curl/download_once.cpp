@@ -3,32 +3,18 @@
 //
 //   download-once URL CERTIFICATE DESTINATION
 
+#include "../../support/GetRequest.hpp"
+
 #include <KeloAPI/platform/http/Manager.hpp>
 #include <KeloAPI/platform/MainQueue.hpp>
 
 #include <cstdio>
-#include <fstream>
-#include <iterator>
 #include <optional>
 #include <string>
 
 namespace {
 
 using namespace KeloAPI;
-
-class Get final : public URLRequestConvertible {
-public:
-    explicit Get(URL url) { _request.url = std::move(url); }
-    KeloAPI::URLRequest URLRequest() const override { return _request; }
-
-private:
-    KeloAPI::URLRequest _request;
-};
-
-std::string contents(const char* path) {
-    std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 } // namespace
 
@@ -37,14 +23,14 @@ int main(int argc, char** argv) {
         return 2;
     }
     const auto url = URL::parse(argv[1]);
-    const auto certificate = Certificate::fromPEM(contents(argv[2]));
+    const auto certificate = Certificate::fromPEM(support::contentsOf(argv[2]));
     if (!url || !certificate) {
         return 3;
     }
     Manager manager(ServerTrustPolicyManager({{"localhost", PinCertificates{{*certificate}}}}));
     std::optional<std::string> outcome;
     const URL destination = URL::fileURL(argv[3]);
-    manager.download(Get(*url), [&](const HTTPResponse&) { return destination; })
+    manager.download(support::GetRequest(url), [&](const HTTPResponse&) { return destination; })
         ->response([&](const ResponseContent& content, Timeline) -> Request::Completion {
             return [&, text = content.error ? content.error->description() : std::string()] {
                 outcome = text;

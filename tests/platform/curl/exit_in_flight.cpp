@@ -6,13 +6,14 @@
 // says when the transport is destroyed: early, which is before the network threads are asked to
 // park, late, which is after that, or never. The exit status is 7.
 
+#include "../../support/GetRequest.hpp"
+
 #include <KeloAPI/platform/curl/CurlTransport.hpp>
 
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <thread>
 
@@ -27,9 +28,11 @@ struct Plan {
     std::string port;
     std::chrono::steady_clock::time_point when;
     CurlTransport* transport = nullptr;
+    /// Two network threads may get there; only one thread may call `exit`.
+    std::atomic<bool> left = false;
 
-    void exitIf(std::string_view here) const {
-        if (way == here && std::chrono::steady_clock::now() >= when) {
+    void exitIf(std::string_view here) {
+        if (way == here && std::chrono::steady_clock::now() >= when && !left.exchange(true)) {
             std::exit(expectedStatus);
         }
     }
@@ -38,7 +41,7 @@ struct Plan {
 /// Asks again as soon as it has been answered.
 class Asker : public ExchangeObserver, public std::enable_shared_from_this<Asker> {
 public:
-    Asker(const Plan& plan, const std::string& url)
+    Asker(Plan& plan, const std::string& url)
         : _plan(plan)
         , _url(url) {}
 
@@ -62,14 +65,9 @@ public:
     }
 
 private:
-    const Plan& _plan;
+    Plan& _plan;
     std::string _url;
 };
-
-std::string contents(const char* path) {
-    std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 } // namespace
 
@@ -85,7 +83,7 @@ int main(int argc, char** argv) {
         static CurlTransport transport{ServerTrustPolicyManager()};
         plan.transport = &transport;
     }
-    const auto certificate = Certificate::fromPEM(contents(argv[4]));
+    const auto certificate = Certificate::fromPEM(support::contentsOf(argv[4]));
     if (!certificate) {
         return 3;
     }

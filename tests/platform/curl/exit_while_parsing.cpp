@@ -5,7 +5,10 @@
 //
 // WAY says who calls `exit`, and from where: main, return, or queue, which is a response queue
 // between two parses. LIFE says whether the managers are destroyed by the exit (early) or not at
-// all (never). MICROSECONDS are counted from the first parse. The exit status is 7.
+// all (never). MICROSECONDS are counted from the first parse that finds the program set up. The
+// exit status is 7.
+
+#include "../../support/GetRequest.hpp"
 
 #include <KeloAPI/platform/http/Manager.hpp>
 #include <KeloAPI/platform/http/ResponseSerializers.hpp>
@@ -14,8 +17,6 @@
 
 #include <atomic>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <thread>
 #include <vector>
@@ -33,7 +34,12 @@ constexpr int parsesOfAnAnswer = 1'000;
 struct Plan {
     std::string way;
     std::chrono::microseconds after{0};
+    /// The main thread is done with the managers: what it would do to them while another thread
+    /// leaves the process is not what is tested here.
+    std::atomic<bool> ready = false;
     std::atomic<Clock::rep> firstParse = 0;
+    /// Only one thread may call `exit`.
+    std::atomic<bool> left = false;
 
     bool due() const {
         const Clock::rep first = firstParse;
@@ -42,35 +48,22 @@ struct Plan {
     Clock::rep ticks() const { return std::chrono::duration_cast<Clock::duration>(after).count(); }
 };
 
-std::string contents(const char* path) {
-    std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-class Get final : public URLRequestConvertible {
-public:
-    explicit Get(URL url) { _request.url = std::move(url); }
-    KeloAPI::URLRequest URLRequest() const override { return _request; }
-
-private:
-    KeloAPI::URLRequest _request;
-};
-
 void parse(const ResponseContent& content, Plan& plan) {
-    Clock::rep none = 0;
-    plan.firstParse.compare_exchange_strong(none, Clock::now().time_since_epoch().count());
+    if (Clock::rep none = 0; plan.ready) {
+        plan.firstParse.compare_exchange_strong(none, Clock::now().time_since_epoch().count());
+    }
     // The exit may have cancelled it.
     if (!serializeJSON(content) && !content.error) {
         _exit(4);
     }
-    if (plan.way == "queue" && plan.due()) {
+    if (plan.way == "queue" && plan.due() && !plan.left.exchange(true)) {
         std::exit(expectedStatus);
     }
 }
 
 /// Parses one answer many times over, as a queue full of answers would.
 void ask(Manager& manager, const URL& url, Plan& plan) {
-    const auto request = manager.request(Get(url));
+    const auto request = manager.request(support::GetRequest(url));
     for (int i = 0; i < parsesOfAnAnswer; ++i) {
         request->response([&plan](const ResponseContent& content, Timeline) {
             parse(content, plan);
@@ -89,7 +82,7 @@ int main(int argc, char** argv) {
     plan.way = argv[1];
     const bool early = std::string_view(argv[2]) == "early";
     plan.after = std::chrono::microseconds(std::strtol(argv[5], nullptr, 10));
-    const auto certificate = Certificate::fromPEM(contents(argv[4]));
+    const auto certificate = Certificate::fromPEM(support::contentsOf(argv[4]));
     const auto url = URL::parse(std::string("https://localhost:") + argv[3] + "/records");
     if (!certificate || !url) {
         return 3;
@@ -107,6 +100,7 @@ int main(int argc, char** argv) {
         static const auto* kept = new std::vector<std::shared_ptr<Manager>>(std::move(made));
         static_cast<void>(kept);
     }
+    plan.ready = true;
     if (plan.way == "queue") {
         while (true) {
             pause();

@@ -1,3 +1,4 @@
+#include "../../support/GetRequest.hpp"
 #include "../../support/Nginx.hpp"
 #include "../../support/Sanitizers.hpp"
 #include "../../support/TemporaryFolder.hpp"
@@ -14,15 +15,6 @@ namespace KeloAPI::support {
 namespace {
 
 constexpr std::uintmax_t fourGiB = std::uintmax_t{4} << 30U;
-
-class Get final : public URLRequestConvertible {
-public:
-    explicit Get(const std::string& url) { _request.url = URL::parse(url); }
-    KeloAPI::URLRequest URLRequest() const override { return _request; }
-
-private:
-    KeloAPI::URLRequest _request;
-};
 
 long peakKilobytes() {
     rusage usage{};
@@ -56,7 +48,7 @@ TEST(LargeDownload, OfMoreThanFourGiBKeepsTheMemoryFlat) {
     std::int64_t received = 0;
     std::int64_t expected = 0;
     bool done = false;
-    const auto request = manager.download(Get(nginx.url("/files/large.mp4")),
+    const auto request = manager.download(GetRequest(URL::parse(nginx.url("/files/large.mp4"))),
                                           [&](const HTTPResponse&) { return destination; });
     const long before = peakKilobytes();
     request->progress([&](std::int64_t, std::int64_t total, std::int64_t all) {
