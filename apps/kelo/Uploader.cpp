@@ -55,7 +55,7 @@ std::string bar(double fraction) {
 
 std::string megabytes(double bytes) {
     char text[32];
-    std::snprintf(text, sizeof text, "%.1f", bytes / 1e6);
+    (void)std::snprintf(text, sizeof text, "%.1f", bytes / 1e6);
     return text;
 }
 

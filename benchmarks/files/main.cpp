@@ -1,7 +1,8 @@
 // Video files: a large one against the curl program, many small ones through a queue against a bare
 // loop over libcurl, a large cache directory against ls, and a long queue.
 #include "benchmarks/files/CurlClients.hpp"
-#include "benchmarks/files/MediaServer.hpp"
+#include "benchmarks/support/MediaServer.hpp"
+#include "benchmarks/support/Process.hpp"
 #include "benchmarks/support/RatioReporter.hpp"
 
 #include <KeloAPI/api/Api.hpp>
@@ -9,8 +10,6 @@
 #include <KeloAPI/platform/http/Manager.hpp>
 #include <KeloAPI/platform/MainQueue.hpp>
 #include <KeloAPI/testing/ScriptedTransport.hpp>
-
-#include <sys/resource.h>
 
 #include <chrono>
 #include <cstdlib>
@@ -29,16 +28,19 @@ constexpr int smallFiles = 1'000;
 constexpr int cachedFiles = 100'000;
 constexpr int requests = 10'000;
 
-const MediaServer& server() {
-    static const auto* instance = [] {
-        auto* made = new MediaServer;
-        made->add("large.mp4", largeBytes);
+class FilledServer : public MediaServer {
+public:
+    FilledServer() {
+        add("large.mp4", largeBytes);
         for (int i = 0; i < smallFiles; ++i) {
-            made->add(std::to_string(i) + ".mp4", smallBytes);
+            add(std::to_string(i) + ".mp4", smallBytes);
         }
-        return made;
-    }();
-    return *instance;
+    }
+};
+
+const MediaServer& server() {
+    static const FilledServer instance; // ends with the program
+    return instance;
 }
 
 std::vector<std::string> smallNames() {
@@ -47,15 +49,6 @@ std::vector<std::string> smallNames() {
         names.push_back(std::to_string(i) + ".mp4");
     }
     return names;
-}
-
-double processorSeconds() {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    const auto seconds = [](const timeval& time) {
-        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
-    };
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
 /// The registry's session over the network, or over another transport.
@@ -67,10 +60,6 @@ std::shared_ptr<FileManager> cacheIn(const ScratchFolder& folder) {
     auto manager = FileManager::sharedGroupManager("/bench/");
     manager->setDocumentsDirectory(folder.path(""));
     return manager;
-}
-
-void reportProcessor(benchmark::State& state, double seconds) {
-    state.counters["cpu_s"] = benchmark::Counter(seconds, benchmark::Counter::kAvgIterations);
 }
 
 void largeFile(benchmark::State& state) {
@@ -172,14 +161,15 @@ void fill(const ScratchFolder& folder) {
     }
 }
 
+class LargeCache : public ScratchFolder {
+public:
+    LargeCache() { fill(*this); }
+};
+
 /// A folder of many files, of which nothing is to be trimmed.
 const ScratchFolder& largeCache() {
-    static const auto* instance = [] {
-        auto* made = new ScratchFolder;
-        fill(*made);
-        return made;
-    }();
-    return *instance;
+    static const LargeCache instance; // goes with the program
+    return instance;
 }
 
 void listCache(benchmark::State& state) {

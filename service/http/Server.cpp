@@ -267,7 +267,7 @@ Answer Server::answerStream(Connection& connection, Request request,
     });
     // The route shall not mistake the first bytes for all.
     Request withoutBody = request;
-    const Answer answer = this->answer(connection, withoutBody, body);
+    Answer answer = this->answer(connection, withoutBody, body);
     body.skip();
     log_.add(request, bodyBytes, hash.text());
     return answer;

@@ -125,6 +125,16 @@ std::string Nginx::configuration() const {
            "    location /files { root " +
            root +
            "; dav_methods PUT; }\n"
+           "    location /upload { proxy_pass http://unix:" +
+           root +
+           "/behind.sock; proxy_pass_request_body off; proxy_set_header Content-Length \"\";\n"
+           "      client_body_buffer_size 16m; }\n"
+           "  }\n"
+           "  server {\n"
+           "    listen unix:" +
+           root +
+           "/behind.sock;\n"
+           "    location / { default_type application/json; return 200 '{\"data\":{}}'; }\n"
            "  }\n"
            "}\n";
 }

@@ -12,7 +12,8 @@ namespace KeloAPI::support {
 /// An nginx of its own on loopback, with HTTP/2, as a child of the test in a temporary folder.
 ///
 /// /quick answers at once, /slow for about a second, /stalling begins and then sends next to
-/// nothing, /moved redirects to /quick; /files takes PUT and GET. Answers name the protocol and the
+/// nothing, /moved redirects to /quick; /files takes PUT and GET; /upload takes any body whole and
+/// answers as the service does where it has nothing to tell. Answers name the protocol and the
 /// connection in X-Protocol and X-Connection.
 class Nginx {
 public:

@@ -2,6 +2,7 @@
 
 #include <KeloAPI/platform/Error.hpp>
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -30,11 +31,13 @@ public:
 
 private:
     bool flush();
+    bool write(std::string_view bytes);
     bool fail(const char* what);
 
     std::string _destination;
     std::string _temporary;
     std::string _pending;
+    std::size_t _written = 0;
     int _file = -1;
     std::optional<Error> _error;
 };

@@ -100,7 +100,7 @@ void Request::response(Serializer serializer) {
         }
     }
     _responseQueue->async([self = shared_from_this(), serializer = std::move(serializer)] {
-        self->serve(serializer);
+        MainQueue::main().async(self->serve(serializer));
     });
 }
 
@@ -119,20 +119,33 @@ void Request::complete(std::optional<Error> error) {
     _responseQueue->async([self = shared_from_this(), handlers = std::move(handlers),
                            error = std::move(error)]() mutable {
         self->_error = self->finish(std::move(error));
-        for (const Serializer& serializer : handlers) {
-            self->serve(serializer);
-        }
-        // Progress that was reported is delivered first; then its observer, which may hold the
-        // request, goes.
-        MainQueue::main().async([self] { self->endProgress(); });
+        self->serveAll(handlers);
     });
 }
 
-void Request::serve(const Serializer& serializer) {
+void Request::serveAll(const std::vector<Serializer>& handlers) {
+    Completion last;
+    for (const Serializer& serializer : handlers) {
+        if (last) {
+            MainQueue::main().async(std::move(last));
+        }
+        last = serve(serializer);
+    }
+    // Progress that was reported is delivered before the completions; behind them its observer,
+    // which may hold the request, goes: by the same task, because a task wakes the main thread.
+    MainQueue::main().async([self = shared_from_this(), last = std::move(last)] {
+        if (last) {
+            last();
+        }
+        self->endProgress();
+    });
+}
+
+Request::Completion Request::serve(const Serializer& serializer) const {
     const ResponseContent content{_request, _head, _body, _error};
     Timeline timeline = _timeline;
     timeline.serializationCompletedTime = timeline.requestCompletedTime;
-    MainQueue::main().async(serializer(content, timeline));
+    return serializer(content, timeline);
 }
 
 void Request::reportProgress(std::int64_t total, std::int64_t expected) {

@@ -14,6 +14,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace KeloAPI {
 
@@ -93,7 +94,8 @@ private:
 
     void start(Transport& transport);
     void complete(std::optional<Error> error);
-    void serve(const Serializer& serializer);
+    void serveAll(const std::vector<Serializer>& handlers);
+    Completion serve(const Serializer& serializer) const;
     void postReport();
     void deliverProgress();
     void endProgress();

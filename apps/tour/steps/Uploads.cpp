@@ -89,7 +89,7 @@ void sendSegments(const std::string& mediaId, const std::string& bytes) {
 
 void tell(const KLVideoUploadProcessingInfo& info) {
     char percent[32];
-    std::snprintf(percent, sizeof percent, ", %.0f %%", info.progressPercent.value_or(0));
+    (void)std::snprintf(percent, sizeof percent, ", %.0f %%", info.progressPercent.value_or(0));
     came(std::string(rawValue(info.state())) + percent);
 }
 

@@ -5,7 +5,6 @@
 
 #include <KeloAPI/platform/http/ServerTrustPolicy.hpp>
 
-#include <filesystem>
 #include <string>
 
 namespace KeloBenchmark {
@@ -20,6 +19,12 @@ public:
     void add(const std::string& name, std::size_t bytes) const;
 
     std::string url(const std::string& name) const { return _server.url("/files/" + name); }
+    /// Where bodies go that the service would take.
+    std::string uploadUrl(const std::string& name) const {
+        return _server.url("/upload/longform-videos/" + name);
+    }
+    /// Host and port.
+    std::string authority() const { return _server.url("").substr(std::string("https://").size()); }
     /// The server's certificate as a file.
     std::string certificatePath() const;
     KeloAPI::ServerTrustPolicyManager trust() const;
@@ -27,23 +32,6 @@ public:
 private:
     KeloAPI::support::TestCertificate _certificate;
     KeloAPI::support::Nginx _server;
-};
-
-/// A folder that goes with the object, in memory where the system has such a place: what is
-/// measured is the way through the library, not the disk.
-class ScratchFolder {
-public:
-    ScratchFolder();
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
-    ~ScratchFolder();
-
-    std::string path(const std::string& name) const { return (_path / name).string(); }
-    /// Removes what is in it.
-    void empty() const;
-
-private:
-    std::filesystem::path _path;
 };
 
 } // namespace KeloBenchmark

@@ -1,0 +1,157 @@
+// A long video in segments, one after another over one connection, against the curl program that
+// sends the same segments.
+#include "benchmarks/support/MediaServer.hpp"
+#include "benchmarks/support/Process.hpp"
+#include "benchmarks/support/RatioReporter.hpp"
+#include "benchmarks/support/ScratchFolder.hpp"
+
+#include <KeloAPI/api/Api.hpp>
+#include <KeloAPI/loops/LongformUploadEndpoint.hpp>
+#include <KeloAPI/platform/Diagnostics.hpp>
+#include <KeloAPI/platform/http/Manager.hpp>
+#include <KeloAPI/platform/MainQueue.hpp>
+
+#include <chrono>
+#include <fstream>
+#include <random>
+
+namespace KeloBenchmark {
+
+namespace {
+
+using namespace KeloAPI;
+
+constexpr int segments = 128;
+constexpr std::size_t segmentBytes = std::size_t{8} << 20U;
+constexpr std::int64_t videoBytes = segments * static_cast<std::int64_t>(segmentBytes);
+
+const MediaServer& server() {
+    static const MediaServer instance; // ends with the program
+    return instance;
+}
+
+/// The video, cut into files: both sides read what they send.
+class CutVideo : public ScratchFolder {
+public:
+    CutVideo() {
+        std::independent_bits_engine<std::mt19937_64, 64, std::uint64_t> random(1);
+        std::vector<std::uint64_t> words(segmentBytes / sizeof(std::uint64_t));
+        for (std::uint64_t& word : words) {
+            word = random();
+        }
+        for (int i = 0; i < segments; ++i) {
+            words.front() = static_cast<std::uint64_t>(i);
+            std::ofstream(segment(i), std::ios::binary)
+                .write(reinterpret_cast<const char*>(words.data()), segmentBytes);
+        }
+    }
+
+    std::string segment(int index) const { return path(std::to_string(index)); }
+};
+
+const CutVideo& video() {
+    static const CutVideo instance; // goes with the program
+    return instance;
+}
+
+class Delegate final : public SessionDelegate {
+public:
+    std::optional<std::string> hostForSession(Session&) override { return server().authority(); }
+    std::optional<std::string> schemaForSession(Session&) override { return std::nullopt; }
+    std::optional<std::string> sessionKeyForSession(Session&) override { return "key"; }
+    std::optional<std::string> acceptLanguageForSession(Session&) override { return std::nullopt; }
+    std::optional<std::string> userAgentForSession(Session&) override { return std::nullopt; }
+    std::optional<std::string> keloClientForSession(Session&) override { return std::nullopt; }
+    bool isPollingForSession(Session&) override { return false; }
+    void reauthRequiredForSession(Session&) override {}
+    bool shouldHandleCaptchaForSession(Session&, const URL&) override { return false; }
+};
+
+Data bytesOf(int segment) {
+    std::string bytes(segmentBytes, '\0');
+    std::ifstream(video().segment(segment), std::ios::binary).read(bytes.data(), segmentBytes);
+    return Data(std::move(bytes));
+}
+
+bool uploadSegments() {
+    const auto endpoint = LongformUploadEndpoint::create();
+    bool failed = false;
+    for (int i = 0; i < segments && !failed; ++i) {
+        bool answered = false;
+        endpoint->uploadSegment("video", bytesOf(i), i, [&](std::optional<Error> error) {
+            answered = true;
+            failed = error.has_value();
+        });
+        failed = !MainQueue::main().runUntil([&] { return answered; }, std::chrono::minutes(1)) ||
+                 failed;
+    }
+    return !failed;
+}
+
+void reportPeak(benchmark::State& state, long kilobytes) {
+    state.counters["peak_MiB"] = static_cast<double>(kilobytes) / 1024;
+}
+
+void upload(benchmark::State& state) {
+    const auto delegate = std::make_shared<Delegate>();
+    Api::setSessionDelegate(delegate);
+    Diagnostics::setSink([](std::string_view) {});
+    const auto session = Api::session(SessionType::Authenticated);
+    session->setSessionManager(std::make_shared<Manager>(server().trust()));
+    static_cast<void>(video());
+    PeakMemory peak;
+    const double before = processorSeconds();
+    for (auto _ : state) {
+        if (!uploadSegments()) {
+            state.SkipWithError("a segment failed");
+            break;
+        }
+    }
+    reportProcessor(state, processorSeconds() - before);
+    reportPeak(state, peak.kilobytes());
+    state.SetBytesProcessed(videoBytes * state.iterations());
+    session->setSessionManager(nullptr);
+}
+
+std::vector<std::string> curlCommand() {
+    std::vector<std::string> command = {"curl", "--silent", "--fail", "--cacert",
+                                        server().certificatePath()};
+    for (int i = 0; i < segments; ++i) {
+        command.insert(command.end(),
+                       {"--upload-file", video().segment(i),
+                        server().uploadUrl("video?segmentIndex=" + std::to_string(i))});
+    }
+    return command;
+}
+
+void uploadByCurl(benchmark::State& state) {
+    const auto command = curlCommand();
+    double processor = 0;
+    long peak = 0;
+    for (auto _ : state) {
+        const Spent spent = run(command);
+        if (!spent.succeeded) {
+            state.SkipWithError("curl failed");
+            break;
+        }
+        processor += spent.processorSeconds;
+        peak = std::max(peak, spent.peakKilobytes);
+    }
+    reportProcessor(state, processor);
+    reportPeak(state, peak);
+    state.SetBytesProcessed(videoBytes * state.iterations());
+}
+
+BENCHMARK(upload)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(uploadByCurl)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+} // namespace KeloBenchmark
+
+int main(int argc, char** argv) {
+    using KeloBenchmark::Clock;
+    return KeloBenchmark::runWithRatios(
+        argc, argv,
+        {{"upload-1GiB/curl", "upload/real_time", "uploadByCurl/real_time", 0.95, Clock::Wall}});
+}
