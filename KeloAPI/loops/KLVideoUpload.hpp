@@ -23,7 +23,7 @@ public:
     /// "mediaId", sent as text or as a number: names the session in every later call.
     const std::string& mediaId() const { return _mediaId; }
 
-    /// "expiresAfterSecs" from the instant of the answer: when the service forgets the session;
+    /// "expiresAfterSecs" from the moment of parsing: when the service forgets the session;
     /// absent when it does not say.
     std::optional<Date> expireDate;
     /// "processingInfo"; null until the service reports it.

@@ -17,11 +17,13 @@ namespace KeloAPI {
 /// Uploads a long-form video in segments. The host drives it: it initiates an upload session,
 /// sends segments in any order, of any size and with the indices it likes, finalizes the session,
 /// and asks for the status again after `checkAfterSeconds` until the state is final. The library
-/// keeps no timer and sends nothing by itself. A segment that is sent again after signing in again
-/// goes without its bytes: the host must send it once more.
+/// keeps no timer and retries nothing by itself, with two exceptions: a segment whose kept
+/// connection turns out to be dead goes over a new one, and a call that is released after signing
+/// in again is sent once more, a segment without its bytes, so that the host must send that again.
 ///
-/// Completions run on the main queue. Segments of one upload may be under way together where each
-/// has an endpoint of its own.
+/// Media ids go into the path as they are: one that holds "http" makes no address, which the
+/// completion hears. Completions must not be empty; they run on the main queue. Segments of one
+/// upload may be under way together where each has an endpoint of its own.
 class KELO_API LongformUploadEndpoint : public Endpoint {
 public:
     /// The upload as the service describes it, or the error in its place; null without an error

@@ -71,12 +71,17 @@ const std::string& SerialQueue::label() const {
 
 void SerialQueue::async(Task task) {
     ExitGuard::install();
-    const std::lock_guard lock(_state->mutex);
-    _state->waiting.push_back(std::move(task));
-    if (_state->thread == std::thread::id()) {
-        startThread();
+    // The queue may go with the task, before the call is over.
+    const std::shared_ptr<State> state = _state;
+    {
+        const std::lock_guard lock(state->mutex);
+        state->waiting.push_back(std::move(task));
+        if (state->thread == std::thread::id()) {
+            startThread();
+        }
     }
-    _state->somethingToDo.notify_one();
+    // Without the lock, or the thread would wake only to wait for it.
+    state->somethingToDo.notify_one();
 }
 
 void SerialQueue::startThread() {

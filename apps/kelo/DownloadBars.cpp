@@ -14,7 +14,6 @@ using namespace KeloAPI;
 namespace {
 
 constexpr std::int64_t barWidth = 24;
-constexpr std::size_t usualColumns = 80;
 /// More than that would not fit small terminals.
 constexpr std::size_t mostBars = 10;
 constexpr std::chrono::milliseconds moment(50);
@@ -81,7 +80,7 @@ void DownloadBars::show(const Files& queued, bool now) {
         return;
     }
     _shown = time;
-    const std::size_t columns = Terminal::errorColumns().value_or(usualColumns);
+    const std::size_t columns = Terminal::errorColumns().value_or(Terminal::usualColumns);
     std::vector<std::string> lines;
     for (std::size_t i = 0; i < std::min(queued.size(), mostBars); ++i) {
         lines.push_back(barLine(i + 1, _bars[queued[i]->path()], columns));

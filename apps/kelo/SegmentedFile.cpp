@@ -19,18 +19,19 @@ SegmentedFile::SegmentedFile(std::string path, std::int64_t segmentSize)
     , _segmentSize(segmentSize) {
     // Opening a pipe would wait for its writer.
     _descriptor = ::open(_path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    struct stat status {};
-    if (_descriptor < 0 || ::fstat(_descriptor, &status) != 0) {
+    if (_descriptor < 0) {
         throw Failure(ExitCode::Usage, "cannot read " + _path + ": " + std::strerror(errno));
     }
-    _size = status.st_size;
-    const char* problem = !S_ISREG(status.st_mode) ? "it is no file"
-                          : _size == 0             ? "it is empty"
-                                                   : nullptr;
-    if (problem != nullptr) {
+    struct stat status {};
+    const std::string problem = ::fstat(_descriptor, &status) != 0 ? std::strerror(errno)
+                                : !S_ISREG(status.st_mode)         ? "it is no file"
+                                : status.st_size == 0              ? "it is empty"
+                                                                   : "";
+    if (!problem.empty()) {
         ::close(_descriptor);
         throw Failure(ExitCode::Usage, "cannot upload " + _path + ": " + problem);
     }
+    _size = status.st_size;
 }
 
 SegmentedFile::~SegmentedFile() {

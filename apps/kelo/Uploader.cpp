@@ -3,6 +3,8 @@
 #include "Failure.hpp"
 #include "Host.hpp"
 #include "Output.hpp"
+#include "Terminal.hpp"
+#include "TextWidth.hpp"
 
 #include <KeloAPI/api/ResponseEnvelope.hpp>
 #include <KeloAPI/platform/http/HTTPError.hpp>
@@ -22,7 +24,8 @@ constexpr int mostTries = 3;
 constexpr double firstWait = 0.5;
 /// Where the service does not say how long to wait.
 constexpr double usualWait = 1;
-constexpr double longestWait = 60;
+/// A year: longer than anybody waits, and within what clocks can tell.
+constexpr double longestWait = 365.0 * 24 * 3600;
 constexpr std::size_t barColumns = 30;
 
 /// Errors that another try may not meet: of the connection, or of the server itself.
@@ -101,7 +104,8 @@ void Uploader::sendMore() {
         _underWay.push_back(segment);
         send(segment);
     }
-    if (_underWay.empty()) {
+    // Each segment's end comes by here; the last ones may do so together.
+    if (_underWay.empty() && !std::exchange(_isSent, true)) {
         finalize();
     }
 }
@@ -134,9 +138,10 @@ void Uploader::segmentEnded(const SegmentPointer& segment, const std::optional<E
         return;
     }
     if (error && _host->hearsAgain(*error)) {
-        segment->isRefused = true;
+        if (!std::exchange(segment->isRefused, true)) {
+            --segment->tries; // the service has not judged the segment
+        }
         segment->sent = 0;
-        --segment->tries; // the service has not judged the segment
         if (_isInterrupted) {
             endInterrupted();
         }
@@ -273,10 +278,16 @@ void Uploader::interrupt() {
 void Uploader::endInterrupted() {
     // Each call that was cancelled still tells of its end.
     if (callsUnderWay() == 0 && !_call) {
-        fail(Failure(ExitCode::Interrupted,
-                     _isFinalized ? "interrupted; the service has the video and goes on with it"
-                                  : "interrupted; the video is not uploaded"));
+        fail(Failure(ExitCode::Interrupted, "interrupted; " + whatBecameOfIt()));
     }
+}
+
+std::string Uploader::whatBecameOfIt() const {
+    if (_isFinalized) {
+        return "the service has the video and goes on with it";
+    }
+    return _isSent ? "the service may have the video, as upload " + _mediaId
+                   : "the video is not uploaded";
 }
 
 void Uploader::fail(const Error& error) {
@@ -303,13 +314,17 @@ void Uploader::showProgress() {
                              megabytes(sent) + " of " + megabytes(all) + " MB";
     if (line != _shown && !_hasEnded && !_isInterrupted) {
         _shown = line;
-        _progress.show(line);
+        show(line);
     }
 }
 
 void Uploader::showProcessing(const KLVideoUploadProcessingInfo& info) {
     const double percent = std::clamp(info.progressPercent.value_or(0), 0.0, 100.0);
-    _progress.show(bar(percent / 100) + " " + percentText(percent) + ", the service is at work");
+    show(bar(percent / 100) + " " + percentText(percent) + ", the service is at work");
+}
+
+void Uploader::show(const std::string& line) {
+    _progress.show(clipped(line, Terminal::errorColumns().value_or(Terminal::usualColumns) - 1));
 }
 
 } // namespace KeloHost

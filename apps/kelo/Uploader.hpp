@@ -70,8 +70,10 @@ private:
     void endInterrupted();
     void fail(const KeloAPI::Error& error);
     void fail(const Failure& failure);
+    std::string whatBecameOfIt() const;
     void showProgress();
     void showProcessing(const KeloAPI::KLVideoUploadProcessingInfo& info);
+    void show(const std::string& line);
 
     const std::shared_ptr<Host> _host;
     const std::unique_ptr<SegmentedFile> _file;
@@ -86,6 +88,8 @@ private:
     /// Of the call under way that is no segment.
     std::shared_ptr<KeloAPI::EndpointRequest> _call;
     int _tries = 0;
+    /// All segments have arrived, and the service is told so.
+    bool _isSent = false;
     bool _isFinalized = false;
     bool _isInterrupted = false;
     bool _hasEnded = false;

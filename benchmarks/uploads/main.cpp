@@ -11,8 +11,11 @@
 #include <KeloAPI/platform/http/Manager.hpp>
 #include <KeloAPI/platform/MainQueue.hpp>
 
+#include <array>
 #include <chrono>
+#include <cstddef>
 #include <fstream>
+#include <memory>
 #include <random>
 
 namespace KeloBenchmark {
@@ -67,21 +70,39 @@ public:
     bool shouldHandleCaptchaForSession(Session&, const URL&) override { return false; }
 };
 
-Data bytesOf(int segment) {
-    std::string bytes(segmentBytes, '\0');
-    std::ifstream(video().segment(segment), std::ios::binary).read(bytes.data(), segmentBytes);
-    return Data(std::move(bytes));
-}
+/// Reads ahead: while one segment is under way, the next is read into the other buffer.
+class SegmentReader {
+public:
+    Data read(int segment) {
+        auto& buffer = _buffers[static_cast<std::size_t>(segment) % _buffers.size()];
+        std::ifstream file(video().segment(segment), std::ios::binary);
+        file.rdbuf()->pubsetbuf(nullptr, 0); // straight into the segment's buffer
+        file.read(reinterpret_cast<char*>(buffer.get()), segmentBytes);
+        return {buffer, {buffer.get(), segmentBytes}};
+    }
+
+private:
+    static std::shared_ptr<std::byte[]> uninitialized() {
+        return std::shared_ptr<std::byte[]>(new std::byte[segmentBytes]);
+    }
+
+    std::array<std::shared_ptr<std::byte[]>, 2> _buffers = {uninitialized(), uninitialized()};
+};
 
 bool uploadSegments() {
     const auto endpoint = LongformUploadEndpoint::create();
+    SegmentReader reader;
+    Data next = reader.read(0);
     bool failed = false;
     for (int i = 0; i < segments && !failed; ++i) {
         bool answered = false;
-        endpoint->uploadSegment("video", bytesOf(i), i, [&](std::optional<Error> error) {
+        endpoint->uploadSegment("video", next, i, [&](std::optional<Error> error) {
             answered = true;
             failed = error.has_value();
         });
+        if (i + 1 < segments) {
+            next = reader.read(i + 1);
+        }
         failed = !MainQueue::main().runUntil([&] { return answered; }, std::chrono::minutes(1)) ||
                  failed;
     }

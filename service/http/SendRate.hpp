@@ -8,8 +8,8 @@ namespace KeloService {
 /// The highest rate that can be set, in bytes per second.
 inline constexpr std::int64_t highestMediaRate = 1000000000;
 
-/// How many bytes per second an answer is sent with at most; 0 for as fast as possible. A change
-/// holds for answers that are being sent, too. Safe to use from any thread.
+/// How many bytes per second an answer is sent with at most, or a segment read; 0 for as fast as
+/// possible. A change holds for what is under way, too. Safe to use from any thread.
 class SendRate {
 public:
     std::int64_t bytesPerSecond() const { return bytesPerSecond_; }

@@ -50,9 +50,18 @@ class Upload(Case):
     def uploads(self):
         return self.service.control("GET", "_service/uploads")["uploads"]
 
-    def puts(self):
+    def calls(self, method):
         seen = self.service.control("GET", "_service/requests")["requests"]
-        return [one for one in seen if one["method"] == "PUT"]
+        return [one for one in seen if one["method"] == method]
+
+    def puts(self):
+        return self.calls("PUT")
+
+    def wait_until(self, holds):
+        deadline = time.monotonic() + 20
+        while not holds():
+            self.assertLess(time.monotonic(), deadline)
+            time.sleep(0.02)
 
     def served(self, media_id):
         context = ssl.create_default_context()
@@ -98,8 +107,40 @@ class UploadFiles(Upload):
         self.assertEqual(len(self.puts()), 11)
 
     def test_tiny_segments(self):
-        self.uploaded(mp4(400), "--segment-size", "1", "--parallel", "8")
+        media_id = self.uploaded(mp4(400), "--segment-size", "1", "--parallel", "8")
         self.assertEqual(len(self.puts()), 400)
+        self.assertEqual([one["path"] for one in self.calls("POST")],
+                         ["/upload/longform-videos", f"/upload/longform-videos/{media_id}"])
+
+    def test_ends_the_upload_once_however_the_last_segments_end(self):
+        content = mp4(800)
+        path = self.file(content)
+        for run in range(10):
+            self.service.control("GET", "_service/requests")
+            before = len(self.calls("POST"))
+            self.succeeds("upload", path, "--segment-size", "50", "--parallel", "16")
+            self.assertEqual(len(self.calls("POST")) - before, 2, run)
+
+    def answers(self, info):
+        """What the service says once to the question how far it is."""
+        self.service.control("POST", "_service/faults", {
+            "match": {"method": "GET", "path": "/upload/*"},
+            "action": {"type": "body", "body": json.dumps(
+                {"data": {"mediaId": "m", **({"processingInfo": info} if info else {})}})}})
+
+    def test_waits_as_long_as_the_service_asks(self):
+        self.set("processing-time", seconds=0.01)
+        for info, least in (({"state": "pending", "checkAfterSecs": 2.5}, 2.5),
+                            ({"state": "in_progress", "checkAfterSecs": 0}, 0),
+                            ({"state": "in_progress", "checkAfterSecs": -5}, 0),
+                            ({"state": "pending"}, 1), (None, 1)):
+            with self.subTest(info=info):
+                self.answers(info)
+                start = time.monotonic()
+                self.uploaded(mp4(400))
+                self.assertGreaterEqual(time.monotonic() - start, least)
+                self.assertLess(time.monotonic() - start, least + 2)
+        self.assertEqual(self.fired(), [1] * 5)
 
     def test_json(self):
         content = mp4(5000)
@@ -140,8 +181,7 @@ class UploadFiles(Upload):
         process = subprocess.Popen([KELO, "upload", path, "--segment-size", "300000",
                                     "--parallel", "1"], stderr=subprocess.PIPE, text=True,
                                    env=self.environment)
-        while not self.puts():
-            time.sleep(0.02)
+        self.wait_until(self.puts)
         os.truncate(path, 700_000)
         self.assertIn("became shorter while it was uploaded", process.communicate(timeout=30)[1])
         self.assertEqual(process.returncode, 1)
@@ -164,6 +204,7 @@ class UploadFiles(Upload):
         self.assertLess(time.monotonic() - start, 1.8)  # one after the other takes two seconds
         self.assertGreater(len({one["connection"] for one in self.puts()}), 4)
 
+    @unittest.skipIf(os.environ.get("KELO_SANITIZE"), "sanitizers take memory of their own")
     def test_peak_memory(self):
         path = self.file(mp4(64 * MEBIBYTE))
         for parallel in (1, 4):
@@ -233,8 +274,7 @@ class UploadFailures(Upload):
         process = subprocess.Popen([KELO, "upload", self.file(mp4(600_000)), "--segment-size",
                                     "100000", "--parallel", "1"], stderr=subprocess.PIPE,
                                    text=True, env=self.environment)
-        while not self.puts():
-            time.sleep(0.02)
+        self.wait_until(self.puts)
         self.service.control("POST", f"_service/uploads/{self.uploads()[-1]['mediaId']}/expire",
                              {})
         self.assertEqual(process.communicate(timeout=30)[1],
@@ -285,8 +325,7 @@ class UploadSessions(Upload):
             [KELO, "--session", key, "--user", "mara", "--password", PASSWORD, "upload",
              self.file(content), "--segment-size", "100000", "--parallel", "4"],
             stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, env=self.environment)
-        while len(self.puts()) < 6:
-            time.sleep(0.02)
+        self.wait_until(lambda: len(self.puts()) >= 6)
         self.service.control("POST", f"_service/sessions/{key}/expire", {})
         output, errors = process.communicate(timeout=60)
         self.assertEqual((process.returncode, errors), (0, ""))
@@ -330,10 +369,7 @@ class UploadInterrupted(Upload):
     def interrupted(self, *arguments, until):
         process = subprocess.Popen([KELO, "upload", *arguments], stdout=subprocess.PIPE,
                                    stderr=subprocess.PIPE, text=True, env=self.environment)
-        deadline = time.monotonic() + 20
-        while not until():
-            self.assertLess(time.monotonic(), deadline)
-            time.sleep(0.02)
+        self.wait_until(until)
         start = time.monotonic()
         process.send_signal(signal.SIGINT)
         output, errors = process.communicate(timeout=20)

@@ -2,8 +2,13 @@
 #include "support/RegistrySession.hpp"
 
 #include <KeloAPI/loops/LongformUploadEndpoint.hpp>
+#include <KeloAPI/parsing/JsonParseError.hpp>
+#include <KeloAPI/platform/http/HTTPError.hpp>
 
 #include <gtest/gtest.h>
+
+#include <functional>
+#include <vector>
 
 namespace KeloAPI {
 
@@ -23,6 +28,12 @@ protected:
         const int before = completions;
         transport->answer(ScriptedAnswer::json(body));
         EXPECT_TRUE(runUntil([&] { return completions != before; }));
+    }
+    void expectInsufficientData(const char* what) const {
+        ASSERT_TRUE(error) << what;
+        EXPECT_EQ(error->code(), -1) << what;
+        ASSERT_NE(error->underlying(), nullptr) << what;
+        EXPECT_EQ(error->underlying()->code(), JsonParseError::InsufficientData) << what;
     }
     std::string lastUrl() const { return lastRequest().url->absoluteString(); }
 
@@ -118,11 +129,30 @@ TEST_F(LongformUploadEndpointTest, ReportsAnErrorWithoutUpload) {
     endpoint->checkStatus("m-1", note());
     answer(R"({"data": {"processingInfo": {"state": "pending"}}})");
     EXPECT_EQ(upload, nullptr);
-    EXPECT_TRUE(error) << "an answer without an identifier";
+    expectInsufficientData("an answer without an identifier");
     endpoint->checkStatus("m-1", note());
     answer(R"({"data": {"mediaId": "m-1", "processingInfo": {"state": "done"}}})");
     EXPECT_EQ(upload, nullptr);
-    EXPECT_TRUE(error) << "an unknown state";
+    expectInsufficientData("an unknown state");
+}
+
+TEST_F(LongformUploadEndpointTest, EveryHandleCancels) {
+    const std::vector<std::function<std::shared_ptr<EndpointRequest>()>> calls = {
+        [this] { return endpoint->initiateUpload(1, note()); },
+        [this] { return endpoint->finalizeUpload("m-1", note()); },
+        [this] { return endpoint->checkStatus("m-1", note()); }};
+    for (const auto& call : calls) {
+        const int before = completions;
+        const auto handle = call();
+        ASSERT_NE(handle, nullptr);
+        handle->cancel();
+        EXPECT_EQ(completions, before) << "not within the call";
+        EXPECT_TRUE(runUntil([&] { return completions != before; }));
+        EXPECT_EQ(completions, before + 1);
+        EXPECT_EQ(upload, nullptr);
+        ASSERT_TRUE(error);
+        EXPECT_TRUE(isHTTPError(*error, HTTPErrorCode::Cancelled)) << error->description();
+    }
 }
 
 TEST_F(LongformUploadEndpointTest, HasNeitherUploadNorErrorOfAnEmptyList) {

@@ -40,6 +40,7 @@ struct Plan {
     std::atomic<Clock::rep> firstParse = 0;
     /// Only one thread may call `exit`.
     std::atomic<bool> left = false;
+    std::vector<std::shared_ptr<Manager>> kept;
 
     bool due() const {
         const Clock::rep first = firstParse;
@@ -97,8 +98,7 @@ int main(int argc, char** argv) {
         static std::vector<std::shared_ptr<Manager>> destroyedAtExit;
         destroyedAtExit = std::move(made);
     } else {
-        static const auto* kept = new std::vector<std::shared_ptr<Manager>>(std::move(made));
-        static_cast<void>(kept);
+        plan.kept = std::move(made);
     }
     plan.ready = true;
     if (plan.way == "queue") {
