@@ -99,8 +99,9 @@ bool KeyedArchive::isKindOf(const PropertyList::Dictionary& entries,
     }
     const auto chain = value(*entry, Layout::classChain);
     const auto* names = chain ? _list.get<PropertyList::Array>(*chain) : nullptr;
-    return names != nullptr && std::any_of(names->elements.begin(), names->elements.end(),
-                                           [&](Reference name) { return isText(name, className); });
+    return names != nullptr && names->elements.size() <= maximumClassEntries &&
+           std::any_of(names->elements.begin(), names->elements.end(),
+                       [&](Reference name) { return isText(name, className); });
 }
 
 bool KeyedArchive::isText(std::optional<Reference> value, std::string_view text) const {

@@ -30,9 +30,9 @@ public:
         _entries.emplace_back(name, value);
     }
 
-    Reference value(PropertyList::Value value) {
-        _list.values.push_back(std::move(value));
-        return static_cast<Reference>(_list.values.size() - 1);
+    template <class T>
+    Reference value(T value) {
+        return _list.add(std::move(value));
     }
 
     /// The one value of this text, which many keys and names share.

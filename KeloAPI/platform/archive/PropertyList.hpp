@@ -49,6 +49,13 @@ struct PropertyList {
     std::vector<Value> values;
     Reference root = 0;
 
+    /// Adds a value of one of the kinds and gives its place.
+    template <class T>
+    Reference add(T value) {
+        values.emplace_back(std::in_place_type<T>, std::move(value));
+        return static_cast<Reference>(values.size() - 1);
+    }
+
     /// The value at a place of the table, when it is of this kind; null otherwise.
     template <class T>
     const T* get(Reference at) const {
