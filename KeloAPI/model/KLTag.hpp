@@ -1,0 +1,46 @@
+#pragma once
+
+#include <KeloAPI/parsing/JsonParser.hpp>
+#include <KeloAPI/platform/Export.hpp>
+#include <KeloAPI/platform/Object.hpp>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace KeloAPI {
+
+/// A hashtag. One thread at a time.
+class KELO_API KLTag final : public Object {
+public:
+    /// The name is stored with a "#" before it, unless it begins with one already.
+    KLTag(std::string tagId, std::string name);
+    /// A tag that has no identifier yet: an empty one.
+    explicit KLTag(std::string name);
+    KLTag() = delete;
+    ~KLTag() override;
+
+    /// "tagId", sent as text or as a number.
+    const std::string& tagId() const { return _tagId; }
+    /// "tagName" or "tag", with its "#".
+    const std::string& name() const { return _name; }
+    /// The name without its first "#".
+    std::string nameWithoutHash() const;
+
+    /// "postCount": posts with this tag; 0 when missing.
+    std::int64_t count = 0;
+
+private:
+    std::string _tagId;
+    std::string _name;
+};
+
+/// Needs "tagId" (text or number) and "tagName", or else "tag", as text (`InsufficientData`).
+class KELO_API KLTagParser final : public JsonParser<KLTag> {
+public:
+    KLTagParser() = default;
+    ~KLTagParser() override;
+    std::shared_ptr<KLTag> parse(const JsonObject& json) const override;
+};
+
+} // namespace KeloAPI
