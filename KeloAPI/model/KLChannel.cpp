@@ -2,6 +2,8 @@
 #include <KeloAPI/parsing/AnyObjectJsonParser.hpp>
 #include <KeloAPI/parsing/JsonTexts.hpp>
 #include <KeloAPI/parsing/KLPagedDataParser.hpp>
+#include <KeloAPI/platform/archive/KeyedArchiver.hpp>
+#include <KeloAPI/platform/archive/KeyedUnarchiver.hpp>
 
 #include <utility>
 
@@ -25,6 +27,29 @@ KLChannel::~KLChannel() = default;
 bool KLChannel::isEqual(const Object& other) const {
     const auto* channel = dynamic_cast<const KLChannel*>(&other);
     return channel != nullptr && *channel == *this;
+}
+
+void KLChannel::encodeWithCoder(KeyedArchiver& coder) const {
+    coder.encodeText(channelId, "channelId");
+    coder.encodeText(name, "name");
+    coder.encodeDate(created, "created");
+    coder.encodeURL(iconUrl, "iconUrl");
+    coder.encodeURL(iconRetinaUrl, "iconRetinaUrl");
+    coder.encodeText(fontColorHex, "fontColorHex");
+    coder.encodeText(backgroundColorHex, "backgroundColorHex");
+    coder.encodeText(channelDescription, "channelDescription");
+}
+
+std::shared_ptr<KLChannel> KLChannel::initWithCoder(KeyedUnarchiver& coder) {
+    auto channel = std::make_shared<KLChannel>(
+        coder.decodeText("channelId").value_or(""), coder.decodeText("name").value_or(""),
+        coder.decodeText("fontColorHex").value_or(black),
+        coder.decodeText("backgroundColorHex").value_or(black));
+    channel->created = coder.decodeDate("created");
+    channel->iconUrl = coder.decodeURL("iconUrl");
+    channel->iconRetinaUrl = coder.decodeURL("iconRetinaUrl");
+    channel->channelDescription = coder.decodeText("channelDescription");
+    return channel;
 }
 
 KLChannelParser::KLChannelParser(std::shared_ptr<const TimelineParser> timelineParser)

@@ -1,9 +1,9 @@
 #pragma once
 
 #include <KeloAPI/parsing/JsonParser.hpp>
+#include <KeloAPI/platform/archive/Archivable.hpp>
 #include <KeloAPI/platform/Date.hpp>
 #include <KeloAPI/platform/Export.hpp>
-#include <KeloAPI/platform/Object.hpp>
 #include <KeloAPI/platform/URL.hpp>
 
 #include <cstddef>
@@ -11,8 +11,12 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace KeloAPI {
+
+class KeyedUnarchiver;
 
 class AnyObjectJsonParser;
 class KLPagedData;
@@ -20,7 +24,7 @@ template <class P>
 class KLPagedDataParser;
 
 /// A named, coloured topic feed. One thread at a time.
-class KELO_API KLChannel final : public Object {
+class KELO_API KLChannel final : public Archivable {
 public:
     /// "channelId", sent as text or as a number.
     std::string channelId;
@@ -51,6 +55,16 @@ public:
     KLChannel(std::string channelId, std::string name, std::string fontColorHex,
               std::string backgroundColorHex);
     ~KLChannel() override;
+
+    static constexpr std::string_view archivedClassName = "KLChannel";
+    std::vector<std::string_view> archivedClassNames() const override {
+        return {archivedClassName};
+    }
+    /// Keeps identifier, name, creation, the first two icons, both colours and the description; the
+    /// other properties are lost.
+    void encodeWithCoder(KeyedArchiver& coder) const override;
+    /// Missing texts become empty ones, missing colours black.
+    static std::shared_ptr<KLChannel> initWithCoder(KeyedUnarchiver& coder);
 
     /// Whether `other` is a channel too, with the same identifier. Nothing else plays a part.
     bool isEqual(const Object& other) const;

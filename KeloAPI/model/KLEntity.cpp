@@ -1,5 +1,7 @@
 #include <KeloAPI/model/KLEntity.hpp>
 #include <KeloAPI/parsing/JsonTexts.hpp>
+#include <KeloAPI/platform/archive/KeyedArchiver.hpp>
+#include <KeloAPI/platform/archive/KeyedUnarchiver.hpp>
 
 #include <algorithm>
 #include <utility>
@@ -64,6 +66,21 @@ std::string KLEntity::applicationLink() const {
 
 bool operator==(const KLEntity& a, const KLEntity& b) {
     return a._idString == b._idString && a._type == b._type && a._title == b._title;
+}
+
+void KLEntity::encodeWithCoder(KeyedArchiver& coder) const {
+    coder.encodeText(_idString, "idString");
+    coder.encodeText(_type, "type");
+    coder.encodeText(_title, "title");
+    coder.encodeText(_link, "link");
+    coder.encodeRange(range, "range");
+}
+
+std::shared_ptr<KLEntity> KLEntity::initWithCoder(KeyedUnarchiver& coder) {
+    return std::make_shared<KLEntity>(coder.decodeText("idString"), coder.decodeText("type"),
+                                      coder.decodeText("title").value_or(""),
+                                      coder.decodeText("link").value_or(""),
+                                      coder.decodeRange("range").value_or(Range()));
 }
 
 KLEntityParser::KLEntityParser(std::string_view text) {

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <KeloAPI/parsing/JsonParser.hpp>
+#include <KeloAPI/platform/archive/Archivable.hpp>
 #include <KeloAPI/platform/Export.hpp>
-#include <KeloAPI/platform/Object.hpp>
 #include <KeloAPI/platform/Range.hpp>
 
 #include <cstddef>
@@ -16,8 +16,10 @@
 
 namespace KeloAPI {
 
+class KeyedUnarchiver;
+
 /// A stretch of a text that links somewhere. One thread at a time.
-class KELO_API KLEntity final : public Object {
+class KELO_API KLEntity final : public Archivable {
 public:
     /// Stores everything as given.
     KLEntity(std::optional<std::string> idString, std::optional<std::string> type,
@@ -38,6 +40,14 @@ public:
 
     /// The stretch, in UTF-16 code units of the text. The wire counts code points.
     Range range;
+
+    static constexpr std::string_view archivedClassName = "KLEntity";
+    std::vector<std::string_view> archivedClassNames() const override {
+        return {archivedClassName};
+    }
+    void encodeWithCoder(KeyedArchiver& coder) const override;
+    /// What is missing becomes absent, empty or an empty range; the link is taken as it was kept.
+    static std::shared_ptr<KLEntity> initWithCoder(KeyedUnarchiver& coder);
 
     /// Equal are entities of the same identifier, type and title.
     KELO_API friend bool operator==(const KLEntity& a, const KLEntity& b);

@@ -1,5 +1,7 @@
 #include <KeloAPI/model/KLTag.hpp>
 #include <KeloAPI/parsing/JsonTexts.hpp>
+#include <KeloAPI/platform/archive/KeyedArchiver.hpp>
+#include <KeloAPI/platform/archive/KeyedUnarchiver.hpp>
 
 #include <utility>
 
@@ -21,6 +23,19 @@ KLTagParser::~KLTagParser() = default;
 
 std::string KLTag::nameWithoutHash() const {
     return _name.starts_with('#') ? _name.substr(1) : _name;
+}
+
+KLTag::KLTag(KeyedUnarchiver& coder)
+    : _tagId(coder.decodeText("tagId").value_or(""))
+    , _name(coder.decodeText("name").value_or("")) {}
+
+void KLTag::encodeWithCoder(KeyedArchiver& coder) const {
+    coder.encodeText(_tagId, "tagId");
+    coder.encodeText(_name, "name");
+}
+
+std::shared_ptr<KLTag> KLTag::initWithCoder(KeyedUnarchiver& coder) {
+    return std::shared_ptr<KLTag>(new KLTag(coder));
 }
 
 std::shared_ptr<KLTag> KLTagParser::parse(const JsonObject& json) const {

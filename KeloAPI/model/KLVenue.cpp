@@ -1,6 +1,8 @@
 #include <KeloAPI/model/KLVenue.hpp>
 #include <KeloAPI/model/KLVenueCategory.hpp>
 #include <KeloAPI/parsing/JsonTexts.hpp>
+#include <KeloAPI/platform/archive/KeyedArchiver.hpp>
+#include <KeloAPI/platform/archive/KeyedUnarchiver.hpp>
 
 #include <utility>
 
@@ -64,6 +66,31 @@ void setLocation(KLVenue& venue, const JsonObject& location) {
 KLVenue::KLVenue(std::string foursquareVenueId, std::string name)
     : _foursquareVenueId(std::move(foursquareVenueId))
     , _name(std::move(name)) {}
+
+void KLVenue::encodeWithCoder(KeyedArchiver& coder) const {
+    coder.encodeText(_foursquareVenueId, "foursquareVenueId");
+    coder.encodeText(_name, "name");
+    coder.encodeText(address, "address");
+    coder.encodeText(city, "city");
+    coder.encodeText(state, "state");
+    coder.encodeText(country, "country");
+    coder.encodeDouble(latitude, "latitude");
+    coder.encodeDouble(longitude, "longitude");
+    coder.encodeObject(category, "category");
+}
+
+std::shared_ptr<KLVenue> KLVenue::initWithCoder(KeyedUnarchiver& coder) {
+    auto venue = std::make_shared<KLVenue>(coder.decodeText("foursquareVenueId").value_or(""),
+                                           coder.decodeText("name").value_or(""));
+    venue->address = coder.decodeText("address");
+    venue->city = coder.decodeText("city");
+    venue->state = coder.decodeText("state");
+    venue->country = coder.decodeText("country");
+    venue->latitude = coder.decodeDouble("latitude");
+    venue->longitude = coder.decodeDouble("longitude");
+    venue->category = coder.decodeObject<KLVenueCategory>("category");
+    return venue;
+}
 
 KLVenue::~KLVenue() = default;
 KLVenueParser::~KLVenueParser() = default;

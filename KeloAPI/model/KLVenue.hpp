@@ -1,19 +1,23 @@
 #pragma once
 
 #include <KeloAPI/parsing/JsonParser.hpp>
+#include <KeloAPI/platform/archive/Archivable.hpp>
 #include <KeloAPI/platform/Export.hpp>
-#include <KeloAPI/platform/Object.hpp>
 
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace KeloAPI {
+
+class KeyedUnarchiver;
 
 class KLVenueCategory;
 
 /// The place at which a post was made. One thread at a time.
-class KELO_API KLVenue final : public Object {
+class KELO_API KLVenue final : public Archivable {
 public:
     KLVenue(std::string foursquareVenueId, std::string name);
     KLVenue() = delete;
@@ -31,6 +35,14 @@ public:
     double longitude = 0;
     /// Null where it is not known.
     std::shared_ptr<KLVenueCategory> category;
+
+    static constexpr std::string_view archivedClassName = "KLVenue";
+    std::vector<std::string_view> archivedClassNames() const override {
+        return {archivedClassName};
+    }
+    void encodeWithCoder(KeyedArchiver& coder) const override;
+    /// Missing texts that every venue has become empty ones, missing coordinates 0.
+    static std::shared_ptr<KLVenue> initWithCoder(KeyedUnarchiver& coder);
 
 private:
     std::string _foursquareVenueId;

@@ -4,11 +4,11 @@
 
 namespace KeloAPI {
 
-/// A stretch of a text or list: where it begins and how long it is, in the units of what it belongs
-/// to.
+/// A stretch of a text or a list: where it begins and how much it covers, in units that its user
+/// names.
 struct Range {
-    std::uint64_t location = 0;
-    std::uint64_t length = 0;
+    std::int64_t location = 0;
+    std::int64_t length = 0;
 
     friend bool operator==(const Range&, const Range&) = default;
 };

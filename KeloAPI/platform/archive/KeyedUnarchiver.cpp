@@ -221,11 +221,12 @@ std::optional<Range> KeyedUnarchiver::Contents::range(Reference value) const {
         return std::nullopt;
     }
     constexpr auto highest = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
-    const Range range{location->uint64Value(), length->uint64Value()};
-    if (range.location > highest || range.length > highest - range.location) {
+    const auto start = location->uint64Value();
+    const auto size = length->uint64Value();
+    if (start > highest || size > highest - start) {
         return std::nullopt;
     }
-    return range;
+    return Range{static_cast<std::int64_t>(start), static_cast<std::int64_t>(size)};
 }
 
 KeyedUnarchiver::KeyedUnarchiver(const Data& archive)

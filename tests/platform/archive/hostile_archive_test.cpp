@@ -1,4 +1,4 @@
-#include "ArchiveFile.hpp"
+#include "support/ArchiveFile.hpp"
 #include "PropertyListFile.hpp"
 #include "support/ArchivedModels.hpp"
 

@@ -1,4 +1,4 @@
-#include "ArchiveFile.hpp"
+#include "support/ArchiveFile.hpp"
 #include "support/ArchivedModels.hpp"
 
 #include <gtest/gtest.h>
@@ -87,7 +87,8 @@ TEST(KeyedUnarchiverTest, RestoresEveryKind) {
         object->number = round % 3 == 0   ? Number::of(random())
                          : round % 3 == 1 ? Number::of(-static_cast<std::int64_t>(random() >> 1U))
                                           : Number::of(std::ldexp(1.0 + round, round - 250));
-        object->range = Range{random() >> 2U, random() >> 2U};
+        object->range = Range{static_cast<std::int64_t>(random() >> 2U),
+                              static_cast<std::int64_t>(random() >> 2U)};
         object->integer = static_cast<std::int64_t>(random());
         object->real = std::ldexp(static_cast<double>(random()), round - 300);
         object->flag = random() % 2 == 1;
@@ -287,7 +288,7 @@ TEST(KeyedUnarchiverTest, ReadsRangesThatCanBe) {
     const Number most = Number::of(highest);
     for (const bool refers : {false, true}) {
         EXPECT_EQ(range(four, Number::of(1), Number::of(2), refers), (Range{1, 2}));
-        EXPECT_EQ(range(four, most, Number::of(0), refers), (Range{std::uint64_t{highest}, 0}));
+        EXPECT_EQ(range(four, most, Number::of(0), refers), (Range{highest, 0}));
         EXPECT_FALSE(range(four, most, Number::of(1), refers));
         EXPECT_FALSE(range(four, most, most, refers));
         EXPECT_FALSE(range(four, Number::of(std::uint64_t{1} << 63U), Number::of(0), refers));
