@@ -46,7 +46,7 @@ public:
     KeyedArchiver& operator=(const KeyedArchiver&) = delete;
 
 private:
-    class Contents;
+    class [[gnu::visibility("hidden")]] Contents;
 
     KeyedArchiver();
     ~KeyedArchiver();

@@ -81,7 +81,7 @@ public:
     KeyedUnarchiver& operator=(const KeyedUnarchiver&) = delete;
 
 private:
-    class Contents;
+    class [[gnu::visibility("hidden")]] Contents;
     using Initialiser = std::shared_ptr<Archivable> (*)(KeyedUnarchiver&);
 
     template <class T>

@@ -18,7 +18,7 @@ private:
         : _list(list) {}
 
     std::string at(PropertyList::Reference reference) const {
-        return std::visit([this](const auto& value) { return text(value); },
+        return std::visit([this](const auto& value) { return this->text(value); },
                           _list.values.at(reference));
     }
 

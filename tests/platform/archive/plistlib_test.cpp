@@ -5,9 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cstdlib>
-#include <limits>
 #include <random>
+#include <span>
 
 namespace KeloAPI {
 
