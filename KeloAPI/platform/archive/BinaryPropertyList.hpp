@@ -3,6 +3,7 @@
 #include <KeloAPI/platform/archive/PropertyList.hpp>
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
@@ -15,7 +16,7 @@ public:
     /// What a file may have at most, so that one from elsewhere costs no more than it is worth.
     static constexpr std::size_t maximumBytes = std::size_t{64} << 20U;
     static constexpr std::size_t maximumValues = 500'000;
-    static constexpr std::size_t maximumDepth = 128;
+    static constexpr std::uint8_t maximumDepth = 128;
 
     /// Reads a whole file. None when anything of it is malformed: a size or place outside the file,
     /// two values that share bytes, a container that holds itself, a key that is no text, a text

@@ -1,5 +1,6 @@
 #include <KeloAPI/platform/archive/BinaryPropertyList.hpp>
 #include <KeloAPI/platform/archive/BinaryPropertyListFormat.hpp>
+#include <KeloAPI/platform/archive/PropertyListNesting.hpp>
 #include <KeloAPI/platform/archive/UTF16.hpp>
 
 #include <algorithm>
@@ -332,104 +333,11 @@ bool Reader::keysAreTexts() const {
     });
 }
 
-/// Walks from container to container without a call inside a call, each container once.
-class NestingCheck {
-public:
-    explicit NestingCheck(const PropertyList& list)
-        : _list(list)
-        , _heights(list.values.size(), unseen) {}
-
-    /// Whether no container holds itself and none has too many levels in it.
-    bool passes() {
-        for (Reference at = 0; at < _heights.size(); ++at) {
-            if (_heights[at] == unseen && !walk(at)) {
-                return false;
-            }
-        }
-        return true;
-    }
-
-private:
-    static constexpr std::uint8_t unseen = 0xFF;
-    static constexpr std::uint8_t open = 0xFE;
-    static_assert(BinaryPropertyList::maximumDepth < open);
-
-    struct Step {
-        Reference at;
-        std::size_t next;
-        std::uint8_t height;
-    };
-
-    std::size_t elements(Reference at) const {
-        if (const auto* array = _list.get<PropertyList::Array>(at)) {
-            return array->elements.size();
-        }
-        if (const auto* set = _list.get<PropertyList::Set>(at)) {
-            return set->elements.size();
-        }
-        const auto* dictionary = _list.get<PropertyList::Dictionary>(at);
-        return dictionary == nullptr ? 0 : dictionary->entries.size();
-    }
-
-    Reference element(Reference at, std::size_t index) const {
-        if (const auto* array = _list.get<PropertyList::Array>(at)) {
-            return array->elements[index];
-        }
-        if (const auto* set = _list.get<PropertyList::Set>(at)) {
-            return set->elements[index];
-        }
-        return _list.get<PropertyList::Dictionary>(at)->entries[index].second;
-    }
-
-    bool walk(Reference from) {
-        _path.assign(1, Step{from, 0, 0});
-        _heights[from] = open;
-        while (!_path.empty()) {
-            Step& step = _path.back();
-            if (step.next == elements(step.at)) {
-                if (!close(step)) {
-                    return false;
-                }
-                continue;
-            }
-            const Reference child = element(step.at, step.next);
-            if (_heights[child] == open) {
-                return false;
-            }
-            if (_heights[child] == unseen) {
-                if (_path.size() > BinaryPropertyList::maximumDepth) {
-                    return false;
-                }
-                _heights[child] = open;
-                _path.push_back(Step{child, 0, 0});
-                continue;
-            }
-            step.height = std::max(step.height, static_cast<std::uint8_t>(_heights[child] + 1));
-            ++step.next;
-        }
-        return true;
-    }
-
-    bool close(const Step& step) {
-        if (step.height > BinaryPropertyList::maximumDepth) {
-            return false;
-        }
-        _heights[step.at] = step.height;
-        _path.pop_back();
-        return true;
-    }
-
-    const PropertyList& _list;
-    /// How many levels there are below each value.
-    std::vector<std::uint8_t> _heights;
-    std::vector<Step> _path;
-};
-
 } // namespace
 
 std::optional<PropertyList> BinaryPropertyList::read(std::span<const std::byte> bytes) {
     auto list = Reader(bytes).read();
-    return list && NestingCheck(*list).passes() ? std::move(list) : std::nullopt;
+    return list && nestsWithin(*list, maximumDepth) ? std::move(list) : std::nullopt;
 }
 
 } // namespace KeloAPI
