@@ -1,5 +1,6 @@
 // Any bytes as the body of an answer, through the envelope serializer with each parser. The first
-// byte chooses the parser: the 19 characters from "0" to "B" each a row of the table below.
+// byte chooses the parser: the 29 characters from "0" to "L" each a row of the table below, and
+// those from "M" on the same rows again, with no room behind the body.
 #include <KeloAPI/api/ResponseEnvelope.hpp>
 #include <KeloAPI/files/KLVideoUrlBitrateSetting.hpp>
 #include <KeloAPI/loops/KLEndlessLikesRange.hpp>
@@ -8,9 +9,17 @@
 #include <KeloAPI/loops/KLPostProcessStatus.hpp>
 #include <KeloAPI/loops/KLVideoUpload.hpp>
 #include <KeloAPI/loops/LoopData.hpp>
+#include <KeloAPI/model/KLByline.hpp>
+#include <KeloAPI/model/KLChannel.hpp>
+#include <KeloAPI/model/KLEntity.hpp>
 #include <KeloAPI/model/KLLike.hpp>
+#include <KeloAPI/model/KLPostAudioMetadata.hpp>
 #include <KeloAPI/model/KLPostSource.hpp>
 #include <KeloAPI/model/KLRekelo.hpp>
+#include <KeloAPI/model/KLSolicitation.hpp>
+#include <KeloAPI/model/KLTag.hpp>
+#include <KeloAPI/model/KLUrlAction.hpp>
+#include <KeloAPI/model/KLVenue.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
 #include <KeloAPI/model/SoundboardSound.hpp>
@@ -103,6 +112,47 @@ std::shared_ptr<Object> readAsAnything(const JsonObject& json) {
     return json.size() % 2 == 0 ? std::make_shared<KLEmpty>() : nullptr;
 }
 
+void expectWithin(const KLEntity& entity, std::int64_t utf16Length) {
+    expect(entity.range.location >= 0 && entity.range.length >= 0);
+    expect(entity.range.location + entity.range.length <= utf16Length);
+    expect(entity.link().empty() == entity.applicationLink().empty());
+}
+
+/// Entities of a text of a flag, a combining mark and an emoji: 10 code points, 13 UTF-16 units.
+std::shared_ptr<KLEntity> readAsEntity(const JsonObject& json) {
+    auto entity = KLEntityParser("\xF0\x9F\x87\xA9\xF0\x9F\x87\xAA e\xCC\x81 \xF0\x9F\x98\x82 ok")
+                      .parse(json);
+    expectWithin(*entity, 13);
+    return entity;
+}
+
+std::shared_ptr<KLByline> readAsByline(const JsonObject& json) {
+    auto byline = KLBylineParser().parse(json);
+    expect(byline->iconUrl.has_value() && !byline->text().empty());
+    for (const auto& entity : byline->entities) {
+        // A text has no more UTF-16 units than bytes.
+        expectWithin(*entity, static_cast<std::int64_t>(byline->text().size()));
+    }
+    return byline;
+}
+
+std::shared_ptr<KLTag> readAsTag(const JsonObject& json) {
+    auto tag = KLTagParser().parse(json);
+    expect(tag->name() == "#" + tag->nameWithoutHash());
+    return tag;
+}
+
+std::shared_ptr<KLChannelParser> channelsWithTimelines() {
+    return std::make_shared<KLChannelParser>(std::make_shared<KLChannelParser::TimelineParser>(
+        std::make_shared<AnyObjectParserAdaptor>(std::make_shared<ContractualPostParser>())));
+}
+
+/// A parser of a function, whose type is the parser's.
+template <class T>
+std::shared_ptr<KLClosureParser<T>> parserOf(std::shared_ptr<T> (*parse)(const JsonObject&)) {
+    return std::make_shared<KLClosureParser<T>>(parse);
+}
+
 template <class T>
 void serialize(const std::string& body, std::shared_ptr<const JsonParser<T>> parser) {
     const URLRequest request;
@@ -127,7 +177,7 @@ void serialize(const std::string& body, std::shared_ptr<const JsonParser<T>> par
 }
 
 using Run = void (*)(const std::string& body);
-constexpr std::array<Run, 19> runs = {
+constexpr std::array<Run, 29> runs = {
     [](const std::string& body) {
         serialize<KLWatchPost>(body, std::make_shared<ContractualPostParser>());
     },
@@ -183,6 +233,26 @@ constexpr std::array<Run, 19> runs = {
     },
     [](const std::string& body) {
         serialize<KLPostProcessStatus>(body, std::make_shared<KLPostProcessStatusParser>());
+    },
+    [](const std::string& body) {
+        serialize<KLChannel>(body, std::make_shared<KLChannelParser>());
+    },
+    [](const std::string& body) { serialize<KLChannel>(body, channelsWithTimelines()); },
+    [](const std::string& body) { serialize<KLTag>(body, parserOf(readAsTag)); },
+    [](const std::string& body) { serialize<KLEntity>(body, parserOf(readAsEntity)); },
+    [](const std::string& body) { serialize<KLByline>(body, parserOf(readAsByline)); },
+    [](const std::string& body) { serialize<KLVenue>(body, std::make_shared<KLVenueParser>()); },
+    [](const std::string& body) {
+        serialize<KLVenue>(body, std::make_shared<KLFoursquareVenueParser>());
+    },
+    [](const std::string& body) {
+        serialize<KLUrlAction>(body, std::make_shared<KLUrlActionParser>());
+    },
+    [](const std::string& body) {
+        serialize<KLSolicitation>(body, std::make_shared<KLSolicitationParser>());
+    },
+    [](const std::string& body) {
+        serialize<KLPostAudioMetadata>(body, parserOf(KLPostAudioMetadata::fromJSON));
     },
 };
 

@@ -1,4 +1,6 @@
 #include <KeloAPI/loops/LoopData.hpp>
+#include <KeloAPI/platform/archive/KeyedArchiver.hpp>
+#include <KeloAPI/platform/archive/KeyedUnarchiver.hpp>
 #include <KeloAPI/platform/Contract.hpp>
 
 #include <chrono>
@@ -9,6 +11,25 @@ LoopData::LoopData(Number initialCount, Number initialVelocity)
     : count(initialCount)
     , velocity(initialVelocity)
     , created(now()) {}
+
+void LoopData::encodeWithCoder(KeyedArchiver& coder) const {
+    coder.encodeNumber(count, "count");
+    coder.encodeNumber(velocity, "velocity");
+    coder.encodeDate(created, "created");
+    coder.encodeBool(onFire, "onFire");
+}
+
+std::shared_ptr<LoopData> LoopData::initWithCoder(KeyedUnarchiver& coder) {
+    const auto count = coder.decodeNumber("count");
+    const auto velocity = coder.decodeNumber("velocity");
+    if (!count || !velocity) {
+        return nullptr;
+    }
+    auto loopData = std::make_shared<LoopData>(*count, *velocity);
+    loopData->created = coder.decodeDate("created").value_or(loopData->created);
+    loopData->onFire = coder.decodeBool("onFire");
+    return loopData;
+}
 
 LoopData::~LoopData() = default;
 

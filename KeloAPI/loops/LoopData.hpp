@@ -1,19 +1,23 @@
 #pragma once
 
 #include <KeloAPI/parsing/JsonParser.hpp>
+#include <KeloAPI/platform/archive/Archivable.hpp>
 #include <KeloAPI/platform/Date.hpp>
 #include <KeloAPI/platform/Export.hpp>
 #include <KeloAPI/platform/Number.hpp>
-#include <KeloAPI/platform/Object.hpp>
 
 #include <cstdint>
 #include <memory>
+#include <string_view>
+#include <vector>
 
 namespace KeloAPI {
 
+class KeyedUnarchiver;
+
 /// A snapshot of a loop counter and the rate at which it grows, so that a count can keep rising on
 /// the screen between two answers of the service. One thread at a time.
-class KELO_API LoopData final : public Object {
+class KELO_API LoopData final : public Archivable {
 public:
     /// Loops counted at the instant `created`; an unsigned 64-bit integer.
     Number count;
@@ -36,6 +40,14 @@ public:
     /// Loops estimated to have happened since `created`: velocity times elapsed seconds, without
     /// the fraction. A product that is negative, not finite or not below 2^64 stops the process.
     std::uint64_t loopsSinceCreation() const;
+
+    static constexpr std::string_view archivedClassName = "KLLoopData";
+    std::vector<std::string_view> archivedClassNames() const override {
+        return {archivedClassName};
+    }
+    void encodeWithCoder(KeyedArchiver& coder) const override;
+    /// Null unless count and velocity are there; a missing `created` is the moment of decoding.
+    static std::shared_ptr<LoopData> initWithCoder(KeyedUnarchiver& coder);
 };
 
 /// Reads "count" and "velocity" (numbers, required: `InsufficientData`), "created" (a date; the

@@ -1,22 +1,9 @@
 #include <KeloAPI/model/KLPostSource.hpp>
+#include <KeloAPI/parsing/JsonTexts.hpp>
 
 #include <utility>
 
 namespace KeloAPI {
-
-namespace {
-
-std::optional<std::string> text(const JsonValue& value) {
-    const auto view = value.text();
-    return view ? std::optional<std::string>(*view) : std::nullopt;
-}
-
-std::optional<URL> url(const JsonValue& value) {
-    const auto view = value.text();
-    return view ? URL::parse(*view) : std::nullopt;
-}
-
-} // namespace
 
 std::optional<KLPostSourceContentType> contentTypeOf(std::int64_t rawValue) {
     if (rawValue < 0 || rawValue > 3) {
@@ -43,10 +30,10 @@ std::shared_ptr<KLPostSource> KLPostSource::fromJSON(const JsonObject& json) {
         new KLPostSource(postId->stringValue(), userId->stringValue()));
     source->_contentType =
         contentTypeOf(values[1].integer().value_or(0)).value_or(KLPostSourceContentType::Unknown);
-    source->_username = text(values[3]);
-    source->_caption = text(values[4]);
-    source->thumbnailUrl = url(values[5]);
-    source->avatarUrl = url(values[6]);
+    source->_username = textOf(values[3]);
+    source->_caption = textOf(values[4]);
+    source->thumbnailUrl = urlOf(values[5]);
+    source->avatarUrl = urlOf(values[6]);
     return source;
 }
 

@@ -1,4 +1,6 @@
 #include <KeloAPI/model/PostThumbnail.hpp>
+#include <KeloAPI/platform/archive/KeyedArchiver.hpp>
+#include <KeloAPI/platform/archive/KeyedUnarchiver.hpp>
 
 #include <utility>
 
@@ -10,5 +12,20 @@ PostThumbnail::PostThumbnail(URL url, std::int64_t width, std::int64_t height)
     , _height(height) {}
 
 PostThumbnail::~PostThumbnail() = default;
+
+void PostThumbnail::encodeWithCoder(KeyedArchiver& coder) const {
+    coder.encodeURL(_url, "url");
+    coder.encodeInt64(_width, "width");
+    coder.encodeInt64(_height, "height");
+}
+
+std::shared_ptr<PostThumbnail> PostThumbnail::initWithCoder(KeyedUnarchiver& coder) {
+    auto url = coder.decodeURL("url");
+    if (!url) {
+        return nullptr;
+    }
+    return std::make_shared<PostThumbnail>(*std::move(url), coder.decodeInt64("width"),
+                                           coder.decodeInt64("height"));
+}
 
 } // namespace KeloAPI

@@ -1,15 +1,20 @@
 #pragma once
 
+#include <KeloAPI/platform/archive/Archivable.hpp>
 #include <KeloAPI/platform/Export.hpp>
-#include <KeloAPI/platform/Object.hpp>
 #include <KeloAPI/platform/URL.hpp>
 
 #include <cstdint>
+#include <memory>
+#include <string_view>
+#include <vector>
 
 namespace KeloAPI {
 
+class KeyedUnarchiver;
+
 /// A thumbnail image and its size in pixels. Does not change once made.
-class KELO_API PostThumbnail final : public Object {
+class KELO_API PostThumbnail final : public Archivable {
 public:
     PostThumbnail(URL url, std::int64_t width, std::int64_t height);
     PostThumbnail() = delete;
@@ -18,6 +23,14 @@ public:
     const URL& url() const { return _url; }
     std::int64_t width() const { return _width; }
     std::int64_t height() const { return _height; }
+
+    static constexpr std::string_view archivedClassName = "PostThumbnail";
+    std::vector<std::string_view> archivedClassNames() const override {
+        return {archivedClassName};
+    }
+    void encodeWithCoder(KeyedArchiver& coder) const override;
+    /// Null without an address; missing sizes are 0.
+    static std::shared_ptr<PostThumbnail> initWithCoder(KeyedUnarchiver& coder);
 
 private:
     URL _url;

@@ -1,4 +1,6 @@
 #include <KeloAPI/model/SoundboardSound.hpp>
+#include <KeloAPI/platform/archive/KeyedArchiver.hpp>
+#include <KeloAPI/platform/archive/KeyedUnarchiver.hpp>
 
 #include <utility>
 
@@ -13,6 +15,26 @@ SoundboardSound::SoundboardSound(std::string name, std::string soundId, std::str
     , _featured(featured) {}
 
 SoundboardSound::~SoundboardSound() = default;
+void SoundboardSound::encodeWithCoder(KeyedArchiver& coder) const {
+    coder.encodeURL(_soundUrl, "soundUrl");
+    coder.encodeText(_name, "name");
+    coder.encodeText(_sourcePostId, "sourcePostId");
+    coder.encodeText(_soundId, "soundId");
+    coder.encodeBool(_featured, "featured");
+}
+
+std::shared_ptr<SoundboardSound> SoundboardSound::initWithCoder(KeyedUnarchiver& coder) {
+    const auto soundUrl = coder.decodeURL("soundUrl");
+    auto soundId = coder.decodeText("soundId");
+    auto name = coder.decodeText("name");
+    if (!soundUrl || !soundId || !name) {
+        return nullptr;
+    }
+    return std::make_shared<SoundboardSound>(
+        *std::move(name), *std::move(soundId), soundUrl->absoluteString(),
+        coder.decodeBool("featured"), coder.decodeText("sourcePostId"));
+}
+
 SoundboardSoundParser::~SoundboardSoundParser() = default;
 
 std::shared_ptr<SoundboardSound> SoundboardSoundParser::parse(const JsonObject& json) const {

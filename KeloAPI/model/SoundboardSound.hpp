@@ -1,19 +1,22 @@
 #pragma once
 
 #include <KeloAPI/parsing/JsonParser.hpp>
+#include <KeloAPI/platform/archive/Archivable.hpp>
 #include <KeloAPI/platform/Export.hpp>
-#include <KeloAPI/platform/Object.hpp>
 #include <KeloAPI/platform/URL.hpp>
 
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace KeloAPI {
 
+class KeyedUnarchiver;
+
 /// A short sound that users can put into their videos. Does not change once made.
-class KELO_API SoundboardSound final : public Object {
+class KELO_API SoundboardSound final : public Archivable {
 public:
     /// A text that is no URL makes `soundUrl` an empty one.
     SoundboardSound(std::string name, std::string soundId, std::string_view soundUrl, bool featured,
@@ -31,6 +34,14 @@ public:
     const std::optional<std::string>& sourcePostId() const { return _sourcePostId; }
     /// "featured".
     bool featured() const { return _featured; }
+
+    static constexpr std::string_view archivedClassName = "SoundboardSound";
+    std::vector<std::string_view> archivedClassNames() const override {
+        return {archivedClassName};
+    }
+    void encodeWithCoder(KeyedArchiver& coder) const override;
+    /// Null unless the address, the identifier and the name are there.
+    static std::shared_ptr<SoundboardSound> initWithCoder(KeyedUnarchiver& coder);
 
 private:
     std::string _name;

@@ -1,7 +1,25 @@
+#include <KeloAPI/model/KLChannel.hpp>
 #include <KeloAPI/parsing/KLPagingMetadata.hpp>
 #include <KeloAPI/parsing/PagingKeys.hpp>
 
 namespace KeloAPI {
+
+namespace {
+
+/// The channel that a value describes; null where it describes none.
+std::shared_ptr<KLChannel> channelOf(const JsonValue& value) {
+    const auto json = value.object();
+    if (!json) {
+        return nullptr;
+    }
+    try {
+        return KLChannelParser().parse(*json);
+    } catch (const JsonParseError&) {
+        return nullptr;
+    }
+}
+
+} // namespace
 
 KLPagingMetadata::KLPagingMetadata() = default;
 KLPagingMetadata::~KLPagingMetadata() = default;
@@ -16,6 +34,7 @@ KLPagingMetadata::KLPagingMetadata(const JsonObject& json) {
     _title = std::move(keys.title);
     _anchor = std::move(keys.anchor);
     _backAnchor = std::move(keys.backAnchor);
+    _channel = channelOf(keys.channel);
     _displayCount = keys.displayCount.value_or(0);
 }
 
@@ -32,6 +51,7 @@ KLPagingMetadata::KLPagingMetadata(std::int64_t count, const KLPagingMetadata& m
     , _backAnchor(prepend._backAnchor)
     , _title(metadata._title)
     , _nextAfter(prepend._nextAfter)
+    , _channel(metadata._channel)
     , _displayCount(metadata._displayCount) {}
 
 std::shared_ptr<KLPagingMetadata> KLPagingMetadata::ofRecords(std::int64_t count) {

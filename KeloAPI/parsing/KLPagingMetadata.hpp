@@ -11,6 +11,8 @@
 
 namespace KeloAPI {
 
+class KLChannel;
+
 /// The paging values that a `KLPagedData` carries. Unlike `Metadata` it has no absent page numbers:
 /// a missing one is 0. One thread at a time.
 class KELO_API KLPagingMetadata final : public Object {
@@ -45,6 +47,9 @@ public:
     const std::optional<std::string>& title() const { return _title; }
     /// "nextAfter": the position after which the next page starts.
     std::int64_t nextAfter() const { return _nextAfter; }
+    /// "channel": the channel that the list belongs to, without its timeline; null where there is
+    /// none or it cannot be read.
+    const std::shared_ptr<KLChannel>& channel() const { return _channel; }
     /// "displayCount": the count to show to the user.
     std::int64_t displayCount() const { return _displayCount; }
     void setDisplayCount(std::int64_t displayCount) { _displayCount = displayCount; }
@@ -60,6 +65,7 @@ private:
     std::optional<std::string> _backAnchor;
     std::optional<std::string> _title;
     std::int64_t _nextAfter = 0;
+    std::shared_ptr<KLChannel> _channel;
     std::int64_t _displayCount = 0;
 };
 

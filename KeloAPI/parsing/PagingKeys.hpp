@@ -22,6 +22,8 @@ struct PagingKeys {
     std::optional<std::string> anchor;
     /// Text only, unlike `anchor`.
     std::optional<std::string> backAnchor;
+    /// As it stands: one of the two types parses it.
+    JsonValue channel;
     std::optional<std::int64_t> displayCount;
 };
 

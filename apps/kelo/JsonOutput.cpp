@@ -1,11 +1,13 @@
 #include "DateText.hpp"
+#include "FeedPost.hpp"
+#include "JsonFields.hpp"
 #include "Output.hpp"
 
 #include <KeloAPI/loops/KLLongformViews.hpp>
 #include <KeloAPI/loops/KLVideoUpload.hpp>
-#include <KeloAPI/loops/LoopData.hpp>
-#include <KeloAPI/model/KLRekelo.hpp>
-#include <KeloAPI/model/KLWatchPost.hpp>
+#include <KeloAPI/model/KLChannel.hpp>
+#include <KeloAPI/model/KLFeedInsert.hpp>
+#include <KeloAPI/model/KLVenue.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
 #include <KeloAPI/model/SoundboardSound.hpp>
 #include <KeloAPI/platform/http/ParameterEncoding.hpp>
@@ -21,61 +23,6 @@ using namespace KeloAPI;
 
 namespace {
 
-template <class T>
-ParameterValue valueOf(const std::optional<T>& value) {
-    return value ? ParameterValue(*value) : ParameterValue();
-}
-
-ParameterValue valueOf(const Number& number) {
-    switch (number.kind()) {
-    case Number::Kind::Boolean:
-        return number.boolValue();
-    case Number::Kind::Signed:
-        return number.int64Value();
-    case Number::Kind::Unsigned:
-        return number.uint64Value();
-    default:
-        return number.doubleValue();
-    }
-}
-
-ParameterValue valueOf(const std::shared_ptr<LoopData>& loops) {
-    if (loops == nullptr) {
-        return {};
-    }
-    return Parameters{{"count", valueOf(loops->count)},
-                      {"velocity", valueOf(loops->velocity)},
-                      {"created", isoText(loops->created)},
-                      {"onFire", loops->onFire}};
-}
-
-Parameters fieldsOf(const KLWatchUser& user) {
-    return {{"username", valueOf(user.username)}, {"loopData", valueOf(user.loopData)}};
-}
-
-ParameterValue valueOf(const std::shared_ptr<KLWatchUser>& user) {
-    return user == nullptr ? ParameterValue() : fieldsOf(*user);
-}
-
-ParameterValue valueOf(const std::shared_ptr<KLRekelo>& rekelo) {
-    if (rekelo == nullptr) {
-        return {};
-    }
-    return Parameters{{"rekeloId", valueOf(rekelo->rekeloId)}, {"user", valueOf(rekelo->user)}};
-}
-
-Parameters fieldsOf(const KLWatchPost& post) {
-    return {{"postId", valueOf(post.postId)},
-            {"user", valueOf(post.user)},
-            {"caption", valueOf(post.caption)},
-            {"created", post.created ? ParameterValue(isoText(*post.created)) : ParameterValue()},
-            {"videoUrl", valueOf(post.videoUrl)},
-            {"thumbnailUrl", valueOf(post.thumbnailUrl)},
-            {"liked", valueOf(post.liked)},
-            {"rekeloed", post.rekeloed()},
-            {"currentUserRekelo", valueOf(post.currentUserRekelo)}};
-}
-
 /// The library writes JSON into request bodies; this borrows its writer.
 void printObject(const Parameters& fields) {
     URLRequest request;
@@ -88,7 +35,9 @@ class JsonOutput final : public Output {
 public:
     void user(const KLWatchUser& user) override { printObject(fieldsOf(user)); }
 
-    void posts(const std::vector<std::shared_ptr<KLWatchPost>>& posts) override {
+    void feedName(const std::string&) override {}
+
+    void posts(const std::vector<std::shared_ptr<FeedPost>>& posts, bool) override {
         for (const auto& post : posts) {
             printObject(fieldsOf(*post));
         }
@@ -96,6 +45,16 @@ public:
     }
 
     void endOfPosts(std::size_t, bool) override {}
+
+    void channel(const KLChannel& channel, bool) override { printObject(fieldsOf(channel)); }
+
+    void venue(const KLVenue& venue) override { printObject(fieldsOf(venue)); }
+
+    void inserts(const std::vector<std::shared_ptr<KLFeedInsert>>& inserts) override {
+        for (const auto& insert : inserts) {
+            printObject(fieldsOf(*insert));
+        }
+    }
 
     void views(const KLLongformViews& views) override {
         printObject({{"longformId", views.longformId()}, {"count", views.count()}});

@@ -10,14 +10,18 @@
 #include <vector>
 
 namespace KeloAPI {
+class KLChannel;
+class KLFeedInsert;
 class KLLongformViews;
+class KLVenue;
 class KLVideoUpload;
-class KLWatchPost;
 class KLWatchUser;
 class SoundboardSound;
 } // namespace KeloAPI
 
 namespace KeloHost {
+
+class FeedPost;
 
 /// A post's video that is there.
 struct Downloaded {
@@ -45,10 +49,17 @@ public:
     virtual ~Output();
 
     virtual void user(const KeloAPI::KLWatchUser& user) = 0;
-    /// One page of posts; out at once.
-    virtual void posts(const std::vector<std::shared_ptr<KeloAPI::KLWatchPost>>& posts) = 0;
+    /// The name of the feed whose posts follow.
+    virtual void feedName(const std::string& name) = 0;
+    /// One page of posts; out at once. `details` is for people: programs have all of them anyway.
+    virtual void posts(const std::vector<std::shared_ptr<FeedPost>>& posts, bool details) = 0;
     /// So many posts were printed in all; `more` says that the feed goes on.
     virtual void endOfPosts(std::size_t count, bool more) = 0;
+    /// A channel with the posts of its timeline, which are `FeedPost`s.
+    virtual void channel(const KeloAPI::KLChannel& channel, bool details) = 0;
+    virtual void venue(const KeloAPI::KLVenue& venue) = 0;
+    /// The cards of a feed.
+    virtual void inserts(const std::vector<std::shared_ptr<KeloAPI::KLFeedInsert>>& inserts) = 0;
     virtual void views(const KeloAPI::KLLongformViews& views) = 0;
     virtual void sounds(const std::vector<std::shared_ptr<KeloAPI::SoundboardSound>>& sounds) = 0;
     /// A video that was uploaded and processed.

@@ -1,5 +1,8 @@
+#include "CardText.hpp"
 #include "DateText.hpp"
+#include "FeedPost.hpp"
 #include "Output.hpp"
+#include "PostDetails.hpp"
 #include "SizeText.hpp"
 #include "Terminal.hpp"
 #include "TextWidth.hpp"
@@ -7,9 +10,12 @@
 #include <KeloAPI/loops/KLLongformViews.hpp>
 #include <KeloAPI/loops/KLVideoUpload.hpp>
 #include <KeloAPI/loops/LoopData.hpp>
+#include <KeloAPI/model/KLChannel.hpp>
+#include <KeloAPI/model/KLVenue.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
 #include <KeloAPI/model/SoundboardSound.hpp>
+#include <KeloAPI/parsing/KLPagedData.hpp>
 
 #include <algorithm>
 #include <cstdio>
@@ -25,6 +31,8 @@ namespace {
 constexpr std::size_t leastNameWidth = 14;
 constexpr std::size_t leastLoopsWidth = 17;
 constexpr std::size_t leastCaptionWidth = 20;
+/// Behind the dates.
+constexpr std::size_t detailIndent = 18;
 
 /// 1234567 as "1,234,567".
 std::string grouped(std::string digits) {
@@ -68,15 +76,22 @@ public:
         }
     }
 
-    void posts(const std::vector<std::shared_ptr<KLWatchPost>>& posts) override {
+    void feedName(const std::string& name) override {
+        std::printf("%s\n", printable(name).c_str());
+    }
+
+    void posts(const std::vector<std::shared_ptr<FeedPost>>& posts, bool details) override {
         std::size_t nameWidth = leastNameWidth;
         std::size_t loopsWidth = leastLoopsWidth;
-        for (const auto& post : posts) {
-            nameWidth = std::max(nameWidth, displayWidth(nameOf(post->user)));
-            loopsWidth = std::max(loopsWidth, displayWidth(loopsText(post->user)));
+        for (const auto& shown : posts) {
+            nameWidth = std::max(nameWidth, displayWidth(nameOf(shown->post->user)));
+            loopsWidth = std::max(loopsWidth, displayWidth(loopsText(shown->post->user)));
         }
-        for (const auto& post : posts) {
-            print(*post, nameWidth, loopsWidth);
+        for (const auto& shown : posts) {
+            print(*shown->post, nameWidth, loopsWidth);
+            if (details) {
+                printDetails(*shown);
+            }
         }
         flush();
     }
@@ -86,6 +101,36 @@ public:
             std::printf("This feed is empty.\n");
         } else if (more && Terminal::showsOutput()) {
             Terminal::say("There are more: --pages N or --all reads on.");
+        }
+    }
+
+    void channel(const KLChannel& channel, bool details) override {
+        feedName(channel.name + (channel.following ? " (followed)" : ""));
+        if (channel.channelDescription) {
+            feedName(*channel.channelDescription);
+        }
+        std::vector<std::shared_ptr<FeedPost>> shown;
+        if (channel.timelineData != nullptr) {
+            for (const auto& element : *channel.timelineData) {
+                shown.push_back(std::dynamic_pointer_cast<FeedPost>(element));
+            }
+        }
+        posts(shown, details);
+    }
+
+    void venue(const KLVenue& venue) override {
+        std::printf("%s\n", venueText(venue).c_str());
+        if (venue.latitude != 0 || venue.longitude != 0) {
+            std::printf("%.4f, %.4f\n", venue.latitude, venue.longitude);
+        }
+    }
+
+    void inserts(const std::vector<std::shared_ptr<KLFeedInsert>>& inserts) override {
+        for (const auto& insert : inserts) {
+            std::printf("%s\n", cardText(*insert).c_str());
+        }
+        if (inserts.empty()) {
+            std::printf("This feed has no cards.\n");
         }
     }
 
@@ -166,6 +211,17 @@ private:
         line += caption;
         line.erase(line.find_last_not_of(' ') + 1);
         std::printf("%s\n", line.c_str());
+    }
+
+    static void printDetails(const FeedPost& post) {
+        const std::string indent(detailIndent, ' ');
+        for (std::string line : detailLines(post)) {
+            if (const auto columns = Terminal::columns()) {
+                const std::size_t room = *columns > detailIndent ? *columns - detailIndent : 0;
+                line = clipped(line, std::max(room, leastCaptionWidth));
+            }
+            std::printf("%s%s\n", indent.c_str(), line.c_str());
+        }
     }
 };
 

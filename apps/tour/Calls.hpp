@@ -61,9 +61,10 @@ struct Parsed {
 /// Sends a call with a parser; the answer goes to `inbox`.
 template <class P>
 std::shared_ptr<KeloAPI::EndpointRequest> send(const std::shared_ptr<KeloAPI::Endpoint>& endpoint,
-                                               Inbox<Parsed<typename P::T>>& inbox) {
+                                               Inbox<Parsed<typename P::T>>& inbox,
+                                               std::shared_ptr<P> parser = std::make_shared<P>()) {
     return endpoint->request(
-        std::make_shared<P>(),
+        std::move(parser),
         [slot = inbox.slot()](std::vector<std::shared_ptr<typename P::T>> items,
                               std::optional<KeloAPI::Metadata> metadata, const KeloAPI::Timeline&,
                               std::optional<KeloAPI::Error> error) {
@@ -73,6 +74,26 @@ std::shared_ptr<KeloAPI::EndpointRequest> send(const std::shared_ptr<KeloAPI::En
 
 /// Fails the step when there is an error.
 void checkSuccess(const KeloAPI::Error* error);
+
+/// What a parser makes of an answer; fails the step when there is an error.
+template <class P>
+std::vector<std::shared_ptr<typename P::T>>
+readAll(const std::shared_ptr<KeloAPI::Endpoint>& endpoint, std::shared_ptr<P> parser) {
+    Inbox<Parsed<typename P::T>> inbox;
+    send<P>(endpoint, inbox, std::move(parser));
+    auto answer = inbox.next();
+    checkSuccess(answer.error ? &*answer.error : nullptr);
+    return std::move(answer.items);
+}
+
+/// The same for an answer of one item.
+template <class P>
+std::shared_ptr<typename P::T> readOne(const std::shared_ptr<KeloAPI::Endpoint>& endpoint,
+                                       std::shared_ptr<P> parser) {
+    const auto items = readAll(endpoint, std::move(parser));
+    check(items.size() == 1, "one item should have come");
+    return items.front();
+}
 
 /// The call that reads the signed-in user; each call of its completion goes to `inbox`.
 void sendMe(Inbox<KeloAPI::MeResult>& inbox);

@@ -17,6 +17,7 @@ int main(int argc, char** argv) {
     Tour tour;
     tourTrust(tour);
     tourReading(tour);
+    tourModels(tour);
     tourPaging(tour);
     tourRequests(tour);
     tourActing(tour);

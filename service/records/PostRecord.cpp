@@ -2,6 +2,7 @@
 
 #include "service/DateText.hpp"
 #include "service/records/UserRecord.hpp"
+#include "service/records/VenueRecord.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -28,24 +29,58 @@ Json videoUrls(const Post& post, const std::string& baseUrl) {
 Json tags(const Post& post) {
     Json list = Json::array();
     for (const Tag& tag : post.tags) {
-        list.push_back({{"tagId", tag.tagId}, {"tag", tag.name}});
+        list.push_back({{"tagId", tag.tagId}, {"tag", tag.name}, {"postCount", tag.postCount}});
     }
     return list;
+}
+
+std::string linkOf(const Entity& entity) {
+    if (entity.type == "tag") {
+        return "kelo://tag/" + entity.title;
+    }
+    const std::string place = entity.type == "channel" ? "channel-id/" : "user-id/";
+    return "kelo://" + place + std::to_string(entity.targetId);
+}
+
+Json entityRecord(const Entity& entity) {
+    return {{"type", entity.type},
+            {"id", entity.targetId},
+            {"title", entity.title},
+            {"link", linkOf(entity)},
+            {"range", {entity.start, entity.end}}};
 }
 
 Json entities(const Post& post) {
     Json list = Json::array();
     for (const Entity& entity : post.entities) {
-        const std::string place = entity.type == "tag" ? "tag/" : "user-id/";
-        list.push_back(
-            {{"type", entity.type},
-             {"id", entity.targetId},
-             {"title", entity.title},
-             {"link", "kelo://" + place +
-                          (entity.type == "tag" ? entity.title : std::to_string(entity.targetId))},
-             {"range", {entity.start, entity.end}}});
+        list.push_back(entityRecord(entity));
     }
     return list;
+}
+
+Json bylineRecord(const Byline& byline, const std::string& baseUrl) {
+    Json record{
+        {"body", byline.body}, {"iconUrl", baseUrl + byline.iconPath}, {"entities", Json::array()}};
+    if (byline.entity) {
+        record["entities"].push_back(entityRecord(*byline.entity));
+    }
+    return record;
+}
+
+Json audioRecord(const Track& track, const std::string& baseUrl) {
+    Json description{{"trackName", track.name},
+                     {"artistName", track.artist},
+                     {"hasAudioTrackTimeline", track.hasTimeline}};
+    if (track.storeId) {
+        description["itunesId"] = *track.storeId;
+    }
+    if (track.affiliateToken) {
+        description["itunes_affiliate_token"] = *track.affiliateToken;
+    }
+    if (track.artPath) {
+        description["albumArtUrl"] = baseUrl + *track.artPath;
+    }
+    return {{"trackId", track.trackId}, {"track", description}};
 }
 
 Json likes(const Post& post, const std::string& baseUrl) {
@@ -107,6 +142,16 @@ Json postRecord(const Post& post, const std::string& baseUrl) {
     record["entities"] = entities(post);
     if (post.channelId) {
         record["channelId"] = *post.channelId;
+        record["channel"] = post.channelName;
+    }
+    if (post.venue) {
+        addVenue(record, *post.venue, baseUrl);
+    }
+    if (post.byline) {
+        record["byline"] = bylineRecord(*post.byline, baseUrl);
+    }
+    if (post.track) {
+        record["audio"] = audioRecord(*post.track, baseUrl);
     }
     record["explicitContent"] = false;
     record["promoted"] = false;

@@ -100,6 +100,15 @@ Answer channelIcon(const Call& call, const Context& context) {
     refuseUnknown();
 }
 
+/// The image at the request's own path.
+Answer storedImage(const Call& call, const Context& context) {
+    const auto found = context.store.images.find(std::string(call.request.path()));
+    if (!found) {
+        refuseUnknown();
+    }
+    return answerWith(call, makeImage(seed(found->seed), found->side));
+}
+
 } // namespace
 
 void addMediaRoutes(Router& router, const Context& context) {
@@ -113,6 +122,10 @@ void addMediaRoutes(Router& router, const Context& context) {
                [&context](const Call& call) { return avatar(call, context); });
     router.add("GET", "/media/channels/:file",
                [&context](const Call& call) { return channelIcon(call, context); });
+    for (const char* images : {"/media/icons/:file", "/media/albums/:file"}) {
+        router.add("GET", images,
+                   [&context](const Call& call) { return storedImage(call, context); });
+    }
 }
 
 } // namespace KeloService

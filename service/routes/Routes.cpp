@@ -5,9 +5,11 @@ namespace KeloService {
 void addAllRoutes(Router& router, const Context& context) {
     addActionRoutes(router, context);
     addCaptchaRoutes(router, context);
+    addChannelRoutes(router, context);
     addControlRoutes(router, context);
     addFeedbackRoutes(router, context);
     addFollowRoutes(router, context);
+    addInsertRoutes(router, context);
     addInspectionRoutes(router, context);
     addLikeRoutes(router, context);
     addLongformRoutes(router, context);
@@ -20,6 +22,7 @@ void addAllRoutes(Router& router, const Context& context) {
     addSoundboardRoutes(router, context);
     addTimelineRoutes(router, context);
     addUploadRoutes(router, context);
+    addVenueRoutes(router, context);
 }
 
 } // namespace KeloService

@@ -9,9 +9,11 @@ namespace KeloService {
 // addAllRoutes.
 void addActionRoutes(Router& router, const Context& context);
 void addCaptchaRoutes(Router& router, const Context& context);
+void addChannelRoutes(Router& router, const Context& context);
 void addControlRoutes(Router& router, const Context& context);
 void addFeedbackRoutes(Router& router, const Context& context);
 void addFollowRoutes(Router& router, const Context& context);
+void addInsertRoutes(Router& router, const Context& context);
 void addInspectionRoutes(Router& router, const Context& context);
 void addLikeRoutes(Router& router, const Context& context);
 void addLongformRoutes(Router& router, const Context& context);
@@ -24,6 +26,7 @@ void addSessionRoutes(Router& router, const Context& context);
 void addSoundboardRoutes(Router& router, const Context& context);
 void addTimelineRoutes(Router& router, const Context& context);
 void addUploadRoutes(Router& router, const Context& context);
+void addVenueRoutes(Router& router, const Context& context);
 
 void addAllRoutes(Router& router, const Context& context);
 

@@ -1,7 +1,6 @@
-#include "service/records/PostRecord.hpp"
 #include "service/routes/Guard.hpp"
-#include "service/routes/Pages.hpp"
 #include "service/routes/Routes.hpp"
+#include "service/routes/TimelinePage.hpp"
 
 namespace KeloService {
 namespace {
@@ -11,16 +10,7 @@ using FeedOf = Feed (*)(const Call&, const Context&);
 Answer timeline(const Call& call, const Context& context, FeedOf feedOf) {
     const auto session = presentedSession(call, context);
     const Feed feed = feedOf(call, context);
-    Page page = readPage(context.store.feeds, feed, std::string(call.request.path()), call.request);
-    const PostView view = readView(call.request, session);
-    Json records = Json::array();
-    for (const Post& post : context.store.posts.find(page.postIds, view)) {
-        records.push_back(postRecord(post, context.baseUrl));
-    }
-    if (feed.channelId) {
-        page.metadata.channel = context.store.channels.find(*feed.channelId);
-    }
-    return dataAnswer(pageRecord(page.metadata, std::move(records), context.baseUrl));
+    return dataAnswer(timelinePage(call, context, feed, std::string(call.request.path()), session));
 }
 
 Feed home(const Call& call, const Context& context) {
@@ -38,11 +28,8 @@ Feed likedByUser(const Call& call, const Context& context) {
 }
 
 Feed ofChannel(const Call& call, const Context& context) {
-    const auto channel = context.store.channels.find(call.identifier("id"));
-    if (!channel) {
-        throw ServiceError(404, ErrorCode::notFound, "There is no such channel");
-    }
-    return channelFeed(channel->channelId, channel->name);
+    const Channel channel = requireChannel(call, context);
+    return channelFeed(channel.channelId, channel.name);
 }
 
 Feed ofTag(const Call& call, const Context& context) {

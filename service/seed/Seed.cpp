@@ -2,6 +2,7 @@
 
 #include "service/seed/Captions.hpp"
 #include "service/seed/Catalogue.hpp"
+#include "service/seed/Extras.hpp"
 #include "service/store/Password.hpp"
 
 #include <algorithm>
@@ -16,7 +17,7 @@ constexpr std::int64_t postCount = 1240;
 constexpr std::int64_t pickCount = 23;
 constexpr std::int64_t now = seededMoment;
 constexpr std::int64_t minute = 60000;
-constexpr std::int64_t firstUserId = 1001;
+constexpr std::int64_t firstUserId = firstSeededUserId;
 constexpr std::int64_t firstChannelId = 1;
 constexpr std::int64_t firstPostId = firstSeededPostId;
 constexpr std::int64_t postIdStep = seededPostIdStep;
@@ -195,7 +196,7 @@ std::int64_t Seeder::tagId(const std::string& name) {
     const auto [found, added] =
         tagIds_.try_emplace(name, static_cast<std::int64_t>(tagIds_.size()) + 501);
     if (added) {
-        database_.query("INSERT INTO tags VALUES (?1, ?2)").bind(found->second, name).run();
+        database_.query("INSERT INTO tags VALUES (?1, ?2, 0)").bind(found->second, name).run();
     }
     return found->second;
 }
@@ -262,6 +263,7 @@ void seedIfEmpty(Database& database) {
     database.transact([&database] {
         Seeder(database).run();
         seedCatalogue(database);
+        seedExtras(database);
     });
 }
 

@@ -19,6 +19,7 @@ inline constexpr std::int64_t seededMoment = 1456833600000;
 /// Post ids are beyond what a double holds exactly, as a service of some age has them.
 inline constexpr std::int64_t firstSeededPostId = 1150000000000000001;
 inline constexpr std::int64_t seededPostIdStep = 4111;
+inline constexpr std::int64_t firstSeededUserId = 1001;
 
 /// Fills a database that has no users with the same believable service every time.
 void seedIfEmpty(Database& database);

@@ -31,6 +31,7 @@ Post readPost(const Query& query) {
     if (!query.isNull(19)) {
         post.myRepostId = query.integer(19);
     }
+    post.channelName = query.text(20);
     return post;
 }
 
@@ -75,7 +76,8 @@ std::optional<Post> Posts::findOne(std::int64_t postId, const PostView& view) {
         "p.loopVelocity, p.onFire, p.likeCount, p.commentCount, p.repostCount, "
         "u.userId, u.username, u.avatarPath, u.verified, u.loopCount, u.loopVelocity, u.private, "
         "EXISTS (SELECT 1 FROM likes l WHERE l.postId = p.postId AND l.userId = ?2), "
-        "(SELECT r.repostId FROM reposts r WHERE r.postId = p.postId AND r.userId = ?2) "
+        "(SELECT r.repostId FROM reposts r WHERE r.postId = p.postId AND r.userId = ?2), "
+        "(SELECT c.name FROM channels c WHERE c.channelId = p.channelId) "
         "FROM posts p JOIN users u USING (userId) WHERE p.postId = ?1");
     if (!query.bind(postId, view.viewerId).next()) {
         return std::nullopt;
@@ -83,6 +85,9 @@ std::optional<Post> Posts::findOne(std::int64_t postId, const PostView& view) {
     Post post = readPost(query);
     addRenditions(post);
     addTexts(post);
+    post.venue = venues_.ofPost(postId);
+    addByline(post);
+    addTrack(post);
     addLikes(post, view.mostLikes);
     addComments(post, view.mostComments);
     return post;
@@ -98,11 +103,12 @@ void Posts::addRenditions(Post& post) {
 }
 
 void Posts::addTexts(Post& post) {
-    Query tags = database_.query("SELECT tagId, name FROM postTags JOIN tags USING (tagId) "
-                                 "WHERE postId = ?1 ORDER BY tagId");
+    Query tags =
+        database_.query("SELECT tagId, name, postCount FROM postTags JOIN tags USING (tagId) "
+                        "WHERE postId = ?1 ORDER BY tagId");
     tags.bind(post.postId);
     while (tags.next()) {
-        post.tags.push_back({tags.integer(0), tags.text(1)});
+        post.tags.push_back({tags.integer(0), tags.text(1), tags.integer(2)});
     }
     Query entities = database_.query("SELECT start, end, type, targetId, title FROM entities "
                                      "WHERE postId = ?1 ORDER BY start");
@@ -111,6 +117,39 @@ void Posts::addTexts(Post& post) {
         post.entities.push_back({entities.integer(0), entities.integer(1), entities.text(2),
                                  entities.integer(3), entities.text(4)});
     }
+}
+
+void Posts::addByline(Post& post) {
+    Query query = database_.query("SELECT body, iconPath, start, end, type, targetId, title "
+                                  "FROM bylines WHERE postId = ?1");
+    if (!query.bind(post.postId).next()) {
+        return;
+    }
+    post.byline = Byline{query.text(0), query.text(1), {}};
+    if (!query.isNull(2)) {
+        post.byline->entity = Entity{query.integer(2), query.integer(3), query.text(4),
+                                     query.integer(5), query.text(6)};
+    }
+}
+
+void Posts::addTrack(Post& post) {
+    Query query = database_.query(
+        "SELECT trackId, name, artist, hasTimeline, storeId, affiliateToken, artPath "
+        "FROM postExtras JOIN tracks USING (trackId) WHERE postId = ?1");
+    if (!query.bind(post.postId).next()) {
+        return;
+    }
+    Track track{query.integer(0), query.text(1), query.text(2), {}, {}, query.boolean(3), {}};
+    if (!query.isNull(4)) {
+        track.storeId = query.integer(4);
+    }
+    if (!query.isNull(5)) {
+        track.affiliateToken = query.text(5);
+    }
+    if (!query.isNull(6)) {
+        track.artPath = query.text(6);
+    }
+    post.track = std::move(track);
 }
 
 void Posts::addLikes(Post& post, std::int64_t most) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "service/store/Database.hpp"
+#include "service/store/Venues.hpp"
 
 #include <cstdint>
 #include <optional>
@@ -33,9 +34,11 @@ struct PostRendition {
 struct Tag {
     std::int64_t tagId = 0;
     std::string name;
+    std::int64_t postCount = 0;
 };
 
-/// A stretch of the caption that links to a tag or a user; `start` and `end` count code points.
+/// A stretch of a text that links to a tag, a user or a channel; `start` and `end` count code
+/// points.
 struct Entity {
     std::int64_t start = 0;
     std::int64_t end = 0;
@@ -63,12 +66,32 @@ struct Comment {
     UserSummary user;
 };
 
+/// A line of text beside a post.
+struct Byline {
+    std::string body;
+    std::string iconPath;
+    std::optional<Entity> entity;
+};
+
+/// The music of a post.
+struct Track {
+    std::int64_t trackId = 0;
+    std::string name;
+    std::string artist;
+    std::optional<std::int64_t> storeId;
+    std::optional<std::string> affiliateToken;
+    bool hasTimeline = false;
+    std::optional<std::string> artPath;
+};
+
 struct Post {
     std::int64_t postId = 0;
     std::int64_t created = 0;
     std::string caption;
     std::string permalinkId;
     std::optional<std::int64_t> channelId;
+    /// Of its channel, where it has one.
+    std::string channelName;
     std::int64_t loopCount = 0;
     double loopVelocity = 0;
     bool onFire = false;
@@ -86,6 +109,9 @@ struct Post {
     std::vector<Rendition> renditions;
     std::vector<Tag> tags;
     std::vector<Entity> entities;
+    std::optional<Venue> venue;
+    std::optional<Byline> byline;
+    std::optional<Track> track;
     std::vector<Like> likes;
     std::vector<Comment> comments;
 };
@@ -100,8 +126,9 @@ struct PostView {
 /// The service's posts. Safe to use from any thread.
 class Posts {
 public:
-    explicit Posts(Database& database)
-        : database_(database) {}
+    Posts(Database& database, Venues& venues)
+        : database_(database)
+        , venues_(venues) {}
 
     /// Those of the posts that exist, in the given order.
     std::vector<Post> find(const std::vector<std::int64_t>& postIds, const PostView& view);
@@ -114,10 +141,13 @@ private:
     std::optional<Post> findOne(std::int64_t postId, const PostView& view);
     void addRenditions(Post& post);
     void addTexts(Post& post);
+    void addByline(Post& post);
+    void addTrack(Post& post);
     void addLikes(Post& post, std::int64_t most);
     void addComments(Post& post, std::int64_t most);
 
     Database& database_;
+    Venues& venues_;
 };
 
 } // namespace KeloService

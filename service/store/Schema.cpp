@@ -5,7 +5,7 @@ namespace {
 
 /// "KELO", so that another program's database is not mistaken for ours.
 constexpr std::int64_t applicationId = 0x4B454C4F;
-constexpr std::int64_t schemaVersion = 4;
+constexpr std::int64_t schemaVersion = 5;
 
 // Times are milliseconds since 1970 in UTC. Paths are relative to the service's own address, which
 // is not known before it listens.
@@ -75,7 +75,8 @@ CREATE TABLE renditions (
 ) WITHOUT ROWID;
 CREATE TABLE tags (
     tagId INTEGER PRIMARY KEY,
-    name TEXT NOT NULL UNIQUE
+    name TEXT NOT NULL UNIQUE,
+    postCount INTEGER NOT NULL
 );
 CREATE TABLE postTags (
     postId INTEGER NOT NULL REFERENCES posts,
@@ -92,6 +93,61 @@ CREATE TABLE entities (
     targetId INTEGER NOT NULL,
     title TEXT NOT NULL,
     PRIMARY KEY (postId, start)
+) WITHOUT ROWID;
+CREATE TABLE venueCategories (
+    categoryId TEXT PRIMARY KEY,
+    shortName TEXT NOT NULL,
+    -- Of the icon's path: the size stands between them.
+    iconPrefix TEXT NOT NULL,
+    iconSuffix TEXT NOT NULL
+) WITHOUT ROWID;
+CREATE TABLE venues (
+    venueId TEXT PRIMARY KEY,
+    name TEXT NOT NULL,
+    address TEXT,
+    city TEXT NOT NULL,
+    state TEXT,
+    country TEXT NOT NULL,
+    latitude REAL NOT NULL,
+    longitude REAL NOT NULL,
+    categoryId TEXT REFERENCES venueCategories
+) WITHOUT ROWID;
+CREATE TABLE tracks (
+    trackId INTEGER PRIMARY KEY,
+    name TEXT NOT NULL,
+    artist TEXT NOT NULL,
+    storeId INTEGER,
+    affiliateToken TEXT,
+    hasTimeline INTEGER NOT NULL,
+    artPath TEXT
+);
+-- Where posts were made and what is heard in them.
+CREATE TABLE postExtras (
+    postId INTEGER PRIMARY KEY REFERENCES posts,
+    venueId TEXT REFERENCES venues,
+    trackId INTEGER REFERENCES tracks
+);
+-- The stretch that links somewhere, where there is one, in code points.
+CREATE TABLE bylines (
+    postId INTEGER PRIMARY KEY REFERENCES posts,
+    body TEXT NOT NULL,
+    iconPath TEXT NOT NULL,
+    start INTEGER,
+    end INTEGER,
+    type TEXT,
+    targetId INTEGER,
+    title TEXT
+);
+-- Images that belong to no post, user or channel.
+CREATE TABLE images (
+    path TEXT PRIMARY KEY,
+    side INTEGER NOT NULL,
+    seed INTEGER NOT NULL
+) WITHOUT ROWID;
+CREATE TABLE closedInserts (
+    userId INTEGER NOT NULL REFERENCES users,
+    reference TEXT NOT NULL,
+    PRIMARY KEY (userId, reference)
 ) WITHOUT ROWID;
 -- AUTOINCREMENT: the id of what was taken back must not come to mean something else.
 CREATE TABLE likes (

@@ -2,10 +2,12 @@
 
 #include "service/store/Actions.hpp"
 #include "service/store/Channels.hpp"
+#include "service/store/ClosedInserts.hpp"
 #include "service/store/Database.hpp"
 #include "service/store/Feedback.hpp"
 #include "service/store/Feeds.hpp"
 #include "service/store/Follows.hpp"
+#include "service/store/Images.hpp"
 #include "service/store/Likes.hpp"
 #include "service/store/Longforms.hpp"
 #include "service/store/Loops.hpp"
@@ -16,6 +18,7 @@
 #include "service/store/UploadFolder.hpp"
 #include "service/store/Uploads.hpp"
 #include "service/store/Users.hpp"
+#include "service/store/Venues.hpp"
 
 #include <string>
 
@@ -31,6 +34,7 @@ public:
     Users users;
     Sessions sessions;
     Channels channels;
+    Venues venues;
     Posts posts;
     Feeds feeds;
     Likes likes;
@@ -40,6 +44,8 @@ public:
     Loops loops;
     Longforms longforms;
     Sounds sounds;
+    Images images;
+    ClosedInserts closedInserts;
     UploadFolder uploadFolder;
     Uploads uploads;
     Actions actions;

@@ -60,4 +60,16 @@ std::optional<User> Users::findByPassword(const std::string& username,
     return read(query);
 }
 
+std::vector<User> Users::mostFollowed(std::int64_t count) {
+    const auto lock = database_.lock();
+    Query query =
+        database_.query(std::string(selection) + "ORDER BY followerCount DESC, userId LIMIT ?1");
+    query.bind(count);
+    std::vector<User> users;
+    while (query.next()) {
+        users.push_back(read(query));
+    }
+    return users;
+}
+
 } // namespace KeloService

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace KeloService {
 
@@ -37,6 +38,9 @@ public:
     std::optional<std::int64_t> findByAvatar(const std::string& path);
     /// The user whose name and password these are.
     std::optional<User> findByPassword(const std::string& username, const std::string& password);
+
+    /// The users that most others follow.
+    std::vector<User> mostFollowed(std::int64_t count);
 
 private:
     Database& database_;

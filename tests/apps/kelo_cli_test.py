@@ -16,7 +16,8 @@ from service import BIN, KEY
 
 USER_FIELDS = {"username", "loopData"}
 POST_FIELDS = {"postId", "user", "caption", "created", "videoUrl", "thumbnailUrl", "liked",
-               "rekeloed", "currentUserRekelo"}
+               "rekeloed", "currentUserRekelo", "channel", "venue", "byline", "audio", "tags",
+               "entities"}
 
 
 class Usage(Case):
@@ -29,7 +30,7 @@ class Usage(Case):
 
     def test_help_names_commands_options_and_exit_codes(self):
         text = self.succeeds("--help")
-        for command in ("me", "timeline", "like", "unlike", "rekelo", "unrekelo", "follow",
+        for command in ("me", "timeline", "channel", "inserts", "venue", "like", "unlike", "rekelo", "unrekelo", "follow",
                         "unfollow", "boost", "loops", "views", "sounds", "download", "cache", "serve"):
             self.assertRegex(text, rf"(?m)^  {command} ")
         for word in ("--host", "--session", "--user", "--password", "--language", "--verbose",
@@ -65,6 +66,13 @@ class Usage(Case):
                 (["timeline", "a", "--pages", "-1"], "--pages"),
                 (["timeline", "a", "--pages", "many"], "--pages"),
                 (["timeline", "a", "--pages", "99999999999999999999"], "--pages"),
+                (["channel"], "ID"),
+                (["channel", "1/2"], "is no identifier"),
+                (["channel", "1", "--size", "0"], "--size"),
+                (["inserts"], "FEED"),
+                (["inserts", "../users/me"], "is no identifier"),
+                (["venue"], "ID"),
+                (["venue", "a?b"], "is no identifier"),
                 (["timeline", "a", "--size", "0"], "--size"),
                 (["timeline", "a", "--size", "1001"], "--size"),
                 (["timeline", "a", "--all", "--pages", "2"], "--all"),

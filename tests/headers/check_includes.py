@@ -6,7 +6,7 @@ usage: check_includes.py FOLDER PUBLIC_HEADERS
 FOLDER is KeloAPI/, PUBLIC_HEADERS a file that lists the public headers, one a line. Prints one line
 for each fault and ends with 1 when there is one:
 - a public header includes the C++20 standard library and public headers, nothing else;
-- includes point downwards from room to room;
+- includes point downwards from room to room, but for the sources named below;
 - headers form no circle;
 - libcurl and OpenSSL are the business of platform/curl alone.
 """
@@ -31,7 +31,9 @@ RANKS = {
     "endpoints": 4, "files": 4, "loops": 4, "testing": 4,
 }  # fmt: skip
 # Models that rooms below their own need: they stand between parsing and the models.
-LEAVES = {"loops/LoopData.hpp": 1.5, "model/KLRekelo.hpp": 1.5}
+LEAVES = {"loops/LoopData.hpp": 1.5, "model/KLChannel.hpp": 1.5, "model/KLRekelo.hpp": 1.5}
+# Sources that include a leaf above their own room, whose header only names the leaf's class.
+MAKERS = {"parsing/KLPagingMetadata.cpp": "model/KLChannel.hpp"}
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"][^>"]+[>"])', re.MULTILINE)
 PREFIX = "KeloAPI/"
@@ -47,7 +49,7 @@ def rank(name):
 
 def points_downwards(source, target):
     room = source.split("/")[0]
-    if target.split("/")[0] == room:
+    if target.split("/")[0] == room or MAKERS.get(source) == target:
         return True
     # A leaf's own source file stands where the leaf stands.
     leaf = str(Path(source).with_suffix(".hpp"))

@@ -57,6 +57,18 @@ class CheckIncludesTest(unittest.TestCase):
         files = {"loops/LoopData.hpp": ["<KeloAPI/model/M.hpp>"], "model/M.hpp": []}
         self.expect("points upwards", files)
 
+    def test_only_the_named_source_includes_a_leaf_above_its_room(self):
+        leaf = {"model/KLChannel.hpp": ["<KeloAPI/parsing/KLPagingMetadata.hpp>"]}
+        header = {"parsing/KLPagingMetadata.hpp": []}
+        source = {"parsing/KLPagingMetadata.cpp": ["<KeloAPI/model/KLChannel.hpp>"]}
+        self.assertEqual(self.judge({**leaf, **header, **source}), [])
+        for other in ("parsing/KLPagedData.cpp", "parsing/PagingKeys.hpp", "platform/A.cpp"):
+            self.expect("points upwards",
+                        {**leaf, **header, other: ["<KeloAPI/model/KLChannel.hpp>"]})
+        self.expect("points upwards",
+                    {**header, "model/KLTag.hpp": [],
+                     "parsing/KLPagingMetadata.cpp": ["<KeloAPI/model/KLTag.hpp>"]})
+
     def test_circles(self):
         files = {
             "platform/A.hpp": ["<KeloAPI/platform/B.hpp>"],

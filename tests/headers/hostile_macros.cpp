@@ -20,6 +20,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <typeindex>
 #include <unordered_map>
 #include <utility>
 #include <variant>

@@ -1,6 +1,7 @@
 #include "support/JsonText.hpp"
 #include "support/Named.hpp"
 
+#include <KeloAPI/model/KLChannel.hpp>
 #include <KeloAPI/parsing/KLPagedData.hpp>
 
 #include <gtest/gtest.h>
@@ -218,9 +219,11 @@ TEST(PagedDataTest, PrependingAPageMergesAndRecounts) {
     const auto twenty = elements(20);
     const auto five = elements(5);
     KLPagedData list(twenty, metadata(R"({"count":999,"nextPage":4,"previousPage":2,"size":20,
-        "anchor":"la","backAnchor":"lb","title":"lt","nextAfter":8,"displayCount":30})"));
+        "anchor":"la","backAnchor":"lb","title":"lt","nextAfter":8,"displayCount":30,
+        "channel":{"channelId":1,"channel":"lc"}})"));
     const KLPagedData page(five, metadata(R"({"count":5,"nextPage":9,"previousPage":1,"size":5,
-        "anchor":"pa","backAnchor":"pb","title":"pt","nextAfter":3,"displayCount":31})"));
+        "anchor":"pa","backAnchor":"pb","title":"pt","nextAfter":3,"displayCount":31,
+        "channel":{"channelId":2,"channel":"pc"}})"));
     const auto before = list.metadata();
     list.prependPagedData(page);
     EXPECT_EQ(list.data(), joined(five, twenty));
@@ -233,6 +236,8 @@ TEST(PagedDataTest, PrependingAPageMergesAndRecounts) {
     EXPECT_EQ(merged.anchor(), "la");
     EXPECT_EQ(merged.title(), "lt");
     EXPECT_EQ(merged.displayCount(), 30);
+    EXPECT_EQ(merged.channel(), before->channel());
+    EXPECT_EQ(merged.channel()->name, "lc");
     EXPECT_EQ(merged.previousPage(), 1);
     EXPECT_EQ(merged.backAnchor(), "pb");
     EXPECT_EQ(merged.nextAfter(), 3);

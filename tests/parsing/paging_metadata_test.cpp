@@ -1,5 +1,6 @@
 #include "support/JsonText.hpp"
 
+#include <KeloAPI/model/KLChannel.hpp>
 #include <KeloAPI/parsing/KLPagingMetadata.hpp>
 
 #include <gtest/gtest.h>
@@ -13,9 +14,11 @@ std::shared_ptr<KLPagingMetadata> metadata(const std::string& json) {
 }
 
 const char* const pageM = R"({"count":1,"nextPage":2,"previousPage":3,"size":4,"nextAfter":5,
-    "title":"mt","anchor":"ma","backAnchor":"mb","displayCount":6})";
+    "title":"mt","anchor":"ma","backAnchor":"mb","channel":{"channelId":7,"channel":"mc"},
+    "displayCount":6})";
 const char* const pageP = R"({"count":11,"nextPage":12,"previousPage":13,"size":14,"nextAfter":15,
-    "title":"pt","anchor":"pa","backAnchor":"pb","displayCount":16})";
+    "title":"pt","anchor":"pa","backAnchor":"pb","channel":{"channelId":17,"channel":"pc"},
+    "displayCount":16})";
 
 } // namespace
 
@@ -29,6 +32,7 @@ TEST(PagingMetadataTest, OfAnEmptyObjectHasTheDefaults) {
     EXPECT_EQ(empty->backAnchor(), std::nullopt);
     EXPECT_EQ(empty->title(), std::nullopt);
     EXPECT_EQ(empty->nextAfter(), 0);
+    EXPECT_EQ(empty->channel(), nullptr);
     EXPECT_EQ(empty->displayCount(), 0);
 }
 
@@ -42,6 +46,9 @@ TEST(PagingMetadataTest, ReadsEveryKey) {
     EXPECT_EQ(all->title(), "mt");
     EXPECT_EQ(all->anchor(), "ma");
     EXPECT_EQ(all->backAnchor(), "mb");
+    ASSERT_NE(all->channel(), nullptr);
+    EXPECT_EQ(all->channel()->channelId, "7");
+    EXPECT_EQ(all->channel()->name, "mc");
     EXPECT_EQ(all->displayCount(), 6);
 }
 
@@ -57,9 +64,30 @@ TEST(PagingMetadataTest, MistypedKeysLeaveTheDefaults) {
     EXPECT_EQ(wrong->title(), std::nullopt);
     EXPECT_EQ(wrong->anchor(), std::nullopt);
     EXPECT_EQ(wrong->backAnchor(), std::nullopt);
+    EXPECT_EQ(wrong->channel(), nullptr);
     EXPECT_EQ(wrong->displayCount(), 0);
     EXPECT_EQ(metadata(R"({"anchor":12345})")->anchor(), "12345");
     EXPECT_EQ(metadata(R"({"nextPage":3.7})")->nextPage(), 3);
+}
+
+TEST(PagingMetadataTest, AChannelThatCannotBeReadIsNone) {
+    for (const char* channel :
+         {"null", "7", "\"comedy\"", "[]", "true", "{}", R"({"channelId":7})", R"({"channel":"a"})",
+          R"({"channelId":7,"channel":8})", R"([{"channelId":7,"channel":"a"}])"}) {
+        const auto none =
+            metadata(R"({"count":3,"channel":)" + std::string(channel) + R"(,"displayCount":4})");
+        EXPECT_EQ(none->channel(), nullptr) << channel;
+        EXPECT_EQ(none->count(), 3) << channel;
+        EXPECT_EQ(none->displayCount(), 4) << channel;
+    }
+}
+
+TEST(PagingMetadataTest, AChannelComesWithoutItsTimeline) {
+    const auto with = metadata(
+        R"({"channel":{"channelId":7,"channel":"a","timeline":{"records":[]},"following":true}})");
+    ASSERT_NE(with->channel(), nullptr);
+    EXPECT_TRUE(with->channel()->following);
+    EXPECT_EQ(with->channel()->timelineData, nullptr);
 }
 
 TEST(PagingMetadataTest, TheCountIsNeverNegative) {
@@ -99,6 +127,7 @@ TEST(PagingMetadataTest, ACopyHasTheFieldsAndItsOwnCounts) {
     EXPECT_EQ(copy.title(), "mt");
     EXPECT_EQ(copy.anchor(), "ma");
     EXPECT_EQ(copy.backAnchor(), "mb");
+    EXPECT_EQ(copy.channel(), original->channel()) << "the same object";
     EXPECT_EQ(copy.displayCount(), 42);
     original->setCount(0);
     original->setDisplayCount(0);
@@ -113,6 +142,7 @@ TEST(PagingMetadataTest, JoiningTakesTheWayBackFromThePrependedPage) {
     EXPECT_EQ(joined.pageSize(), 4);
     EXPECT_EQ(joined.anchor(), "ma");
     EXPECT_EQ(joined.title(), "mt");
+    EXPECT_EQ(joined.channel()->name, "mc");
     EXPECT_EQ(joined.displayCount(), 6);
     EXPECT_EQ(joined.previousPage(), 13);
     EXPECT_EQ(joined.backAnchor(), "pb");

@@ -23,9 +23,10 @@ std::int64_t number(Database& database, const std::string& sql) {
 /// Everything that the seed decides, as one text.
 std::string content(Database& database) {
     std::string text;
-    for (const char* table :
-         {"users", "channels", "posts", "renditions", "tags", "postTags", "entities", "likes",
-          "comments", "reposts", "follows", "sessions", "longforms", "sounds"}) {
+    for (const char* table : {"users",    "channels", "posts",      "renditions", "tags",
+                              "postTags", "entities", "likes",      "comments",   "reposts",
+                              "follows",  "sessions", "longforms",  "sounds",     "venueCategories",
+                              "venues",   "tracks",   "postExtras", "bylines",    "images"}) {
         Query query = database.query("SELECT * FROM " + std::string(table) + " ORDER BY 1, 2");
         while (query.next()) {
             for (int column = 0; column < query.columns(); ++column) {

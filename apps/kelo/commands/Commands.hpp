@@ -25,6 +25,9 @@ struct Command {
 // here, and called in `addCommands`.
 Command addMe(CLI::App& app);
 Command addTimeline(CLI::App& app);
+Command addChannel(CLI::App& app);
+Command addInserts(CLI::App& app);
+Command addVenue(CLI::App& app);
 Command addLike(CLI::App& app);
 Command addUnlike(CLI::App& app);
 Command addRekelo(CLI::App& app);
@@ -41,10 +44,10 @@ Command addCache(CLI::App& app);
 Command addServe(CLI::App& app);
 
 inline std::vector<Command> addCommands(CLI::App& app) {
-    return {addMe(app),     addTimeline(app), addLike(app),   addUnlike(app),
-            addRekelo(app), addUnrekelo(app), addFollow(app), addUnfollow(app),
-            addBoost(app),  addLoops(app),    addUpload(app), addViews(app),
-            addSounds(app), addDownload(app), addCache(app),  addServe(app)};
+    return {addMe(app),       addTimeline(app), addChannel(app), addInserts(app),  addVenue(app),
+            addLike(app),     addUnlike(app),   addRekelo(app),  addUnrekelo(app), addFollow(app),
+            addUnfollow(app), addBoost(app),    addLoops(app),   addUpload(app),   addViews(app),
+            addSounds(app),   addDownload(app), addCache(app),   addServe(app)};
 }
 
 } // namespace KeloHost

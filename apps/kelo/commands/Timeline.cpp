@@ -1,10 +1,10 @@
 #include "commands/Commands.hpp"
+#include "FeedPost.hpp"
 #include "Host.hpp"
 #include "Output.hpp"
 #include "Progress.hpp"
 
 #include <KeloAPI/endpoints/TimelineEndpoint.hpp>
-#include <KeloAPI/model/KLWatchPost.hpp>
 
 #include <CLI/CLI.hpp>
 
@@ -24,6 +24,7 @@ struct Arguments {
     bool all = false;
     /// 0 keeps the library's own page size.
     std::int64_t size = 0;
+    bool details = false;
 
     std::int64_t mostPages() const {
         return all ? std::numeric_limits<std::int64_t>::max() : pages;
@@ -39,38 +40,61 @@ public:
         , _progress(_arguments.mostPages() > 1) {}
 
     void start() {
-        const auto endpoint = TimelineEndpoint::create(_arguments.path);
-        if (_arguments.size > 0) {
-            Parameters parameters = endpoint->parameters();
-            parameters["size"] = _arguments.size;
-            endpoint->setParameters(std::move(parameters));
-        }
-        fetch(endpoint);
+        fetch(pageWith(_arguments.size > 0 ? Parameters{{"size", _arguments.size}} : Parameters()));
     }
 
 private:
+    using Posts = std::vector<std::shared_ptr<FeedPost>>;
+
+    /// The endpoint's own `fetch` would read posts and no more of a record; it is used here for the
+    /// path and the parameters of a timeline.
     void fetch(const std::shared_ptr<TimelineEndpoint>& page) {
         _progress.show(std::to_string(_pages) + " pages, " + std::to_string(_posts) + " posts …");
-        page->fetch([self = shared_from_this()](const TimelineResult& result) {
-            self->_progress.clear();
-            if (const auto* success = result.success()) {
-                self->received(*success);
-            } else {
-                self->_host->fail(*result.error());
-            }
-        });
+        page->request(
+            std::make_shared<FeedPostParser>(),
+            [self = shared_from_this()](const Posts& posts, const std::optional<Metadata>& metadata,
+                                        const Timeline&, const std::optional<Error>& error) {
+                self->_progress.clear();
+                if (error) {
+                    self->_host->fail(*error);
+                } else {
+                    self->received(posts, metadata);
+                }
+            });
     }
 
-    void received(const TimelineSuccess& page) {
-        _host->output().posts(page.posts);
-        _posts += page.posts.size();
+    void received(const Posts& posts, const std::optional<Metadata>& metadata) {
+        if (_pages == 0) {
+            showChannel(posts);
+        }
+        _host->output().posts(posts, _arguments.details);
+        _posts += posts.size();
         ++_pages;
-        if (page.nextPage != nullptr && _pages < _arguments.mostPages()) {
-            fetch(page.nextPage);
+        const auto next =
+            metadata ? metadata->nextPageParameters(metadata->pageSize()) : std::nullopt;
+        if (next && _pages < _arguments.mostPages()) {
+            fetch(pageWith(*next));
             return;
         }
-        _host->output().endOfPosts(_posts, page.nextPage != nullptr);
+        _host->output().endOfPosts(_posts, next.has_value());
         _host->end();
+    }
+
+    std::shared_ptr<TimelineEndpoint> pageWith(const Parameters& paging) const {
+        const auto endpoint = TimelineEndpoint::create(_arguments.path);
+        Parameters parameters = endpoint->parameters();
+        for (const auto& [name, value] : paging) {
+            parameters.insert_or_assign(name, value);
+        }
+        endpoint->setParameters(std::move(parameters));
+        return endpoint;
+    }
+
+    /// The posts of a channel's feed say which channel it is.
+    void showChannel(const Posts& posts) {
+        if (_arguments.path.starts_with("channels/") && !posts.empty() && posts.front()->channel) {
+            _host->output().feedName(*posts.front()->channel);
+        }
     }
 
     const std::shared_ptr<Host> _host;
@@ -109,6 +133,8 @@ Command addTimeline(CLI::App& app) {
     command->add_option("--size", arguments->size, "Posts in a page (5)")
         ->type_name("N")
         ->check(CLI::Range(1, 1000));
+    command->add_flag("--details", arguments->details,
+                      "Show bylines, channels, venues, music, tags and links, too");
     return {command, [arguments](const std::shared_ptr<Host>& host) {
                 std::make_shared<Reader>(host, *arguments)->start();
             }};

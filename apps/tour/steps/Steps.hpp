@@ -7,6 +7,7 @@ namespace KeloTour {
 // One function and one source file per subject. A new one is declared here, and called in main.
 void tourTrust(Tour& tour);
 void tourReading(Tour& tour);
+void tourModels(Tour& tour);
 void tourPaging(Tour& tour);
 void tourRequests(Tour& tour);
 void tourActing(Tour& tour);

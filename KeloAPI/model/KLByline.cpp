@@ -1,0 +1,31 @@
+#include <KeloAPI/model/KLByline.hpp>
+#include <KeloAPI/model/KLEntity.hpp>
+#include <KeloAPI/parsing/JsonTexts.hpp>
+
+#include <utility>
+
+namespace KeloAPI {
+
+KLByline::KLByline(std::string text)
+    : _text(std::move(text)) {}
+
+KLByline::~KLByline() = default;
+KLBylineParser::~KLBylineParser() = default;
+
+std::shared_ptr<KLByline> KLBylineParser::parse(const JsonObject& json) const {
+    const auto [body, entities, iconUrl] = json.values("body", "entities", "iconUrl");
+    auto byline = std::make_shared<KLByline>(requiredText(body, "body"));
+    if (byline->text().empty()) {
+        throw JsonParseError(JsonParseError::InsufficientData, "body");
+    }
+    if (const auto list = entities.objects()) {
+        byline->entities = KLEntityParser(byline->text()).parseArray(*list, /*ignoreError=*/true);
+    }
+    byline->iconUrl = urlOf(iconUrl);
+    if (!byline->iconUrl) {
+        throw JsonParseError(JsonParseError::InsufficientData, "iconUrl");
+    }
+    return byline;
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <KeloAPI/parsing/JsonParser.hpp>
+#include <KeloAPI/platform/Export.hpp>
+#include <KeloAPI/platform/Object.hpp>
+#include <KeloAPI/platform/URL.hpp>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace KeloAPI {
+
+class KLEntity;
+
+/// A short line of text shown with a post. One thread at a time.
+class KELO_API KLByline final : public Object {
+public:
+    explicit KLByline(std::string text);
+    KLByline() = delete;
+    ~KLByline() override;
+
+    /// "body".
+    const std::string& text() const { return _text; }
+
+    /// "iconUrl".
+    std::optional<URL> iconUrl;
+    /// "entities": the stretches of the text that link somewhere. Never null.
+    std::vector<std::shared_ptr<KLEntity>> entities;
+
+private:
+    std::string _text;
+};
+
+/// Needs "body", a text that is not empty, and "iconUrl", a URL (`InsufficientData`). Entities that
+/// fail to parse are left out.
+class KELO_API KLBylineParser final : public JsonParser<KLByline> {
+public:
+    KLBylineParser() = default;
+    ~KLBylineParser() override;
+    std::shared_ptr<KLByline> parse(const JsonObject& json) const override;
+};
+
+} // namespace KeloAPI

@@ -1,0 +1,88 @@
+#include <KeloAPI/model/KLChannel.hpp>
+#include <KeloAPI/parsing/AnyObjectJsonParser.hpp>
+#include <KeloAPI/parsing/JsonTexts.hpp>
+#include <KeloAPI/parsing/KLPagedDataParser.hpp>
+#include <KeloAPI/platform/archive/KeyedArchiver.hpp>
+#include <KeloAPI/platform/archive/KeyedUnarchiver.hpp>
+
+#include <utility>
+
+namespace KeloAPI {
+
+namespace {
+
+constexpr const char* black = "000000";
+
+} // namespace
+
+KLChannel::KLChannel(std::string id, std::string title, std::string fontColor,
+                     std::string backgroundColor)
+    : channelId(std::move(id))
+    , name(std::move(title))
+    , fontColorHex(std::move(fontColor))
+    , backgroundColorHex(std::move(backgroundColor)) {}
+
+KLChannel::~KLChannel() = default;
+
+bool KLChannel::isEqual(const Object& other) const {
+    const auto* channel = dynamic_cast<const KLChannel*>(&other);
+    return channel != nullptr && *channel == *this;
+}
+
+void KLChannel::encodeWithCoder(KeyedArchiver& coder) const {
+    coder.encodeText(channelId, "channelId");
+    coder.encodeText(name, "name");
+    coder.encodeDate(created, "created");
+    coder.encodeURL(iconUrl, "iconUrl");
+    coder.encodeURL(iconRetinaUrl, "iconRetinaUrl");
+    coder.encodeText(fontColorHex, "fontColorHex");
+    coder.encodeText(backgroundColorHex, "backgroundColorHex");
+    coder.encodeText(channelDescription, "channelDescription");
+}
+
+std::shared_ptr<KLChannel> KLChannel::initWithCoder(KeyedUnarchiver& coder) {
+    auto channel = std::make_shared<KLChannel>(
+        coder.decodeText("channelId").value_or(""), coder.decodeText("name").value_or(""),
+        coder.decodeText("fontColorHex").value_or(black),
+        coder.decodeText("backgroundColorHex").value_or(black));
+    channel->created = coder.decodeDate("created");
+    channel->iconUrl = coder.decodeURL("iconUrl");
+    channel->iconRetinaUrl = coder.decodeURL("iconRetinaUrl");
+    channel->channelDescription = coder.decodeText("channelDescription");
+    return channel;
+}
+
+KLChannelParser::KLChannelParser(std::shared_ptr<const TimelineParser> timelineParser)
+    : _timelineParser(std::move(timelineParser)) {}
+
+KLChannelParser::~KLChannelParser() = default;
+
+std::shared_ptr<KLChannel> KLChannelParser::parse(const JsonObject& json) const {
+    const auto values =
+        json.values("channelId", "channel", "fontColor", "backgroundColor", "created",
+                    "iconFullUrl", "retinaIconFullUrl", "exploreRetinaIconFullUrl", "following",
+                    "timeline", "showRecent", "description", "vanityUrl");
+    auto id = parseId(values[0]);
+    if (!id) {
+        throw JsonParseError(JsonParseError::InsufficientData, "channelId");
+    }
+    auto channel = std::make_shared<KLChannel>(*std::move(id), requiredText(values[1], "channel"),
+                                               textOf(values[2]).value_or(black),
+                                               textOf(values[3]).value_or(black));
+    if (const auto created = values[4].text()) {
+        channel->created = dateFormatter().date(*created);
+    }
+    channel->iconUrl = urlOf(values[5]);
+    channel->iconRetinaUrl = urlOf(values[6]);
+    channel->exploreIconRetinaUrl = urlOf(values[7]);
+    channel->following = values[8].boolean().value_or(false);
+    if (const auto timeline = values[9].object(); timeline && _timelineParser) {
+        channel->timelineData = _timelineParser->parse(*timeline);
+    }
+    channel->showRecent = values[10].boolean().value_or(false);
+    channel->channelDescription = textOf(values[11]);
+    channel->vanityPathSuffix = textOf(values[12]);
+    return channel;
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <KeloAPI/platform/Export.hpp>
+#include <KeloAPI/platform/Object.hpp>
+
+#include <string>
+
+namespace KeloAPI {
+
+/// A card between the posts of a feed. Does not change once made.
+class KELO_API KLFeedInsert : public Object {
+public:
+    KLFeedInsert(std::string reference, bool closeable);
+    KLFeedInsert() = delete;
+    ~KLFeedInsert() override;
+
+    /// "reference": the service's name of the insert.
+    const std::string& reference() const { return _reference; }
+    /// "closeable": whether the user may dismiss it.
+    bool closeable() const { return _closeable; }
+
+private:
+    std::string _reference;
+    bool _closeable;
+};
+
+} // namespace KeloAPI

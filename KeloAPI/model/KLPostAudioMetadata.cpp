@@ -1,0 +1,39 @@
+#include <KeloAPI/model/KLPostAudioMetadata.hpp>
+#include <KeloAPI/parsing/JsonTexts.hpp>
+
+#include <utility>
+
+namespace KeloAPI {
+
+KLPostAudioMetadata::KLPostAudioMetadata(std::string artist, std::string track, std::string id)
+    : artistName(std::move(artist))
+    , trackName(std::move(track))
+    , trackId(std::move(id)) {}
+
+KLPostAudioMetadata::~KLPostAudioMetadata() = default;
+
+std::shared_ptr<KLPostAudioMetadata> KLPostAudioMetadata::fromJSON(const JsonObject& json) {
+    const auto [track, trackId] = json.values("track", "trackId");
+    const auto object = track.object();
+    const auto id = trackId.number();
+    if (!object || !id) {
+        return nullptr;
+    }
+    const auto values =
+        object->values("trackName", "artistName", "itunesId", "itunes_affiliate_token",
+                       "hasAudioTrackTimeline", "albumArtUrl");
+    auto name = textOf(values[0]);
+    auto artist = textOf(values[1]);
+    if (!name || !artist) {
+        return nullptr;
+    }
+    std::shared_ptr<KLPostAudioMetadata> audio(
+        new KLPostAudioMetadata(*std::move(artist), *std::move(name), id->stringValue()));
+    audio->_iTunesId = values[2].number();
+    audio->_affiliateToken = textOf(values[3]);
+    audio->_hasTrackTimeline = values[4].boolean().value_or(false);
+    audio->albumArtUrl = urlOf(values[5]);
+    return audio;
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <KeloAPI/platform/Export.hpp>
+#include <KeloAPI/platform/Json.hpp>
+#include <KeloAPI/platform/Number.hpp>
+#include <KeloAPI/platform/Object.hpp>
+#include <KeloAPI/platform/URL.hpp>
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace KeloAPI {
+
+/// The music track of a post. One thread at a time.
+class KELO_API KLPostAudioMetadata final : public Object {
+public:
+    /// "artistName" and "trackName" of the object "track".
+    std::string artistName;
+    std::string trackName;
+    /// "trackId", a number beside "track", as decimal text.
+    std::string trackId;
+    /// "albumArtUrl" of "track"; absent when missing or no URL.
+    std::optional<URL> albumArtUrl;
+
+    /// Null when "trackName" or "artistName" of "track" is missing or no text, or "trackId" missing
+    /// or no number.
+    static std::shared_ptr<KLPostAudioMetadata> fromJSON(const JsonObject& json);
+    KLPostAudioMetadata() = delete;
+    ~KLPostAudioMetadata() override;
+
+    /// "itunesId" of "track": the track's number in the music store; absent when missing or no
+    /// number.
+    const std::optional<Number>& iTunesId() const { return _iTunesId; }
+    /// "itunes_affiliate_token" of "track"; absent when missing or no text.
+    const std::optional<std::string>& affiliateToken() const { return _affiliateToken; }
+    /// "hasAudioTrackTimeline" of "track"; false when missing or no number.
+    bool hasTrackTimeline() const { return _hasTrackTimeline; }
+
+private:
+    KLPostAudioMetadata(std::string artist, std::string track, std::string id);
+
+    std::optional<Number> _iTunesId;
+    std::optional<std::string> _affiliateToken;
+    bool _hasTrackTimeline = false;
+};
+
+} // namespace KeloAPI

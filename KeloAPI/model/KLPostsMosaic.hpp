@@ -1,0 +1,43 @@
+#pragma once
+
+#include <KeloAPI/model/KLFeedInsert.hpp>
+#include <KeloAPI/platform/Export.hpp>
+
+#include <memory>
+#include <string>
+
+namespace KeloAPI {
+
+class KLPagedData;
+
+/// How a mosaic of posts is laid out.
+enum class KLPostsMosaicType : int { Unknown, AvatarIncluded, Default, SmallThumbnails };
+
+/// A card of several posts, made by the host. Does not change once made.
+class KELO_API KLPostsMosaic final : public KLFeedInsert {
+public:
+    /// `description` becomes the subtitle. `posts` must not be null.
+    KLPostsMosaic(std::shared_ptr<KLPagedData> posts, std::string title, std::string description,
+                  std::string link, std::string reference, bool closeable, KLPostsMosaicType type,
+                  bool pinnable);
+    KLPostsMosaic() = delete;
+    ~KLPostsMosaic() override;
+
+    /// Never null.
+    const std::shared_ptr<KLPagedData>& posts() const { return _posts; }
+    const std::string& title() const { return _title; }
+    const std::string& subtitle() const { return _subtitle; }
+    const std::string& link() const { return _link; }
+    KLPostsMosaicType type() const { return _type; }
+    bool pinnable() const { return _pinnable; }
+
+private:
+    std::shared_ptr<KLPagedData> _posts;
+    std::string _title;
+    std::string _subtitle;
+    std::string _link;
+    KLPostsMosaicType _type;
+    bool _pinnable;
+};
+
+} // namespace KeloAPI

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <KeloAPI/model/KLFeedInsert.hpp>
+#include <KeloAPI/parsing/JsonParser.hpp>
+#include <KeloAPI/platform/Export.hpp>
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace KeloAPI {
+
+/// A prompt that the user may close. Does not change once made.
+class KELO_API KLSolicitation final : public KLFeedInsert {
+public:
+    /// An absent `closeable` is false.
+    KLSolicitation(std::string reference, std::optional<bool> closeable,
+                   std::optional<std::string> closeUrlPath);
+    KLSolicitation() = delete;
+    ~KLSolicitation() override;
+
+    /// "closeUrlPath": the path to call when the user dismisses the prompt.
+    const std::optional<std::string>& closeUrlPath() const { return _closeUrlPath; }
+
+private:
+    std::optional<std::string> _closeUrlPath;
+};
+
+/// Reads objects of the "type" "solicitation" and no others (`IncorrectType`). Needs "reference" as
+/// text (`InsufficientData`).
+class KELO_API KLSolicitationParser final : public JsonParser<KLSolicitation> {
+public:
+    KLSolicitationParser() = default;
+    ~KLSolicitationParser() override;
+    std::shared_ptr<KLSolicitation> parse(const JsonObject& json) const override;
+};
+
+} // namespace KeloAPI

@@ -1,0 +1,57 @@
+#include <KeloAPI/model/KLTag.hpp>
+#include <KeloAPI/parsing/JsonTexts.hpp>
+#include <KeloAPI/platform/archive/KeyedArchiver.hpp>
+#include <KeloAPI/platform/archive/KeyedUnarchiver.hpp>
+
+#include <utility>
+
+namespace KeloAPI {
+
+KLTag::KLTag(std::string tagId, std::string name)
+    : _tagId(std::move(tagId))
+    , _name(std::move(name)) {
+    if (!_name.starts_with('#')) {
+        _name.insert(0, 1, '#');
+    }
+}
+
+KLTag::KLTag(std::string name)
+    : KLTag(std::string(), std::move(name)) {}
+
+KLTag::~KLTag() = default;
+KLTagParser::~KLTagParser() = default;
+
+std::string KLTag::nameWithoutHash() const {
+    return _name.starts_with('#') ? _name.substr(1) : _name;
+}
+
+KLTag::KLTag(KeyedUnarchiver& coder)
+    : _tagId(coder.decodeText("tagId").value_or(""))
+    , _name(coder.decodeText("name").value_or("")) {}
+
+void KLTag::encodeWithCoder(KeyedArchiver& coder) const {
+    coder.encodeText(_tagId, "tagId");
+    coder.encodeText(_name, "name");
+}
+
+std::shared_ptr<KLTag> KLTag::initWithCoder(KeyedUnarchiver& coder) {
+    return std::shared_ptr<KLTag>(new KLTag(coder));
+}
+
+std::shared_ptr<KLTag> KLTagParser::parse(const JsonObject& json) const {
+    const auto [tagName, tag, tagId, postCount] =
+        json.values("tagName", "tag", "tagId", "postCount");
+    auto name = tagName.text() ? textOf(tagName) : textOf(tag);
+    if (!name) {
+        throw JsonParseError(JsonParseError::InsufficientData, "tag");
+    }
+    auto id = parseId(tagId);
+    if (!id) {
+        throw JsonParseError(JsonParseError::InsufficientData, "tagId");
+    }
+    auto made = std::make_shared<KLTag>(*std::move(id), *std::move(name));
+    made->count = postCount.integer().value_or(0);
+    return made;
+}
+
+} // namespace KeloAPI

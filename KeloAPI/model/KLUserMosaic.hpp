@@ -1,0 +1,35 @@
+#pragma once
+
+#include <KeloAPI/model/KLFeedInsert.hpp>
+#include <KeloAPI/platform/Export.hpp>
+
+#include <memory>
+#include <string>
+
+namespace KeloAPI {
+
+class KLPagedData;
+
+/// A card of several users, made by the host. Does not change once made.
+class KELO_API KLUserMosaic final : public KLFeedInsert {
+public:
+    /// `description` becomes the subtitle. `users` must not be null.
+    KLUserMosaic(std::shared_ptr<KLPagedData> users, std::string title, std::string description,
+                 std::string link, std::string reference, bool closeable);
+    KLUserMosaic() = delete;
+    ~KLUserMosaic() override;
+
+    /// Never null.
+    const std::shared_ptr<KLPagedData>& users() const { return _users; }
+    const std::string& title() const { return _title; }
+    const std::string& subtitle() const { return _subtitle; }
+    const std::string& link() const { return _link; }
+
+private:
+    std::shared_ptr<KLPagedData> _users;
+    std::string _title;
+    std::string _subtitle;
+    std::string _link;
+};
+
+} // namespace KeloAPI

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <KeloAPI/parsing/JsonParser.hpp>
+#include <KeloAPI/platform/archive/Archivable.hpp>
+#include <KeloAPI/platform/Export.hpp>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace KeloAPI {
+
+class KeyedUnarchiver;
+
+class KLVenueCategory;
+
+/// The place at which a post was made. One thread at a time.
+class KELO_API KLVenue final : public Archivable {
+public:
+    KLVenue(std::string foursquareVenueId, std::string name);
+    KLVenue() = delete;
+    ~KLVenue() override;
+
+    const std::string& foursquareVenueId() const { return _foursquareVenueId; }
+    const std::string& name() const { return _name; }
+
+    std::optional<std::string> address;
+    std::optional<std::string> city;
+    std::optional<std::string> state;
+    std::optional<std::string> country;
+    /// In degrees; 0 where they are not known.
+    double latitude = 0;
+    double longitude = 0;
+    /// Null where it is not known.
+    std::shared_ptr<KLVenueCategory> category;
+
+    static constexpr std::string_view archivedClassName = "KLVenue";
+    std::vector<std::string_view> archivedClassNames() const override {
+        return {archivedClassName};
+    }
+    void encodeWithCoder(KeyedArchiver& coder) const override;
+    /// Missing texts that every venue has become empty ones, missing coordinates 0.
+    static std::shared_ptr<KLVenue> initWithCoder(KeyedUnarchiver& coder);
+
+private:
+    std::string _foursquareVenueId;
+    std::string _name;
+};
+
+/// The service's own, flat form. Needs "foursquareVenueId" and "venueName" as texts
+/// (`InsufficientData`); reads "venueAddress", "venueCity" and "venueState", and a category of
+/// "venueCategoryId", "venueCategoryShortName" (texts both, or there is none) and
+/// "venueCategoryIconUrl". It tells of no country and no coordinates.
+class KELO_API KLVenueParser final : public JsonParser<KLVenue> {
+public:
+    KLVenueParser() = default;
+    ~KLVenueParser() override;
+    std::shared_ptr<KLVenue> parse(const JsonObject& json) const override;
+};
+
+/// The form of the Foursquare venue service. Needs "id" and "name" as texts (`InsufficientData`);
+/// reads address, city, state, country, "lat" and "lng" of the object "location", and a category of
+/// the first object of "categories": "id" and "shortName" (texts both, or there is none) and the
+/// "prefix" and "suffix" of its "icon", whose URL is that of 32 pixels.
+class KELO_API KLFoursquareVenueParser final : public JsonParser<KLVenue> {
+public:
+    KLFoursquareVenueParser() = default;
+    ~KLFoursquareVenueParser() override;
+    std::shared_ptr<KLVenue> parse(const JsonObject& json) const override;
+};
+
+} // namespace KeloAPI

@@ -1,0 +1,28 @@
+#include <KeloAPI/model/KLVenueCategory.hpp>
+#include <KeloAPI/platform/archive/KeyedArchiver.hpp>
+#include <KeloAPI/platform/archive/KeyedUnarchiver.hpp>
+
+#include <utility>
+
+namespace KeloAPI {
+
+KLVenueCategory::KLVenueCategory(std::string categoryId, std::string shortName)
+    : _categoryId(std::move(categoryId))
+    , _shortName(std::move(shortName)) {}
+
+KLVenueCategory::~KLVenueCategory() = default;
+
+void KLVenueCategory::encodeWithCoder(KeyedArchiver& coder) const {
+    coder.encodeText(_categoryId, "categoryId");
+    coder.encodeText(_shortName, "shortName");
+    coder.encodeURL(iconUrl, "iconUrl");
+}
+
+std::shared_ptr<KLVenueCategory> KLVenueCategory::initWithCoder(KeyedUnarchiver& coder) {
+    auto category = std::make_shared<KLVenueCategory>(coder.decodeText("categoryId").value_or(""),
+                                                      coder.decodeText("shortName").value_or(""));
+    category->iconUrl = coder.decodeURL("iconUrl");
+    return category;
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <KeloAPI/platform/archive/Archivable.hpp>
+#include <KeloAPI/platform/Export.hpp>
+#include <KeloAPI/platform/URL.hpp>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace KeloAPI {
+
+class KeyedUnarchiver;
+
+/// What kind of place a venue is. One thread at a time.
+class KELO_API KLVenueCategory final : public Archivable {
+public:
+    KLVenueCategory(std::string categoryId, std::string shortName);
+    KLVenueCategory() = delete;
+    ~KLVenueCategory() override;
+
+    const std::string& categoryId() const { return _categoryId; }
+    const std::string& shortName() const { return _shortName; }
+
+    std::optional<URL> iconUrl;
+
+    static constexpr std::string_view archivedClassName = "KLVenueCategory";
+    std::vector<std::string_view> archivedClassNames() const override {
+        return {archivedClassName};
+    }
+    void encodeWithCoder(KeyedArchiver& coder) const override;
+    /// Missing texts become empty ones.
+    static std::shared_ptr<KLVenueCategory> initWithCoder(KeyedUnarchiver& coder);
+
+private:
+    std::string _categoryId;
+    std::string _shortName;
+};
+
+} // namespace KeloAPI

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstdint>
+
+namespace KeloAPI {
+
+/// A stretch of a text or a list: where it begins and how much it covers, in units that its user
+/// names.
+struct Range {
+    std::int64_t location = 0;
+    std::int64_t length = 0;
+
+    friend bool operator==(const Range&, const Range&) = default;
+};
+
+} // namespace KeloAPI

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <KeloAPI/platform/Parameters.hpp>
+
+#include <optional>
+
+namespace KeloAPI {
+class KLChannel;
+class KLFeedInsert;
+class KLVenue;
+class KLWatchUser;
+class Number;
+} // namespace KeloAPI
+
+namespace KeloHost {
+
+class FeedPost;
+
+// The fields of models under their own names; null for an absent one.
+KeloAPI::Parameters fieldsOf(const KeloAPI::KLWatchUser& user);
+KeloAPI::Parameters fieldsOf(const FeedPost& post);
+KeloAPI::Parameters fieldsOf(const KeloAPI::KLVenue& venue);
+/// With the posts of its timeline, where that was read.
+KeloAPI::Parameters fieldsOf(const KeloAPI::KLChannel& channel);
+/// With the "kind" of the card and the fields of its class.
+KeloAPI::Parameters fieldsOf(const KeloAPI::KLFeedInsert& insert);
+
+KeloAPI::ParameterValue valueOf(const KeloAPI::Number& number);
+
+template <class T>
+KeloAPI::ParameterValue valueOf(const std::optional<T>& value) {
+    return value ? KeloAPI::ParameterValue(*value) : KeloAPI::ParameterValue();
+}
+
+} // namespace KeloHost

@@ -1,0 +1,165 @@
+"""What kelo shows of the models beside posts: channels, venues, bylines, music, tags, links, cards."""
+
+import json
+import unittest
+
+from case import Case
+
+CHANNEL_FIELDS = {"channelId", "name", "fontColorHex", "backgroundColorHex", "iconUrl",
+                  "iconRetinaUrl", "exploreIconRetinaUrl", "following", "created",
+                  "channelDescription", "vanityPathSuffix", "timelineData", "showRecent"}
+VENUE_FIELDS = {"foursquareVenueId", "name", "address", "city", "state", "country", "latitude",
+                "longitude", "category"}
+STATION = "50a1f0c2e4b0000000000005"
+
+
+def stretch(text, entity):
+    """The part of the text that an entity's range, in UTF-16 units, covers."""
+    first = entity["range"]["location"] * 2
+    units = text.encode("utf-16-le")[first:first + entity["range"]["length"] * 2]
+    return units.decode("utf-16-le")
+
+
+class Models(Case):
+    def json(self, *arguments):
+        return [json.loads(line) for line in self.succeeds(*arguments, "--json").splitlines()]
+
+    def serve(self, path, data):
+        self.service.fault(path, type="body", body=json.dumps({"data": data}))
+
+    def test_channel(self):
+        lines = self.succeeds("channel", "3").splitlines()
+        self.assertEqual(lines[:2], ["Animals", "Mostly cats"])
+        self.assertEqual(lines[2:], self.succeeds("timeline", "channels/3").splitlines()[1:])
+        self.assertEqual(self.service.requests("/channels/3")[0][0], "size=5")
+        self.assertEqual(len(self.succeeds("channel", "3", "--size", "12").splitlines()), 14)
+
+    def test_channel_as_json(self):
+        channel, = self.json("channel", "3", "--size", "4")
+        self.assertEqual(set(channel), CHANNEL_FIELDS)
+        self.assertEqual((channel["channelId"], channel["name"]), ("3", "Animals"))
+        self.assertEqual(channel["timelineData"],
+                         [{**post, "user": channel["timelineData"][i]["user"]}
+                          for i, post in enumerate(self.json("timeline", "channels/3",
+                                                             "--size", "4"))])
+        self.assertTrue(all(post["channel"] == "Animals" for post in channel["timelineData"]))
+
+    def test_a_channel_that_tells_little(self):
+        self.serve("/channels/7", {"channelId": 7, "channel": "a\x1b[2Jb", "following": True})
+        self.assertEqual(self.succeeds("channel", "7"), "a [2Jb (followed)\n")
+        self.serve("/channels/7", {"channelId": 7, "channel": "a", "timeline": 5})
+        channel, = self.json("channel", "7")
+        self.assertIsNone(channel["timelineData"])
+        self.assertEqual(channel["fontColorHex"], "000000")
+
+    def test_channels_that_are_none(self):
+        self.fails(1, "There is no such channel", "channel", "99")
+        self.serve("/channels/7", {"channel": "nameless number"})
+        self.fails(1, "does not answer as the service does", "channel", "7")
+        self.serve("/channels/7", {})
+        self.fails(1, "the service names no channel", "channel", "7")
+
+    def test_a_channels_timeline_has_its_name_once(self):
+        lines = self.succeeds("timeline", "channels/3", "--pages", "3", "--size", "4").splitlines()
+        self.assertEqual(len(lines), 13)
+        self.assertEqual(lines.count("Animals"), 1)
+        self.assertEqual(lines[0], "Animals")
+        self.assertNotIn("Animals", self.succeeds("timeline", "all").splitlines())
+
+    def test_details_say_what_json_says(self):
+        posts = self.json("timeline", "all", "--size", "200")
+        text = self.succeeds("timeline", "all", "--size", "200", "--details")
+        kinds = {"channel": 0, "venue": 0, "byline": 0, "audio": 0, "tags": 0, "entities": 0}
+        for post in posts:
+            for kind in kinds:
+                kinds[kind] += 1 if post[kind] else 0
+            if post["venue"]:
+                self.assertEqual(set(post["venue"]), VENUE_FIELDS)
+                self.assertEqual((post["venue"]["country"], post["venue"]["latitude"]), (None, 0))
+                self.assertIn(f"at {post['venue']['name']}, ", text)
+                self.assertIn(f", venue {post['venue']['foursquareVenueId']}\n", text)
+            if post["byline"]:
+                self.assertIn(f"                  {post['byline']['text']}\n", text)
+            if post["audio"]:
+                self.assertIn(f"♪ {post['audio']['trackName']} – {post['audio']['artistName']}\n",
+                              text)
+            for tag in post["tags"]:
+                self.assertIn(f"{tag['name']} ({tag['count']} posts)", text)
+            if post["channel"]:
+                self.assertIn(f"                  in {post['channel']}\n", text)
+        for kind, count in kinds.items():
+            self.assertGreater(count, 5, kind)
+
+    def test_entities_cut_their_words_out_of_captions(self):
+        linked = 0
+        for post in self.json("timeline", "all", "--size", "300"):
+            texts = [(post["caption"], entity) for entity in post["entities"]]
+            if post["byline"]:
+                texts += [(post["byline"]["text"], e) for e in post["byline"]["entities"]]
+            for text, entity in texts:
+                sign = {"tag": "#", "mention": "@"}.get(entity["type"], "")
+                if text is not post["caption"]:
+                    sign = ""
+                self.assertEqual(stretch(text, entity), sign + entity["title"])
+                self.assertTrue(entity["link"].startswith(" | kelo://"), entity)
+                linked += 1
+        self.assertGreater(linked, 300)
+        details = self.succeeds("timeline", "tags/cats", "--details")
+        self.assertIn("\n                  #cats → kelo://tag/cats\n", details)
+
+    def test_without_details_a_post_is_one_line(self):
+        self.assertEqual(len(self.succeeds("timeline", "all", "--size", "50").splitlines()), 50)
+
+    def test_details_that_are_spoilt_are_left_out(self):
+        self.serve("/timelines/popular", {"records": [{
+            "postId": 1, "username": "x", "description": "#a", "channel": 5, "venueName": "y",
+            "byline": {"body": "no icon"}, "audio": {"trackId": "1"}, "tags": [{"tag": "a"}, 5],
+            "entities": [{"range": [0, 99]}, {"range": [0, 2], "title": "a", "link": "b\x07"}]}]})
+        lines = self.succeeds("timeline", "popular", "--details").splitlines()
+        self.assertEqual(lines[1:], ["                  #a → b "])
+
+    def test_venue(self):
+        self.assertEqual(
+            self.succeeds("venue", STATION),
+            "Bahnhof Chur, Bahnhofplatz 1, Chur, GR, Switzerland (Train station)\n"
+            "46.8533, 9.5288\n")
+        venue, = self.json("venue", STATION)
+        self.assertEqual(set(venue), VENUE_FIELDS)
+        self.assertEqual((venue["latitude"], venue["country"]), (46.8533, "Switzerland"))
+        self.assertTrue(venue["category"]["iconUrl"].endswith("_32.png"))
+        self.fails(1, "There is no such venue", "venue", "nowhere")
+
+    def test_inserts(self):
+        home = self.succeeds("inserts", "home").splitlines()
+        self.assertEqual([line.split()[:3] for line in home],
+                         [["people-to-follow", "people", "×"], ["longform-launch", "action", "×"]])
+        self.assertIn("Upload one: kelo://upload-longform", home[1])
+        popular = self.succeeds("inserts", "popular").splitlines()
+        self.assertIn("6 posts", popular[0])
+        self.assertEqual(popular[1].split(), ["rate-the-app", "prompt", "×"])
+        self.assertEqual(self.succeeds("inserts", "latest"), "This feed has no cards.\n")
+
+    def test_inserts_as_json(self):
+        people, action = self.json("inserts", "home")
+        self.assertEqual((people["kind"], len(people["users"])), ("userMosaic", 6))
+        self.assertEqual((action["kind"], action["actionUrl"]),
+                         ("urlAction", "kelo://upload-longform"))
+        self.assertEqual(action["closeUrlPath"], "inserts/longform-launch/close")
+        posts, prompt = self.json("inserts", "popular")
+        self.assertEqual((posts["kind"], len(posts["posts"]), posts["type"]), ("postsMosaic", 6, 3))
+        self.assertIs(posts["closeable"], False)
+        self.assertEqual(prompt["kind"], "solicitation")
+
+    def test_a_card_of_an_unknown_type_spoils_nothing(self):
+        self.serve("/inserts/home", {"records": [
+            {"type": "weather", "reference": "rain", "closeable": True},
+            {"type": "solicitation", "reference": "rate"}]})
+        lines = self.succeeds("inserts", "home").splitlines()
+        self.assertEqual([line.split() for line in lines],
+                         [["rain", "unknown", "×"], ["rate", "prompt"]])
+        self.serve("/inserts/home", {"records": [{"type": "urlAction", "reference": "broken"}]})
+        self.fails(1, "does not answer as the service does", "inserts", "home")
+
+
+if __name__ == "__main__":
+    unittest.main()
