@@ -18,6 +18,8 @@
 #include <KeloAPI/model/KLVenueCategory.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
+#include <KeloAPI/model/PostThumbnail.hpp>
+#include <KeloAPI/model/SoundboardSound.hpp>
 #include <KeloAPI/parsing/KLPagedData.hpp>
 
 namespace KeloHost {
@@ -26,12 +28,8 @@ using namespace KeloAPI;
 
 // The models that stand only inside others.
 static Parameters fieldsOf(const KLByline& byline);
-static Parameters fieldsOf(const KLEntity& entity);
 static Parameters fieldsOf(const KLPostAudioMetadata& audio);
 static Parameters fieldsOf(const KLRekelo& rekelo);
-static Parameters fieldsOf(const KLTag& tag);
-static Parameters fieldsOf(const KLVenueCategory& category);
-static Parameters fieldsOf(const LoopData& loops);
 
 namespace {
 
@@ -173,6 +171,20 @@ Parameters fieldsOf(const LoopData& loops) {
             {"velocity", valueOf(loops.velocity)},
             {"created", isoText(loops.created)},
             {"onFire", loops.onFire}};
+}
+
+Parameters fieldsOf(const PostThumbnail& thumbnail) {
+    return {{"url", thumbnail.url().absoluteString()},
+            {"width", thumbnail.width()},
+            {"height", thumbnail.height()}};
+}
+
+Parameters fieldsOf(const SoundboardSound& sound) {
+    return {{"soundId", sound.soundId()},
+            {"name", sound.name()},
+            {"soundUrl", sound.soundUrl().absoluteString()},
+            {"featured", sound.featured()},
+            {"sourcePostId", valueOf(sound.sourcePostId())}};
 }
 
 Parameters fieldsOf(const KLWatchUser& user) {

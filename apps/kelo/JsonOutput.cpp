@@ -62,11 +62,7 @@ public:
 
     void sounds(const std::vector<std::shared_ptr<SoundboardSound>>& sounds) override {
         for (const auto& sound : sounds) {
-            printObject({{"soundId", sound->soundId()},
-                         {"name", sound->name()},
-                         {"soundUrl", sound->soundUrl().absoluteString()},
-                         {"featured", sound->featured()},
-                         {"sourcePostId", valueOf(sound->sourcePostId())}});
+            printObject(fieldsOf(*sound));
         }
     }
 
@@ -103,6 +99,12 @@ public:
     }
 
     void directory(const std::string& path) override { printObject({{"directory", path}}); }
+
+    void archived(const std::string& className, const Parameters& fields) override {
+        Parameters object = fields;
+        object.emplace("class", className);
+        printObject(object);
+    }
 };
 
 } // namespace

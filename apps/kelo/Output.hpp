@@ -1,6 +1,7 @@
 #pragma once
 
 #include <KeloAPI/platform/Date.hpp>
+#include <KeloAPI/platform/Parameters.hpp>
 
 #include <cstddef>
 #include <cstdint>
@@ -74,6 +75,8 @@ public:
     /// How many files were removed from the cache, and how many are left.
     virtual void trimmed(std::size_t removed, std::size_t left) = 0;
     virtual void directory(const std::string& path) = 0;
+    /// What an archive keeps of a model of this class.
+    virtual void archived(const std::string& className, const KeloAPI::Parameters& fields) = 0;
 
 protected:
     /// Lets what was printed be seen now.

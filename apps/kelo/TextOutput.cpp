@@ -16,10 +16,12 @@
 #include <KeloAPI/model/KLWatchUser.hpp>
 #include <KeloAPI/model/SoundboardSound.hpp>
 #include <KeloAPI/parsing/KLPagedData.hpp>
+#include <KeloAPI/platform/Number.hpp>
 
 #include <algorithm>
 #include <cstdio>
 #include <string>
+#include <variant>
 
 namespace KeloHost {
 
@@ -52,6 +54,30 @@ std::string loopsText(const std::shared_ptr<KLWatchUser>& user) {
 
 std::string nameOf(const std::shared_ptr<KLWatchUser>& user) {
     return user == nullptr ? "?" : printable(user->username.value_or("?"));
+}
+
+std::string scalarText(const ParameterValue& value) {
+    struct Text {
+        std::string operator()(std::nullptr_t) const { return "-"; }
+        std::string operator()(bool flag) const { return flag ? "yes" : "no"; }
+        std::string operator()(std::int64_t number) const { return std::to_string(number); }
+        std::string operator()(std::uint64_t number) const { return std::to_string(number); }
+        std::string operator()(double number) const { return Number::of(number).stringValue(); }
+        std::string operator()(const std::string& text) const { return printable(text); }
+        std::string operator()(const ParameterList&) const { return "..."; }
+        std::string operator()(const Parameters&) const { return ""; }
+    };
+    return std::visit(Text(), value.held());
+}
+
+/// One line for each field, those of a field's own further in.
+void printFields(const Parameters& fields, const std::string& indent) {
+    for (const auto& [name, value] : fields) {
+        std::printf("%s%s: %s\n", indent.c_str(), name.c_str(), scalarText(value).c_str());
+        if (const auto* inner = std::get_if<Parameters>(&value.held())) {
+            printFields(*inner, indent + "  ");
+        }
+    }
 }
 
 /// A heart for a like, an arrow for a repost of the signed-in user.
@@ -195,6 +221,11 @@ public:
     }
 
     void directory(const std::string& path) override { std::printf("%s\n", path.c_str()); }
+
+    void archived(const std::string& className, const Parameters& fields) override {
+        std::printf("%s\n", className.c_str());
+        printFields(fields, "  ");
+    }
 
 private:
     static void print(const KLWatchPost& post, std::size_t nameWidth, std::size_t loopsWidth) {

@@ -41,13 +41,16 @@ Command addViews(CLI::App& app);
 Command addSounds(CLI::App& app);
 Command addDownload(CLI::App& app);
 Command addCache(CLI::App& app);
+Command addSave(CLI::App& app);
+Command addShow(CLI::App& app);
 Command addServe(CLI::App& app);
 
 inline std::vector<Command> addCommands(CLI::App& app) {
     return {addMe(app),       addTimeline(app), addChannel(app), addInserts(app),  addVenue(app),
             addLike(app),     addUnlike(app),   addRekelo(app),  addUnrekelo(app), addFollow(app),
             addUnfollow(app), addBoost(app),    addLoops(app),   addUpload(app),   addViews(app),
-            addSounds(app),   addDownload(app), addCache(app),   addServe(app)};
+            addSounds(app),   addDownload(app), addCache(app),   addSave(app),     addShow(app),
+            addServe(app)};
 }
 
 } // namespace KeloHost

@@ -38,7 +38,8 @@ void showVenue(const std::shared_ptr<Host>& host, const std::string& venueId) {
 Command addVenue(CLI::App& app) {
     auto* command = app.add_subcommand("venue", "Show a venue");
     const auto venueId = std::make_shared<std::string>();
-    addIdentifier(*command, "ID", *venueId, "The venue's identifier, as timeline --details names it");
+    addIdentifier(*command, "ID", *venueId,
+                  "The venue's identifier, as timeline --details names it");
     return {command, [=](const std::shared_ptr<Host>& host) { showVenue(host, *venueId); }};
 }
 
