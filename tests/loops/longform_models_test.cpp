@@ -1,4 +1,4 @@
-#include "support/JsonText.hpp"
+#include "support/KeyTable.hpp"
 
 #include <KeloAPI/loops/KLEndlessLikesRange.hpp>
 #include <KeloAPI/loops/KLLongform.hpp>
@@ -62,6 +62,36 @@ TEST(LongformParser, ReadsEveryKey) {
     EXPECT_EQ(longform->thumbnailUrl, URL::parse("https://media.example/1.jpg"));
     EXPECT_EQ(longform->aspectRatio, 0.5625);
     EXPECT_FALSE(longform->canPreload) << "no answer sets it";
+}
+
+TEST(LongformParser, EveryKeyWithEveryKindOfValue) {
+    const auto showing = [](auto member) { return testing::showing<KLLongform>(member); };
+    const std::string insufficient = testing::fails(JsonParseError::InsufficientData);
+    const testing::KeyTable<KLLongform>::Rules rules = {
+        {"longformId", R"("lf-1")", "lf-1", showing(&KLLongform::longformId), testing::texts(),
+         insufficient},
+        {"videoUrl", R"("a.mp4")", "a.mp4", showing(&KLLongform::url), testing::urls(),
+         insufficient},
+        {"duration", "90.5", "90.5", showing(&KLLongform::duration), testing::reals(),
+         insufficient},
+        {"aspectRatio", "0.5", "0.5", showing(&KLLongform::aspectRatio), testing::reals(), "1"},
+        {"thumbnailUrl", R"("a.jpg")", "a.jpg", showing(&KLLongform::thumbnailUrl), testing::urls(),
+         testing::absent},
+    };
+    testing::KeyTable<KLLongform>(testing::parseWith<KLLongformParser>(), rules).check();
+}
+
+TEST(EndlessLikesRangeParser, EveryKeyWithEveryKindOfValue) {
+    using Likes = KLEndlessLikesRange;
+    const auto showing = [](auto member) { return testing::showing<Likes>(member); };
+    const std::string insufficient = testing::fails(JsonParseError::InsufficientData);
+    const testing::KeyTable<Likes>::Rules rules = {
+        {"count", "11", "11", showing(&Likes::count), testing::reals(), insufficient},
+        {"startTime", "1.5", "1.5", showing(&Likes::startTime), testing::reals(), insufficient},
+        {"endTime", "12", "12", showing(&Likes::endTime), testing::reals(), insufficient},
+        {"level", "13", "13", showing(&Likes::level), testing::reals(), insufficient},
+    };
+    testing::KeyTable<Likes>(testing::parseWith<KLEndlessLikesRangeParser>(), rules).check();
 }
 
 TEST(LongformParser, FallsBackWhereAnOptionalKeyIsUnusable) {

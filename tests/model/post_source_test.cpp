@@ -1,4 +1,4 @@
-#include "support/JsonText.hpp"
+#include "support/KeyTable.hpp"
 
 #include <KeloAPI/model/KLPostSource.hpp>
 
@@ -35,6 +35,31 @@ TEST(PostSourceTest, ReadsAWholeObject) {
     full->avatarUrl = std::nullopt;
     full->thumbnailUrl = full->avatarUrl;
     EXPECT_EQ(full->thumbnailUrl, std::nullopt);
+}
+
+TEST(PostSourceTest, EveryKeyWithEveryKindOfValue) {
+    const auto showing = [](auto member) { return testing::showing<KLPostSource>(member); };
+    const testing::Reads types = {{"true", "1"}, {"2.5", "2"}};
+    const testing::KeyTable<KLPostSource>::Rules rules = {
+        {"postId", "12", "12", showing(&KLPostSource::postId), testing::numberTexts(),
+         testing::nothing},
+        {"userId", "34", "34", showing(&KLPostSource::userId), testing::numberTexts(),
+         testing::nothing},
+        {"contentType", "3", "3",
+         [](const KLPostSource& made) {
+             return std::to_string(static_cast<int>(made.contentType()));
+         },
+         types, "0"},
+        {"username", R"("ann")", "ann", showing(&KLPostSource::username), testing::texts(),
+         testing::absent},
+        {"description", R"("hi")", "hi", showing(&KLPostSource::caption), testing::texts(),
+         testing::absent},
+        {"thumbnailUrl", R"("a.jpg")", "a.jpg", showing(&KLPostSource::thumbnailUrl),
+         testing::urls(), testing::absent},
+        {"avatarUrl", R"("b.jpg")", "b.jpg", showing(&KLPostSource::avatarUrl), testing::urls(),
+         testing::absent},
+    };
+    testing::KeyTable<KLPostSource>(KLPostSource::fromJSON, rules).check();
 }
 
 TEST(PostSourceTest, NeedsBothIdentifiersAsNumbers) {

@@ -1,4 +1,4 @@
-#include "support/JsonText.hpp"
+#include "support/KeyTable.hpp"
 
 #include <KeloAPI/model/KLRekelo.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
@@ -63,6 +63,39 @@ TEST(PostParserTest, ReadsAWholeRecord) {
     ASSERT_NE(full->user, nullptr);
     EXPECT_EQ(full->user->username, "ann");
     EXPECT_NE(full->user->loopData, nullptr);
+}
+
+TEST(PostParserTest, EveryKeyWithEveryKindOfValue) {
+    const auto showing = [](auto member) { return testing::showing<KLWatchPost>(member); };
+    testing::Reads emptyWhenMissing = testing::texts();
+    emptyWhenMissing[""] = "";
+    const testing::KeyTable<KLWatchPost>::Rules rules = {
+        {"description", R"("hi")", "hi", showing(&KLWatchPost::caption), emptyWhenMissing,
+         testing::absent},
+        {"created", R"("1970-01-01T00:00:1.5")", "1500000", showing(&KLWatchPost::created),
+         testing::dates(), testing::absent},
+        {"thumbnailUrl", R"("a.jpg")", "a.jpg", showing(&KLWatchPost::thumbnailUrl),
+         emptyWhenMissing, testing::absent},
+        {"liked", "true", "true", showing(&KLWatchPost::liked), testing::flags(), testing::absent},
+        {"myRepostId", "77", "77",
+         [](const KLWatchPost& made) {
+             return made.rekeloed() ? testing::shown(made.currentUserRekelo->rekeloId)
+                                    : testing::absent;
+         },
+         testing::integers(), testing::absent},
+        {"videoUrls",
+         R"([{"videoUrl":"a.mp4","rate":0}])",
+         "a.mp4",
+         showing(&KLWatchPost::videoUrl),
+         {},
+         testing::absent},
+    };
+    testing::KeyTable<KLWatchPost>(testing::parseWith<PostParser>(), rules,
+                                   [](const std::string& members) {
+                                       return R"({"postId":1)" +
+                                              (members.empty() ? "" : "," + members) + "}";
+                                   })
+        .check();
 }
 
 TEST(PostParserTest, OfAnIdentifierAloneMakesAPost) {

@@ -1,4 +1,4 @@
-#include "support/JsonText.hpp"
+#include "support/KeyTable.hpp"
 
 #include <KeloAPI/loops/LoopData.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
@@ -26,6 +26,38 @@ TEST(UserTest, IsEmptyByDefault) {
 TEST(UserParserTest, OfAnEmptyObjectMakesAUserWithoutAName) {
     EXPECT_EQ(user("{}")->username, "");
     EXPECT_EQ(user("{}")->loopData, nullptr);
+}
+
+TEST(UserParserTest, EveryKeyWithEveryKindOfValue) {
+    testing::Reads names = testing::texts();
+    names[""] = "";
+    const testing::KeyTable<KLWatchUser>::Rules rules = {
+        {"username", R"("ann")", "ann", testing::showing<KLWatchUser>(&KLWatchUser::username),
+         names, testing::absent}};
+    testing::KeyTable<KLWatchUser>(testing::parseWith<UserParser>(), rules).check();
+
+    const auto loops = [](auto member) {
+        return [member](const KLWatchUser& made) {
+            return made.loopData ? std::invoke(member, *made.loopData).stringValue()
+                                 : std::string("no loops");
+        };
+    };
+    const auto beside = [](const std::string& other) {
+        return [other](const std::string& members) {
+            return "{" + other + (members.empty() ? "" : ",") + members + "}";
+        };
+    };
+    const testing::KeyTable<KLWatchUser>::Rules counts = {
+        {"loopCount", "10", "10", loops(&LoopData::count), testing::numberTexts(), "no loops"}};
+    testing::KeyTable<KLWatchUser>(testing::parseWith<UserParser>(), counts,
+                                   beside(R"("loopVelocity":1.5)"))
+        .check();
+    const testing::KeyTable<KLWatchUser>::Rules velocities = {{"loopVelocity", "1.5", "1.5",
+                                                               loops(&LoopData::velocity),
+                                                               testing::numberTexts(), "no loops"}};
+    testing::KeyTable<KLWatchUser>(testing::parseWith<UserParser>(), velocities,
+                                   beside(R"("loopCount":10)"))
+        .check();
 }
 
 TEST(UserParserTest, AUsernameIsTextOrAbsent) {

@@ -1,4 +1,4 @@
-#include "support/JsonText.hpp"
+#include "support/KeyTable.hpp"
 
 #include <KeloAPI/model/KLChannel.hpp>
 #include <KeloAPI/parsing/KLPagingMetadata.hpp>
@@ -50,6 +50,36 @@ TEST(PagingMetadataTest, ReadsEveryKey) {
     EXPECT_EQ(all->channel()->channelId, "7");
     EXPECT_EQ(all->channel()->name, "mc");
     EXPECT_EQ(all->displayCount(), 6);
+}
+
+TEST(PagingMetadataTest, EveryKeyWithEveryKindOfValue) {
+    const auto showing = [](auto member) { return testing::showing<KLPagingMetadata>(member); };
+    testing::Reads counts = testing::integers();
+    counts["-3"] = "0";
+    using testing::absent;
+    using testing::integers;
+    const testing::KeyTable<KLPagingMetadata>::Rules rules = {
+        {"count", "11", "11", showing(&KLPagingMetadata::count), counts, "0"},
+        {"nextPage", "12", "12", showing(&KLPagingMetadata::nextPage), integers(), "0"},
+        {"previousPage", "13", "13", showing(&KLPagingMetadata::previousPage), integers(), "0"},
+        {"size", "14", "14", showing(&KLPagingMetadata::pageSize), integers(), "0"},
+        {"nextAfter", "15", "15", showing(&KLPagingMetadata::nextAfter), integers(), "0"},
+        {"displayCount", "16", "16", showing(&KLPagingMetadata::displayCount), integers(), "0"},
+        {"title", R"("t")", "t", showing(&KLPagingMetadata::title), testing::texts(), absent},
+        {"anchor", R"("a")", "a", showing(&KLPagingMetadata::anchor), testing::identifiers(),
+         absent},
+        {"backAnchor", R"("b")", "b", showing(&KLPagingMetadata::backAnchor), testing::texts(),
+         absent},
+        {"channel",
+         R"({"channelId":1,"channel":"c"})",
+         "(present)",
+         showing(&KLPagingMetadata::channel),
+         {},
+         absent},
+    };
+    testing::KeyTable<KLPagingMetadata>(
+        [](const JsonObject& json) { return std::make_shared<KLPagingMetadata>(json); }, rules)
+        .check();
 }
 
 TEST(PagingMetadataTest, MistypedKeysLeaveTheDefaults) {

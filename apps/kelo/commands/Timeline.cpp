@@ -81,7 +81,7 @@ private:
     }
 
     std::shared_ptr<TimelineEndpoint> pageWith(const Parameters& paging) const {
-        const auto endpoint = TimelineEndpoint::create(_arguments.path);
+        auto endpoint = TimelineEndpoint::create(_arguments.path);
         Parameters parameters = endpoint->parameters();
         for (const auto& [name, value] : paging) {
             parameters.insert_or_assign(name, value);
