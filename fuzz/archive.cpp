@@ -2,6 +2,14 @@
 // kind.
 #include "support/ArchivedModels.hpp"
 
+#include <KeloAPI/loops/LoopData.hpp>
+#include <KeloAPI/model/KLChannel.hpp>
+#include <KeloAPI/model/KLEntity.hpp>
+#include <KeloAPI/model/KLTag.hpp>
+#include <KeloAPI/model/KLVenue.hpp>
+#include <KeloAPI/model/KLVenueCategory.hpp>
+#include <KeloAPI/model/PostThumbnail.hpp>
+#include <KeloAPI/model/SoundboardSound.hpp>
 #include <KeloAPI/platform/archive/BinaryPropertyList.hpp>
 
 #include <cstdint>
@@ -58,6 +66,16 @@ void readAsNodes(const Data& bytes) {
     }
 }
 
+/// What can be read of a model can be archived and read again.
+template <class... Models>
+void readAsModels(const Data& bytes) {
+    const auto readAs = [&bytes](auto read) {
+        const auto model = read(bytes);
+        expect(model == nullptr || read(KeyedArchiver::archivedData(model)) != nullptr);
+    };
+    (readAs(KeyedUnarchiver::unarchive<Models>), ...);
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -65,5 +83,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     readAsPropertyList(bytes);
     readAsEverything(bytes);
     readAsNodes(bytes);
+    readAsModels<KLChannel, KLEntity, KLTag, KLVenue, KLVenueCategory, LoopData, PostThumbnail,
+                 SoundboardSound>(bytes);
     return 0;
 }

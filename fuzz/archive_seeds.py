@@ -39,7 +39,35 @@ PARTS = (
     class_of("NSValue"), 3, 4,
 )  # fmt: skip
 
+URL_PARTS = ({"NS.base": UID(0), "NS.relative": "https://kelo.example/a", "$class": UID(4)},
+             class_of("NSURL"))  # fmt: skip
+
+
+def model(class_name, /, **entries):
+    """A model whose texts are inline; UID(3) is a URL, UID(5) whatever follows."""
+    more = entries.pop("more", ())
+    return archive({**entries, "$class": UID(2)}, class_of(class_name), *URL_PARTS, *more)
+
+
 SEEDS = {
+    "model-channel": model(
+        "KLChannel", channelId="3", name="Animals", created=datetime.datetime(2015, 6, 1),
+        iconUrl=UID(3), iconRetinaUrl=UID(0), fontColorHex="ffffff", backgroundColorHex="00ff00",
+        channelDescription="cats"),
+    "model-entity": model(
+        "KLEntity", idString="5", type="mention", title="Ann", link=" | x", range=UID(5),
+        more=({"NS.special": 4, "NS.rangeval.location": 3, "NS.rangeval.length": 4,
+               "$class": UID(6)}, class_of("NSValue"))),
+    "model-tag": model("KLTag", tagId="5", name="#cats"),
+    "model-venue": model(
+        "KLVenue", foursquareVenueId="4b", name="Harbour", city="Lisbon", latitude=38.5,
+        longitude=-9.25, category=UID(5),
+        more=({"categoryId": "c", "shortName": "Port", "iconUrl": UID(3), "$class": UID(6)},
+              class_of("KLVenueCategory"))),
+    "model-loops": model("KLLoopData", count=2**64 - 1, velocity=2.5, onFire=True),
+    "model-thumbnail": model("PostThumbnail", url=UID(3), width=480, height=-1),
+    "model-sound": model("SoundboardSound", soundUrl=UID(3), name="Boing", soundId="7",
+                         sourcePostId="9", featured=True),
     "everything": archive(EVERYTHING, *PARTS),
     "everything-empty": archive({"$class": UID(2)}, class_of("Everything")),
     "everything-nulls": archive(

@@ -73,9 +73,11 @@ std::string scalarText(const ParameterValue& value) {
 /// One line for each field, those of a field's own further in.
 void printFields(const Parameters& fields, const std::string& indent) {
     for (const auto& [name, value] : fields) {
-        std::printf("%s%s: %s\n", indent.c_str(), name.c_str(), scalarText(value).c_str());
         if (const auto* inner = std::get_if<Parameters>(&value.held())) {
+            std::printf("%s%s:\n", indent.c_str(), name.c_str());
             printFields(*inner, indent + "  ");
+        } else {
+            std::printf("%s%s: %s\n", indent.c_str(), name.c_str(), scalarText(value).c_str());
         }
     }
 }

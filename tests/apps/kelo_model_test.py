@@ -1,6 +1,9 @@
 """What kelo shows of the models beside posts: channels, venues, bylines, music, tags, links, cards."""
 
 import json
+import os
+import plistlib
+import tempfile
 import unittest
 
 from case import Case
@@ -159,6 +162,116 @@ class Models(Case):
                          [["rain", "unknown", "×"], ["rate", "prompt"]])
         self.serve("/inserts/home", {"records": [{"type": "urlAction", "reference": "broken"}]})
         self.fails(1, "does not answer as the service does", "inserts", "home")
+
+
+class Archives(Case):
+    def setUp(self):
+        super().setUp()
+        self.folder = tempfile.TemporaryDirectory()
+        self.addCleanup(self.folder.cleanup)
+        self.path = os.path.join(self.folder.name, "kept")
+
+    def shown(self):
+        return json.loads(self.succeeds("show", self.path, "--json"))
+
+    def saved(self, kind, *identifier):
+        text = self.succeeds("save", self.path, kind, *identifier)
+        self.assertEqual(text, f"saved {kind} in {self.path}\n")
+        with open(self.path, "rb") as file:
+            archive = plistlib.load(file)
+        self.assertEqual((archive["$archiver"], archive["$version"]), ("NSKeyedArchiver", 100000))
+        return self.shown()
+
+    def json(self, *arguments):
+        return [json.loads(line) for line in self.succeeds(*arguments, "--json").splitlines()]
+
+    def test_channel(self):
+        kept = self.saved("channel", "3")
+        self.assertEqual(kept.pop("class"), "KLChannel")
+        channel, = self.json("channel", "3")
+        self.assertEqual(set(kept), {"channelId", "name", "created", "iconUrl", "iconRetinaUrl",
+                                     "fontColorHex", "backgroundColorHex", "channelDescription"})
+        self.assertEqual(kept, {key: channel[key] for key in kept})
+        lines = self.succeeds("show", self.path).splitlines()
+        self.assertEqual(lines[0], "KLChannel")
+        self.assertIn("  name: Animals", lines)
+
+    def test_venue_with_its_category(self):
+        kept = self.saved("venue", STATION)
+        self.assertEqual(kept.pop("class"), "KLVenue")
+        self.assertEqual([kept], self.json("venue", STATION))
+        self.assertIsNotNone(kept["category"])
+        self.assertIn("  category:", self.succeeds("show", self.path).splitlines())
+
+    def test_sound(self):
+        sound = self.json("sounds")[-1]
+        self.assertEqual(self.saved("sound", sound["soundId"]),
+                         {"class": "SoundboardSound", **sound})
+
+    def test_parts_of_a_post(self):
+        post = next(one for one in self.json("timeline", "all", "--size", "100")
+                    if one["tags"] and one["entities"])
+        tag = self.saved("tag", post["postId"])
+        self.assertEqual(tag, {"class": "KLTag", "tagId": post["tags"][0]["tagId"],
+                               "name": post["tags"][0]["name"]})
+        self.assertEqual(self.saved("entity", post["postId"]),
+                         {"class": "KLEntity", **post["entities"][0]})
+
+    def test_loops(self):
+        loops = self.saved("loops")
+        self.assertEqual(loops["class"], "KLLoopData")
+        me, = self.json("me")
+        self.assertEqual((loops["count"], loops["velocity"]),
+                         (me["loopData"]["count"], me["loopData"]["velocity"]))
+
+    def test_what_is_not_there_leaves_the_file(self):
+        self.saved("channel", "3")
+        for kind, identifier, line in (("channel", "99", "There is no such channel"),
+                                       ("sound", "none", "the service names no such sound")):
+            self.fails(1, line, "save", self.path, kind, identifier)
+        self.assertEqual(self.shown()["channelId"], "3")
+        self.assertEqual(os.listdir(self.folder.name), ["kept"])
+
+    def test_places_that_cannot_be_written(self):
+        self.fails(1, "No such file or directory", "save",
+                   os.path.join(self.folder.name, "missing", "kept"), "channel", "3")
+        self.fails(1, "cannot write", "save", self.folder.name, "channel", "3")
+
+    def test_files_that_are_no_archives(self):
+        def file(content):
+            with open(self.path, "wb") as out:
+                out.write(content)
+        self.fails(1, "No such file or directory", "show", self.path)
+        self.fails(1, "it is no file", "show", self.folder.name)
+        for content in (b"", b"bplist00", os.urandom(1000), plistlib.dumps({"a": 1})):
+            file(content)
+            self.fails(1, "it is no archive of a model", "show", self.path)
+        self.saved("channel", "3")
+        with open(self.path, "rb") as kept:
+            archive = kept.read()
+        file(archive[:-1])
+        self.fails(1, "it is no archive of a model", "show", self.path)
+        file(archive.replace(b"KLChannel", b"KLChannex"))
+        self.fails(1, "an archive of KLChannex, which is unknown here", "show", self.path)
+        file(archive.replace(b"channelId", b"channelIx"))
+        self.assertEqual(self.shown()["channelId"], "")
+        sound = self.json("sounds")[0]
+        self.saved("sound", sound["soundId"])
+        with open(self.path, "rb") as kept:
+            archive = kept.read()
+        file(archive.replace(b"soundId", b"soundIx"))
+        self.fails(1, "something is missing that every SoundboardSound has", "show", self.path)
+
+    def test_bad_command_lines(self):
+        for arguments, line in ((["save"], "FILE is required"),
+                                (["save", "x"], "KIND is required"),
+                                (["save", "x", "user"], "KIND"),
+                                (["save", "x", "channel"], "needed for a channel"),
+                                (["save", "x", "loops", "5"], "the signed-in user's own"),
+                                (["save", "x", "channel", "a/b"], "is no identifier"),
+                                (["show"], "FILE is required")):
+            with self.subTest(arguments=arguments):
+                self.fails(2, line, *arguments)
 
 
 if __name__ == "__main__":

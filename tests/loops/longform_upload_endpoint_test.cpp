@@ -32,7 +32,7 @@ protected:
     void expectInsufficientData(const char* what) const {
         ASSERT_TRUE(error) << what;
         EXPECT_EQ(error->code(), -1) << what;
-        ASSERT_NE(error->underlying(), nullptr) << what;
+        ASSERT_TRUE(error->underlying()) << what;
         EXPECT_EQ(error->underlying()->code(), JsonParseError::InsufficientData) << what;
     }
     std::string lastUrl() const { return lastRequest().url->absoluteString(); }

@@ -11,6 +11,8 @@
 #include <KeloAPI/parsing/AnyObjectJsonParser.hpp>
 #include <KeloAPI/parsing/KLClosureParser.hpp>
 #include <KeloAPI/parsing/KLPagedDataParser.hpp>
+#include <KeloAPI/platform/archive/KeyedArchiver.hpp>
+#include <KeloAPI/platform/archive/KeyedUnarchiver.hpp>
 
 #include <optional>
 
@@ -104,12 +106,37 @@ void venueInTheOtherForm() {
          venue->category->iconUrl->absoluteString());
 }
 
+/// What a phone would keep between two launches, and find again.
+void archives() {
+    const auto channel = readOne(endpointAt("channels/3"), std::make_shared<KLChannelParser>());
+    const Data archive = KeyedArchiver::archivedData(channel);
+    came(std::to_string(archive.size()) + " bytes of " +
+         KeyedUnarchiver::rootClassName(archive).value_or("nothing"));
+    const auto again = KeyedUnarchiver::unarchive<KLChannel>(archive);
+    check(again != nullptr && *again == *channel && again->name == channel->name &&
+              again->iconUrl == channel->iconUrl && again->created == channel->created &&
+              again->channelDescription == channel->channelDescription,
+          "what is restored is another channel");
+    came("restored: " + again->name);
+    const auto venue = readOne(endpointAt("venues/50a1f0c2e4b0000000000005"),
+                               std::make_shared<KLFoursquareVenueParser>());
+    const auto place = KeyedUnarchiver::unarchive<KLVenue>(KeyedArchiver::archivedData(venue));
+    check(place != nullptr && place->category != nullptr && place->latitude == venue->latitude &&
+              place->category->iconUrl == venue->category->iconUrl,
+          "what is restored is another venue");
+    came("restored: " + place->name() + ", a " + place->category->shortName());
+    const Data half(std::string(archive.text().substr(0, archive.size() / 2)));
+    check(KeyedUnarchiver::unarchive<KLChannel>(half) == nullptr, "half an archive was read");
+    note("half of the bytes restore nothing");
+}
+
 } // namespace
 
 void tourModels(Tour& tour) {
     tour.step("A channel with the first page of its timeline", channelWithTimeline);
     tour.step("What stands beside posts", besidePosts);
     tour.step("A venue in its nested form", venueInTheOtherForm);
+    tour.step("A channel and a venue, archived and restored", archives);
 }
 
 } // namespace KeloTour

@@ -1,6 +1,6 @@
-#include "support/ArchiveFile.hpp"
 #include "PropertyListFile.hpp"
 #include "support/ArchivedModels.hpp"
+#include "support/ArchiveFile.hpp"
 
 #include <gtest/gtest.h>
 

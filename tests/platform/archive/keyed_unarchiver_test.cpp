@@ -1,5 +1,5 @@
-#include "support/ArchiveFile.hpp"
 #include "support/ArchivedModels.hpp"
+#include "support/ArchiveFile.hpp"
 
 #include <gtest/gtest.h>
 
