@@ -71,7 +71,12 @@ template <class... Models>
 void readAsModels(const Data& bytes) {
     const auto readAs = [&bytes](auto read) {
         const auto model = read(bytes);
-        expect(model == nullptr || read(KeyedArchiver::archivedData(model)) != nullptr);
+        if (model == nullptr) {
+            return;
+        }
+        const Data archive = KeyedArchiver::archivedData(model);
+        const auto again = read(archive);
+        expect(again != nullptr && KeyedArchiver::archivedData(again).text() == archive.text());
     };
     (readAs(KeyedUnarchiver::unarchive<Models>), ...);
 }

@@ -13,7 +13,7 @@ class KLPagedData;
 /// How a mosaic of posts is laid out.
 enum class KLPostsMosaicType : int { Unknown, AvatarIncluded, Default, SmallThumbnails };
 
-/// A card of several posts, made by the host. Does not change once made.
+/// A card of several posts, made by the host. Does not change once made, but for its list.
 class KELO_API KLPostsMosaic final : public KLFeedInsert {
 public:
     /// `description` becomes the subtitle. `posts` must not be null.

@@ -10,7 +10,7 @@ namespace KeloAPI {
 
 class KLPagedData;
 
-/// A card of several users, made by the host. Does not change once made.
+/// A card of several users, made by the host. Does not change once made, but for its list.
 class KELO_API KLUserMosaic final : public KLFeedInsert {
 public:
     /// `description` becomes the subtitle. `users` must not be null.

@@ -15,6 +15,7 @@ SoundboardSound::SoundboardSound(std::string name, std::string soundId, std::str
     , _featured(featured) {}
 
 SoundboardSound::~SoundboardSound() = default;
+
 void SoundboardSound::encodeWithCoder(KeyedArchiver& coder) const {
     coder.encodeURL(_soundUrl, "soundUrl");
     coder.encodeText(_name, "name");

@@ -15,6 +15,9 @@
 #include <KeloAPI/platform/archive/KeyedArchiver.hpp>
 #include <KeloAPI/platform/archive/KeyedUnarchiver.hpp>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -31,11 +34,15 @@ using namespace KeloAPI;
 
 namespace {
 
-/// More than an archive may have.
+/// The most that is read of any archive.
 constexpr std::uintmax_t mostBytes = std::uintmax_t{64} << 20U;
 
 Failure failure(const std::string& what, const std::string& path, const std::string& why) {
     return {ExitCode::Failed, what + " " + printable(path) + ": " + why};
+}
+
+std::string reasonOf(int problem) {
+    return problem == 0 ? "it cannot be read to its end" : std::strerror(problem);
 }
 
 template <class T>
@@ -88,29 +95,64 @@ std::string contentsOf(const std::string& path) {
     if (status.type() != std::filesystem::file_type::regular) {
         throw failure("cannot read", path, error ? error.message() : "it is no file");
     }
-    if (std::filesystem::file_size(path, error) > mostBytes) {
+    const auto size = std::filesystem::file_size(path, error);
+    if (!error && size > mostBytes) {
         throw failure("cannot read", path, "it is too large for an archive");
     }
+    errno = 0;
     std::ifstream file(path, std::ios::binary);
     std::string bytes{std::istreambuf_iterator<char>(file), {}};
     if (!file.is_open() || file.bad()) {
-        throw failure("cannot read", path, std::strerror(errno));
+        throw failure("cannot read", path, reasonOf(errno));
     }
     return bytes;
+}
+
+/// The file that a path leads to, through links.
+std::string target(const std::string& path) {
+    std::error_code error;
+    const auto real = std::filesystem::canonical(path, error);
+    return error ? path : real.string();
+}
+
+/// Writes a file that is not there yet, down to the disk. The error's number; 0 when it is written.
+int writeNew(const std::string& path, std::string_view bytes) {
+    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (file < 0) {
+        return errno;
+    }
+    int problem = 0;
+    while (!bytes.empty() && problem == 0) {
+        const ssize_t written = ::write(file, bytes.data(), bytes.size());
+        if (written >= 0) {
+            bytes.remove_prefix(static_cast<std::size_t>(written));
+        } else if (errno != EINTR) {
+            problem = errno;
+        }
+    }
+    if (problem == 0 && ::fsync(file) != 0) {
+        problem = errno;
+    }
+    ::close(file);
+    if (problem != 0) {
+        ::unlink(path.c_str());
+    }
+    return problem;
 }
 
 } // namespace
 
 void write(const std::string& path, const std::shared_ptr<const Archivable>& model) {
     const Data archive = KeyedArchiver::archivedData(model);
-    const std::string beside = path + ".new";
-    std::ofstream file(beside, std::ios::binary | std::ios::trunc);
-    file.write(archive.text().data(), static_cast<std::streamsize>(archive.size()));
-    file.close();
-    if (!file || std::rename(beside.c_str(), path.c_str()) != 0) {
-        const std::string reason = std::strerror(errno);
-        std::remove(beside.c_str());
-        throw failure("cannot write", path, reason);
+    const std::string place = target(path);
+    const std::string beside = place + "." + std::to_string(::getpid()) + ".part";
+    if (const int problem = writeNew(beside, archive.text()); problem != 0) {
+        throw failure("cannot write", path, reasonOf(problem));
+    }
+    if (std::rename(beside.c_str(), place.c_str()) != 0) {
+        const int problem = errno;
+        ::unlink(beside.c_str());
+        throw failure("cannot write", path, reasonOf(problem));
     }
 }
 

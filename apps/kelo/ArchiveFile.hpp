@@ -17,8 +17,8 @@ struct Content {
     KeloAPI::Parameters fields;
 };
 
-/// Writes the model's archive, in the place of a file that is there. Throws a `Failure` when that
-/// cannot be done; a file that was there is then as it was.
+/// Writes the model's archive, in the place of a file that is there, or that a link leads to.
+/// Throws a `Failure` when that cannot be done; a file that was there is then as it was.
 void write(const std::string& path, const std::shared_ptr<const KeloAPI::Archivable>& model);
 
 /// Reads what was written. Throws a `Failure` for a file that is no archive, or one of something

@@ -203,6 +203,47 @@ class Archives(Case):
         self.assertIsNotNone(kept["category"])
         self.assertIn("  category:", self.succeeds("show", self.path).splitlines())
 
+    def test_category_of_a_venue(self):
+        venue, = self.json("venue", STATION)
+        self.assertEqual(self.saved("category", STATION),
+                         {"class": "KLVenueCategory", **venue["category"]})
+
+    def test_thumbnail_of_a_post(self):
+        post, = self.json("timeline", "all", "--size", "1", "--pages", "1")
+        self.assertEqual(self.saved("thumbnail", post["postId"]),
+                         {"class": "PostThumbnail", "url": post["thumbnailUrl"], "width": 0,
+                          "height": 0})
+
+    def test_an_archive_of_a_phone(self):
+        with open(self.path, "wb") as file:
+            plistlib.dump({
+                "$version": 100000, "$archiver": "NSKeyedArchiver",
+                "$top": {"root": plistlib.UID(1)},
+                "$objects": ["$null", {"$class": plistlib.UID(2), "url": plistlib.UID(3),
+                                       "width": 480, "height": 270},
+                             {"$classname": "KeloAPI.PostThumbnail",
+                              "$classes": ["KeloAPI.PostThumbnail", "NSObject"]},
+                             {"$class": plistlib.UID(4), "NS.base": plistlib.UID(0),
+                              "NS.relative": "https://a.example/t.png"},
+                             {"$classname": "NSURL", "$classes": ["NSURL", "NSObject"]}]},
+                file, fmt=plistlib.FMT_BINARY)
+        self.assertEqual(self.shown(), {"class": "PostThumbnail", "width": 480, "height": 270,
+                                        "url": "https://a.example/t.png"})
+
+    def test_a_link_is_followed_and_other_files_stay(self):
+        other = os.path.join(self.folder.name, "other")
+        for name in (other, self.path + ".new", self.path + ".part"):
+            with open(name, "w", encoding="utf-8") as file:
+                file.write("mine")
+        os.symlink(other, self.path)
+        self.saved("channel", "3")
+        self.assertTrue(os.path.islink(self.path))
+        self.assertEqual(sorted(os.listdir(self.folder.name)),
+                         ["kept", "kept.new", "kept.part", "other"])
+        for name in (self.path + ".new", self.path + ".part"):
+            with open(name, encoding="utf-8") as file:
+                self.assertEqual(file.read(), "mine")
+
     def test_sound(self):
         sound = self.json("sounds")[-1]
         self.assertEqual(self.saved("sound", sound["soundId"]),

@@ -296,7 +296,8 @@ class Values {
 public:
     std::string text() {
         static constexpr std::array<std::string_view, 6> parts = {
-            "", "a", "#tag", " | ", "caf\u00e9 ", "\U0001F600\u200D\U0001F525"};
+            "",           std::string_view("a\0b", 3), "#tag", " | ",
+            "caf\u00e9 ", "\U0001F600\u200D\U0001F525"};
         std::string made;
         for (int i = next(4); i > 0; --i) {
             made += parts[static_cast<std::size_t>(next(parts.size()))];
@@ -424,6 +425,7 @@ TEST_F(ModelArchivingTest, Venue) {
             EXPECT_EQ(kept(*again->category), kept(*venue->category));
         }
         EXPECT_EQ(again->latitude, venue->latitude) << "to the last bit";
+        EXPECT_EQ(again->longitude, venue->longitude);
     }
 }
 

@@ -19,9 +19,9 @@ public:
     static constexpr std::uint8_t maximumDepth = 128;
 
     /// Reads a whole file. None when anything of it is malformed: a size or place outside the file,
-    /// two values that share bytes, a container that holds itself, a key that is no text, a text
-    /// that is no ASCII or UTF-16, an integer beyond 64 bits, or more than the limits above. Time
-    /// and memory are in proportion to the bytes.
+    /// values that take more room together than the file has, a container that holds itself, a key
+    /// that is no text, a text that is no ASCII or UTF-16, an integer beyond 64 bits, or more than
+    /// the limits above. Time and memory are in proportion to the bytes.
     static std::optional<PropertyList> read(std::span<const std::byte> bytes);
 
     /// The bytes of a list, whose references must lie in its table. A text that is no UTF-8 is

@@ -15,6 +15,11 @@ namespace {
 /// share one, and each looks through it.
 constexpr std::size_t maximumClassEntries = 64;
 
+/// A class's name without its module.
+std::string_view plainName(std::string_view name) {
+    return name.substr(name.rfind('.') + 1);
+}
+
 } // namespace
 
 std::optional<KeyedArchive> KeyedArchive::read(const Data& archive) {
@@ -85,7 +90,7 @@ KeyedArchive::className(const PropertyList::Dictionary& entries) const {
     const auto* entry = classEntry(entries);
     const auto name = entry == nullptr ? std::nullopt : value(*entry, Layout::className);
     const auto* text = name ? _list.get<std::string>(*name) : nullptr;
-    return text == nullptr ? std::nullopt : std::optional<std::string_view>(*text);
+    return text == nullptr ? std::nullopt : std::optional(plainName(*text));
 }
 
 bool KeyedArchive::isKindOf(const PropertyList::Dictionary& entries,
@@ -94,14 +99,17 @@ bool KeyedArchive::isKindOf(const PropertyList::Dictionary& entries,
     if (entry == nullptr) {
         return false;
     }
-    if (isText(value(*entry, Layout::className), className)) {
+    const auto isName = [&](std::optional<Reference> value) {
+        const auto* name = value ? _list.get<std::string>(*value) : nullptr;
+        return name != nullptr && plainName(*name) == className;
+    };
+    if (isName(value(*entry, Layout::className))) {
         return true;
     }
     const auto chain = value(*entry, Layout::classChain);
     const auto* names = chain ? _list.get<PropertyList::Array>(*chain) : nullptr;
     return names != nullptr && names->elements.size() <= maximumClassEntries &&
-           std::any_of(names->elements.begin(), names->elements.end(),
-                       [&](Reference name) { return isText(name, className); });
+           std::any_of(names->elements.begin(), names->elements.end(), isName);
 }
 
 bool KeyedArchive::isText(std::optional<Reference> value, std::string_view text) const {

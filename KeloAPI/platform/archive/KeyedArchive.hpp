@@ -40,7 +40,8 @@ public:
     /// The value itself, or the object that it refers to; none when that is null.
     std::optional<Reference> target(Reference value) const;
 
-    /// The name of an object's class, and whether that or a superclass has this name.
+    /// The name of an object's class, and whether that or a superclass has this name. Names are
+    /// without the module that a phone may put before them ("Module.Name").
     std::optional<std::string_view> className(const PropertyList::Dictionary& entries) const;
     bool isKindOf(const PropertyList::Dictionary& entries, std::string_view className) const;
 

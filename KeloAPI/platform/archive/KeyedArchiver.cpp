@@ -171,9 +171,11 @@ void KeyedArchiver::encodeDate(const std::optional<Date>& date, std::string_view
         _contents->put(key, _contents->null());
         return;
     }
-    const double seconds =
-        std::chrono::duration<double>(date->time_since_epoch()).count() -
-        std::chrono::duration<double>(Layout::referenceDate.time_since_epoch()).count();
+    // Wide enough for every instant, so that only the last step rounds.
+    using Wide = std::chrono::duration<long double, Date::period>;
+    const Wide elapsed =
+        Wide(date->time_since_epoch()) - Wide(Layout::referenceDate.time_since_epoch());
+    const auto seconds = static_cast<double>(std::chrono::duration<long double>(elapsed).count());
     const auto time = _contents->value(Number::of(seconds));
     _contents->put(
         key, _contents->object(Layout::dateClass, {{_contents->text(Layout::dateTime), time}}));

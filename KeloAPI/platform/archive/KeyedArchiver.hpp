@@ -16,7 +16,7 @@
 namespace KeloAPI {
 
 /// Writes the phone platform's keyed archives as binary property lists: what its keyed unarchiver
-/// reads, and ours. One thread at a time.
+/// reads, and ours within its limits. One thread at a time.
 ///
 /// A model hands over its values one by one; each takes the key that the model gives, which is used
 /// once for each object. An absent value is written as the archive's null, as the platform does.
@@ -40,6 +40,7 @@ public:
     /// A number object; its kind is kept, but for unsigned integers below 2^63, which are read as
     /// signed.
     void encodeNumber(const std::optional<Number>& number, std::string_view key);
+    /// A range of negative numbers is written, but none is read.
     void encodeRange(const std::optional<Range>& range, std::string_view key);
 
     KeyedArchiver(const KeyedArchiver&) = delete;

@@ -37,7 +37,9 @@ concept Unarchivable = std::derived_from<T, Archivable> && requires(KeyedUnarchi
 /// kind gives nothing, or the default that stands beside the function.
 class KELO_API KeyedUnarchiver {
 public:
-    /// The object that was archived; null when `archive` is no archive or its root no `T`.
+    /// The object that was archived; null when `archive` is no archive, its root no `T` or one that
+    /// `T` refuses, or when it goes beyond what is read of any: 64 MB, 500,000 values, 100 objects
+    /// within one another.
     template <Unarchivable T>
     static std::shared_ptr<T> unarchive(const Data& archive) {
         KeyedUnarchiver coder(archive);
@@ -46,7 +48,8 @@ public:
         return coder.isRefused() ? nullptr : object;
     }
 
-    /// The name of the class of the object in an archive; absent when there is none.
+    /// The name of the class of the object in an archive, without a module before it; absent when
+    /// there is none.
     static std::optional<std::string> rootClassName(const Data& archive);
 
     /// Whether there is a value under `key`, null included.

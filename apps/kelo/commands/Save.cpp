@@ -14,7 +14,10 @@
 #include <KeloAPI/model/KLEntity.hpp>
 #include <KeloAPI/model/KLTag.hpp>
 #include <KeloAPI/model/KLVenue.hpp>
+#include <KeloAPI/model/KLVenueCategory.hpp>
+#include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
+#include <KeloAPI/model/PostThumbnail.hpp>
 #include <KeloAPI/model/SoundboardSound.hpp>
 
 #include <CLI/CLI.hpp>
@@ -42,6 +45,9 @@ public:
             read("channels/" + _id, std::make_shared<KLChannelParser>(), whole);
         } else if (_kind == "venue") {
             read("venues/" + _id, std::make_shared<KLFoursquareVenueParser>(), whole);
+        } else if (_kind == "category") {
+            read("venues/" + _id, std::make_shared<KLFoursquareVenueParser>(),
+                 [](const std::shared_ptr<KLVenue>& venue) { return venue->category; });
         } else if (_kind == "sound") {
             readSound();
         } else if (_kind == "loops") {
@@ -72,8 +78,16 @@ private:
     void readPost() {
         read("posts/" + _id, std::make_shared<FeedPostParser>(),
              [kind = _kind](const std::shared_ptr<FeedPost>& post) {
-                 return kind == "tag" ? firstOf(post->tags) : firstOf(post->entities);
+                 return kind == "thumbnail" ? thumbnailOf(*post)
+                        : kind == "tag"     ? firstOf(post->tags)
+                                            : firstOf(post->entities);
              });
+    }
+
+    /// The service does not tell its size.
+    static std::shared_ptr<const Archivable> thumbnailOf(const FeedPost& post) {
+        const auto url = URL::parse(post.post->thumbnailUrl.value_or(""));
+        return url ? std::make_shared<PostThumbnail>(*url, 0, 0) : nullptr;
     }
 
     template <class Model>
@@ -144,14 +158,14 @@ Command addSave(CLI::App& app) {
         ->type_name("");
     command
         ->add_option("KIND", arguments->kind,
-                     "channel, venue, sound, tag or entity (the first of a post), or loops, which "
+                     "channel, venue, category (of a venue), sound, thumbnail, tag or entity (of a "
+                     "post, the first), or loops, which "
                      "are the signed-in user's")
         ->required()
         ->type_name("")
-        ->check(CLI::IsMember({"channel", "venue", "sound", "tag", "entity", "loops"}));
-    auto* id = command
-                   ->add_option("ID", arguments->id,
-                                "The identifier: of the post for tag and entity, none for loops")
+        ->check(CLI::IsMember(
+            {"channel", "venue", "category", "sound", "thumbnail", "tag", "entity", "loops"}));
+    auto* id = command->add_option("ID", arguments->id, "The identifier; none for loops")
                    ->type_name("")
                    ->check(CLI::Validator(checkIdentifier, ""));
     command->callback([arguments, id] {

@@ -226,6 +226,17 @@ TEST(HostileArchiveTest, GivesNoObjectWhereObjectsNestTooDeep) {
     EXPECT_FALSE(KeyedUnarchiver::unarchive<Needy>(doubledChain(10000)));
 }
 
+TEST(HostileArchiveTest, AChainIsWrittenThatIsTooLongToRead) {
+    std::shared_ptr<Node> chain;
+    for (int length = 1; length <= 101; ++length) {
+        const auto node = std::make_shared<Node>("n");
+        node->left = chain;
+        chain = node;
+        const auto again = KeyedUnarchiver::unarchive<Node>(KeyedArchiver::archivedData(chain));
+        EXPECT_EQ(again != nullptr, length <= 100) << length;
+    }
+}
+
 TEST(HostileArchiveTest, RefusesListsThatNestTooDeep) {
     EXPECT_TRUE(nested(BinaryPropertyList::maximumDepth + 1).read());
     EXPECT_FALSE(nested(BinaryPropertyList::maximumDepth + 2).read());

@@ -352,4 +352,21 @@ TEST(KeyedUnarchiverTest, ReadsItsOwnObjectAfterAnInnerOne) {
     EXPECT_EQ(again->text, "inner,outer");
 }
 
+TEST(KeyedUnarchiverTest, PassesOverTheModuleOfAClass) {
+    for (const char* name : {"Everything", "KeloAPI.Everything", "a.b.Everything"}) {
+        ArchiveFile file;
+        const Data archive = file.bytes(file.instance(name, {{"integer", file.number(7)}}));
+        EXPECT_EQ(KeyedUnarchiver::rootClassName(archive), "Everything");
+        const auto object = KeyedUnarchiver::unarchive<Everything>(archive);
+        ASSERT_TRUE(object) << name;
+        EXPECT_EQ(object->integer, 7);
+        EXPECT_FALSE(KeyedUnarchiver::unarchive<Node>(archive));
+    }
+    for (const char* name : {"KeloAPI.", "Everything.KeloAPI", "KeloAPIEverything", "."}) {
+        ArchiveFile file;
+        EXPECT_FALSE(KeyedUnarchiver::unarchive<Everything>(file.bytes(file.instance(name, {}))))
+            << name;
+    }
+}
+
 } // namespace KeloAPI
