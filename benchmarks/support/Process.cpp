@@ -40,7 +40,6 @@ Spent run(const std::vector<std::string>& command) {
         wait4(process, &status, 0, &usage);
         spent.succeeded = status == 0;
         spent.processorSeconds = processorSecondsOf(usage);
-        spent.peakKilobytes = usage.ru_maxrss;
     }
     posix_spawn_file_actions_destroy(&actions);
     return spent;

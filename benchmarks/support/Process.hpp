@@ -11,8 +11,6 @@ namespace KeloBenchmark {
 struct Spent {
     bool succeeded = false;
     double processorSeconds = 0;
-    /// The most memory that it held at once.
-    long peakKilobytes = 0;
 };
 
 /// Runs a program; its output goes nowhere.

@@ -159,8 +159,7 @@ Command addSave(CLI::App& app) {
     command
         ->add_option("KIND", arguments->kind,
                      "channel, venue, category (of a venue), sound, thumbnail, tag or entity (of a "
-                     "post, the first), or loops, which "
-                     "are the signed-in user's")
+                     "post, the first), or loops, which are the signed-in user's")
         ->required()
         ->type_name("")
         ->check(CLI::IsMember(
