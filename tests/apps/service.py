@@ -58,6 +58,9 @@ class Service:
     def forget(self):
         """Forgets faults and requests."""
         self.control("DELETE", "_service/faults")
+        self.forget_requests()
+
+    def forget_requests(self):
         self.control("DELETE", "_service/requests")
 
     def requests(self, path):

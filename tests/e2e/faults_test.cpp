@@ -100,7 +100,7 @@ TEST_F(FaultsAtService, AServiceErrorComesThroughWithItsCode) {
 
 TEST_F(FaultsAtService, ACancelledCallEndsAtOnce) {
     service.addFault({{"match", {{"path", "/timelines/*"}}},
-                      {"action", {{"type", "delay"}, {"milliseconds", 5000}}}});
+                      {"action", {{"type", "delay"}, {"milliseconds", 15000}}}});
     std::optional<Error> error;
     const auto slow = Endpoint::create(session);
     slow->setPath("timelines/all");
@@ -111,7 +111,7 @@ TEST_F(FaultsAtService, ACancelledCallEndsAtOnce) {
     handle->cancel();
     ASSERT_TRUE(runUntil([&] { return error.has_value(); }));
     EXPECT_TRUE(isHTTPError(*error, HTTPErrorCode::Cancelled));
-    EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(2));
+    EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(10));
     EXPECT_TRUE(get().success());
 }
 

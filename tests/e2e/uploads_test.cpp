@@ -81,12 +81,12 @@ protected:
     bool faultFires() {
         return runUntil([&] { return service.faults().back().at("fired") == 1; });
     }
-    /// Cancels and expects the one completion to come within a second.
+    /// Cancels and expects the one completion to come soon.
     static void expectCancelled(EndpointRequest& handle, const Outcome& outcome) {
         const auto before = Clock::now();
         handle.cancel();
         EXPECT_TRUE(runUntil([&] { return outcome->completions > 0; }));
-        EXPECT_LT(secondsSince(before), 1);
+        EXPECT_LT(secondsSince(before), 5);
         ASSERT_TRUE(outcome->error);
         EXPECT_EQ(outcome->error->domain(), HTTPErrorDomain);
         EXPECT_EQ(outcome->error->code(), static_cast<int>(HTTPErrorCode::Cancelled));
@@ -298,7 +298,7 @@ TEST_F(UploadsAtService, ACancelledSegmentLeavesAServerThatDoesNotAnswer) {
     const auto before = Clock::now();
     expectCancelled(*handle, outcome);
     EXPECT_TRUE(runUntil([&] { return hasNoConnection(); }));
-    EXPECT_LT(secondsSince(before), 1);
+    EXPECT_LT(secondsSince(before), 5);
 }
 
 TEST_F(UploadsAtService, ACancelledSegmentLeavesAServerThatStoppedReading) {
@@ -321,20 +321,20 @@ TEST_F(UploadsAtService, ACancelledSegmentLeavesAServerThatStoppedReading) {
     const auto before = Clock::now();
     expectCancelled(*handle, outcome);
     EXPECT_TRUE(runUntil([&] { return socketsTo(service.port()) == 0; }));
-    EXPECT_LT(secondsSince(before), 1);
+    EXPECT_LT(secondsSince(before), 5);
 }
 
 TEST_F(UploadsAtService, ACancelledSegmentEndsInItsMiddleAtTheServer) {
     const std::size_t size = 64 * mebibyte;
     const std::string id = newUpload(size);
-    setUploadRate(30'000'000);
+    setUploadRate(8'000'000);
     service.requests();
     const auto started = start(id, anyBytes(size), 0);
     const auto& handle = started.first;
     const Outcome& outcome = started.second;
     double fraction = 0;
     handle->setProgressHandler([&](EndpointRequest&, double reported) { fraction = reported; });
-    EXPECT_TRUE(runUntil([&] { return fraction > 0.2; }));
+    EXPECT_TRUE(runUntil([&] { return fraction > 0.1; }));
     const auto before = Clock::now();
     expectCancelled(*handle, outcome);
     std::vector<SeenRequest> requests;
@@ -344,7 +344,7 @@ TEST_F(UploadsAtService, ACancelledSegmentEndsInItsMiddleAtTheServer) {
         }
         return !requests.empty();
     }));
-    EXPECT_LT(secondsSince(before), 1);
+    EXPECT_LT(secondsSince(before), 5);
     ASSERT_EQ(requests.size(), 1U);
     EXPECT_LT(requests[0].bodyBytes, static_cast<std::int64_t>(size));
     EXPECT_GT(requests[0].bodyBytes, 0);
@@ -446,7 +446,7 @@ TEST_F(UploadsAtService, SegmentsRunInParallelEachOnItsOwnEndpoint) {
     constexpr std::size_t segments = 6;
     const std::string bytes = anyBytes(segments * mebibyte);
     const std::string id = newUpload(bytes.size());
-    setUploadRate(4'000'000);
+    setUploadRate(2'000'000);
     service.requests();
     std::vector<Outcome> outcomes;
     const auto before = Clock::now();
@@ -467,8 +467,8 @@ TEST_F(UploadsAtService, SegmentsRunInParallelEachOnItsOwnEndpoint) {
         EXPECT_EQ(request.bodySha256, sha256(bytes.substr(index * mebibyte, mebibyte)));
     }
     EXPECT_GT(connections.size(), 1U);
-    // One after the other they would take a quarter of a second each.
-    EXPECT_LT(together, 0.25 * segments);
+    // One after the other they would take half a second each.
+    EXPECT_LT(together, 0.5 * segments);
     for (const Outcome& outcome : outcomes) {
         EXPECT_FALSE(outcome->error);
     }

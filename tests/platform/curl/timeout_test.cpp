@@ -1,6 +1,8 @@
 #include "../../support/RawServer.hpp"
 #include "TransportTest.hpp"
 
+#include <future>
+
 namespace KeloAPI::support {
 namespace {
 
@@ -29,7 +31,7 @@ TEST_F(TimeoutTest, WhenNoAnswerComes) {
     const Timed heard = timed(get(silent.url("/")));
     EXPECT_TRUE(failedWith(heard.observer, HTTPErrorCode::TimedOut));
     EXPECT_GE(heard.took, 300ms);
-    EXPECT_LT(heard.took, 2s);
+    EXPECT_LT(heard.took, 10s);
 }
 
 TEST_F(TimeoutTest, WhenTheBodyStalls) {
@@ -49,10 +51,12 @@ TEST_F(TimeoutTest, WhenTheConnectionDoesNotComeAbout) {
 }
 
 TEST_F(TimeoutTest, WhenTheRequestsBodyIsNotTaken) {
-    RawServer deaf([](RawConnection&) { std::this_thread::sleep_for(1500ms); });
+    std::promise<void> hasEnded;
+    RawServer deaf([&](RawConnection&) { hasEnded.get_future().wait_for(10s); });
     const Timed heard = timed(with(Method::POST, deaf.url("/"), largeBody()));
+    hasEnded.set_value();
     EXPECT_TRUE(failedWith(heard.observer, HTTPErrorCode::TimedOut));
-    EXPECT_LT(heard.took, 1400ms);
+    EXPECT_LT(heard.took, 9s);
 }
 
 TEST_F(TimeoutTest, NotWhileBytesArrive) {
@@ -60,13 +64,13 @@ TEST_F(TimeoutTest, NotWhileBytesArrive) {
         connection.readRequest();
         connection.write("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\n");
         for (int i = 0; i < 10; ++i) {
-            std::this_thread::sleep_for(100ms);
+            std::this_thread::sleep_for(150ms);
             connection.write("x");
         }
     });
-    const Timed heard = timed(get(slow.url("/")), 500ms);
+    const Timed heard = timed(get(slow.url("/")), 1s);
     EXPECT_TRUE(succeeded(heard.observer));
-    EXPECT_GE(heard.took, 1s);
+    EXPECT_GE(heard.took, 1500ms);
 }
 
 TEST_F(TimeoutTest, NotWhileBytesLeave) {
