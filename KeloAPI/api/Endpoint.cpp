@@ -1,4 +1,5 @@
 #include <KeloAPI/api/AlamofireEndpointRequest.hpp>
+#include <KeloAPI/api/DownloadsAtOnce.hpp>
 #include <KeloAPI/api/Endpoint.hpp>
 #include <KeloAPI/platform/Contract.hpp>
 #include <KeloAPI/platform/Diagnostics.hpp>
@@ -110,7 +111,7 @@ void Endpoint::download(const URL& destinationUrl, DownloadCompletion completion
             const URL& url, std::optional<Error> error) {
             completionHandler(url, std::move(error));
         },
-        _downloadProgressHandler);
+        _downloadProgressHandler, DownloadsAtOnce::delivery());
 }
 
 void Endpoint::setDownloadProgressHandler(Session::DownloadProgress handler) {

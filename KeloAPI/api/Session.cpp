@@ -94,14 +94,19 @@ std::shared_ptr<Request> Session::upload(const URLRequestConvertible& convertibl
 }
 
 void Session::download(const URLRequestConvertible& convertible, const URL& destinationUrl,
-                       DownloadCompletion completionHandler, DownloadProgress progressHandler) {
+                       DownloadCompletion completionHandler, DownloadProgress progressHandler,
+                       DownloadDelivery delivery) {
     const auto request = sessionManager()->download(
         convertible, [destinationUrl](const HTTPResponse&) { return destinationUrl; });
     if (progressHandler) {
         request->progress(std::move(progressHandler));
     }
-    request->response([destinationUrl, completionHandler = std::move(completionHandler)](
-                          const ResponseContent& content, Timeline) -> Request::Completion {
+    request->response([destinationUrl, completionHandler = std::move(completionHandler),
+                       delivery](const ResponseContent& content, Timeline) -> Request::Completion {
+        if (delivery == DownloadDelivery::AtOnce) {
+            completionHandler(destinationUrl, content.error);
+            return nullptr;
+        }
         return [destinationUrl, completionHandler, error = content.error] {
             completionHandler(destinationUrl, error);
         };

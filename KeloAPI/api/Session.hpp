@@ -25,6 +25,15 @@ namespace KeloAPI {
 /// Whether a session's requests act for a signed-in user.
 enum class SessionType : std::uint8_t { Authenticated, UnAuthenticated };
 
+/// Where the completion of a download is called.
+enum class DownloadDelivery {
+    /// On the main queue, as every completion.
+    MainQueue,
+    /// On the thread that finished the file, at once: for work behind the scenes that shall not
+    /// wait for the main thread. Never inside the call that sent.
+    AtOnce,
+};
+
 /// One API session: where the service is, what identifies its requests, the connections to it, and
 /// the calls that wait for the host to sign in again or to solve a captcha. What it tells comes
 /// from its delegate, anew at each call, or is the default given below.
@@ -73,10 +82,12 @@ public:
     /// Sends a request with `data` as its body.
     virtual std::shared_ptr<Request> upload(const URLRequestConvertible& convertible, Data data);
     /// Sends a request whose answer becomes the file `destinationUrl`, whatever the answer's head
-    /// says. The completion, and the progress before it, are called on the main queue.
+    /// says. The progress is told on the main queue, and the completion called where `delivery`
+    /// says.
     virtual void download(const URLRequestConvertible& convertible, const URL& destinationUrl,
                           DownloadCompletion completionHandler,
-                          DownloadProgress progressHandler = nullptr);
+                          DownloadProgress progressHandler = nullptr,
+                          DownloadDelivery delivery = DownloadDelivery::MainQueue);
 
     /// Ends the wait of the queued retries: true sends each again, oldest first; false drops them.
     /// The queue is empty afterwards, retries that were queued meanwhile included.

@@ -1,3 +1,4 @@
+#include <KeloAPI/api/DownloadsAtOnce.hpp>
 #include <KeloAPI/files/FileQueue.hpp>
 #include <KeloAPI/platform/Contract.hpp>
 #include <KeloAPI/platform/MainQueue.hpp>
@@ -99,6 +100,8 @@ void FileQueue::downloadNext(std::optional<Transfer> next) {
     // A loop, because a long row of endpoints that answer within the call would exhaust the stack.
     while (next) {
         const auto call = std::make_shared<Call>();
+        // The next file does not wait until the main thread has time for this one's end.
+        const DownloadsAtOnce untilItHasStarted;
         next->endpoint->download(next->destination,
                                  [queue = weak_from_this(), endpoint = next->endpoint,
                                   call](const FileDownloadResult& result) {

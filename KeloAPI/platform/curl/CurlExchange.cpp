@@ -20,7 +20,7 @@ CurlExchange::~CurlExchange() = default;
 void CurlExchange::begin() {
     std::shared_ptr<CurlLoop> lane;
     try {
-        lane = _lanes->laneFor(*_request.url);
+        lane = _lanes->laneFor(*_request.url, _observer->mayWaitForDisk());
     } catch (const std::system_error& failure) {
         completeElsewhere(
             httpError(HTTPErrorCode::Unknown, std::string("no network thread: ") + failure.what()));

@@ -39,6 +39,14 @@ ServerTrustPolicyManager effective(const ServerTrustPolicyManager& trust) {
     return ServerTrustPolicyManager(policies);
 }
 
+/// Of the lane's thread: 15 characters at most.
+const char* nameOf(bool isPinned, bool mayWaitForDisk) {
+    if (mayWaitForDisk) {
+        return isPinned ? "kelo-disk-pin" : "kelo-disk";
+    }
+    return isPinned ? "kelo-net-pinned" : "kelo-net";
+}
+
 } // namespace
 
 CurlLanes::CurlLanes(const ServerTrustPolicyManager& trust)
@@ -46,31 +54,30 @@ CurlLanes::CurlLanes(const ServerTrustPolicyManager& trust)
 
 CurlLanes::~CurlLanes() = default;
 
-std::shared_ptr<CurlLoop> CurlLanes::laneFor(const URL& url) {
-    const ServerTrustPolicy* policy = _trust.policyForHost(effectiveHost(url));
+std::shared_ptr<CurlLoop> CurlLanes::laneFor(const URL& url, bool mayWaitForDisk) {
+    const Key key{_trust.policyForHost(effectiveHost(url)), mayWaitForDisk};
     const std::lock_guard lock(_mutex);
     if (_closed) {
         return nullptr;
     }
-    if (const auto found = _lanes.find(policy); found != _lanes.end()) {
+    if (const auto found = _lanes.find(key); found != _lanes.end()) {
         return found->second;
     }
-    const TrustStore store(policy);
-    auto lane =
-        std::make_shared<CurlLoop>(store, store.isPinned() ? "kelo-net-pinned" : "kelo-net");
+    const TrustStore store(key.policy);
+    auto lane = std::make_shared<CurlLoop>(store, nameOf(store.isPinned(), mayWaitForDisk));
     lane->open();
-    _lanes.emplace(policy, lane);
+    _lanes.emplace(key, lane);
     return lane;
 }
 
 void CurlLanes::close() {
-    std::map<const ServerTrustPolicy*, std::shared_ptr<CurlLoop>> lanes;
+    Lanes lanes;
     {
         const std::lock_guard lock(_mutex);
         _closed = true;
         lanes.swap(_lanes);
     }
-    for (const auto& [policy, lane] : lanes) {
+    for (const auto& [key, lane] : lanes) {
         lane->stop();
     }
     // On a lane's own thread there is nobody to wait; and the threads of an exiting process are
@@ -78,7 +85,7 @@ void CurlLanes::close() {
     const bool onLane = std::any_of(lanes.begin(), lanes.end(), [](const auto& entry) {
         return entry.second->isCurrentThread();
     });
-    for (const auto& [policy, lane] : lanes) {
+    for (const auto& [key, lane] : lanes) {
         if (onLane || ExitGuard::isExiting()) {
             lane->detach();
         } else {

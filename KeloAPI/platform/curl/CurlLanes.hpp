@@ -3,6 +3,7 @@
 #include <KeloAPI/platform/http/ServerTrustPolicy.hpp>
 #include <KeloAPI/platform/URL.hpp>
 
+#include <compare>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -11,8 +12,9 @@ namespace KeloAPI {
 
 class CurlLoop;
 
-/// The lanes of one transport: one for each policy of the table and one for all other hosts, each
-/// opened when it is first needed.
+/// The lanes of one transport: one for each policy of the table and one for all other hosts, and as
+/// many again for exchanges whose observers may wait for a disk. Each is opened when it is first
+/// needed.
 class CurlLanes {
 public:
     explicit CurlLanes(const ServerTrustPolicyManager& trust);
@@ -21,16 +23,23 @@ public:
     ~CurlLanes();
 
     /// Null once the lanes are closed; throws `std::system_error` where a lane cannot be opened.
-    std::shared_ptr<CurlLoop> laneFor(const URL& url);
+    std::shared_ptr<CurlLoop> laneFor(const URL& url, bool mayWaitForDisk);
 
     /// Cancels everything under way and ends the lanes' threads. Waits for them, except on one of
     /// them.
     void close();
 
 private:
+    struct Key {
+        const ServerTrustPolicy* policy;
+        bool mayWaitForDisk;
+        auto operator<=>(const Key&) const = default;
+    };
+    using Lanes = std::map<Key, std::shared_ptr<CurlLoop>>;
+
     const ServerTrustPolicyManager _trust;
     std::mutex _mutex;
-    std::map<const ServerTrustPolicy*, std::shared_ptr<CurlLoop>> _lanes;
+    Lanes _lanes;
     bool _closed = false;
 };
 

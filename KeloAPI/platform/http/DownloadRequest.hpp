@@ -22,6 +22,7 @@ private:
     bool receiveData(std::string_view bytes) override;
     void bodySent(std::int64_t, std::int64_t) override {}
     std::optional<Error> finish(std::optional<Error> error) override;
+    bool mayWaitForDisk() const override { return true; }
 
     Manager::Destination _destination;
     std::optional<DownloadFile> _file;

@@ -7,13 +7,24 @@
 
 namespace KeloAPI {
 
+namespace {
+
+void post(Request::Completion completion) {
+    if (completion) {
+        MainQueue::main().async(std::move(completion));
+    }
+}
+
+} // namespace
+
 /// What several threads touch.
 struct Request::Guarded {
     std::mutex mutex;
     std::shared_ptr<Exchange> exchange;
     std::vector<Serializer> handlers;
-    bool completed = false; // the exchange is over
-    bool delivered = false; // and its completions have run
+    bool over = false;      // the exchange is
+    bool served = false;    // and so are the handlers; later ones go by themselves
+    bool delivered = false; // and their completions have run
 
     Progress progress;
     std::int64_t reported = 0;
@@ -40,6 +51,7 @@ public:
     void didComplete(std::optional<Error> error) override {
         std::exchange(_request, nullptr)->complete(std::move(error));
     }
+    bool mayWaitForDisk() const override { return _request->mayWaitForDisk(); }
 
 private:
     std::shared_ptr<Request> _request;
@@ -55,12 +67,15 @@ Request::~Request() = default;
 void Request::start(Transport& transport) {
     _timeline.requestStartTime = now();
     if (auto problem = _request.problem()) {
-        complete(std::move(problem));
+        // Nobody hears of the end inside the call.
+        _responseQueue->async([self = shared_from_this(), problem = std::move(problem)]() mutable {
+            self->complete(std::move(problem));
+        });
         return;
     }
     auto exchange = transport.start(_request, std::make_shared<Observer>(shared_from_this()));
     const std::lock_guard lock(_guarded->mutex);
-    if (!_guarded->completed) {
+    if (!_guarded->over) {
         _guarded->exchange = std::move(exchange);
     }
 }
@@ -94,13 +109,13 @@ void Request::endProgress() {
 void Request::response(Serializer serializer) {
     {
         const std::lock_guard lock(_guarded->mutex);
-        if (!_guarded->completed) {
+        if (!_guarded->served) {
             _guarded->handlers.push_back(std::move(serializer));
             return;
         }
     }
     _responseQueue->async([self = shared_from_this(), serializer = std::move(serializer)] {
-        MainQueue::main().async(self->serve(serializer));
+        post(self->serve(serializer));
     });
 }
 
@@ -109,27 +124,29 @@ void Request::complete(std::optional<Error> error) {
     if (!_head) {
         _timeline.initialResponseTime = _timeline.requestCompletedTime;
     }
-    std::vector<Serializer> handlers;
     std::shared_ptr<Exchange> exchange;
-    const std::lock_guard lock(_guarded->mutex);
-    _guarded->completed = true;
-    _guarded->exchange.swap(exchange);
-    _guarded->handlers.swap(handlers);
-    // Posted under the lock, so that a handler attached from now on comes after these.
-    _responseQueue->async([self = shared_from_this(), handlers = std::move(handlers),
-                           error = std::move(error)]() mutable {
-        self->_error = self->finish(std::move(error));
-        self->serveAll(handlers);
+    {
+        const std::lock_guard lock(_guarded->mutex);
+        _guarded->over = true;
+        _guarded->exchange.swap(exchange);
+    }
+    if (mayWaitForDisk()) {
+        end(std::move(error));
+        return;
+    }
+    _responseQueue->async([self = shared_from_this(), error = std::move(error)]() mutable {
+        self->end(std::move(error));
     });
 }
 
-void Request::serveAll(const std::vector<Serializer>& handlers) {
+void Request::end(std::optional<Error> error) {
+    _error = finish(std::move(error));
     Completion last;
-    for (const Serializer& serializer : handlers) {
-        if (last) {
-            MainQueue::main().async(std::move(last));
+    for (auto handlers = takeHandlers(); !handlers.empty(); handlers = takeHandlers()) {
+        for (const Serializer& serializer : handlers) {
+            post(std::move(last));
+            last = serve(serializer);
         }
-        last = serve(serializer);
     }
     // Progress that was reported is delivered before the completions; behind them its observer,
     // which may hold the request, goes: by the same task, because a task wakes the main thread.
@@ -139,6 +156,14 @@ void Request::serveAll(const std::vector<Serializer>& handlers) {
         }
         self->endProgress();
     });
+}
+
+/// Those that were attached meanwhile, and so behind the ones before; when there are none, later
+/// ones go by themselves.
+std::vector<Request::Serializer> Request::takeHandlers() {
+    const std::lock_guard lock(_guarded->mutex);
+    _guarded->served = _guarded->handlers.empty();
+    return std::exchange(_guarded->handlers, {});
 }
 
 Request::Completion Request::serve(const Serializer& serializer) const {

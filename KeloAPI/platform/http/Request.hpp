@@ -32,10 +32,11 @@ struct ResponseContent {
 /// One request under way. Made and started by a `Manager`.
 ///
 /// Lifecycle: the exchange runs on the transport's thread. When it is over, each response handler
-/// has its serializer run on the manager's response queue and then its completion on the main
-/// queue, exactly once each and in the order they were attached. A handler that is attached after
-/// the end is served all the same. Progress is reported on the main queue, before the completions.
-/// A request stays alive until then even where nobody holds it.
+/// has its serializer run on the manager's response queue (of a download on the transport's thread,
+/// which waits for the disk anyway) and then its completion on the main queue, exactly once each
+/// and in the order they were attached. A handler that is attached after the end is served all the
+/// same. Progress is reported on the main queue, before the completions. A request stays alive
+/// until then even where nobody holds it.
 class KELO_API Request : public std::enable_shared_from_this<Request> {
 public:
     /// Bytes moved since the last report, bytes moved so far, and bytes expected in all (-1 while
@@ -45,7 +46,7 @@ public:
     using Progress =
         std::function<void(std::int64_t bytes, std::int64_t total, std::int64_t expected)>;
     using Completion = std::function<void()>;
-    /// Runs on the response queue; what it returns runs on the main queue.
+    /// Runs behind the exchange; what it returns, if anything, runs on the main queue.
     using Serializer = std::function<Completion(const ResponseContent& content, Timeline timeline)>;
 
     Request(const Request&) = delete;
@@ -81,8 +82,12 @@ protected:
     virtual void receiveResponse(const HTTPResponse& response) = 0;
     virtual bool receiveData(std::string_view bytes) = 0;
     virtual void bodySent(std::int64_t sent, std::int64_t total) = 0;
-    /// The last step, on the response queue: the error that the request ends with, if any.
+    /// The last step, before the serializers and where they run: the error that the request ends
+    /// with, if any.
     virtual std::optional<Error> finish(std::optional<Error> error) = 0;
+    /// Whether these steps may wait for a disk. They are then taken one after another on a thread
+    /// that the answers of others do not need.
+    virtual bool mayWaitForDisk() const { return false; }
 
     const std::optional<HTTPResponse>& head() const { return _head; }
     std::string& body() { return _body; }
@@ -94,7 +99,8 @@ private:
 
     void start(Transport& transport);
     void complete(std::optional<Error> error);
-    void serveAll(const std::vector<Serializer>& handlers);
+    void end(std::optional<Error> error);
+    std::vector<Serializer> takeHandlers();
     Completion serve(const Serializer& serializer) const;
     void postReport();
     void deliverProgress();
@@ -103,7 +109,7 @@ private:
     const KeloAPI::URLRequest _request;
     const std::shared_ptr<SerialQueue> _responseQueue;
 
-    // Written on the transport's thread, read on the response queue after the end.
+    // Written on the transport's thread, read behind the exchange.
     std::optional<HTTPResponse> _head;
     std::string _body;
     std::optional<Error> _error;

@@ -43,6 +43,10 @@ public:
     virtual void didSendBody(std::int64_t sent, std::int64_t total) = 0;
     /// The exchange is over. Exactly once, and the last call.
     virtual void didComplete(std::optional<Error> error) = 0;
+
+    /// True for one that may wait for a disk in its calls: a transport makes them on a thread that
+    /// observers who do not wait have no part in. Asked before the first call; does not change.
+    virtual bool mayWaitForDisk() const { return false; }
 };
 
 /// An exchange under way.
