@@ -45,7 +45,10 @@ bool CurlLoop::start(std::shared_ptr<CurlExchange> exchange) {
         return false;
     }
     _commands.starts.push_back(std::move(exchange));
-    curl_multi_wakeup(_multi);
+    // The lane's own thread looks for commands before it sleeps.
+    if (!isCurrentThread()) {
+        curl_multi_wakeup(_multi);
+    }
     return true;
 }
 
@@ -105,6 +108,9 @@ void CurlLoop::loop() {
         finishDone();
         finishOverdue();
         ExitGuard::parkIfExiting();
+        if (hasStarts()) {
+            continue; // what has just ended was followed by another
+        }
         const CURLMcode polled = curl_multi_poll(_multi, nullptr, 0, pollTimeout(), nullptr);
         if (polled != CURLM_OK) {
             finishAll(httpError(HTTPErrorCode::Unknown, curl_multi_strerror(polled)));
@@ -116,6 +122,11 @@ void CurlLoop::loop() {
 CurlLoop::Commands CurlLoop::takeCommands() {
     const std::lock_guard lock(_mutex);
     return std::exchange(_commands, {});
+}
+
+bool CurlLoop::hasStarts() {
+    const std::lock_guard lock(_mutex);
+    return !_commands.starts.empty();
 }
 
 void CurlLoop::begin(const std::shared_ptr<CurlExchange>& exchange) {

@@ -52,6 +52,7 @@ private:
     void loop();
     void wake();
     Commands takeCommands();
+    bool hasStarts();
     void begin(const std::shared_ptr<CurlExchange>& exchange);
     void finishDone();
     void finishOverdue();

@@ -99,6 +99,13 @@ void Request::progress(Progress observer) {
     }
 }
 
+/// Where nothing is left for the main queue, it is not woken.
+bool Request::endsUnheard() {
+    const std::lock_guard lock(_guarded->mutex);
+    _guarded->delivered = !_guarded->progress;
+    return _guarded->delivered;
+}
+
 void Request::endProgress() {
     Progress observer;
     const std::lock_guard lock(_guarded->mutex);
@@ -147,6 +154,9 @@ void Request::end(std::optional<Error> error) {
             post(std::move(last));
             last = serve(serializer);
         }
+    }
+    if (!last && endsUnheard()) {
+        return;
     }
     // Progress that was reported is delivered before the completions; behind them its observer,
     // which may hold the request, goes: by the same task, because a task wakes the main thread.

@@ -104,6 +104,7 @@ private:
     Completion serve(const Serializer& serializer) const;
     void postReport();
     void deliverProgress();
+    bool endsUnheard();
     void endProgress();
 
     const KeloAPI::URLRequest _request;
