@@ -1,8 +1,9 @@
 # What every target of this project is compiled with, in one interface target.
 find_package(Threads REQUIRED)
 add_library(kelo-compiler INTERFACE)
-target_compile_options(kelo-compiler INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor
-  -Woverloaded-virtual -Wimplicit-fallthrough)
+target_compile_options(kelo-compiler INTERFACE -Wall -Wextra -Wpedantic -Wshadow
+  -Wimplicit-fallthrough
+  $<$<COMPILE_LANGUAGE:CXX,OBJCXX>:-Wnon-virtual-dtor -Woverloaded-virtual>)
 # GCC 12 sees an overlap in every `"text" + std::string()` at -O3 (GCC bug 105651).
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   target_compile_options(kelo-compiler INTERFACE -Wno-restrict)

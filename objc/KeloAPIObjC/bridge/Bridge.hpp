@@ -1,0 +1,65 @@
+#pragma once
+
+#import <KeloAPIObjC/bridge/KLBridged.h>
+
+#include <KeloAPI/platform/Object.hpp>
+
+#include <memory>
+
+/// Between the objects of both languages. Any thread.
+namespace KeloBridge {
+
+using KeloAPI::Object;
+
+/// Whether an object is one of a C++ class.
+using Test = bool (*)(const Object &object);
+
+/// `made` stands for the objects of C++ class that `test` knows, unless a class that was made from it
+/// knows them too. Called in `+load`.
+void add(Class made, Test test);
+
+template <class T>
+void add(Class made) {
+    add(made, [](const Object &object) { return dynamic_cast<const T *>(&object) != nullptr; });
+}
+
+/// Lets an object that has just been allocated stand for `object`, which no other may stand for.
+/// Returns it.
+id hold(KLBridged *made, std::shared_ptr<Object> object);
+
+/// The Objective-C object of `object`, autoreleased; nil for null. The one there is, or a new one of
+/// the class that was added for it. An Objective-C object that came from `shared` is itself.
+id wrap(std::shared_ptr<Object> object);
+
+/// The C++ object that a bridged object stands for; for any other object one that stands for it, and
+/// is the same one while it is alive. Null for nil.
+std::shared_ptr<Object> shared(id object);
+
+/// The C++ object, of class `T`; null for nil. An object of another class raises
+/// `NSInvalidArgumentException`.
+template <class T>
+std::shared_ptr<T> shared(id object);
+
+[[noreturn]] void raiseWrongClass(id object);
+
+template <class T>
+std::shared_ptr<T> shared(id object) {
+    auto typed = std::dynamic_pointer_cast<T>(shared(object));
+    if (object != nil && typed == nullptr) {
+        raiseWrongClass(object);
+    }
+    return typed;
+}
+
+/// The C++ object that a bridged object keeps alive. Nil and an object of another class raise
+/// `NSInvalidArgumentException`.
+template <class T>
+T &held(KLBridged *object) {
+    T *const typed = dynamic_cast<T *>(shared(static_cast<id>(object)).get());
+    if (typed == nullptr) {
+        raiseWrongClass(object);
+    }
+    return *typed;
+}
+
+} // namespace KeloBridge

@@ -1,0 +1,156 @@
+#import <KeloAPIObjC/bridge/KLBridged.h>
+
+#include <KeloAPIObjC/bridge/Bridge.hpp>
+
+#include <mutex>
+#include <unordered_map>
+#include <vector>
+
+using KeloAPI::Object;
+using Held = std::shared_ptr<Object>;
+
+namespace {
+
+/// The C++ object of an Objective-C object that stands for none.
+class Foreign final : public Object {
+public:
+    explicit Foreign(id object)
+        : _object([object retain]) {}
+    ~Foreign() override;
+    id object() const { return _object; }
+
+private:
+    const id _object;
+};
+
+struct Made {
+    Class made;
+    KeloBridge::Test test;
+};
+
+/// What stands for what. Objects are found and let go under one lock: nobody finds an object whose
+/// last reference is just going.
+struct Pairs {
+    std::recursive_mutex mutex;
+    std::unordered_map<const Object *, KLBridged *> bridged;
+    std::unordered_map<id, std::weak_ptr<Foreign>> foreign;
+    std::vector<Made> classes;
+};
+
+Pairs &pairs() {
+    static Pairs &instance = *new Pairs; // objects go at any moment of the process's exit
+    return instance;
+}
+
+Foreign::~Foreign() {
+    {
+        const std::lock_guard lock(pairs().mutex);
+        const auto found = pairs().foreign.find(_object);
+        // Another may already stand in its place.
+        if (found != pairs().foreign.end() && found->second.expired()) {
+            pairs().foreign.erase(found);
+        }
+    }
+    [_object release];
+}
+
+Class classFor(const Object &object) {
+    Class best = Nil;
+    for (const Made &one : pairs().classes) {
+        if ((best == Nil || [one.made isSubclassOfClass:best]) && one.test(object)) {
+            best = one.made;
+        }
+    }
+    return best == Nil ? [KLBridged class] : best;
+}
+
+} // namespace
+
+@implementation KLBridged
+
+- (oneway void)release {
+    {
+        const std::lock_guard lock(pairs().mutex);
+        if (!NSDecrementExtraRefCountWasZero(self)) {
+            return;
+        }
+        if (_held != nullptr) {
+            pairs().bridged.erase(static_cast<Held *>(_held)->get());
+        }
+    }
+    [self dealloc];
+}
+
+- (void)dealloc {
+    delete static_cast<Held *>(_held);
+    [super dealloc];
+}
+
+@end
+
+namespace KeloBridge {
+
+namespace {
+
+/// Reads what the class keeps to itself.
+void *&heldOf(KLBridged *object) {
+    static const ptrdiff_t offset =
+        ivar_getOffset(class_getInstanceVariable([KLBridged class], "_held"));
+    return *reinterpret_cast<void **>(reinterpret_cast<char *>(object) + offset);
+}
+
+} // namespace
+
+void add(Class made, Test test) {
+    const std::lock_guard lock(pairs().mutex);
+    pairs().classes.push_back({made, test});
+}
+
+id hold(KLBridged *made, std::shared_ptr<Object> object) {
+    const std::lock_guard lock(pairs().mutex);
+    pairs().bridged.emplace(object.get(), made);
+    heldOf(made) = new Held(std::move(object));
+    return made;
+}
+
+id wrap(std::shared_ptr<Object> object) {
+    if (object == nullptr) {
+        return nil;
+    }
+    if (const auto foreign = std::dynamic_pointer_cast<Foreign>(object)) {
+        return [[foreign->object() retain] autorelease];
+    }
+    const std::lock_guard lock(pairs().mutex);
+    const auto found = pairs().bridged.find(object.get());
+    if (found != pairs().bridged.end()) {
+        return [[found->second retain] autorelease];
+    }
+    Class made = classFor(*object);
+    return [hold([made alloc], std::move(object)) autorelease];
+}
+
+std::shared_ptr<Object> shared(id object) {
+    if (object == nil) {
+        return nullptr;
+    }
+    if ([object isKindOfClass:[KLBridged class]]) {
+        void *held = heldOf(object);
+        return held == nullptr ? nullptr : *static_cast<Held *>(held);
+    }
+    const std::lock_guard lock(pairs().mutex);
+    std::weak_ptr<Foreign> &known = pairs().foreign[object];
+    auto foreign = known.lock();
+    if (foreign == nullptr) {
+        foreign = std::make_shared<Foreign>(object);
+        known = foreign;
+    }
+    return foreign;
+}
+
+void raiseWrongClass(id object) {
+    [NSException raise:NSInvalidArgumentException
+                format:@"an object of class %@ has no place here", [object class]];
+    __builtin_unreachable();
+}
+
+} // namespace KeloBridge

@@ -1,0 +1,80 @@
+#import <KeloAPIObjC/parsing/KLPagingMetadata.h>
+
+#include <KeloAPI/parsing/KLPagingMetadata.hpp>
+#include <KeloAPIObjC/bridge/Bridge.hpp>
+#include <KeloAPIObjC/bridge/Values.hpp>
+
+using namespace KeloBridge;
+using Metadata = KeloAPI::KLPagingMetadata;
+
+@implementation KLPagingMetadata
+
++ (void)load {
+    add<Metadata>(self);
+}
+
+- (instancetype)initWithJson:(NSDictionary *)json {
+    self = [super init];
+    const auto read = document(json);
+    return self == nil ? nil : hold(self, std::make_shared<Metadata>(*read.root().object()));
+}
+
+- (instancetype)initWithMetadata:(KLPagingMetadata *)metadata {
+    self = [super init];
+    return self == nil ? nil : hold(self, std::make_shared<Metadata>(held<Metadata>(metadata)));
+}
+
+- (instancetype)initWithCount:(NSInteger)count
+                     metadata:(KLPagingMetadata *)metadata
+                      prepend:(KLPagingMetadata *)prepend {
+    self = [super init];
+    return self == nil ? nil
+                       : hold(self, std::make_shared<Metadata>(count, held<Metadata>(metadata),
+                                                               held<Metadata>(prepend)));
+}
+
+- (NSInteger)count {
+    return held<Metadata>(self).count();
+}
+
+- (void)setCount:(NSInteger)count {
+    held<Metadata>(self).setCount(count);
+}
+
+- (NSInteger)nextPage {
+    return held<Metadata>(self).nextPage();
+}
+
+- (NSInteger)previousPage {
+    return held<Metadata>(self).previousPage();
+}
+
+- (NSInteger)pageSize {
+    return held<Metadata>(self).pageSize();
+}
+
+- (NSString *)anchor {
+    return string(held<Metadata>(self).anchor());
+}
+
+- (NSString *)backAnchor {
+    return string(held<Metadata>(self).backAnchor());
+}
+
+- (NSString *)title {
+    return string(held<Metadata>(self).title());
+}
+
+- (NSInteger)nextAfter {
+    return held<Metadata>(self).nextAfter();
+}
+
+- (NSInteger)displayCount {
+    return held<Metadata>(self).displayCount();
+}
+
+- (void)setDisplayCount:(NSInteger)displayCount {
+    held<Metadata>(self).setDisplayCount(displayCount);
+}
+
+@end

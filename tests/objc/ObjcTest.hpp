@@ -1,0 +1,32 @@
+#pragma once
+
+#import <KeloAPIObjC/KeloAPIObjC.h>
+
+#include <gtest/gtest.h>
+
+extern "C" NSException *KeloRaised(void (*call)(void *), void *context);
+
+namespace KeloObjcTest {
+
+/// What the call raises; nil when it raises nothing.
+template <class Call>
+NSException *raised(Call call) {
+    return KeloRaised([](void *context) { (*static_cast<Call *>(context))(); }, &call);
+}
+
+/// The object that a JSON text is.
+inline NSDictionary *json(const char *text) {
+    NSData *bytes = [[NSString stringWithUTF8String:text] dataUsingEncoding:NSUTF8StringEncoding];
+    return [NSJSONSerialization JSONObjectWithData:bytes options:0 error:nullptr];
+}
+
+/// Compares as Objective-C does; two nils are equal.
+inline testing::AssertionResult same(id actual, id expected) {
+    if (actual == expected || [actual isEqual:expected]) {
+        return testing::AssertionSuccess();
+    }
+    return testing::AssertionFailure()
+           << [[NSString stringWithFormat:@"%@ is not %@", actual, expected] UTF8String];
+}
+
+} // namespace KeloObjcTest
