@@ -97,6 +97,14 @@ std::string unescaped(std::string_view text) {
     return result;
 }
 
+/// In a URL a colon before any other delimiter ends the scheme, and nothing else does. Read off the
+/// text, as it is asked for often: the reader takes seven times as long.
+std::string_view schemeOf(std::string_view url) {
+    const auto end = url.find_first_of(":/?#");
+    return end == std::string_view::npos || url[end] != ':' ? std::string_view()
+                                                            : url.substr(0, end);
+}
+
 /// Where the path ends: at the query, the fragment or the end.
 std::size_t endOfPath(std::string_view url) {
     return std::min(url.find_first_of("?#"), url.size());
@@ -108,13 +116,12 @@ std::optional<URL> URL::parse(std::string_view text) {
     if (text.empty()) {
         return std::nullopt;
     }
-    std::string owned(text);
-    if (!ParsedUri(owned).ok()) {
+    URL url{std::string(text)};
+    const ParsedUri uri(url._text);
+    if (!uri.ok()) {
         return std::nullopt;
     }
-    URL url(std::move(owned));
     // The port must fit; the grammar lets any run of digits through.
-    const ParsedUri uri(url._text);
     if (!view(uri->portText).empty()) {
         std::uint16_t port = 0;
         const auto digits = view(uri->portText);
@@ -134,8 +141,7 @@ URL URL::fileURL(std::string_view path) {
 }
 
 std::string URL::scheme() const {
-    const ParsedUri uri(_text);
-    return lowered(view(uri->scheme));
+    return lowered(schemeOf(_text));
 }
 
 std::string URL::host() const {
@@ -151,7 +157,7 @@ std::optional<std::uint16_t> URL::port() const {
         std::from_chars(digits.data(), digits.data() + digits.size(), port);
         return port;
     }
-    const std::string name = lowered(view(uri->scheme));
+    const std::string name = scheme();
     if (name == "https") {
         return 443;
     }
@@ -163,8 +169,8 @@ std::optional<std::uint16_t> URL::port() const {
 
 std::string URL::path() const {
     // Read off the text: the reader's own segments do not point into it where they are empty.
-    const ParsedUri uri(_text);
-    std::size_t begin = uri->scheme.first == nullptr ? 0 : view(uri->scheme).size() + 1;
+    const std::string_view scheme = schemeOf(_text);
+    std::size_t begin = scheme.empty() ? 0 : scheme.size() + 1;
     if (_text.compare(begin, 2, "//") == 0) {
         begin = std::min(_text.find_first_of("/?#", begin + 2), _text.size());
     }

@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
@@ -81,7 +82,8 @@ int create(const std::string& path) {
         // A file system without locks does without them: nothing is cleared there either.
         while (flock(file, LOCK_EX) != 0 && errno == EINTR) {
         }
-        if (access(path.c_str(), F_OK) == 0) {
+        struct stat status {};
+        if (fstat(file, &status) == 0 && status.st_nlink > 0) {
             return file;
         }
         // Another process took it for abandoned before it was locked.
