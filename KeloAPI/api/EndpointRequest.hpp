@@ -1,22 +1,21 @@
 #pragma once
 
 #include <KeloAPI/platform/Export.hpp>
+#include <KeloAPI/platform/Object.hpp>
 
 #include <functional>
 
 namespace KeloAPI {
 
 /// The handle of a call under way.
-class KELO_API EndpointRequest {
+class KELO_API EndpointRequest : public Object {
 public:
     /// Takes the handle and the fraction done: moved bytes divided by expected bytes, without any
     /// check. An unknown total makes it negative, an empty one infinite or not-a-number.
     using ProgressHandler = std::function<void(EndpointRequest& request, double fraction)>;
 
     EndpointRequest() = default;
-    EndpointRequest(const EndpointRequest&) = delete;
-    EndpointRequest& operator=(const EndpointRequest&) = delete;
-    virtual ~EndpointRequest();
+    ~EndpointRequest() override;
 
     /// Called on the main queue as bytes move; looked up at every report, so it may be set while
     /// the call is under way. Empty by default. On the main queue's thread.

@@ -39,7 +39,9 @@ enum class DownloadDelivery {
 /// from its delegate, anew at each call, or is the default given below.
 ///
 /// Requests may be sent from any thread; the queue of retries belongs to the main queue's thread.
-class KELO_API Session : public Object, public EndpointErrorHandler {
+class KELO_API Session : public Object,
+                         public EndpointErrorHandler,
+                         public std::enable_shared_from_this<Session> {
 public:
     /// Takes the end of a download: the file's URL, and the error if it is not there.
     using DownloadCompletion = std::function<void(const URL& url, std::optional<Error> error)>;

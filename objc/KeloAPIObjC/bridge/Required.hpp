@@ -1,0 +1,38 @@
+#pragma once
+
+#import <Foundation/Foundation.h>
+
+#include <KeloAPI/platform/Date.hpp>
+#include <KeloAPI/platform/Number.hpp>
+#include <KeloAPI/platform/URL.hpp>
+
+#include <cstdint>
+#include <optional>
+
+/// What must be there where an object is made or changed, and what need not.
+namespace KeloBridge {
+
+/// An empty URL crosses as one. Nil, and what is no URL to the C++ library, raise
+/// `NSInvalidArgumentException`.
+KeloAPI::URL requiredURL(NSURL *url);
+
+/// Nil raises `NSInvalidArgumentException`.
+KeloAPI::Number requiredNumber(NSNumber *number);
+
+KeloAPI::Date requiredDate(NSDate *date);
+
+/// Absent for nil.
+std::optional<bool> optionalBool(NSNumber *number);
+std::optional<double> optionalDouble(NSNumber *number);
+std::optional<std::int64_t> optionalInteger(NSNumber *number);
+std::optional<KeloAPI::Date> optionalDate(NSDate *date);
+
+/// Nil for what is absent.
+NSNumber *number(const std::optional<double> &number);
+NSNumber *number(const std::optional<std::int64_t> &number);
+
+/// Ends the process where an initialiser is called that `className` does not offer; both are named
+/// as in the native form, "init()" and "KeloAPI.KLVenue".
+[[noreturn]] void unimplemented(const char *initialiser, const char *className);
+
+} // namespace KeloBridge
