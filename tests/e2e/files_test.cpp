@@ -8,8 +8,10 @@
 
 #include <unistd.h>
 
+#include <chrono>
 #include <filesystem>
 #include <set>
+#include <thread>
 
 namespace KeloAPI {
 
@@ -167,6 +169,26 @@ TEST_F(FilesAtService, AQueueFetchesAPageByPriority) {
     order.resize(urls.size()); // behind them are this test's own
     EXPECT_EQ(order, expected);
     EXPECT_TRUE(queue->queuedFiles().empty());
+}
+
+TEST_F(FilesAtService, AQueueGoesOnWhileTheMainThreadIsBusy) {
+    const Strings urls = videos(4);
+    std::vector<std::thread::id> heardOn;
+    for (const auto& url : urls) {
+        const auto endpoint = file(url);
+        queue->download(endpoint, *endpoint->documentsFile(),
+                        [&](const auto&) { heardOn.push_back(std::this_thread::get_id()); });
+    }
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (folder.names().size() < urls.size() && std::chrono::steady_clock::now() < limit) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    EXPECT_TRUE(heardOn.empty());
+    ASSERT_TRUE(runUntil([&] { return heardOn.size() == urls.size(); }));
+    EXPECT_EQ(heardOn, std::vector(urls.size(), std::this_thread::get_id()));
+    for (const auto& url : urls) {
+        EXPECT_EQ(folder.read(nameOf(url)), service.get(pathOf(url)));
+    }
 }
 
 TEST_F(FilesAtService, AQueueGoesOnBehindAFailure) {

@@ -8,6 +8,9 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <chrono>
+#include <semaphore>
+
 namespace KeloAPI {
 
 using ::testing::ElementsAre;
@@ -152,6 +155,37 @@ TEST_F(DownloadRequestTest, ADestinationThatIsNoFileURLIsItsError) {
     EXPECT_FALSE(transport->data("data"));
     transport->complete();
     EXPECT_TRUE(isHTTPError(end().value(), HTTPErrorCode::CannotWriteFile));
+}
+
+TEST_F(DownloadRequestTest, IsSettledWhileTheResponseQueueIsBusy) {
+    std::binary_semaphore parsed{0};
+    manager.request(FixedRequest())->response([&](const ResponseContent&, Timeline) {
+        EXPECT_TRUE(parsed.try_acquire_for(std::chrono::seconds(20)));
+        return nullptr;
+    });
+    transport->complete();
+
+    request = manager.download(
+        FixedRequest(), [this](const HTTPResponse&) { return URL::fileURL(folder.path("video")); });
+    std::vector<int> order;
+    const auto note = [&order](int number) {
+        return [&order, number](const ResponseContent&, Timeline) -> Request::Completion {
+            order.push_back(number);
+            return nullptr;
+        };
+    };
+    request->response([&](const ResponseContent& content, Timeline timeline) {
+        EXPECT_EQ(folder.read("video"), "abc");
+        request->response(note(3)); // behind those that were there before it
+        return note(1)(content, timeline);
+    });
+    request->response(note(2));
+    transport->head(200, 3);
+    EXPECT_TRUE(transport->data("abc"));
+    transport->complete();
+    EXPECT_THAT(order, ElementsAre(1, 2, 3));
+    EXPECT_EQ(MainQueue::main().drain(), 0U) << "there is nothing to hear";
+    parsed.release();
 }
 
 TEST_F(DownloadRequestTest, SentBytesAreNotReported) {

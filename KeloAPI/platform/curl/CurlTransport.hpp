@@ -10,9 +10,9 @@ class CurlLanes;
 /// The library's own transport: HTTP/1.1 and HTTP/2 over TCP and TLS.
 ///
 /// Observers are called on the transport's own threads: one for each policy of the table and one
-/// for all other hosts, started when first needed, and for observers that may wait for a disk as
-/// many again. Between two legs of an exchange (a redirect to a
-/// host of another policy) the calls move from one to the other.
+/// for all other hosts, and as many again for observers that may wait for a disk, each started when
+/// first needed. Between two legs of an exchange (a redirect to a host of another policy) the calls
+/// move from one to the other.
 class CurlTransport final : public Transport {
 public:
     explicit CurlTransport(const ServerTrustPolicyManager& trust);

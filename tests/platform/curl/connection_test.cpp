@@ -8,6 +8,7 @@
 #include <atomic>
 #include <filesystem>
 #include <fstream>
+#include <semaphore>
 #include <set>
 
 namespace KeloAPI::support {
@@ -116,6 +117,42 @@ TEST_F(ConnectionTest, ThreadsStartWithTheFirstRequestOfTheirPolicy) {
     EXPECT_EQ(threadNames().count("kelo-net"), 1U);
     transport.reset();
     EXPECT_EQ(threadNames().count("kelo-net") + threadNames().count("kelo-net-pinned"), 0U);
+}
+
+class DiskObserver : public RecordingObserver {
+public:
+    bool mayWaitForDisk() const override { return true; }
+};
+
+TEST_F(ConnectionTest, AnObserverThatWaitsForADiskHoldsUpNoOther) {
+    std::binary_semaphore writing{0};
+    std::binary_semaphore written{0};
+    const auto slow = std::make_shared<DiskObserver>();
+    slow->onData = [&] {
+        writing.release();
+        return written.try_acquire_for(std::chrono::seconds(20));
+    };
+    transport->start(get(server.url("/")), slow);
+    ASSERT_TRUE(writing.try_acquire_for(std::chrono::seconds(20)));
+    EXPECT_EQ(threadNames().count("kelo-disk-pin"), 1U);
+    const auto quick = send(*transport, get(server.url("/")));
+    EXPECT_TRUE(succeeded(quick));
+    EXPECT_FALSE(slow->hasCompleted());
+    written.release();
+    ASSERT_TRUE(slow->wait());
+    EXPECT_TRUE(succeeded(slow));
+    EXPECT_NE(slow->thread, quick->thread);
+}
+
+TEST_F(ConnectionTest, WhatStartsInsideTheEndOfAnotherIsSentAtOnce) {
+    const auto second = std::make_shared<RecordingObserver>();
+    const auto first = std::make_shared<RecordingObserver>();
+    first->onComplete = [&] { transport->start(get(server.url("/")), second); };
+    transport->start(get(server.url("/")), first);
+    ASSERT_TRUE(first->wait());
+    ASSERT_TRUE(second->wait()) << "the thread went to sleep over it";
+    EXPECT_TRUE(succeeded(second));
+    EXPECT_EQ(second->thread, first->thread);
 }
 
 TEST_F(ConnectionTest, NothingRemainsOfATransport) {
