@@ -15,6 +15,8 @@
 - (instancetype)initWithCount:(NSInteger)count
                      metadata:(KLPagingMetadata *)metadata
                       prepend:(KLPagingMetadata *)prepend;
+/// Stops the process.
+- (instancetype)init;
 
 /// "count": records in the whole list. A negative one is stored as 0.
 @property(nonatomic) NSInteger count;
@@ -32,6 +34,9 @@
 @property(nonatomic, readonly) NSString *title;
 /// "nextAfter": the position after which the next page starts.
 @property(nonatomic, readonly) NSInteger nextAfter;
+/// "channel": the channel that the list belongs to, without its timeline; nil where there is none or
+/// it cannot be read.
+@property(nonatomic, readonly) KLChannel *channel;
 /// "displayCount": the count to show to the user.
 @property(nonatomic) NSInteger displayCount;
 
