@@ -33,8 +33,8 @@ TEST(PostThumbnailTest, HoldsItsValues) {
     EXPECT_TRUE(same(thumbnail().url, address(@"https://cdn.example/a.jpg")));
     EXPECT_EQ(thumbnail().width, 640);
     EXPECT_EQ(thumbnail().height, std::numeric_limits<int64_t>::max());
-    NSException *exception =
-        raised([] { [[PostThumbnail alloc] initWithUrl:nil width:1 height:1]; });
+    PostThumbnail *unmade = [[PostThumbnail alloc] autorelease];
+    NSException *exception = raised([&] { [unmade initWithUrl:nil width:1 height:1]; });
     EXPECT_TRUE(same([exception name], NSInvalidArgumentException));
 }
 

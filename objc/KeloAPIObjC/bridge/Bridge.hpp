@@ -39,8 +39,8 @@ private:
 /// Makes what stands for an object; it is an `Object`, too.
 using Stand = std::shared_ptr<Foreign> (*)(id object);
 
-/// `made` may be derived from in Objective-C: where an object of it holds no C++ object, what `stand`
-/// makes stands for it, and is the same one while it is alive. Called in `+load`.
+/// `made` may be derived from in Objective-C: where an object of it holds no C++ object, what
+/// `stand` makes stands for it, and is the same one while it is alive. Called in `+load`.
 void addDerivable(Class made, Stand stand);
 
 /// Lets an object that has just been allocated stand for `object`, which no other may stand for.

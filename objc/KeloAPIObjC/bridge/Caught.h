@@ -4,8 +4,8 @@
 extern "C" {
 #endif
 
-/// What the call raises; nil when it raises nothing. In plain Objective-C, because GCC's Objective-C++
-/// cannot get hold of a caught exception.
+/// What the call raises; nil when it raises nothing. In plain Objective-C, because GCC's
+/// Objective-C++ cannot get hold of a caught exception.
 NSException *KLCaught(void (*call)(void *context), void *context);
 
 #ifdef __cplusplus

@@ -4,7 +4,8 @@
 
 #include <optional>
 
-/// Ranges in archives, as values of the platform. Not every Foundation knows keyed archives of those.
+/// Ranges in archives, as values of the platform. Not every Foundation knows keyed archives of
+/// those.
 namespace KeloBridge {
 
 void encodeRange(NSCoder *coder, NSRange range, NSString *key);

@@ -2,10 +2,10 @@
 
 @class KLPagedData;
 
-/// A named, coloured topic feed. Equal are channels of the same identifier. Archives identifier, name,
-/// creation, the first two icons, both colours and the description, each under its own name; texts
-/// that an archive lacks are empty, colours black. Nil for a text that must be there is an empty one.
-/// One thread at a time.
+/// A named, coloured topic feed. Equal are channels of the same identifier. Archives identifier,
+/// name, creation, the first two icons, both colours and the description, each under its own name;
+/// texts that an archive lacks are empty, colours black. Nil for a text that must be there is an
+/// empty one. One thread at a time.
 @interface KLChannel : KLBridged <NSCoding>
 
 /// Without identifier and name, and black.

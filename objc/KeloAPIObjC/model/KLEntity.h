@@ -1,8 +1,8 @@
 #import <KeloAPIObjC/bridge/KLBridged.h>
 
 /// A stretch of a text that links somewhere. Equal are entities of the same identifier, type and
-/// title. Archives every property under its own name; what an archive lacks is nil, empty or an empty
-/// range. One thread at a time.
+/// title. Archives every property under its own name; what an archive lacks is nil, empty or an
+/// empty range. One thread at a time.
 @interface KLEntity : KLBridged <NSCoding>
 
 /// Stores everything as given; nil for title or link is an empty one.

@@ -13,8 +13,8 @@ using Tag = KeloAPI::KLTag;
 
 namespace {
 
-/// What an archive keeps of a tag. Only an archive gives one whose name is taken as it is, so one is
-/// made for it.
+/// What an archive keeps of a tag. Only an archive gives one whose name is taken as it is, so one
+/// is made for it.
 class KeptTag final : public KeloAPI::Archivable {
 public:
     explicit KeptTag(NSCoder *coder)

@@ -1,8 +1,8 @@
 #import <KeloAPIObjC/bridge/KLBridged.h>
 
-/// A thumbnail image and its size in pixels. Does not change once made. Archives every property under
-/// its own name; without an address there is none in an archive, and sizes that an archive lacks
-/// are 0.
+/// A thumbnail image and its size in pixels. Does not change once made. Archives every property
+/// under its own name; without an address there is none in an archive, and sizes that an archive
+/// lacks are 0.
 @interface PostThumbnail : KLBridged <NSCoding>
 
 /// Nil for the address raises `NSInvalidArgumentException`.

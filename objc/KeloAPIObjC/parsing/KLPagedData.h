@@ -3,9 +3,9 @@
 @class KLPagingMetadata;
 
 /// A list of model objects that grows page by page, with the paging values of what has been loaded
-/// so far. Inserting and removing single elements moves `metadata.count` along; assigning `data` does
-/// not. Elements may be objects of any class; nil for one raises `NSInvalidArgumentException`. One
-/// thread at a time.
+/// so far. Inserting and removing single elements moves `metadata.count` along; assigning `data`
+/// does not. Elements may be objects of any class; nil for one raises `NSInvalidArgumentException`.
+/// One thread at a time.
 ///
 /// Fast enumeration goes over the elements that there are when it begins.
 @interface KLPagedData : KLBridged <NSCopying, NSFastEnumeration>
@@ -52,8 +52,8 @@
 - (void)addPagedData:(KLPagedData *)other;
 /// Adds an older page behind the list, whose metadata (the same object) becomes this list's.
 - (void)appendPagedData:(KLPagedData *)other;
-/// Adds newer records before the list. The metadata is made anew: the list's own, with the new number
-/// of elements as its count and the other page's values for the way back.
+/// Adds newer records before the list. The metadata is made anew: the list's own, with the new
+/// number of elements as its count and the other page's values for the way back.
 - (void)prependPagedData:(KLPagedData *)other;
 
 @end
