@@ -1,4 +1,5 @@
 #include <KeloAPI/api/ResponseEnvelope.hpp>
+#include <KeloAPI/parsing/ParserError.hpp>
 #include <KeloAPI/platform/http/ResponseSerializers.hpp>
 #include <KeloAPI/Settings.hpp>
 
@@ -37,6 +38,8 @@ Error thrownError(std::optional<std::size_t> record) {
     try {
         throw;
     } catch (const JsonParseError& error) {
+        cause = error.error();
+    } catch (const ParserError& error) {
         cause = error.error();
     } catch (const std::exception& error) {
         cause = Error::withMessage("KeloAPI.Exception", 0, error.what());

@@ -2,6 +2,7 @@
 #include <KeloAPI/loops/LoopData.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
 #include <KeloAPI/parsing/KLClosureParser.hpp>
+#include <KeloAPI/parsing/ParserError.hpp>
 #include <KeloAPI/platform/http/HTTPError.hpp>
 #include <KeloAPI/Settings.hpp>
 
@@ -195,6 +196,20 @@ TEST(ResponseEnvelope, WhateverAParserThrowsIsTheSameError) {
                                  R"({"data": {"records": [{}]}})"),
                             "Unable to parse posts from response");
     }
+}
+
+TEST(ResponseEnvelope, AHostsParserFailsWithItsOwnError) {
+    const Error own("host", 71, {{"why", std::string("no name")}});
+    const auto parser = std::make_shared<KLClosureParser<LoopData>>(
+        [=](const JsonObject&) -> std::shared_ptr<LoopData> { throw ParserError(own); });
+    const auto answer = read(parser, R"({"data": {"records": [{}]}})");
+    expectEnvelopeError(answer, "Unable to parse posts from response");
+    const auto& cause = answer.error->underlying();
+    EXPECT_EQ(cause->domain(), "host");
+    EXPECT_EQ(cause->code(), 71);
+    EXPECT_EQ(std::get<std::string>(cause->userInfo().at("why")), "no name");
+    EXPECT_EQ(cause->integer("record"), 0);
+    EXPECT_EQ(ParserError(own).what(), own.description());
 }
 
 TEST(ResponseEnvelope, AParserThatMakesNothingHasFailed) {

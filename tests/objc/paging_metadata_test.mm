@@ -48,3 +48,25 @@ TEST(KLPagingMetadataTest, CopiesAndJoins) {
     EXPECT_TRUE(same(joined.backAnchor, @"b"));
     EXPECT_TRUE(same(joined.title, @"one"));
 }
+
+TEST(KLPagingMetadataTest, ReadsItsChannel) {
+    KLPagingMetadata *metadata = [[[KLPagingMetadata alloc]
+        initWithJson:json(R"({"channel": {"channelId": 12, "channel": "Cats"}})")] autorelease];
+    KLChannel *channel = metadata.channel;
+    EXPECT_TRUE(same(channel.channelId, @"12"));
+    EXPECT_TRUE(same(channel.name, @"Cats"));
+    EXPECT_EQ(metadata.channel, channel);
+    KLPagingMetadata *copied = [[[KLPagingMetadata alloc] initWithMetadata:metadata] autorelease];
+    EXPECT_EQ(copied.channel, channel);
+    KLPagingMetadata *unreadable = [[[KLPagingMetadata alloc]
+        initWithJson:json(R"({"channel": {"channelId": 12}, "count": 3})")] autorelease];
+    EXPECT_EQ(unreadable.channel, nil);
+    EXPECT_EQ(unreadable.count, 3);
+}
+
+using KLPagingMetadataDeathTest = testing::Test;
+
+TEST(KLPagingMetadataDeathTest, IsMadeOfSomething) {
+    EXPECT_DEATH([[KLPagingMetadata alloc] init],
+                 "unimplemented initialiser init\\(\\) of class KeloAPI\\.KLPagingMetadata\n$");
+}

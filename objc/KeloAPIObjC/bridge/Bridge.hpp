@@ -23,6 +23,26 @@ void add(Class made) {
     add(made, [](const Object &object) { return dynamic_cast<const T *>(&object) != nullptr; });
 }
 
+/// What stands in C++ for an Objective-C object and keeps it alive. `wrap` gives that very object.
+class Foreign {
+public:
+    explicit Foreign(id object);
+    Foreign(const Foreign &) = delete;
+    Foreign &operator=(const Foreign &) = delete;
+    virtual ~Foreign();
+    id object() const { return _object; }
+
+private:
+    const id _object;
+};
+
+/// Makes what stands for an object; it is an `Object`, too.
+using Stand = std::shared_ptr<Foreign> (*)(id object);
+
+/// `made` may be derived from in Objective-C: where an object of it holds no C++ object, what
+/// `stand` makes stands for it, and is the same one while it is alive. Called in `+load`.
+void addDerivable(Class made, Stand stand);
+
 /// Lets an object that has just been allocated stand for `object`, which no other may stand for.
 /// Returns it.
 id hold(KLBridged *made, std::shared_ptr<Object> object);

@@ -7,25 +7,19 @@
 #include <vector>
 
 using KeloAPI::Object;
+using KeloBridge::Foreign;
 using Held = std::shared_ptr<Object>;
 
 namespace {
 
-/// The C++ object of an Objective-C object that stands for none.
-class Foreign final : public Object {
-public:
-    explicit Foreign(id object)
-        : _object([object retain]) {}
-    ~Foreign() override;
-    id object() const { return _object; }
-
-private:
-    const id _object;
-};
-
 struct Made {
     Class made;
     KeloBridge::Test test;
+};
+
+struct Derivable {
+    Class made;
+    KeloBridge::Stand stand;
 };
 
 /// What stands for what. Objects are found and let go under one lock: nobody finds an object whose
@@ -35,6 +29,7 @@ struct Pairs {
     std::unordered_map<const Object *, KLBridged *> bridged;
     std::unordered_map<id, std::weak_ptr<Foreign>> foreign;
     std::vector<Made> classes;
+    std::vector<Derivable> derivables;
 };
 
 Pairs &pairs() {
@@ -42,16 +37,31 @@ Pairs &pairs() {
     return instance;
 }
 
-Foreign::~Foreign() {
-    {
-        const std::lock_guard lock(pairs().mutex);
-        const auto found = pairs().foreign.find(_object);
-        // Another may already stand in its place.
-        if (found != pairs().foreign.end() && found->second.expired()) {
-            pairs().foreign.erase(found);
+/// Stands for an object that is nothing to the C++ library.
+class Plain final : public Object, public Foreign {
+public:
+    explicit Plain(id object)
+        : Foreign(object) {}
+    ~Plain() override;
+};
+
+Plain::~Plain() = default;
+
+std::shared_ptr<Foreign> plain(id object) {
+    return std::make_shared<Plain>(object);
+}
+
+/// Null for a class whose objects always hold their C++ object.
+KeloBridge::Stand standFor(id object) {
+    if (![object isKindOfClass:[KLBridged class]]) {
+        return plain;
+    }
+    for (const Derivable &one : pairs().derivables) {
+        if ([object isKindOfClass:one.made]) {
+            return one.stand;
         }
     }
-    [_object release];
+    return nullptr;
 }
 
 Class classFor(const Object &object) {
@@ -101,6 +111,26 @@ void *&heldOf(KLBridged *object) {
 
 } // namespace
 
+Foreign::Foreign(id object)
+    : _object([object retain]) {}
+
+Foreign::~Foreign() {
+    {
+        const std::lock_guard lock(pairs().mutex);
+        const auto found = pairs().foreign.find(_object);
+        // Another may already stand in its place.
+        if (found != pairs().foreign.end() && found->second.expired()) {
+            pairs().foreign.erase(found);
+        }
+    }
+    [_object release];
+}
+
+void addDerivable(Class made, Stand stand) {
+    const std::lock_guard lock(pairs().mutex);
+    pairs().derivables.push_back({made, stand});
+}
+
 void add(Class made, Test test) {
     const std::lock_guard lock(pairs().mutex);
     pairs().classes.push_back({made, test});
@@ -133,18 +163,21 @@ std::shared_ptr<Object> shared(id object) {
     if (object == nil) {
         return nullptr;
     }
-    if ([object isKindOfClass:[KLBridged class]]) {
-        void *held = heldOf(object);
-        return held == nullptr ? nullptr : *static_cast<Held *>(held);
+    if ([object isKindOfClass:[KLBridged class]] && heldOf(object) != nullptr) {
+        return *static_cast<Held *>(heldOf(object));
     }
     const std::lock_guard lock(pairs().mutex);
+    const Stand stand = standFor(object);
+    if (stand == nullptr) {
+        return nullptr;
+    }
     std::weak_ptr<Foreign> &known = pairs().foreign[object];
     auto foreign = known.lock();
     if (foreign == nullptr) {
-        foreign = std::make_shared<Foreign>(object);
+        foreign = stand(object);
         known = foreign;
     }
-    return foreign;
+    return std::dynamic_pointer_cast<Object>(foreign);
 }
 
 void raiseWrongClass(id object) {

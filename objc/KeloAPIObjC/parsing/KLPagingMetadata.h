@@ -2,19 +2,21 @@
 
 @class KLChannel;
 
-/// The paging values that a `KLPagedData` carries. A page number that is missing is 0. One thread at
-/// a time.
+/// The paging values that a `KLPagedData` carries. A page number that is missing is 0. One thread
+/// at a time.
 @interface KLPagingMetadata : KLBridged
 
 /// From the object that holds the paging keys. Never fails; a negative "count" reads as 0.
 - (instancetype)initWithJson:(NSDictionary *)json;
 /// A copy of another one.
 - (instancetype)initWithMetadata:(KLPagingMetadata *)metadata;
-/// The values of two joined pages: `previousPage`, `backAnchor` and `nextAfter` of `prepend`, all but
-/// the count of `metadata`.
+/// The values of two joined pages: `previousPage`, `backAnchor` and `nextAfter` of `prepend`, all
+/// but the count of `metadata`.
 - (instancetype)initWithCount:(NSInteger)count
                      metadata:(KLPagingMetadata *)metadata
                       prepend:(KLPagingMetadata *)prepend;
+/// Stops the process.
+- (instancetype)init;
 
 /// "count": records in the whole list. A negative one is stored as 0.
 @property(nonatomic) NSInteger count;
@@ -32,6 +34,9 @@
 @property(nonatomic, readonly) NSString *title;
 /// "nextAfter": the position after which the next page starts.
 @property(nonatomic, readonly) NSInteger nextAfter;
+/// "channel": the channel that the list belongs to, without its timeline; nil where there is none
+/// or it cannot be read.
+@property(nonatomic, readonly) KLChannel *channel;
 /// "displayCount": the count to show to the user.
 @property(nonatomic) NSInteger displayCount;
 

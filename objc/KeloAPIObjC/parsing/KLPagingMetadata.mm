@@ -1,7 +1,11 @@
 #import <KeloAPIObjC/parsing/KLPagingMetadata.h>
 
+#import <KeloAPIObjC/model/KLChannel.h>
+
+#include <KeloAPI/model/KLChannel.hpp>
 #include <KeloAPI/parsing/KLPagingMetadata.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
+#include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
 using namespace KeloBridge;
@@ -11,6 +15,10 @@ using Metadata = KeloAPI::KLPagingMetadata;
 
 + (void)load {
     add<Metadata>(self);
+}
+
+- (instancetype)init {
+    unimplemented("init()", "KeloAPI.KLPagingMetadata");
 }
 
 - (instancetype)initWithJson:(NSDictionary *)json {
@@ -67,6 +75,10 @@ using Metadata = KeloAPI::KLPagingMetadata;
 
 - (NSInteger)nextAfter {
     return held<Metadata>(self).nextAfter();
+}
+
+- (KLChannel *)channel {
+    return wrap(held<Metadata>(self).channel());
 }
 
 - (NSInteger)displayCount {

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <KeloAPI/platform/Error.hpp>
+#include <KeloAPI/platform/Export.hpp>
+
+#include <exception>
+#include <memory>
+#include <string>
+
+namespace KeloAPI {
+
+/// What a host's own parser may throw to fail with an error of its own. As with every parser's
+/// error, an endpoint's completion hears the envelope's, with this one underlying.
+class KELO_API ParserError final : public std::exception {
+public:
+    explicit ParserError(Error error);
+    ParserError(const ParserError&) = default;
+    ParserError& operator=(const ParserError&) = default;
+    ~ParserError() override;
+
+    const Error& error() const { return _error; }
+    /// The error's description.
+    const char* what() const noexcept override { return _description->c_str(); }
+
+private:
+    Error _error;
+    std::shared_ptr<const std::string> _description;
+};
+
+} // namespace KeloAPI

@@ -1,0 +1,110 @@
+#include <KeloAPIObjC/bridge/DerivedParser.hpp>
+
+#import <KeloAPIObjC/bridge/Caught.h>
+
+#include <KeloAPI/parsing/ParserError.hpp>
+#include <KeloAPIObjC/bridge/Values.hpp>
+
+namespace KeloBridge {
+
+namespace {
+
+using KeloAPI::JsonParseError;
+using KeloAPI::ParserError;
+
+/// The library's threads have no pool of their own.
+class PoolOfParse {
+public:
+    PoolOfParse() = default;
+    PoolOfParse(const PoolOfParse &) = delete;
+    PoolOfParse &operator=(const PoolOfParse &) = delete;
+    ~PoolOfParse() { [_pool drain]; }
+
+private:
+    NSAutoreleasePool *_pool = [NSAutoreleasePool new];
+};
+
+/// A call of an Objective-C parser, and what came of it.
+struct Call {
+    ::AnyObjectJsonParser *parser;
+    NSDictionary *json;
+    NSError *failure;
+    id made;
+};
+
+void parse(void *context) {
+    Call &call = *static_cast<Call *>(context);
+    call.made = [call.parser parse:call.json error:&call.failure];
+}
+
+[[noreturn]] void throwRaised(NSException *raised) {
+    throw ParserError(KeloAPI::Error::withMessage(text([raised name]), 0, text([raised reason])));
+}
+
+[[noreturn]] void throwFailure(NSError *failure) {
+    const KeloAPI::Error known = error(failure);
+    if (known.domain() != JsonParseError::domain || known.code() < JsonParseError::NotImplemented ||
+        known.code() > JsonParseError::InvalidData) {
+        throw ParserError(known);
+    }
+    throw JsonParseError(static_cast<JsonParseError::Case>(known.code()));
+}
+
+class DerivedParser final : public KeloAPI::AnyObjectJsonParser, public Foreign {
+public:
+    explicit DerivedParser(id parser)
+        : Foreign(parser) {}
+    ~DerivedParser() override;
+    std::shared_ptr<Object> parse(const KeloAPI::JsonObject &json) const override;
+};
+
+DerivedParser::~DerivedParser() = default;
+
+std::shared_ptr<Object> DerivedParser::parse(const KeloAPI::JsonObject &json) const {
+    const PoolOfParse pool;
+    Call call = {static_cast<::AnyObjectJsonParser *>(object()), dictionary(json), nil, nil};
+    if (NSException *raised = KLCaught(KeloBridge::parse, &call)) {
+        throwRaised(raised);
+    }
+    if (call.made != nil) {
+        return shared(call.made);
+    }
+    if (call.failure != nil) {
+        throwFailure(call.failure);
+    }
+    throw JsonParseError(JsonParseError::InsufficientData);
+}
+
+/// What is being handled.
+NSError *thrownError() {
+    try {
+        throw;
+    } catch (const JsonParseError &thrown) {
+        return error(thrown.error());
+    } catch (const ParserError &thrown) {
+        return error(thrown.error());
+    } catch (const std::exception &thrown) {
+        return error(KeloAPI::Error::withMessage("KeloAPI.Exception", 0, thrown.what()));
+    }
+}
+
+} // namespace
+
+std::shared_ptr<Foreign> derivedParser(id parser) {
+    return std::make_shared<DerivedParser>(parser);
+}
+
+id parsed(const KeloAPI::AnyObjectJsonParser &parser, NSDictionary *json, NSError **failure) {
+    const auto read = document(json);
+    try {
+        return wrap(parser.parse(*read.root().object()));
+    } catch (const std::exception &) {
+        NSError *thrown = thrownError();
+        if (failure != nullptr) {
+            *failure = thrown;
+        }
+        return nil;
+    }
+}
+
+} // namespace KeloBridge

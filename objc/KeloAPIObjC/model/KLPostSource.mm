@@ -1,0 +1,68 @@
+#import <KeloAPIObjC/model/KLPostSource.h>
+
+#include <KeloAPI/model/KLPostSource.hpp>
+#include <KeloAPIObjC/bridge/Bridge.hpp>
+#include <KeloAPIObjC/bridge/Required.hpp>
+#include <KeloAPIObjC/bridge/Values.hpp>
+
+using namespace KeloBridge;
+using PostSource = KeloAPI::KLPostSource;
+
+@implementation KLPostSource
+
++ (void)load {
+    add<PostSource>(self);
+}
+
+- (instancetype)init {
+    unimplemented("init()", "KeloAPI.KLPostSource");
+}
+
+- (instancetype)initWithJSON:(NSDictionary *)json {
+    self = [super init];
+    const auto read = document(json);
+    const auto source = PostSource::fromJSON(*read.root().object());
+    if (self == nil || source == nullptr) {
+        [self release];
+        return nil;
+    }
+    return hold(self, source);
+}
+
+- (NSString *)postId {
+    return string(held<PostSource>(self).postId());
+}
+
+- (NSString *)userId {
+    return string(held<PostSource>(self).userId());
+}
+
+- (NSString *)username {
+    return string(held<PostSource>(self).username());
+}
+
+- (NSString *)caption {
+    return string(held<PostSource>(self).caption());
+}
+
+- (NSURL *)avatarUrl {
+    return url(held<PostSource>(self).avatarUrl);
+}
+
+- (void)setAvatarUrl:(NSURL *)avatarUrl {
+    held<PostSource>(self).avatarUrl = url(avatarUrl);
+}
+
+- (NSURL *)thumbnailUrl {
+    return url(held<PostSource>(self).thumbnailUrl);
+}
+
+- (void)setThumbnailUrl:(NSURL *)thumbnailUrl {
+    held<PostSource>(self).thumbnailUrl = url(thumbnailUrl);
+}
+
+- (KLPostSourceContentType)contentType {
+    return static_cast<KLPostSourceContentType>(held<PostSource>(self).contentType());
+}
+
+@end
