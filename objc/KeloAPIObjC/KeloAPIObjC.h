@@ -1,4 +1,24 @@
 // Everything of the Objective-C face.
 #import <KeloAPIObjC/bridge/KLBridged.h>
+#import <KeloAPIObjC/files/KLVideoFileFormat.h>
+#import <KeloAPIObjC/files/KLVideoUrlBitrateSetting.h>
+#import <KeloAPIObjC/files/KLVideoUrlBitrateSettingParser.h>
+#import <KeloAPIObjC/files/KLVideoUrlBitrateSettings.h>
+#import <KeloAPIObjC/loops/KLEndlessLikesRange.h>
+#import <KeloAPIObjC/loops/KLLongform.h>
+#import <KeloAPIObjC/loops/KLLoopData.h>
+#import <KeloAPIObjC/loops/KLPostProcessStatus.h>
+#import <KeloAPIObjC/loops/KLVideoUpload.h>
+#import <KeloAPIObjC/loops/KLVideoUploadProcessingInfo.h>
+#import <KeloAPIObjC/model/KLByline.h>
+#import <KeloAPIObjC/model/KLFeedInsert.h>
+#import <KeloAPIObjC/model/KLPostAudioMetadata.h>
+#import <KeloAPIObjC/model/KLPostsMosaic.h>
+#import <KeloAPIObjC/model/KLSolicitation.h>
+#import <KeloAPIObjC/model/KLUrlAction.h>
+#import <KeloAPIObjC/model/KLUserMosaic.h>
+#import <KeloAPIObjC/model/KLVenue.h>
+#import <KeloAPIObjC/model/KLVenueCategory.h>
+#import <KeloAPIObjC/model/SoundboardSound.h>
 #import <KeloAPIObjC/parsing/KLEmpty.h>
 #import <KeloAPIObjC/parsing/KLPagingMetadata.h>

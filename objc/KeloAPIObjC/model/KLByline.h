@@ -10,9 +10,10 @@
 
 /// "body".
 @property(nonatomic, readonly) NSString *text;
-/// "iconUrl"; nil when there is none.
+/// "iconUrl"; nil when there is none, and for what is no URL.
 @property(nonatomic, copy) NSURL *iconUrl;
-/// "entities": the stretches of the text that link somewhere, each a `KLEntity`. Never nil.
+/// "entities": the stretches of the text that link somewhere, each a `KLEntity`; one of another
+/// class raises `NSInvalidArgumentException`. Never nil.
 @property(nonatomic, copy) NSArray *entities;
 
 @end

@@ -34,7 +34,7 @@ using Byline = KeloAPI::KLByline;
 }
 
 - (void)setIconUrl:(NSURL *)iconUrl {
-    held<Byline>(self).iconUrl = url(iconUrl);
+    held<Byline>(self).iconUrl = optionalURL(iconUrl);
 }
 
 - (NSArray *)entities {

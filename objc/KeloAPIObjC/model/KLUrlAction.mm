@@ -40,8 +40,9 @@ constexpr const char *className = "KeloAPI.KLUrlAction";
                      closeUrlPath:(NSString *)closeUrlPath {
     return hold(self, std::make_shared<UrlAction>(
                           text(reference), text(title), text(actionTitle), requiredURL(actionUrl),
-                          optionalBool(closeable), url(backgroundImage), url(backgroundVideo),
-                          optionalText(details), url(actionIcon), optionalText(closeUrlPath)));
+                          optionalBool(closeable), optionalURL(backgroundImage),
+                          optionalURL(backgroundVideo), optionalText(details),
+                          optionalURL(actionIcon), optionalText(closeUrlPath)));
 }
 
 - (NSString *)title {

@@ -11,7 +11,7 @@
 
 @property(nonatomic, readonly) NSString *categoryId;
 @property(nonatomic, readonly) NSString *shortName;
-/// Nil when there is none.
+/// Nil when there is none, and for what is no URL.
 @property(nonatomic, copy) NSURL *iconUrl;
 
 @end

@@ -54,7 +54,7 @@ using VenueCategory = KeloAPI::KLVenueCategory;
 }
 
 - (void)setIconUrl:(NSURL *)iconUrl {
-    held<VenueCategory>(self).iconUrl = url(iconUrl);
+    held<VenueCategory>(self).iconUrl = optionalURL(iconUrl);
 }
 
 @end
