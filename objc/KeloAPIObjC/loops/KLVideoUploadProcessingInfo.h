@@ -8,15 +8,6 @@ typedef NS_ENUM(NSInteger, KLVideoUploadProcessingState) {
     KLVideoUploadProcessingStateFailed
 };
 
-/// The state's text on the wire: "in_progress", "pending", "succeeded", "failed". What is no state
-/// raises `NSInvalidArgumentException`.
-FOUNDATION_EXPORT NSString *
-KLVideoUploadProcessingStateRawValue(KLVideoUploadProcessingState state);
-
-/// Whether a state has this text, to the letter; it is put into `state`, which may be null.
-FOUNDATION_EXPORT BOOL KLVideoUploadProcessingStateFromRawValue(NSString *rawValue,
-                                                               KLVideoUploadProcessingState *state);
-
 /// What the service says of its work on an uploaded video. One thread at a time.
 @interface KLVideoUploadProcessingInfo : KLBridged
 
@@ -24,6 +15,12 @@ FOUNDATION_EXPORT BOOL KLVideoUploadProcessingStateFromRawValue(NSString *rawVal
 - (instancetype)initWithState:(KLVideoUploadProcessingState)state;
 /// Stops the process.
 - (instancetype)init;
+
+/// The state's text on the wire: "in_progress", "pending", "succeeded", "failed". What is no state
+/// raises `NSInvalidArgumentException`.
++ (NSString *)rawValueOfState:(KLVideoUploadProcessingState)state;
+/// Whether a state has this text, to the letter; it is put into `state`, which may be null.
++ (BOOL)getState:(KLVideoUploadProcessingState *)state ofRawValue:(NSString *)rawValue;
 
 /// "state".
 @property(nonatomic, readonly) KLVideoUploadProcessingState state;

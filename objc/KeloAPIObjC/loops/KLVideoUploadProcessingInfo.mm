@@ -22,19 +22,6 @@ ProcessingState processingState(KLVideoUploadProcessingState state) {
 
 } // namespace
 
-NSString *KLVideoUploadProcessingStateRawValue(KLVideoUploadProcessingState state) {
-    return string(KeloAPI::rawValue(processingState(state)));
-}
-
-BOOL KLVideoUploadProcessingStateFromRawValue(NSString *rawValue,
-                                              KLVideoUploadProcessingState *state) {
-    const auto known = KeloAPI::videoUploadProcessingStateOf(text(rawValue));
-    if (known && state != nullptr) {
-        *state = static_cast<KLVideoUploadProcessingState>(*known);
-    }
-    return known.has_value();
-}
-
 @implementation KLVideoUploadProcessingInfo
 
 + (void)load {
@@ -49,6 +36,18 @@ BOOL KLVideoUploadProcessingStateFromRawValue(NSString *rawValue,
     self = [super init];
     return self == nil ? nil
                        : hold(self, std::make_shared<ProcessingInfo>(processingState(state)));
+}
+
++ (NSString *)rawValueOfState:(KLVideoUploadProcessingState)state {
+    return string(KeloAPI::rawValue(processingState(state)));
+}
+
++ (BOOL)getState:(KLVideoUploadProcessingState *)state ofRawValue:(NSString *)rawValue {
+    const auto known = KeloAPI::videoUploadProcessingStateOf(text(rawValue));
+    if (known && state != nullptr) {
+        *state = static_cast<KLVideoUploadProcessingState>(*known);
+    }
+    return known.has_value();
 }
 
 - (KLVideoUploadProcessingState)state {
