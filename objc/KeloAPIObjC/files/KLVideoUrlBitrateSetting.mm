@@ -2,6 +2,7 @@
 
 #include <KeloAPI/files/KLVideoUrlBitrateSetting.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
+#include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
@@ -24,11 +25,11 @@ using Setting = KeloAPI::KLVideoUrlBitrateSetting;
                        minBitrate:(double)minBitrate
                           version:(NSString *)version {
     self = [super init];
-    return self == nil
-               ? nil
-               : hold(self, std::make_shared<Setting>(requiredURL(remoteUrl), text(format),
-                                                      optionalText(identifier), minBitrate,
-                                                      optionalText(version)));
+    return holdMade(self, [&] {
+        return std::make_shared<Setting>(requiredURL(remoteUrl), text(format),
+                                         optionalText(identifier), minBitrate,
+                                         optionalText(version));
+    });
 }
 
 - (NSURL *)remoteUrl {

@@ -5,6 +5,7 @@
 #include <KeloAPI/files/KLVideoUrlBitrateSettings.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Lists.hpp>
+#include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
@@ -25,7 +26,7 @@ using Settings = KeloAPI::KLVideoUrlBitrateSettings;
 
 - (instancetype)initWithBitrateSettings:(NSArray *)settings {
     self = [super init];
-    return self == nil ? nil : hold(self, std::make_shared<Settings>(objects<Setting>(settings)));
+    return holdMade(self, [&] { return std::make_shared<Settings>(objects<Setting>(settings)); });
 }
 
 - (NSArray *)settings {

@@ -2,6 +2,7 @@
 
 #include <KeloAPI/loops/KLLongform.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
+#include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
@@ -22,10 +23,9 @@ using Longform = KeloAPI::KLLongform;
                                url:(NSURL *)url
                           duration:(double)duration {
     self = [super init];
-    return self == nil
-               ? nil
-               : hold(self, std::make_shared<Longform>(text(longformId), requiredURL(url),
-                                                       duration));
+    return holdMade(self, [&] {
+        return std::make_shared<Longform>(text(longformId), requiredURL(url), duration);
+    });
 }
 
 - (NSString *)longformId {

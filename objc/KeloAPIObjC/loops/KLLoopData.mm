@@ -3,11 +3,29 @@
 #include <KeloAPI/loops/LoopData.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Coding.hpp>
+#include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
 using namespace KeloBridge;
 using KeloAPI::LoopData;
+
+namespace {
+
+/// Null unless count and velocity are there.
+std::shared_ptr<LoopData> decodedLoopData(NSCoder *coder) {
+    const auto count = decodedNumber(coder, @"count");
+    const auto velocity = decodedNumber(coder, @"velocity");
+    if (!count || !velocity) {
+        return nullptr;
+    }
+    auto loopData = std::make_shared<LoopData>(*count, *velocity);
+    loopData->created = decodedDate(coder, @"created").value_or(loopData->created);
+    loopData->onFire = [coder decodeBoolForKey:@"onFire"] != NO;
+    return loopData;
+}
+
+} // namespace
 
 @implementation KLLoopData
 
@@ -21,23 +39,14 @@ using KeloAPI::LoopData;
 
 - (instancetype)initWithCount:(NSNumber *)count velocity:(NSNumber *)velocity {
     self = [super init];
-    return self == nil ? nil
-                       : hold(self, std::make_shared<LoopData>(requiredNumber(count),
-                                                               requiredNumber(velocity)));
+    return holdMade(self, [&] {
+        return std::make_shared<LoopData>(requiredNumber(count), requiredNumber(velocity));
+    });
 }
 
 - (instancetype)initWithCoder:(NSCoder *)coder {
     self = [super init];
-    const auto count = decodedNumber(coder, @"count");
-    const auto velocity = decodedNumber(coder, @"velocity");
-    if (!count || !velocity) {
-        [self release];
-        return nil;
-    }
-    const auto loopData = std::make_shared<LoopData>(*count, *velocity);
-    loopData->created = decodedDate(coder, @"created").value_or(loopData->created);
-    loopData->onFire = [coder decodeBoolForKey:@"onFire"] != NO;
-    return self == nil ? nil : hold(self, loopData);
+    return holdMade(self, [&] { return decodedLoopData(coder); });
 }
 
 - (void)encodeWithCoder:(NSCoder *)coder {

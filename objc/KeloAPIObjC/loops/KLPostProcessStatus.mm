@@ -2,6 +2,7 @@
 
 #include <KeloAPI/loops/KLPostProcessStatus.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
+#include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 
 using namespace KeloBridge;
@@ -32,7 +33,7 @@ KeloAPI::KLPostProcessStatusState statusState(KLPostProcessStatusState state) {
 
 - (instancetype)initWithState:(KLPostProcessStatusState)state {
     self = [super init];
-    return self == nil ? nil : hold(self, std::make_shared<ProcessStatus>(statusState(state)));
+    return holdMade(self, [&] { return std::make_shared<ProcessStatus>(statusState(state)); });
 }
 
 - (KLPostProcessStatusState)state {

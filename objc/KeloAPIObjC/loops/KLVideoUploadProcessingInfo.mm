@@ -2,6 +2,7 @@
 
 #include <KeloAPI/loops/KLVideoUploadProcessingInfo.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
+#include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
@@ -34,8 +35,7 @@ ProcessingState processingState(KLVideoUploadProcessingState state) {
 
 - (instancetype)initWithState:(KLVideoUploadProcessingState)state {
     self = [super init];
-    return self == nil ? nil
-                       : hold(self, std::make_shared<ProcessingInfo>(processingState(state)));
+    return holdMade(self, [&] { return std::make_shared<ProcessingInfo>(processingState(state)); });
 }
 
 + (NSString *)rawValueOfState:(KLVideoUploadProcessingState)state {

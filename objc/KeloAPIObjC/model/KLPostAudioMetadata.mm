@@ -2,6 +2,7 @@
 
 #include <KeloAPI/model/KLPostAudioMetadata.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
+#include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
@@ -20,13 +21,10 @@ using AudioMetadata = KeloAPI::KLPostAudioMetadata;
 
 - (instancetype)initWithJson:(NSDictionary *)json {
     self = [super init];
-    const auto read = document(json);
-    const auto audio = AudioMetadata::fromJSON(*read.root().object());
-    if (audio == nullptr) {
-        [self release];
-        return nil;
-    }
-    return self == nil ? nil : hold(self, audio);
+    return holdMade(self, [&] {
+        const auto read = document(json);
+        return AudioMetadata::fromJSON(*read.root().object());
+    });
 }
 
 - (NSString *)artistName {

@@ -3,6 +3,7 @@
 #include <KeloAPI/model/KLPostsMosaic.hpp>
 #include <KeloAPI/parsing/KLPagedData.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
+#include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
@@ -46,10 +47,11 @@ MosaicType layout(KLPostsMosaicType type) {
                     closeable:(BOOL)closeable
                          type:(KLPostsMosaicType)type
                      pinnable:(BOOL)pinnable {
-    return hold(self, std::make_shared<PostsMosaic>(
-                          shared<KeloAPI::KLPagedData>(posts), text(title), text(description),
-                          text(link), text(reference), closeable != NO, layout(type),
-                          pinnable != NO));
+    return holdMade(self, [&] {
+        return std::make_shared<PostsMosaic>(shared<KeloAPI::KLPagedData>(posts), text(title),
+                                             text(description), text(link), text(reference),
+                                             closeable != NO, layout(type), pinnable != NO);
+    });
 }
 
 - (KLPagedData *)posts {

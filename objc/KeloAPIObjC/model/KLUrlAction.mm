@@ -2,6 +2,7 @@
 
 #include <KeloAPI/model/KLUrlAction.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
+#include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
@@ -38,11 +39,12 @@ constexpr const char *className = "KeloAPI.KLUrlAction";
                           details:(NSString *)details
                        actionIcon:(NSURL *)actionIcon
                      closeUrlPath:(NSString *)closeUrlPath {
-    return hold(self, std::make_shared<UrlAction>(
-                          text(reference), text(title), text(actionTitle), requiredURL(actionUrl),
-                          optionalBool(closeable), optionalURL(backgroundImage),
-                          optionalURL(backgroundVideo), optionalText(details),
-                          optionalURL(actionIcon), optionalText(closeUrlPath)));
+    return holdMade(self, [&] {
+        return std::make_shared<UrlAction>(
+            text(reference), text(title), text(actionTitle), requiredURL(actionUrl),
+            optionalBool(closeable), optionalURL(backgroundImage), optionalURL(backgroundVideo),
+            optionalText(details), optionalURL(actionIcon), optionalText(closeUrlPath));
+    });
 }
 
 - (NSString *)title {

@@ -3,6 +3,7 @@
 #include <KeloAPI/model/KLUserMosaic.hpp>
 #include <KeloAPI/parsing/KLPagedData.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
+#include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
@@ -35,9 +36,11 @@ constexpr const char *className = "KeloAPI.KLUserMosaic";
                          link:(NSString *)link
                     reference:(NSString *)reference
                     closeable:(BOOL)closeable {
-    return hold(self, std::make_shared<UserMosaic>(shared<KeloAPI::KLPagedData>(users),
-                                                   text(title), text(description), text(link),
-                                                   text(reference), closeable != NO));
+    return holdMade(self, [&] {
+        return std::make_shared<UserMosaic>(shared<KeloAPI::KLPagedData>(users), text(title),
+                                            text(description), text(link), text(reference),
+                                            closeable != NO);
+    });
 }
 
 - (KLPagedData *)users {

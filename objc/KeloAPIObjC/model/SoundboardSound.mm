@@ -3,11 +3,29 @@
 #include <KeloAPI/model/SoundboardSound.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Coding.hpp>
+#include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
 using namespace KeloBridge;
 using Sound = KeloAPI::SoundboardSound;
+
+namespace {
+
+/// Null unless the address, the identifier and the name are there.
+std::shared_ptr<Sound> decodedSound(NSCoder *coder) {
+    const auto soundUrl = decodedURL(coder, @"soundUrl");
+    const auto soundId = decodedText(coder, @"soundId");
+    const auto name = decodedText(coder, @"name");
+    if (!soundUrl || !soundId || !name) {
+        return nullptr;
+    }
+    return std::make_shared<Sound>(*name, *soundId, soundUrl->absoluteString(),
+                                   [coder decodeBoolForKey:@"featured"] != NO,
+                                   decodedText(coder, @"sourcePostId"));
+}
+
+} // namespace
 
 @implementation SoundboardSound
 
@@ -33,18 +51,7 @@ using Sound = KeloAPI::SoundboardSound;
 
 - (instancetype)initWithCoder:(NSCoder *)coder {
     self = [super init];
-    const auto soundUrl = decodedURL(coder, @"soundUrl");
-    const auto soundId = decodedText(coder, @"soundId");
-    const auto name = decodedText(coder, @"name");
-    if (!soundUrl || !soundId || !name) {
-        [self release];
-        return nil;
-    }
-    return self == nil
-               ? nil
-               : hold(self, std::make_shared<Sound>(*name, *soundId, soundUrl->absoluteString(),
-                                                    [coder decodeBoolForKey:@"featured"] != NO,
-                                                    decodedText(coder, @"sourcePostId")));
+    return holdMade(self, [&] { return decodedSound(coder); });
 }
 
 - (void)encodeWithCoder:(NSCoder *)coder {
