@@ -26,6 +26,8 @@ std::optional<bool> optionalBool(NSNumber *number);
 std::optional<double> optionalDouble(NSNumber *number);
 std::optional<std::int64_t> optionalInteger(NSNumber *number);
 std::optional<KeloAPI::Date> optionalDate(NSDate *date);
+/// An empty URL crosses as one. Absent also for what is no URL to the C++ library.
+std::optional<KeloAPI::URL> optionalURL(NSURL *url);
 
 /// Nil for what is absent.
 NSNumber *number(const std::optional<double> &number);

@@ -8,11 +8,7 @@
 namespace KeloBridge {
 
 KeloAPI::URL requiredURL(NSURL *address) {
-    const std::string characters = text([address absoluteString]);
-    if (address != nil && characters.empty()) {
-        return KeloAPI::URL::empty();
-    }
-    const auto known = url(address);
+    const auto known = optionalURL(address);
     if (!known) {
         [NSException raise:NSInvalidArgumentException format:@"no URL: %@", address];
     }
@@ -47,6 +43,11 @@ std::optional<std::int64_t> optionalInteger(NSNumber *value) {
 
 std::optional<KeloAPI::Date> optionalDate(NSDate *instant) {
     return instant == nil ? std::nullopt : std::optional(date(instant));
+}
+
+std::optional<KeloAPI::URL> optionalURL(NSURL *address) {
+    const bool isEmpty = address != nil && [[address absoluteString] length] == 0;
+    return isEmpty ? KeloAPI::URL::empty() : url(address);
 }
 
 NSNumber *number(const std::optional<double> &value) {

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <KeloAPIObjC/bridge/Bridge.hpp>
+
+#include <utility>
+
+namespace KeloBridge {
+
+/// Lets an object that has just been allocated stand for the C++ object that `make` gives, and
+/// returns it. Where `make` raises, or gives null, it is released; for null, nil is returned.
+template <class Make>
+id holdMade(KLBridged *made, Make make) {
+    struct Unfinished {
+        KLBridged *object;
+        ~Unfinished() { [object release]; }
+    } unfinished{made};
+    auto object = make();
+    if (object == nullptr) {
+        return nil;
+    }
+    unfinished.object = nil;
+    return hold(made, std::move(object));
+}
+
+} // namespace KeloBridge
