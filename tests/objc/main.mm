@@ -1,17 +1,29 @@
 #import <Foundation/Foundation.h>
 
+#include <KeloAPIObjC/bridge/Bridge.hpp>
+
 #include <gtest/gtest.h>
+
+namespace KeloObjcTest {
+void makeWhatStays();
+}
 
 namespace {
 
-/// What a test leaves autoreleased goes with it.
+/// What a test leaves autoreleased goes with it. Then nothing may be alive that it made: a leak
+/// checker does not see what the library still knows of.
 class PoolOfEachTest : public testing::EmptyTestEventListener {
-    void OnTestStart(const testing::TestInfo &) override { _pool = [NSAutoreleasePool new]; }
+    void OnTestStart(const testing::TestInfo &) override {
+        _alive = KeloBridge::aliveCount();
+        _pool = [NSAutoreleasePool new];
+    }
     void OnTestEnd(const testing::TestInfo &) override {
         [_pool drain];
         _pool = nil;
+        EXPECT_LE(KeloBridge::aliveCount(), _alive) << "the test leaves bridged objects";
     }
 
+    std::size_t _alive = 0;
     NSAutoreleasePool *_pool = nil;
 };
 
@@ -19,6 +31,7 @@ class PoolOfEachTest : public testing::EmptyTestEventListener {
 
 int main(int argc, char **argv) {
     testing::InitGoogleTest(&argc, argv);
+    KeloObjcTest::makeWhatStays();
     testing::UnitTest::GetInstance()->listeners().Append(new PoolOfEachTest);
     return RUN_ALL_TESTS();
 }

@@ -4,6 +4,7 @@
 
 #include <KeloAPI/platform/Object.hpp>
 
+#include <cstddef>
 #include <memory>
 
 /// Between the objects of both languages. Any thread.
@@ -54,6 +55,9 @@ id wrap(std::shared_ptr<Object> object);
 /// The C++ object that a bridged object stands for; for any other object one that stands for it, and
 /// is the same one while it is alive. Null for nil.
 std::shared_ptr<Object> shared(id object);
+
+/// How many bridged objects are alive.
+std::size_t aliveCount();
 
 /// The C++ object, of class `T`; null for nil. An object of another class raises
 /// `NSInvalidArgumentException`.

@@ -180,6 +180,11 @@ std::shared_ptr<Object> shared(id object) {
     return std::dynamic_pointer_cast<Object>(foreign);
 }
 
+std::size_t aliveCount() {
+    const std::lock_guard lock(pairs().mutex);
+    return pairs().bridged.size();
+}
+
 void raiseWrongClass(id object) {
     [NSException raise:NSInvalidArgumentException
                 format:@"an object of class %@ has no place here", [object class]];
