@@ -21,7 +21,16 @@ install(FILES
   ${PROJECT_BINARY_DIR}/package/KeloAPIConfigVersion.cmake
   DESTINATION ${kelo_package_dir})
 
-# The file finds its prefix from where it lies, so that the tree can be moved and
+# The Objective-C face is a package of its own beside it. Its users compile with what
+# `gnustep-config --objc-flags` says, as for any library over the Foundation.
+if(TARGET KeloAPIObjC)
+  install(TARGETS KeloAPIObjC EXPORT KeloAPIObjCTargets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+  install(EXPORT KeloAPIObjCTargets NAMESPACE KeloAPI:: DESTINATION ${kelo_package_dir})
+endif()
+
+# The files find their prefix from where they lie, so that the tree can be moved and
 # `cmake --install --prefix` be used.
 set(kelo_pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 cmake_path(ABSOLUTE_PATH kelo_pkgconfig_dir BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX}
@@ -30,9 +39,16 @@ foreach(name LIBDIR INCLUDEDIR)
   file(RELATIVE_PATH relative ${kelo_pkgconfig_full_dir} ${CMAKE_INSTALL_FULL_${name}})
   string(REGEX REPLACE "/$" "" KELO_PC_${name} "\${pcfiledir}/${relative}")
 endforeach()
-configure_file(${CMAKE_CURRENT_LIST_DIR}/kelo-api.pc.in
-  ${PROJECT_BINARY_DIR}/package/kelo-api.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/package/kelo-api.pc DESTINATION ${kelo_pkgconfig_dir})
+foreach(package KeloAPI:kelo-api KeloAPIObjC:kelo-api-objc)
+  string(REPLACE ":" ";" package ${package})
+  list(GET package 0 target)
+  list(GET package 1 name)
+  if(TARGET ${target})
+    configure_file(${CMAKE_CURRENT_LIST_DIR}/${name}.pc.in
+      ${PROJECT_BINARY_DIR}/package/${name}.pc @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/package/${name}.pc DESTINATION ${kelo_pkgconfig_dir})
+  endif()
+endforeach()
 
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 

@@ -55,6 +55,51 @@ class InstalledConsumer(unittest.TestCase):
         self.assertEqual(last_line(made), SAYS)
 
 
+class ObjectiveCConsumer(unittest.TestCase):
+    """In the other language, where the machine has what it takes."""
+
+    def setUp(self):
+        if not list(package.MOVED.rglob("libKeloAPIObjC.so")):
+            self.skipTest("the Objective-C face is not built")
+
+    def compiled(self, *flags):
+        made = package.fresh(package.WORK / "objective_c") / "consumer"
+        asked = (
+            package.run("gnustep-config", question)
+            for question in ("--objc-flags", "--base-libs")
+        )
+        compiler_flags, libraries = (shlex.split(text) for text in asked)
+        # What writes files of dependencies beside the program is the build's own affair.
+        compiler_flags = [flag for flag in compiler_flags if flag not in ("-MMD", "-MP")]
+        package.run(
+            os.environ.get("OBJC", "gcc"), *compiler_flags, CONSUMER / "main.m", "-o", made,
+            *flags, *libraries,
+        )
+        return made
+
+    def test_pkg_config(self):
+        file = package.installed("kelo-api-objc.pc")
+        environment = {**os.environ, "PKG_CONFIG_PATH": str(file.parent)}
+        flags = package.run("pkg-config", "--cflags", "--libs", "kelo-api-objc", env=environment)
+        library = package.installed("libKeloAPIObjC.so").parent
+        made = self.compiled(*shlex.split(flags), f"-Wl,-rpath,{library.resolve()}")
+        self.assertEqual(last_line(made), "1 of 3 read")
+
+    def test_find_package(self):
+        project = package.fresh(package.WORK / "find_objective_c")
+        (project / "CMakeLists.txt").write_text(
+            "cmake_minimum_required(VERSION 3.25)\nproject(objc LANGUAGES CXX)\n"
+            "find_package(KeloAPI CONFIG REQUIRED)\n"
+            "get_target_property(path KeloAPI::KeloAPIObjC IMPORTED_LOCATION_RELEASE)\n"
+            'message(STATUS "found ${path}")\n'
+        )
+        said = package.run(
+            "cmake", "-S", project, "-B", project / "build",
+            f"-DCMAKE_PREFIX_PATH={package.MOVED}",
+        )
+        self.assertRegex(said, "found .*libKeloAPIObjC.so")
+
+
 class SubdirectoryConsumer(unittest.TestCase):
     def test_add_subdirectory(self):
         build = package.WORK / "add_subdirectory"

@@ -1,0 +1,15 @@
+#import <KeloAPIObjC/KeloAPIObjC.h>
+
+#include <stdio.h>
+
+int main(void) {
+    NSAutoreleasePool *pool = [NSAutoreleasePool new];
+    NSDictionary *json = [NSDictionary dictionaryWithObject:[NSNumber numberWithInt:3]
+                                                     forKey:@"count"];
+    KLPagingMetadata *metadata = [[[KLPagingMetadata alloc] initWithJson:json] autorelease];
+    NSArray *posts = [NSArray arrayWithObject:[[KLEmpty new] autorelease]];
+    KLPagedData *page = [[[KLPagedData alloc] initWithData:posts metadata:metadata] autorelease];
+    printf("%d of %d read\n", (int)[[page data] count], (int)[[page metadata] count]);
+    [pool drain];
+    return 0;
+}
