@@ -1,6 +1,7 @@
 #import <KeloAPIObjC/bridge/KLBridged.h>
 
 #include <KeloAPIObjC/bridge/Bridge.hpp>
+#include <KeloAPIObjC/bridge/RuntimeName.hpp>
 
 #include <mutex>
 #include <unordered_map>
@@ -67,6 +68,12 @@ Class classFor(const Object &object) {
 } // namespace
 
 @implementation KLBridged
+
++ (id)allocWithZone:(NSZone *)zone {
+    return [KeloBridge::instanceClass(self) superclass] == self
+               ? NSAllocateObject(KeloBridge::instanceClass(self), 0, zone)
+               : [super allocWithZone:zone];
+}
 
 - (oneway void)release {
     {
