@@ -3,7 +3,7 @@
 #include <KeloAPI/api/Api.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Delegates.hpp>
-#include <KeloAPIObjC/bridge/RuntimeName.hpp>
+#include <KeloAPIObjC/bridge/Required.hpp>
 
 using namespace KeloBridge;
 using Native = KeloAPI::Api;
@@ -14,16 +14,15 @@ static id<SessionDelegate> heldDelegate = nil;
 @implementation Api
 
 - (instancetype)init {
-    unimplementedInitializer("init()", "KeloAPI.Api");
+    unimplemented("init()", "KeloAPI.Api");
 }
 
 + (Session *)session:(SessionType)type {
-    return static_cast<Session *>(wrap(Native::session(static_cast<KeloAPI::SessionType>(type))));
+    return wrap(Native::session(static_cast<KeloAPI::SessionType>(type)));
 }
 
 + (Session *)session:(SessionType)type delegate:(id<SessionDelegate>)delegate {
-    return static_cast<Session *>(wrap(Native::session(static_cast<KeloAPI::SessionType>(type),
-                                                       sessionDelegate(delegate))));
+    return wrap(Native::session(static_cast<KeloAPI::SessionType>(type), sessionDelegate(delegate)));
 }
 
 + (id<SessionDelegate>)sessionDelegate {

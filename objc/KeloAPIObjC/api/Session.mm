@@ -14,26 +14,25 @@ using Native = KeloAPI::Session;
 
 namespace {
 
+/// Empty where nothing would hear of it.
 KeloAPI::EndpointRetry retryOf(const Completion &heard) {
+    if (!heard) {
+        return nullptr;
+    }
     return [heard] {
         const Pool pool;
         heard();
     };
 }
 
-void requireAuth(Session *session, Endpoint *endpoint, KeloAPI::EndpointRetry retry) {
-    held<Native>(session).endpointRequiresAuth(shared<KeloAPI::Endpoint>(endpoint),
-                                               std::move(retry));
+void requireAuth(Session *session, Endpoint *endpoint, const Completion &retry) {
+    held<Native>(session).endpointRequiresAuth(shared<KeloAPI::Endpoint>(endpoint), retryOf(retry));
 }
 
 void requireCaptcha(Session *session, Endpoint *endpoint, NSURL *captchaUrl,
-                    KeloAPI::EndpointRetry retry) {
-    const auto known = url(captchaUrl);
-    if (!known) {
-        [NSException raise:NSInvalidArgumentException format:@"no URL: %@", captchaUrl];
-    }
-    held<Native>(session).endpointRequiresCaptcha(shared<KeloAPI::Endpoint>(endpoint), *known,
-                                                  std::move(retry));
+                    const Completion &retry) {
+    held<Native>(session).endpointRequiresCaptcha(shared<KeloAPI::Endpoint>(endpoint),
+                                                  requiredURL(captchaUrl), retryOf(retry));
 }
 
 } // namespace
@@ -103,27 +102,25 @@ void requireCaptcha(Session *session, Endpoint *endpoint, NSURL *captchaUrl,
     held<Native>(self).handleQueuedRetries(shouldRetry);
 }
 
-- (void)endpointRequiresAuth:(Endpoint *)endpoint retry:(EndpointRetry)retry {
-    requireAuth(self, endpoint, retry == nil ? nullptr : retryOf(Completion(retry)));
-}
-
 - (void)endpointRequiresAuth:(Endpoint *)endpoint retryTarget:(id)target action:(SEL)action {
-    requireAuth(self, endpoint, target == nil ? nullptr : retryOf(Completion(target, action)));
+    requireAuth(self, endpoint, Completion(target, action));
 }
 
-- (void)endpointRequiresCaptcha:(Endpoint *)endpoint
-                     captchaUrl:(NSURL *)captchaUrl
-                          retry:(EndpointRetry)retry {
-    requireCaptcha(self, endpoint, captchaUrl,
-                   retry == nil ? nullptr : retryOf(Completion(retry)));
+- (void)endpointRequiresAuth:(Endpoint *)endpoint retry:(KELO_BLOCK(void))retry {
+    requireAuth(self, endpoint, Completion(retry));
 }
 
 - (void)endpointRequiresCaptcha:(Endpoint *)endpoint
                      captchaUrl:(NSURL *)captchaUrl
                     retryTarget:(id)target
                          action:(SEL)action {
-    requireCaptcha(self, endpoint, captchaUrl,
-                   target == nil ? nullptr : retryOf(Completion(target, action)));
+    requireCaptcha(self, endpoint, captchaUrl, Completion(target, action));
+}
+
+- (void)endpointRequiresCaptcha:(Endpoint *)endpoint
+                     captchaUrl:(NSURL *)captchaUrl
+                          retry:(KELO_BLOCK(void))retry {
+    requireCaptcha(self, endpoint, captchaUrl, Completion(retry));
 }
 
 @end

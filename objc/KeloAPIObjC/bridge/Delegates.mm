@@ -4,7 +4,7 @@
 
 #include <KeloAPI/api/Session.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
-#include <KeloAPIObjC/bridge/Completion.hpp>
+#include <KeloAPIObjC/bridge/Pool.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 #include <KeloAPIObjC/bridge/Weak.hpp>
 
@@ -18,11 +18,11 @@ using Text = std::optional<std::string>;
 /// Asks an Objective-C delegate; where that has gone meanwhile, it knows nothing.
 class ForeignDelegate final : public KeloAPI::SessionDelegate {
 public:
-    explicit ForeignDelegate(id<::SessionDelegate> delegate)
+    explicit ForeignDelegate(DelegateObject delegate)
         : _delegate(delegate) {}
     ~ForeignDelegate() override;
 
-    id<::SessionDelegate> delegate() const { return _delegate.object(); }
+    DelegateObject delegate() const { return _delegate.object(); }
 
     Text hostForSession(NativeSession &session) override {
         return asked(@selector(hostForSession:), session);
@@ -74,12 +74,12 @@ ForeignDelegate::~ForeignDelegate() = default;
 
 } // namespace
 
-std::shared_ptr<KeloAPI::SessionDelegate> sessionDelegate(id<::SessionDelegate> delegate) {
+std::shared_ptr<KeloAPI::SessionDelegate> sessionDelegate(DelegateObject delegate) {
     return std::static_pointer_cast<ForeignDelegate>(
         companion(delegate, [&] { return std::make_shared<ForeignDelegate>(delegate); }));
 }
 
-id<::SessionDelegate> sessionDelegate(const std::shared_ptr<KeloAPI::SessionDelegate> &delegate) {
+DelegateObject sessionDelegate(const std::shared_ptr<KeloAPI::SessionDelegate> &delegate) {
     const auto foreign = std::dynamic_pointer_cast<ForeignDelegate>(delegate);
     return foreign == nullptr ? nil : foreign->delegate();
 }

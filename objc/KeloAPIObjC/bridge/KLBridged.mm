@@ -70,9 +70,7 @@ Class classFor(const Object &object) {
 @implementation KLBridged
 
 + (id)allocWithZone:(NSZone *)zone {
-    return [KeloBridge::instanceClass(self) superclass] == self
-               ? NSAllocateObject(KeloBridge::instanceClass(self), 0, zone)
-               : [super allocWithZone:zone];
+    return NSAllocateObject(KeloBridge::instanceClass(self), 0, zone);
 }
 
 - (oneway void)release {

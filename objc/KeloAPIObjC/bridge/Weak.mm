@@ -16,6 +16,8 @@ struct Weak::Watched {
 struct Watching {
     using Release = void (*)(id, SEL);
     using Watched = Weak::Watched;
+    /// Any function, by way of which others are cast.
+    using Function = void (*)();
 
     std::recursive_mutex mutex;
     std::unordered_map<id, std::shared_ptr<Watched>> objects;
@@ -38,7 +40,9 @@ std::shared_ptr<Watching::Watched> Watching::watch(id object) {
     if (found != objects.end()) {
         return found->second;
     }
-    extend(object_getClass(object));
+    if (!class_isMetaClass(object_getClass(object))) { // a class never goes
+        extend([object class]); // not the one that stands in for it while it is observed
+    }
     auto watched = std::make_shared<Watched>(Watched{object, nullptr});
     objects.emplace(object, watched);
     return watched;
@@ -46,12 +50,13 @@ std::shared_ptr<Watching::Watched> Watching::watch(id object) {
 
 void Watching::extend(Class made) {
     SEL selector = @selector(release);
-    const auto before = reinterpret_cast<Release>(class_getMethodImplementation(made, selector));
+    const auto before = reinterpret_cast<Release>(
+        reinterpret_cast<Function>(class_getMethodImplementation(made, selector)));
     if (before == &release) {
         return; // a class that it is derived from is watched
     }
     releases.emplace(made, before);
-    class_replaceMethod(made, selector, reinterpret_cast<IMP>(&release),
+    class_replaceMethod(made, selector, reinterpret_cast<IMP>(reinterpret_cast<Function>(&release)),
                         method_getTypeEncoding(class_getInstanceMethod(made, selector)));
 }
 
