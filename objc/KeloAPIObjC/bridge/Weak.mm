@@ -56,8 +56,12 @@ void Watching::extend(Class made) {
         return; // a class that it is derived from is watched
     }
     releases.emplace(made, before);
-    class_replaceMethod(made, selector, reinterpret_cast<IMP>(reinterpret_cast<Function>(&release)),
-                        method_getTypeEncoding(class_getInstanceMethod(made, selector)));
+    Method method = class_getInstanceMethod(made, selector);
+    const auto extended = reinterpret_cast<IMP>(reinterpret_cast<Function>(&release));
+    // Only where the class has none of its own yet: an inherited one belongs to others, too.
+    if (!class_addMethod(made, selector, extended, method_getTypeEncoding(method))) {
+        method_setImplementation(method, extended);
+    }
 }
 
 /// The class nearest to `made` whose `release` was extended; Nil when there is none.
