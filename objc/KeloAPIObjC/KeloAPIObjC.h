@@ -21,9 +21,14 @@
 #import <KeloAPIObjC/files/FileManager.h>
 #import <KeloAPIObjC/files/FileQueue.h>
 #import <KeloAPIObjC/files/QueuePriority.h>
+#import <KeloAPIObjC/loops/KLLongformViews.h>
 #import <KeloAPIObjC/loops/LongformUploadEndpoint.h>
 #import <KeloAPIObjC/loops/LongformViewsEndpoint.h>
 #import <KeloAPIObjC/loops/LoopsEndpoint.h>
+#import <KeloAPIObjC/model/KLLike.h>
+#import <KeloAPIObjC/model/KLRekelo.h>
+#import <KeloAPIObjC/model/KLWatchPost.h>
+#import <KeloAPIObjC/model/KLWatchUser.h>
 #import <KeloAPIObjC/parsing/KLEmpty.h>
 #import <KeloAPIObjC/parsing/KLPagingMetadata.h>
 #import <KeloAPIObjC/parsing/Metadata.h>

@@ -30,6 +30,18 @@ NSString *lenientString(std::string_view text) {
     return whole;
 }
 
+// The key of the message is a constant of each Foundation, and not in all of them the same text.
+
+NSString *userInfoKey(const std::string &key) {
+    return key == KeloAPI::NSLocalizedDescriptionKey ? ::NSLocalizedDescriptionKey : string(key);
+}
+
+std::string userInfoKey(NSString *key) {
+    return [key isEqual:(::NSLocalizedDescriptionKey)]
+               ? std::string(KeloAPI::NSLocalizedDescriptionKey)
+               : text(key);
+}
+
 Error::Value userInfoValue(id value) {
     if ([value isKindOfClass:[NSNumber class]]) {
         return number(static_cast<NSNumber *>(value));
@@ -151,7 +163,7 @@ std::optional<URL> url(NSURL *url) {
 NSError *error(const Error &failure) {
     NSMutableDictionary *userInfo = [NSMutableDictionary dictionary];
     for (const auto &[key, value] : failure.userInfo()) {
-        [userInfo setObject:userInfoObject(value) forKey:string(key)];
+        [userInfo setObject:userInfoObject(value) forKey:userInfoKey(key)];
     }
     if (const auto &underlying = failure.underlying()) {
         [userInfo setObject:error(*underlying) forKey:NSUnderlyingErrorKey];
@@ -175,7 +187,7 @@ Error error(NSError *failure) {
         if ([key isEqual:NSUnderlyingErrorKey] && [fact isKindOfClass:[NSError class]]) {
             underlying = error(static_cast<NSError *>(fact));
         } else {
-            userInfo.emplace(text(key), userInfoValue(fact));
+            userInfo.emplace(userInfoKey(key), userInfoValue(fact));
         }
     }
     return Error(text([failure domain]), [failure code], std::move(userInfo), underlying);
