@@ -7,7 +7,7 @@
 /// - `run` blocks and runs tasks until `stop`: command-line hosts.
 /// - `drain` runs what is waiting and returns: hosts with a frame or poll loop.
 /// - `fileDescriptor` becomes readable while tasks wait; watch it and call `drain`.
-/// - `setRunsOnMainRunLoop:` hands every task to the main thread's NSRunLoop.
+/// - `addToRunLoop:forMode:` lets the main thread's NSRunLoop do that.
 ///
 /// What is called of the host's has an autorelease pool of its own. Tasks never run inside the call that posted them,
 /// nor inside another task. They must not raise: that ends the process.
@@ -24,8 +24,9 @@
 + (void)stop;
 /// Readable while tasks wait. Owned by the queue: watch it, do not read or close it.
 + (int)fileDescriptor;
-/// YES hands tasks to the run loop of the main thread from now on, and those that wait at once; NO
-/// restores the queue's own list.
-+ (void)setRunsOnMainRunLoop:(BOOL)runs;
+/// Lets tasks run in this mode of the run loop, which is that of the host's main thread, from now on.
++ (void)addToRunLoop:(NSRunLoop *)runLoop forMode:(NSString *)mode;
+/// Takes that back.
++ (void)removeFromRunLoop:(NSRunLoop *)runLoop forMode:(NSString *)mode;
 
 @end

@@ -1,38 +1,37 @@
 #import <KeloAPIObjC/platform/MainQueue.h>
 
 #include <KeloAPI/platform/MainQueue.hpp>
-#include <KeloAPIObjC/bridge/Boxed.hpp>
-#include <KeloAPIObjC/bridge/Pool.hpp>
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 
-using namespace KeloBridge;
 using Native = KeloAPI::MainQueue;
 
-/// One task on its way to the run loop.
-@interface KLMainQueueTask : KLBridged
-- (void)run;
+/// Drains the queue when its descriptor becomes readable.
+@interface KLMainQueueWatcher : NSObject <RunLoopEvents>
++ (KLMainQueueWatcher *)shared;
 @end
 
-@implementation KLMainQueueTask
+@implementation KLMainQueueWatcher
 
-+ (void)load {
-    add<Boxed<Native::Task>>(self);
++ (KLMainQueueWatcher *)shared {
+    static KLMainQueueWatcher *const shared = [KLMainQueueWatcher new];
+    return shared;
 }
 
-- (void)run {
-    heldValue<Native::Task>(self)();
+- (void)receivedEvent:(void *)data
+                 type:(RunLoopEventType)type
+                extra:(void *)extra
+              forMode:(NSString *)mode {
+    Native::main().drain();
 }
 
 @end
 
-/// On any thread.
-static void handToRunLoop(Native::Task task) {
-    const Pool pool;
-    [wrapValue(std::move(task)) performSelectorOnMainThread:@selector(run)
-                                                 withObject:nil
-                                              waitUntilDone:NO];
+/// What the run loop knows the descriptor as.
+static void *descriptor() {
+    return reinterpret_cast<void *>(static_cast<std::intptr_t>(Native::main().fileDescriptor()));
 }
 
 @implementation MainQueue
@@ -61,12 +60,15 @@ static void handToRunLoop(Native::Task task) {
     return Native::main().fileDescriptor();
 }
 
-+ (void)setRunsOnMainRunLoop:(BOOL)runs {
-    if (runs) {
-        Native::main().setExecutor(handToRunLoop);
-    } else {
-        Native::main().setExecutor({});
-    }
++ (void)addToRunLoop:(NSRunLoop *)runLoop forMode:(NSString *)mode {
+    [runLoop addEvent:descriptor()
+                 type:ET_RDESC
+              watcher:[KLMainQueueWatcher shared]
+              forMode:mode];
+}
+
++ (void)removeFromRunLoop:(NSRunLoop *)runLoop forMode:(NSString *)mode {
+    [runLoop removeEvent:descriptor() type:ET_RDESC forMode:mode all:NO];
 }
 
 @end
