@@ -7,8 +7,8 @@
 
 namespace KeloObjcTest {
 
-/// A block as a compiler that has them lays it out in memory. It stays where it is: what it is given
-/// to must be done with it before it goes.
+/// A block as a compiler that has them lays it out in memory. It stays where it is: what it is
+/// given to must be done with it before it goes.
 template <class... Values>
 class Block {
 public:
@@ -65,6 +65,9 @@ private:
 - (id)checkStatusWithMediaId:(NSString *)mediaId completion:(id)completion;
 - (void)downloadTo:(NSURL *)destination completion:(id)completion;
 - (void)download:(id)endpoint to:(NSURL *)url completion:(id)completion;
-- (void)download:(id)endpoint to:(NSURL *)url priority:(NSInteger)priority completion:(id)completion;
+- (void)download:(id)endpoint
+              to:(NSURL *)url
+        priority:(NSInteger)priority
+      completion:(id)completion;
 + (void)setSink:(id)sink;
 @end

@@ -52,6 +52,7 @@
 
 - (BOOL)shouldHandleCaptchaForSession:(Session *)session captchaUrl:(NSURL *)url {
     asking = session;
+    [captchaUrl autorelease];
     captchaUrl = [url retain];
     return handlesCaptcha;
 }

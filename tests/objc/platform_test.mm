@@ -135,7 +135,8 @@ TEST(ObjcMetadataTest, MissingValues) {
     EXPECT_EQ(metadata.title, nil);
     EXPECT_EQ([metadata nextPageParameters:10], nil);
     EXPECT_EQ([metadata previousPageParameters:10], nil);
-    EXPECT_TRUE(same([raised([] { [[Metadata alloc] initWithJson:nil]; }) name],
+    Metadata *unmade = [[Metadata alloc] autorelease];
+    EXPECT_TRUE(same([raised([&] { [unmade initWithJson:nil]; }) name],
                      NSInvalidArgumentException));
     EXPECT_DEATH([[Metadata alloc] init],
                  "unimplemented initialiser init\\(\\) of class KeloAPI.Metadata");

@@ -135,6 +135,18 @@ TEST_F(SessionTest, DelegateThatIsObserved) {
     EXPECT_EQ(session.delegate, nil);
 }
 
+TEST_F(SessionTest, LetsGoWhatBelongsToADelegate) {
+    std::weak_ptr<KeloAPI::SessionDelegate> asking;
+    NSAutoreleasePool *pool = [NSAutoreleasePool new];
+    HostDelegate *own = [HostDelegate new];
+    session.delegate = own;
+    asking = shared<KeloAPI::Session>(session)->delegate();
+    EXPECT_FALSE(asking.expired());
+    [own release];
+    [pool drain];
+    EXPECT_TRUE(asking.expired());
+}
+
 TEST_F(SessionTest, DelegateIsAskedWhileItGoes) {
     std::atomic<bool> done{false};
     std::thread asking([&] {

@@ -21,11 +21,11 @@ extern NSString *const KLCaptchaUrlKey;
 /// The base of every API call: it makes the request, reads the answer's envelope and hands the
 /// outcome out. Two endpoints are equal when their paths are.
 ///
-/// A target is kept alive until its action has been called, on the main queue: exactly once for each
-/// send and never inside the call that sent; a retry that the session releases is another send. A
-/// nil target hears nothing; one without the action's method raises `NSInvalidArgumentException`.
-/// One endpoint serves one call at a time, from one thread at a time. What a derived class overrides
-/// is not seen by the calls.
+/// A target is kept alive until its action has been called, on the main queue: exactly once for
+/// each send and never inside the call that sent; a retry that the session releases is another
+/// send. A nil target hears nothing; one without the action's method raises
+/// `NSInvalidArgumentException`. One endpoint serves one call at a time, from one thread at a time.
+/// What a derived class overrides is not seen by the calls.
 @interface Endpoint : KLBridged
 
 /// An endpoint of no particular kind: set its properties, then send. A nil session stops the
@@ -54,9 +54,9 @@ extern NSString *const KLCaptchaUrlKey;
 /// Sends the call and hands out the answer's body as text: `action` takes an NSString, nil with an
 /// error, and an NSError, nil without.
 - (id<EndpointRequest>)requestWithTarget:(id)target action:(SEL)action;
-/// Sends the call and parses the answer: `action` takes the items (an NSArray, empty with an error),
-/// the `Metadata` (nil unless it was a list), the `Timeline` and the NSError, nil without. A nil
-/// parser stops the process.
+/// Sends the call and parses the answer: `action` takes the items (an NSArray, empty with an
+/// error), the `Metadata` (nil unless it was a list), the `Timeline` and the NSError, nil without.
+/// A nil parser stops the process.
 - (id<EndpointRequest>)requestWithParser:(AnyObjectJsonParser *)parser
                                   target:(id)target
                                   action:(SEL)action;

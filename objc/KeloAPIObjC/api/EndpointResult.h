@@ -8,8 +8,8 @@
     NSError *_error;
 }
 
-/// A host makes some in its own tests. `error` is nil for a success; so is `content` where a success
-/// brings nothing.
+/// A host makes some in its own tests. `error` is nil for a success; so is `content` where a
+/// success brings nothing.
 - (instancetype)initWithContent:(id)content error:(NSError *)error;
 
 @property(nonatomic, readonly) BOOL success;

@@ -3,8 +3,8 @@
 @class Session;
 
 /// What a host tells its sessions about the service, the user and the device, and what it hears of
-/// them. A session asks anew for every request and keeps nothing. The first seven methods are called
-/// on the thread that sends, the last two on the main queue. A text may be nil.
+/// them. A session asks anew for every request and keeps nothing. The first seven methods are
+/// called on the thread that sends, the last two on the main queue. A text may be nil.
 @protocol SessionDelegate <NSObject>
 /// Host of the service, with a port where it is not the scheme's own; nil for the built-in one.
 - (NSString *)hostForSession:(Session *)session;

@@ -16,8 +16,8 @@
 
 namespace KeloBridge {
 
-/// What hears of a call: a target with its action, or a block. It is kept alive; copies are the same
-/// one. The caller sees to an autorelease pool.
+/// What hears of a call: a target with its action, or a block. It is kept alive; copies are the
+/// same one. The caller sees to an autorelease pool.
 class Completion {
 public:
     /// A nil target hears nothing. One that does not know the action raises
@@ -64,7 +64,8 @@ void Completion::operator()(Values... values) const {
         return;
     }
     if (listener->block != nil) {
-        reinterpret_cast<void (*)(id, Values...)>(listener->blockCode())(listener->block, values...);
+        const auto code = reinterpret_cast<void (*)(id, Values...)>(listener->blockCode());
+        code(listener->block, values...);
         return;
     }
     const auto method =

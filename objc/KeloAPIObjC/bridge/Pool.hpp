@@ -4,8 +4,8 @@
 
 namespace KeloBridge {
 
-/// An autorelease pool for what the C++ library calls: its threads have none, and the host's may not
-/// have one for each task.
+/// An autorelease pool for what the C++ library calls: its threads have none, and the host's may
+/// not have one for each task.
 class Pool {
 public:
     Pool()

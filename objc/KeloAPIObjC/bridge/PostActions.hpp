@@ -19,15 +19,16 @@ struct PostAction {
 /// The same for endpoints of class `E`.
 template <class E, class Item>
 PostAction postAction() {
+    using Result = KeloAPI::PostActionResult<Item>;
+    using Success = KeloAPI::PostActionSuccess<Item>;
     PostAction action;
     action.post = [](Object &endpoint) { return wrap(dynamic_cast<E &>(endpoint).post()); };
     action.setPath = [](Object &endpoint, bool on) { dynamic_cast<E &>(endpoint).setPathFor(on); };
     action.toggle = [](Object &endpoint, bool on, const Completion &heard) {
-        dynamic_cast<E &>(endpoint).toggle(on, [heard](const KeloAPI::PostActionResult<Item> &result) {
+        dynamic_cast<E &>(endpoint).toggle(on, [heard](const Result &result) {
             const Pool pool;
-            heard(outcome(
-                [PostActionResult class], result,
-                [](const KeloAPI::PostActionSuccess<Item> &success) { return wrap(success.item); }));
+            heard(outcome([PostActionResult class], result,
+                          [](const Success &success) { return wrap(success.item); }));
         });
     };
     return action;

@@ -73,8 +73,8 @@ Class Watching::extendedFrom(Class made) const {
 }
 
 void Watching::release(id object, SEL selector) {
-    // Where a class's own `release` calls its superclass's, which is extended as well, that one goes
-    // on from there.
+    // Where a class's own `release` calls its superclass's, which is extended as well, that one
+    // goes on from there.
     struct Step {
         id object;
         Class made;
@@ -91,12 +91,12 @@ void Watching::release(id object, SEL selector) {
         made = here.extendedFrom(object_getClass(object));
     }
     const Release before = here.releases.at(made);
-    std::shared_ptr<Watched> gone;
+    std::shared_ptr<void> gone; // the companion, which may hold what watches the object
     if ([object retainCount] == 1) {
         const auto found = here.objects.find(object);
         if (found != here.objects.end()) {
-            gone = std::move(found->second);
-            gone->object = nil;
+            found->second->object = nil;
+            gone = std::move(found->second->companion);
             here.objects.erase(found);
         }
         lock.unlock(); // the object ends without the lock: what it does then is its own affair

@@ -23,12 +23,12 @@
 /// Nil when the post has gone.
 @property(nonatomic, readonly) KLWatchPost *post;
 
-/// Composes `path` for doing or taking back. Leaves it as it was where the post has gone or lacks an
-/// identifier that the path needs; the base does so always.
+/// Composes `path` for doing or taking back. Leaves it as it was where the post has gone or lacks
+/// an identifier that the path needs; the base does so always.
 - (void)setPathForOn:(BOOL)on;
 
-/// POST to do it, DELETE to take it back; `action` takes a `PostActionResult`. Where the path is left
-/// as it was, the request goes there.
+/// POST to do it, DELETE to take it back; `action` takes a `PostActionResult`. Where the path is
+/// left as it was, the request goes there.
 - (void)toggleOn:(BOOL)on target:(id)target action:(SEL)action;
 #if __has_feature(blocks)
 - (void)toggleOn:(BOOL)on completion:(void (^)(PostActionResult *result))completion;

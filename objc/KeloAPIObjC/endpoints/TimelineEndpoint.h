@@ -26,8 +26,8 @@
 /// "c_overflow", "l_max", "l_overflow" and "size" (5 records unless changed).
 @interface TimelineEndpoint : Endpoint
 
-/// On the authenticated session, with `Api.sessionDelegate`. A path that holds "timelines/" anywhere
-/// is complete; any other is put behind it.
+/// On the authenticated session, with `Api.sessionDelegate`. A path that holds "timelines/"
+/// anywhere is complete; any other is put behind it.
 - (instancetype)initWithPath:(NSString *)path;
 /// Without a path and without parameters, on a session of the caller's choice; a nil one stops the
 /// process.

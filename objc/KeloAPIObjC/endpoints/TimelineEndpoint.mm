@@ -17,9 +17,10 @@ TimelineResult *resultOf(const KeloAPI::TimelineResult &result) {
         return [[[TimelineResult alloc] initWithContent:nil
                                                   error:error(*result.error())] autorelease];
     }
-    return [[[TimelineResult alloc] initWithPosts:array(result.success()->posts)
-                                         nextPage:wrap(result.success()->nextPage)
-                                     previousPage:wrap(result.success()->previousPage)] autorelease];
+    const auto &page = *result.success();
+    return [[[TimelineResult alloc] initWithPosts:array(page.posts)
+                                         nextPage:wrap(page.nextPage)
+                                     previousPage:wrap(page.previousPage)] autorelease];
 }
 
 void fetch(TimelineEndpoint *endpoint, const Completion &heard) {

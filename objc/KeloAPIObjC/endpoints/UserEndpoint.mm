@@ -9,11 +9,12 @@ using namespace KeloBridge;
 using Native = KeloAPI::UserEndpoint;
 
 static void follow(UserEndpoint *endpoint, BOOL following, const Completion &heard) {
-    held<Native>(endpoint).setFollowingOnTwitter(following, [heard](
-                                                                const KeloAPI::UserResult &result) {
+    const auto told = [heard](const KeloAPI::UserResult &result) {
         const Pool pool;
-        heard(outcome([UserResult class], result, [](const KeloAPI::UserSuccess &) { return nil; }));
-    });
+        heard(outcome([UserResult class], result,
+                      [](const KeloAPI::UserSuccess &) { return nil; }));
+    };
+    held<Native>(endpoint).setFollowingOnTwitter(following, told);
 }
 
 @implementation UserResult

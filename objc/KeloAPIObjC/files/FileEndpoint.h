@@ -9,9 +9,9 @@
 @property(nonatomic, readonly) FileEndpoint *endpoint;
 @end
 
-/// One file of the service, a video as a rule, and its place in a cache directory. Its path is where
-/// the file is fetched: the complete URL as a rule. Two endpoints with the same path are the same
-/// file.
+/// One file of the service, a video as a rule, and its place in a cache directory. Its path is
+/// where the file is fetched: the complete URL as a rule. Two endpoints with the same path are the
+/// same file.
 @interface FileEndpoint : Endpoint
 
 /// On the authenticated session, with `Api.sessionDelegate`. A nil manager stops the process.
@@ -23,8 +23,8 @@
 /// For those who wait for this file; the library itself neither reads nor changes it.
 @property(nonatomic, copy) NSArray *subscribers;
 
-/// Makes the file available at the file URL `destination`. `action` takes a `FileDownloadResult`: at
-/// once, inside this call, for a file that is there already; otherwise on the main queue.
+/// Makes the file available at the file URL `destination`. `action` takes a `FileDownloadResult`:
+/// at once, inside this call, for a file that is there already; otherwise on the main queue.
 - (void)downloadTo:(NSURL *)destination target:(id)target action:(SEL)action;
 #if __has_feature(blocks)
 - (void)downloadTo:(NSURL *)destination completion:(void (^)(FileDownloadResult *result))completion;

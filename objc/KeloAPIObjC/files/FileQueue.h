@@ -5,7 +5,8 @@
 @class FileDownloadResult, FileEndpoint;
 
 /// Downloads files one after another, the most wanted first, for a named group of callers. A file
-/// that is requested again keeps one place, by the latest priority, and one destination, the latest.
+/// that is requested again keeps one place, by the latest priority, and one destination, the
+/// latest.
 ///
 /// Requests may come from any thread, `withKey:` and `kill` from one. Actions take a
 /// `FileDownloadResult`.
@@ -18,9 +19,9 @@
 
 /// Requests a file at the low priority.
 - (void)download:(FileEndpoint *)endpoint to:(NSURL *)url target:(id)target action:(SEL)action;
-/// Requests that the file be at the file URL `url`. A file that is there already is answered at once
-/// on this thread. Otherwise the action is called on the main queue, exactly once unless the queue is
-/// killed or gone before. A nil endpoint, and a number that is no priority, raise
+/// Requests that the file be at the file URL `url`. A file that is there already is answered at
+/// once on this thread. Otherwise the action is called on the main queue, exactly once unless the
+/// queue is killed or gone before. A nil endpoint, and a number that is no priority, raise
 /// `NSInvalidArgumentException`.
 - (void)download:(FileEndpoint *)endpoint
               to:(NSURL *)url

@@ -3,11 +3,12 @@
 @class KLVideoUpload;
 
 /// Uploads a long-form video in segments. The host drives it: it initiates an upload session, sends
-/// segments in any order, of any size and with the indices it likes, finalizes the session, and asks
-/// for the status again after `checkAfterSeconds` until the state is final.
+/// segments in any order, of any size and with the indices it likes, finalizes the session, and
+/// asks for the status again after `checkAfterSeconds` until the state is final.
 ///
-/// Actions take the `KLVideoUpload` and the NSError in its place; both are nil where the answer held
-/// nothing. Segments of one upload may be under way together where each has an endpoint of its own.
+/// Actions take the `KLVideoUpload` and the NSError in its place; both are nil where the answer
+/// held nothing. Segments of one upload may be under way together where each has an endpoint of its
+/// own.
 @interface LongformUploadEndpoint : Endpoint
 
 /// On the authenticated session, with `Api.sessionDelegate`.

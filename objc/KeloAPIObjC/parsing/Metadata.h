@@ -1,7 +1,7 @@
 #import <KeloAPIObjC/bridge/KLBridged.h>
 
-/// The paging values of one list response, from which the requests for the pages beside it are made.
-/// A key that is missing or of another kind leaves its default. One thread at a time.
+/// The paging values of one list response, from which the requests for the pages beside it are
+/// made. A key that is missing or of another kind leaves its default. One thread at a time.
 @interface Metadata : KLBridged
 
 /// From the object that holds the paging keys. Never fails.
