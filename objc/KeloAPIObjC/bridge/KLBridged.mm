@@ -1,6 +1,7 @@
 #import <KeloAPIObjC/bridge/KLBridged.h>
 
 #include <KeloAPIObjC/bridge/Bridge.hpp>
+#include <KeloAPIObjC/bridge/RuntimeName.hpp>
 
 #include <mutex>
 #include <unordered_map>
@@ -77,6 +78,10 @@ Class classFor(const Object &object) {
 } // namespace
 
 @implementation KLBridged
+
++ (id)allocWithZone:(NSZone *)zone {
+    return NSAllocateObject(KeloBridge::instanceClass(self), 0, zone);
+}
 
 - (oneway void)release {
     {

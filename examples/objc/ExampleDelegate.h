@@ -1,0 +1,14 @@
+#import <KeloAPIObjC/KeloAPIObjC.h>
+
+/// The value of an environment variable, or `otherwise`.
+NSString *fromEnvironment(NSString *name, NSString *otherwise);
+
+/// Where the service is comes from the environment; who the user is, once somebody has signed in.
+@interface ExampleDelegate : NSObject <SessionDelegate> {
+@private
+    NSString *_sessionKey;
+}
+
+@property(nonatomic, copy) NSString *sessionKey;
+
+@end

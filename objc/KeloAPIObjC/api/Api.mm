@@ -1,0 +1,40 @@
+#import <KeloAPIObjC/api/Api.h>
+
+#include <KeloAPI/api/Api.hpp>
+#include <KeloAPIObjC/bridge/Bridge.hpp>
+#include <KeloAPIObjC/bridge/Delegates.hpp>
+#include <KeloAPIObjC/bridge/Required.hpp>
+
+using namespace KeloBridge;
+using Native = KeloAPI::Api;
+
+/// Keeps alive what the C++ registry holds a delegate for.
+static id<SessionDelegate> heldDelegate = nil;
+
+@implementation Api
+
+- (instancetype)init {
+    unimplemented("init()", "KeloAPI.Api");
+}
+
++ (Session *)session:(SessionType)type {
+    return wrap(Native::session(static_cast<KeloAPI::SessionType>(type)));
+}
+
++ (Session *)session:(SessionType)type delegate:(id<SessionDelegate>)delegate {
+    return wrap(Native::session(static_cast<KeloAPI::SessionType>(type),
+                                sessionDelegate(delegate)));
+}
+
++ (id<SessionDelegate>)sessionDelegate {
+    return sessionDelegate(Native::sessionDelegate());
+}
+
++ (void)setSessionDelegate:(id<SessionDelegate>)delegate {
+    Native::setSessionDelegate(sessionDelegate(delegate));
+    id<SessionDelegate> before = heldDelegate;
+    heldDelegate = [delegate retain];
+    [before release];
+}
+
+@end

@@ -1,0 +1,77 @@
+#pragma once
+
+#import <KeloAPIObjC/bridge/KLBlocks.h>
+
+#include <KeloAPIObjC/bridge/Pool.hpp>
+
+#include <memory>
+
+/// The type of a block without a result, for implementations: the methods that take one are there
+/// also where the library's own compiler has no blocks.
+#if __has_feature(blocks)
+#define KELO_BLOCK(...) void (^)(__VA_ARGS__)
+#else
+#define KELO_BLOCK(...) id
+#endif
+
+namespace KeloBridge {
+
+/// What hears of a call: a target with its action, or a block. It is kept alive; copies are the
+/// same one. The caller sees to an autorelease pool.
+class Completion {
+public:
+    /// A nil target hears nothing. One that does not know the action raises
+    /// `NSInvalidArgumentException`.
+    Completion(id target, SEL action);
+    /// A nil block hears nothing.
+    explicit Completion(id block);
+
+    /// Calls with objects, and numbers of exactly the types that the action or the block takes.
+    template <class... Values>
+    void operator()(Values... values) const;
+
+    /// Whether anything hears.
+    explicit operator bool() const { return _listener != nullptr; }
+
+    /// Nil for a target with its action.
+    id block() const { return _listener == nullptr ? nil : _listener->block; }
+
+private:
+    /// Any function, by way of which others are cast.
+    using Function = void (*)();
+
+    struct Listener {
+        Listener(id listening, SEL selector);
+        explicit Listener(id given);
+        Listener(const Listener &) = delete;
+        Listener &operator=(const Listener &) = delete;
+        ~Listener();
+        /// The code of the block, which takes the block itself before the values.
+        Function blockCode() const;
+
+        id target = nil;
+        SEL action = nullptr;
+        id block = nil;
+    };
+
+    std::shared_ptr<const Listener> _listener;
+};
+
+template <class... Values>
+void Completion::operator()(Values... values) const {
+    const auto listener = _listener; // it may let this one go
+    if (listener == nullptr) {
+        return;
+    }
+    if (listener->block != nil) {
+        const auto code = reinterpret_cast<void (*)(id, Values...)>(listener->blockCode());
+        code(listener->block, values...);
+        return;
+    }
+    const auto method =
+        reinterpret_cast<Function>([listener->target methodForSelector:listener->action]);
+    reinterpret_cast<void (*)(id, SEL, Values...)>(method)(listener->target, listener->action,
+                                                           values...);
+}
+
+} // namespace KeloBridge

@@ -1,0 +1,42 @@
+#pragma once
+
+#import <KeloAPIObjC/endpoints/PostActionEndpoint.h>
+
+#include <KeloAPI/endpoints/PostActionEndpoint.hpp>
+#include <KeloAPIObjC/bridge/Bridge.hpp>
+#include <KeloAPIObjC/bridge/Completion.hpp>
+#include <KeloAPIObjC/bridge/Outcomes.hpp>
+
+namespace KeloBridge {
+
+/// What an action's endpoint does, whatever its parser makes.
+struct PostAction {
+    id (*post)(Object &endpoint);
+    void (*setPath)(Object &endpoint, bool on);
+    void (*toggle)(Object &endpoint, bool on, const Completion &heard);
+};
+
+/// The same for endpoints of class `E`.
+template <class E, class Item>
+PostAction postAction() {
+    using Result = KeloAPI::PostActionResult<Item>;
+    using Success = KeloAPI::PostActionSuccess<Item>;
+    PostAction action;
+    action.post = [](Object &endpoint) { return wrap(dynamic_cast<E &>(endpoint).post()); };
+    action.setPath = [](Object &endpoint, bool on) { dynamic_cast<E &>(endpoint).setPathFor(on); };
+    action.toggle = [](Object &endpoint, bool on, const Completion &heard) {
+        dynamic_cast<E &>(endpoint).toggle(on, [heard](const Result &result) {
+            const Pool pool;
+            heard(outcome([PostActionResult class], result,
+                          [](const Success &success) { return wrap(success.item); }));
+        });
+    };
+    return action;
+}
+
+} // namespace KeloBridge
+
+/// What derived classes say of themselves.
+@interface PostActionEndpoint (Derived)
++ (KeloBridge::PostAction)postAction;
+@end

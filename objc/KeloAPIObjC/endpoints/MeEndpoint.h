@@ -1,0 +1,26 @@
+#import <KeloAPIObjC/api/Endpoint.h>
+#import <KeloAPIObjC/api/EndpointResult.h>
+
+@class KLWatchUser;
+
+/// What `MeEndpoint` brings.
+@interface MeResult : EndpointResult
+/// The signed-in user; nil with an error.
+@property(nonatomic, readonly) KLWatchUser *user;
+@end
+
+/// Reads the signed-in user: GET users/me. Its class is "KeloAPI.MeEndpoint" at the runtime.
+@interface MeEndpoint : Endpoint
+
+/// On the authenticated session, with `Api.sessionDelegate`.
+- (instancetype)init;
+/// On a session of the caller's choice; nil stops the process.
+- (instancetype)initWithSession:(Session *)session;
+
+/// `action` takes a `MeResult`. An answer without error and without a user stops the process.
+- (void)getWithTarget:(id)target action:(SEL)action;
+#if __has_feature(blocks)
+- (void)get:(void (^)(MeResult *result))completion;
+#endif
+
+@end

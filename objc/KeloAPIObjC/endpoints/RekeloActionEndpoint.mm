@@ -1,0 +1,32 @@
+#import <KeloAPIObjC/endpoints/RekeloActionEndpoint.h>
+
+#include <KeloAPI/endpoints/RekeloActionEndpoint.hpp>
+#include <KeloAPIObjC/bridge/PostActions.hpp>
+#include <KeloAPIObjC/bridge/Required.hpp>
+
+using namespace KeloBridge;
+using Native = KeloAPI::RekeloActionEndpoint;
+
+@implementation RekeloActionEndpoint
+
++ (void)load {
+    add<Native>(self);
+}
+
++ (PostAction)postAction {
+    return postAction<Native, KeloAPI::KLRekelo>();
+}
+
+- (instancetype)initWithPost:(KLWatchPost *)post {
+    return hold(self, Native::create(shared<KeloAPI::KLWatchPost>(post)));
+}
+
+- (instancetype)initWithPost:(KLWatchPost *)post parser:(AnyObjectJsonParser *)parser {
+    unimplemented("init(post:parser:)", "KeloAPI.RekeloActionEndpoint");
+}
+
+- (instancetype)initWithSession:(Session *)session {
+    unimplemented("init(session:)", "KeloAPI.RekeloActionEndpoint");
+}
+
+@end
