@@ -87,10 +87,10 @@ static const NSUInteger pageCount = 2;
         [self fail:[error localizedDescription]];
         return;
     }
-    NSDictionary *answer = [NSJSONSerialization
-        JSONObjectWithData:[text dataUsingEncoding:NSUTF8StringEncoding]
-                   options:0
-                     error:NULL];
+    NSDictionary *answer =
+        [NSJSONSerialization JSONObjectWithData:[text dataUsingEncoding:NSUTF8StringEncoding]
+                                        options:0
+                                          error:NULL];
     id data = [answer isKindOfClass:[NSDictionary class]] ? [answer objectForKey:@"data"] : nil;
     NSString *key = [data isKindOfClass:[NSDictionary class]] ? [data objectForKey:@"key"] : nil;
     if (![key isKindOfClass:[NSString class]]) {
@@ -156,8 +156,7 @@ static const NSUInteger pageCount = 2;
     }
     NSString *path = [[result.endpoint localUrl] path];
     NSData *video = [NSData dataWithContentsOfFile:path];
-    printf("%s: %lu bytes\n", [[path lastPathComponent] UTF8String],
-           (unsigned long)[video length]);
+    printf("%s: %lu bytes\n", [[path lastPathComponent] UTF8String], (unsigned long)[video length]);
     _done = YES;
 }
 

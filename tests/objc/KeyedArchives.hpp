@@ -5,9 +5,15 @@
 #include <KeloAPI/platform/archive/KeyedArchiver.hpp>
 #include <KeloAPI/platform/archive/KeyedUnarchiver.hpp>
 
+#include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
+/// The keys that an object encodes, each with its kind, in order: "object name, integer width 3".
+extern "C" NSString *KeloEncodedKeys(id<NSCoding> object);
 /// What an object encodes, a line for each value, in order: "object name Cafe".
 extern "C" NSString *KeloEncodedLines(id<NSCoding> object);
 /// The archive of an object of that class with these members, each an object, and no others.
@@ -34,8 +40,33 @@ inline id readHere(const std::shared_ptr<const KeloAPI::Archivable> &object) {
 template <class T>
 std::shared_ptr<T> readThere(id object) {
     NSData *archive = [NSKeyedArchiver archivedDataWithRootObject:object];
-    return KeloAPI::KeyedUnarchiver::unarchive<T>(KeloAPI::Data(
-        std::string(static_cast<const char *>([archive bytes]), [archive length])));
+    return KeloAPI::KeyedUnarchiver::unarchive<T>(
+        KeloAPI::Data(std::string(static_cast<const char *>([archive bytes]), [archive length])));
+}
+
+/// An archived object of a class, with nothing in it but what `encode` writes.
+class Archived final : public KeloAPI::Archivable {
+public:
+    using Encode = std::function<void(KeloAPI::KeyedArchiver &coder)>;
+
+    explicit Archived(std::string_view className, Encode encode = {})
+        : _className(className)
+        , _encode(std::move(encode)) {}
+    std::vector<std::string_view> archivedClassNames() const override { return {_className}; }
+    void encodeWithCoder(KeloAPI::KeyedArchiver &coder) const override {
+        if (_encode) {
+            _encode(coder);
+        }
+    }
+
+private:
+    std::string_view _className;
+    Encode _encode;
+};
+
+/// Such an object, read here.
+inline id readOf(std::string_view className, Archived::Encode encode = {}) {
+    return readHere(std::make_shared<Archived>(className, std::move(encode)));
 }
 
 } // namespace KeloObjcTest

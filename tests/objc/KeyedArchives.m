@@ -1,10 +1,11 @@
 // In plain Objective-C, which has fast enumeration.
 #import <Foundation/Foundation.h>
 
-/// Writes down what is encoded.
+/// Writes down what is encoded: lines of everything, and the keys alone.
 @interface KeloRecordingCoder : NSCoder {
 @public
     NSMutableString *lines;
+    NSMutableArray *keys;
 }
 @end
 
@@ -16,17 +17,34 @@
 
 - (void)encodeObject:(id)object forKey:(NSString *)key {
     [lines appendFormat:@"object %@ %@\n", key, object];
+    NSString *kind = [object isKindOfClass:[NSValue class]] ? @"value " : @"object ";
+    [keys addObject:[kind stringByAppendingString:key]];
+}
+
+- (void)encodeInt64:(int64_t)value forKey:(NSString *)key {
+    [lines appendFormat:@"integer %@ %lld\n", key, (long long)value];
+    [keys addObject:[NSString stringWithFormat:@"integer %@ %lld", key, (long long)value]];
 }
 
 - (void)encodeDouble:(double)value forKey:(NSString *)key {
     [lines appendFormat:@"double %@ %g\n", key, value];
+    [keys addObject:[@"double " stringByAppendingString:key]];
 }
 
 - (void)encodeBool:(BOOL)value forKey:(NSString *)key {
     [lines appendFormat:@"bool %@ %d\n", key, value];
+    [keys addObject:[@"bool " stringByAppendingString:key]];
 }
 
 @end
+
+static KeloRecordingCoder *recorded(id<NSCoding> object) {
+    KeloRecordingCoder *coder = [[KeloRecordingCoder new] autorelease];
+    coder->lines = [NSMutableString string];
+    coder->keys = [NSMutableArray array];
+    [object encodeWithCoder:coder];
+    return coder;
+}
 
 /// Archives any objects under any keys.
 @interface KeloAnyObject : NSObject {
@@ -46,10 +64,11 @@
 @end
 
 NSString *KeloEncodedLines(id<NSCoding> object) {
-    KeloRecordingCoder *coder = [[KeloRecordingCoder new] autorelease];
-    coder->lines = [NSMutableString string];
-    [object encodeWithCoder:coder];
-    return coder->lines;
+    return recorded(object)->lines;
+}
+
+NSString *KeloEncodedKeys(id<NSCoding> object) {
+    return [recorded(object)->keys componentsJoinedByString:@", "];
 }
 
 NSData *KeloArchiveOf(NSString *className, NSDictionary *members) {

@@ -66,8 +66,8 @@ static id noted(id object) {
 }
 
 - (void)heard:(id)first and:(id)second and:(id)third and:(id)fourth {
-    [self note:[NSArray arrayWithObjects:noted(first), noted(second), noted(third), noted(fourth),
-                                         nil]];
+    [self note:[NSArray
+                   arrayWithObjects:noted(first), noted(second), noted(third), noted(fourth), nil]];
 }
 
 - (void)request:(id)request fraction:(double)fraction {

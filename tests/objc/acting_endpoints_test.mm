@@ -34,8 +34,8 @@ constexpr const char *refusal = R"({"error": "No.", "code": 7})";
 
 TEST_F(ActingTest, ResultsOfAHostsOwnTests) {
     NSError *error = [NSError errorWithDomain:@"host" code:3 userInfo:nil];
-    EndpointResult *failed =
-        [[[EndpointResult alloc] initWithContent:@"none" error:error] autorelease];
+    EndpointResult *failed = [[[EndpointResult alloc] initWithContent:@"none"
+                                                                error:error] autorelease];
     EXPECT_FALSE(failed.success);
     EXPECT_EQ(failed.error, error);
     EXPECT_EQ(failed.content, nil);
@@ -104,11 +104,9 @@ TEST_F(ActingTest, UserEndpointsOnASession) {
 }
 
 TEST_F(ActingTest, PagesATimeline) {
-    TimelineEndpoint *endpoint =
-        [[[TimelineEndpoint alloc] initWithPath:@"users/42"] autorelease];
+    TimelineEndpoint *endpoint = [[[TimelineEndpoint alloc] initWithPath:@"users/42"] autorelease];
     EXPECT_TRUE(same(endpoint.path, @"timelines/users/42"));
-    EXPECT_TRUE(same(endpoint.parameters,
-                     json(R"({"c_max": 3, "c_overflow": "trunc", "l_max": 3,
+    EXPECT_TRUE(same(endpoint.parameters, json(R"({"c_max": 3, "c_overflow": "trunc", "l_max": 3,
                               "l_overflow": "trunc", "size": 5})")));
     [endpoint fetchWithTarget:listener action:@selector(heard:)];
     ASSERT_TRUE(answered(R"({"data": {"records": [{"postId": 1}, {"postId": "b"}],
@@ -119,8 +117,7 @@ TEST_F(ActingTest, PagesATimeline) {
     EXPECT_TRUE(same([(KLWatchPost *)[page.posts objectAtIndex:0] postId], @"1"));
     EXPECT_EQ(page.previousPage, nil);
     EXPECT_TRUE([page.nextPage isMemberOfClass:[TimelineEndpoint class]]);
-    EXPECT_TRUE(same([page.nextPage.parameters objectForKey:@"page"],
-                     [NSNumber numberWithInt:2]));
+    EXPECT_TRUE(same([page.nextPage.parameters objectForKey:@"page"], [NSNumber numberWithInt:2]));
     [page.nextPage fetchWithTarget:listener action:@selector(heard:)];
     ASSERT_TRUE(answered(R"({"data": {"records": [], "previousPage": 1, "size": 20}})"));
     EXPECT_NE([(TimelineResult *)listener.object previousPage], nil);
@@ -192,8 +189,8 @@ TEST_F(ActingTest, DoesNotKeepThePost) {
 }
 
 TEST_F(ActingTest, ActionsOfAnyKind) {
-    PostActionEndpoint *endpoint =
-        [[[PostActionEndpoint alloc] initWithPost:post parser:posts()] autorelease];
+    PostActionEndpoint *endpoint = [[[PostActionEndpoint alloc] initWithPost:post
+                                                                      parser:posts()] autorelease];
     EXPECT_EQ(endpoint.post, post);
     [endpoint setPathForOn:YES];
     EXPECT_TRUE(same(endpoint.path, @""));
@@ -211,15 +208,15 @@ TEST_F(ActingTest, ActionsFromTheOtherSide) {
 }
 
 TEST_F(ActingTest, BoostsHaveTheirTexts) {
-    EXPECT_TRUE(same([RecommendationsEndpoint rawValueOfBoost:RecommendationBoostPositive],
-                     @"positive"));
-    EXPECT_TRUE(same([RecommendationsEndpoint rawValueOfBoost:RecommendationBoostNeutral],
-                     @"neutral"));
-    EXPECT_TRUE(same([RecommendationsEndpoint rawValueOfBoost:RecommendationBoostNegative],
-                     @"negative"));
+    EXPECT_TRUE(
+        same([RecommendationsEndpoint rawValueOfBoost:RecommendationBoostPositive], @"positive"));
+    EXPECT_TRUE(
+        same([RecommendationsEndpoint rawValueOfBoost:RecommendationBoostNeutral], @"neutral"));
+    EXPECT_TRUE(
+        same([RecommendationsEndpoint rawValueOfBoost:RecommendationBoostNegative], @"negative"));
     EXPECT_EQ([RecommendationsEndpoint rawValueOfBoost:(RecommendationBoost)3], nil);
-    EXPECT_TRUE(same([RecommendationsEndpoint boostWithRawValue:@"negative"],
-                     [NSNumber numberWithInt:2]));
+    EXPECT_TRUE(
+        same([RecommendationsEndpoint boostWithRawValue:@"negative"], [NSNumber numberWithInt:2]));
     EXPECT_EQ([RecommendationsEndpoint boostWithRawValue:@"Positive"], nil);
     EXPECT_EQ([RecommendationsEndpoint boostWithRawValue:nil], nil);
 }

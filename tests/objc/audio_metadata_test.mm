@@ -19,8 +19,7 @@ KLPostAudioMetadata *bare() {
 } // namespace
 
 TEST(KLPostAudioMetadataTest, ReadsJson) {
-    KLPostAudioMetadata *whole =
-        audio(R"({"trackId": 123456789012,
+    KLPostAudioMetadata *whole = audio(R"({"trackId": 123456789012,
                   "track": {"trackName": "Song", "artistName": "Band", "itunesId": 77,
                             "itunes_affiliate_token": "tok", "hasAudioTrackTimeline": true,
                             "albumArtUrl": "https://a.example/art.png"}})");
@@ -55,7 +54,8 @@ TEST(KLPostAudioMetadataTest, WhatLacksARequiredValueIsNone) {
     EXPECT_EQ(audio(R"({"trackId": 123, "track": {"trackName": "Song"}})"), nil);
     EXPECT_EQ(audio(R"({"trackId": 123, "track": {"artistName": "Band"}})"), nil);
     EXPECT_EQ(audio(R"({"trackId": "123",
-                        "track": {"trackName": "Song", "artistName": "Band"}})"), nil);
+                        "track": {"trackName": "Song", "artistName": "Band"}})"),
+              nil);
     EXPECT_EQ(audio(R"({"track": {"trackName": "Song", "artistName": "Band", "trackId": 123}})"),
               nil);
 }

@@ -57,8 +57,8 @@ TEST(KLVideoUrlBitrateSettingTest, NamesAFileByItsURLWithoutIdentity) {
     KLVideoUrlBitrateSetting *bare = setting(url(@"a.mp4"), nil, nil);
     EXPECT_EQ(bare.identifier, nil);
     EXPECT_EQ(bare.version, nil);
-    const KeloAPI::KLVideoUrlBitrateSetting there(
-        *KeloAPI::URL::parse("https://v.example/a.mp4"), "hls", std::nullopt, 1, std::nullopt);
+    const KeloAPI::KLVideoUrlBitrateSetting there(*KeloAPI::URL::parse("https://v.example/a.mp4"),
+                                                  "hls", std::nullopt, 1, std::nullopt);
     EXPECT_EQ([bare.uniqueId UTF8String], there.uniqueId());
     EXPECT_TRUE(same(setting(url(@"a.mp4"), @"1234", nil).uniqueId, bare.uniqueId));
     EXPECT_TRUE(same(setting(url(@"a.mp4"), nil, @"77").uniqueId, bare.uniqueId));
@@ -147,8 +147,7 @@ TEST(KLVideoUrlBitrateSettingsTest, StandsForTheLibrarysOwn) {
     const auto one = std::make_shared<KeloAPI::KLVideoUrlBitrateSetting>(
         *KeloAPI::URL::parse("https://v.example/"), "hls", "1", 1, "2");
     there->setSettings({one});
-    EXPECT_TRUE([[here.settings objectAtIndex:0]
-        isMemberOfClass:[KLVideoUrlBitrateSetting class]]);
+    EXPECT_TRUE([[here.settings objectAtIndex:0] isMemberOfClass:[KLVideoUrlBitrateSetting class]]);
     EXPECT_EQ([here highestSettingForFormat:@"hls"], wrap(one));
 }
 
@@ -200,6 +199,5 @@ TEST(KLVideoUrlBitrateSettingDeathTest, InitialisersThatAreNotOffered) {
 }
 
 TEST(KLVideoUrlBitrateSettingDeathTest, NeedsAnIdentityOrAURL) {
-    EXPECT_DEATH(setting([NSURL URLWithString:@""], @"1234", nil),
-                 "a bitrate setting needs a URL");
+    EXPECT_DEATH(setting([NSURL URLWithString:@""], @"1234", nil), "a bitrate setting needs a URL");
 }

@@ -28,8 +28,7 @@ TEST(KLBylineTest, KeepsItsIcon) {
     NSURL *icon = [NSURL URLWithString:@"https://i.example/b.png"];
     byline.iconUrl = icon;
     EXPECT_TRUE(same(byline.iconUrl, icon));
-    EXPECT_EQ(held<KeloAPI::KLByline>(byline).iconUrl->absoluteString(),
-              "https://i.example/b.png");
+    EXPECT_EQ(held<KeloAPI::KLByline>(byline).iconUrl->absoluteString(), "https://i.example/b.png");
     byline.iconUrl = nil;
     EXPECT_EQ(byline.iconUrl, nil);
 }

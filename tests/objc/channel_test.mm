@@ -1,10 +1,9 @@
-#include "objc/Archives.hpp"
+#include "objc/KeyedArchives.hpp"
 #include "objc/ObjcTest.hpp"
 
 #include <KeloAPI/model/KLChannel.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 
-using namespace KeloArchiveTest;
 using namespace KeloObjcTest;
 using Channel = KeloAPI::KLChannel;
 
@@ -127,17 +126,17 @@ TEST(KLChannelTest, IsArchived) {
 }
 
 TEST(KLChannelTest, ArchivesCrossTheLanguages) {
-    const auto native = unarchived<Channel>(fullChannel());
+    const auto native = readThere<Channel>(fullChannel());
     ASSERT_NE(native, nullptr);
     EXPECT_EQ(native->channelId, "12");
     EXPECT_EQ(native->name, "Cats");
     EXPECT_FALSE(native->following);
-    expectArchived(unarchived(native));
-    expectArchived(unarchived(KeloBridge::shared<Channel>(fullChannel())));
+    expectArchived(readHere(native));
+    expectArchived(readHere(KeloBridge::shared<Channel>(fullChannel())));
 }
 
 TEST(KLChannelTest, ReadsIncompleteArchives) {
-    KLChannel *read = unarchived("KLChannel");
+    KLChannel *read = readOf("KLChannel");
     EXPECT_TRUE(same(read.channelId, @""));
     EXPECT_TRUE(same(read.name, @""));
     EXPECT_TRUE(same(read.fontColorHex, @"000000"));

@@ -22,8 +22,7 @@ class EmptyParser final : public Parser {
 
 class ObjcEndpointTest : public EndpointTest {
 protected:
-    Endpoint *const endpoint =
-        [[[Endpoint alloc] initWithSession:registrySession()] autorelease];
+    Endpoint *const endpoint = [[[Endpoint alloc] initWithSession:registrySession()] autorelease];
     AnyObjectJsonParser *const parser = wrap(std::make_shared<EmptyParser>());
 };
 
@@ -63,9 +62,8 @@ TEST_F(ObjcEndpointTest, RefusesWhatCannotBe) {
         endpoint.parameters = [NSDictionary dictionaryWithObject:@"x"
                                                           forKey:[NSNumber numberWithInt:1]];
     })));
-    EXPECT_TRUE(refuses(raised([&] {
-        [endpoint requestWithTarget:listener action:@selector(unknown)];
-    })));
+    EXPECT_TRUE(
+        refuses(raised([&] { [endpoint requestWithTarget:listener action:@selector(unknown)]; })));
 }
 
 TEST_F(ObjcEndpointTest, KeepsTheKindsOfParameters) {
@@ -75,8 +73,8 @@ TEST_F(ObjcEndpointTest, KeepsTheKindsOfParameters) {
     EXPECT_TRUE(same(endpoint.parameters, kinds));
     NSNumber *largest = [NSNumber numberWithUnsignedLongLong:18446744073709551615ULL];
     endpoint.parameters = [NSDictionary dictionaryWithObject:largest forKey:@"n"];
-    EXPECT_TRUE(same([[endpoint.parameters objectForKey:@"n"] stringValue],
-                     @"18446744073709551615"));
+    EXPECT_TRUE(
+        same([[endpoint.parameters objectForKey:@"n"] stringValue], @"18446744073709551615"));
     endpoint.parameters = nil;
     EXPECT_EQ([endpoint.parameters count], 0U);
 }
@@ -114,8 +112,7 @@ TEST_F(ObjcEndpointTest, MakesItsRequest) {
 
 TEST_F(ObjcEndpointTest, HandsOutText) {
     endpoint.path = @"about";
-    id<EndpointRequest> handle = [endpoint requestWithTarget:listener
-                                                      action:@selector(heard:and:)];
+    id<EndpointRequest> handle = [endpoint requestWithTarget:listener action:@selector(heard:and:)];
     EXPECT_TRUE([(id)handle isMemberOfClass:[AlamofireEndpointRequest class]]);
     ASSERT_TRUE(answered("hello"));
     EXPECT_EQ(sent(), "GET about");
@@ -163,8 +160,8 @@ TEST_F(ObjcEndpointTest, ServiceErrors) {
     NSError *error = [[listener.calls lastObject] objectAtIndex:3];
     EXPECT_EQ([error code], 419);
     EXPECT_TRUE(same([error localizedDescription], @"Solve it."));
-    EXPECT_TRUE(same([[error userInfo] objectForKey:KLAPIStatusCodeKey],
-                     [NSNumber numberWithInt:419]));
+    EXPECT_TRUE(
+        same([[error userInfo] objectForKey:KLAPIStatusCodeKey], [NSNumber numberWithInt:419]));
     EXPECT_TRUE(same([[error userInfo] objectForKey:KLCaptchaUrlKey],
                      [NSURL URLWithString:@"https://service.example/captcha"]));
     EXPECT_EQ(delegate->captchaUrls.size(), 1U);
@@ -215,17 +212,15 @@ TEST_F(ObjcEndpointTest, Downloads) {
     ASSERT_TRUE(answered("other"));
     EXPECT_EQ([progress.calls count], reports);
     EXPECT_TRUE([[NSFileManager defaultManager] removeFileAtPath:file handler:nil]);
-    EXPECT_TRUE(same([raised([&] {
-                         [endpoint downloadWithDestinationUrl:nil target:nil action:nullptr];
-                     }) name],
-                     NSInvalidArgumentException));
+    EXPECT_TRUE(same(
+        [raised([&] { [endpoint downloadWithDestinationUrl:nil target:nil action:nullptr]; }) name],
+        NSInvalidArgumentException));
 }
 
 TEST_F(ObjcEndpointTest, HandlesTellProgressAndCancel) {
     const auto manual = std::make_shared<KeloAPI::testing::ManualTransport>();
     session->setSessionManager(std::make_shared<KeloAPI::Manager>(manual));
-    id<EndpointRequest> handle = [endpoint requestWithTarget:listener
-                                                      action:@selector(heard:and:)];
+    id<EndpointRequest> handle = [endpoint requestWithTarget:listener action:@selector(heard:and:)];
     Listener *progress = [[Listener new] autorelease];
     [handle setProgressTarget:progress action:@selector(request:fraction:)];
     manual->head(200, 8);
@@ -275,9 +270,8 @@ TEST_F(ObjcEndpointTest, ANilTargetHearsNothing) {
 
 TEST_F(ObjcEndpointTest, Blocks) {
     int count = 0;
-    Block<id, id> text([&](id first, id second) {
-        count += [first isEqual:@"hello"] && second == nil ? 1 : 0;
-    });
+    Block<id, id> text(
+        [&](id first, id second) { count += [first isEqual:@"hello"] && second == nil ? 1 : 0; });
     [blocks(endpoint) requestWithCompletionHandler:text.object()];
     transport->answer(ScriptedAnswer::json("hello"));
     EXPECT_TRUE(KeloAPI::testing::runUntil([&] { return count == 1; }));

@@ -1,9 +1,8 @@
-#include "objc/Archives.hpp"
+#include "objc/KeyedArchives.hpp"
 #include "objc/ObjcTest.hpp"
 
 #include <KeloAPI/model/KLEntity.hpp>
 
-using namespace KeloArchiveTest;
 using namespace KeloObjcTest;
 using Entity = KeloAPI::KLEntity;
 
@@ -70,16 +69,16 @@ TEST(KLEntityTest, IsArchived) {
 }
 
 TEST(KLEntityTest, ArchivesCrossTheLanguages) {
-    const auto native = unarchived<Entity>(entity(@"9", @"mention", @"Mia"));
+    const auto native = readThere<Entity>(entity(@"9", @"mention", @"Mia"));
     ASSERT_NE(native, nullptr);
     EXPECT_EQ(native->idString(), "9");
     EXPECT_EQ(native->link(), " | kelo://a | b");
     EXPECT_EQ(native->range, (KeloAPI::Range{3, 4}));
-    expectSame(unarchived(native), entity(@"9", @"mention", @"Mia"));
+    expectSame(readHere(native), entity(@"9", @"mention", @"Mia"));
 }
 
 TEST(KLEntityTest, ReadsIncompleteArchives) {
-    KLEntity *read = unarchived("KLEntity");
+    KLEntity *read = readOf("KLEntity");
     EXPECT_EQ(read.idString, nil);
     EXPECT_EQ(read.type, nil);
     EXPECT_TRUE(same(read.title, @""));
@@ -90,19 +89,23 @@ TEST(KLEntityTest, ReadsIncompleteArchives) {
 
 TEST(KLEntityTest, ReadsNoOtherRanges) {
     const auto rangeOf = [](const Archived::Encode &encode) {
-        return static_cast<KLEntity *>(unarchived("KLEntity", encode)).range;
+        return static_cast<KLEntity *>(readOf("KLEntity", encode)).range;
     };
     const NSRange none = NSMakeRange(0, 0);
-    EXPECT_TRUE(NSEqualRanges(rangeOf([](auto &coder) { coder.encodeText("{1, 2}", "range"); }),
+    EXPECT_TRUE(
+        NSEqualRanges(rangeOf([](auto &coder) { coder.encodeText("{1, 2}", "range"); }), none));
+    EXPECT_TRUE(NSEqualRanges(rangeOf([](auto &coder) {
+                                  coder.encodeRange(KeloAPI::Range{-1, 2}, "range");
+                              }),
                               none));
-    EXPECT_TRUE(NSEqualRanges(
-        rangeOf([](auto &coder) { coder.encodeRange(KeloAPI::Range{-1, 2}, "range"); }), none));
-    EXPECT_TRUE(NSEqualRanges(
-        rangeOf([](auto &coder) { coder.encodeRange(KeloAPI::Range{2, INT64_MAX}, "range"); }),
-        none));
-    EXPECT_TRUE(NSEqualRanges(
-        rangeOf([](auto &coder) { coder.encodeRange(KeloAPI::Range{1, 2}, "range"); }),
-        NSMakeRange(1, 2)));
+    EXPECT_TRUE(NSEqualRanges(rangeOf([](auto &coder) {
+                                  coder.encodeRange(KeloAPI::Range{2, INT64_MAX}, "range");
+                              }),
+                              none));
+    EXPECT_TRUE(NSEqualRanges(rangeOf([](auto &coder) {
+                                  coder.encodeRange(KeloAPI::Range{1, 2}, "range");
+                              }),
+                              NSMakeRange(1, 2)));
 }
 
 TEST(KLEntityTest, LeavesTheCoderAsItWas) {

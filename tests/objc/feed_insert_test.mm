@@ -54,12 +54,11 @@ NSNumber *yes() {
 } // namespace
 
 TEST(KLFeedInsertTest, KeepsReferenceAndCloseable) {
-    KLFeedInsert *insert =
-        [[[KLFeedInsert alloc] initWithReference:@"r" closeable:YES] autorelease];
+    KLFeedInsert *insert = [[[KLFeedInsert alloc] initWithReference:@"r"
+                                                          closeable:YES] autorelease];
     EXPECT_TRUE(same(insert.reference, @"r"));
     EXPECT_TRUE(insert.closeable);
-    KLFeedInsert *fixed =
-        [[[KLFeedInsert alloc] initWithReference:@"r" closeable:NO] autorelease];
+    KLFeedInsert *fixed = [[[KLFeedInsert alloc] initWithReference:@"r" closeable:NO] autorelease];
     EXPECT_FALSE(fixed.closeable);
 }
 

@@ -45,8 +45,7 @@ TEST(IdentityTest, OtherObjectsCross) {
 }
 
 TEST(IdentityTest, AnotherClassHasNoPlace) {
-    NSException *exception =
-        raised([] { shared<KeloAPI::KLEmpty>([[NSObject new] autorelease]); });
+    NSException *exception = raised([] { shared<KeloAPI::KLEmpty>([[NSObject new] autorelease]); });
     EXPECT_TRUE(same([exception name], NSInvalidArgumentException));
 }
 

@@ -54,8 +54,8 @@ TEST(KLLongformTest, NeedsAURL) {
 }
 
 TEST(KLLongformTest, StandsForWhatIsParsed) {
-    id one = wrap(std::make_shared<KeloAPI::KLLongform>(
-        "x", *KeloAPI::URL::parse("https://v.example/"), 3));
+    id one = wrap(
+        std::make_shared<KeloAPI::KLLongform>("x", *KeloAPI::URL::parse("https://v.example/"), 3));
     EXPECT_TRUE([one isMemberOfClass:[KLLongform class]]);
     EXPECT_EQ([one duration], 3);
 }
@@ -69,8 +69,7 @@ TEST(KLEndlessLikesRangeTest, KeepsWhatItIsMadeOf) {
     EXPECT_EQ(range.startTime, 1.5);
     EXPECT_EQ(range.endTime, 2.5);
     EXPECT_EQ(range.level, 3);
-    KLEndlessLikesRange *parsed =
-        wrap(std::make_shared<KeloAPI::KLEndlessLikesRange>(1, 2, 3, 4));
+    KLEndlessLikesRange *parsed = wrap(std::make_shared<KeloAPI::KLEndlessLikesRange>(1, 2, 3, 4));
     ASSERT_TRUE([parsed isMemberOfClass:[KLEndlessLikesRange class]]);
     EXPECT_EQ(parsed.startTime, 2);
 }

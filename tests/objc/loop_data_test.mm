@@ -135,8 +135,8 @@ TEST(KLLoopDataTest, BothLanguagesReadEachOthersArchives) {
 TEST(KLLoopDataTest, AnArchiveNeedsCountAndVelocity) {
     NSNumber *one = [NSNumber numberWithInt:1];
     KLLoopData *data = unarchived(KeloArchiveOf(
-        @"KLLoopData", [NSDictionary dictionaryWithObjectsAndKeys:one, @"count", real(2.5),
-                                                                  @"velocity", nil]));
+        @"KLLoopData",
+        [NSDictionary dictionaryWithObjectsAndKeys:one, @"count", real(2.5), @"velocity", nil]));
     EXPECT_TRUE(same(data.count, one));
     EXPECT_TRUE(same(data.velocity, real(2.5)));
     EXPECT_TRUE(isNow(data.created));
@@ -144,8 +144,8 @@ TEST(KLLoopDataTest, AnArchiveNeedsCountAndVelocity) {
     EXPECT_EQ(unarchived(KeloArchiveOf(@"KLLoopData",
                                        [NSDictionary dictionaryWithObject:one forKey:@"count"])),
               nil);
-    EXPECT_EQ(unarchived(KeloArchiveOf(
-                  @"KLLoopData", [NSDictionary dictionaryWithObject:one forKey:@"velocity"])),
+    EXPECT_EQ(unarchived(KeloArchiveOf(@"KLLoopData",
+                                       [NSDictionary dictionaryWithObject:one forKey:@"velocity"])),
               nil);
 }
 

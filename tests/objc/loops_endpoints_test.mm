@@ -31,8 +31,7 @@ TEST_F(LoopEndpointsTest, SubmitsLoops) {
     NSDictionary *loop = [[json(lastBody().c_str()) objectForKey:@"loops"] objectAtIndex:0];
     EXPECT_EQ([[loop objectForKey:@"count"] intValue], 5);
     EXPECT_TRUE(same([loop objectForKey:@"postId"], @"123"));
-    EXPECT_LT(fabs([[loop objectForKey:@"ts"] doubleValue] -
-                   [[NSDate date] timeIntervalSince1970]),
+    EXPECT_LT(fabs([[loop objectForKey:@"ts"] doubleValue] - [[NSDate date] timeIntervalSince1970]),
               20);
     EXPECT_TRUE(same([raised([&] { [endpoint submitWithCount:5 post:nil]; }) name],
                      NSInvalidArgumentException));
@@ -52,8 +51,8 @@ TEST_F(LoopEndpointsTest, ReadsAndReportsViews) {
     EXPECT_NE([endpoint submitViewWithTarget:listener action:@selector(heard:)], nil);
     ASSERT_TRUE(answered(R"({"data": {}})"));
     EXPECT_EQ(sent(), "POST longforms/abc/views");
-    EXPECT_TRUE([[json(lastBody().c_str()) objectForKey:@"timestamp"]
-        isKindOfClass:[NSString class]]);
+    EXPECT_TRUE(
+        [[json(lastBody().c_str()) objectForKey:@"timestamp"] isKindOfClass:[NSString class]]);
     EXPECT_EQ(listener.object, nil);
     [endpoint submitViewWithTarget:listener action:@selector(heard:)];
     ASSERT_TRUE(answered(refusal));
@@ -65,8 +64,8 @@ TEST_F(LoopEndpointsTest, ReadsAndReportsViews) {
 }
 
 TEST_F(LoopEndpointsTest, Views) {
-    KLLongformViews *views =
-        [[[KLLongformViews alloc] initWithLongformId:@"x" count:-2] autorelease];
+    KLLongformViews *views = [[[KLLongformViews alloc] initWithLongformId:@"x"
+                                                                    count:-2] autorelease];
     EXPECT_TRUE(same(views.longformId, @"x"));
     EXPECT_EQ(views.count, -2);
     EXPECT_DEATH([[KLLongformViews alloc] init],

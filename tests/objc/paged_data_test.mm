@@ -22,8 +22,8 @@ KLPagedData *numbers(int first, int many, KLPagingMetadata *paging) {
 }
 
 KLPagedData *texts() {
-    return [[[KLPagedData alloc]
-        initWithData:[NSArray arrayWithObjects:@"a", @"b", @"c", nil]] autorelease];
+    return [[[KLPagedData alloc] initWithData:[NSArray arrayWithObjects:@"a", @"b", @"c", nil]]
+        autorelease];
 }
 
 NSString *joined(KLPagedData *data) {
@@ -171,12 +171,12 @@ TEST(KLPagedDataTest, ThereIsNoElementNil) {
     KLPagedData *data = texts();
     const auto name = [](NSException *exception) { return [exception name]; };
     EXPECT_TRUE(same(name(raised([&] { [data append:nil]; })), NSInvalidArgumentException));
-    EXPECT_TRUE(same(name(raised([&] { [data insert:nil atIndex:0]; })),
-                     NSInvalidArgumentException));
+    EXPECT_TRUE(
+        same(name(raised([&] { [data insert:nil atIndex:0]; })), NSInvalidArgumentException));
     EXPECT_TRUE(same(name(raised([&] { [data setObject:nil atIndexedSubscript:0]; })),
                      NSInvalidArgumentException));
-    EXPECT_TRUE(same(name(raised([&] { [data appendPagedData:nil]; })),
-                     NSInvalidArgumentException));
+    EXPECT_TRUE(
+        same(name(raised([&] { [data appendPagedData:nil]; })), NSInvalidArgumentException));
     EXPECT_TRUE(same(joined(data), @"a b c"));
     EXPECT_EQ(data.metadata.count, 3);
 }

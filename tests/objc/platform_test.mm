@@ -120,8 +120,8 @@ TEST(ObjcMetadataTest, ReadsJson) {
     EXPECT_EQ(metadata.displayCount, 71);
     metadata.displayCount = 5;
     EXPECT_EQ(metadata.displayCount, 5);
-    EXPECT_TRUE(same([metadata nextPageParameters:10],
-                     json(R"({"page": 3, "anchor": "12", "size": 10})")));
+    EXPECT_TRUE(
+        same([metadata nextPageParameters:10], json(R"({"page": 3, "anchor": "12", "size": 10})")));
     EXPECT_TRUE(same([metadata previousPageParameters:10],
                      json(R"({"page": 1, "backAnchor": "12", "size": 10})")));
 }
@@ -136,8 +136,8 @@ TEST(ObjcMetadataTest, MissingValues) {
     EXPECT_EQ([metadata nextPageParameters:10], nil);
     EXPECT_EQ([metadata previousPageParameters:10], nil);
     Metadata *unmade = [[Metadata alloc] autorelease];
-    EXPECT_TRUE(same([raised([&] { [unmade initWithJson:nil]; }) name],
-                     NSInvalidArgumentException));
+    EXPECT_TRUE(
+        same([raised([&] { [unmade initWithJson:nil]; }) name], NSInvalidArgumentException));
     EXPECT_DEATH([[Metadata alloc] init],
                  "unimplemented initialiser init\\(\\) of class KeloAPI.Metadata");
 }

@@ -1,4 +1,4 @@
-#include "objc/Archives.hpp"
+#include "objc/KeyedArchives.hpp"
 #include "objc/ObjcTest.hpp"
 
 #include <KeloAPI/model/KLPostSource.hpp>
@@ -7,7 +7,6 @@
 
 #include <limits>
 
-using namespace KeloArchiveTest;
 using namespace KeloObjcTest;
 using Thumbnail = KeloAPI::PostThumbnail;
 
@@ -49,23 +48,23 @@ TEST(PostThumbnailTest, IsArchived) {
 }
 
 TEST(PostThumbnailTest, ArchivesCrossTheLanguages) {
-    const auto native = unarchived<Thumbnail>(thumbnail());
+    const auto native = readThere<Thumbnail>(thumbnail());
     ASSERT_NE(native, nullptr);
     EXPECT_EQ(native->url().absoluteString(), "https://cdn.example/a.jpg");
     EXPECT_EQ(native->width(), 640);
     EXPECT_EQ(native->height(), std::numeric_limits<int64_t>::max());
-    PostThumbnail *read = unarchived(std::make_shared<Thumbnail>(native->url(), -3, 4));
+    PostThumbnail *read = readHere(std::make_shared<Thumbnail>(native->url(), -3, 4));
     EXPECT_TRUE(same(read.url, thumbnail().url));
     EXPECT_EQ(read.width, -3);
     EXPECT_EQ(read.height, 4);
 }
 
 TEST(PostThumbnailTest, ReadsIncompleteArchives) {
-    EXPECT_EQ(unarchived("PostThumbnail"), nil);
-    EXPECT_EQ(unarchived("PostThumbnail",
-                         [](auto &coder) { coder.encodeText("https://cdn.example/", "url"); }),
+    EXPECT_EQ(readOf("PostThumbnail"), nil);
+    EXPECT_EQ(readOf("PostThumbnail",
+                     [](auto &coder) { coder.encodeText("https://cdn.example/", "url"); }),
               nil);
-    PostThumbnail *read = unarchived("PostThumbnail", [](auto &coder) {
+    PostThumbnail *read = readOf("PostThumbnail", [](auto &coder) {
         coder.encodeURL(KeloAPI::URL::parse("https://cdn.example/"), "url");
     });
     EXPECT_TRUE(same(read.url, address(@"https://cdn.example/")));

@@ -271,8 +271,7 @@ protected:
 TEST_F(ApiTest, OneSessionOfEachType) {
     Session *authenticated = [Api session:SessionTypeAuthenticated];
     EXPECT_EQ([Api session:SessionTypeAuthenticated], authenticated);
-    EXPECT_EQ(shared(authenticated),
-              KeloAPI::Api::session(KeloAPI::SessionType::Authenticated));
+    EXPECT_EQ(shared(authenticated), KeloAPI::Api::session(KeloAPI::SessionType::Authenticated));
     Session *other = [Api session:SessionTypeUnAuthenticated];
     EXPECT_NE(other, authenticated);
     EXPECT_EQ(other.sessionType, SessionTypeUnAuthenticated);

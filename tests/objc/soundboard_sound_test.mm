@@ -106,12 +106,12 @@ TEST(SoundboardSoundTest, WhatIsOfAnotherKindInAnArchiveIsMissing) {
                   [NSDictionary dictionaryWithObjectsAndKeys:@"Bell", @"name", address, @"soundId",
                                                              address, @"soundUrl", nil])),
               nil);
-    EXPECT_EQ(unarchived(KeloArchiveOf(
-                  @"SoundboardSound",
-                  [NSDictionary dictionaryWithObjectsAndKeys:@"Bell", @"name", @"8001", @"soundId",
-                                                             @"https://s.example/", @"soundUrl",
-                                                             nil])),
-              nil);
+    EXPECT_EQ(
+        unarchived(KeloArchiveOf(
+            @"SoundboardSound",
+            [NSDictionary dictionaryWithObjectsAndKeys:@"Bell", @"name", @"8001", @"soundId",
+                                                       @"https://s.example/", @"soundUrl", nil])),
+        nil);
     SoundboardSound *sound = unarchived(KeloArchiveOf(
         @"SoundboardSound",
         [NSDictionary dictionaryWithObjectsAndKeys:@"Bell", @"name", @"8001", @"soundId", address,

@@ -1,9 +1,8 @@
-#include "objc/Archives.hpp"
+#include "objc/KeyedArchives.hpp"
 #include "objc/ObjcTest.hpp"
 
 #include <KeloAPI/model/KLTag.hpp>
 
-using namespace KeloArchiveTest;
 using namespace KeloObjcTest;
 using Tag = KeloAPI::KLTag;
 
@@ -46,21 +45,21 @@ TEST(KLTagTest, IsArchivedWithoutItsCount) {
 }
 
 TEST(KLTagTest, ArchivesCrossTheLanguages) {
-    const auto native = unarchived<Tag>(tag(@"5", @"caf\u00e9"));
+    const auto native = readThere<Tag>(tag(@"5", @"caf\u00e9"));
     ASSERT_NE(native, nullptr);
     EXPECT_EQ(native->tagId(), "5");
     EXPECT_EQ(native->name(), "#caf\u00e9");
-    KLTag *read = unarchived(native);
+    KLTag *read = readHere(native);
     EXPECT_TRUE(same(read.tagId, @"5"));
     EXPECT_TRUE(same(read.name, @"#caf\u00e9"));
 }
 
 TEST(KLTagTest, TakesArchivedNamesAsTheyAre) {
-    KLTag *read = unarchived("KLTag");
+    KLTag *read = readOf("KLTag");
     EXPECT_TRUE(same(read.tagId, @""));
     EXPECT_TRUE(same(read.name, @""));
     EXPECT_TRUE(same(read.nameWithoutHash, @""));
-    KLTag *bare = unarchived("KLTag", [](auto &coder) { coder.encodeText("cats", "name"); });
+    KLTag *bare = readOf("KLTag", [](auto &coder) { coder.encodeText("cats", "name"); });
     EXPECT_TRUE(same(bare.name, @"cats"));
 }
 

@@ -50,8 +50,7 @@ void expectWhole(KLVenue *venue) {
 } // namespace
 
 TEST(KLVenueTest, StartsWithIdentifierAndNameAlone) {
-    KLVenue *venue =
-        [[[KLVenue alloc] initWithFoursquareVenueId:@"v1" name:@"Cafe"] autorelease];
+    KLVenue *venue = [[[KLVenue alloc] initWithFoursquareVenueId:@"v1" name:@"Cafe"] autorelease];
     EXPECT_TRUE(same(venue.foursquareVenueId, @"v1"));
     EXPECT_TRUE(same(venue.name, @"Cafe"));
     EXPECT_EQ(venue.address, nil);
@@ -108,8 +107,8 @@ TEST(KLVenueTest, EncodesEveryPropertyInOrder) {
 
 TEST(KLVenueTest, ComesOutOfItsArchive) {
     expectWhole(archivedAndBack(venue()));
-    KLVenue *bare =
-        archivedAndBack([[[KLVenue alloc] initWithFoursquareVenueId:@"v2" name:@""] autorelease]);
+    KLVenue *bare = archivedAndBack([[[KLVenue alloc] initWithFoursquareVenueId:@"v2"
+                                                                           name:@""] autorelease]);
     EXPECT_TRUE(same(bare.foursquareVenueId, @"v2"));
     EXPECT_TRUE(same(bare.name, @""));
     EXPECT_EQ(bare.address, nil);

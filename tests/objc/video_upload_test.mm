@@ -20,8 +20,8 @@ KLVideoUploadProcessingInfo *info(KLVideoUploadProcessingState state) {
 }
 
 KLPostProcessStatus *status(NSInteger state) {
-    return [[[KLPostProcessStatus alloc]
-        initWithState:static_cast<KLPostProcessStatusState>(state)] autorelease];
+    return [[[KLPostProcessStatus alloc] initWithState:static_cast<KLPostProcessStatusState>(state)]
+        autorelease];
 }
 
 } // namespace

@@ -65,8 +65,7 @@ TEST(KLWatchUserTest, KeepsWhatIsSet) {
     user.loopData = wrap(std::make_shared<KeloAPI::LoopData>(KeloAPI::Number::of(std::int64_t(3)),
                                                              KeloAPI::Number::of(1.0)));
     EXPECT_TRUE(same(user.username, @"mara"));
-    EXPECT_EQ(shared(user.loopData),
-              shared<KeloAPI::KLWatchUser>(user)->loopData);
+    EXPECT_EQ(shared(user.loopData), shared<KeloAPI::KLWatchUser>(user)->loopData);
     EXPECT_NE(user.loopData, nil);
     user.loopData = nil;
     EXPECT_EQ(user.loopData, nil);

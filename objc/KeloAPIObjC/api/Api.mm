@@ -22,8 +22,8 @@ static id<SessionDelegate> heldDelegate = nil;
 }
 
 + (Session *)session:(SessionType)type delegate:(id<SessionDelegate>)delegate {
-    return wrap(Native::session(static_cast<KeloAPI::SessionType>(type),
-                                sessionDelegate(delegate)));
+    return wrap(
+        Native::session(static_cast<KeloAPI::SessionType>(type), sessionDelegate(delegate)));
 }
 
 + (id<SessionDelegate>)sessionDelegate {

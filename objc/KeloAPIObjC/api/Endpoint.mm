@@ -82,9 +82,8 @@ NSDictionary *fields(const KeloAPI::HeaderFields &known) {
         [NSException raise:NSInvalidArgumentException
                     format:@"no parameter encoding: %ld", static_cast<long>(parameterEncoding)];
     }
-    held<Native>(self).setParameterEncoding(parameterEncoding == ParameterEncodingURL
-                                                ? Encoding::URL
-                                                : Encoding::JSON);
+    held<Native>(self).setParameterEncoding(
+        parameterEncoding == ParameterEncodingURL ? Encoding::URL : Encoding::JSON);
 }
 
 - (NSDictionary *)parameters {
@@ -127,8 +126,8 @@ NSDictionary *fields(const KeloAPI::HeaderFields &known) {
 }
 
 - (id<EndpointRequest>)requestWithParser:(AnyObjectJsonParser *)parser
-                       completionHandler:(KELO_BLOCK(NSArray *, Metadata *, Timeline *,
-                                                     NSError *))handler {
+                       completionHandler:
+                           (KELO_BLOCK(NSArray *, Metadata *, Timeline *, NSError *))handler {
     return wrap(sendParsed(held<Native>(self), parser, Completion(handler)));
 }
 
@@ -141,8 +140,8 @@ NSDictionary *fields(const KeloAPI::HeaderFields &known) {
 
 - (id<EndpointRequest>)uploadWithParser:(AnyObjectJsonParser *)parser
                                    data:(NSData *)data
-                      completionHandler:(KELO_BLOCK(NSArray *, Metadata *, Timeline *,
-                                                    NSError *))handler {
+                      completionHandler:
+                          (KELO_BLOCK(NSArray *, Metadata *, Timeline *, NSError *))handler {
     return wrap(uploadParsed(held<Native>(self), parser, data, Completion(handler)));
 }
 

@@ -15,8 +15,8 @@ using KeloAPI::Object;
 /// Whether an object is one of a C++ class.
 using Test = bool (*)(const Object &object);
 
-/// `made` stands for the objects of C++ class that `test` knows, unless a class that was made from it
-/// knows them too. Called in `+load`.
+/// `made` stands for the objects of C++ class that `test` knows, unless a class that was made from
+/// it knows them too. Called in `+load`.
 void add(Class made, Test test);
 
 template <class T>
@@ -48,12 +48,12 @@ void addDerivable(Class made, Stand stand);
 /// Returns it.
 id hold(KLBridged *made, std::shared_ptr<Object> object);
 
-/// The Objective-C object of `object`, autoreleased; nil for null. The one there is, or a new one of
-/// the class that was added for it. An Objective-C object that came from `shared` is itself.
+/// The Objective-C object of `object`, autoreleased; nil for null. The one there is, or a new one
+/// of the class that was added for it. An Objective-C object that came from `shared` is itself.
 id wrap(std::shared_ptr<Object> object);
 
-/// The C++ object that a bridged object stands for; for any other object one that stands for it, and
-/// is the same one while it is alive. Null for nil.
+/// The C++ object that a bridged object stands for; for any other object one that stands for it,
+/// and is the same one while it is alive. Null for nil.
 std::shared_ptr<Object> shared(id object);
 
 /// How many bridged objects are alive.

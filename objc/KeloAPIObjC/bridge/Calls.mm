@@ -30,9 +30,9 @@ struct ParsedCompletion {
 } // namespace
 
 Method methodOf(NSString *known) {
-    for (const Method method : {Method::OPTIONS, Method::GET, Method::HEAD, Method::POST,
-                                Method::PUT, Method::PATCH, Method::DELETE, Method::TRACE,
-                                Method::CONNECT}) {
+    for (const Method method :
+         {Method::OPTIONS, Method::GET, Method::HEAD, Method::POST, Method::PUT, Method::PATCH,
+          Method::DELETE, Method::TRACE, Method::CONNECT}) {
         if (known != nil && text(known) == name(method)) {
             return method;
         }

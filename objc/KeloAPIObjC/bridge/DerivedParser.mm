@@ -3,6 +3,7 @@
 #import <KeloAPIObjC/bridge/Caught.h>
 
 #include <KeloAPI/parsing/ParserError.hpp>
+#include <KeloAPIObjC/bridge/Pool.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
 namespace KeloBridge {
@@ -11,18 +12,6 @@ namespace {
 
 using KeloAPI::JsonParseError;
 using KeloAPI::ParserError;
-
-/// The library's threads have no pool of their own.
-class PoolOfParse {
-public:
-    PoolOfParse() = default;
-    PoolOfParse(const PoolOfParse &) = delete;
-    PoolOfParse &operator=(const PoolOfParse &) = delete;
-    ~PoolOfParse() { [_pool drain]; }
-
-private:
-    NSAutoreleasePool *_pool = [NSAutoreleasePool new];
-};
 
 /// A call of an Objective-C parser, and what came of it.
 struct Call {
@@ -61,7 +50,7 @@ public:
 DerivedParser::~DerivedParser() = default;
 
 std::shared_ptr<Object> DerivedParser::parse(const KeloAPI::JsonObject &json) const {
-    const PoolOfParse pool;
+    const Pool pool;
     Call call = {static_cast<::AnyObjectJsonParser *>(object()), dictionary(json), nil, nil};
     if (NSException *raised = KLCaught(KeloBridge::parse, &call)) {
         throwRaised(raised);

@@ -31,8 +31,7 @@ static void toggle(PostActionEndpoint *endpoint, BOOL on, const Completion &hear
 }
 
 - (instancetype)initWithPost:(KLWatchPost *)post parser:(AnyObjectJsonParser *)parser {
-    return hold(self, Native::create(shared<KeloAPI::KLWatchPost>(post),
-                                     shared<Parser>(parser)));
+    return hold(self, Native::create(shared<KeloAPI::KLWatchPost>(post), shared<Parser>(parser)));
 }
 
 - (instancetype)initWithSession:(Session *)session {

@@ -11,8 +11,8 @@ using Native = KeloAPI::UserEndpoint;
 static void follow(UserEndpoint *endpoint, BOOL following, const Completion &heard) {
     const auto told = [heard](const KeloAPI::UserResult &result) {
         const Pool pool;
-        heard(outcome([UserResult class], result,
-                      [](const KeloAPI::UserSuccess &) { return nil; }));
+        heard(
+            outcome([UserResult class], result, [](const KeloAPI::UserSuccess &) { return nil; }));
     };
     held<Native>(endpoint).setFollowingOnTwitter(following, told);
 }

@@ -16,10 +16,9 @@ using Native = KeloAPI::FileEndpoint;
 KeloAPI::FileEndpoint::Completion KeloBridge::fileCompletion(const Completion &heard) {
     return [heard](const KeloAPI::FileDownloadResult &result) {
         const Pool pool;
-        heard(outcome([FileDownloadResult class], result,
-                      [](const KeloAPI::FileDownloadSuccess &success) {
-                          return wrap(success.endpoint);
-                      }));
+        heard(outcome(
+            [FileDownloadResult class], result,
+            [](const KeloAPI::FileDownloadSuccess &success) { return wrap(success.endpoint); }));
     };
 }
 

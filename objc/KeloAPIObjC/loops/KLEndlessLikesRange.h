@@ -3,10 +3,7 @@
 /// How many likes a span of a long-form video was given, at one level. Does not change once made.
 @interface KLEndlessLikesRange : KLBridged
 
-- (instancetype)initWithCount:(double)count
-                        start:(double)start
-                          end:(double)end
-                        level:(double)level;
+- (instancetype)initWithCount:(double)count start:(double)start end:(double)end level:(double)level;
 /// Stops the process.
 - (instancetype)init;
 

@@ -48,8 +48,8 @@
                                       completion:(void (^)(KLVideoUpload *upload,
                                                            NSError *error))completion;
 - (id<EndpointRequest>)checkStatusWithMediaId:(NSString *)mediaId
-                                   completion:(void (^)(KLVideoUpload *upload,
-                                                        NSError *error))completion;
+                                   completion:
+                                       (void (^)(KLVideoUpload *upload, NSError *error))completion;
 #endif
 
 @end

@@ -40,10 +40,10 @@ static Native::Completion uploadCompletion(const Completion &heard) {
 }
 
 - (id<EndpointRequest>)initiateUploadWithTotalBytes:(NSInteger)totalBytes
-                                         completion:(KELO_BLOCK(KLVideoUpload *,
-                                                                NSError *))completion {
-    return wrap(held<Native>(self).initiateUpload(totalBytes,
-                                                  uploadCompletion(Completion(completion))));
+                                         completion:
+                                             (KELO_BLOCK(KLVideoUpload *, NSError *))completion {
+    return wrap(
+        held<Native>(self).initiateUpload(totalBytes, uploadCompletion(Completion(completion))));
 }
 
 - (id<EndpointRequest>)uploadSegmentWithMediaId:(NSString *)mediaId
@@ -71,10 +71,10 @@ static Native::Completion uploadCompletion(const Completion &heard) {
 }
 
 - (id<EndpointRequest>)finalizeUploadWithMediaId:(NSString *)mediaId
-                                      completion:(KELO_BLOCK(KLVideoUpload *,
-                                                             NSError *))completion {
-    return wrap(held<Native>(self).finalizeUpload(text(mediaId),
-                                                  uploadCompletion(Completion(completion))));
+                                      completion:
+                                          (KELO_BLOCK(KLVideoUpload *, NSError *))completion {
+    return wrap(
+        held<Native>(self).finalizeUpload(text(mediaId), uploadCompletion(Completion(completion))));
 }
 
 - (id<EndpointRequest>)checkStatusWithMediaId:(NSString *)mediaId
@@ -85,10 +85,9 @@ static Native::Completion uploadCompletion(const Completion &heard) {
 }
 
 - (id<EndpointRequest>)checkStatusWithMediaId:(NSString *)mediaId
-                                   completion:(KELO_BLOCK(KLVideoUpload *,
-                                                          NSError *))completion {
-    return wrap(held<Native>(self).checkStatus(text(mediaId),
-                                               uploadCompletion(Completion(completion))));
+                                   completion:(KELO_BLOCK(KLVideoUpload *, NSError *))completion {
+    return wrap(
+        held<Native>(self).checkStatus(text(mediaId), uploadCompletion(Completion(completion))));
 }
 
 @end

@@ -39,10 +39,10 @@ NSRange crossed(KeloAPI::Range range) {
                             link:(NSString *)link
                            range:(NSRange)range {
     self = [super init];
-    return self == nil ? nil
-                       : hold(self, std::make_shared<Entity>(optionalText(idString),
-                                                             optionalText(type), text(title),
-                                                             text(link), crossed(range)));
+    return self == nil
+               ? nil
+               : hold(self, std::make_shared<Entity>(optionalText(idString), optionalText(type),
+                                                     text(title), text(link), crossed(range)));
 }
 
 - (instancetype)initWithCoder:(NSCoder *)coder {

@@ -25,9 +25,8 @@ using VenueCategory = KeloAPI::KLVenueCategory;
 
 - (instancetype)initWithFoursquareVenueId:(NSString *)foursquareVenueId name:(NSString *)name {
     self = [super init];
-    return self == nil
-               ? nil
-               : hold(self, std::make_shared<Venue>(text(foursquareVenueId), text(name)));
+    return self == nil ? nil
+                       : hold(self, std::make_shared<Venue>(text(foursquareVenueId), text(name)));
 }
 
 - (instancetype)initWithCoder:(NSCoder *)coder {

@@ -30,7 +30,7 @@ using VenueCategory = KeloAPI::KLVenueCategory;
     self = [super init];
     const auto category =
         std::make_shared<VenueCategory>(decodedText(coder, @"categoryId").value_or(""),
-                                    decodedText(coder, @"shortName").value_or(""));
+                                        decodedText(coder, @"shortName").value_or(""));
     category->iconUrl = decodedURL(coder, @"iconUrl");
     return self == nil ? nil : hold(self, category);
 }

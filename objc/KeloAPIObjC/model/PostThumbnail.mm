@@ -21,9 +21,8 @@ using Thumbnail = KeloAPI::PostThumbnail;
 
 - (instancetype)initWithUrl:(NSURL *)url width:(int64_t)width height:(int64_t)height {
     self = [super init];
-    return self == nil
-               ? nil
-               : hold(self, std::make_shared<Thumbnail>(requiredURL(url), width, height));
+    return self == nil ? nil
+                       : hold(self, std::make_shared<Thumbnail>(requiredURL(url), width, height));
 }
 
 - (instancetype)initWithCoder:(NSCoder *)coder {

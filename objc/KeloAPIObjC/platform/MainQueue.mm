@@ -61,10 +61,7 @@ static void *descriptor() {
 }
 
 + (void)addToRunLoop:(NSRunLoop *)runLoop forMode:(NSString *)mode {
-    [runLoop addEvent:descriptor()
-                 type:ET_RDESC
-              watcher:[KLMainQueueWatcher shared]
-              forMode:mode];
+    [runLoop addEvent:descriptor() type:ET_RDESC watcher:[KLMainQueueWatcher shared] forMode:mode];
 }
 
 + (void)removeFromRunLoop:(NSRunLoop *)runLoop forMode:(NSString *)mode {
