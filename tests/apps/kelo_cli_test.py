@@ -1,7 +1,6 @@
-"""kelo, the examples and the tour, run as programs against a real kelo-service."""
+"""kelo and the tour, run as programs against a real kelo-service."""
 
 import json
-import os
 import shutil
 import signal
 import socket
@@ -10,7 +9,6 @@ import tempfile
 import time
 import unittest
 import unicodedata
-import urllib.parse
 
 from case import KELO, PASSWORD, Case
 from service import BIN, KEY
@@ -507,84 +505,6 @@ class Serve(Case):
             done = self.run_program(f"{folder}/kelo", "serve", PATH=folder)
         self.assertEqual((done.returncode, done.stderr),
                          (1, "kelo: kelo-service is neither beside kelo nor in PATH\n"))
-
-
-# The GLib host is built where GLib is.
-LOOPS = ["poll-loop", "executor"]
-if os.path.exists(f"{BIN}/example-glib-loop"):
-    LOOPS.append("glib-loop")
-
-
-class Examples(Case):
-    def test_timeline(self):
-        done = self.run_program(f"{BIN}/example-timeline")
-        captions = [json.loads(line)["caption"] for line in
-                    self.succeeds("timeline", "popular", "--json").splitlines()]
-        self.assertEqual((done.returncode, done.stdout), (0, "".join(f"{c}\n" for c in captions)))
-
-    def test_loops(self):
-        for example in LOOPS:
-            with self.subTest(example=example):
-                done = self.run_program(f"{BIN}/example-{example}",
-                                        KELO_SESSION=self.service.session("kofi"))
-                self.assertEqual((done.returncode, done.stdout), (0, "Signed in as kofi\n"))
-
-    def test_failure(self):
-        for example in ("timeline", *LOOPS):
-            with self.subTest(example=example):
-                done = self.run_program(f"{BIN}/example-{example}", KELO_HOST="localhost:1")
-                self.assertEqual(done.returncode, 1)
-
-    def test_offline(self):
-        done = self.run_program(f"{BIN}/example-offline-test", KELO_HOST="localhost:1")
-        self.assertEqual((done.returncode, done.stdout.count("ok  "), done.stderr), (0, 3, ""))
-
-
-# Built where the Objective-C face is.
-@unittest.skipUnless(os.path.exists(f"{BIN}/example-objc-feed"), "there is no Objective-C face")
-class ObjcExample(Case):
-    def setUp(self):
-        super().setUp()
-        self.folder = tempfile.mkdtemp(prefix="kelo-")
-        self.addCleanup(shutil.rmtree, self.folder)
-
-    def feed(self, **environment):
-        return self.run_program(f"{BIN}/example-objc-feed", self.folder, **environment)
-
-    def test_signs_in_pages_and_downloads(self):
-        done = self.feed(KELO_USER="kofi", KELO_PASSWORD=PASSWORD)
-        posts = [json.loads(line) for line in
-                 self.succeeds("timeline", "popular", "--pages", "2", "--json").splitlines()]
-        self.assertGreater(len(posts), 5)  # more than a page
-        path = urllib.parse.urlsplit(posts[0]["videoUrl"]).path
-        name = path.rsplit("/", 1)[1]
-        with open(f"{self.folder}/{name}", "rb") as file:
-            video = file.read()
-        self.assertEqual(video[4:8], b"ftyp")
-        told = ["Signed in as kofi", *(post["caption"] for post in posts),
-                f"{name}: {len(video)} bytes"]
-        self.assertEqual((done.returncode, done.stdout), (0, "".join(f"{t}\n" for t in told)))
-        self.assertEqual(os.listdir(self.folder), [name])
-        keys = [headers["kelo-session-id"] for _, headers in self.service.requests("/users/me")]
-        self.assertEqual(len(keys), 1)
-        self.assertNotEqual(keys, [KEY])
-        self.assertEqual(len(self.service.requests(path)), 1)
-
-    def test_failures(self):
-        for environment in ({"KELO_HOST": "localhost:1"}, {"KELO_PASSWORD": "no"}):
-            with self.subTest(**environment):
-                done = self.feed(**environment)
-                self.assertEqual((done.returncode, done.stdout), (1, ""))
-                self.assertEqual(os.listdir(self.folder), [])
-        self.assertEqual(done.stderr, "The service gave no session.\n")
-
-    def test_a_video_that_breaks_off(self):
-        video = json.loads(self.succeeds("timeline", "popular", "--json").splitlines()[0])
-        self.service.fault(urllib.parse.urlsplit(video["videoUrl"]).path, type="reset", afterBodyBytes=10)
-        done = self.feed()
-        self.assertEqual(done.returncode, 1)
-        self.assertTrue(done.stdout.startswith("Signed in as mara\n"))
-        self.assertEqual(os.listdir(self.folder), [])
 
 
 class Tour(Case):
