@@ -24,6 +24,7 @@ int main(int argc, char** argv) {
     tourMedia(tour);
     tourFiles(tour);
     tourUploads(tour);
+    tourObjectiveC(tour);
     tourSessions(tour);
     tourFailures(tour);
     return tour.finish() ? EXIT_SUCCESS : EXIT_FAILURE;

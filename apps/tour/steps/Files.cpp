@@ -1,13 +1,12 @@
 #include "Calls.hpp"
 #include "Control.hpp"
 #include "Steps.hpp"
+#include "TemporaryFolder.hpp"
 
 #include <KeloAPI/files/FileQueue.hpp>
 #include <KeloAPI/files/KLVideoFileFormat.hpp>
 #include <KeloAPI/files/KLVideoUrlBitrateSettings.hpp>
 #include <KeloAPI/platform/Application.hpp>
-
-#include <stdlib.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -25,23 +24,18 @@ constexpr const char* relativePath = "/tour-videos/";
 class TemporaryContainer {
 public:
     TemporaryContainer() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "tour-XXXXXX").string();
-        check(mkdtemp(pattern.data()) != nullptr, "there is no temporary directory");
-        _path = pattern;
         Application::setGroupContainers(
-            [this](const std::string&) { return URL::fileURL(_path.string()); });
+            [this](const std::string&) { return URL::fileURL(_folder.path().string()); });
     }
     TemporaryContainer(const TemporaryContainer&) = delete;
     TemporaryContainer& operator=(const TemporaryContainer&) = delete;
     ~TemporaryContainer() {
         Application::setGroupContainers(nullptr);
         FileManager::sharedGroupManager(relativePath)->kill();
-        std::error_code ignored;
-        std::filesystem::remove_all(_path, ignored);
     }
 
 private:
-    std::filesystem::path _path;
+    TemporaryFolder _folder;
 };
 
 std::string nameIn(const std::string& path) {

@@ -1,13 +1,12 @@
 #include "Calls.hpp"
 #include "Control.hpp"
 #include "Steps.hpp"
+#include "TemporaryFolder.hpp"
 
 #include <KeloAPI/api/Api.hpp>
 #include <KeloAPI/api/EndpointRequest.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/platform/http/HTTPError.hpp>
-
-#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
@@ -112,27 +111,6 @@ void cancellation() {
     check(Control::allFaultsHappened(), "the server did not stall");
 }
 
-/// A folder that goes with the step.
-class Folder {
-public:
-    Folder() {
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / "kelo-tour-XXXXXX").string();
-        check(mkdtemp(pattern.data()) != nullptr, "no temporary folder can be made");
-        _path = pattern;
-    }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-    ~Folder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(_path, ignored);
-    }
-    const std::filesystem::path& path() const { return _path; }
-
-private:
-    std::filesystem::path _path;
-};
-
 std::optional<Error> download(const std::string& path, const std::filesystem::path& file) {
     Inbox<std::optional<Error>> inbox;
     const auto endpoint = endpointAt(path);
@@ -149,7 +127,7 @@ std::string contentOf(const std::filesystem::path& file) {
 }
 
 void downloadedFile() {
-    const Folder folder;
+    const TemporaryFolder folder;
     const auto file = folder.path() / "popular.json";
     const auto error = download("timelines/popular", file);
     check(!error, "an error came: " + (error ? error->description() : std::string()));

@@ -14,6 +14,7 @@ void tourActing(Tour& tour);
 void tourMedia(Tour& tour);
 void tourFiles(Tour& tour);
 void tourUploads(Tour& tour);
+void tourObjectiveC(Tour& tour);
 void tourSessions(Tour& tour);
 void tourFailures(Tour& tour);
 
