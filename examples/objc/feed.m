@@ -156,6 +156,10 @@ static const NSUInteger pageCount = 2;
     }
     NSString *path = [[result.endpoint localUrl] path];
     NSData *video = [NSData dataWithContentsOfFile:path];
+    if (video == nil) {
+        [self fail:[path stringByAppendingString:@" cannot be read."]];
+        return;
+    }
     printf("%s: %lu bytes\n", [[path lastPathComponent] UTF8String], (unsigned long)[video length]);
     _done = YES;
 }
