@@ -25,17 +25,19 @@ std::string KLTag::nameWithoutHash() const {
     return _name.starts_with('#') ? _name.substr(1) : _name;
 }
 
-KLTag::KLTag(KeyedUnarchiver& coder)
-    : _tagId(coder.decodeText("tagId").value_or(""))
-    , _name(coder.decodeText("name").value_or("")) {}
-
 void KLTag::encodeWithCoder(KeyedArchiver& coder) const {
     coder.encodeText(_tagId, "tagId");
     coder.encodeText(_name, "name");
 }
 
 std::shared_ptr<KLTag> KLTag::initWithCoder(KeyedUnarchiver& coder) {
-    return std::shared_ptr<KLTag>(new KLTag(coder));
+    return kept(coder.decodeText("tagId").value_or(""), coder.decodeText("name").value_or(""));
+}
+
+std::shared_ptr<KLTag> KLTag::kept(std::string tagId, std::string name) {
+    auto tag = std::make_shared<KLTag>(std::move(tagId), std::string());
+    tag->_name = std::move(name);
+    return tag;
 }
 
 std::shared_ptr<KLTag> KLTagParser::parse(const JsonObject& json) const {

@@ -64,6 +64,14 @@ TEST(TagTest, OfANameAloneHasNoIdentifier) {
     EXPECT_EQ(tag.count, 0);
 }
 
+TEST(TagTest, KeptNamesAreTakenAsTheyAre) {
+    const auto tag = KLTag::kept("5", "cats");
+    EXPECT_EQ(tag->tagId(), "5");
+    EXPECT_EQ(tag->name(), "cats");
+    EXPECT_EQ(KLTag::kept("", "")->name(), "");
+    EXPECT_EQ(KLTag::kept("", "#cats")->name(), "#cats");
+}
+
 TEST(TagParserTest, EveryKeyWithEveryKindOfValue) {
     const KeyTable<KLTag>::Rules rules = {
         {"tag", R"("dogs")", "#dogs", showing(&KLTag::name), names(), fails(insufficient)},

@@ -187,8 +187,15 @@ TEST(KLVideoUrlBitrateSettingParserTest, TellsWhatIsMissing) {
         EXPECT_EQ([error code], 3) << text;
         EXPECT_EQ([parser parse:json(text) error:nullptr], nil);
     }
-    NSException *exception = raised([&] { [parser parse:nil error:nullptr]; });
-    EXPECT_TRUE(same([exception name], NSInvalidArgumentException));
+    NSDictionary *const untold[] = {
+        nil, [NSDictionary
+                 dictionaryWithObjectsAndKeys:[NSDate date], @"videoUrl", @"hls", @"format", nil]};
+    for (NSDictionary *one : untold) {
+        NSError *error = nil;
+        EXPECT_EQ([parser parse:one error:&error], nil);
+        EXPECT_EQ([error code], 3);
+        EXPECT_EQ([parser parse:one error:nullptr], nil);
+    }
 }
 
 TEST(KLVideoUrlBitrateSettingDeathTest, InitialisersThatAreNotOffered) {

@@ -135,6 +135,18 @@ TEST(KLChannelTest, ArchivesCrossTheLanguages) {
     expectArchived(readHere(KeloBridge::shared<Channel>(fullChannel())));
 }
 
+TEST(KLChannelTest, KeepsEmptyAddresses) {
+    KLChannel *cats = channel(@"12", @"Cats");
+    cats.iconUrl = address(@"");
+    cats.iconRetinaUrl = address(@"");
+    cats.exploreIconRetinaUrl = address(@"");
+    NSURL *const kept[] = {cats.iconUrl, cats.iconRetinaUrl, cats.exploreIconRetinaUrl};
+    for (NSURL *one : kept) {
+        EXPECT_NE(one, nil);
+        EXPECT_EQ([[one absoluteString] length], 0U);
+    }
+}
+
 TEST(KLChannelTest, ReadsIncompleteArchives) {
     KLChannel *read = readOf("KLChannel");
     EXPECT_TRUE(same(read.channelId, @""));

@@ -106,6 +106,8 @@ TEST_F(ObjcEndpointTest, MakesItsRequest) {
     EXPECT_TRUE(same([request HTTPMethod], @"POST"));
     EXPECT_TRUE(same([request valueForHTTPHeaderField:@"kelo-session-id"], @"key"));
     EXPECT_TRUE(same([request HTTPBody], [@"{\"a\":1}" dataUsingEncoding:NSUTF8StringEncoding]));
+    endpoint.path = @"http://h?x=1";
+    EXPECT_TRUE(same([[[endpoint URLRequest] URL] absoluteString], @"http://h/?x=1"));
     endpoint.path = @"http://[";
     EXPECT_EQ([[endpoint URLRequest] URL], nil);
 }
@@ -165,6 +167,15 @@ TEST_F(ObjcEndpointTest, ServiceErrors) {
     EXPECT_TRUE(same([[error userInfo] objectForKey:KLCaptchaUrlKey],
                      [NSURL URLWithString:@"https://service.example/captcha"]));
     EXPECT_EQ(delegate->captchaUrls.size(), 1U);
+}
+
+TEST_F(ObjcEndpointTest, CaptchasWithoutAPath) {
+    [endpoint requestWithParser:parser target:listener action:@selector(heard:and:and:and:)];
+    ASSERT_TRUE(answered(R"({"error": "Solve it.", "code": 419, "data": "https://h?x=1"})"));
+    NSError *error = [[listener.calls lastObject] objectAtIndex:3];
+    EXPECT_EQ([error code], 419);
+    EXPECT_TRUE(same([[error userInfo] objectForKey:KLCaptchaUrlKey],
+                     [NSURL URLWithString:@"https://h/?x=1"]));
 }
 
 TEST_F(ObjcEndpointTest, RetriesCallAgain) {

@@ -125,6 +125,33 @@ TEST(KLLoopDataTest, ComesOutOfItsArchive) {
     EXPECT_FALSE(many.onFire);
 }
 
+TEST(KLLoopDataTest, CountsOf64BitsComeOutOfTheirArchive) {
+    for (const uint64_t count : {most, most / 2 + 1}) {
+        KLLoopData *here = archivedAndBack(loops(count, 0));
+        EXPECT_EQ([here.count unsignedLongLongValue], count);
+        EXPECT_EQ(held<LoopData>(here).count, KeloAPI::Number::of(count));
+        const auto there = readThere<LoopData>(loops(count, 0));
+        ASSERT_TRUE(there);
+        EXPECT_EQ(there->count, KeloAPI::Number::of(count));
+    }
+}
+
+TEST(KLLoopDataTest, NegativeCountsAreArchivedAsNone) {
+    KLLoopData *negative = loops(1, -1);
+    negative.count = [NSNumber numberWithInt:-5];
+    KLLoopData *read = archivedAndBack(negative);
+    EXPECT_EQ([read.count longLongValue], 0);
+    EXPECT_TRUE(same(read.velocity, real(-1)));
+}
+
+TEST(KLLoopDataTest, InstantsComeOutOfTheirArchive) {
+    KLLoopData *data = loops(1, 0);
+    data.created = [NSDate dateWithTimeIntervalSinceReferenceDate:455000000.1];
+    KLLoopData *read = archivedAndBack(data);
+    EXPECT_TRUE(same(data.created, [NSDate dateWithTimeIntervalSinceReferenceDate:455000000.1]));
+    EXPECT_TRUE(same(read.created, data.created));
+}
+
 TEST(KLLoopDataTest, BothLanguagesReadEachOthersArchives) {
     expectWhole(readHere(std::dynamic_pointer_cast<LoopData>(shared(whole()))));
     const auto there = readThere<LoopData>(whole());

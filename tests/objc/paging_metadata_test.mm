@@ -30,6 +30,20 @@ TEST(KLPagingMetadataTest, MissingValues) {
     EXPECT_EQ(metadata.displayCount, 5);
 }
 
+TEST(KLPagingMetadataTest, NeverFails) {
+    KLPagingMetadata *none = [[[KLPagingMetadata alloc] initWithJson:nil] autorelease];
+    EXPECT_EQ(none.count, 0);
+    EXPECT_EQ(none.title, nil);
+    NSDictionary *mixed = [NSDictionary
+        dictionaryWithObjectsAndKeys:[NSDate date], @"title", [NSNumber numberWithInt:7], @"count",
+                                     @"no key", [NSNumber numberWithInt:1],
+                                     [NSNumber numberWithDouble:INFINITY], @"nextPage", nil];
+    KLPagingMetadata *metadata = [[[KLPagingMetadata alloc] initWithJson:mixed] autorelease];
+    EXPECT_EQ(metadata.count, 7);
+    EXPECT_EQ(metadata.title, nil);
+    EXPECT_EQ(metadata.nextPage, 0);
+}
+
 TEST(KLPagingMetadataTest, CopiesAndJoins) {
     KLPagingMetadata *one = [[[KLPagingMetadata alloc]
         initWithJson:json(R"({"count": 7, "nextPage": 3, "previousPage": 1, "title": "one"})")]

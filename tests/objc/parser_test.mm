@@ -194,8 +194,10 @@ TEST(ParserTest, WhatNativeParsersThrowCrosses) {
     EXPECT_TRUE(same([failure localizedDescription], @"odd"));
 }
 
-TEST(ParserTest, WhatIsNoJSONRaises) {
+TEST(ParserTest, NilFailsTheParse) {
     AnyObjectJsonParser *parser = [[[AnyObjectJsonParser alloc] init] autorelease];
-    NSException *exception = raised([&] { [parser parse:nil error:nullptr]; });
-    EXPECT_TRUE(same([exception name], NSInvalidArgumentException));
+    NSError *failure = nil;
+    EXPECT_EQ([parser parse:nil error:&failure], nil);
+    EXPECT_TRUE(same([failure domain], @"KeloAPI.JsonParseError"));
+    EXPECT_EQ([parser parse:nil error:nullptr], nil);
 }

@@ -135,9 +135,13 @@ TEST(ObjcMetadataTest, MissingValues) {
     EXPECT_EQ(metadata.title, nil);
     EXPECT_EQ([metadata nextPageParameters:10], nil);
     EXPECT_EQ([metadata previousPageParameters:10], nil);
-    Metadata *unmade = [[Metadata alloc] autorelease];
-    EXPECT_TRUE(
-        same([raised([&] { [unmade initWithJson:nil]; }) name], NSInvalidArgumentException));
+    metadata = [[[Metadata alloc] initWithJson:nil] autorelease];
+    EXPECT_NE(metadata, nil);
+    EXPECT_EQ(metadata.count, 0);
+    NSDictionary *date = [NSDictionary dictionaryWithObject:[NSDate date] forKey:@"title"];
+    metadata = [[[Metadata alloc] initWithJson:date] autorelease];
+    EXPECT_NE(metadata, nil);
+    EXPECT_EQ(metadata.title, nil);
     EXPECT_DEATH([[Metadata alloc] init],
                  "unimplemented initialiser init\\(\\) of class KeloAPI.Metadata");
 }

@@ -98,6 +98,31 @@ TEST(KLPostSourceTest, NeedsItsNumbers) {
     EXPECT_EQ(least.contentType, KLPostSourceContentTypeUnknown);
 }
 
+TEST(KLPostSourceTest, TakesWhatJsonCannotTell) {
+    EXPECT_EQ([[[KLPostSource alloc] initWithJSON:nil] autorelease], nil);
+    NSNumber *one = [NSNumber numberWithInt:1];
+    NSDictionary *json = [NSDictionary
+        dictionaryWithObjectsAndKeys:one, @"postId", one, @"userId", [NSDate date], @"username",
+                                     [NSURL URLWithString:@"http://h/"], @"avatarUrl", nil];
+    KLPostSource *read = [[[KLPostSource alloc] initWithJSON:json] autorelease];
+    EXPECT_TRUE(same(read.postId, @"1"));
+    EXPECT_EQ(read.username, nil);
+    EXPECT_EQ(read.avatarUrl, nil);
+    NSDictionary *infinite = [NSDictionary
+        dictionaryWithObjectsAndKeys:one, @"postId", [NSNumber numberWithDouble:INFINITY],
+                                     @"userId", nil];
+    EXPECT_EQ([[[KLPostSource alloc] initWithJSON:infinite] autorelease], nil);
+}
+
+TEST(KLPostSourceTest, KeepsEmptyAddresses) {
+    KLPostSource *read = source(R"({"postId": 12, "userId": 34})");
+    read.avatarUrl = address(@"");
+    read.thumbnailUrl = address(@"");
+    EXPECT_NE(read.avatarUrl, nil);
+    EXPECT_NE(read.thumbnailUrl, nil);
+    EXPECT_EQ([[read.avatarUrl absoluteString] length], 0U);
+}
+
 TEST(KLPostSourceTest, KeepsEveryDigit) {
     NSDictionary *json = [NSDictionary
         dictionaryWithObjectsAndKeys:[NSNumber numberWithLongLong:1234567890123456789], @"postId",

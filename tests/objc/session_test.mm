@@ -214,6 +214,9 @@ TEST_F(SessionTest, QueuesCaptchasThatAreAccepted) {
     EXPECT_TRUE(same(delegate->captchaUrl, address));
     [session handleQueuedRetriesWithShouldRetry:YES];
     EXPECT_EQ([listener.calls count], 0U);
+    const auto without = KeloAPI::URL::parse("https://h?x=1");
+    shared<KeloAPI::Session>(session)->endpointRequiresCaptcha(nullptr, *without, [] {});
+    EXPECT_TRUE(same([delegate->captchaUrl absoluteString], @"https://h/?x=1"));
     delegate->handlesCaptcha = YES;
     [session endpointRequiresCaptcha:nil
                           captchaUrl:address

@@ -57,6 +57,11 @@ TEST(SoundboardSoundTest, WhatIsNoURLIsAnEmptyOne) {
     }
 }
 
+TEST(SoundboardSoundTest, AddressesWithoutAPath) {
+    NSURL *address = sound(@"https://cdn.example.com?id=5", YES, nil).soundUrl;
+    EXPECT_TRUE(same([address absoluteString], @"https://cdn.example.com/?id=5"));
+}
+
 TEST(SoundboardSoundTest, EncodesEveryPropertyInOrder) {
     EXPECT_TRUE(same(KeloEncodedLines(whole()), @"object soundUrl https://s.example/b.m4a\n"
                                                  "object name Bell\n"

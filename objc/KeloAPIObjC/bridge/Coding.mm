@@ -1,5 +1,6 @@
 #include <KeloAPIObjC/bridge/Coding.hpp>
 
+#include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
 namespace KeloBridge {
@@ -19,14 +20,11 @@ std::optional<std::string> decodedText(NSCoder *coder, NSString *key) {
 }
 
 std::optional<KeloAPI::URL> decodedURL(NSCoder *coder, NSString *key) {
-    NSURL *address = decoded(coder, key, [NSURL class]);
-    const bool isEmpty = address != nil && [[address absoluteString] length] == 0;
-    return isEmpty ? KeloAPI::URL::empty() : url(address);
+    return optionalURL(decoded(coder, key, [NSURL class]));
 }
 
 std::optional<KeloAPI::Date> decodedDate(NSCoder *coder, NSString *key) {
-    NSDate *instant = decoded(coder, key, [NSDate class]);
-    return instant == nil ? std::nullopt : std::optional(date(instant));
+    return optionalDate(decoded(coder, key, [NSDate class]));
 }
 
 std::optional<KeloAPI::Number> decodedNumber(NSCoder *coder, NSString *key) {

@@ -26,7 +26,9 @@ std::optional<bool> optionalBool(NSNumber *number);
 std::optional<double> optionalDouble(NSNumber *number);
 std::optional<std::int64_t> optionalInteger(NSNumber *number);
 std::optional<KeloAPI::Date> optionalDate(NSDate *date);
-/// An empty URL crosses as one. Absent also for what is no URL to the C++ library.
+/// An empty URL crosses as one, and what the Foundation alone takes ([ and ] behind the authority,
+/// a second "#") is escaped. Absent also for what is no URL to the C++ library all the same, as one
+/// with a port above 65535.
 std::optional<KeloAPI::URL> optionalURL(NSURL *url);
 
 /// Nil for what is absent.

@@ -45,11 +45,6 @@ std::optional<KeloAPI::Date> optionalDate(NSDate *instant) {
     return instant == nil ? std::nullopt : std::optional(date(instant));
 }
 
-std::optional<KeloAPI::URL> optionalURL(NSURL *address) {
-    const bool isEmpty = address != nil && [[address absoluteString] length] == 0;
-    return isEmpty ? KeloAPI::URL::empty() : url(address);
-}
-
 NSNumber *number(const std::optional<double> &value) {
     return value ? [NSNumber numberWithDouble:*value] : nil;
 }

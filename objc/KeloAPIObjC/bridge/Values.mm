@@ -1,7 +1,11 @@
+#include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
+#include <algorithm>
+#include <charconv>
 #include <chrono>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 
@@ -11,7 +15,9 @@ using namespace KeloAPI;
 
 namespace {
 
-constexpr double microsecondsPerSecond = 1e6;
+constexpr std::int64_t microsecondsPerSecond = 1000000;
+/// From 1970 to the reference date of the Foundation.
+constexpr std::int64_t referenceSeconds = 978307200;
 
 /// UTF-8 that the Foundation refuses, made readable the way the library's own readers do.
 NSString *lenientString(std::string_view text) {
@@ -47,29 +53,52 @@ Error::Value userInfoValue(id value) {
         return number(static_cast<NSNumber *>(value));
     }
     if ([value isKindOfClass:[NSURL class]]) {
-        if (const auto known = url(static_cast<NSURL *>(value))) {
+        if (const auto known = optionalURL(static_cast<NSURL *>(value))) {
             return *known;
         }
     }
     return text([value description]);
 }
 
+/// Nil for what the Foundation cannot tell.
 id userInfoObject(const Error::Value &value) {
     if (const auto *known = std::get_if<Number>(&value)) {
         return number(*known);
     }
     if (const auto *known = std::get_if<URL>(&value)) {
-        return url(*known);
+        return url(std::optional(*known));
     }
     return string(std::get<std::string>(value));
 }
 
-NSArray *list(const JsonArray &values) {
-    NSMutableArray *made = [NSMutableArray arrayWithCapacity:values.size()];
-    for (const JsonValue element : values) {
-        [made addObject:value(element)];
+/// All digits of a decimal number that GNUstep tells as "1.25E2"; empty where that is no integer of
+/// 64 bits.
+std::string wholeDigits(const std::string &decimal) {
+    const std::size_t mark = std::min(decimal.find('E'), decimal.size());
+    std::string digits = decimal.substr(0, mark);
+    int zeros = mark < decimal.size() ? std::atoi(decimal.c_str() + mark + 1) : 0;
+    if (const std::size_t point = digits.find('.'); point != std::string::npos) {
+        digits.erase(point, 1);
+        zeros -= static_cast<int>(digits.size() - point);
     }
-    return made;
+    constexpr int most = 20;
+    return zeros < 0 || zeros > most ? std::string() : digits + std::string(zeros, '0');
+}
+
+/// The integer that a decimal number is; absent for others.
+std::optional<Number> decimalInteger(NSNumber *number) {
+    if (![number isKindOfClass:[NSDecimalNumber class]]) {
+        return std::nullopt;
+    }
+    const std::string digits = wholeDigits(text([number stringValue]));
+    const char *const end = digits.data() + digits.size();
+    const auto read = [&](auto made) -> std::optional<Number> {
+        const auto [last, failure] = std::from_chars(digits.data(), end, made);
+        return last == end && failure == std::errc() ? std::optional(Number::of(made))
+                                                     : std::nullopt;
+    };
+    const auto known = read(std::int64_t{});
+    return known ? known : read(std::uint64_t{});
 }
 
 } // namespace
@@ -122,6 +151,9 @@ Number number(NSNumber *number) {
     if (number == [NSNumber numberWithBool:YES] || number == [NSNumber numberWithBool:NO]) {
         return Number::of(static_cast<bool>([number boolValue]));
     }
+    if (const auto known = decimalInteger(number)) {
+        return *known;
+    }
     const char *type = [number objCType];
     if (std::strcmp(type, @encode(double)) == 0 || std::strcmp(type, @encode(float)) == 0) {
         return Number::of([number doubleValue]);
@@ -133,8 +165,19 @@ Number number(NSNumber *number) {
     return Number::of(static_cast<std::int64_t>([number longLongValue]));
 }
 
+// By the reference date, from which the Foundation counts: so a date reads back as it was.
+
 NSDate *date(Date date) {
-    return [NSDate dateWithTimeIntervalSince1970:timeIntervalSince1970(date)];
+    const std::int64_t microseconds = date.time_since_epoch().count();
+    std::int64_t seconds = microseconds / microsecondsPerSecond - referenceSeconds;
+    std::int64_t rest = microseconds % microsecondsPerSecond;
+    if (seconds < 0 && rest > 0) {
+        ++seconds;
+        rest -= microsecondsPerSecond;
+    }
+    return [NSDate
+        dateWithTimeIntervalSinceReferenceDate:static_cast<double>(seconds) +
+                                               static_cast<double>(rest) / microsecondsPerSecond];
 }
 
 NSDate *date(const std::optional<Date> &value) {
@@ -142,28 +185,18 @@ NSDate *date(const std::optional<Date> &value) {
 }
 
 Date date(NSDate *date) {
-    const double microseconds = std::round([date timeIntervalSince1970] * microsecondsPerSecond);
+    const double told = [date timeIntervalSinceReferenceDate] * microsecondsPerSecond;
     constexpr double most = 9.2e18;
-    const double told = std::fmin(std::fmax(microseconds, -most), most);
-    return Date(std::chrono::microseconds(static_cast<std::int64_t>(told)));
-}
-
-NSURL *url(const URL &url) {
-    return [NSURL URLWithString:string(url.absoluteString())];
-}
-
-NSURL *url(const std::optional<URL> &value) {
-    return value ? url(*value) : nil;
-}
-
-std::optional<URL> url(NSURL *url) {
-    return url == nil ? std::nullopt : URL::parse(text([url absoluteString]));
+    return Date(std::chrono::microseconds(std::llround(std::fmin(std::fmax(told, -most), most)))) +
+           std::chrono::seconds(referenceSeconds);
 }
 
 NSError *error(const Error &failure) {
     NSMutableDictionary *userInfo = [NSMutableDictionary dictionary];
     for (const auto &[key, value] : failure.userInfo()) {
-        [userInfo setObject:userInfoObject(value) forKey:userInfoKey(key)];
+        if (id object = userInfoObject(value)) {
+            [userInfo setObject:object forKey:userInfoKey(key)];
+        }
     }
     if (const auto &underlying = failure.underlying()) {
         [userInfo setObject:error(*underlying) forKey:NSUnderlyingErrorKey];
@@ -182,57 +215,15 @@ Error error(NSError *failure) {
     std::optional<Error> underlying;
     NSDictionary *facts = [failure userInfo];
     NSEnumerator *keys = [facts keyEnumerator];
-    for (NSString *key = [keys nextObject]; key != nil; key = [keys nextObject]) {
+    for (id key = [keys nextObject]; key != nil; key = [keys nextObject]) {
         id fact = [facts objectForKey:key];
         if ([key isEqual:NSUnderlyingErrorKey] && [fact isKindOfClass:[NSError class]]) {
             underlying = error(static_cast<NSError *>(fact));
-        } else {
-            userInfo.emplace(userInfoKey(key), userInfoValue(fact));
+        } else if ([key isKindOfClass:[NSString class]]) {
+            userInfo.emplace(userInfoKey(static_cast<NSString *>(key)), userInfoValue(fact));
         }
     }
     return Error(text([failure domain]), [failure code], std::move(userInfo), underlying);
-}
-
-id value(JsonValue value) {
-    if (const auto known = value.text()) {
-        return string(*known);
-    }
-    if (const auto known = value.number()) {
-        return number(*known);
-    }
-    if (const auto known = value.object()) {
-        return dictionary(*known);
-    }
-    if (const auto known = value.array()) {
-        return list(*known);
-    }
-    return [NSNull null];
-}
-
-NSDictionary *dictionary(const JsonObject &object) {
-    NSMutableDictionary *made = [NSMutableDictionary dictionaryWithCapacity:object.size()];
-    for (const auto &[key, member] : object) {
-        NSString *name = string(key);
-        if ([made objectForKey:name] == nil) { // the first one counts
-            [made setObject:value(member) forKey:name];
-        }
-    }
-    return made;
-}
-
-JsonDocument document(NSDictionary *dictionary) {
-    // Foundation raises for what JSON cannot tell; GNUstep's only says no.
-    NSData *bytes = nil;
-    if (dictionary != nil && [NSJSONSerialization isValidJSONObject:dictionary]) {
-        bytes = [NSJSONSerialization dataWithJSONObject:dictionary options:0 error:nullptr];
-    }
-    auto parsed = bytes == nil ? Result<JsonDocument>(Error(JsonDocument::errorDomain, 0))
-                               : JsonDocument::parse({static_cast<const char *>([bytes bytes]),
-                                                      static_cast<std::size_t>([bytes length])});
-    if (!parsed) {
-        [NSException raise:NSInvalidArgumentException format:@"no JSON object: %@", dictionary];
-    }
-    return std::move(parsed.value());
 }
 
 } // namespace KeloBridge

@@ -13,8 +13,8 @@
 @property(nonatomic, readonly) NSString *identifier;
 
 /// Needs "videoUrl" as a URL and "format" as text; "rate" is 0 where it is no number. Nil for what
-/// lacks these, with an error of the domain "KeloAPI.JsonParseError" and code 3. Nil for `json`,
-/// and what JSON cannot tell, raise `NSInvalidArgumentException`.
+/// lacks these, as nil does, with an error of the domain "KeloAPI.JsonParseError" and code 3. What
+/// JSON cannot tell counts as missing.
 - (KLVideoUrlBitrateSetting *)parse:(NSDictionary *)json error:(NSError **)error;
 
 @end

@@ -19,7 +19,7 @@ std::shared_ptr<LoopData> decodedLoopData(NSCoder *coder) {
     if (!count || !velocity) {
         return nullptr;
     }
-    auto loopData = std::make_shared<LoopData>(*count, *velocity);
+    auto loopData = std::make_shared<LoopData>(LoopData::countFromArchive(*count), *velocity);
     loopData->created = decodedDate(coder, @"created").value_or(loopData->created);
     loopData->onFire = [coder decodeBoolForKey:@"onFire"] != NO;
     return loopData;
@@ -50,7 +50,7 @@ std::shared_ptr<LoopData> decodedLoopData(NSCoder *coder) {
 }
 
 - (void)encodeWithCoder:(NSCoder *)coder {
-    [coder encodeObject:self.count forKey:@"count"];
+    [coder encodeObject:number(held<LoopData>(self).countForArchive()) forKey:@"count"];
     [coder encodeObject:self.velocity forKey:@"velocity"];
     [coder encodeObject:self.created forKey:@"created"];
     [coder encodeBool:self.onFire forKey:@"onFire"];

@@ -107,7 +107,7 @@ using PagedData = KeloAPI::KLPagedData;
 }
 
 - (void)setIconUrl:(NSURL *)iconUrl {
-    held<Channel>(self).iconUrl = url(iconUrl);
+    held<Channel>(self).iconUrl = optionalURL(iconUrl);
 }
 
 - (NSURL *)iconRetinaUrl {
@@ -115,7 +115,7 @@ using PagedData = KeloAPI::KLPagedData;
 }
 
 - (void)setIconRetinaUrl:(NSURL *)iconRetinaUrl {
-    held<Channel>(self).iconRetinaUrl = url(iconRetinaUrl);
+    held<Channel>(self).iconRetinaUrl = optionalURL(iconRetinaUrl);
 }
 
 - (NSURL *)exploreIconRetinaUrl {
@@ -123,7 +123,7 @@ using PagedData = KeloAPI::KLPagedData;
 }
 
 - (void)setExploreIconRetinaUrl:(NSURL *)exploreIconRetinaUrl {
-    held<Channel>(self).exploreIconRetinaUrl = url(exploreIconRetinaUrl);
+    held<Channel>(self).exploreIconRetinaUrl = optionalURL(exploreIconRetinaUrl);
 }
 
 - (BOOL)following {

@@ -4,8 +4,8 @@
 @interface KLPostAudioMetadata : KLBridged
 
 /// Nil when "trackName" or "artistName" of the object "track" is missing or no text, or "trackId"
-/// missing or no number. Nil for `json`, and what JSON cannot tell, raise
-/// `NSInvalidArgumentException`.
+/// missing or no number. Nil for `json` is an empty object; what JSON cannot tell counts as
+/// missing.
 - (instancetype)initWithJson:(NSDictionary *)json;
 /// Stops the process.
 - (instancetype)init;

@@ -50,7 +50,7 @@ using PostSource = KeloAPI::KLPostSource;
 }
 
 - (void)setAvatarUrl:(NSURL *)avatarUrl {
-    held<PostSource>(self).avatarUrl = url(avatarUrl);
+    held<PostSource>(self).avatarUrl = optionalURL(avatarUrl);
 }
 
 - (NSURL *)thumbnailUrl {
@@ -58,7 +58,7 @@ using PostSource = KeloAPI::KLPostSource;
 }
 
 - (void)setThumbnailUrl:(NSURL *)thumbnailUrl {
-    held<PostSource>(self).thumbnailUrl = url(thumbnailUrl);
+    held<PostSource>(self).thumbnailUrl = optionalURL(thumbnailUrl);
 }
 
 - (KLPostSourceContentType)contentType {
