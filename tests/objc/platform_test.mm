@@ -135,7 +135,7 @@ TEST(ObjcMetadataTest, MissingValues) {
     EXPECT_EQ(metadata.title, nil);
     EXPECT_EQ([metadata nextPageParameters:10], nil);
     EXPECT_EQ([metadata previousPageParameters:10], nil);
-    Metadata *unmade = [[Metadata alloc] autorelease];
+    Metadata *unmade = [Metadata alloc]; // raising, it lets itself go
     EXPECT_TRUE(
         same([raised([&] { [unmade initWithJson:nil]; }) name], NSInvalidArgumentException));
     EXPECT_DEATH([[Metadata alloc] init],
