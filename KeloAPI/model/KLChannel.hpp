@@ -77,7 +77,8 @@ public:
 /// a default.
 class KELO_API KLChannelParser final : public JsonParser<KLChannel> {
 public:
-    using TimelineParser = KLPagedDataParser<AnyObjectJsonParser>;
+    // In full: a host in Objective-C++ has another class of the bare name.
+    using TimelineParser = KeloAPI::KLPagedDataParser<AnyObjectJsonParser>;
 
     /// `timelineParser` reads "timeline", and what it throws is thrown on; null leaves that key
     /// unread.

@@ -35,6 +35,7 @@
 #import <KeloAPIObjC/loops/LongformUploadEndpoint.h>
 #import <KeloAPIObjC/loops/LongformViewsEndpoint.h>
 #import <KeloAPIObjC/loops/LoopsEndpoint.h>
+#import <KeloAPIObjC/loops/LoopsParsers.h>
 #import <KeloAPIObjC/model/KLByline.h>
 #import <KeloAPIObjC/model/KLChannel.h>
 #import <KeloAPIObjC/model/KLEntity.h>
@@ -52,11 +53,13 @@
 #import <KeloAPIObjC/model/KLVenueCategory.h>
 #import <KeloAPIObjC/model/KLWatchPost.h>
 #import <KeloAPIObjC/model/KLWatchUser.h>
+#import <KeloAPIObjC/model/ModelParsers.h>
 #import <KeloAPIObjC/model/PostThumbnail.h>
 #import <KeloAPIObjC/model/SoundboardSound.h>
 #import <KeloAPIObjC/parsing/AnyObjectJsonParser.h>
 #import <KeloAPIObjC/parsing/KLEmpty.h>
 #import <KeloAPIObjC/parsing/KLPagedData.h>
+#import <KeloAPIObjC/parsing/KLPagedDataParser.h>
 #import <KeloAPIObjC/parsing/KLPagingMetadata.h>
 #import <KeloAPIObjC/parsing/Metadata.h>
 #import <KeloAPIObjC/platform/Diagnostics.h>

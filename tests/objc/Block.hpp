@@ -7,13 +7,17 @@
 
 namespace KeloObjcTest {
 
-/// A block as a compiler that has them lays it out in memory. It stays where it is: what it is
-/// given to must be done with it before it goes.
+/// Where a block is kept, as its flags say.
+enum BlockFlags { StackBlock = 0, HeapBlock = 1 << 24, GlobalBlock = 1 << 28 };
+
+/// A block as a compiler that has them lays it out in memory. It stays where it is, as its flags
+/// say by default: what it is given to must be done with it before it goes.
 template <class... Values>
 class Block {
 public:
-    explicit Block(std::function<void(Values...)> body)
-        : _body(std::move(body)) {}
+    explicit Block(std::function<void(Values...)> body, BlockFlags flags = GlobalBlock)
+        : _body(std::move(body))
+        , _layout{nullptr, flags, 0, &Block::invoke, nullptr, this} {}
     Block(const Block &) = delete;
     Block &operator=(const Block &) = delete;
 
@@ -31,7 +35,7 @@ private:
     static void invoke(Layout *layout, Values... values) { layout->block->_body(values...); }
 
     std::function<void(Values...)> _body;
-    Layout _layout{nullptr, 0, 0, &Block::invoke, nullptr, this};
+    Layout _layout;
 };
 
 } // namespace KeloObjcTest

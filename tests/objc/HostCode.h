@@ -1,6 +1,6 @@
 #import <KeloAPIObjC/KeloAPIObjC.h>
 
-// Parsers as a host writes them, in plain Objective-C.
+// What a host writes, in plain Objective-C.
 
 /// Makes the text under "name". Without one it fails as "how" says: "insufficient", "own" error,
 /// "raise", "super", or nothing at all.
@@ -17,6 +17,10 @@
 
 /// Makes tags out of names.
 @interface TagParser : AnyObjectJsonParser
+@end
+
+/// Raises an NSRangeException where it is read from an archive.
+@interface Unreadable : NSObject <NSCoding>
 @end
 
 #ifdef __cplusplus

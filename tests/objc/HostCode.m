@@ -46,6 +46,20 @@
 
 @end
 
+@implementation Unreadable
+
+- (void)encodeWithCoder:(NSCoder *)coder {
+    (void)coder; // with nothing in it
+}
+
+- (instancetype)initWithCoder:(NSCoder *)coder {
+    [self release];
+    [NSException raise:NSRangeException format:@"unreadable from %@", coder];
+    return nil;
+}
+
+@end
+
 NSArray *KeloEnumerated(KLPagedData *data) {
     NSMutableArray *seen = [NSMutableArray array];
     for (id element in data) {

@@ -2,16 +2,16 @@
 
 #import <KeloAPIObjC/KeloAPIObjC.h>
 
-#include <gtest/gtest.h>
+#import <KeloAPIObjC/bridge/Caught.h>
 
-extern "C" NSException *KeloRaised(void (*call)(void *), void *context);
+#include <gtest/gtest.h>
 
 namespace KeloObjcTest {
 
 /// What the call raises; nil when it raises nothing.
 template <class Call>
 NSException *raised(Call call) {
-    return KeloRaised([](void *context) { (*static_cast<Call *>(context))(); }, &call);
+    return KLCaught([](void *context) { (*static_cast<Call *>(context))(); }, &call);
 }
 
 /// The object that a JSON text is.

@@ -6,7 +6,7 @@
 #include <objc/runtime.h>
 #include <stdlib.h>
 
-NSString *KeloRuntimeTable(Class anyOfLibrary, NSArray *protocols);
+NSString *KeloRuntimeTable(Class anyOfLibrary);
 
 static const void *imageOf(const void *address) {
     Dl_info info;
@@ -72,9 +72,9 @@ static NSString *protocolEntry(Protocol *one) {
         componentsJoinedByString:@"\n"];
 }
 
-/// All classes of the library of `anyOfLibrary`, and these protocols, each with the selectors that
-/// it has itself, sorted.
-NSString *KeloRuntimeTable(Class anyOfLibrary, NSArray *protocols) {
+/// All classes of the library of `anyOfLibrary` and its protocols, each with the selectors that it
+/// has itself, sorted.
+NSString *KeloRuntimeTable(Class anyOfLibrary) {
     const void *library = imageOf((void *)anyOfLibrary);
     NSMutableArray *entries = [NSMutableArray array];
     const int count = objc_getClassList(NULL, 0);
@@ -86,8 +86,13 @@ NSString *KeloRuntimeTable(Class anyOfLibrary, NSArray *protocols) {
         }
     }
     free(classes);
-    for (NSString *name in protocols) {
-        [entries addObject:protocolEntry(NSProtocolFromString(name))];
+    unsigned protocolCount = 0;
+    Protocol **protocols = objc_copyProtocolList(&protocolCount);
+    for (unsigned i = 0; i < protocolCount; ++i) {
+        if (imageOf((void *)protocols[i]) == library) {
+            [entries addObject:protocolEntry(protocols[i])];
+        }
     }
+    free(protocols);
     return [[sortedLines(entries) componentsJoinedByString:@"\n"] stringByAppendingString:@"\n"];
 }

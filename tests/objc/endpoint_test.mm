@@ -2,6 +2,7 @@
 
 #include <KeloAPI/parsing/AnyObjectJsonParser.hpp>
 #include <KeloAPI/parsing/KLEmpty.hpp>
+#include <KeloAPIObjC/bridge/Completion.hpp>
 
 using namespace KeloBridge;
 using namespace KeloObjcTest;
@@ -307,6 +308,18 @@ TEST_F(ObjcEndpointTest, Blocks) {
     transport->answer(ScriptedAnswer::json("abc"));
     EXPECT_TRUE(KeloAPI::testing::runUntil([&] { return count == 4; }));
     [blocks(endpoint) setDownloadProgressHandler:nil];
+}
+
+/// Without a blocks runtime, one on the stack would be gone when it is called.
+TEST_F(ObjcEndpointTest, ABlockThatCannotBeCopiedIsRefused) {
+    Block<id> onStack([](id) {}, StackBlock);
+    NSException *exception = raised([&] { blockToKeep(onStack.object(), nullptr); });
+    EXPECT_TRUE(same([exception name], NSInvalidArgumentException));
+    EXPECT_TRUE([[exception reason] hasPrefix:@"a block on the stack"]);
+    Block<id> global([](id) {}, GlobalBlock);
+    EXPECT_EQ(blockToKeep(global.object(), nullptr), global.object());
+    Block<id> onHeap([](id) {}, HeapBlock);
+    EXPECT_EQ(blockToKeep(onHeap.object(), nullptr), onHeap.object());
 }
 
 TEST_F(ObjcEndpointTest, InitialisersThatAreNotOffered) {

@@ -1,3 +1,4 @@
+#include "objc/HostCode.h"
 #include "objc/KeyedArchives.hpp"
 #include "objc/ObjcTest.hpp"
 
@@ -115,6 +116,16 @@ TEST(KLEntityTest, LeavesTheCoderAsItWas) {
     [coder setClass:[NSNull class] forClassName:@"NSValue"];
     expectSame([coder decodeObjectForKey:@"root"], entity(@"1", nil, @"a"));
     EXPECT_EQ([coder classForClassName:@"NSValue"], [NSNull class]);
+}
+
+TEST(KLEntityTest, LeavesTheCoderAsItWasAlsoWhereReadingRaises) {
+    NSDictionary *members = [NSDictionary dictionaryWithObject:[[Unreadable new] autorelease]
+                                                        forKey:@"range"];
+    NSKeyedUnarchiver *coder = [[[NSKeyedUnarchiver alloc]
+        initForReadingWithData:KeloArchiveOf(@"KLEntity", members)] autorelease];
+    NSException *exception = raised([&] { [coder decodeObjectForKey:@"root"]; });
+    EXPECT_TRUE(same([exception name], NSRangeException));
+    EXPECT_EQ([coder classForClassName:@"NSValue"], Nil);
 }
 
 using KLEntityDeathTest = testing::Test;

@@ -34,6 +34,13 @@ std::shared_ptr<Parser> crossed(AnyObjectJsonParser *parser) {
     return shared<Parser>(parser);
 }
 
+class RaisingParser final : public Parser {
+    std::shared_ptr<KeloAPI::Object> parse(const JsonObject &) const override {
+        [NSException raise:NSRangeException format:@"out of names"];
+        return nullptr;
+    }
+};
+
 NSString *const parseDomain = @"KeloAPI.JsonParseError";
 
 } // namespace
@@ -192,6 +199,17 @@ TEST(ParserTest, WhatNativeParsersThrowCrosses) {
     [throwing(std::runtime_error("odd")) parse:json("{}") error:&failure];
     EXPECT_TRUE(same([failure domain], @"KeloAPI.Exception"));
     EXPECT_TRUE(same([failure localizedDescription], @"odd"));
+    [throwing(12) parse:json("{}") error:&failure];
+    EXPECT_TRUE(same([failure domain], @"KeloAPI.Exception"));
+    EXPECT_TRUE(same([failure localizedDescription], @"an exception of an unknown type"));
+    EXPECT_EQ([throwing(12) parse:json("{}") error:nullptr], nil);
+}
+
+TEST(ParserTest, WhatIsRaisedInANativeParserIsStopped) {
+    AnyObjectJsonParser *parser = wrap(std::make_shared<RaisingParser>());
+    NSError *failure = nil;
+    EXPECT_EQ([parser parse:json("{}") error:&failure], nil);
+    EXPECT_TRUE(same([failure domain], @"KeloAPI.Exception"));
 }
 
 TEST(ParserTest, NilFailsTheParse) {

@@ -32,7 +32,7 @@ TEST(PostThumbnailTest, HoldsItsValues) {
     EXPECT_TRUE(same(thumbnail().url, address(@"https://cdn.example/a.jpg")));
     EXPECT_EQ(thumbnail().width, 640);
     EXPECT_EQ(thumbnail().height, std::numeric_limits<int64_t>::max());
-    PostThumbnail *unmade = [[PostThumbnail alloc] autorelease];
+    PostThumbnail *unmade = [PostThumbnail alloc]; // raising, it lets itself go
     NSException *exception = raised([&] { [unmade initWithUrl:nil width:1 height:1]; });
     EXPECT_TRUE(same([exception name], NSInvalidArgumentException));
 }

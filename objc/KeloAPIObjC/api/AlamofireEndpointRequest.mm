@@ -20,7 +20,7 @@ struct Progress {
 };
 
 void setProgress(AlamofireEndpointRequest *request, const Completion &heard) {
-    const auto handle = shared<Native>(request);
+    const auto handle = sharedAlone<Native>(request);
     if (heard) {
         handle->setProgressHandler(Progress{heard, handle});
     } else {

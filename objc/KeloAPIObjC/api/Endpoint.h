@@ -70,7 +70,8 @@ extern NSString *const KLCaptchaUrlKey;
 - (void)downloadWithDestinationUrl:(NSURL *)destinationUrl target:(id)target action:(SEL)action;
 /// While the bytes of a later download arrive, `action` is called on the main queue with three
 /// int64_t: bytes since the last report, bytes so far, and bytes expected in all (-1 while that is
-/// unknown). A nil target for none, as by default.
+/// unknown). The target is kept alive until it is replaced or the endpoint has gone. A nil target
+/// for none, as by default.
 - (void)setDownloadProgressTarget:(id)target action:(SEL)action;
 
 #if __has_feature(blocks)

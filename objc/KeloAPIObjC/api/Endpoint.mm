@@ -6,6 +6,7 @@
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Bytes.hpp>
 #include <KeloAPIObjC/bridge/Calls.hpp>
+#include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Parameters.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
@@ -37,7 +38,7 @@ NSDictionary *fields(const KeloAPI::HeaderFields &known) {
 
 - (instancetype)initWithSession:(Session *)session {
     self = [super init];
-    return self == nil ? nil : hold(self, Native::create(shared<KeloAPI::Session>(session)));
+    return holdMade(self, [&] { return Native::create(shared<KeloAPI::Session>(session)); });
 }
 
 - (instancetype)init {

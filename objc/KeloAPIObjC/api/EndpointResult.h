@@ -11,6 +11,8 @@
 /// A host makes some in its own tests. `error` is nil for a success; so is `content` where a
 /// success brings nothing.
 - (instancetype)initWithContent:(id)content error:(NSError *)error;
+/// Not offered: stops the process.
+- (instancetype)init;
 
 @property(nonatomic, readonly) BOOL success;
 /// Nil for a success.

@@ -1,5 +1,7 @@
 #import <KeloAPIObjC/api/EndpointResult.h>
 
+#include <KeloAPIObjC/bridge/Required.hpp>
+
 @implementation EndpointResult
 
 - (instancetype)initWithContent:(id)content error:(NSError *)error {
@@ -9,6 +11,11 @@
         _error = [error retain];
     }
     return self;
+}
+
+- (instancetype)init {
+    NSString *name = [NSString stringWithFormat:@"KeloAPI.%@", NSStringFromClass([self class])];
+    KeloBridge::unimplemented("init()", [name UTF8String]);
 }
 
 - (void)dealloc {

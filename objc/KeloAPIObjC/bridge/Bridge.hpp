@@ -40,8 +40,8 @@ private:
 /// Makes what stands for an object; it is an `Object`, too.
 using Stand = std::shared_ptr<Foreign> (*)(id object);
 
-/// `made` may be derived from in Objective-C: where an object of it holds no C++ object, what
-/// `stand` makes stands for it, and is the same one while it is alive. Called in `+load`.
+/// What classes that hosts derive from `made` override is asked: what `stand` makes stands for an
+/// object of such a class, and is the same one while it is alive. Called in `+load`.
 void addDerivable(Class made, Stand stand);
 
 /// Lets an object that has just been allocated stand for `object`, which no other may stand for.
@@ -53,8 +53,13 @@ id hold(KLBridged *made, std::shared_ptr<Object> object);
 id wrap(std::shared_ptr<Object> object);
 
 /// The C++ object that a bridged object stands for; for any other object one that stands for it,
-/// and is the same one while it is alive. Null for nil.
+/// and is the same one while it is alive. Null for nil. As long as it is held, an object of a class
+/// that a host has derived stays itself: what `wrap` gives is that very object.
 std::shared_ptr<Object> shared(id object);
+
+/// The C++ object that a bridged object stands for, which does not keep that one alive whatever its
+/// class is: for what is to be held weakly. Null for any other object.
+std::shared_ptr<Object> sharedAlone(id object);
 
 /// How many bridged objects are alive.
 std::size_t aliveCount();
@@ -64,22 +69,35 @@ std::size_t aliveCount();
 template <class T>
 std::shared_ptr<T> shared(id object);
 
+template <class T>
+std::shared_ptr<T> sharedAlone(id object);
+
 [[noreturn]] void raiseWrongClass(id object);
 
 template <class T>
-std::shared_ptr<T> shared(id object) {
-    auto typed = std::dynamic_pointer_cast<T>(shared(object));
+std::shared_ptr<T> typedOrRaise(id object, const std::shared_ptr<Object> &crossed) {
+    auto typed = std::dynamic_pointer_cast<T>(crossed);
     if (object != nil && typed == nullptr) {
         raiseWrongClass(object);
     }
     return typed;
 }
 
+template <class T>
+std::shared_ptr<T> shared(id object) {
+    return typedOrRaise<T>(object, shared(object));
+}
+
+template <class T>
+std::shared_ptr<T> sharedAlone(id object) {
+    return typedOrRaise<T>(object, sharedAlone(object));
+}
+
 /// The C++ object that a bridged object keeps alive. Nil and an object of another class raise
 /// `NSInvalidArgumentException`.
 template <class T>
 T &held(KLBridged *object) {
-    T *const typed = dynamic_cast<T *>(shared(static_cast<id>(object)).get());
+    T *const typed = dynamic_cast<T *>(sharedAlone(static_cast<id>(object)).get());
     if (typed == nullptr) {
         raiseWrongClass(object);
     }

@@ -16,6 +16,10 @@
 
 namespace KeloBridge {
 
+/// A block that stays, by `copy`, which is null in a process without a blocks runtime: there, one
+/// on the stack would be gone when it is called, and raises `NSInvalidArgumentException`.
+id blockToKeep(id block, void *(*copy)(const void *block));
+
 /// What hears of a call: a target with its action, or a block. It is kept alive; copies are the
 /// same one. The caller sees to an autorelease pool.
 class Completion {
@@ -23,7 +27,8 @@ public:
     /// A nil target hears nothing. One that does not know the action raises
     /// `NSInvalidArgumentException`.
     Completion(id target, SEL action);
-    /// A nil block hears nothing.
+    /// A nil block hears nothing. One on the stack raises `NSInvalidArgumentException` in a process
+    /// without a blocks runtime.
     explicit Completion(id block);
 
     /// Calls with objects, and numbers of exactly the types that the action or the block takes.

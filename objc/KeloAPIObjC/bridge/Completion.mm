@@ -18,7 +18,25 @@ struct BlockLayout {
     void (*invoke)();
 };
 
+constexpr int isOnHeap = 1 << 24;
+constexpr int isGlobal = 1 << 28;
+
+const BlockLayout &layoutOf(id block) {
+    return *reinterpret_cast<const BlockLayout *>(block);
+}
+
 } // namespace
+
+id blockToKeep(id block, void *(*copy)(const void *block)) {
+    if (copy != nullptr) {
+        return static_cast<id>(copy(block));
+    }
+    if ((layoutOf(block).flags & (isOnHeap | isGlobal)) == 0) {
+        [NSException raise:NSInvalidArgumentException
+                    format:@"a block on the stack, and no blocks runtime that copies it"];
+    }
+    return block;
+}
 
 Completion::Completion(id target, SEL action) {
     if (target == nil) {
@@ -43,7 +61,7 @@ Completion::Listener::Listener(id listening, SEL selector)
     , action(selector) {}
 
 Completion::Listener::Listener(id given)
-    : block(_Block_copy == nullptr ? given : static_cast<id>(_Block_copy(given))) {}
+    : block(blockToKeep(given, _Block_copy)) {}
 
 Completion::Listener::~Listener() {
     const Pool pool;
@@ -54,7 +72,7 @@ Completion::Listener::~Listener() {
 }
 
 Completion::Function Completion::Listener::blockCode() const {
-    return reinterpret_cast<const BlockLayout *>(block)->invoke;
+    return layoutOf(block).invoke;
 }
 
 } // namespace KeloBridge

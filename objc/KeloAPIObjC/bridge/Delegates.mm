@@ -72,6 +72,12 @@ private:
 
 ForeignDelegate::~ForeignDelegate() = default;
 
+/// Has the compiler put the protocol, which no class here adopts, into the library for the runtime
+/// to find.
+[[gnu::used]] Protocol *adoptedByHosts() {
+    return @protocol(SessionDelegate);
+}
+
 } // namespace
 
 std::shared_ptr<KeloAPI::SessionDelegate> sessionDelegate(DelegateObject delegate) {

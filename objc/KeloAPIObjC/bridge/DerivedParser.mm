@@ -74,6 +74,9 @@ NSError *thrownError() {
         return error(thrown.error());
     } catch (const std::exception &thrown) {
         return error(KeloAPI::Error::withMessage("KeloAPI.Exception", 0, thrown.what()));
+    } catch (...) { // also what Objective-C raises, which nobody here can look at
+        return error(
+            KeloAPI::Error::withMessage("KeloAPI.Exception", 0, "an exception of an unknown type"));
     }
 }
 
@@ -84,16 +87,21 @@ std::shared_ptr<Foreign> derivedParser(id parser) {
 }
 
 id parsed(const KeloAPI::AnyObjectJsonParser &parser, NSDictionary *json, NSError **failure) {
-    const auto read = document(json);
+    std::shared_ptr<Object> made;
     try {
-        return wrap(parser.parse(*read.root().object()));
-    } catch (const std::exception &) {
+        if (json == nil) {
+            throw JsonParseError(JsonParseError::InsufficientData);
+        }
+        const auto read = document(json);
+        made = parser.parse(*read.root().object());
+    } catch (...) {
         NSError *thrown = thrownError();
         if (failure != nullptr) {
             *failure = thrown;
         }
         return nil;
     }
+    return wrap(std::move(made));
 }
 
 } // namespace KeloBridge

@@ -1,6 +1,7 @@
 #import <KeloAPIObjC/bridge/KLBridged.h>
 
 #include <KeloAPIObjC/bridge/Bridge.hpp>
+#include <KeloAPIObjC/bridge/Pool.hpp>
 #include <KeloAPIObjC/bridge/RuntimeName.hpp>
 
 #include <mutex>
@@ -9,9 +10,15 @@
 
 using KeloAPI::Object;
 using KeloBridge::Foreign;
-using Held = std::shared_ptr<Object>;
 
 namespace {
+
+/// What a bridged object keeps.
+struct Held {
+    std::shared_ptr<Object> object;
+    /// Of a class that the host has derived: more than what `wrap` would make anew.
+    bool derived;
+};
 
 struct Made {
     Class made;
@@ -52,7 +59,7 @@ std::shared_ptr<Foreign> plain(id object) {
     return std::make_shared<Plain>(object);
 }
 
-/// Null for a class whose objects always hold their C++ object.
+/// Null for a class of which nothing but its C++ object is asked.
 KeloBridge::Stand standFor(id object) {
     if (![object isKindOfClass:[KLBridged class]]) {
         return plain;
@@ -90,7 +97,7 @@ Class classFor(const Object &object) {
             return;
         }
         if (_held != nullptr) {
-            pairs().bridged.erase(static_cast<Held *>(_held)->get());
+            pairs().bridged.erase(static_cast<Held *>(_held)->object.get());
         }
     }
     [self dealloc];
@@ -114,6 +121,26 @@ void *&heldOf(KLBridged *object) {
     return *reinterpret_cast<void **>(reinterpret_cast<char *>(object) + offset);
 }
 
+/// Null where it keeps nothing, and for an object of any other kind.
+const Held *keptBy(id object) {
+    return [object isKindOfClass:[KLBridged class]] ? static_cast<Held *>(heldOf(object)) : nullptr;
+}
+
+id keep(KLBridged *made, std::shared_ptr<Object> object, bool derived) {
+    pairs().bridged.emplace(object.get(), made);
+    heldOf(made) = new Held{std::move(object), derived};
+    return made;
+}
+
+/// The C++ object, by way of the Objective-C one: that stays as long as this is held.
+std::shared_ptr<Object> keeping(KLBridged *bridged, const std::shared_ptr<Object> &object) {
+    const std::shared_ptr<void> kept(static_cast<void *>([bridged retain]), [](void *released) {
+        const Pool pool;
+        [static_cast<id>(released) release];
+    });
+    return {kept, object.get()};
+}
+
 } // namespace
 
 Foreign::Foreign(id object)
@@ -128,6 +155,7 @@ Foreign::~Foreign() {
             pairs().foreign.erase(found);
         }
     }
+    const Pool pool;
     [_object release];
 }
 
@@ -143,9 +171,8 @@ void add(Class made, Test test) {
 
 id hold(KLBridged *made, std::shared_ptr<Object> object) {
     const std::lock_guard lock(pairs().mutex);
-    pairs().bridged.emplace(object.get(), made);
-    heldOf(made) = new Held(std::move(object));
-    return made;
+    const bool derived = object_getClass(made) != instanceClass(classFor(*object));
+    return keep(made, std::move(object), derived);
 }
 
 id wrap(std::shared_ptr<Object> object) {
@@ -161,20 +188,21 @@ id wrap(std::shared_ptr<Object> object) {
         return [[found->second retain] autorelease];
     }
     Class made = classFor(*object);
-    return [hold([made alloc], std::move(object)) autorelease];
+    return [keep([made alloc], std::move(object), false) autorelease];
 }
 
 std::shared_ptr<Object> shared(id object) {
     if (object == nil) {
         return nullptr;
     }
-    if ([object isKindOfClass:[KLBridged class]] && heldOf(object) != nullptr) {
-        return *static_cast<Held *>(heldOf(object));
+    const Held *const held = keptBy(object);
+    if (held != nullptr && !held->derived) {
+        return held->object;
     }
     const std::lock_guard lock(pairs().mutex);
     const Stand stand = standFor(object);
     if (stand == nullptr) {
-        return nullptr;
+        return held == nullptr ? nullptr : keeping(object, held->object);
     }
     std::weak_ptr<Foreign> &known = pairs().foreign[object];
     auto foreign = known.lock();
@@ -183,6 +211,11 @@ std::shared_ptr<Object> shared(id object) {
         known = foreign;
     }
     return std::dynamic_pointer_cast<Object>(foreign);
+}
+
+std::shared_ptr<Object> sharedAlone(id object) {
+    const Held *const held = keptBy(object);
+    return held == nullptr ? nullptr : held->object;
 }
 
 std::size_t aliveCount() {

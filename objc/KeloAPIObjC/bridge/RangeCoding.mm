@@ -24,6 +24,30 @@ std::optional<std::int64_t> decodedCount(NSCoder *coder, NSString *key) {
     return [count longLongValue];
 }
 
+/// Has values read as ranges, as long as it is there: the archive is the host's.
+class RangesForValues {
+public:
+    explicit RangesForValues(NSCoder *coder)
+        : _keyed([coder isKindOfClass:[NSKeyedUnarchiver class]]
+                     ? static_cast<NSKeyedUnarchiver *>(coder)
+                     : nil)
+        , _before([_keyed classForClassName:@"NSValue"]) {
+        [_keyed setClass:[KLArchivedRange class] forClassName:@"NSValue"];
+    }
+    RangesForValues(const RangesForValues &) = delete;
+    RangesForValues &operator=(const RangesForValues &) = delete;
+    ~RangesForValues() { [_keyed setClass:_before forClassName:@"NSValue"]; }
+
+private:
+    NSKeyedUnarchiver *const _keyed;
+    const Class _before;
+};
+
+id decodedValue(NSCoder *coder, NSString *key) {
+    const RangesForValues ranges(coder);
+    return [coder decodeObjectForKey:key];
+}
+
 } // namespace
 
 @implementation KLArchivedRange
@@ -65,14 +89,7 @@ void encodeRange(NSCoder *coder, NSRange range, NSString *key) {
 }
 
 std::optional<NSRange> decodedRange(NSCoder *coder, NSString *key) {
-    NSKeyedUnarchiver *keyed = [coder isKindOfClass:[NSKeyedUnarchiver class]]
-                                   ? static_cast<NSKeyedUnarchiver *>(coder)
-                                   : nil;
-    // Only as long as this value is read: the archive is the host's.
-    Class before = [keyed classForClassName:@"NSValue"];
-    [keyed setClass:[KLArchivedRange class] forClassName:@"NSValue"];
-    id value = [coder decodeObjectForKey:key];
-    [keyed setClass:before forClassName:@"NSValue"];
+    id value = decodedValue(coder, key);
     if ([value isKindOfClass:[KLArchivedRange class]]) {
         return static_cast<KLArchivedRange *>(value)->range;
     }

@@ -9,7 +9,8 @@
 @property(nonatomic, readonly) KLWatchUser *user;
 @end
 
-/// Reads the signed-in user: GET users/me. Its class is "KeloAPI.MeEndpoint" at the runtime.
+/// Reads the signed-in user: GET users/me. Its class is "KeloAPI.MeEndpoint" at the runtime, which
+/// is derived from this one: ask `isKindOfClass:`, not `isMemberOfClass:`.
 @interface MeEndpoint : Endpoint
 
 /// On the authenticated session, with `Api.sessionDelegate`.

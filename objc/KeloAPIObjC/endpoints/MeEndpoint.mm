@@ -4,6 +4,7 @@
 #include <KeloAPI/model/KLWatchUser.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Completion.hpp>
+#include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Outcomes.hpp>
 #include <KeloAPIObjC/bridge/RuntimeName.hpp>
 
@@ -38,7 +39,7 @@ static void get(MeEndpoint *endpoint, const Completion &heard) {
 }
 
 - (instancetype)initWithSession:(Session *)session {
-    return hold(self, Native::create(shared<KeloAPI::Session>(session)));
+    return holdMade(self, [&] { return Native::create(shared<KeloAPI::Session>(session)); });
 }
 
 - (void)getWithTarget:(id)target action:(SEL)action {

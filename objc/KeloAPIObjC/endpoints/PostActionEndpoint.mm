@@ -1,6 +1,7 @@
 #import <KeloAPIObjC/endpoints/PostActionEndpoint.h>
 
 #include <KeloAPI/parsing/AnyObjectJsonParser.hpp>
+#include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/PostActions.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 
@@ -31,7 +32,9 @@ static void toggle(PostActionEndpoint *endpoint, BOOL on, const Completion &hear
 }
 
 - (instancetype)initWithPost:(KLWatchPost *)post parser:(AnyObjectJsonParser *)parser {
-    return hold(self, Native::create(shared<KeloAPI::KLWatchPost>(post), shared<Parser>(parser)));
+    return holdMade(self, [&] {
+        return Native::create(sharedAlone<KeloAPI::KLWatchPost>(post), shared<Parser>(parser));
+    });
 }
 
 - (instancetype)initWithSession:(Session *)session {

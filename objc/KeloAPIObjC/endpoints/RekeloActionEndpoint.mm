@@ -1,6 +1,7 @@
 #import <KeloAPIObjC/endpoints/RekeloActionEndpoint.h>
 
 #include <KeloAPI/endpoints/RekeloActionEndpoint.hpp>
+#include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/PostActions.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 
@@ -18,7 +19,7 @@ using Native = KeloAPI::RekeloActionEndpoint;
 }
 
 - (instancetype)initWithPost:(KLWatchPost *)post {
-    return hold(self, Native::create(shared<KeloAPI::KLWatchPost>(post)));
+    return holdMade(self, [&] { return Native::create(sharedAlone<KeloAPI::KLWatchPost>(post)); });
 }
 
 - (instancetype)initWithPost:(KLWatchPost *)post parser:(AnyObjectJsonParser *)parser {

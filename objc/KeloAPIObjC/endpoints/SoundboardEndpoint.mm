@@ -5,6 +5,7 @@
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Completion.hpp>
 #include <KeloAPIObjC/bridge/Lists.hpp>
+#include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
 using namespace KeloBridge;
@@ -26,7 +27,7 @@ static id fetchSounds(SoundboardEndpoint *endpoint, const Completion &heard) {
 }
 
 - (instancetype)initWithSession:(Session *)session {
-    return hold(self, Native::create(shared<KeloAPI::Session>(session)));
+    return holdMade(self, [&] { return Native::create(shared<KeloAPI::Session>(session)); });
 }
 
 - (id<EndpointRequest>)fetchSoundsWithTarget:(id)target action:(SEL)action {

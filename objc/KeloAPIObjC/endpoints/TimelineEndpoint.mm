@@ -5,6 +5,7 @@
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Completion.hpp>
 #include <KeloAPIObjC/bridge/Lists.hpp>
+#include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
 using namespace KeloBridge;
@@ -76,7 +77,7 @@ void fetch(TimelineEndpoint *endpoint, const Completion &heard) {
 }
 
 - (instancetype)initWithSession:(Session *)session {
-    return hold(self, Native::create(shared<KeloAPI::Session>(session)));
+    return holdMade(self, [&] { return Native::create(shared<KeloAPI::Session>(session)); });
 }
 
 - (void)fetchWithTarget:(id)target action:(SEL)action {

@@ -3,6 +3,7 @@
 #include <KeloAPI/endpoints/UserEndpoint.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Completion.hpp>
+#include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Outcomes.hpp>
 
 using namespace KeloBridge;
@@ -31,7 +32,8 @@ static void follow(UserEndpoint *endpoint, BOOL following, const Completion &hea
 }
 
 - (instancetype)initWithSession:(Session *)session userId:(NSString *)userId {
-    return hold(self, Native::create(shared<KeloAPI::Session>(session), text(userId)));
+    return holdMade(
+        self, [&] { return Native::create(shared<KeloAPI::Session>(session), text(userId)); });
 }
 
 - (instancetype)initWithSession:(Session *)session {

@@ -4,6 +4,7 @@
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/FileDownloads.hpp>
 #include <KeloAPIObjC/bridge/Lists.hpp>
+#include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Outcomes.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
@@ -52,7 +53,9 @@ static NSError *removed(Native &endpoint) {
 }
 
 - (instancetype)initWithPath:(NSString *)path fileManager:(FileManager *)fileManager {
-    return hold(self, Native::create(text(path), shared<KeloAPI::FileManager>(fileManager)));
+    return holdMade(self, [&] {
+        return Native::create(text(path), shared<KeloAPI::FileManager>(fileManager));
+    });
 }
 
 - (instancetype)initWithSession:(Session *)session {

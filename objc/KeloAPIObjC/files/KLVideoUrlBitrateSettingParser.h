@@ -1,9 +1,9 @@
-#import <KeloAPIObjC/bridge/KLBridged.h>
+#import <KeloAPIObjC/parsing/AnyObjectJsonParser.h>
 
-@class KLVideoUrlBitrateSetting;
-
-/// Reads the offers of one video. Usable on any thread.
-@interface KLVideoUrlBitrateSettingParser : KLBridged
+/// Makes a `KLVideoUrlBitrateSetting` of one offer of a video. Needs "videoUrl" as a URL and
+/// "format" as text (the code 3 of the domain "KeloAPI.JsonParseError"); "rate" is 0 where it is no
+/// number.
+@interface KLVideoUrlBitrateSettingParser : AnyObjectJsonParser
 
 /// `identifier` becomes that of every setting made.
 - (instancetype)initWithIdentifier:(NSString *)identifier;
@@ -11,10 +11,5 @@
 - (instancetype)init;
 
 @property(nonatomic, readonly) NSString *identifier;
-
-/// Needs "videoUrl" as a URL and "format" as text; "rate" is 0 where it is no number. Nil for what
-/// lacks these, as nil does, with an error of the domain "KeloAPI.JsonParseError" and code 3. What
-/// JSON cannot tell counts as missing.
-- (KLVideoUrlBitrateSetting *)parse:(NSDictionary *)json error:(NSError **)error;
 
 @end

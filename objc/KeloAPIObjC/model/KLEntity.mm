@@ -3,6 +3,7 @@
 #include <KeloAPI/model/KLEntity.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Coding.hpp>
+#include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/RangeCoding.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
@@ -46,12 +47,14 @@ NSRange crossed(KeloAPI::Range range) {
 }
 
 - (instancetype)initWithCoder:(NSCoder *)coder {
-    const NSRange range = decodedRange(coder, @"range").value_or(NSMakeRange(0, 0));
-    return [self initWithIdString:string(decodedText(coder, @"idString"))
-                             type:string(decodedText(coder, @"type"))
-                            title:string(decodedText(coder, @"title"))
-                             link:string(decodedText(coder, @"link"))
-                            range:range];
+    self = [super init];
+    return holdMade(self, [&] {
+        const NSRange range = decodedRange(coder, @"range").value_or(NSMakeRange(0, 0));
+        return std::make_shared<Entity>(decodedText(coder, @"idString"),
+                                        decodedText(coder, @"type"),
+                                        decodedText(coder, @"title").value_or(""),
+                                        decodedText(coder, @"link").value_or(""), crossed(range));
+    });
 }
 
 - (void)encodeWithCoder:(NSCoder *)coder {

@@ -2,6 +2,7 @@
 
 #include <KeloAPI/model/KLPostSource.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
+#include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
@@ -20,13 +21,10 @@ using PostSource = KeloAPI::KLPostSource;
 
 - (instancetype)initWithJSON:(NSDictionary *)json {
     self = [super init];
-    const auto read = document(json);
-    const auto source = PostSource::fromJSON(*read.root().object());
-    if (self == nil || source == nullptr) {
-        [self release];
-        return nil;
-    }
-    return hold(self, source);
+    return holdMade(self, [&] {
+        const auto read = document(json);
+        return PostSource::fromJSON(*read.root().object());
+    });
 }
 
 - (NSString *)postId {

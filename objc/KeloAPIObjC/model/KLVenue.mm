@@ -6,12 +6,27 @@
 #include <KeloAPI/model/KLVenueCategory.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Coding.hpp>
+#include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
 using namespace KeloBridge;
 using Venue = KeloAPI::KLVenue;
 using VenueCategory = KeloAPI::KLVenueCategory;
+
+static std::shared_ptr<Venue> decodedVenue(NSCoder *coder) {
+    const auto venue =
+        std::make_shared<Venue>(decodedText(coder, @"foursquareVenueId").value_or(""),
+                                decodedText(coder, @"name").value_or(""));
+    venue->address = decodedText(coder, @"address");
+    venue->city = decodedText(coder, @"city");
+    venue->state = decodedText(coder, @"state");
+    venue->country = decodedText(coder, @"country");
+    venue->latitude = [coder decodeDoubleForKey:@"latitude"];
+    venue->longitude = [coder decodeDoubleForKey:@"longitude"];
+    venue->category = decodedObject<VenueCategory>(coder, @"category");
+    return venue;
+}
 
 @implementation KLVenue
 
@@ -31,17 +46,7 @@ using VenueCategory = KeloAPI::KLVenueCategory;
 
 - (instancetype)initWithCoder:(NSCoder *)coder {
     self = [super init];
-    const auto venue =
-        std::make_shared<Venue>(decodedText(coder, @"foursquareVenueId").value_or(""),
-                                decodedText(coder, @"name").value_or(""));
-    venue->address = decodedText(coder, @"address");
-    venue->city = decodedText(coder, @"city");
-    venue->state = decodedText(coder, @"state");
-    venue->country = decodedText(coder, @"country");
-    venue->latitude = [coder decodeDoubleForKey:@"latitude"];
-    venue->longitude = [coder decodeDoubleForKey:@"longitude"];
-    venue->category = decodedObject<VenueCategory>(coder, @"category");
-    return self == nil ? nil : hold(self, venue);
+    return holdMade(self, [&] { return decodedVenue(coder); });
 }
 
 - (void)encodeWithCoder:(NSCoder *)coder {

@@ -3,6 +3,7 @@
 #include <KeloAPI/model/KLVenueCategory.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Coding.hpp>
+#include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
@@ -28,11 +29,13 @@ using VenueCategory = KeloAPI::KLVenueCategory;
 
 - (instancetype)initWithCoder:(NSCoder *)coder {
     self = [super init];
-    const auto category =
-        std::make_shared<VenueCategory>(decodedText(coder, @"categoryId").value_or(""),
-                                        decodedText(coder, @"shortName").value_or(""));
-    category->iconUrl = decodedURL(coder, @"iconUrl");
-    return self == nil ? nil : hold(self, category);
+    return holdMade(self, [&] {
+        const auto category =
+            std::make_shared<VenueCategory>(decodedText(coder, @"categoryId").value_or(""),
+                                            decodedText(coder, @"shortName").value_or(""));
+        category->iconUrl = decodedURL(coder, @"iconUrl");
+        return category;
+    });
 }
 
 - (void)encodeWithCoder:(NSCoder *)coder {

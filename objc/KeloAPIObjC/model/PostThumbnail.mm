@@ -3,11 +3,26 @@
 #include <KeloAPI/model/PostThumbnail.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Coding.hpp>
+#include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
 using namespace KeloBridge;
 using Thumbnail = KeloAPI::PostThumbnail;
+
+namespace {
+
+/// Null without an address.
+std::shared_ptr<Thumbnail> decodedThumbnail(NSCoder *coder) {
+    const auto address = decodedURL(coder, @"url");
+    if (!address) {
+        return nullptr;
+    }
+    return std::make_shared<Thumbnail>(*address, [coder decodeInt64ForKey:@"width"],
+                                       [coder decodeInt64ForKey:@"height"]);
+}
+
+} // namespace
 
 @implementation PostThumbnail
 
@@ -21,20 +36,13 @@ using Thumbnail = KeloAPI::PostThumbnail;
 
 - (instancetype)initWithUrl:(NSURL *)url width:(int64_t)width height:(int64_t)height {
     self = [super init];
-    return self == nil ? nil
-                       : hold(self, std::make_shared<Thumbnail>(requiredURL(url), width, height));
+    return holdMade(self,
+                    [&] { return std::make_shared<Thumbnail>(requiredURL(url), width, height); });
 }
 
 - (instancetype)initWithCoder:(NSCoder *)coder {
     self = [super init];
-    const auto address = decodedURL(coder, @"url");
-    if (self == nil || !address) {
-        [self release];
-        return nil;
-    }
-    const int64_t width = [coder decodeInt64ForKey:@"width"];
-    const int64_t height = [coder decodeInt64ForKey:@"height"];
-    return hold(self, std::make_shared<Thumbnail>(*address, width, height));
+    return holdMade(self, [&] { return decodedThumbnail(coder); });
 }
 
 - (void)encodeWithCoder:(NSCoder *)coder {

@@ -16,17 +16,11 @@ using Parser = KeloAPI::AnyObjectJsonParser;
 
 - (instancetype)init {
     self = [super init];
-    // One of a derived class holds nothing: what stands for it keeps it alive, not the other way
-    // round.
-    return [self isMemberOfClass:[AnyObjectJsonParser class]]
-               ? hold(self, std::make_shared<Parser>())
-               : self;
+    return self == nil ? nil : hold(self, std::make_shared<Parser>());
 }
 
 - (id)parse:(NSDictionary *)json error:(NSError **)error {
-    return [self isMemberOfClass:[AnyObjectJsonParser class]]
-               ? parsed(held<Parser>(self), json, error)
-               : parsed(Parser(), json, error);
+    return parsed(held<Parser>(self), json, error);
 }
 
 @end

@@ -1,5 +1,9 @@
-#import <KeloAPIObjC/bridge/KLBridged.h>
+#import <KeloAPIObjC/parsing/AnyObjectJsonParser.h>
 
 /// What an answer without model data gives.
 @interface KLEmpty : KLBridged
+@end
+
+/// Makes a `KLEmpty` of any object; never fails.
+@interface KLEmptyParser : AnyObjectJsonParser
 @end

@@ -1,17 +1,31 @@
 #import <KeloAPIObjC/parsing/KLEmpty.h>
 
 #include <KeloAPI/parsing/KLEmpty.hpp>
-#include <KeloAPIObjC/bridge/Bridge.hpp>
+#include <KeloAPIObjC/bridge/NativeParser.hpp>
+
+using namespace KeloBridge;
 
 @implementation KLEmpty
 
 + (void)load {
-    KeloBridge::add<KeloAPI::KLEmpty>(self);
+    add<KeloAPI::KLEmpty>(self);
 }
 
 - (instancetype)init {
     self = [super init];
-    return self == nil ? nil : KeloBridge::hold(self, std::make_shared<KeloAPI::KLEmpty>());
+    return self == nil ? nil : hold(self, std::make_shared<KeloAPI::KLEmpty>());
+}
+
+@end
+
+@implementation KLEmptyParser
+
++ (void)load {
+    addParser<KeloAPI::KLEmptyParser>(self);
+}
+
+- (instancetype)init {
+    return holdParser<KeloAPI::KLEmptyParser>(self);
 }
 
 @end

@@ -4,8 +4,8 @@
 
 /// A list of model objects that grows page by page, with the paging values of what has been loaded
 /// so far. Inserting and removing single elements moves `metadata.count` along; assigning `data`
-/// does not. Elements may be objects of any class; nil for one raises `NSInvalidArgumentException`.
-/// One thread at a time.
+/// does not. Elements may be objects of any class, which come back as the objects they are; nil for
+/// one raises `NSInvalidArgumentException`. A copy is of the same class. One thread at a time.
 ///
 /// Fast enumeration goes over the elements that there are when it begins.
 @interface KLPagedData : KLBridged <NSCopying, NSFastEnumeration>

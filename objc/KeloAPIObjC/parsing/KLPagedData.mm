@@ -5,6 +5,7 @@
 #include <KeloAPI/parsing/KLPagedData.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Lists.hpp>
+#include <KeloAPIObjC/bridge/Making.hpp>
 
 #include <algorithm>
 
@@ -42,18 +43,18 @@ NSArray *&enumerated(NSFastEnumerationState &state) {
 
 - (instancetype)initWithData:(NSArray *)data {
     self = [super init];
-    return self == nil ? nil : hold(self, std::make_shared<PagedData>(objects<Object>(data)));
+    return holdMade(self, [&] { return std::make_shared<PagedData>(objects<Object>(data)); });
 }
 
 - (instancetype)initWithData:(NSArray *)data metadata:(KLPagingMetadata *)metadata {
     self = [super init];
-    return self == nil ? nil
-                       : hold(self, std::make_shared<PagedData>(objects<Object>(data),
-                                                                shared<PagingMetadata>(metadata)));
+    return holdMade(self, [&] {
+        return std::make_shared<PagedData>(objects<Object>(data), shared<PagingMetadata>(metadata));
+    });
 }
 
 - (id)copyWithZone:(NSZone *)zone {
-    return [wrap(held<PagedData>(self).copy()) retain];
+    return hold([[self class] allocWithZone:zone], held<PagedData>(self).copy());
 }
 
 - (KLPagingMetadata *)metadata {

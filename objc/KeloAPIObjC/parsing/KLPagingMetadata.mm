@@ -5,6 +5,7 @@
 #include <KeloAPI/model/KLChannel.hpp>
 #include <KeloAPI/parsing/KLPagingMetadata.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
+#include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
@@ -23,22 +24,24 @@ using Metadata = KeloAPI::KLPagingMetadata;
 
 - (instancetype)initWithJson:(NSDictionary *)json {
     self = [super init];
-    const auto read = document(json);
-    return self == nil ? nil : hold(self, std::make_shared<Metadata>(*read.root().object()));
+    return holdMade(self, [&] {
+        const auto read = document(json);
+        return std::make_shared<Metadata>(*read.root().object());
+    });
 }
 
 - (instancetype)initWithMetadata:(KLPagingMetadata *)metadata {
     self = [super init];
-    return self == nil ? nil : hold(self, std::make_shared<Metadata>(held<Metadata>(metadata)));
+    return holdMade(self, [&] { return std::make_shared<Metadata>(held<Metadata>(metadata)); });
 }
 
 - (instancetype)initWithCount:(NSInteger)count
                      metadata:(KLPagingMetadata *)metadata
                       prepend:(KLPagingMetadata *)prepend {
     self = [super init];
-    return self == nil ? nil
-                       : hold(self, std::make_shared<Metadata>(count, held<Metadata>(metadata),
-                                                               held<Metadata>(prepend)));
+    return holdMade(self, [&] {
+        return std::make_shared<Metadata>(count, held<Metadata>(metadata), held<Metadata>(prepend));
+    });
 }
 
 - (NSInteger)count {

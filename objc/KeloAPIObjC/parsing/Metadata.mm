@@ -2,6 +2,7 @@
 
 #include <KeloAPI/parsing/Metadata.hpp>
 #include <KeloAPIObjC/bridge/Boxed.hpp>
+#include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Parameters.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
@@ -21,9 +22,10 @@ static NSDictionary *known(const std::optional<KeloAPI::Parameters> &page) {
 
 - (instancetype)initWithJson:(NSDictionary *)json {
     self = [super init];
-    const auto read = document(json);
-    return self == nil ? nil
-                       : hold(self, std::make_shared<Boxed<Native>>(Native(*read.root().object())));
+    return holdMade(self, [&] {
+        const auto read = document(json);
+        return std::make_shared<Boxed<Native>>(Native(*read.root().object()));
+    });
 }
 
 - (instancetype)init {
