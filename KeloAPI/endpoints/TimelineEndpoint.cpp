@@ -29,17 +29,20 @@ std::shared_ptr<TimelineEndpoint> page(const std::string& path, std::optional<Pa
 
 } // namespace
 
+TimelineEndpoint::TimelineEndpoint(Key key, const std::string& path)
+    : TimelineEndpoint(key, Api::session(SessionType::Authenticated)) {
+    const bool complete = path.find("timelines/") != std::string::npos;
+    Endpoint::setPath(complete ? path : "timelines/" + path);
+    Endpoint::setParameters(defaultParameters());
+}
+
 TimelineEndpoint::TimelineEndpoint(Key key, std::shared_ptr<Session> session)
     : Endpoint(key, std::move(session)) {}
 
 TimelineEndpoint::~TimelineEndpoint() = default;
 
 std::shared_ptr<TimelineEndpoint> TimelineEndpoint::create(const std::string& path) {
-    auto endpoint = create(Api::session(SessionType::Authenticated));
-    const bool complete = path.find("timelines/") != std::string::npos;
-    endpoint->setPath(complete ? path : "timelines/" + path);
-    endpoint->setParameters(defaultParameters());
-    return endpoint;
+    return make<TimelineEndpoint>(path);
 }
 
 std::shared_ptr<TimelineEndpoint> TimelineEndpoint::create(std::shared_ptr<Session> session) {

@@ -42,6 +42,7 @@ public:
     void fetch(std::function<void(const TimelineResult& result)> result);
 
 protected:
+    TimelineEndpoint(Key key, const std::string& path);
     TimelineEndpoint(Key key, std::shared_ptr<Session> session);
 };
 

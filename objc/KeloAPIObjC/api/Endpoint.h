@@ -25,7 +25,9 @@ extern NSString *const KLCaptchaUrlKey;
 /// each send and never inside the call that sent; a retry that the session releases is another
 /// send. A nil target hears nothing; one without the action's method raises
 /// `NSInvalidArgumentException`. One endpoint serves one call at a time, from one thread at a time.
-/// What a derived class overrides is not seen by the calls.
+/// A derived class may override `headerFields` and `URLRequest`: the calls ask it, on the thread
+/// that sends, as long as the object is alive; keep it until the call has ended, which may send
+/// again. They do not ask what else it overrides.
 @interface Endpoint : KLBridged
 
 /// An endpoint of no particular kind: set its properties, then send. A nil session stops the
@@ -48,7 +50,8 @@ extern NSString *const KLCaptchaUrlKey;
 /// The header fields of the call, made anew each time.
 - (NSDictionary *)headerFields;
 /// The request that is sent, made anew each time; without an address where the path should be a URL
-/// and is none.
+/// and is none. What an override returns needs one of the HTTP methods; its address, method, header
+/// fields, body and timeout are sent.
 - (NSMutableURLRequest *)URLRequest;
 
 /// Sends the call and hands out the answer's body as text: `action` takes an NSString, nil with an

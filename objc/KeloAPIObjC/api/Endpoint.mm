@@ -4,8 +4,8 @@
 
 #include <KeloAPI/api/Endpoint.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
-#include <KeloAPIObjC/bridge/Bytes.hpp>
 #include <KeloAPIObjC/bridge/Calls.hpp>
+#include <KeloAPIObjC/bridge/HostEndpoint.hpp>
 #include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Parameters.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
@@ -20,12 +20,9 @@ NSString *const KLCaptchaUrlKey = @"KLCaptchaUrlKey";
 
 namespace {
 
-NSDictionary *fields(const KeloAPI::HeaderFields &known) {
-    NSMutableDictionary *made = [NSMutableDictionary dictionary];
-    for (const auto &[name, content] : known) {
-        [made setObject:string(content) forKey:string(name)];
-    }
-    return made;
+/// What it does by itself where it may be that a host overrides it.
+const OwnEndpoint *own(const Native &endpoint) {
+    return dynamic_cast<const OwnEndpoint *>(&endpoint);
 }
 
 } // namespace
@@ -38,7 +35,7 @@ NSDictionary *fields(const KeloAPI::HeaderFields &known) {
 
 - (instancetype)initWithSession:(Session *)session {
     self = [super init];
-    return holdMade(self, [&] { return Native::create(shared<KeloAPI::Session>(session)); });
+    return holdMade(self, [&] { return makeEndpoint<Native>(shared<KeloAPI::Session>(session)); });
 }
 
 - (instancetype)init {
@@ -100,16 +97,15 @@ NSDictionary *fields(const KeloAPI::HeaderFields &known) {
 }
 
 - (NSDictionary *)headerFields {
-    return fields(held<Native>(self).headerFields());
+    const Native &endpoint = held<Native>(self);
+    return KeloBridge::headerFields(own(endpoint) == nullptr ? endpoint.headerFields()
+                                                             : own(endpoint)->ownHeaderFields());
 }
 
 - (NSMutableURLRequest *)URLRequest {
-    const auto request = held<Native>(self).URLRequest();
-    NSMutableURLRequest *made = [NSMutableURLRequest requestWithURL:url(request.url)];
-    [made setHTTPMethod:string(KeloAPI::name(request.method))];
-    [made setAllHTTPHeaderFields:fields(request.headerFields)];
-    [made setHTTPBody:request.body ? bytes(*request.body) : nil];
-    return made;
+    const Native &endpoint = held<Native>(self);
+    return urlRequest(own(endpoint) == nullptr ? endpoint.URLRequest()
+                                               : own(endpoint)->ownURLRequest());
 }
 
 - (id<EndpointRequest>)requestWithTarget:(id)target action:(SEL)action {

@@ -5,9 +5,43 @@
 #include <KeloAPI/endpoints/PostActionEndpoint.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Completion.hpp>
+#include <KeloAPIObjC/bridge/HostEndpoint.hpp>
 #include <KeloAPIObjC/bridge/Outcomes.hpp>
 
 namespace KeloBridge {
+
+/// What an action composes by itself, whatever a host overrides.
+class OwnPostAction {
+public:
+    OwnPostAction() = default;
+    OwnPostAction(const OwnPostAction &) = delete;
+    OwnPostAction &operator=(const OwnPostAction &) = delete;
+    virtual ~OwnPostAction() = default;
+    virtual void ownSetPathFor(bool on) = 0;
+};
+
+template <class E>
+class HostPostAction : public HostEndpoint<E>, public OwnPostAction {
+public:
+    using HostEndpoint<E>::HostEndpoint;
+
+    void setPathFor(bool on) override {
+        const Pool pool;
+        id host = overriding(this->shared_from_this(), @selector(setPathForOn:),
+                             [::PostActionEndpoint class]);
+        if (host == nil) {
+            E::setPathFor(on);
+        } else {
+            [host setPathForOn:on];
+        }
+    }
+    void ownSetPathFor(bool on) final { E::setPathFor(on); }
+};
+
+template <class E, class... Arguments>
+std::shared_ptr<E> makePostAction(Arguments &&...arguments) {
+    return KeloAPI::Endpoint::make<HostPostAction<E>>(std::forward<Arguments>(arguments)...);
+}
 
 /// What an action's endpoint does, whatever its parser makes.
 struct PostAction {
@@ -23,7 +57,13 @@ PostAction postAction() {
     using Success = KeloAPI::PostActionSuccess<Item>;
     PostAction action;
     action.post = [](Object &endpoint) { return wrap(dynamic_cast<E &>(endpoint).post()); };
-    action.setPath = [](Object &endpoint, bool on) { dynamic_cast<E &>(endpoint).setPathFor(on); };
+    action.setPath = [](Object &endpoint, bool on) {
+        if (auto *own = dynamic_cast<OwnPostAction *>(&endpoint)) {
+            own->ownSetPathFor(on);
+        } else {
+            dynamic_cast<E &>(endpoint).setPathFor(on);
+        }
+    };
     action.toggle = [](Object &endpoint, bool on, const Completion &heard) {
         dynamic_cast<E &>(endpoint).toggle(on, [heard](const Result &result) {
             const Pool pool;

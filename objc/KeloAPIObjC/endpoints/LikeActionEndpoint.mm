@@ -19,7 +19,8 @@ using Native = KeloAPI::LikeActionEndpoint;
 }
 
 - (instancetype)initWithPost:(KLWatchPost *)post {
-    return holdMade(self, [&] { return Native::create(sharedAlone<KeloAPI::KLWatchPost>(post)); });
+    return holdMade(
+        self, [&] { return makePostAction<Native>(sharedAlone<KeloAPI::KLWatchPost>(post)); });
 }
 
 - (instancetype)initWithPost:(KLWatchPost *)post parser:(AnyObjectJsonParser *)parser {

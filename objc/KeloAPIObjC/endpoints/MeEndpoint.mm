@@ -1,9 +1,11 @@
 #import <KeloAPIObjC/endpoints/MeEndpoint.h>
 
+#include <KeloAPI/api/Api.hpp>
 #include <KeloAPI/endpoints/MeEndpoint.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Completion.hpp>
+#include <KeloAPIObjC/bridge/HostEndpoint.hpp>
 #include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Outcomes.hpp>
 #include <KeloAPIObjC/bridge/RuntimeName.hpp>
@@ -35,11 +37,12 @@ static void get(MeEndpoint *endpoint, const Completion &heard) {
 }
 
 - (instancetype)init {
-    return hold(self, Native::create());
+    return hold(self,
+                makeEndpoint<Native>(KeloAPI::Api::session(KeloAPI::SessionType::Authenticated)));
 }
 
 - (instancetype)initWithSession:(Session *)session {
-    return holdMade(self, [&] { return Native::create(shared<KeloAPI::Session>(session)); });
+    return holdMade(self, [&] { return makeEndpoint<Native>(shared<KeloAPI::Session>(session)); });
 }
 
 - (void)getWithTarget:(id)target action:(SEL)action {

@@ -24,7 +24,8 @@
 @property(nonatomic, readonly) KLWatchPost *post;
 
 /// Composes `path` for doing or taking back. Leaves it as it was where the post has gone or lacks
-/// an identifier that the path needs; the base does so always.
+/// an identifier that the path needs; the base does so always. A derived class overrides this, and
+/// each toggle asks it.
 - (void)setPathForOn:(BOOL)on;
 
 /// POST to do it, DELETE to take it back; `action` takes a `PostActionResult`. Where the path is

@@ -33,7 +33,8 @@ static void toggle(PostActionEndpoint *endpoint, BOOL on, const Completion &hear
 
 - (instancetype)initWithPost:(KLWatchPost *)post parser:(AnyObjectJsonParser *)parser {
     return holdMade(self, [&] {
-        return Native::create(sharedAlone<KeloAPI::KLWatchPost>(post), shared<Parser>(parser));
+        return makePostAction<Native>(sharedAlone<KeloAPI::KLWatchPost>(post),
+                                      shared<Parser>(parser));
     });
 }
 

@@ -3,6 +3,7 @@
 #include <KeloAPI/endpoints/RecommendationsEndpoint.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Completion.hpp>
+#include <KeloAPIObjC/bridge/HostEndpoint.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
@@ -53,7 +54,7 @@ Native::Completion completionOf(const Completion &heard) {
 }
 
 - (instancetype)init {
-    return hold(self, Native::create());
+    return hold(self, makeEndpoint<Native>());
 }
 
 - (instancetype)initWithSession:(Session *)session {

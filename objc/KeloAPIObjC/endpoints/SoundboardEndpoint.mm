@@ -4,6 +4,7 @@
 #include <KeloAPI/model/SoundboardSound.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Completion.hpp>
+#include <KeloAPIObjC/bridge/HostEndpoint.hpp>
 #include <KeloAPIObjC/bridge/Lists.hpp>
 #include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
@@ -27,7 +28,7 @@ static id fetchSounds(SoundboardEndpoint *endpoint, const Completion &heard) {
 }
 
 - (instancetype)initWithSession:(Session *)session {
-    return holdMade(self, [&] { return Native::create(shared<KeloAPI::Session>(session)); });
+    return holdMade(self, [&] { return makeEndpoint<Native>(shared<KeloAPI::Session>(session)); });
 }
 
 - (id<EndpointRequest>)fetchSoundsWithTarget:(id)target action:(SEL)action {

@@ -4,6 +4,7 @@
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Completion.hpp>
+#include <KeloAPIObjC/bridge/HostEndpoint.hpp>
 #include <KeloAPIObjC/bridge/Lists.hpp>
 #include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
@@ -73,11 +74,11 @@ void fetch(TimelineEndpoint *endpoint, const Completion &heard) {
 }
 
 - (instancetype)initWithPath:(NSString *)path {
-    return hold(self, Native::create(text(path)));
+    return hold(self, makeEndpoint<Native>(text(path)));
 }
 
 - (instancetype)initWithSession:(Session *)session {
-    return holdMade(self, [&] { return Native::create(shared<KeloAPI::Session>(session)); });
+    return holdMade(self, [&] { return makeEndpoint<Native>(shared<KeloAPI::Session>(session)); });
 }
 
 - (void)fetchWithTarget:(id)target action:(SEL)action {

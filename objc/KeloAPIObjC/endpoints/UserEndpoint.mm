@@ -1,8 +1,10 @@
 #import <KeloAPIObjC/endpoints/UserEndpoint.h>
 
+#include <KeloAPI/api/Api.hpp>
 #include <KeloAPI/endpoints/UserEndpoint.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Completion.hpp>
+#include <KeloAPIObjC/bridge/HostEndpoint.hpp>
 #include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Outcomes.hpp>
 
@@ -28,12 +30,15 @@ static void follow(UserEndpoint *endpoint, BOOL following, const Completion &hea
 }
 
 - (instancetype)initWithUserId:(NSString *)userId {
-    return hold(self, Native::create(text(userId)));
+    return hold(self,
+                makeEndpoint<Native>(KeloAPI::Api::session(KeloAPI::SessionType::Authenticated),
+                                     text(userId)));
 }
 
 - (instancetype)initWithSession:(Session *)session userId:(NSString *)userId {
-    return holdMade(
-        self, [&] { return Native::create(shared<KeloAPI::Session>(session), text(userId)); });
+    return holdMade(self, [&] {
+        return makeEndpoint<Native>(shared<KeloAPI::Session>(session), text(userId));
+    });
 }
 
 - (instancetype)initWithSession:(Session *)session {

@@ -3,6 +3,7 @@
 #include <KeloAPI/files/FileEndpoint.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/FileDownloads.hpp>
+#include <KeloAPIObjC/bridge/HostEndpoint.hpp>
 #include <KeloAPIObjC/bridge/Lists.hpp>
 #include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Outcomes.hpp>
@@ -54,7 +55,7 @@ static NSError *removed(Native &endpoint) {
 
 - (instancetype)initWithPath:(NSString *)path fileManager:(FileManager *)fileManager {
     return holdMade(self, [&] {
-        return Native::create(text(path), shared<KeloAPI::FileManager>(fileManager));
+        return makeEndpoint<Native>(text(path), shared<KeloAPI::FileManager>(fileManager));
     });
 }
 

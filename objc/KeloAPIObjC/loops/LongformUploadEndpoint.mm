@@ -4,6 +4,7 @@
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Bytes.hpp>
 #include <KeloAPIObjC/bridge/Calls.hpp>
+#include <KeloAPIObjC/bridge/HostEndpoint.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
@@ -25,7 +26,7 @@ static Native::Completion uploadCompletion(const Completion &heard) {
 }
 
 - (instancetype)init {
-    return hold(self, Native::create());
+    return hold(self, makeEndpoint<Native>());
 }
 
 - (instancetype)initWithSession:(Session *)session {

@@ -4,6 +4,7 @@
 #include <KeloAPI/loops/LongformViewsEndpoint.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Calls.hpp>
+#include <KeloAPIObjC/bridge/HostEndpoint.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
@@ -26,7 +27,7 @@ static id fetchViews(LongformViewsEndpoint *endpoint, const Completion &heard) {
 }
 
 - (instancetype)initWithLongformId:(NSString *)longformId {
-    return hold(self, Native::create(text(longformId)));
+    return hold(self, makeEndpoint<Native>(text(longformId)));
 }
 
 - (instancetype)initWithSession:(Session *)session {

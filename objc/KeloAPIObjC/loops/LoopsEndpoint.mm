@@ -3,6 +3,7 @@
 #include <KeloAPI/loops/LoopsEndpoint.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
+#include <KeloAPIObjC/bridge/HostEndpoint.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 
 using namespace KeloBridge;
@@ -15,7 +16,7 @@ using Native = KeloAPI::LoopsEndpoint;
 }
 
 - (instancetype)init {
-    return hold(self, Native::create());
+    return hold(self, makeEndpoint<Native>());
 }
 
 - (instancetype)initWithSession:(Session *)session {

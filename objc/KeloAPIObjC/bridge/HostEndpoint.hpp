@@ -1,0 +1,63 @@
+#pragma once
+
+#import <KeloAPIObjC/api/Endpoint.h>
+
+#include <KeloAPI/api/Endpoint.hpp>
+#include <KeloAPIObjC/bridge/Bridge.hpp>
+#include <KeloAPIObjC/bridge/Pool.hpp>
+
+#include <memory>
+#include <utility>
+
+/// What a class that a host has derived from an endpoint's overrides, as the C++ library asks for
+/// it. The Objective-C object is asked while it is alive; afterwards, and where its class overrides
+/// nothing, the endpoint itself knows.
+namespace KeloBridge {
+
+KeloAPI::HeaderFields headerFields(NSDictionary *fields);
+NSDictionary *headerFields(const KeloAPI::HeaderFields &fields);
+NSMutableURLRequest *urlRequest(const KeloAPI::URLRequest &request);
+/// `request` with everything that `changed` tells.
+KeloAPI::URLRequest urlRequest(KeloAPI::URLRequest request, NSURLRequest *changed);
+
+/// The object of `endpoint`, where a host's class overrides `method` of `base`; nil otherwise.
+id overriding(const std::shared_ptr<const KeloAPI::Endpoint> &endpoint, SEL method, Class base);
+
+/// What an endpoint does by itself, whatever a host overrides.
+class OwnEndpoint {
+public:
+    OwnEndpoint() = default;
+    OwnEndpoint(const OwnEndpoint &) = delete;
+    OwnEndpoint &operator=(const OwnEndpoint &) = delete;
+    virtual ~OwnEndpoint();
+    virtual KeloAPI::HeaderFields ownHeaderFields() const = 0;
+    virtual KeloAPI::URLRequest ownURLRequest() const = 0;
+};
+
+template <class E>
+class HostEndpoint : public E, public OwnEndpoint {
+public:
+    template <class... Arguments>
+    explicit HostEndpoint(typename E::Key key, Arguments &&...arguments)
+        : E(key, std::forward<Arguments>(arguments)...) {}
+
+    KeloAPI::HeaderFields headerFields() const override {
+        const Pool pool;
+        id host = overriding(this->shared_from_this(), @selector(headerFields), [::Endpoint class]);
+        return host == nil ? E::headerFields() : KeloBridge::headerFields([host headerFields]);
+    }
+    KeloAPI::URLRequest URLRequest() const override {
+        const Pool pool;
+        id host = overriding(this->shared_from_this(), @selector(URLRequest), [::Endpoint class]);
+        return host == nil ? E::URLRequest() : urlRequest(E::URLRequest(), [host URLRequest]);
+    }
+    KeloAPI::HeaderFields ownHeaderFields() const final { return E::headerFields(); }
+    KeloAPI::URLRequest ownURLRequest() const final { return E::URLRequest(); }
+};
+
+template <class E, class... Arguments>
+std::shared_ptr<E> makeEndpoint(Arguments &&...arguments) {
+    return KeloAPI::Endpoint::make<HostEndpoint<E>>(std::forward<Arguments>(arguments)...);
+}
+
+} // namespace KeloBridge

@@ -1,0 +1,57 @@
+#include <KeloAPIObjC/bridge/HostEndpoint.hpp>
+
+#include <KeloAPIObjC/bridge/Bytes.hpp>
+#include <KeloAPIObjC/bridge/Calls.hpp>
+#include <KeloAPIObjC/bridge/Values.hpp>
+
+#include <cmath>
+
+namespace KeloBridge {
+
+KeloAPI::HeaderFields headerFields(NSDictionary *fields) {
+    KeloAPI::HeaderFields made;
+    NSArray *names = [fields allKeys];
+    for (NSUInteger i = 0; i < [names count]; ++i) {
+        id name = [names objectAtIndex:i];
+        made.insert_or_assign(text([name description]),
+                              text([[fields objectForKey:name] description]));
+    }
+    return made;
+}
+
+NSDictionary *headerFields(const KeloAPI::HeaderFields &fields) {
+    NSMutableDictionary *made = [NSMutableDictionary dictionary];
+    for (const auto &[name, content] : fields) {
+        [made setObject:string(content) forKey:string(name)];
+    }
+    return made;
+}
+
+NSMutableURLRequest *urlRequest(const KeloAPI::URLRequest &request) {
+    NSMutableURLRequest *made = [NSMutableURLRequest requestWithURL:url(request.url)];
+    [made setHTTPMethod:string(KeloAPI::name(request.method))];
+    [made setAllHTTPHeaderFields:headerFields(request.headerFields)];
+    [made setHTTPBody:request.body ? bytes(*request.body) : nil];
+    [made setTimeoutInterval:std::chrono::duration<double>(request.timeoutInterval).count()];
+    return made;
+}
+
+KeloAPI::URLRequest urlRequest(KeloAPI::URLRequest request, NSURLRequest *changed) {
+    request.url = url([changed URL]);
+    request.method = methodOf([changed HTTPMethod]);
+    request.headerFields = headerFields([changed allHTTPHeaderFields]);
+    request.body =
+        [changed HTTPBody] == nil ? std::nullopt : std::optional(bytes([changed HTTPBody]));
+    request.timeoutInterval =
+        std::chrono::milliseconds(std::llround([changed timeoutInterval] * 1000));
+    return request;
+}
+
+id overriding(const std::shared_ptr<const KeloAPI::Endpoint> &endpoint, SEL method, Class base) {
+    id host = wrap(std::const_pointer_cast<KeloAPI::Endpoint>(endpoint));
+    return [host methodForSelector:method] == [base instanceMethodForSelector:method] ? nil : host;
+}
+
+OwnEndpoint::~OwnEndpoint() = default;
+
+} // namespace KeloBridge
