@@ -2,6 +2,7 @@
 
 #include <KeloAPIObjC/bridge/Bytes.hpp>
 #include <KeloAPIObjC/bridge/Calls.hpp>
+#include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
 #include <cmath>
@@ -37,7 +38,7 @@ NSMutableURLRequest *urlRequest(const KeloAPI::URLRequest &request) {
 }
 
 KeloAPI::URLRequest urlRequest(KeloAPI::URLRequest request, NSURLRequest *changed) {
-    request.url = url([changed URL]);
+    request.url = optionalURL([changed URL]);
     request.method = methodOf([changed HTTPMethod]);
     request.headerFields = headerFields([changed allHTTPHeaderFields]);
     request.body =
