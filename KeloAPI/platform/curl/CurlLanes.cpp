@@ -63,7 +63,7 @@ std::shared_ptr<CurlLoop> CurlLanes::laneFor(const URL& url, bool mayWaitForDisk
     if (const auto found = _lanes.find(key); found != _lanes.end()) {
         return found->second;
     }
-    const TrustStore store(key.policy);
+    const TrustStore store(key.first);
     auto lane = std::make_shared<CurlLoop>(store, nameOf(store.isPinned(), mayWaitForDisk));
     lane->open();
     _lanes.emplace(key, lane);

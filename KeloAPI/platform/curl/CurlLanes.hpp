@@ -3,10 +3,10 @@
 #include <KeloAPI/platform/http/ServerTrustPolicy.hpp>
 #include <KeloAPI/platform/URL.hpp>
 
-#include <compare>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <utility>
 
 namespace KeloAPI {
 
@@ -30,11 +30,8 @@ public:
     void close();
 
 private:
-    struct Key {
-        const ServerTrustPolicy* policy;
-        bool mayWaitForDisk;
-        auto operator<=>(const Key&) const = default;
-    };
+    /// The policy, and whether observers may wait for a disk.
+    using Key = std::pair<const ServerTrustPolicy*, bool>;
     using Lanes = std::map<Key, std::shared_ptr<CurlLoop>>;
 
     const ServerTrustPolicyManager _trust;
