@@ -280,6 +280,18 @@ TEST_F(ApiTest, OneSessionOfEachType) {
     EXPECT_EQ(other.sessionType, SessionTypeUnAuthenticated);
 }
 
+TEST_F(ApiTest, ThereAreNoOtherTypes) {
+    const auto unknown = static_cast<SessionType>(2);
+    for (const SessionType type : {unknown, static_cast<SessionType>(-1)}) {
+        EXPECT_TRUE(same([raised([&] { [Api session:type]; }) name], NSInvalidArgumentException));
+        EXPECT_TRUE(same([raised([&] { [Api session:type delegate:nil]; }) name],
+                         NSInvalidArgumentException));
+        Session *unmade = [Session alloc]; // raising, it lets itself go
+        EXPECT_TRUE(same([raised([&] { [unmade initWithSessionType:type]; }) name],
+                         NSInvalidArgumentException));
+    }
+}
+
 TEST_F(ApiTest, GivesSessionsTheirDelegates) {
     EXPECT_EQ([Api sessionDelegate], nil);
     [Api setSessionDelegate:delegate];

@@ -4,6 +4,7 @@
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Delegates.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
+#include <KeloAPIObjC/bridge/SessionTypes.hpp>
 
 using namespace KeloBridge;
 using Native = KeloAPI::Api;
@@ -18,12 +19,11 @@ static id<SessionDelegate> heldDelegate = nil;
 }
 
 + (Session *)session:(SessionType)type {
-    return wrap(Native::session(static_cast<KeloAPI::SessionType>(type)));
+    return wrap(Native::session(nativeType(type)));
 }
 
 + (Session *)session:(SessionType)type delegate:(id<SessionDelegate>)delegate {
-    return wrap(
-        Native::session(static_cast<KeloAPI::SessionType>(type), sessionDelegate(delegate)));
+    return wrap(Native::session(nativeType(type), sessionDelegate(delegate)));
 }
 
 + (id<SessionDelegate>)sessionDelegate {

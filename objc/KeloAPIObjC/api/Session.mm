@@ -5,8 +5,10 @@
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Completion.hpp>
 #include <KeloAPIObjC/bridge/Delegates.hpp>
+#include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/RuntimeName.hpp>
+#include <KeloAPIObjC/bridge/SessionTypes.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
 using namespace KeloBridge;
@@ -50,8 +52,9 @@ void requireCaptcha(Session *session, Endpoint *endpoint, NSURL *captchaUrl,
 
 - (instancetype)initWithSessionType:(SessionType)sessionType {
     self = [super init];
-    const auto type = static_cast<KeloAPI::SessionType>(sessionType);
-    return self == nil ? nil : hold(self, std::make_shared<Native>(type));
+    return self == nil
+               ? nil
+               : holdMade(self, [=] { return std::make_shared<Native>(nativeType(sessionType)); });
 }
 
 - (instancetype)init {

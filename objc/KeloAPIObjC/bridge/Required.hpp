@@ -35,6 +35,17 @@ std::optional<KeloAPI::URL> optionalURL(NSURL *url);
 NSNumber *number(const std::optional<double> &number);
 NSNumber *number(const std::optional<std::int64_t> &number);
 
+/// The case of enumeration `To` in the place of `value`. A number beyond `last`, or below 0, raises
+/// `NSInvalidArgumentException`, which names `what` it should be.
+template <class To>
+To requiredCase(NSInteger value, NSInteger last, NSString *what) {
+    if (value < 0 || value > last) {
+        [NSException raise:NSInvalidArgumentException
+                    format:@"no %@: %ld", what, static_cast<long>(value)];
+    }
+    return static_cast<To>(value);
+}
+
 /// Ends the process where an initialiser is called that `className` does not offer; both are named
 /// as in the native form, "init()" and "KeloAPI.KLVenue".
 [[noreturn]] void unimplemented(const char *initialiser, const char *className);

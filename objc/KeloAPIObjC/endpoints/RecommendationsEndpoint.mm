@@ -18,11 +18,7 @@ bool isBoost(RecommendationBoost boost) {
 }
 
 NativeBoost requiredBoost(RecommendationBoost boost) {
-    if (!isBoost(boost)) {
-        [NSException raise:NSInvalidArgumentException
-                    format:@"no boost: %ld", static_cast<long>(boost)];
-    }
-    return static_cast<NativeBoost>(boost);
+    return requiredCase<NativeBoost>(boost, RecommendationBoostNegative, @"boost");
 }
 
 Native::Completion completionOf(const Completion &heard) {

@@ -13,12 +13,8 @@ using ProcessingState = KeloAPI::KLVideoUploadProcessingState;
 namespace {
 
 ProcessingState processingState(KLVideoUploadProcessingState state) {
-    if (state < KLVideoUploadProcessingStateInProgress ||
-        state > KLVideoUploadProcessingStateFailed) {
-        [NSException raise:NSInvalidArgumentException
-                    format:@"no state of processing: %ld", static_cast<long>(state)];
-    }
-    return static_cast<ProcessingState>(state);
+    return requiredCase<ProcessingState>(state, KLVideoUploadProcessingStateFailed,
+                                         @"state of processing");
 }
 
 } // namespace

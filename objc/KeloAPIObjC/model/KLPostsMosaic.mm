@@ -16,11 +16,7 @@ namespace {
 constexpr const char *className = "KeloAPI.KLPostsMosaic";
 
 MosaicType layout(KLPostsMosaicType type) {
-    if (type < KLPostsMosaicTypeUnknown || type > KLPostsMosaicTypeSmallThumbnails) {
-        [NSException raise:NSInvalidArgumentException
-                    format:@"no layout of a mosaic: %ld", static_cast<long>(type)];
-    }
-    return static_cast<MosaicType>(type);
+    return requiredCase<MosaicType>(type, KLPostsMosaicTypeSmallThumbnails, @"layout of a mosaic");
 }
 
 } // namespace
