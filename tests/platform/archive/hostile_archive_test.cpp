@@ -265,6 +265,21 @@ TEST(HostileArchiveTest, RefusesAMillionObjects) {
     EXPECT_FALSE(manyTrue(1'000'000).read());
 }
 
+TEST(HostileArchiveTest, GivesNoObjectWhereThereAreAMillion) {
+    const auto nodeAmong = [](std::size_t count) {
+        ArchiveFile file;
+        const auto node = file.instance("Node", {{"name", file.object(file.text("n"))}});
+        for (std::size_t at = 0; at < count; ++at) {
+            file.object(file.number(7));
+        }
+        return KeyedUnarchiver::unarchive<Node>(file.bytes(node));
+    };
+    const auto node = nodeAmong(100'000);
+    ASSERT_TRUE(node);
+    EXPECT_EQ(node->name, "n");
+    EXPECT_FALSE(nodeAmong(1'000'000));
+}
+
 TEST(HostileArchiveTest, RefusesAFileThatStandsForMoreThanItHolds) {
     // Each of 1000 values is the one list of 1000 references.
     PropertyListFile file;
