@@ -7,31 +7,13 @@
 
 namespace KeloAPI {
 
-namespace {
-
-bool isNegativeInteger(const Number& number) {
-    return number.kind() == Number::Kind::Signed && number.int64Value() < 0;
-}
-
-} // namespace
-
 LoopData::LoopData(Number initialCount, Number initialVelocity)
     : count(initialCount)
     , velocity(initialVelocity)
     , created(now()) {}
 
-Number LoopData::countForArchive() const {
-    return isNegativeInteger(count) ? Number::of(0) : count;
-}
-
-Number LoopData::countFromArchive(Number archived) {
-    return isNegativeInteger(archived)
-               ? Number::of(static_cast<std::uint64_t>(archived.int64Value()))
-               : archived;
-}
-
 void LoopData::encodeWithCoder(KeyedArchiver& coder) const {
-    coder.encodeNumber(countForArchive(), "count");
+    coder.encodeNumber(count, "count");
     coder.encodeNumber(velocity, "velocity");
     coder.encodeDate(created, "created");
     coder.encodeBool(onFire, "onFire");
@@ -43,7 +25,7 @@ std::shared_ptr<LoopData> LoopData::initWithCoder(KeyedUnarchiver& coder) {
     if (!count || !velocity) {
         return nullptr;
     }
-    auto loopData = std::make_shared<LoopData>(countFromArchive(*count), *velocity);
+    auto loopData = std::make_shared<LoopData>(*count, *velocity);
     loopData->created = coder.decodeDate("created").value_or(loopData->created);
     loopData->onFire = coder.decodeBool("onFire");
     return loopData;

@@ -45,11 +45,6 @@ public:
     std::vector<std::string_view> archivedClassNames() const override {
         return {archivedClassName};
     }
-    /// The count as an archive holds it: one that is negative, and so is none, as 0.
-    Number countForArchive() const;
-    /// A count as it stands in an archive. Foundations that know signed integers alone there write
-    /// those from 2^63 on as the negative number of the same bits.
-    static Number countFromArchive(Number archived);
     void encodeWithCoder(KeyedArchiver& coder) const override;
     /// Null unless count and velocity are there; a missing `created` is the moment of decoding.
     static std::shared_ptr<LoopData> initWithCoder(KeyedUnarchiver& coder);

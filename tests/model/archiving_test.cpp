@@ -342,9 +342,8 @@ protected:
 
 TEST_F(ModelArchivingTest, LoopData) {
     for (int i = 0; i < rounds; ++i) {
-        const auto any = static_cast<std::uint64_t>(values.integer());
-        const auto count =
-            i % 2 == 0 ? Number::of(any) : Number::of(static_cast<std::int64_t>(any >> 1U));
+        const auto count = i % 2 == 0 ? Number::of(static_cast<std::uint64_t>(values.integer()))
+                                      : Number::of(values.integer());
         auto data = std::make_shared<LoopData>(count, Number::of(values.real()));
         data->created = values.maybeDate().value_or(start);
         data->onFire = values.flag();

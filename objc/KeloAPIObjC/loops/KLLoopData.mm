@@ -12,6 +12,13 @@ using KeloAPI::LoopData;
 
 namespace {
 
+/// GNUstep's archives know signed integers alone: a count from 2^63 on stands there as the negative
+/// number of the same bits.
+KeloAPI::Number unsignedCount(KeloAPI::Number count) {
+    const bool isNegative = count.kind() == KeloAPI::Number::Kind::Signed && count.int64Value() < 0;
+    return isNegative ? KeloAPI::Number::of(static_cast<std::uint64_t>(count.int64Value())) : count;
+}
+
 /// Null unless count and velocity are there.
 std::shared_ptr<LoopData> decodedLoopData(NSCoder *coder) {
     const auto count = decodedNumber(coder, @"count");
@@ -19,7 +26,7 @@ std::shared_ptr<LoopData> decodedLoopData(NSCoder *coder) {
     if (!count || !velocity) {
         return nullptr;
     }
-    auto loopData = std::make_shared<LoopData>(LoopData::countFromArchive(*count), *velocity);
+    auto loopData = std::make_shared<LoopData>(unsignedCount(*count), *velocity);
     loopData->created = decodedDate(coder, @"created").value_or(loopData->created);
     loopData->onFire = [coder decodeBoolForKey:@"onFire"] != NO;
     return loopData;
@@ -50,7 +57,7 @@ std::shared_ptr<LoopData> decodedLoopData(NSCoder *coder) {
 }
 
 - (void)encodeWithCoder:(NSCoder *)coder {
-    [coder encodeObject:number(held<LoopData>(self).countForArchive()) forKey:@"count"];
+    [coder encodeObject:number(held<LoopData>(self).count) forKey:@"count"];
     [coder encodeObject:self.velocity forKey:@"velocity"];
     [coder encodeObject:self.created forKey:@"created"];
     [coder encodeBool:self.onFire forKey:@"onFire"];
