@@ -94,9 +94,9 @@ void say(const std::string& text) {
 }
 
 std::optional<std::string> ask(const std::string& question) {
+    questionIsOpen = 1; // who sees the question may interrupt it
     std::cerr << question << std::flush;
     std::string line;
-    questionIsOpen = 1;
     const bool answered = static_cast<bool>(std::getline(std::cin, line));
     questionIsOpen = 0;
     if (!answered) {
