@@ -96,8 +96,7 @@ std::shared_ptr<Request> Session::upload(const URLRequestConvertible& convertibl
 void Session::download(const URLRequestConvertible& convertible, const URL& destinationUrl,
                        DownloadCompletion completionHandler, DownloadProgress progressHandler,
                        DownloadDelivery delivery) {
-    const auto request = sessionManager()->download(
-        convertible, [destinationUrl](const HTTPResponse&) { return destinationUrl; });
+    const auto request = sessionManager()->download(convertible, destinationUrl);
     if (progressHandler) {
         request->progress(std::move(progressHandler));
     }

@@ -83,6 +83,7 @@ std::string escapedPath(std::string_view text) {
 
 std::string unescaped(std::string_view text) {
     std::string result;
+    result.reserve(text.size());
     for (std::size_t at = 0; at < text.size(); ++at) {
         unsigned byte = 0;
         if (text[at] == '%' &&
@@ -108,6 +109,16 @@ std::string_view schemeOf(std::string_view url) {
 /// Where the path ends: at the query, the fragment or the end.
 std::size_t endOfPath(std::string_view url) {
     return std::min(url.find_first_of("?#"), url.size());
+}
+
+/// Read off the text: the reader's own segments do not point into it where they are empty.
+std::string_view pathOf(std::string_view url) {
+    const std::string_view scheme = schemeOf(url);
+    std::size_t begin = scheme.empty() ? 0 : scheme.size() + 1;
+    if (url.substr(begin).starts_with("//")) {
+        begin = std::min(url.find_first_of("/?#", begin + 2), url.size());
+    }
+    return url.substr(begin, endOfPath(url) - begin);
 }
 
 } // namespace
@@ -168,20 +179,14 @@ std::optional<std::uint16_t> URL::port() const {
 }
 
 std::string URL::path() const {
-    // Read off the text: the reader's own segments do not point into it where they are empty.
-    const std::string_view scheme = schemeOf(_text);
-    std::size_t begin = scheme.empty() ? 0 : scheme.size() + 1;
-    if (_text.compare(begin, 2, "//") == 0) {
-        begin = std::min(_text.find_first_of("/?#", begin + 2), _text.size());
-    }
-    return _text.substr(begin, endOfPath(_text) - begin);
+    return std::string(pathOf(_text));
 }
 
 std::optional<std::string> URL::filePath() const {
     if (scheme() != "file") {
         return std::nullopt;
     }
-    std::string path = unescaped(this->path());
+    std::string path = unescaped(pathOf(_text));
     // The system's calls would take the name to end there.
     if (path.find('\0') != std::string::npos) {
         return std::nullopt;

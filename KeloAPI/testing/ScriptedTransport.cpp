@@ -63,7 +63,7 @@ private:
             const auto length = answer.expectedContentLength.value_or(
                 static_cast<std::int64_t>(answer.body.size()));
             HTTPResponse head{*_request.url, answer.statusCode, answer.headerFields, length};
-            observer.didReceiveResponse(head);
+            observer.didReceiveResponse(std::move(head));
             wanted = answer.body.empty() || observer.didReceiveData(answer.body);
         }
         if (!wanted && !answer.error) {

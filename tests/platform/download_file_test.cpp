@@ -66,6 +66,27 @@ TEST_F(DownloadFileTest, WritesLargeContentAsItComes) {
     EXPECT_TRUE(folder.read("large") == expected);
 }
 
+TEST_F(DownloadFileTest, WritesWholeBlocksAndTheRest) {
+    constexpr std::size_t small = std::size_t{64} << 10U;
+    constexpr std::size_t large = std::size_t{512} << 10U;
+    for (const std::size_t size : {small - 1, small, small + 1, 2 * small, large - 1, large,
+                                   large + 1, 2 * large, 3 * large + small + 1}) {
+        for (const std::size_t run : {std::size_t{4'093}, small, size}) {
+            SCOPED_TRACE(std::to_string(size) + " bytes in runs of " + std::to_string(run));
+            std::string content(size, '\0');
+            for (std::size_t at = 0; at < size; ++at) {
+                content[at] = static_cast<char>(at % 251);
+            }
+            DownloadFile file(folder.path("video"));
+            for (std::size_t at = 0; at < size; at += run) {
+                EXPECT_TRUE(file.append(std::string_view(content).substr(at, run)));
+            }
+            EXPECT_TRUE(file.commit());
+            EXPECT_TRUE(folder.read("video") == content);
+        }
+    }
+}
+
 TEST_F(DownloadFileTest, MayBeEmpty) {
     DownloadFile file(folder.path("empty"));
     EXPECT_TRUE(file.append(""));

@@ -22,10 +22,17 @@ class DownloadRequestTest : public ::testing::Test {
 protected:
     void start() { start(URL::fileURL(folder.path("video"))); }
     void start(const URL& destination) {
-        request = manager.download(FixedRequest(), [=, this](const HTTPResponse& response) {
+        listenTo(manager.download(FixedRequest(), [=, this](const HTTPResponse& response) {
             statusSeen = response.statusCode;
             return destination;
-        });
+        }));
+    }
+    /// To a destination that is known beforehand.
+    void startTo(const URL& destination) {
+        listenTo(manager.download(FixedRequest(), destination));
+    }
+    void listenTo(std::shared_ptr<Request> started) {
+        request = std::move(started);
         request->progress([this](std::int64_t bytes, std::int64_t total, std::int64_t expected) {
             progress.push_back({bytes, total, expected});
         });
@@ -155,6 +162,86 @@ TEST_F(DownloadRequestTest, ADestinationThatIsNoFileURLIsItsError) {
     EXPECT_FALSE(transport->data("data"));
     transport->complete();
     EXPECT_TRUE(isHTTPError(end().value(), HTTPErrorCode::CannotWriteFile));
+}
+
+TEST_F(DownloadRequestTest, AKnownDestinationsFileIsMadeWhileTheAnswerIsAwaited) {
+    folder.write("video", "old");
+    startTo(URL::fileURL(folder.path("video")));
+    EXPECT_THAT(folder.names(), ElementsAre("video"));
+    transport->sent();
+    EXPECT_EQ(folder.names().size(), 2U);
+    transport->sent(); // a redirect's
+    EXPECT_EQ(folder.names().size(), 2U) << "one file is enough";
+    EXPECT_EQ(folder.read("video"), "old");
+    transport->head(200, 3);
+    EXPECT_TRUE(transport->data("new"));
+    transport->complete();
+    EXPECT_EQ(end(), std::nullopt);
+    EXPECT_EQ(folder.read("video"), "new");
+    EXPECT_THAT(namesThen, ElementsAre("video"));
+}
+
+TEST_F(DownloadRequestTest, AKnownDestinationDoesWithoutBeingToldOfTheSending) {
+    startTo(URL::fileURL(folder.path("video")));
+    transport->head(200, 3);
+    EXPECT_TRUE(transport->data("new"));
+    transport->complete();
+    EXPECT_EQ(end(), std::nullopt);
+    EXPECT_EQ(folder.read("video"), "new");
+}
+
+TEST_F(DownloadRequestTest, AFileMadeBeforehandGoesWithTheFailure) {
+    const auto expect = [this](HTTPErrorCode code) {
+        const auto error = end();
+        ASSERT_TRUE(error);
+        EXPECT_TRUE(isHTTPError(*error, code)) << error->description();
+        EXPECT_THAT(namesThen, ElementsAre("video"));
+        EXPECT_EQ(folder.read("video"), "old");
+        ended = false;
+    };
+    folder.write("video", "old");
+    startTo(URL::fileURL(folder.path("video")));
+    transport->sent();
+    transport->head(404, 0);
+    EXPECT_THAT(folder.names(), ElementsAre("video")) << "nothing is kept for an error page";
+    transport->complete();
+    expect(HTTPErrorCode::HTTPStatus);
+
+    startTo(URL::fileURL(folder.path("video")));
+    transport->sent();
+    transport->complete(httpError(HTTPErrorCode::ConnectionLost, "lost"));
+    expect(HTTPErrorCode::ConnectionLost);
+}
+
+TEST_F(DownloadRequestTest, WhatTheServerSaysOutranksAFileThatCannotBeMade) {
+    for (const URL& impossible :
+         {URL::fileURL(folder.path("missing/video")), *URL::parse("https://h/video")}) {
+        SCOPED_TRACE(impossible.absoluteString());
+        startTo(impossible);
+        transport->sent();
+        transport->head(404, 0);
+        transport->complete();
+        EXPECT_TRUE(isHTTPError(end().value(), HTTPErrorCode::HTTPStatus));
+        ended = false;
+
+        startTo(impossible);
+        transport->sent();
+        transport->head(200, 1);
+        EXPECT_FALSE(transport->data("x"));
+        transport->complete(httpError(HTTPErrorCode::Unknown, "the receiver gave up"));
+        EXPECT_TRUE(isHTTPError(end().value(), HTTPErrorCode::CannotWriteFile));
+        ended = false;
+    }
+}
+
+TEST_F(DownloadRequestTest, AChosenDestinationWaitsForTheAnswer) {
+    start();
+    transport->sent();
+    EXPECT_THAT(folder.names(), IsEmpty());
+    EXPECT_FALSE(statusSeen);
+    transport->head(200, 0);
+    transport->complete();
+    EXPECT_EQ(end(), std::nullopt);
 }
 
 TEST_F(DownloadRequestTest, IsSettledWhileTheResponseQueueIsBusy) {

@@ -21,6 +21,9 @@ public:
         return std::make_shared<Handle>(*this);
     }
 
+    void sent() {
+        step([&] { observer->didSendRequest(); });
+    }
     void head(int status, std::int64_t length = -1, HeaderFields fields = {}) {
         const HTTPResponse response{*requests.back().url, status, std::move(fields), length};
         step([&] { observer->didReceiveResponse(response); });

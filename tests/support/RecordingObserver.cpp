@@ -7,10 +7,16 @@ void RecordingObserver::countCall() {
     callsAfterEnd += _over ? 1 : 0;
 }
 
-void RecordingObserver::didReceiveResponse(const HTTPResponse& response) {
+void RecordingObserver::didSendRequest() {
+    countCall();
+    ++requestsSent;
+    requestsSentLate += responses.empty() ? 0 : 1;
+}
+
+void RecordingObserver::didReceiveResponse(HTTPResponse response) {
     countCall();
     thread = std::this_thread::get_id();
-    responses.push_back(response);
+    responses.push_back(std::move(response));
     if (onResponse) {
         onResponse();
     }

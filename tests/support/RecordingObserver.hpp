@@ -23,6 +23,9 @@ public:
     std::function<void()> onSent;
     std::function<void()> onComplete;
 
+    /// How often the request was said to be sent, and how many of those calls came too late.
+    int requestsSent = 0;
+    int requestsSentLate = 0;
     std::vector<HTTPResponse> responses;
     std::string body;
     std::vector<std::pair<std::int64_t, std::int64_t>> sent;
@@ -31,7 +34,8 @@ public:
     std::optional<Error> error;
     std::thread::id thread;
 
-    void didReceiveResponse(const HTTPResponse& response) override;
+    void didSendRequest() override;
+    void didReceiveResponse(HTTPResponse response) override;
     bool didReceiveData(std::string_view bytes) override;
     void didSendBody(std::int64_t sentBytes, std::int64_t total) override;
     void didComplete(std::optional<Error> failure) override;

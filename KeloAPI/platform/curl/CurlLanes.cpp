@@ -28,6 +28,12 @@ std::string effectiveHost(const URL& url) {
     return host;
 }
 
+/// What of the text decides where the URL leads to: all that stands before its path.
+std::string_view originOf(const URL& url) {
+    const std::string_view text = url.absoluteString();
+    return text.substr(0, text.find_first_of("/?#", text.find("//") + 2));
+}
+
 /// The same table by the names that libcurl will go to.
 ServerTrustPolicyManager effective(const ServerTrustPolicyManager& trust) {
     std::map<std::string, ServerTrustPolicy> policies;
@@ -55,16 +61,24 @@ CurlLanes::CurlLanes(const ServerTrustPolicyManager& trust)
 CurlLanes::~CurlLanes() = default;
 
 std::shared_ptr<CurlLoop> CurlLanes::laneFor(const URL& url, bool mayWaitForDisk) {
-    const Key key{_trust.policyForHost(effectiveHost(url)), mayWaitForDisk};
     const std::lock_guard lock(_mutex);
     if (_closed) {
         return nullptr;
     }
+    const std::string_view origin = originOf(url);
+    if (_last.lane == nullptr || _last.origin != origin || _last.mayWaitForDisk != mayWaitForDisk) {
+        const Key key{_trust.policyForHost(effectiveHost(url)), mayWaitForDisk};
+        _last = {std::string(origin), mayWaitForDisk, lane(key)};
+    }
+    return _last.lane;
+}
+
+std::shared_ptr<CurlLoop> CurlLanes::lane(const Key& key) {
     if (const auto found = _lanes.find(key); found != _lanes.end()) {
         return found->second;
     }
     const TrustStore store(key.first);
-    auto lane = std::make_shared<CurlLoop>(store, nameOf(store.isPinned(), mayWaitForDisk));
+    auto lane = std::make_shared<CurlLoop>(store, nameOf(store.isPinned(), key.second));
     lane->open();
     _lanes.emplace(key, lane);
     return lane;
@@ -76,6 +90,7 @@ void CurlLanes::close() {
         const std::lock_guard lock(_mutex);
         _closed = true;
         lanes.swap(_lanes);
+        _last = {};
     }
     for (const auto& [key, lane] : lanes) {
         lane->stop();

@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <utility>
 
 namespace KeloAPI {
@@ -34,9 +35,17 @@ private:
     using Key = std::pair<const ServerTrustPolicy*, bool>;
     using Lanes = std::map<Key, std::shared_ptr<CurlLoop>>;
 
+    std::shared_ptr<CurlLoop> lane(const Key& key);
+
     const ServerTrustPolicyManager _trust;
     std::mutex _mutex;
     Lanes _lanes;
+    /// The lane that was asked for last, because requests come in rows for one host.
+    struct Last {
+        std::string origin;
+        bool mayWaitForDisk = false;
+        std::shared_ptr<CurlLoop> lane;
+    } _last;
     bool _closed = false;
 };
 

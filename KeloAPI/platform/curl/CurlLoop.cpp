@@ -1,6 +1,7 @@
 #include <KeloAPI/platform/curl/CurlErrors.hpp>
 #include <KeloAPI/platform/curl/CurlLoop.hpp>
 #include <KeloAPI/platform/ExitGuard.hpp>
+#include <KeloAPI/platform/MainQueue.hpp>
 #include <KeloAPI/platform/SignalShield.hpp>
 
 #include <openssl/crypto.h>
@@ -88,28 +89,21 @@ void CurlLoop::run() {
 
 void CurlLoop::loop() {
     while (true) {
-        Commands commands = takeCommands();
-        for (const auto& exchange : commands.starts) {
-            begin(exchange);
-        }
-        for (const auto& exchange : commands.cancels) {
-            if (const auto found = _transfers.find(exchange.get()); found != _transfers.end()) {
-                finish(*found->second, {});
+        bool someEnded = false;
+        {
+            // What follows an exchange is sent before the main thread hears of its end.
+            const MainQueue::Hold untilSent;
+            finishDone();
+            finishOverdue();
+            if (!carryOut(takeCommands())) {
+                return;
             }
+            someEnded = perform();
         }
-        commands.starts.clear();
-        commands.cancels.clear();
-        if (commands.stop) {
-            finishAll(httpError(HTTPErrorCode::Cancelled, "the transport has gone"));
-            return;
-        }
-        int running = 0;
-        curl_multi_perform(_multi, &running);
-        finishDone();
-        finishOverdue();
+        useTheWait();
         ExitGuard::parkIfExiting();
-        if (hasStarts()) {
-            continue; // what has just ended was followed by another
+        if (someEnded || hasStarts()) {
+            continue;
         }
         const CURLMcode polled = curl_multi_poll(_multi, nullptr, 0, pollTimeout(), nullptr);
         if (polled != CURLM_OK) {
@@ -117,6 +111,39 @@ void CurlLoop::loop() {
         }
         ExitGuard::parkIfExiting();
     }
+}
+
+/// False when the lane is to end.
+bool CurlLoop::carryOut(const Commands& commands) {
+    for (const auto& exchange : commands.starts) {
+        begin(exchange);
+    }
+    for (const auto& exchange : commands.cancels) {
+        if (const auto found = _transfers.find(exchange.get()); found != _transfers.end()) {
+            finish(*found->second, {});
+        }
+    }
+    if (commands.stop) {
+        finishAll(httpError(HTTPErrorCode::Cancelled, "the transport has gone"));
+    }
+    return !commands.stop;
+}
+
+/// True when some of the transfers have come to their end.
+bool CurlLoop::perform() {
+    const auto all = static_cast<int>(_transfers.size());
+    int running = all;
+    curl_multi_perform(_multi, &running);
+    return running < all;
+}
+
+/// For what need not come before the next request, and can be done while the server answers it.
+void CurlLoop::useTheWait() {
+    for (CurlTransfer* transfer : _begun) {
+        transfer->tellWhenSent();
+    }
+    _begun.clear();
+    _ended.clear();
 }
 
 CurlLoop::Commands CurlLoop::takeCommands() {
@@ -147,6 +174,7 @@ void CurlLoop::begin(const std::shared_ptr<CurlExchange>& exchange) {
     }
     transfer->listedDeadline = transfer->deadline();
     _deadlines.emplace(transfer->listedDeadline, transfer.get());
+    _begun.push_back(transfer.get());
     _transfers.emplace(exchange.get(), std::move(transfer));
 }
 
@@ -178,12 +206,13 @@ void CurlLoop::finishOverdue() {
     }
 }
 
-/// The transfer is gone before the exchange hears of it: what follows is the observer's.
+/// libcurl is done with the transfer before the exchange hears of it: what follows is the
+/// observer's. What is left of it goes when that has been sent.
 void CurlLoop::finish(CurlTransfer& transfer, CurlTransfer::Outcome outcome) {
     const std::shared_ptr<CurlExchange> exchange = transfer.exchange();
     curl_multi_remove_handle(_multi, transfer.easy());
     _deadlines.erase({transfer.listedDeadline, &transfer});
-    _transfers.erase(exchange.get());
+    _ended.push_back(std::move(_transfers.extract(exchange.get()).mapped()));
     CurlTransfer::conclude(*exchange, std::move(outcome));
 }
 
@@ -205,6 +234,7 @@ int CurlLoop::pollTimeout() const {
 }
 
 void CurlLoop::cleanUp() {
+    _ended.clear();
     CURLM* multi = nullptr;
     {
         const std::lock_guard lock(_mutex);

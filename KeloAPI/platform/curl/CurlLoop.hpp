@@ -51,6 +51,9 @@ private:
     void run();
     void loop();
     void wake();
+    bool carryOut(const Commands& commands);
+    bool perform();
+    void useTheWait();
     Commands takeCommands();
     bool hasStarts();
     void begin(const std::shared_ptr<CurlExchange>& exchange);
@@ -73,6 +76,8 @@ private:
     // Only for the lane's thread:
     CURLSH* _cookies = nullptr;
     std::map<CurlExchange*, std::unique_ptr<CurlTransfer>> _transfers;
+    std::vector<CurlTransfer*> _begun;                 // in this turn
+    std::vector<std::unique_ptr<CurlTransfer>> _ended; // and told of
     std::set<Deadline> _deadlines;
 };
 

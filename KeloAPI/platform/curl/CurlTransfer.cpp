@@ -40,6 +40,14 @@ CurlTransfer& CurlTransfer::of(CURL* easy) {
     return *reinterpret_cast<CurlTransfer*>(self);
 }
 
+void CurlTransfer::tellWhenSent() {
+    curl_off_t before = 0; // the transfer
+    curl_easy_getinfo(_easy, CURLINFO_PRETRANSFER_TIME_T, &before);
+    if (before > 0 && _head.statusCode() == 0 && !_exchange->isCancelled()) {
+        _exchange->observer().didSendRequest();
+    }
+}
+
 void CurlTransfer::distrustConnection() {
     curl_easy_setopt(_easy, CURLOPT_FORBID_REUSE, 1L);
 }
@@ -92,8 +100,9 @@ bool CurlTransfer::takeHeaderLine(std::string_view line) {
     if (_exchange->isCancelled()) {
         return false;
     }
-    _exchange->observer().didReceiveResponse({*_exchange->request().url, _head.statusCode(),
-                                              _head.fields(), _head.expectedContentLength()});
+    const std::int64_t length = _head.expectedContentLength();
+    _exchange->observer().didReceiveResponse(
+        {*_exchange->request().url, _head.statusCode(), _head.takeFields(), length});
     return true;
 }
 

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace KeloAPI {
 
@@ -33,6 +34,8 @@ public:
     int statusCode() const { return _statusCode; }
     /// Fields that came several times are joined by ", ".
     const HeaderFields& fields() const { return _fields; }
+    /// The same, which are gone from here.
+    HeaderFields takeFields() { return std::exchange(_fields, {}); }
     /// The body's length in bytes as the observer will see it; -1 when the head does not tell.
     std::int64_t expectedContentLength() const;
 

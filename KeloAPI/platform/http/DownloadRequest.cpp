@@ -15,12 +15,28 @@ Error statusError(int status) {
 
 } // namespace
 
+void DownloadRequest::requestSent() {
+    if (const auto* place = std::get_if<URL>(&_destination)) {
+        open(*place);
+    }
+}
+
 void DownloadRequest::receiveResponse(const HTTPResponse& response) {
     if (response.statusCode >= 400) {
         _refusal = statusError(response.statusCode);
+        _file.reset();
+    } else if (const auto* place = std::get_if<URL>(&_destination)) {
+        open(*place);
+    } else {
+        open(std::get<Manager::Destination>(_destination)(response));
+    }
+}
+
+/// Makes the file, unless that has been tried.
+void DownloadRequest::open(const URL& destination) {
+    if (_file || _refusal) {
         return;
     }
-    const URL destination = _destination(response);
     const auto path = destination.filePath();
     if (!path) {
         _refusal = httpError(HTTPErrorCode::CannotWriteFile,
@@ -47,7 +63,7 @@ std::optional<Error> DownloadRequest::finish(std::optional<Error> error) {
         _refusal = _file->error();
     }
     _file.reset();
-    _destination = nullptr;
+    _destination = Manager::Destination(); // what it captured goes
     return _refusal ? _refusal : error;
 }
 

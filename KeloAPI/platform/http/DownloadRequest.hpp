@@ -6,25 +6,32 @@
 
 #include <cstdint>
 #include <optional>
+#include <utility>
+#include <variant>
 
 namespace KeloAPI {
 
 /// A request whose answer becomes a file.
 class DownloadRequest final : public Request {
 public:
-    DownloadRequest(KeloAPI::URLRequest request, Manager::Destination destination,
+    using Destination = std::variant<URL, Manager::Destination>;
+
+    DownloadRequest(KeloAPI::URLRequest request, Destination destination,
                     std::shared_ptr<SerialQueue> responseQueue)
         : Request(std::move(request), std::move(responseQueue))
         , _destination(std::move(destination)) {}
 
 private:
+    void requestSent() override;
     void receiveResponse(const HTTPResponse& response) override;
     bool receiveData(std::string_view bytes) override;
     void bodySent(std::int64_t, std::int64_t) override {}
     std::optional<Error> finish(std::optional<Error> error) override;
     bool mayWaitForDisk() const override { return true; }
 
-    Manager::Destination _destination;
+    void open(const URL& destination);
+
+    Destination _destination;
     std::optional<DownloadFile> _file;
     std::int64_t _received = 0;
     /// Why the answer is not kept; outranks what the transport says of it.

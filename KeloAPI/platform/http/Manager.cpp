@@ -34,6 +34,12 @@ std::shared_ptr<Request> Manager::download(const URLRequestConvertible& converti
                                                      std::move(destination), _responseQueue));
 }
 
+std::shared_ptr<Request> Manager::download(const URLRequestConvertible& convertible,
+                                           URL destination) {
+    return started(std::make_shared<DownloadRequest>(convertible.URLRequest(),
+                                                     std::move(destination), _responseQueue));
+}
+
 std::shared_ptr<Request> Manager::started(std::shared_ptr<Request> request) {
     request->start(*_transport);
     return request;

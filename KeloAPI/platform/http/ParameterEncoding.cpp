@@ -164,7 +164,7 @@ std::string queryString(const Parameters& parameters) {
 namespace detail {
 
 std::optional<Error> encodeIntoQuery(URLRequest& request, const Parameters& parameters) {
-    if (request.url) {
+    if (request.url && !parameters.empty()) {
         request.url = request.url->appendingQuery(queryString(parameters));
     }
     return std::nullopt;

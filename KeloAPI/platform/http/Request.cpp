@@ -39,10 +39,11 @@ public:
     explicit Observer(std::shared_ptr<Request> request)
         : _request(std::move(request)) {}
 
-    void didReceiveResponse(const HTTPResponse& response) override {
+    void didSendRequest() override { _request->requestSent(); }
+    void didReceiveResponse(HTTPResponse response) override {
         _request->_timeline.initialResponseTime = now();
-        _request->_head = response;
-        _request->receiveResponse(response);
+        _request->_head = std::move(response);
+        _request->receiveResponse(*_request->_head);
     }
     bool didReceiveData(std::string_view bytes) override { return _request->receiveData(bytes); }
     void didSendBody(std::int64_t sent, std::int64_t total) override {

@@ -77,8 +77,9 @@ protected:
     Request(KeloAPI::URLRequest request, std::shared_ptr<SerialQueue> responseQueue);
 
     /// The steps in which kinds of request differ. Called on the transport's thread; `bodySent` is
-    /// told of the request's own body, the others of the answer. A false from `receiveData` gives
-    /// the exchange up.
+    /// told of the request's own body, the others of the answer; `requestSent` may not be called,
+    /// or again for a redirect. A false from `receiveData` gives the exchange up.
+    virtual void requestSent() {}
     virtual void receiveResponse(const HTTPResponse& response) = 0;
     virtual bool receiveData(std::string_view bytes) = 0;
     virtual void bodySent(std::int64_t sent, std::int64_t total) = 0;

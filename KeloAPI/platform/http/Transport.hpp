@@ -33,8 +33,11 @@ public:
     ExchangeObserver& operator=(const ExchangeObserver&) = delete;
     virtual ~ExchangeObserver();
 
+    /// The request is on its way and nothing of its answer is there: the time for what must be
+    /// ready by then. Comes again for a redirect, or not at all: a transport need not know.
+    virtual void didSendRequest() {}
     /// The head of the final answer; heads of redirects are not reported. At most once.
-    virtual void didReceiveResponse(const HTTPResponse& response) = 0;
+    virtual void didReceiveResponse(HTTPResponse response) = 0;
     /// A run of the final answer's body, content encodings undone. False gives the exchange up,
     /// which then completes with an error.
     virtual bool didReceiveData(std::string_view bytes) = 0;

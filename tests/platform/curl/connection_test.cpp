@@ -155,6 +155,25 @@ TEST_F(ConnectionTest, WhatStartsInsideTheEndOfAnotherIsSentAtOnce) {
     EXPECT_EQ(second->thread, first->thread);
 }
 
+TEST_F(ConnectionTest, TellsWhenARequestHasBeenSent) {
+    ASSERT_TRUE(succeeded(send(*transport, get(server.url("/")))));
+    // On the connection that is there now a request goes out at once. An answer that is quicker
+    // than the thread keeps it from being told of.
+    int told = 0;
+    for (int attempt = 0; attempt < 20 && told == 0; ++attempt) {
+        const auto observer = send(*transport, get(server.url("/")));
+        EXPECT_TRUE(succeeded(observer));
+        EXPECT_LE(observer->requestsSent, 1);
+        EXPECT_EQ(observer->requestsSentLate, 0);
+        told = observer->requestsSent;
+    }
+    EXPECT_EQ(told, 1);
+
+    const auto nobody = send(*transport, get("https://localhost:1/"));
+    EXPECT_TRUE(nobody->error);
+    EXPECT_EQ(nobody->requestsSent, 0) << "nothing was sent";
+}
+
 TEST_F(ConnectionTest, NothingRemainsOfATransport) {
     const auto once = [this] {
         const auto brief = pinning("localhost", {leaf.certificate()});

@@ -51,7 +51,7 @@ public:
         _plan.transport->start(request, shared_from_this());
     }
 
-    void didReceiveResponse(const HTTPResponse&) override { _plan.exitIf("response"); }
+    void didReceiveResponse(HTTPResponse) override { _plan.exitIf("response"); }
     bool didReceiveData(std::string_view) override {
         _plan.exitIf("data");
         return true;
