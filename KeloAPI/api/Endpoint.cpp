@@ -78,7 +78,7 @@ HeaderFields Endpoint::headerFields() const {
 
 KeloAPI::URLRequest Endpoint::URLRequest() const {
     KeloAPI::URLRequest request;
-    const std::string& where = path();
+    const std::string where = path();
     if (where.find("http") == std::string::npos) {
         const auto base = URL::parse(_session->schema() + _session->host());
         require(base.has_value(), "scheme and host of a session form no URL");

@@ -30,8 +30,9 @@ namespace KeloAPI {
 /// all requests.
 ///
 /// Requests may come from any thread, `withKey` and `kill` from one. An endpoint's path must not
-/// change while it is queued. Transfers are sent from the queue's own thread or the main thread,
-/// and the session's delegate is asked there.
+/// change while it is queued. Transfers are sent from the queue's own thread or from the one on
+/// which the last of them ended, a network thread as a rule, and the session's delegate is asked
+/// there.
 class KELO_API FileQueue final : public Object, public std::enable_shared_from_this<FileQueue> {
 public:
     /// Neither empty nor throwing.

@@ -35,9 +35,6 @@ Deadline deadlineAfter(std::chrono::milliseconds timeout) {
     return timeout < most ? now + std::max(timeout, std::chrono::milliseconds(0)) : Deadline::max();
 }
 
-/// Of this thread.
-thread_local MainQueue::Hold* outermostHold = nullptr;
-
 /// An exception that left a task would take the tasks behind it along, and with them completions
 /// that somebody waits for: it ends the process where it comes from.
 void runToItsEnd(const MainQueue::Task& task) noexcept {
@@ -70,31 +67,7 @@ MainQueue& MainQueue::main() {
     return *instance;
 }
 
-MainQueue::Hold::Hold() {
-    if (outermostHold == nullptr) {
-        outermostHold = this;
-    }
-}
-
-MainQueue::Hold::~Hold() {
-    if (outermostHold != this) {
-        return;
-    }
-    outermostHold = nullptr;
-    for (Task& task : _held) {
-        main().append(std::move(task));
-    }
-}
-
 void MainQueue::async(Task task) {
-    if (outermostHold != nullptr) {
-        outermostHold->_held.push_back(std::move(task));
-    } else {
-        append(std::move(task));
-    }
-}
-
-void MainQueue::append(Task task) {
     std::unique_lock lock(_state->mutex);
     if (_state->executor) {
         const Executor executor = _state->executor;

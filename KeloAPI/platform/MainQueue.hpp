@@ -5,7 +5,6 @@
 #include <chrono>
 #include <cstddef>
 #include <functional>
-#include <vector>
 
 namespace KeloAPI {
 
@@ -35,8 +34,6 @@ public:
 
     /// Posts a task. From any thread.
     void async(Task task);
-
-    class Hold;
 
     /// Runs the tasks that are waiting now and returns how many those were. Tasks that they post
     /// wait for the next call.
@@ -72,25 +69,8 @@ private:
     bool takesPart();
     bool wasStopped();
 
-    void append(Task task);
-
     struct State;
     State* _state;
-};
-
-/// Keeps back what its thread posts to the main queue, and posts it in order when it ends: for
-/// threads with something to do first that the main thread's waking would be in the way of. A hold
-/// within another does nothing.
-class KELO_API MainQueue::Hold {
-public:
-    Hold();
-    Hold(const Hold&) = delete;
-    Hold& operator=(const Hold&) = delete;
-    ~Hold();
-
-private:
-    friend class MainQueue;
-    std::vector<Task> _held;
 };
 
 } // namespace KeloAPI

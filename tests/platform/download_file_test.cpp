@@ -54,7 +54,7 @@ TEST_F(DownloadFileTest, LeavesEverythingAsItWasWithoutCommit) {
     EXPECT_THAT(folder.names(), ElementsAre("video"));
 }
 
-TEST_F(DownloadFileTest, WritesLargeContentAsItComes) {
+TEST_F(DownloadFileTest, KeepsLargeContent) {
     std::string expected;
     DownloadFile file(folder.path("large"));
     for (int i = 0; i < 300; ++i) {
@@ -66,7 +66,7 @@ TEST_F(DownloadFileTest, WritesLargeContentAsItComes) {
     EXPECT_TRUE(folder.read("large") == expected);
 }
 
-TEST_F(DownloadFileTest, WritesWholeBlocksAndTheRest) {
+TEST_F(DownloadFileTest, KeepsContentOfEverySizeAroundItsBlocks) {
     constexpr std::size_t small = std::size_t{64} << 10U;
     constexpr std::size_t large = std::size_t{512} << 10U;
     for (const std::size_t size : {small - 1, small, small + 1, 2 * small, large - 1, large,

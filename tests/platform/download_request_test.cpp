@@ -234,6 +234,41 @@ TEST_F(DownloadRequestTest, WhatTheServerSaysOutranksAFileThatCannotBeMade) {
     }
 }
 
+TEST_F(DownloadRequestTest, AFileThatCouldNotBeMadeBeforehandIsTriedAgainWithTheAnswer) {
+    startTo(URL::fileURL(folder.path("later/video")));
+    transport->sent();
+    ASSERT_EQ(mkdir(folder.path("later").c_str(), 0700), 0);
+    transport->head(200, 3);
+    EXPECT_TRUE(transport->data("new"));
+    transport->complete();
+    EXPECT_EQ(end(), std::nullopt);
+    EXPECT_EQ(folder.read("later/video"), "new");
+}
+
+TEST_F(DownloadRequestTest, WithoutAnAnswerItsErrorIsTheTransports) {
+    for (const URL& impossible :
+         {URL::fileURL(folder.path("missing/video")), *URL::parse("https://h/video")}) {
+        for (const HTTPErrorCode code : {HTTPErrorCode::Cancelled, HTTPErrorCode::TimedOut}) {
+            SCOPED_TRACE(impossible.absoluteString());
+            startTo(impossible);
+            transport->sent();
+            transport->complete(httpError(code, "ended"));
+            EXPECT_TRUE(isHTTPError(end().value(), code));
+            ended = false;
+        }
+    }
+}
+
+TEST_F(DownloadRequestTest, AnEndWithoutAnAnswerTouchesNothing) {
+    folder.write("video", "old");
+    startTo(URL::fileURL(folder.path("video")));
+    transport->sent();
+    transport->complete();
+    EXPECT_TRUE(isHTTPError(end().value(), HTTPErrorCode::BadServerResponse));
+    EXPECT_EQ(folder.read("video"), "old");
+    EXPECT_THAT(namesThen, ElementsAre("video"));
+}
+
 TEST_F(DownloadRequestTest, AChosenDestinationWaitsForTheAnswer) {
     start();
     transport->sent();

@@ -49,45 +49,6 @@ TEST_F(MainQueueTest, DrainRunsWhatWaitsInOrder) {
     EXPECT_EQ(queue.drain(), 0U);
 }
 
-TEST_F(MainQueueTest, AHoldKeepsItsThreadsTasksBack) {
-    queue.async(note(1));
-    {
-        const MainQueue::Hold outer;
-        queue.async(note(3));
-        {
-            const MainQueue::Hold inner;
-            queue.async(note(4));
-        }
-        queue.async(note(5));
-        std::thread([this] { queue.async(note(2)); }).join();
-        EXPECT_EQ(queue.drain(), 2U);
-        EXPECT_THAT(ran, ElementsAre(1, 2));
-    }
-    EXPECT_EQ(queue.drain(), 3U);
-    EXPECT_THAT(ran, ElementsAre(1, 2, 3, 4, 5));
-}
-
-TEST_F(MainQueueTest, AHoldKeepsTasksFromAnExecutor) {
-    int handed = 0;
-    queue.setExecutor([&](MainQueue::Task) { ++handed; });
-    {
-        const MainQueue::Hold hold;
-        queue.async(note(1));
-        EXPECT_EQ(handed, 0);
-    }
-    EXPECT_EQ(handed, 1);
-}
-
-TEST_F(MainQueueTest, AHoldWakesWhoeverWaits) {
-    bool done = false;
-    std::thread poster([&] {
-        const MainQueue::Hold hold;
-        queue.async([&] { done = true; });
-    });
-    EXPECT_TRUE(queue.runUntil([&] { return done; }, 20s));
-    poster.join();
-}
-
 TEST_F(MainQueueTest, DrainLeavesTasksOfTasksForTheNextCall) {
     queue.async([this] {
         queue.async(note(3));

@@ -10,7 +10,9 @@ void RecordingObserver::countCall() {
 void RecordingObserver::didSendRequest() {
     countCall();
     ++requestsSent;
-    requestsSentLate += responses.empty() ? 0 : 1;
+    if (onRequestSent) {
+        onRequestSent();
+    }
 }
 
 void RecordingObserver::didReceiveResponse(HTTPResponse response) {

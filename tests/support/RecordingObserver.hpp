@@ -18,14 +18,13 @@ namespace KeloAPI::support {
 /// thread, before the call they belong to is counted as over.
 class RecordingObserver : public ExchangeObserver {
 public:
+    std::function<void()> onRequestSent;
     std::function<void()> onResponse;
     std::function<bool()> onData;
     std::function<void()> onSent;
     std::function<void()> onComplete;
 
-    /// How often the request was said to be sent, and how many of those calls came too late.
     int requestsSent = 0;
-    int requestsSentLate = 0;
     std::vector<HTTPResponse> responses;
     std::string body;
     std::vector<std::pair<std::int64_t, std::int64_t>> sent;

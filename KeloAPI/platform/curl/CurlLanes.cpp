@@ -11,12 +11,13 @@ namespace KeloAPI {
 namespace {
 
 /// The host that libcurl will go to. It unescapes and normalises what a URL may write in several
-/// ways: judged by the text alone, a pinned host written otherwise would escape its policy.
-std::string effectiveHost(const URL& url) {
+/// ways: judged by the text alone, a pinned host written otherwise would escape its policy. Empty
+/// where libcurl will go nowhere.
+std::string effectiveHost(const std::string& origin) {
     std::string host;
     char* text = nullptr;
     CURLU* parts = curl_url();
-    if (curl_url_set(parts, CURLUPART_URL, url.absoluteString().c_str(), 0) == CURLUE_OK &&
+    if (curl_url_set(parts, CURLUPART_URL, origin.c_str(), 0) == CURLUE_OK &&
         curl_url_get(parts, CURLUPART_HOST, &text, 0) == CURLUE_OK) {
         host = text;
         curl_free(text);
@@ -40,7 +41,7 @@ ServerTrustPolicyManager effective(const ServerTrustPolicyManager& trust) {
     for (const auto& [host, policy] : trust.policies()) {
         const bool address = host.find(':') != std::string::npos;
         const auto url = URL::parse("https://" + (address ? "[" + host + "]" : host));
-        policies.insert_or_assign(url ? effectiveHost(*url) : host, policy);
+        policies.insert_or_assign(url ? effectiveHost(url->absoluteString()) : host, policy);
     }
     return ServerTrustPolicyManager(policies);
 }
@@ -67,8 +68,13 @@ std::shared_ptr<CurlLoop> CurlLanes::laneFor(const URL& url, bool mayWaitForDisk
     }
     const std::string_view origin = originOf(url);
     if (_last.lane == nullptr || _last.origin != origin || _last.mayWaitForDisk != mayWaitForDisk) {
-        const Key key{_trust.policyForHost(effectiveHost(url)), mayWaitForDisk};
-        _last = {std::string(origin), mayWaitForDisk, lane(key)};
+        std::string asked(origin);
+        const std::string host = effectiveHost(asked);
+        const auto found = lane({_trust.policyForHost(host), mayWaitForDisk});
+        if (host.empty()) {
+            return found; // that the host was not understood is no knowledge of the origin
+        }
+        _last = {std::move(asked), mayWaitForDisk, found};
     }
     return _last.lane;
 }

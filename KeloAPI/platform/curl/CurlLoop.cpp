@@ -1,7 +1,6 @@
 #include <KeloAPI/platform/curl/CurlErrors.hpp>
 #include <KeloAPI/platform/curl/CurlLoop.hpp>
 #include <KeloAPI/platform/ExitGuard.hpp>
-#include <KeloAPI/platform/MainQueue.hpp>
 #include <KeloAPI/platform/SignalShield.hpp>
 
 #include <openssl/crypto.h>
@@ -89,22 +88,19 @@ void CurlLoop::run() {
 
 void CurlLoop::loop() {
     while (true) {
-        bool someEnded = false;
-        {
-            // What follows an exchange is sent before the main thread hears of its end.
-            const MainQueue::Hold untilSent;
-            finishDone();
-            finishOverdue();
-            if (!carryOut(takeCommands())) {
-                return;
-            }
-            someEnded = perform();
+        if (!carryOut(takeCommands())) {
+            return;
         }
+        int running = 0;
+        curl_multi_perform(_multi, &running);
         useTheWait();
+        finishDone();
+        finishOverdue();
         ExitGuard::parkIfExiting();
-        if (someEnded || hasStarts()) {
-            continue;
+        if (hasStarts()) {
+            continue; // what has just ended was followed by another
         }
+        _ended.clear();
         const CURLMcode polled = curl_multi_poll(_multi, nullptr, 0, pollTimeout(), nullptr);
         if (polled != CURLM_OK) {
             finishAll(httpError(HTTPErrorCode::Unknown, curl_multi_strerror(polled)));
@@ -129,20 +125,13 @@ bool CurlLoop::carryOut(const Commands& commands) {
     return !commands.stop;
 }
 
-/// True when some of the transfers have come to their end.
-bool CurlLoop::perform() {
-    const auto all = static_cast<int>(_transfers.size());
-    int running = all;
-    curl_multi_perform(_multi, &running);
-    return running < all;
-}
-
 /// For what need not come before the next request, and can be done while the server answers it.
 void CurlLoop::useTheWait() {
     for (CurlTransfer* transfer : _begun) {
         transfer->tellWhenSent();
     }
     _begun.clear();
+    ExitGuard::parkIfExiting();
     _ended.clear();
 }
 

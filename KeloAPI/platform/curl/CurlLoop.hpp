@@ -52,7 +52,6 @@ private:
     void loop();
     void wake();
     bool carryOut(const Commands& commands);
-    bool perform();
     void useTheWait();
     Commands takeCommands();
     bool hasStarts();

@@ -45,6 +45,7 @@ void CurlTransfer::tellWhenSent() {
     curl_easy_getinfo(_easy, CURLINFO_PRETRANSFER_TIME_T, &before);
     if (before > 0 && _head.statusCode() == 0 && !_exchange->isCancelled()) {
         _exchange->observer().didSendRequest();
+        moved(); // what the observer took was not the network's silence
     }
 }
 

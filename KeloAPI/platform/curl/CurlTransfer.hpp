@@ -44,7 +44,7 @@ public:
     /// Keeps the connection from being used again: no byte came through it for too long.
     void distrustConnection();
 
-    /// What the leg came to, told to the exchange by `conclude` once the transfer is gone.
+    /// What the leg came to, told to the exchange by `conclude` once libcurl is done with it.
     struct Outcome {
         std::optional<Error> error;
         bool redirects = false;

@@ -25,7 +25,12 @@ void DownloadRequest::receiveResponse(const HTTPResponse& response) {
     if (response.statusCode >= 400) {
         _refusal = statusError(response.statusCode);
         _file.reset();
-    } else if (const auto* place = std::get_if<URL>(&_destination)) {
+        return;
+    }
+    if (_file && _file->error()) {
+        _file.reset(); // what failed before the answer may succeed with it
+    }
+    if (const auto* place = std::get_if<URL>(&_destination)) {
         open(*place);
     } else {
         open(std::get<Manager::Destination>(_destination)(response));
@@ -56,6 +61,9 @@ bool DownloadRequest::receiveData(std::string_view bytes) {
 }
 
 std::optional<Error> DownloadRequest::finish(std::optional<Error> error) {
+    if (!error && !head()) {
+        error = httpError(HTTPErrorCode::BadServerResponse, "there was no answer");
+    }
     if (!error && !_refusal && _file) {
         _file->commit();
     }
@@ -64,7 +72,7 @@ std::optional<Error> DownloadRequest::finish(std::optional<Error> error) {
     }
     _file.reset();
     _destination = Manager::Destination(); // what it captured goes
-    return _refusal ? _refusal : error;
+    return _refusal && head() ? _refusal : error;
 }
 
 } // namespace KeloAPI

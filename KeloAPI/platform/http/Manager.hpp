@@ -40,8 +40,8 @@ public:
     /// of 400 and above is an error.
     std::shared_ptr<Request> download(const URLRequestConvertible& convertible,
                                       Destination destination);
-    /// As above, to a destination that does not depend on the answer: the file beside it is made
-    /// while the answer is awaited.
+    /// As above, to a destination that does not depend on the answer: the file beside it may be
+    /// made while the answer is awaited.
     std::shared_ptr<Request> download(const URLRequestConvertible& convertible, URL destination);
 
 private:

@@ -155,23 +155,74 @@ TEST_F(ConnectionTest, WhatStartsInsideTheEndOfAnotherIsSentAtOnce) {
     EXPECT_EQ(second->thread, first->thread);
 }
 
-TEST_F(ConnectionTest, TellsWhenARequestHasBeenSent) {
-    ASSERT_TRUE(succeeded(send(*transport, get(server.url("/")))));
-    // On the connection that is there now a request goes out at once. An answer that is quicker
-    // than the thread keeps it from being told of.
-    int told = 0;
-    for (int attempt = 0; attempt < 20 && told == 0; ++attempt) {
-        const auto observer = send(*transport, get(server.url("/")));
-        EXPECT_TRUE(succeeded(observer));
-        EXPECT_LE(observer->requestsSent, 1);
-        EXPECT_EQ(observer->requestsSentLate, 0);
-        told = observer->requestsSent;
+/// A server that answers /late only when it is let.
+class SentRequestTest : public ConnectionTest {
+protected:
+    SentRequestTest() {
+        server.routes().Get("/late", [this](const httplib::Request&, httplib::Response& response) {
+            EXPECT_TRUE(answer.try_acquire_for(std::chrono::seconds(20)));
+            response.set_content("late", "text/plain");
+        });
+        // From here on there is a connection, on which a request goes out at once.
+        EXPECT_TRUE(succeeded(send(*transport, get(server.url("/")))));
     }
-    EXPECT_EQ(told, 1);
 
-    const auto nobody = send(*transport, get("https://localhost:1/"));
-    EXPECT_TRUE(nobody->error);
-    EXPECT_EQ(nobody->requestsSent, 0) << "nothing was sent";
+    std::counting_semaphore<> answer{0};
+    std::shared_ptr<RecordingObserver> observer = std::make_shared<RecordingObserver>();
+};
+
+TEST_F(SentRequestTest, IsToldOfWhileTheAnswerIsAwaited) {
+    observer->onRequestSent = [this] { answer.release(); };
+    transport->start(get(server.url("/late")), observer);
+    ASSERT_TRUE(observer->wait()) << "nobody was told, so nobody let the server answer";
+    EXPECT_EQ(observer->body, "late");
+    EXPECT_EQ(observer->requestsSent, 1);
+    EXPECT_EQ(observer->callsAfterEnd, 0);
+}
+
+TEST_F(SentRequestTest, WhereNothingWasSentThereIsNothingToTell) {
+    observer = send(*transport, get("https://localhost:1/"));
+    EXPECT_TRUE(observer->error);
+    EXPECT_EQ(observer->requestsSent, 0);
+}
+
+TEST_F(SentRequestTest, MayBeCancelledThere) {
+    std::shared_ptr<Exchange> exchange;
+    std::binary_semaphore started{0};
+    observer->onRequestSent = [&] {
+        EXPECT_TRUE(started.try_acquire_for(std::chrono::seconds(20)));
+        exchange->cancel();
+    };
+    exchange = transport->start(get(server.url("/late")), observer);
+    started.release();
+    ASSERT_TRUE(observer->wait());
+    ASSERT_TRUE(observer->error);
+    EXPECT_TRUE(isHTTPError(*observer->error, HTTPErrorCode::Cancelled));
+    EXPECT_TRUE(observer->responses.empty());
+    answer.release();
+}
+
+TEST_F(SentRequestTest, MayBeFollowedByAnotherThere) {
+    const auto second = std::make_shared<RecordingObserver>();
+    second->onComplete = [this] { answer.release(); };
+    observer->onRequestSent = [&] { transport->start(get(server.url("/")), second); };
+    transport->start(get(server.url("/late")), observer);
+    ASSERT_TRUE(observer->wait()) << "the thread slept over what was started there";
+    EXPECT_TRUE(succeeded(observer));
+    EXPECT_TRUE(succeeded(second));
+}
+
+TEST_F(SentRequestTest, MayEndTheTransportThere) {
+    std::binary_semaphore started{0};
+    observer->onRequestSent = [&] {
+        EXPECT_TRUE(started.try_acquire_for(std::chrono::seconds(20)));
+        transport.reset();
+    };
+    transport->start(get(server.url("/late")), observer);
+    started.release();
+    ASSERT_TRUE(observer->wait());
+    EXPECT_TRUE(isHTTPError(observer->error.value(), HTTPErrorCode::Cancelled));
+    answer.release();
 }
 
 TEST_F(ConnectionTest, NothingRemainsOfATransport) {

@@ -160,6 +160,23 @@ TEST_F(TrustTest, PinsOfOneHostAreNoTrustForAnother) {
                            HTTPErrorCode::ServerTrust));
 }
 
+TEST_F(TrustTest, EveryRequestIsJudgedByItsOwnHost) {
+    const auto authority = TestCertificate::authority();
+    trustBySystem(authority);
+    serve(authority.issue({}));
+    const auto pinned = pinning("localhost", {TestCertificate::authority("other").certificate()});
+    const auto expectRefused = [&] {
+        EXPECT_TRUE(failedWith(send(*pinned, get(server->url("/"))), HTTPErrorCode::ServerTrust));
+    };
+    for (int round = 0; round < 3; ++round) {
+        expectRefused();
+        EXPECT_TRUE(succeeded(send(*pinned, get(server->url("/", "127.0.0.1")))));
+    }
+    // More than libcurl takes for a URL: whatever is made of it, the next is judged as before.
+    EXPECT_TRUE(send(*pinned, get(server->url("/?") + std::string(9'000'000, 'q')))->error);
+    expectRefused();
+}
+
 TEST_F(TrustTest, RedirectFromPinnedToUnpinnedIsJudgedByTheSystemsStore) {
     const auto leaf = TestCertificate::selfSigned({});
     serve(leaf);
