@@ -70,7 +70,7 @@ std::shared_ptr<CurlLoop> CurlLanes::laneFor(const URL& url, bool mayWaitForDisk
     if (_last.lane == nullptr || _last.origin != origin || _last.mayWaitForDisk != mayWaitForDisk) {
         std::string asked(origin);
         const std::string host = effectiveHost(asked);
-        const auto found = lane({_trust.policyForHost(host), mayWaitForDisk});
+        auto found = lane({_trust.policyForHost(host), mayWaitForDisk});
         if (host.empty()) {
             return found; // that the host was not understood is no knowledge of the origin
         }
