@@ -46,6 +46,10 @@ protected:
             };
         });
     }
+    /// Where no file can be made: in no folder, and at no file URL.
+    std::vector<URL> impossible() const {
+        return {URL::fileURL(folder.path("missing/video")), *URL::parse("https://h/video")};
+    }
     std::optional<Error> end() {
         EXPECT_TRUE(runUntil([this] { return ended; }));
         return outcome;
@@ -214,17 +218,16 @@ TEST_F(DownloadRequestTest, AFileMadeBeforehandGoesWithTheFailure) {
 }
 
 TEST_F(DownloadRequestTest, WhatTheServerSaysOutranksAFileThatCannotBeMade) {
-    for (const URL& impossible :
-         {URL::fileURL(folder.path("missing/video")), *URL::parse("https://h/video")}) {
-        SCOPED_TRACE(impossible.absoluteString());
-        startTo(impossible);
+    for (const URL& destination : impossible()) {
+        SCOPED_TRACE(destination.absoluteString());
+        startTo(destination);
         transport->sent();
         transport->head(404, 0);
         transport->complete();
         EXPECT_TRUE(isHTTPError(end().value(), HTTPErrorCode::HTTPStatus));
         ended = false;
 
-        startTo(impossible);
+        startTo(destination);
         transport->sent();
         transport->head(200, 1);
         EXPECT_FALSE(transport->data("x"));
@@ -246,11 +249,10 @@ TEST_F(DownloadRequestTest, AFileThatCouldNotBeMadeBeforehandIsTriedAgainWithThe
 }
 
 TEST_F(DownloadRequestTest, WithoutAnAnswerItsErrorIsTheTransports) {
-    for (const URL& impossible :
-         {URL::fileURL(folder.path("missing/video")), *URL::parse("https://h/video")}) {
+    for (const URL& destination : impossible()) {
         for (const HTTPErrorCode code : {HTTPErrorCode::Cancelled, HTTPErrorCode::TimedOut}) {
-            SCOPED_TRACE(impossible.absoluteString());
-            startTo(impossible);
+            SCOPED_TRACE(destination.absoluteString());
+            startTo(destination);
             transport->sent();
             transport->complete(httpError(code, "ended"));
             EXPECT_TRUE(isHTTPError(end().value(), code));

@@ -41,9 +41,9 @@ CurlTransfer& CurlTransfer::of(CURL* easy) {
 }
 
 void CurlTransfer::tellWhenSent() {
-    curl_off_t before = 0; // the transfer
-    curl_easy_getinfo(_easy, CURLINFO_PRETRANSFER_TIME_T, &before);
-    if (before > 0 && _head.statusCode() == 0 && !_exchange->isCancelled()) {
+    curl_off_t timeUntilSending = 0;
+    curl_easy_getinfo(_easy, CURLINFO_PRETRANSFER_TIME_T, &timeUntilSending);
+    if (timeUntilSending > 0 && _head.statusCode() == 0 && !_exchange->isCancelled()) {
         _exchange->observer().didSendRequest();
         moved(); // what the observer took was not the network's silence
     }

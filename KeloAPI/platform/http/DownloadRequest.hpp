@@ -34,7 +34,7 @@ private:
     Destination _destination;
     std::optional<DownloadFile> _file;
     std::int64_t _received = 0;
-    /// Why the answer is not kept; outranks what the transport says of it.
+    /// Why an answer is not kept; once there is one, it outranks what the transport says of it.
     std::optional<Error> _refusal;
 };
 

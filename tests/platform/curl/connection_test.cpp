@@ -159,20 +159,23 @@ TEST_F(ConnectionTest, WhatStartsInsideTheEndOfAnotherIsSentAtOnce) {
 class SentRequestTest : public ConnectionTest {
 protected:
     SentRequestTest() {
-        server.routes().Get("/late", [this](const httplib::Request&, httplib::Response& response) {
-            EXPECT_TRUE(answer.try_acquire_for(std::chrono::seconds(20)));
-            response.set_content("late", "text/plain");
-        });
+        // The server's thread may be in there longer than a test.
+        server.routes().Get(
+            "/late", [answer = answer](const httplib::Request&, httplib::Response& response) {
+                EXPECT_TRUE(answer->try_acquire_for(std::chrono::seconds(20)));
+                response.set_content("late", "text/plain");
+            });
         // From here on there is a connection, on which a request goes out at once.
         EXPECT_TRUE(succeeded(send(*transport, get(server.url("/")))));
     }
 
-    std::counting_semaphore<> answer{0};
+    std::shared_ptr<std::counting_semaphore<>> answer =
+        std::make_shared<std::counting_semaphore<>>(0);
     std::shared_ptr<RecordingObserver> observer = std::make_shared<RecordingObserver>();
 };
 
 TEST_F(SentRequestTest, IsToldOfWhileTheAnswerIsAwaited) {
-    observer->onRequestSent = [this] { answer.release(); };
+    observer->onRequestSent = [this] { answer->release(); };
     transport->start(get(server.url("/late")), observer);
     ASSERT_TRUE(observer->wait()) << "nobody was told, so nobody let the server answer";
     EXPECT_EQ(observer->body, "late");
@@ -199,12 +202,12 @@ TEST_F(SentRequestTest, MayBeCancelledThere) {
     ASSERT_TRUE(observer->error);
     EXPECT_TRUE(isHTTPError(*observer->error, HTTPErrorCode::Cancelled));
     EXPECT_TRUE(observer->responses.empty());
-    answer.release();
+    answer->release();
 }
 
 TEST_F(SentRequestTest, MayBeFollowedByAnotherThere) {
     const auto second = std::make_shared<RecordingObserver>();
-    second->onComplete = [this] { answer.release(); };
+    second->onComplete = [this] { answer->release(); };
     observer->onRequestSent = [&] { transport->start(get(server.url("/")), second); };
     transport->start(get(server.url("/late")), observer);
     ASSERT_TRUE(observer->wait()) << "the thread slept over what was started there";
@@ -222,7 +225,7 @@ TEST_F(SentRequestTest, MayEndTheTransportThere) {
     started.release();
     ASSERT_TRUE(observer->wait());
     EXPECT_TRUE(isHTTPError(observer->error.value(), HTTPErrorCode::Cancelled));
-    answer.release();
+    answer->release();
 }
 
 TEST_F(ConnectionTest, NothingRemainsOfATransport) {
