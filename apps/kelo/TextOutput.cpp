@@ -52,7 +52,7 @@ std::string loopsText(const std::shared_ptr<KLWatchUser>& user) {
     return grouped(std::to_string(user->loopData->count.uint64Value())) + " loops";
 }
 
-std::string nameOf(const std::shared_ptr<KLWatchUser>& user) {
+std::string displayNameOf(const std::shared_ptr<KLWatchUser>& user) {
     return user == nullptr ? "?" : printable(user->username.value_or("?"));
 }
 
@@ -112,7 +112,7 @@ public:
         std::size_t nameWidth = leastNameWidth;
         std::size_t loopsWidth = leastLoopsWidth;
         for (const auto& shown : posts) {
-            nameWidth = std::max(nameWidth, displayWidth(nameOf(shown->post->user)));
+            nameWidth = std::max(nameWidth, displayWidth(displayNameOf(shown->post->user)));
             loopsWidth = std::max(loopsWidth, displayWidth(loopsText(shown->post->user)));
         }
         for (const auto& shown : posts) {
@@ -232,7 +232,7 @@ public:
 private:
     static void print(const KLWatchPost& post, std::size_t nameWidth, std::size_t loopsWidth) {
         std::string line = post.created ? shortText(*post.created) : std::string(16, '-');
-        line += "  " + padded(nameOf(post.user), nameWidth);
+        line += "  " + padded(displayNameOf(post.user), nameWidth);
         line += "  " + rightAligned(loopsText(post.user), loopsWidth);
         line += "  " + marksOf(post) + "  ";
         std::string caption = printable(post.caption.value_or(""));

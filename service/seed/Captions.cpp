@@ -73,7 +73,7 @@ constexpr std::string_view closings[] = {
 
 constexpr std::string_view everyday[] = {"loop", "howto", "latenight", "firsttry", "weekend"};
 
-constexpr std::string_view comments[] = {
+constexpr std::string_view commentTexts[] = {
     "how??",
     "I have watched this forty times 😂",
     "The hat! 🎩",
@@ -140,7 +140,7 @@ std::string makeCaption(Random& random, const ChannelTheme& theme) {
 }
 
 std::string makeComment(Random& random) {
-    return withNames(random, random.oneOf(std::span(comments)));
+    return withNames(random, random.oneOf(std::span(commentTexts)));
 }
 
 std::vector<Mark> findMarks(const std::string& caption) {

@@ -44,7 +44,7 @@ struct BylineSeed {
 
 constexpr BylineSeed picked = {"/media/icons/byline-pick.png", "🏆 Editors’ pick in "};
 constexpr BylineSeed fansOf = {"/media/icons/byline-fan.png", "👀 Looped again and again by "};
-constexpr BylineSeed onFire = {"/media/icons/byline-fire.png", "🔥 On fire right now"};
+constexpr BylineSeed onFireByline = {"/media/icons/byline-fire.png", "🔥 On fire right now"};
 
 std::optional<std::string_view> unlessEmpty(std::string_view text) {
     return text.empty() ? std::nullopt : std::optional(text);
@@ -81,7 +81,7 @@ public:
     void run() {
         addPlaces();
         addTracks();
-        for (const BylineSeed& byline : {picked, fansOf, onFire}) {
+        for (const BylineSeed& byline : {picked, fansOf, onFireByline}) {
             addImage(std::string(byline.icon), bylineIconSide);
         }
         for (const Subject& post : posts()) {
@@ -185,7 +185,7 @@ void ExtrasSeeder::addByline(const Subject& post) {
         addByline(post.postId, picked, "channel", *post.channelId, post.channelName);
     } else if (post.isOnFire) {
         database_.query("INSERT INTO bylines (postId, body, iconPath) VALUES (?1, ?2, ?3)")
-            .bind(post.postId, onFire.text, onFire.icon)
+            .bind(post.postId, onFireByline.text, onFireByline.icon)
             .run();
     } else if (hasFan) {
         const Person& person = people()[static_cast<std::size_t>(fan)];

@@ -3,7 +3,7 @@
 namespace KeloService {
 namespace {
 
-constexpr Person everyone[] = {
+constexpr Person allPeople[] = {
     {"mara", "Six seconds at a time. Stop motion and bad puns 🎬", "Lisbon"},
     {"theo.loops", "I film my cat so you don't have to 🐈", "Ghent"},
     {"ines_b", "Dancer, teacher, night owl 💃🏽", "Porto"},
@@ -54,7 +54,7 @@ constexpr Person everyone[] = {
     {"the_weather_in_bergen", "It rains ☔️", "Bergen"},
 };
 
-constexpr ChannelTheme themes[] = {
+constexpr ChannelTheme allThemes[] = {
     {"Comedy", "Jokes that fit into a loop", "F5A623", "comedy", {"comedy", "fail", "pun"}},
     {"Music",
      "Covers, beats and odd instruments",
@@ -78,11 +78,11 @@ constexpr ChannelTheme themes[] = {
 } // namespace
 
 std::span<const Person> people() {
-    return everyone;
+    return allPeople;
 }
 
 std::span<const ChannelTheme> channelThemes() {
-    return themes;
+    return allThemes;
 }
 
 } // namespace KeloService

@@ -5,10 +5,10 @@
 namespace KeloService {
 namespace {
 
-constexpr const char* selection = "SELECT key, userId, username, expired, captchaToken "
-                                  "FROM sessions JOIN users USING (userId) ";
+constexpr const char* sessionSelection = "SELECT key, userId, username, expired, captchaToken "
+                                         "FROM sessions JOIN users USING (userId) ";
 
-Session read(const Query& query) {
+Session readSession(const Query& query) {
     Session session;
     session.key = query.text(0);
     session.userId = query.integer(1);
@@ -24,16 +24,16 @@ Session read(const Query& query) {
 
 std::optional<Session> Sessions::find(const std::string& key) {
     const auto lock = database_.lock();
-    Query query = database_.query(std::string(selection) + "WHERE key = ?1");
-    return query.bind(key).next() ? std::optional(read(query)) : std::nullopt;
+    Query query = database_.query(std::string(sessionSelection) + "WHERE key = ?1");
+    return query.bind(key).next() ? std::optional(readSession(query)) : std::nullopt;
 }
 
 std::vector<Session> Sessions::list() {
     const auto lock = database_.lock();
     std::vector<Session> sessions;
-    Query query = database_.query(std::string(selection) + "ORDER BY key");
+    Query query = database_.query(std::string(sessionSelection) + "ORDER BY key");
     while (query.next()) {
-        sessions.push_back(read(query));
+        sessions.push_back(readSession(query));
     }
     return sessions;
 }

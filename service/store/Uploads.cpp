@@ -9,7 +9,7 @@ namespace {
 constexpr const char* selection = "SELECT mediaId, userId, totalBytes, expires, finalized, "
                                   "processingMilliseconds, isPlayable FROM uploads ";
 
-Upload read(const Query& query) {
+Upload readUpload(const Query& query) {
     Upload upload;
     upload.mediaId = query.text(0);
     upload.userId = query.integer(1);
@@ -46,7 +46,7 @@ Upload Uploads::add(std::int64_t userId, std::int64_t totalBytes,
 std::optional<Upload> Uploads::find(const std::string& mediaId) {
     const auto lock = database_.lock();
     Query query = database_.query(std::string(selection) + "WHERE mediaId = ?1");
-    return query.bind(mediaId).next() ? std::optional(read(query)) : std::nullopt;
+    return query.bind(mediaId).next() ? std::optional(readUpload(query)) : std::nullopt;
 }
 
 std::vector<Upload> Uploads::list() {
@@ -54,7 +54,7 @@ std::vector<Upload> Uploads::list() {
     std::vector<Upload> uploads;
     Query query = database_.query(std::string(selection) + "ORDER BY rowid");
     while (query.next()) {
-        uploads.push_back(read(query));
+        uploads.push_back(readUpload(query));
     }
     return uploads;
 }

@@ -5,13 +5,13 @@
 namespace KeloService {
 namespace {
 
-constexpr const char* selection =
+constexpr const char* userSelection =
     "SELECT userId, username, avatarPath, description, location, created, verified, private, "
     "loopCount, loopVelocity, followerCount, followingCount, likeCount, "
     "(SELECT count(*) FROM posts WHERE posts.userId = users.userId), passwordSalt, passwordHash "
     "FROM users ";
 
-User read(const Query& query) {
+User readUser(const Query& query) {
     User user;
     user.userId = query.integer(0);
     user.username = query.text(1);
@@ -34,14 +34,14 @@ User read(const Query& query) {
 
 std::optional<User> Users::find(std::int64_t userId) {
     const auto lock = database_.lock();
-    Query query = database_.query(std::string(selection) + "WHERE userId = ?1");
-    return query.bind(userId).next() ? std::optional(read(query)) : std::nullopt;
+    Query query = database_.query(std::string(userSelection) + "WHERE userId = ?1");
+    return query.bind(userId).next() ? std::optional(readUser(query)) : std::nullopt;
 }
 
 std::optional<User> Users::findByName(const std::string& username) {
     const auto lock = database_.lock();
-    Query query = database_.query(std::string(selection) + "WHERE username = ?1");
-    return query.bind(username).next() ? std::optional(read(query)) : std::nullopt;
+    Query query = database_.query(std::string(userSelection) + "WHERE username = ?1");
+    return query.bind(username).next() ? std::optional(readUser(query)) : std::nullopt;
 }
 
 std::optional<std::int64_t> Users::findByAvatar(const std::string& path) {
@@ -53,21 +53,21 @@ std::optional<std::int64_t> Users::findByAvatar(const std::string& path) {
 std::optional<User> Users::findByPassword(const std::string& username,
                                           const std::string& password) {
     const auto lock = database_.lock();
-    Query query = database_.query(std::string(selection) + "WHERE username = ?1");
+    Query query = database_.query(std::string(userSelection) + "WHERE username = ?1");
     if (!query.bind(username).next() || hashPassword(password, query.text(14)) != query.text(15)) {
         return std::nullopt;
     }
-    return read(query);
+    return readUser(query);
 }
 
 std::vector<User> Users::mostFollowed(std::int64_t count) {
     const auto lock = database_.lock();
-    Query query =
-        database_.query(std::string(selection) + "ORDER BY followerCount DESC, userId LIMIT ?1");
+    Query query = database_.query(std::string(userSelection) +
+                                  "ORDER BY followerCount DESC, userId LIMIT ?1");
     query.bind(count);
     std::vector<User> users;
     while (query.next()) {
-        users.push_back(read(query));
+        users.push_back(readUser(query));
     }
     return users;
 }

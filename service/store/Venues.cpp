@@ -3,7 +3,7 @@
 namespace KeloService {
 namespace {
 
-constexpr const char* selection =
+constexpr const char* venueSelection =
     "SELECT v.venueId, v.name, v.address, v.city, v.state, v.country, v.latitude, v.longitude, "
     "c.categoryId, c.shortName, c.iconPrefix, c.iconSuffix "
     "FROM venues v LEFT JOIN venueCategories c USING (categoryId) ";
@@ -30,13 +30,13 @@ std::optional<Venue> readVenue(Query& query) {
 
 std::optional<Venue> Venues::find(const std::string& venueId) {
     const auto lock = database_.lock();
-    Query query = database_.query(std::string(selection) + "WHERE v.venueId = ?1");
+    Query query = database_.query(std::string(venueSelection) + "WHERE v.venueId = ?1");
     return readVenue(query.bind(venueId));
 }
 
 std::optional<Venue> Venues::ofPost(std::int64_t postId) {
     const auto lock = database_.lock();
-    Query query = database_.query(std::string(selection) +
+    Query query = database_.query(std::string(venueSelection) +
                                   "JOIN postExtras e USING (venueId) WHERE e.postId = ?1");
     return readVenue(query.bind(postId));
 }

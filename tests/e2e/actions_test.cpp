@@ -6,7 +6,7 @@
 
 namespace KeloAPI {
 
-using nlohmann::json;
+using Json = nlohmann::json;
 using testing::runUntil;
 using testing::SeenRequest;
 using testing::StandIn;
@@ -134,7 +134,7 @@ TEST_F(ActionsAtService, FeedbackIsSentAsOneKey) {
     const auto postRequest = seen();
     expectJson(postRequest, "/recommendations/feedback/posts/" + *post->postId);
     EXPECT_EQ(postRequest.body, R"({"recommendationBoost":"negative"})");
-    const json entries = kept("feedback");
+    const Json entries = kept("feedback");
     ASSERT_EQ(entries.size(), 2U);
     EXPECT_EQ(entries[0].at("boost"), "neutral");
     EXPECT_EQ(entries[1].at("targetId").dump(), *post->postId);
@@ -165,8 +165,8 @@ TEST_F(ActionsAtService, LoopsAreSentOneRecordAtATime) {
     bool finer = false;
     for (std::size_t i = 0; i < 2; ++i) {
         expectJson(requests[i], "/loops");
-        json body = json::parse(requests[i].body);
-        const json ts = body.at("loops").at(0).at("ts");
+        Json body = Json::parse(requests[i].body);
+        const Json ts = body.at("loops").at(0).at("ts");
         EXPECT_TRUE(ts.is_number_float()) << ts;
         EXPECT_GE(ts.get<double>(), before - 2e-6); // a Date counts microseconds
         EXPECT_LE(ts.get<double>(), after);
@@ -174,7 +174,7 @@ TEST_F(ActionsAtService, LoopsAreSentOneRecordAtATime) {
         const double milliseconds = ts.get<double>() * 1000;
         finer = finer || std::abs(milliseconds - std::round(milliseconds)) > 0.0007;
         body["loops"][0].erase("ts");
-        EXPECT_EQ(body, json({{"loops", {{{"count", counts[i]}, {"postId", *post->postId}}}}}));
+        EXPECT_EQ(body, Json({{"loops", {{{"count", counts[i]}, {"postId", *post->postId}}}}}));
         EXPECT_EQ(kept("loops").at(i).at("ts"), ts);
         EXPECT_EQ(kept("loops").at(i).at("count"), counts[i]);
     }
@@ -193,7 +193,7 @@ TEST_F(ActionsAtService, LoopsThatTheServiceRefusesOnlyLeaveALine) {
     Diagnostics::setSink([](std::string_view) {});
     EXPECT_EQ(session->queuedRetryCount(), 0U);
     EXPECT_EQ(delegate->reauthCount, 0);
-    EXPECT_EQ(kept("loops"), json::array());
+    EXPECT_EQ(kept("loops"), Json::array());
 }
 
 TEST_F(ActionsAtService, ViewsAreReadAndReportedByOneEndpoint) {
@@ -218,7 +218,7 @@ TEST_F(ActionsAtService, ViewsAreReadAndReportedByOneEndpoint) {
     EXPECT_TRUE(runUntil([&] { return submitted; }));
     const auto request = seen();
     expectJson(request, "/longforms/lf-unseen/views");
-    const json body = json::parse(request.body);
+    const Json body = Json::parse(request.body);
     ASSERT_EQ(body.size(), 1U);
     const std::string timestamp = body.at("timestamp");
     EXPECT_NE(timestamp.find('.'), std::string::npos);

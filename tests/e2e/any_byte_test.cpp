@@ -2,7 +2,7 @@
 
 namespace KeloAPI {
 
-using nlohmann::json;
+using Json = nlohmann::json;
 using testing::runFor;
 using testing::runUntil;
 
@@ -42,7 +42,7 @@ protected:
         return outcome.value();
     }
     /// The fault strikes once, the like fails once, and the same endpoint works afterwards.
-    void failsOnce(const json& action) {
+    void failsOnce(const Json& action) {
         // On a fresh connection: a request that dies with a kept one is sent again on a new one.
         session->setSessionManager(nullptr);
         service.addFault({{"match", {{"path", "/posts/*"}}}, {"action", action}});

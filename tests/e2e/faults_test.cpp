@@ -6,7 +6,7 @@
 
 namespace KeloAPI {
 
-using nlohmann::json;
+using Json = nlohmann::json;
 using testing::runFor;
 using testing::runUntil;
 
@@ -44,7 +44,7 @@ protected:
     }
 
     /// The fault strikes once, the call fails once, and the same endpoint works afterwards.
-    Error failedBy(const json& action) {
+    Error failedBy(const Json& action) {
         // On a fresh connection: a request that dies with a kept one is sent again on a new one.
         session->setSessionManager(nullptr);
         service.addFault({{"match", {{"path", "/users/me"}}}, {"action", action}});

@@ -12,7 +12,7 @@
 
 namespace KeloAPI {
 
-using nlohmann::json;
+using Json = nlohmann::json;
 using testing::runFor;
 using testing::runUntil;
 using testing::SeenRequest;
@@ -75,7 +75,7 @@ protected:
         EXPECT_EQ(requests.size(), 1U);
         return requests.empty() ? SeenRequest() : requests.back();
     }
-    void addFaultToSegments(const json& action, int skip = 0) {
+    void addFaultToSegments(const Json& action, int skip = 0) {
         service.addFault({{"match", {{"method", "PUT"}}}, {"skip", skip}, {"action", action}});
     }
     bool faultFires() {
@@ -205,7 +205,7 @@ TEST_F(UploadsAtService, ALargeSegmentArrivesUnchanged) {
     EXPECT_EQ(request.header("Content-Length"), "67108864");
     EXPECT_EQ(request.bodyBytes, 67108864);
     EXPECT_EQ(request.bodySha256, sha256(bytes));
-    EXPECT_EQ(kept(id), json::parse(R"([{"index":0,"bytes":67108864}])"));
+    EXPECT_EQ(kept(id), Json::parse(R"([{"index":0,"bytes":67108864}])"));
 }
 
 TEST_F(UploadsAtService, ProgressCountsBytesSentAndNeverDecreases) {
@@ -424,11 +424,11 @@ TEST_F(UploadsAtService, AServiceThatFailsAtTheEndIsOneErrorAndCanBeAskedAgain) 
     const std::string bytes = video();
     const std::string id = newUpload(bytes.size());
     EXPECT_FALSE(segment(id, bytes, 0));
-    for (const json& action :
-         {json{{"type", "status"}, {"status", 503}},
-          json{{"type", "error"}, {"code", 500}, {"status", 500}},
-          json{{"type", "body"}, {"body", "<html>"}}, json{{"type", "reset"}, {"afterBytes", 30}},
-          json{{"type", "body"}, {"body", R"({"data":{"mediaId":"x","processingInfo":{}}})"}}}) {
+    for (const Json& action :
+         {Json{{"type", "status"}, {"status", 503}},
+          Json{{"type", "error"}, {"code", 500}, {"status", 500}},
+          Json{{"type", "body"}, {"body", "<html>"}}, Json{{"type", "reset"}, {"afterBytes", 30}},
+          Json{{"type", "body"}, {"body", R"({"data":{"mediaId":"x","processingInfo":{}}})"}}}) {
         session->setSessionManager(nullptr);
         service.addFault(
             {{"match", {{"path", "/upload/longform-videos/" + id}}}, {"action", action}});

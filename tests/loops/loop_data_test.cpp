@@ -28,7 +28,7 @@ std::shared_ptr<LoopData> snapshot(double velocity, std::chrono::microseconds ag
     return data;
 }
 
-std::shared_ptr<LoopData> parsed(const std::string& json) {
+std::shared_ptr<LoopData> parsedLoopData(const std::string& json) {
     return LoopDataParser().parse(JsonText(json).object());
 }
 
@@ -132,7 +132,7 @@ TEST(LoopDataParserTest, NeedsCountAndVelocityAsNumbers) {
           R"({"count":7,"velocity":null})", R"({"count":[7],"velocity":1})",
           R"({"loopCount":7,"loopVelocity":1})"}) {
         try {
-            parsed(json);
+            parsedLoopData(json);
             ADD_FAILURE() << json;
         } catch (const JsonParseError& error) {
             EXPECT_EQ(error, JsonParseError(JsonParseError::InsufficientData)) << json;
@@ -157,7 +157,7 @@ TEST(LoopDataTest, ArchivesCountsOf64Bits) {
 
 TEST(LoopDataParserTest, OfBothAloneIsASnapshotOfNow) {
     const auto before = now();
-    const auto data = parsed(R"({"count":7,"velocity":1})");
+    const auto data = parsedLoopData(R"({"count":7,"velocity":1})");
     EXPECT_EQ(data->count, Number::of(7));
     EXPECT_EQ(data->velocity, Number::of(1));
     EXPECT_FALSE(data->onFire);
@@ -166,7 +166,7 @@ TEST(LoopDataParserTest, OfBothAloneIsASnapshotOfNow) {
 }
 
 TEST(LoopDataParserTest, ReadsEveryKey) {
-    const auto data = parsed(R"({"count":18446744073709551615,"velocity":0.25,
+    const auto data = parsedLoopData(R"({"count":18446744073709551615,"velocity":0.25,
         "created":"2015-03-01T12:30:05.250","onFire":true})");
     EXPECT_EQ(data->count, Number::of(UINT64_MAX));
     EXPECT_EQ(data->velocity, Number::of(0.25));
@@ -180,7 +180,7 @@ TEST(LoopDataParserTest, ADateThatIsNoneIsNow) {
          {"\"garbage\"", "\"\"", "5", "null", "{}", "[]", "true", "\"2015-03-01T12:30:05\""}) {
         const auto before = now();
         const auto data =
-            parsed(R"({"count":7,"velocity":1,"created":)" + std::string(value) + "}");
+            parsedLoopData(R"({"count":7,"velocity":1,"created":)" + std::string(value) + "}");
         EXPECT_GE(data->created, before) << value;
         EXPECT_LE(data->created, now()) << value;
     }
@@ -192,7 +192,8 @@ TEST(LoopDataParserTest, OnFireIsWhatConvertsToABoolean) {
         {"-0.0", false}, {"null", false},  {"\"true\"", false}, {"{}", false}, {"[true]", false},
     };
     for (const auto& [value, expected] : table) {
-        EXPECT_EQ(parsed(R"({"count":7,"velocity":1,"onFire":)" + std::string(value) + "}")->onFire,
+        EXPECT_EQ(parsedLoopData(R"({"count":7,"velocity":1,"onFire":)" + std::string(value) + "}")
+                      ->onFire,
                   expected)
             << value;
     }

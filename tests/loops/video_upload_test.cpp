@@ -16,13 +16,13 @@ static_assert(!std::is_default_constructible_v<KLVideoUploadProcessingInfo>);
 
 namespace {
 
-std::shared_ptr<KLVideoUpload> parsed(const std::string& json) {
+std::shared_ptr<KLVideoUpload> parsedUpload(const std::string& json) {
     const JsonText text(json);
     return KLVideoUploadParser().parse(text.object());
 }
 
 std::shared_ptr<KLVideoUpload> parsedWith(const std::string& members) {
-    return parsed(R"({"mediaId": "m", )" + members + "}");
+    return parsedUpload(R"({"mediaId": "m", )" + members + "}");
 }
 
 double secondsFromNow(Date date) {
@@ -56,7 +56,7 @@ TEST(VideoUpload, StartsWithItsIdentifierAlone) {
 }
 
 TEST(VideoUploadParser, ReadsEveryKey) {
-    const auto upload = parsed(
+    const auto upload = parsedUpload(
         R"({"mediaId": "m-1", "expiresAfterSecs": 3600, "size": 1048576, "processingInfo":
             {"state": "in_progress", "progressPercent": 42.5, "checkAfterSecs": 5}})");
     EXPECT_EQ(upload->mediaId(), "m-1");
@@ -70,11 +70,12 @@ TEST(VideoUploadParser, ReadsEveryKey) {
 }
 
 TEST(VideoUploadParser, TakesTheIdentifierAsTextOrNumber) {
-    EXPECT_EQ(parsed(R"({"mediaId": 18446744073709551615})")->mediaId(), "18446744073709551615");
-    EXPECT_EQ(parsed(R"({"mediaId": ""})")->mediaId(), "");
+    EXPECT_EQ(parsedUpload(R"({"mediaId": 18446744073709551615})")->mediaId(),
+              "18446744073709551615");
+    EXPECT_EQ(parsedUpload(R"({"mediaId": ""})")->mediaId(), "");
     for (const char* json : {"{}", R"({"mediaId": null})", R"({"mediaId": []})"}) {
         try {
-            parsed(json);
+            parsedUpload(json);
             ADD_FAILURE() << json;
         } catch (const JsonParseError& error) {
             EXPECT_EQ(error.code(), JsonParseError::InsufficientData) << json;

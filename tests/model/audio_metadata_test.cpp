@@ -16,7 +16,7 @@ static_assert(!std::is_default_constructible_v<KLPostAudioMetadata>);
 namespace {
 
 template <class Member>
-auto showing(Member member) {
+auto showingAudioMetadata(Member member) {
     return testing::showing<KLPostAudioMetadata>(member);
 }
 
@@ -28,12 +28,12 @@ std::shared_ptr<KLPostAudioMetadata> audio(const std::string& json) {
 
 TEST(AudioMetadataTest, EveryKeyBesideTheTrackWithEveryKindOfValue) {
     const KeyTable<KLPostAudioMetadata>::Rules rules = {
-        {"trackId", "123", "123", showing(&KLPostAudioMetadata::trackId), testing::numberTexts(),
-         nothing},
+        {"trackId", "123", "123", showingAudioMetadata(&KLPostAudioMetadata::trackId),
+         testing::numberTexts(), nothing},
         {"track",
          R"({"trackName":"Song","artistName":"Band"})",
          "Song",
-         showing(&KLPostAudioMetadata::trackName),
+         showingAudioMetadata(&KLPostAudioMetadata::trackName),
          {},
          nothing},
     };
@@ -42,18 +42,18 @@ TEST(AudioMetadataTest, EveryKeyBesideTheTrackWithEveryKindOfValue) {
 
 TEST(AudioMetadataTest, EveryKeyOfTheTrackWithEveryKindOfValue) {
     const KeyTable<KLPostAudioMetadata>::Rules rules = {
-        {"trackName", R"("Song")", "Song", showing(&KLPostAudioMetadata::trackName),
+        {"trackName", R"("Song")", "Song", showingAudioMetadata(&KLPostAudioMetadata::trackName),
          testing::texts(), nothing},
-        {"artistName", R"("Band")", "Band", showing(&KLPostAudioMetadata::artistName),
+        {"artistName", R"("Band")", "Band", showingAudioMetadata(&KLPostAudioMetadata::artistName),
          testing::texts(), nothing},
-        {"itunesId", "99", "99", showing(&KLPostAudioMetadata::iTunesId), testing::numberTexts(),
-         absent},
-        {"itunes_affiliate_token", R"("at1")", "at1", showing(&KLPostAudioMetadata::affiliateToken),
-         testing::texts(), absent},
-        {"hasAudioTrackTimeline", "true", "true", showing(&KLPostAudioMetadata::hasTrackTimeline),
-         testing::flags(), "false"},
+        {"itunesId", "99", "99", showingAudioMetadata(&KLPostAudioMetadata::iTunesId),
+         testing::numberTexts(), absent},
+        {"itunes_affiliate_token", R"("at1")", "at1",
+         showingAudioMetadata(&KLPostAudioMetadata::affiliateToken), testing::texts(), absent},
+        {"hasAudioTrackTimeline", "true", "true",
+         showingAudioMetadata(&KLPostAudioMetadata::hasTrackTimeline), testing::flags(), "false"},
         {"albumArtUrl", R"("https://i.example/a.jpg")", "https://i.example/a.jpg",
-         showing(&KLPostAudioMetadata::albumArtUrl), testing::urls(), absent},
+         showingAudioMetadata(&KLPostAudioMetadata::albumArtUrl), testing::urls(), absent},
     };
     KeyTable<KLPostAudioMetadata>(
         KLPostAudioMetadata::fromJSON, rules,

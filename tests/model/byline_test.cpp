@@ -15,7 +15,7 @@ static_assert(!std::is_default_constructible_v<KLByline>);
 
 namespace {
 
-constexpr auto insufficient = JsonParseError::InsufficientData;
+using testing::insufficient;
 
 std::shared_ptr<KLByline> byline(const std::string& members) {
     return KLBylineParser().parse(

@@ -17,10 +17,10 @@ using testing::KeyTable;
 
 namespace {
 
-constexpr auto insufficient = JsonParseError::InsufficientData;
+using testing::insufficient;
 
 template <class Member>
-auto showing(Member member) {
+auto showingChannel(Member member) {
     return testing::showing<KLChannel>(member);
 }
 
@@ -44,28 +44,28 @@ KeyTable<KLChannel>::Rules rules() {
     using testing::texts;
     using testing::urls;
     return {
-        {"channelId", "12", "12", showing(&KLChannel::channelId), identifiers(),
+        {"channelId", "12", "12", showingChannel(&KLChannel::channelId), identifiers(),
          fails(insufficient)},
-        {"channel", R"("Comedy")", "Comedy", showing(&KLChannel::name), texts(),
+        {"channel", R"("Comedy")", "Comedy", showingChannel(&KLChannel::name), texts(),
          fails(insufficient)},
-        {"fontColor", R"("ffffff")", "ffffff", showing(&KLChannel::fontColorHex), texts(),
+        {"fontColor", R"("ffffff")", "ffffff", showingChannel(&KLChannel::fontColorHex), texts(),
          "000000"},
-        {"backgroundColor", R"("11aa22")", "11aa22", showing(&KLChannel::backgroundColorHex),
+        {"backgroundColor", R"("11aa22")", "11aa22", showingChannel(&KLChannel::backgroundColorHex),
          texts(), "000000"},
-        {"created", R"("1970-01-01T00:00:1.5")", "1500000", showing(&KLChannel::created), dates(),
-         absent},
+        {"created", R"("1970-01-01T00:00:1.5")", "1500000", showingChannel(&KLChannel::created),
+         dates(), absent},
         {"iconFullUrl", R"("https://i.example/1")", "https://i.example/1",
-         showing(&KLChannel::iconUrl), urls(), absent},
+         showingChannel(&KLChannel::iconUrl), urls(), absent},
         {"retinaIconFullUrl", R"("https://i.example/2")", "https://i.example/2",
-         showing(&KLChannel::iconRetinaUrl), urls(), absent},
+         showingChannel(&KLChannel::iconRetinaUrl), urls(), absent},
         {"exploreRetinaIconFullUrl", R"("https://i.example/3")", "https://i.example/3",
-         showing(&KLChannel::exploreIconRetinaUrl), urls(), absent},
-        {"following", "true", "true", showing(&KLChannel::following), flags(), "false"},
-        {"showRecent", "1", "true", showing(&KLChannel::showRecent), flags(), "false"},
+         showingChannel(&KLChannel::exploreIconRetinaUrl), urls(), absent},
+        {"following", "true", "true", showingChannel(&KLChannel::following), flags(), "false"},
+        {"showRecent", "1", "true", showingChannel(&KLChannel::showRecent), flags(), "false"},
         {"description", R"("All the laughs")", "All the laughs",
-         showing(&KLChannel::channelDescription), texts(), absent},
-        {"vanityUrl", R"("comedy")", "comedy", showing(&KLChannel::vanityPathSuffix), texts(),
-         absent},
+         showingChannel(&KLChannel::channelDescription), texts(), absent},
+        {"vanityUrl", R"("comedy")", "comedy", showingChannel(&KLChannel::vanityPathSuffix),
+         texts(), absent},
     };
 }
 
@@ -123,7 +123,7 @@ TEST(ChannelParserTest, EveryKeyWithEveryKindOfValueAndATimelineParser) {
     all.push_back({"timeline",
                    R"({"count":2})",
                    "(present)",
-                   showing(&KLChannel::timelineData),
+                   showingChannel(&KLChannel::timelineData),
                    {{"{}", "(present)"}, {R"({"text":"text"})", "(present)"}},
                    absent});
     const auto parser = std::make_shared<KLChannelParser>(postPages());

@@ -16,7 +16,7 @@ static_assert(!std::is_default_constructible_v<KLEntityParser>);
 
 namespace {
 
-constexpr auto insufficient = JsonParseError::InsufficientData;
+using testing::insufficient;
 constexpr auto invalid = JsonParseError::InvalidData;
 
 /// A text of code points in UTF-8.

@@ -27,7 +27,7 @@ static_assert(static_cast<int>(KLPostsMosaicType::SmallThumbnails) == 3);
 
 namespace {
 
-constexpr auto insufficient = JsonParseError::InsufficientData;
+using testing::insufficient;
 constexpr auto incorrect = JsonParseError::IncorrectType;
 
 /// The key of the error that a parser throws; empty when it throws none.

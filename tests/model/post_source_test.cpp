@@ -10,19 +10,19 @@ using testing::JsonText;
 
 namespace {
 
-std::shared_ptr<KLPostSource> parsed(const std::string& json) {
+std::shared_ptr<KLPostSource> parsedSource(const std::string& json) {
     return KLPostSource::fromJSON(JsonText(json).object());
 }
 
 /// A source with both identifiers and these members.
 std::shared_ptr<KLPostSource> source(const std::string& members) {
-    return parsed(R"({"postId":1,"userId":2,)" + members + "}");
+    return parsedSource(R"({"postId":1,"userId":2,)" + members + "}");
 }
 
 } // namespace
 
 TEST(PostSourceTest, ReadsAWholeObject) {
-    const auto full = parsed(R"({"postId":12,"contentType":2,"userId":34,"username":"ann",
+    const auto full = parsedSource(R"({"postId":12,"contentType":2,"userId":34,"username":"ann",
         "description":"caption","thumbnailUrl":"https://v.example/t","avatarUrl":"a/b"})");
     ASSERT_NE(full, nullptr);
     EXPECT_EQ(full->postId(), "12");
@@ -67,9 +67,9 @@ TEST(PostSourceTest, NeedsBothIdentifiersAsNumbers) {
          {"{}", R"({"postId":1})", R"({"userId":1})", R"({"postId":"1","userId":2})",
           R"({"postId":1,"userId":"2"})", R"({"postId":null,"userId":2})",
           R"({"postId":1,"userId":null})", R"({"postId":[1],"userId":2})"}) {
-        EXPECT_EQ(parsed(json), nullptr) << json;
+        EXPECT_EQ(parsedSource(json), nullptr) << json;
     }
-    const auto bare = parsed(R"({"postId":1,"userId":2})");
+    const auto bare = parsedSource(R"({"postId":1,"userId":2})");
     ASSERT_NE(bare, nullptr);
     EXPECT_EQ(bare->username(), std::nullopt);
     EXPECT_EQ(bare->caption(), std::nullopt);
@@ -79,11 +79,12 @@ TEST(PostSourceTest, NeedsBothIdentifiersAsNumbers) {
 }
 
 TEST(PostSourceTest, IdentifiersAreDecimalText) {
-    const auto large = parsed(R"({"postId":18446744073709551615,"userId":-9223372036854775808})");
+    const auto large =
+        parsedSource(R"({"postId":18446744073709551615,"userId":-9223372036854775808})");
     ASSERT_NE(large, nullptr);
     EXPECT_EQ(large->postId(), "18446744073709551615");
     EXPECT_EQ(large->userId(), "-9223372036854775808");
-    const auto odd = parsed(R"({"postId":1e3,"userId":true})");
+    const auto odd = parsedSource(R"({"postId":1e3,"userId":true})");
     ASSERT_NE(odd, nullptr);
     EXPECT_EQ(odd->postId(), "1000");
     EXPECT_EQ(odd->userId(), "1");

@@ -13,13 +13,13 @@ using testing::JsonText;
 
 namespace {
 
-std::shared_ptr<KLWatchPost> parsed(const std::string& json) {
+std::shared_ptr<KLWatchPost> parsedPost(const std::string& json) {
     return PostParser().parse(JsonText(json).object());
 }
 
 /// A post with "postId" and these members.
 std::shared_ptr<KLWatchPost> post(const std::string& members) {
-    return parsed(R"({"postId":1,)" + members + "}");
+    return parsedPost(R"({"postId":1,)" + members + "}");
 }
 
 } // namespace
@@ -46,7 +46,7 @@ TEST(PostTest, IsRekeloedExactlyWithARekelo) {
 }
 
 TEST(PostParserTest, ReadsAWholeRecord) {
-    const auto full = parsed(R"({"postId":4321,"description":"A caption \ud83d\ude00 #tag",
+    const auto full = parsedPost(R"({"postId":4321,"description":"A caption \ud83d\ude00 #tag",
         "created":"2015-06-01T08:09:10.500","thumbnailUrl":"https://v.example/t.jpg","liked":true,
         "myRepostId":77,"videoUrls":[{"videoUrl":"https://v.example/v.mp4","rate":0}],
         "username":"ann","loopCount":5,"loopVelocity":0.5})");
@@ -99,7 +99,7 @@ TEST(PostParserTest, EveryKeyWithEveryKindOfValue) {
 }
 
 TEST(PostParserTest, OfAnIdentifierAloneMakesAPost) {
-    const auto bare = parsed(R"({"postId":"x"})");
+    const auto bare = parsedPost(R"({"postId":"x"})");
     EXPECT_EQ(bare->caption, "") << "a missing caption is an empty one";
     EXPECT_EQ(bare->thumbnailUrl, "");
     EXPECT_EQ(bare->created, std::nullopt);
@@ -127,7 +127,7 @@ TEST(PostParserTest, AnyIdentifierThatIsThereBecomesText) {
         {"{\"a\":1}", "{\"a\":1}"},
     };
     for (const auto& [value, expected] : table) {
-        EXPECT_EQ(parsed(R"({"postId":)" + std::string(value) + "}")->postId, expected);
+        EXPECT_EQ(parsedPost(R"({"postId":)" + std::string(value) + "}")->postId, expected);
     }
 }
 
@@ -218,7 +218,7 @@ TEST(PostParserTest, TheAuthorIsTheUserObjectOrTheRecordItself) {
 }
 
 TEST(PostParserTest, OfTwoEqualKeysTheFirstCounts) {
-    EXPECT_EQ(parsed(R"({"postId":1,"postId":2,"description":"a","description":"b"})")->postId,
+    EXPECT_EQ(parsedPost(R"({"postId":1,"postId":2,"description":"a","description":"b"})")->postId,
               "1");
     EXPECT_EQ(post(R"("description":"a","description":"b")")->caption, "a");
 }

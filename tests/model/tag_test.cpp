@@ -13,10 +13,10 @@ using testing::Reads;
 
 namespace {
 
-constexpr auto insufficient = JsonParseError::InsufficientData;
+using testing::insufficient;
 
 template <class Member>
-auto showing(Member member) {
+auto showingTag(Member member) {
     return testing::showing<KLTag>(member);
 }
 
@@ -74,21 +74,21 @@ TEST(TagTest, KeptNamesAreTakenAsTheyAre) {
 
 TEST(TagParserTest, EveryKeyWithEveryKindOfValue) {
     const KeyTable<KLTag>::Rules rules = {
-        {"tag", R"("dogs")", "#dogs", showing(&KLTag::name), names(), fails(insufficient)},
-        {"tagId", "5", "5", showing(&KLTag::tagId), testing::identifiers(), fails(insufficient)},
-        {"postCount", "42", "42", showing(&KLTag::count), testing::integers(), "0"},
+        {"tag", R"("dogs")", "#dogs", showingTag(&KLTag::name), names(), fails(insufficient)},
+        {"tagId", "5", "5", showingTag(&KLTag::tagId), testing::identifiers(), fails(insufficient)},
+        {"postCount", "42", "42", showingTag(&KLTag::count), testing::integers(), "0"},
     };
     KeyTable<KLTag>(testing::parseWith<KLTagParser>(), rules).check();
 }
 
 TEST(TagParserTest, TagNameGoesBeforeTag) {
     const KeyTable<KLTag>::Rules beside = {
-        {"tagName", R"("cats")", "#cats", showing(&KLTag::name), names(), "#dogs"}};
+        {"tagName", R"("cats")", "#cats", showingTag(&KLTag::name), names(), "#dogs"}};
     KeyTable<KLTag>(testing::parseWith<KLTagParser>(), beside, [](const std::string& members) {
         return R"({"tagId":5,"tag":"dogs")" + (members.empty() ? "" : "," + members) + "}";
     }).check();
     const KeyTable<KLTag>::Rules alone = {
-        {"tagName", R"("cats")", "#cats", showing(&KLTag::name), names(), fails(insufficient)}};
+        {"tagName", R"("cats")", "#cats", showingTag(&KLTag::name), names(), fails(insufficient)}};
     KeyTable<KLTag>(testing::parseWith<KLTagParser>(), alone, [](const std::string& members) {
         return R"({"tagId":5,"tag":7)" + (members.empty() ? "" : "," + members) + "}";
     }).check();

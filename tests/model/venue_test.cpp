@@ -17,10 +17,10 @@ static_assert(!std::is_default_constructible_v<KLVenueCategory>);
 
 namespace {
 
-constexpr auto insufficient = JsonParseError::InsufficientData;
+using testing::insufficient;
 
 template <class Member>
-auto showing(Member member) {
+auto showingVenue(Member member) {
     return testing::showing<KLVenue>(member);
 }
 
@@ -73,14 +73,14 @@ TEST(VenueCategoryTest, StartsWithIdentifierAndNameAlone) {
 TEST(VenueParserTest, EveryKeyWithEveryKindOfValue) {
     const auto venueTexts = testing::texts();
     const KeyTable<KLVenue>::Rules rules = {
-        {"foursquareVenueId", R"("v1")", "v1", showing(&KLVenue::foursquareVenueId), venueTexts,
+        {"foursquareVenueId", R"("v1")", "v1", showingVenue(&KLVenue::foursquareVenueId),
+         venueTexts, fails(insufficient)},
+        {"venueName", R"("Cafe")", "Cafe", showingVenue(&KLVenue::name), venueTexts,
          fails(insufficient)},
-        {"venueName", R"("Cafe")", "Cafe", showing(&KLVenue::name), venueTexts,
-         fails(insufficient)},
-        {"venueAddress", R"("1 Main St")", "1 Main St", showing(&KLVenue::address), venueTexts,
+        {"venueAddress", R"("1 Main St")", "1 Main St", showingVenue(&KLVenue::address), venueTexts,
          absent},
-        {"venueCity", R"("Lisbon")", "Lisbon", showing(&KLVenue::city), venueTexts, absent},
-        {"venueState", R"("LX")", "LX", showing(&KLVenue::state), venueTexts, absent},
+        {"venueCity", R"("Lisbon")", "Lisbon", showingVenue(&KLVenue::city), venueTexts, absent},
+        {"venueState", R"("LX")", "LX", showingVenue(&KLVenue::state), venueTexts, absent},
     };
     KeyTable<KLVenue>(testing::parseWith<KLVenueParser>(), rules).check();
 }
@@ -121,11 +121,11 @@ TEST(VenueParserTest, NeverTellsOfACountryOrCoordinates) {
 
 TEST(FoursquareVenueParserTest, EveryKeyWithEveryKindOfValue) {
     const KeyTable<KLVenue>::Rules rules = {
-        {"id", R"("v1")", "v1", showing(&KLVenue::foursquareVenueId), testing::texts(),
+        {"id", R"("v1")", "v1", showingVenue(&KLVenue::foursquareVenueId), testing::texts(),
          fails(insufficient)},
-        {"name", R"("Cafe")", "Cafe", showing(&KLVenue::name), testing::texts(),
+        {"name", R"("Cafe")", "Cafe", showingVenue(&KLVenue::name), testing::texts(),
          fails(insufficient)},
-        {"location", R"({"city":"Lisbon"})", "Lisbon", showing(&KLVenue::city), {}, absent},
+        {"location", R"({"city":"Lisbon"})", "Lisbon", showingVenue(&KLVenue::city), {}, absent},
         {"categories",
          R"([{"id":"c1","shortName":"Coffee"}])",
          "c1",
@@ -138,13 +138,13 @@ TEST(FoursquareVenueParserTest, EveryKeyWithEveryKindOfValue) {
 
 TEST(FoursquareVenueParserTest, EveryKeyOfTheLocationWithEveryKindOfValue) {
     const KeyTable<KLVenue>::Rules rules = {
-        {"address", R"("1 Main St")", "1 Main St", showing(&KLVenue::address), testing::texts(),
-         absent},
-        {"city", R"("Lisbon")", "Lisbon", showing(&KLVenue::city), testing::texts(), absent},
-        {"state", R"("LX")", "LX", showing(&KLVenue::state), testing::texts(), absent},
-        {"country", R"("PT")", "PT", showing(&KLVenue::country), testing::texts(), absent},
-        {"lat", "38.7", "38.7", showing(&KLVenue::latitude), testing::reals(), "0"},
-        {"lng", "-9.14", "-9.14", showing(&KLVenue::longitude), testing::reals(), "0"},
+        {"address", R"("1 Main St")", "1 Main St", showingVenue(&KLVenue::address),
+         testing::texts(), absent},
+        {"city", R"("Lisbon")", "Lisbon", showingVenue(&KLVenue::city), testing::texts(), absent},
+        {"state", R"("LX")", "LX", showingVenue(&KLVenue::state), testing::texts(), absent},
+        {"country", R"("PT")", "PT", showingVenue(&KLVenue::country), testing::texts(), absent},
+        {"lat", "38.7", "38.7", showingVenue(&KLVenue::latitude), testing::reals(), "0"},
+        {"lng", "-9.14", "-9.14", showingVenue(&KLVenue::longitude), testing::reals(), "0"},
     };
     KeyTable<KLVenue>(testing::parseWith<KLFoursquareVenueParser>(), rules,
                       [](const std::string& members) {

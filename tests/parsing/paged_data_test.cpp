@@ -21,7 +21,7 @@ KLPagedData::Elements elements(int count) {
     return made;
 }
 
-std::shared_ptr<KLPagingMetadata> metadata(const std::string& json) {
+std::shared_ptr<KLPagingMetadata> elementsMetadata(const std::string& json) {
     return std::make_shared<KLPagingMetadata>(JsonText(json).object());
 }
 
@@ -55,11 +55,11 @@ TEST(PagedDataTest, OfElementsCountsThemAndKnowsNoMore) {
 }
 
 TEST(PagedDataTest, StoresElementsAndMetadataAsGiven) {
-    const auto given = metadata(R"({"count":100,"nextPage":2})");
+    const auto given = elementsMetadata(R"({"count":100,"nextPage":2})");
     KLPagedData list(elements(2), given);
     EXPECT_EQ(list.metadata(), given);
     EXPECT_EQ(list.metadata()->count(), 100);
-    const auto other = metadata("{}");
+    const auto other = elementsMetadata("{}");
     list.setMetadata(other);
     EXPECT_EQ(list.metadata(), other);
     list.setData(elements(5));
@@ -79,7 +79,7 @@ TEST(PagedDataTest, HasANextPageWhereItsNumberIsAboveZero) {
         {R"({"anchor":"A"})", false},
     };
     for (const auto& [json, expected] : table) {
-        EXPECT_EQ(KLPagedData({}, metadata(json)).hasNextPage(), expected) << json;
+        EXPECT_EQ(KLPagedData({}, elementsMetadata(json)).hasNextPage(), expected) << json;
     }
 }
 
@@ -134,7 +134,7 @@ TEST(PagedDataTest, AppendAndRemoveLeaveNothing) {
 }
 
 TEST(PagedDataTest, ACountOfZeroStaysThereWhenAnElementGoes) {
-    KLPagedData list(elements(2), metadata(R"({"count":0})"));
+    KLPagedData list(elements(2), elementsMetadata(R"({"count":0})"));
     list.removeAtIndex(0);
     EXPECT_EQ(list.count(), 1);
     EXPECT_EQ(list.metadata()->count(), 0);
@@ -164,7 +164,7 @@ TEST(PagedDataTest, AppendingAPageTakesItsMetadataOver) {
     const auto fifty = elements(50);
     const auto ten = elements(10);
     KLPagedData list(fifty);
-    const KLPagedData page(ten, metadata(R"({"count":10,"nextPage":7})"));
+    const KLPagedData page(ten, elementsMetadata(R"({"count":10,"nextPage":7})"));
     list.appendPagedData(page);
     EXPECT_EQ(list.data(), joined(fifty, ten));
     EXPECT_EQ(list.metadata(), page.metadata()) << "the same object";
@@ -175,7 +175,7 @@ TEST(PagedDataTest, AppendingAPageTakesItsMetadataOver) {
 
 TEST(PagedDataTest, ListsThatShareTheirMetadataSeeEachOthersCounts) {
     KLPagedData list(elements(2));
-    KLPagedData page(elements(3), metadata(R"({"count":3})"));
+    KLPagedData page(elements(3), elementsMetadata(R"({"count":3})"));
     list.appendPagedData(page);
     list.append(std::make_shared<Named>("x"));
     EXPECT_EQ(page.metadata()->count(), 4);
@@ -194,7 +194,7 @@ TEST(PagedDataTest, AppendingKeepsDuplicates) {
 
 TEST(PagedDataTest, AppendedToItselfItDoubles) {
     const auto three = elements(3);
-    KLPagedData list(three, metadata(R"({"count":9,"nextPage":2})"));
+    KLPagedData list(three, elementsMetadata(R"({"count":9,"nextPage":2})"));
     const auto before = list.metadata();
     list.appendPagedData(list);
     EXPECT_EQ(list.data(), joined(three, three));
@@ -218,10 +218,12 @@ TEST(PagedDataTest, AddingNothingDoesNothing) {
 TEST(PagedDataTest, PrependingAPageMergesAndRecounts) {
     const auto twenty = elements(20);
     const auto five = elements(5);
-    KLPagedData list(twenty, metadata(R"({"count":999,"nextPage":4,"previousPage":2,"size":20,
+    KLPagedData list(twenty,
+                     elementsMetadata(R"({"count":999,"nextPage":4,"previousPage":2,"size":20,
         "anchor":"la","backAnchor":"lb","title":"lt","nextAfter":8,"displayCount":30,
         "channel":{"channelId":1,"channel":"lc"}})"));
-    const KLPagedData page(five, metadata(R"({"count":5,"nextPage":9,"previousPage":1,"size":5,
+    const KLPagedData page(five,
+                           elementsMetadata(R"({"count":5,"nextPage":9,"previousPage":1,"size":5,
         "anchor":"pa","backAnchor":"pb","title":"pt","nextAfter":3,"displayCount":31,
         "channel":{"channelId":2,"channel":"pc"}})"));
     const auto before = list.metadata();
@@ -255,7 +257,7 @@ TEST(PagedDataTest, PrependedToItselfItDoublesToo) {
 
 TEST(PagedDataTest, ACopySharesTheElementsOnly) {
     const auto two = elements(2);
-    KLPagedData list(two, metadata(R"({"count":7,"nextPage":3,"anchor":"A"})"));
+    KLPagedData list(two, elementsMetadata(R"({"count":7,"nextPage":3,"anchor":"A"})"));
     const auto copy = list.copy();
     EXPECT_EQ(copy->data(), two);
     EXPECT_NE(copy->metadata(), list.metadata());
@@ -288,7 +290,7 @@ TEST(PagedDataDeathTest, AnIndexOutsideStopsTheProcess) {
 }
 
 TEST(PagedDataDeathTest, ACountThatOverflowsStopsTheProcess) {
-    KLPagedData list({}, metadata(R"({"count":9223372036854775807})"));
+    KLPagedData list({}, elementsMetadata(R"({"count":9223372036854775807})"));
     EXPECT_DEATH(list.append(std::make_shared<Named>("x")),
                  "KeloAPI: contract violated: count of paged data overflows\n");
 }

@@ -9,7 +9,7 @@ namespace KeloAPI {
 
 namespace {
 
-std::shared_ptr<KLPagingMetadata> metadata(const std::string& json) {
+std::shared_ptr<KLPagingMetadata> pagingMetadata(const std::string& json) {
     return std::make_shared<KLPagingMetadata>(testing::JsonText(json).object());
 }
 
@@ -23,7 +23,7 @@ const char* const pageP = R"({"count":11,"nextPage":12,"previousPage":13,"size":
 } // namespace
 
 TEST(PagingMetadataTest, OfAnEmptyObjectHasTheDefaults) {
-    const auto empty = metadata("{}");
+    const auto empty = pagingMetadata("{}");
     EXPECT_EQ(empty->count(), 0);
     EXPECT_EQ(empty->nextPage(), 0);
     EXPECT_EQ(empty->previousPage(), 0);
@@ -37,7 +37,7 @@ TEST(PagingMetadataTest, OfAnEmptyObjectHasTheDefaults) {
 }
 
 TEST(PagingMetadataTest, ReadsEveryKey) {
-    const auto all = metadata(pageM);
+    const auto all = pagingMetadata(pageM);
     EXPECT_EQ(all->count(), 1);
     EXPECT_EQ(all->nextPage(), 2);
     EXPECT_EQ(all->previousPage(), 3);
@@ -83,7 +83,7 @@ TEST(PagingMetadataTest, EveryKeyWithEveryKindOfValue) {
 }
 
 TEST(PagingMetadataTest, MistypedKeysLeaveTheDefaults) {
-    const auto wrong = metadata(R"({"count":"1","nextPage":null,"previousPage":[],"size":{},
+    const auto wrong = pagingMetadata(R"({"count":"1","nextPage":null,"previousPage":[],"size":{},
         "nextAfter":"5","title":7,"anchor":null,"backAnchor":12345,"channel":3,
         "displayCount":"6"})");
     EXPECT_EQ(wrong->count(), 0);
@@ -96,16 +96,16 @@ TEST(PagingMetadataTest, MistypedKeysLeaveTheDefaults) {
     EXPECT_EQ(wrong->backAnchor(), std::nullopt);
     EXPECT_EQ(wrong->channel(), nullptr);
     EXPECT_EQ(wrong->displayCount(), 0);
-    EXPECT_EQ(metadata(R"({"anchor":12345})")->anchor(), "12345");
-    EXPECT_EQ(metadata(R"({"nextPage":3.7})")->nextPage(), 3);
+    EXPECT_EQ(pagingMetadata(R"({"anchor":12345})")->anchor(), "12345");
+    EXPECT_EQ(pagingMetadata(R"({"nextPage":3.7})")->nextPage(), 3);
 }
 
 TEST(PagingMetadataTest, AChannelThatCannotBeReadIsNone) {
     for (const char* channel :
          {"null", "7", "\"comedy\"", "[]", "true", "{}", R"({"channelId":7})", R"({"channel":"a"})",
           R"({"channelId":7,"channel":8})", R"([{"channelId":7,"channel":"a"}])"}) {
-        const auto none =
-            metadata(R"({"count":3,"channel":)" + std::string(channel) + R"(,"displayCount":4})");
+        const auto none = pagingMetadata(R"({"count":3,"channel":)" + std::string(channel) +
+                                         R"(,"displayCount":4})");
         EXPECT_EQ(none->channel(), nullptr) << channel;
         EXPECT_EQ(none->count(), 3) << channel;
         EXPECT_EQ(none->displayCount(), 4) << channel;
@@ -113,7 +113,7 @@ TEST(PagingMetadataTest, AChannelThatCannotBeReadIsNone) {
 }
 
 TEST(PagingMetadataTest, AChannelComesWithoutItsTimeline) {
-    const auto with = metadata(
+    const auto with = pagingMetadata(
         R"({"channel":{"channelId":7,"channel":"a","timeline":{"records":[]},"following":true}})");
     ASSERT_NE(with->channel(), nullptr);
     EXPECT_TRUE(with->channel()->following);
@@ -121,8 +121,8 @@ TEST(PagingMetadataTest, AChannelComesWithoutItsTimeline) {
 }
 
 TEST(PagingMetadataTest, TheCountIsNeverNegative) {
-    EXPECT_EQ(metadata(R"({"count":-5})")->count(), 0);
-    const auto some = metadata(R"({"count":5})");
+    EXPECT_EQ(pagingMetadata(R"({"count":-5})")->count(), 0);
+    const auto some = pagingMetadata(R"({"count":5})");
     some->setCount(-5);
     EXPECT_EQ(some->count(), 0);
     some->setCount(INT64_MIN);
@@ -135,8 +135,8 @@ TEST(PagingMetadataTest, TheCountIsNeverNegative) {
 }
 
 TEST(PagingMetadataTest, TheOtherNumbersMayBeNegative) {
-    const auto negative =
-        metadata(R"({"nextPage":-1,"previousPage":-2,"size":-3,"nextAfter":-4,"displayCount":-5})");
+    const auto negative = pagingMetadata(
+        R"({"nextPage":-1,"previousPage":-2,"size":-3,"nextAfter":-4,"displayCount":-5})");
     EXPECT_EQ(negative->nextPage(), -1);
     EXPECT_EQ(negative->previousPage(), -2);
     EXPECT_EQ(negative->pageSize(), -3);
@@ -145,7 +145,7 @@ TEST(PagingMetadataTest, TheOtherNumbersMayBeNegative) {
 }
 
 TEST(PagingMetadataTest, ACopyHasTheFieldsAndItsOwnCounts) {
-    const auto original = metadata(pageM);
+    const auto original = pagingMetadata(pageM);
     original->setCount(41);
     original->setDisplayCount(42);
     const KLPagingMetadata copy(*original);
@@ -166,7 +166,7 @@ TEST(PagingMetadataTest, ACopyHasTheFieldsAndItsOwnCounts) {
 }
 
 TEST(PagingMetadataTest, JoiningTakesTheWayBackFromThePrependedPage) {
-    const KLPagingMetadata joined(40, *metadata(pageM), *metadata(pageP));
+    const KLPagingMetadata joined(40, *pagingMetadata(pageM), *pagingMetadata(pageP));
     EXPECT_EQ(joined.count(), 40);
     EXPECT_EQ(joined.nextPage(), 2);
     EXPECT_EQ(joined.pageSize(), 4);
@@ -180,7 +180,7 @@ TEST(PagingMetadataTest, JoiningTakesTheWayBackFromThePrependedPage) {
 }
 
 TEST(PagingMetadataTest, JoiningStoresTheCountAsGiven) {
-    KLPagingMetadata joined(-7, *metadata(pageM), *metadata(pageP));
+    KLPagingMetadata joined(-7, *pagingMetadata(pageM), *pagingMetadata(pageP));
     EXPECT_EQ(joined.count(), -7);
     joined.setCount(joined.count());
     EXPECT_EQ(joined.count(), 0);

@@ -16,13 +16,13 @@ namespace {
 using KeloService::makeStreamPart;
 using KeloService::Scene;
 
-constexpr std::uint64_t seed = 1150000000000000001;
-constexpr int side = 128;
+constexpr std::uint64_t streamSeed = 1150000000000000001;
+constexpr int streamSide = 128;
 
 /// The files that the playlist names, the beginning first.
 std::vector<std::string> namedFiles() {
     std::vector<std::string> names;
-    std::istringstream playlist(KeloService::makePlaylist(seed).bytes);
+    std::istringstream playlist(KeloService::makePlaylist(streamSeed).bytes);
     for (std::string line; std::getline(playlist, line);) {
         const std::string map = "#EXT-X-MAP:URI=\"";
         if (line.starts_with(map)) {
@@ -35,19 +35,19 @@ std::vector<std::string> namedFiles() {
 }
 
 std::string partBytes(const std::string& name) {
-    return makeStreamPart(seed, name).value().bytes;
+    return makeStreamPart(streamSeed, name).value().bytes;
 }
 
 TEST(Stream, PlaylistNamesASegmentForEachSecond) {
-    const KeloService::Media playlist = KeloService::makePlaylist(seed);
+    const KeloService::Media playlist = KeloService::makePlaylist(streamSeed);
     EXPECT_TRUE(playlist.bytes.starts_with("#EXTM3U\n"));
     EXPECT_TRUE(playlist.bytes.ends_with("#EXT-X-ENDLIST\n"));
-    EXPECT_EQ(namedFiles().size(), 1 + Scene(seed).duration() / 1000);
+    EXPECT_EQ(namedFiles().size(), 1 + Scene(streamSeed).duration() / 1000);
     for (const std::string& name : namedFiles()) {
-        EXPECT_TRUE(makeStreamPart(seed, name)) << name;
+        EXPECT_TRUE(makeStreamPart(streamSeed, name)) << name;
     }
     for (const char* name : {"segment0.m4s", "segment9.m4s", "segment01.m4s", "", "index.m3u8"}) {
-        EXPECT_FALSE(makeStreamPart(seed, name)) << name;
+        EXPECT_FALSE(makeStreamPart(streamSeed, name)) << name;
     }
 }
 
@@ -73,13 +73,13 @@ TEST(Stream, DecodesToTheScene) {
             ASSERT_EQ(units.size(), 1U);
             EXPECT_EQ((units[0].at(0) & 0x1F) == 5, i == 0);
             const KeloService::Picture& picture = reader.read(units[0]);
-            EXPECT_TRUE(picture.luma == Scene(seed).picture(side, time).luma) << time;
+            EXPECT_TRUE(picture.luma == Scene(streamSeed).picture(streamSide, time).luma) << time;
             place += size;
             time += 100;
         }
         EXPECT_EQ(place, segment.size());
     }
-    EXPECT_EQ(time, Scene(seed).duration());
+    EXPECT_EQ(time, Scene(streamSeed).duration());
 }
 
 TEST(Stream, AnotherPlayerSeesTheScene) {
@@ -90,8 +90,9 @@ TEST(Stream, AnotherPlayerSeesTheScene) {
     for (const std::string& name : namedFiles()) {
         folder.write(name, partBytes(name));
     }
-    const std::string playlist = folder.write("index.m3u8", KeloService::makePlaylist(seed).bytes);
-    EXPECT_TRUE(otherDecodersFrames(playlist) == sceneFrames(Scene(seed), side));
+    const std::string playlist =
+        folder.write("index.m3u8", KeloService::makePlaylist(streamSeed).bytes);
+    EXPECT_TRUE(otherDecodersFrames(playlist) == sceneFrames(Scene(streamSeed), streamSide));
 }
 
 } // namespace

@@ -23,6 +23,8 @@ using Reads = std::map<std::string, std::string>;
 
 inline constexpr const char* absent = "(absent)";
 
+inline constexpr auto insufficient = JsonParseError::InsufficientData;
+
 /// Shown where a parser fails with an error of this case, or makes nothing.
 inline std::string fails(JsonParseError::Case which) {
     return "(fails with " + std::to_string(which) + ")";

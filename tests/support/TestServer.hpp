@@ -3,6 +3,7 @@
 #include "TestCertificates.hpp"
 
 #include <httplib.h>
+#undef DELETE // the resolver's, which the server brings along
 
 #include <atomic>
 #include <cstddef>

@@ -18,7 +18,7 @@ namespace {
 
 using namespace KeloAPI;
 
-struct Arguments {
+struct ChannelArguments {
     std::string channelId;
     std::int64_t size = 5;
     bool details = false;
@@ -30,7 +30,7 @@ std::shared_ptr<KLChannelParser> channelsWithPosts() {
         std::make_shared<AnyObjectParserAdaptor>(std::make_shared<FeedPostParser>())));
 }
 
-void showChannel(const std::shared_ptr<Host>& host, const Arguments& arguments) {
+void showChannel(const std::shared_ptr<Host>& host, const ChannelArguments& arguments) {
     const auto endpoint = Endpoint::create(Api::session(SessionType::Authenticated));
     endpoint->setPath("channels/" + arguments.channelId);
     endpoint->setParameters({{"size", arguments.size}});
@@ -53,7 +53,7 @@ void showChannel(const std::shared_ptr<Host>& host, const Arguments& arguments) 
 
 Command addChannel(CLI::App& app) {
     auto* command = app.add_subcommand("channel", "Show a channel and its first posts");
-    const auto arguments = std::make_shared<Arguments>();
+    const auto arguments = std::make_shared<ChannelArguments>();
     addIdentifier(*command, "ID", arguments->channelId, "The channel's identifier");
     command->add_option("--size", arguments->size, "How many posts")
         ->type_name("N")

@@ -26,7 +26,7 @@ using namespace KeloAPI;
 /// How many posts are read at a time.
 constexpr std::size_t readers = 4;
 
-struct Arguments {
+struct DownloadArguments {
     /// POST or POST:PRIORITY.
     std::vector<std::string> posts;
     std::optional<double> bitrate;
@@ -52,7 +52,7 @@ QueuePriority priorityOf(const std::string& name) {
 }
 
 /// A post that is named twice is wanted once, as the last one says.
-std::vector<Wish> wishesIn(const Arguments& arguments) {
+std::vector<Wish> wishesIn(const DownloadArguments& arguments) {
     std::vector<Wish> wishes;
     for (const std::string& text : arguments.posts) {
         const auto colon = text.find(':');
@@ -75,7 +75,7 @@ std::vector<Wish> wishesIn(const Arguments& arguments) {
 /// Reads the posts, chooses a file of each and has the queue fetch what is not there yet.
 class Downloads : public std::enable_shared_from_this<Downloads> {
 public:
-    Downloads(std::shared_ptr<Host> host, const Arguments& arguments)
+    Downloads(std::shared_ptr<Host> host, const DownloadArguments& arguments)
         : _host(std::move(host))
         , _bitrate(arguments.bitrate)
         , _wishes(wishesIn(arguments))
@@ -234,7 +234,7 @@ std::string checkPost(const std::string& text) {
 
 Command addDownload(CLI::App& app) {
     auto* command = app.add_subcommand("download", "Download the videos of posts into the cache");
-    const auto arguments = std::make_shared<Arguments>();
+    const auto arguments = std::make_shared<DownloadArguments>();
     command
         ->add_option("POST", arguments->posts,
                      "The posts' identifiers; POST:PRIORITY gives one a priority of its own")

@@ -13,7 +13,7 @@ namespace {
 
 using namespace KeloAPI;
 
-Command add(CLI::App& app, const char* name, const char* description, bool following) {
+Command addFollowCommand(CLI::App& app, const char* name, const char* description, bool following) {
     auto* command = app.add_subcommand(name, description);
     const auto userId = std::make_shared<std::string>();
     addIdentifier(*command, "USER", *userId, "The user's identifier");
@@ -35,11 +35,12 @@ Command add(CLI::App& app, const char* name, const char* description, bool follo
 } // namespace
 
 Command addFollow(CLI::App& app) {
-    return add(app, "follow", "Follow a user's account outside the service", true);
+    return addFollowCommand(app, "follow", "Follow a user's account outside the service", true);
 }
 
 Command addUnfollow(CLI::App& app) {
-    return add(app, "unfollow", "Stop following a user's account outside the service", false);
+    return addFollowCommand(app, "unfollow", "Stop following a user's account outside the service",
+                            false);
 }
 
 } // namespace KeloHost

@@ -28,7 +28,7 @@ void toggleLike(const std::shared_ptr<Host>& host, const std::string& postId, bo
     });
 }
 
-Command add(CLI::App& app, const char* name, const char* description, bool on) {
+Command addLikeCommand(CLI::App& app, const char* name, const char* description, bool on) {
     auto* command = app.add_subcommand(name, description);
     const auto postId = std::make_shared<std::string>();
     addIdentifier(*command, "POST", *postId, "The post's identifier");
@@ -38,11 +38,11 @@ Command add(CLI::App& app, const char* name, const char* description, bool on) {
 } // namespace
 
 Command addLike(CLI::App& app) {
-    return add(app, "like", "Like a post", true);
+    return addLikeCommand(app, "like", "Like a post", true);
 }
 
 Command addUnlike(CLI::App& app) {
-    return add(app, "unlike", "Take a like back", false);
+    return addLikeCommand(app, "unlike", "Take a like back", false);
 }
 
 } // namespace KeloHost

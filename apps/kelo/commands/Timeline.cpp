@@ -18,7 +18,7 @@ namespace {
 
 using namespace KeloAPI;
 
-struct Arguments {
+struct TimelineArguments {
     std::string path;
     std::int64_t pages = 1;
     bool all = false;
@@ -34,7 +34,7 @@ struct Arguments {
 /// Reads page after page of one feed and prints each as it comes.
 class Reader : public std::enable_shared_from_this<Reader> {
 public:
-    Reader(std::shared_ptr<Host> host, Arguments arguments)
+    Reader(std::shared_ptr<Host> host, TimelineArguments arguments)
         : _host(std::move(host))
         , _arguments(std::move(arguments))
         , _progress(_arguments.mostPages() > 1) {}
@@ -98,7 +98,7 @@ private:
     }
 
     const std::shared_ptr<Host> _host;
-    const Arguments _arguments;
+    const TimelineArguments _arguments;
     Progress _progress;
     std::int64_t _pages = 0;
     std::size_t _posts = 0;
@@ -118,7 +118,7 @@ std::string checkPath(const std::string& path) {
 
 Command addTimeline(CLI::App& app) {
     auto* command = app.add_subcommand("timeline", "Show the posts of a feed");
-    const auto arguments = std::make_shared<Arguments>();
+    const auto arguments = std::make_shared<TimelineArguments>();
     command
         ->add_option("PATH", arguments->path,
                      "The feed: home, popular, users/1001, channels/1, tags/cats, ...")

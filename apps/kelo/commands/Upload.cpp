@@ -11,13 +11,13 @@ namespace KeloHost {
 
 namespace {
 
-struct Arguments {
+struct UploadArguments {
     std::string file;
     std::int64_t segmentSize = std::int64_t{8} << 20;
     std::int64_t parallel = 4;
 };
 
-void upload(const std::shared_ptr<Host>& host, const Arguments& arguments) {
+void upload(const std::shared_ptr<Host>& host, const UploadArguments& arguments) {
     try {
         auto file = std::make_unique<SegmentedFile>(arguments.file, arguments.segmentSize);
         std::make_shared<Uploader>(host, std::move(file), arguments.parallel)->start();
@@ -30,7 +30,7 @@ void upload(const std::shared_ptr<Host>& host, const Arguments& arguments) {
 
 Command addUpload(CLI::App& app) {
     auto* command = app.add_subcommand("upload", "Upload a long-form video, an MP4 file");
-    const auto arguments = std::make_shared<Arguments>();
+    const auto arguments = std::make_shared<UploadArguments>();
     command->add_option("FILE", arguments->file, "The video's file")->required()->type_name("");
     command->add_option("--segment-size", arguments->segmentSize, "Bytes that are sent at once")
         ->type_name("BYTES")

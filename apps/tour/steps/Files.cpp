@@ -38,7 +38,7 @@ private:
     TemporaryFolder _folder;
 };
 
-std::string nameIn(const std::string& path) {
+std::string fileNameIn(const std::string& path) {
     return path.substr(path.rfind('/') + 1);
 }
 
@@ -83,7 +83,7 @@ void request(FileQueue& queue, const std::shared_ptr<FileEndpoint>& file, QueueP
 std::vector<std::string> fetchedSince(std::int64_t number) {
     std::vector<std::string> names;
     for (const auto& request : Control::requestsSince(number)) {
-        names.push_back(nameIn(request.path));
+        names.push_back(fileNameIn(request.path));
     }
     return names;
 }
@@ -114,7 +114,7 @@ void chosenByBitrate() {
     for (const double bitrate : {100.0, 500.0, 5000.0}) {
         const auto chosen = answer.items.front()->settingForFormat(KLVideoFileFormat::MP4, bitrate);
         note("for a connection of " + std::to_string(std::int64_t(bitrate)) + ": " +
-             nameIn(chosen->remoteUrl().absoluteString()));
+             fileNameIn(chosen->remoteUrl().absoluteString()));
         for (const auto& offer : offers) {
             const bool better =
                 offer->minBitrate() > chosen->minBitrate() && offer->minBitrate() <= bitrate;
@@ -147,7 +147,7 @@ std::vector<std::string> expectedOrder(std::vector<Wanted> wanted) {
     std::vector<std::string> names;
     names.reserve(wanted.size());
     for (const Wanted& one : wanted) {
-        names.push_back(nameIn(one.path));
+        names.push_back(fileNameIn(one.path));
     }
     return names;
 }
@@ -162,7 +162,7 @@ void fetchedByPriority() {
     Control::addFault(URL::parse(wanted.front().path)->path(),
                       {{"type", "delay"}, {"milliseconds", 500}});
     for (const Wanted& one : wanted) {
-        note("wanted: " + nameIn(one.path) + ", " +
+        note("wanted: " + fileNameIn(one.path) + ", " +
              priorities[static_cast<std::size_t>(one.priority)]);
         request(*queue, fileAt(one.path), one.priority, inbox);
     }

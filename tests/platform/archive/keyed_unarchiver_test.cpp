@@ -21,7 +21,7 @@ using namespace std::chrono_literals;
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
-constexpr auto highest = std::numeric_limits<std::int64_t>::max();
+constexpr auto int64Max = std::numeric_limits<std::int64_t>::max();
 
 /// What is read where an `Everything` has this one entry.
 std::shared_ptr<Everything>
@@ -170,7 +170,7 @@ TEST(KeyedUnarchiverTest, TakesValuesOfOtherKindsAsMissing) {
 
 TEST(KeyedUnarchiverTest, ReadsScalarsFromAnyNumber) {
     EXPECT_EQ(everything("integer", Number::of(-2.9))->integer, -2);
-    EXPECT_EQ(everything("integer", Number::of(1e300))->integer, highest);
+    EXPECT_EQ(everything("integer", Number::of(1e300))->integer, int64Max);
     EXPECT_EQ(everything("integer", Number::of(true))->integer, 1);
     EXPECT_EQ(everythingReferring("integer", Number::of(5))->integer, 5);
     EXPECT_EQ(everything("real", Number::of(3))->real, 3.0);
@@ -285,10 +285,10 @@ TEST(KeyedUnarchiverTest, ReadsRangesThatCanBe) {
             ->range;
     };
     const Number four = Number::of(4);
-    const Number most = Number::of(highest);
+    const Number most = Number::of(int64Max);
     for (const bool refers : {false, true}) {
         EXPECT_EQ(range(four, Number::of(1), Number::of(2), refers), (Range{1, 2}));
-        EXPECT_EQ(range(four, most, Number::of(0), refers), (Range{highest, 0}));
+        EXPECT_EQ(range(four, most, Number::of(0), refers), (Range{int64Max, 0}));
         EXPECT_FALSE(range(four, most, Number::of(1), refers));
         EXPECT_FALSE(range(four, most, most, refers));
         EXPECT_FALSE(range(four, Number::of(std::uint64_t{1} << 63U), Number::of(0), refers));
