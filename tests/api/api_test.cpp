@@ -5,10 +5,14 @@
 #include <gtest/gtest.h>
 
 #include <thread>
+#include <type_traits>
 
 namespace KeloAPI {
 
 using testing::RecordingDelegate;
+
+static_assert(!std::is_default_constructible_v<Api> && !std::is_destructible_v<Api>);
+static_assert(!std::is_copy_constructible_v<Api>);
 
 /// The registry is the process's one: each test leaves it as it was found.
 class ApiTest : public ::testing::Test {

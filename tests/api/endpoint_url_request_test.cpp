@@ -1,3 +1,4 @@
+#include "support/EndpointMaking.hpp"
 #include "support/ScriptedSession.hpp"
 
 #include <KeloAPI/api/Endpoint.hpp>
@@ -20,7 +21,49 @@ protected:
 };
 
 static_assert(std::is_same_v<decltype(Endpoint::create(nullptr)), std::shared_ptr<Endpoint>>);
-static_assert(!std::is_copy_constructible_v<Endpoint>);
+static_assert(!std::is_copy_constructible_v<Endpoint> && !std::is_copy_assignable_v<Endpoint>);
+
+namespace {
+
+/// A host's own endpoint: its constructor is open to all, and asks for a key.
+class HostsEndpoint : public Endpoint {
+public:
+    using ItsKey = Key;
+    HostsEndpoint(Key key, std::shared_ptr<Session> session)
+        : Endpoint(key, std::move(session)) {}
+
+    template <class K>
+    static constexpr bool makes = requires {
+        K();
+    };
+    template <class K>
+    static constexpr bool copies = requires(K key) {
+        K(key);
+    };
+};
+
+template <class E>
+concept ShowsItsKey = requires {
+    typename E::Key;
+};
+template <class E>
+concept ShowsItsCompletion = requires {
+    typename E::TextCompletion;
+};
+
+} // namespace
+
+// A key is what an endpoint cannot be made without, and nobody gets one but from `make`.
+static_assert(!ShowsItsKey<Endpoint> && ShowsItsCompletion<Endpoint>);
+static_assert(!HostsEndpoint::makes<HostsEndpoint::ItsKey>);
+static_assert(HostsEndpoint::copies<HostsEndpoint::ItsKey>);
+static_assert(!testing::madeOnTheStack<HostsEndpoint, std::shared_ptr<Session>>);
+static_assert(
+    std::is_constructible_v<HostsEndpoint, HostsEndpoint::ItsKey, std::shared_ptr<Session>>);
+// The library's own do not even take one from elsewhere.
+static_assert(!testing::madeOnTheStack<Endpoint, std::shared_ptr<Session>>);
+static_assert(!std::is_constructible_v<Endpoint, HostsEndpoint::ItsKey, std::shared_ptr<Session>>);
+static_assert(testing::createdWith<Endpoint, std::shared_ptr<Session>>);
 
 TEST_F(EndpointURLRequest, StartsWithTheDefaults) {
     EXPECT_EQ(endpoint->path(), "");

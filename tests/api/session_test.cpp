@@ -28,7 +28,10 @@ protected:
 };
 
 static_assert(!std::is_default_constructible_v<Session>);
+static_assert(std::is_constructible_v<Session, SessionType>);
 static_assert(Session::certificatePinningEnabled);
+static_assert(!std::is_default_constructible_v<Certificates>);
+static_assert(std::is_invocable_v<decltype(Certificates::chain)>);
 
 TEST_F(SessionTest, WithoutDelegateHasTheDefaults) {
     EXPECT_EQ(session->delegate(), nullptr);

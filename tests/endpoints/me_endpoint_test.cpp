@@ -1,3 +1,4 @@
+#include "support/EndpointMaking.hpp"
 #include "support/MainLoop.hpp"
 #include "support/ScriptedSession.hpp"
 
@@ -7,6 +8,8 @@
 #include <KeloAPI/model/KLWatchUser.hpp>
 
 #include <gtest/gtest.h>
+
+#include <type_traits>
 
 namespace KeloAPI {
 
@@ -25,6 +28,11 @@ protected:
 
     std::shared_ptr<MeEndpoint> endpoint = MeEndpoint::create(session);
 };
+
+static_assert(!std::is_default_constructible_v<MeEndpoint>);
+static_assert(!testing::madeOnTheStack<MeEndpoint, std::shared_ptr<Session>>);
+static_assert(testing::createdWith<MeEndpoint>);
+static_assert(testing::createdWith<MeEndpoint, std::shared_ptr<Session>>);
 
 TEST_F(MeEndpointTest, AsksForUsersMe) {
     const auto outcome = get(R"({"data": {"username": "ada"}})");

@@ -1,3 +1,4 @@
+#include "support/EndpointMaking.hpp"
 #include "support/MainLoop.hpp"
 #include "support/RegistrySession.hpp"
 
@@ -22,6 +23,9 @@ protected:
     std::shared_ptr<RecommendationsEndpoint> endpoint = RecommendationsEndpoint::create();
     std::optional<RecommendationResult> outcome;
 };
+
+static_assert(!testing::createdWith<RecommendationsEndpoint, std::shared_ptr<Session>>);
+static_assert(testing::createdWith<RecommendationsEndpoint>);
 
 TEST_F(RecommendationsEndpointTest, SendsFeedbackOnPosts) {
     transport->answer(ScriptedAnswer::json(R"({"data": {}})"));

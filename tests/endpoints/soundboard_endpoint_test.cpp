@@ -6,14 +6,10 @@
 
 #include <gtest/gtest.h>
 
-#include <type_traits>
-
 namespace KeloAPI {
 
 using testing::runUntil;
 using testing::ScriptedAnswer;
-
-static_assert(!std::is_default_constructible_v<SoundboardSound>);
 
 class SoundboardEndpointTest : public testing::ScriptedSessionTest {
 protected:

@@ -1,3 +1,4 @@
+#include "support/EndpointMaking.hpp"
 #include "support/MainLoop.hpp"
 #include "support/ScriptedSession.hpp"
 
@@ -8,6 +9,8 @@
 #include <KeloAPI/platform/http/HTTPError.hpp>
 
 #include <gtest/gtest.h>
+
+#include <type_traits>
 
 namespace KeloAPI {
 
@@ -50,6 +53,10 @@ protected:
 
     std::shared_ptr<TimelineEndpoint> endpoint;
 };
+
+static_assert(!std::is_constructible_v<TimelineEndpoint, std::shared_ptr<Session>>);
+static_assert(!testing::madeOnTheStack<TimelineEndpoint, std::shared_ptr<Session>>);
+static_assert(testing::createdWith<TimelineEndpoint, std::shared_ptr<Session>>);
 
 TEST_F(TimelineEndpointTest, PutsItsPrefixBeforeAPathThatHasItNowhere) {
     EXPECT_EQ(endpoint->path(), "timelines/users/42");

@@ -14,6 +14,8 @@ namespace KeloAPI {
 using testing::JsonText;
 
 static_assert(!std::is_default_constructible_v<KLVideoUrlBitrateSetting>);
+static_assert(std::is_constructible_v<KLVideoUrlBitrateSetting, URL, const char*, const char*, int,
+                                      const char*>);
 static_assert(!std::is_default_constructible_v<KLVideoFileFormat>);
 static_assert(KLVideoFileFormat::MP4 == "h264");
 static_assert(KLVideoFileFormat::HLS == "hls");

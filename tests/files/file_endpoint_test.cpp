@@ -1,3 +1,4 @@
+#include "support/EndpointMaking.hpp"
 #include "support/MainLoop.hpp"
 #include "support/RegistrySession.hpp"
 #include "support/TemporaryFolder.hpp"
@@ -36,6 +37,9 @@ protected:
     testing::TemporaryFolder folder;
     std::shared_ptr<FileManager> manager = FileManager::sharedGroupManager("/file-endpoint/");
 };
+
+static_assert(!testing::createdWith<FileEndpoint, std::shared_ptr<Session>>);
+static_assert(testing::createdWith<FileEndpoint, const char*, std::shared_ptr<FileManager>>);
 
 TEST_F(FileEndpointTest, UsesTheRegistrysSessionAndItsPath) {
     const auto endpoint = endpointOf("https://media.example/v/abc.mp4");

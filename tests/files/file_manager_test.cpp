@@ -12,6 +12,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <type_traits>
 
 namespace KeloAPI {
 
@@ -19,6 +20,11 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::UnorderedElementsAre;
+
+static_assert(!std::is_default_constructible_v<FileManager>);
+static_assert(!std::is_constructible_v<FileManager, const char*>);
+static_assert(std::is_destructible_v<FileManager>);
+static_assert(std::is_invocable_v<decltype(FileManager::sharedGroupManager), const char*>);
 
 class FileManagerTest : public ::testing::Test {
 protected:

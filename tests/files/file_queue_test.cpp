@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include <thread>
+#include <type_traits>
 
 namespace KeloAPI {
 
@@ -13,6 +14,10 @@ using ::testing::IsEmpty;
 using testing::runUntil;
 using testing::ScriptedAnswer;
 
+static_assert(!std::is_default_constructible_v<FileQueue>);
+static_assert(!std::is_constructible_v<FileQueue, const char*>);
+static_assert(std::is_destructible_v<FileQueue>);
+static_assert(std::is_invocable_v<decltype(FileQueue::withKey), const char*>);
 static_assert(queuePriorityOf(0) == QueuePriority::Low);
 static_assert(queuePriorityOf(1) == QueuePriority::Normal);
 static_assert(queuePriorityOf(2) == QueuePriority::High);

@@ -13,8 +13,11 @@ namespace KeloAPI {
 using testing::JsonText;
 
 static_assert(!std::is_default_constructible_v<KLLongform>);
+static_assert(std::is_constructible_v<KLLongform, const char*, URL, int>);
 static_assert(!std::is_default_constructible_v<KLEndlessLikesRange>);
+static_assert(std::is_constructible_v<KLEndlessLikesRange, double, double, double, double>);
 static_assert(!std::is_default_constructible_v<KLPostProcessStatus>);
+static_assert(std::is_constructible_v<KLPostProcessStatus, KLPostProcessStatusState>);
 static_assert(postProcessStatusStateOf(0) == KLPostProcessStatusState::Started);
 static_assert(postProcessStatusStateOf(1) == KLPostProcessStatusState::Completed);
 static_assert(postProcessStatusStateOf(2) == KLPostProcessStatusState::Failed);

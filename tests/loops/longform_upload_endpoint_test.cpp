@@ -1,3 +1,4 @@
+#include "support/EndpointMaking.hpp"
 #include "support/MainLoop.hpp"
 #include "support/RegistrySession.hpp"
 
@@ -42,6 +43,9 @@ protected:
     std::optional<Error> error;
     int completions = 0;
 };
+
+static_assert(!testing::createdWith<LongformUploadEndpoint, std::shared_ptr<Session>>);
+static_assert(testing::createdWith<LongformUploadEndpoint>);
 
 TEST_F(LongformUploadEndpointTest, UsesTheRegistrysSession) {
     EXPECT_EQ(endpoint->session(), session);

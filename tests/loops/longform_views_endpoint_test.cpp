@@ -1,3 +1,4 @@
+#include "support/EndpointMaking.hpp"
 #include "support/MainLoop.hpp"
 #include "support/RegistrySession.hpp"
 
@@ -9,6 +10,7 @@
 
 #include <charconv>
 #include <random>
+#include <type_traits>
 
 namespace KeloAPI {
 
@@ -42,6 +44,11 @@ protected:
     std::shared_ptr<KLLongformViews> views;
     std::optional<Error> error;
 };
+
+static_assert(!std::is_default_constructible_v<KLLongformViews>);
+static_assert(std::is_constructible_v<KLLongformViews, const char*, int>);
+static_assert(!testing::createdWith<LongformViewsEndpoint, std::shared_ptr<Session>>);
+static_assert(testing::createdWith<LongformViewsEndpoint, const char*>);
 
 TEST_F(LongformViewsEndpointTest, ReadsViews) {
     EXPECT_EQ(endpoint->path(), "/longforms/abc/views");

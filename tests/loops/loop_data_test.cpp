@@ -7,11 +7,15 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <type_traits>
 
 namespace KeloAPI {
 
 using testing::JsonText;
 using namespace std::chrono_literals;
+
+static_assert(!std::is_default_constructible_v<LoopData>);
+static_assert(std::is_constructible_v<LoopData, Number, Number>);
 
 namespace {
 

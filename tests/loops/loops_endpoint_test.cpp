@@ -1,3 +1,4 @@
+#include "support/EndpointMaking.hpp"
 #include "support/MainLoop.hpp"
 #include "support/RegistrySession.hpp"
 
@@ -33,6 +34,9 @@ protected:
     std::shared_ptr<LoopsEndpoint> endpoint = LoopsEndpoint::create();
     KLWatchPost post;
 };
+
+static_assert(!testing::createdWith<LoopsEndpoint, std::shared_ptr<Session>>);
+static_assert(testing::createdWith<LoopsEndpoint>);
 
 TEST_F(LoopsEndpointTest, PostsOneRecordAsJson) {
     transport->answer(ScriptedAnswer::json(""));

@@ -12,7 +12,9 @@ using testing::JsonText;
 using State = KLVideoUploadProcessingState;
 
 static_assert(!std::is_default_constructible_v<KLVideoUpload>);
+static_assert(std::is_constructible_v<KLVideoUpload, const char*>);
 static_assert(!std::is_default_constructible_v<KLVideoUploadProcessingInfo>);
+static_assert(std::is_constructible_v<KLVideoUploadProcessingInfo, State>);
 
 namespace {
 

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 namespace KeloAPI {
 
 using testing::absent;
@@ -12,6 +14,8 @@ using testing::KeyTable;
 using testing::nothing;
 
 static_assert(!std::is_default_constructible_v<KLPostAudioMetadata>);
+static_assert(std::is_invocable_r_v<std::shared_ptr<KLPostAudioMetadata>,
+                                    decltype(KLPostAudioMetadata::fromJSON), JsonObject>);
 
 namespace {
 

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 namespace KeloAPI {
 
 using testing::fails;
@@ -12,6 +14,7 @@ using testing::JsonText;
 using testing::KeyTable;
 
 static_assert(!std::is_default_constructible_v<KLByline>);
+static_assert(std::is_constructible_v<KLByline, const char*>);
 
 namespace {
 

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 namespace KeloAPI {
 
 using testing::absent;
@@ -12,7 +14,10 @@ using testing::JsonText;
 using testing::KeyTable;
 
 static_assert(!std::is_default_constructible_v<KLEntity>);
+static_assert(
+    std::is_constructible_v<KLEntity, const char*, const char*, const char*, const char*, Range>);
 static_assert(!std::is_default_constructible_v<KLEntityParser>);
+static_assert(std::is_constructible_v<KLEntityParser, const char*>);
 
 namespace {
 

@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 namespace KeloAPI {
 
 using testing::absent;
@@ -16,10 +18,20 @@ using testing::JsonText;
 using testing::KeyTable;
 
 static_assert(!std::is_default_constructible_v<KLFeedInsert>);
+static_assert(std::is_constructible_v<KLFeedInsert, const char*, bool>);
 static_assert(!std::is_default_constructible_v<KLPostsMosaic>);
+static_assert(
+    std::is_constructible_v<KLPostsMosaic, std::shared_ptr<KLPagedData>, const char*, const char*,
+                            const char*, const char*, bool, KLPostsMosaicType, bool>);
 static_assert(!std::is_default_constructible_v<KLUserMosaic>);
+static_assert(std::is_constructible_v<KLUserMosaic, std::shared_ptr<KLPagedData>, const char*,
+                                      const char*, const char*, const char*, bool>);
 static_assert(!std::is_default_constructible_v<KLUrlAction>);
+static_assert(std::is_constructible_v<KLUrlAction, const char*, const char*, const char*, URL, bool,
+                                      std::nullopt_t, std::nullopt_t, std::nullopt_t,
+                                      std::nullopt_t, std::nullopt_t>);
 static_assert(!std::is_default_constructible_v<KLSolicitation>);
+static_assert(std::is_constructible_v<KLSolicitation, const char*, bool, const char*>);
 static_assert(static_cast<int>(KLPostsMosaicType::Unknown) == 0);
 static_assert(static_cast<int>(KLPostsMosaicType::AvatarIncluded) == 1);
 static_assert(static_cast<int>(KLPostsMosaicType::Default) == 2);

@@ -4,9 +4,15 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 namespace KeloAPI {
 
 using testing::JsonText;
+
+static_assert(!std::is_default_constructible_v<KLPostSource>);
+static_assert(std::is_invocable_r_v<std::shared_ptr<KLPostSource>, decltype(KLPostSource::fromJSON),
+                                    JsonObject>);
 
 namespace {
 

@@ -7,9 +7,17 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 namespace KeloAPI {
 
 using testing::JsonText;
+
+static_assert(!std::is_copy_constructible_v<KLWatchPost> &&
+              !std::is_copy_assignable_v<KLWatchPost>);
+static_assert(std::is_default_constructible_v<KLWatchPost>);
+static_assert(!std::is_default_constructible_v<PostThumbnail>);
+static_assert(std::is_constructible_v<PostThumbnail, URL, int, int>);
 
 namespace {
 

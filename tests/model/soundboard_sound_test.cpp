@@ -4,11 +4,17 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 namespace KeloAPI {
 
 using testing::absent;
 using testing::fails;
 using testing::KeyTable;
+
+static_assert(!std::is_default_constructible_v<SoundboardSound>);
+static_assert(
+    std::is_constructible_v<SoundboardSound, const char*, const char*, const char*, bool>);
 
 TEST(SoundboardSoundParserTest, EveryKeyWithEveryKindOfValue) {
     const auto showing = [](auto member) { return testing::showing<SoundboardSound>(member); };

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 namespace KeloAPI {
 
 using testing::fails;
@@ -36,6 +38,7 @@ Reads names() {
 } // namespace
 
 static_assert(!std::is_default_constructible_v<KLTag>);
+static_assert(std::is_constructible_v<KLTag, const char*>);
 
 TEST(TagTest, StoresItsNameWithAHash) {
     const std::tuple<const char*, const char*, const char*> table[] = {

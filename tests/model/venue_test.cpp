@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 namespace KeloAPI {
 
 using testing::absent;
@@ -13,7 +15,9 @@ using testing::JsonText;
 using testing::KeyTable;
 
 static_assert(!std::is_default_constructible_v<KLVenue>);
+static_assert(std::is_constructible_v<KLVenue, const char*, const char*>);
 static_assert(!std::is_default_constructible_v<KLVenueCategory>);
+static_assert(std::is_constructible_v<KLVenueCategory, const char*, const char*>);
 
 namespace {
 

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 namespace KeloAPI {
 
 using testing::JsonText;
@@ -28,6 +30,11 @@ std::vector<std::string> names(const KLPagedData& list) {
 }
 
 } // namespace
+
+// A parser that is taken by value would be sliced to its base.
+static_assert(!std::is_constructible_v<KLPagedDataParser<NamedParser>, NamedParser>);
+static_assert(
+    std::is_constructible_v<KLPagedDataParser<NamedParser>, std::shared_ptr<NamedParser>>);
 
 TEST(PagedDataParserDeathTest, WithoutAnItemParserStopsTheProcess) {
     EXPECT_DEATH(KLPagedDataParser<NamedParser>(nullptr),

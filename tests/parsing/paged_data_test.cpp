@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 namespace KeloAPI {
 
 using testing::JsonText;
@@ -31,6 +33,10 @@ KLPagedData::Elements joined(KLPagedData::Elements a, const KLPagedData::Element
 }
 
 } // namespace
+
+static_assert(!std::is_copy_constructible_v<KLPagedData>);
+static_assert(
+    std::is_constructible_v<KLPagedData, KLPagedData::Elements, std::shared_ptr<KLPagingMetadata>>);
 
 TEST(PagedDataTest, IsEmptyByDefault) {
     const KLPagedData list;

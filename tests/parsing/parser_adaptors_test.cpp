@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <stdexcept>
+#include <type_traits>
 
 namespace KeloAPI {
 
@@ -33,6 +34,10 @@ KLClosureParser<Named> closure(KLClosureParser<Named>::Parser parser) {
 }
 
 } // namespace
+
+static_assert(!std::is_convertible_v<AnyObjectParserAdaptor&, AnyObjectJsonParser>);
+static_assert(std::is_convertible_v<AnyObjectParserAdaptor&, const AnyObjectJsonParser&>);
+static_assert(std::is_default_constructible_v<AnyObjectJsonParser>);
 
 TEST(AnyObjectJsonParserTest, IsNotImplementedByItself) {
     EXPECT_EQ(failureOf(AnyObjectJsonParser()), JsonParseError(JsonParseError::NotImplemented));

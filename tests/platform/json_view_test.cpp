@@ -6,11 +6,15 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <type_traits>
 
 namespace KeloAPI {
 
 using ::testing::ElementsAre;
 using testing::JsonText;
+
+static_assert(!std::is_copy_constructible_v<JsonDocument>);
+static_assert(std::is_move_constructible_v<JsonDocument>);
 
 TEST(JsonValueTest, OneThatDoesNotExistIsNothing) {
     const JsonValue value;

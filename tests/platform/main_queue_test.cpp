@@ -6,11 +6,15 @@
 #include <atomic>
 #include <stdexcept>
 #include <thread>
+#include <type_traits>
 
 namespace KeloAPI {
 
 using ::testing::ElementsAre;
 using namespace std::chrono_literals;
+
+static_assert(!std::is_default_constructible_v<MainQueue> && !std::is_destructible_v<MainQueue>);
+static_assert(std::is_same_v<decltype(MainQueue::main()), MainQueue&>);
 
 class MainQueueTest : public ::testing::Test {
 protected:

@@ -15,7 +15,16 @@ constexpr auto highestUnsigned = std::numeric_limits<std::uint64_t>::max();
 constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 
+template <class T>
+concept NumberOf = requires(T value) {
+    Number::of(value);
+};
+
 } // namespace
+
+// No pointer becomes a boolean.
+static_assert(!NumberOf<const char*> && !NumberOf<void*>);
+static_assert(NumberOf<bool> && NumberOf<int>);
 
 TEST(NumberTest, KnowsItsKind) {
     EXPECT_EQ(Number::of(true).kind(), Number::Kind::Boolean);

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 namespace KeloAPI {
 
 namespace {
@@ -11,7 +13,20 @@ T held(const ParameterValue& value) {
     return std::get<T>(value.held());
 }
 
+template <class T>
+concept ListedInParameters = requires(T value) {
+    Parameters{{"a", value}};
+};
+
 } // namespace
+
+// No pointer becomes a boolean.
+static_assert(!std::is_constructible_v<ParameterValue, int*>);
+static_assert(!std::is_constructible_v<ParameterValue, const void*>);
+static_assert(!std::is_convertible_v<std::string*, ParameterValue>);
+static_assert(std::is_convertible_v<const char*, ParameterValue>);
+static_assert(!ListedInParameters<const int*>);
+static_assert(ListedInParameters<int> && ListedInParameters<const char*>);
 
 TEST(ParametersTest, AValueKeepsTheKindItWasGiven) {
     EXPECT_EQ(held<std::nullptr_t>(ParameterValue()), nullptr);
@@ -54,13 +69,6 @@ TEST(ParametersTest, ValuesAreEqualWithinAKindOnly) {
     EXPECT_NE(ParameterValue(), ParameterValue(false));
     EXPECT_EQ((Parameters{{"a", 1}}), (Parameters{{"a", 1}}));
     EXPECT_NE((Parameters{{"a", 1}}), (Parameters{{"a", 2}}));
-}
-
-TEST(ParametersTest, NoPointerBecomesABoolean) {
-    static_assert(!std::is_constructible_v<ParameterValue, int*>);
-    static_assert(!std::is_constructible_v<ParameterValue, const void*>);
-    static_assert(!std::is_convertible_v<std::string*, ParameterValue>);
-    static_assert(std::is_constructible_v<ParameterValue, const char*>);
 }
 
 TEST(ParametersTest, OwnsWhatItHolds) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 namespace KeloAPI {
 
 namespace {
@@ -11,6 +13,12 @@ URL url(std::string_view text) {
 }
 
 } // namespace
+
+// Only checked text becomes a URL.
+static_assert(!std::is_constructible_v<URL, std::string>);
+static_assert(!std::is_constructible_v<URL, const char*>);
+static_assert(std::is_copy_constructible_v<URL>);
+static_assert(std::is_invocable_r_v<std::optional<URL>, decltype(URL::parse), std::string>);
 
 TEST(URLTest, AcceptsURLsAndRelativeReferences) {
     for (const char* text : {"http://h",

@@ -59,6 +59,23 @@ struct Asking final : Archivable {
     }
 };
 
+/// As far as an archived class goes without an initialiser.
+struct Uninitialised : Archivable {
+    static constexpr std::string_view archivedClassName = "Everything";
+    std::vector<std::string_view> archivedClassNames() const override { return {}; }
+    void encodeWithCoder(KeyedArchiver& /*coder*/) const override {}
+};
+struct Initialised final : Uninitialised {
+    static std::shared_ptr<Initialised> initWithCoder(KeyedUnarchiver& coder);
+};
+
+template <class T>
+concept Unarchived = requires(const Data& archive) {
+    KeyedUnarchiver::unarchive<T>(archive);
+};
+static_assert(!Unarchived<Uninitialised>);
+static_assert(Unarchived<Initialised>);
+
 struct InnerFirst final : Archivable {
     static constexpr std::string_view archivedClassName = "Everything";
     std::optional<std::string> text;
