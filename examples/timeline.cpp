@@ -1,42 +1,48 @@
 // Prints the captions of a feed's first page.
-#include "ExampleHost.hpp"
-
 #include <KeloAPI/api/Api.hpp>
 #include <KeloAPI/endpoints/TimelineEndpoint.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
-#include <KeloAPI/platform/Diagnostics.hpp>
 #include <KeloAPI/platform/MainQueue.hpp>
 
-#include <iostream>
+#include <cstdio>
 
 using namespace KeloAPI;
 
-namespace {
+// What the library asks its host: where the service is, and who the user is.
+struct Host final : SessionDelegate {
+    using Text = std::optional<std::string>;
+    std::string service = "localhost:8443"; // kelo serve
 
-int exitCode = 0;
+    Text hostForSession(Session&) override { return service; }
+    Text schemaForSession(Session&) override { return {}; }
+    Text sessionKeyForSession(Session&) override { return "kelo-development-session"; }
+    Text acceptLanguageForSession(Session&) override { return {}; }
+    Text userAgentForSession(Session&) override { return {}; }
+    Text keloClientForSession(Session&) override { return {}; }
+    bool isPollingForSession(Session&) override { return false; }
+    void reauthRequiredForSession(Session&) override {}
+    bool shouldHandleCaptchaForSession(Session&, const URL&) override { return false; }
+};
 
-void fail(const Error& error) {
-    std::cerr << error.localizedDescription() << '\n';
-    exitCode = 1;
-}
+int main(int argc, char** argv) {
+    const auto host = std::make_shared<Host>();
+    if (argc > 1) {
+        host->service = argv[1];
+    }
+    Api::setSessionDelegate(host);
 
-} // namespace
-
-int main() {
-    Diagnostics::setSink([](std::string_view line) { std::clog << line << '\n'; });
-    // [timeline]
-    Api::setSessionDelegate(
-        std::make_shared<ExampleHost>()); // where the service is, who the user is
-    TimelineEndpoint::create("popular")->fetch([](const TimelineResult& result) {
+    int exitCode = 0;
+    TimelineEndpoint::create("popular")->fetch([&exitCode](const TimelineResult& result) {
         if (const auto* page = result.success()) {
-            for (const auto& post : page->posts)
-                std::cout << post->caption.value_or("") << '\n';
+            for (const auto& post : page->posts) {
+                std::puts(post->caption.value_or("").c_str());
+            }
         } else {
-            fail(*result.error());
+            std::fprintf(stderr, "%s\n", result.error()->localizedDescription().c_str());
+            exitCode = 1;
         }
         MainQueue::main().stop();
     });
     MainQueue::main().run();
-    // [timeline]
     return exitCode;
 }

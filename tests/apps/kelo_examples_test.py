@@ -2,6 +2,7 @@
 
 import json
 import os
+import re
 import shutil
 import tempfile
 import unittest
@@ -10,6 +11,8 @@ import urllib.parse
 from case import PASSWORD, Case
 from service import BIN, KEY
 
+ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+
 # The GLib host is built where GLib is.
 LOOPS = ["poll-loop", "executor"]
 if os.path.exists(f"{BIN}/example-glib-loop"):
@@ -17,11 +20,19 @@ if os.path.exists(f"{BIN}/example-glib-loop"):
 
 
 class Examples(Case):
-    def test_timeline(self):
-        done = self.run_program(f"{BIN}/example-timeline")
+    def test_the_first_program_of_the_readme(self):
+        with open(f"{ROOT}/README.md") as readme, open(f"{ROOT}/examples/timeline.cpp") as source:
+            printed = re.search(r"```cpp\n(.*?)```", readme.read(), re.S)[1]
+            self.assertEqual(printed, source.read())
+        # Without an argument it looks where kelo serve listens without one.
+        self.assertIn('"localhost:8443"; // kelo serve', printed)
+        self.assertIn("8443", self.succeeds("serve", "--help"))
+        done = self.run_program(f"{BIN}/example-timeline", self.service.host)
+        trace, *said = done.stdout.splitlines()
         captions = [json.loads(line)["caption"] for line in
                     self.succeeds("timeline", "popular", "--json").splitlines()]
-        self.assertEqual((done.returncode, done.stdout), (0, "".join(f"{c}\n" for c in captions)))
+        self.assertRegex(trace, "^GET https://")
+        self.assertEqual((done.returncode, done.stderr, said), (0, "", captions))
 
     def test_loops(self):
         for example in LOOPS:
@@ -33,7 +44,8 @@ class Examples(Case):
     def test_failure(self):
         for example in ("timeline", *LOOPS):
             with self.subTest(example=example):
-                done = self.run_program(f"{BIN}/example-{example}", KELO_HOST="localhost:1")
+                done = self.run_program(f"{BIN}/example-{example}", "localhost:1",
+                                        KELO_HOST="localhost:1")
                 self.assertEqual(done.returncode, 1)
 
     def test_offline(self):
