@@ -36,7 +36,8 @@ public:
     /// no group container, and then for good. An enterprise build of the application (its bundle
     /// identifier says so) has a container of its own.
     std::optional<std::string> documentsDirectory();
-    /// Replaces the directory; nothing is looked for or created any more.
+    /// Replaces the directory; nothing is looked for or created any more. A relative path is one
+    /// below the working directory, wherever that is when the directory is used.
     void setDocumentsDirectory(std::optional<std::string> path);
 
     /// Deletes the oldest files and keeps the newest `maxCount` and one more; a negative number

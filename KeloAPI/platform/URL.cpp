@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <charconv>
+#include <filesystem>
+#include <system_error>
 
 namespace KeloAPI {
 
@@ -148,7 +150,13 @@ URL URL::empty() {
 }
 
 URL URL::fileURL(std::string_view path) {
-    return URL("file://" + escapedPath(path));
+    if (path.empty() || path.starts_with('/')) {
+        return URL("file://" + escapedPath(path));
+    }
+    // Behind "//", its first component would be a host.
+    std::error_code failure;
+    const auto absolute = std::filesystem::absolute(path, failure);
+    return failure ? URL("file:" + escapedPath(path)) : fileURL(absolute.string());
 }
 
 std::string URL::scheme() const {

@@ -20,7 +20,8 @@ public:
     /// A URL of no characters, for where there must be one and none is known.
     static URL empty();
 
-    /// The URL of the file at an absolute path of this machine.
+    /// The URL of the file at a path of this machine. A relative path is made absolute against the
+    /// working directory; where that is gone, it stays relative. Empty stays empty.
     static URL fileURL(std::string_view path);
 
     const std::string& absoluteString() const { return _text; }

@@ -70,6 +70,13 @@ TEST_F(FileEndpointTest, PutsTheNameBehindTheDirectoryAsItIs) {
     EXPECT_EQ(endpointOf("/v/abc")->documentsFile()->filePath(), "/c/filesabc");
 }
 
+TEST_F(FileEndpointTest, FindsARelativeDirectoryBelowTheWorkingDirectory) {
+    manager->setDocumentsDirectory("relative/files/");
+    const auto file = endpointOf("/v/abc")->documentsFile();
+    EXPECT_EQ(file->filePath(), (std::filesystem::current_path() / "relative/files/abc").string());
+    EXPECT_EQ(manager->documentsDirectory(), "relative/files/") << "it reads as it was set";
+}
+
 TEST_F(FileEndpointTest, HasNoPlaceWithoutDirectory) {
     manager->setDocumentsDirectory(std::nullopt);
     const auto endpoint = endpointOf("/v/abc");

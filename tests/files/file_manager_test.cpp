@@ -270,6 +270,24 @@ TEST_F(FileManagerTest, DeletesNothingWhereThereIsNothingToList) {
     manager->cleanDirectory(-1);
     ASSERT_EQ(lines.size(), 1U);
     EXPECT_THAT(lines[0], HasSubstr(folder.path("gone/")));
+TEST_F(FileManagerTest, TrimsARelativeDirectoryAndNoneThatItsTextMayBeTakenFor) {
+    fill({"a"});
+    // Seen from the root, the text without its first component is the path of the other directory.
+    std::filesystem::create_directories(folder.path("top" + folder.path("videos")));
+    folder.write("top" + folder.path("videos/a"), "in the directory that is meant");
+    // In a process of its own, because all threads share the working directory.
+    EXPECT_EXIT(
+        {
+            const bool moved = chdir(folder.path().c_str()) == 0;
+            manager->setDocumentsDirectory("top" + folder.path("videos/"));
+            manager->cleanDirectory(-1);
+            exit(moved && lines.empty() ? 0 : 1);
+        },
+        ::testing::ExitedWithCode(0), "");
+    EXPECT_TRUE(std::filesystem::is_empty(folder.path("top" + folder.path("videos"))));
+    EXPECT_THAT(left(), ElementsAre("a"));
+}
+
 }
 
 TEST_F(FileManagerTest, GoesOnWhereOneFileCannotBeDeleted) {

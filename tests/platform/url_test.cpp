@@ -1,6 +1,11 @@
+#include "support/TemporaryFolder.hpp"
+
 #include <KeloAPI/platform/URL.hpp>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
 
 #include <type_traits>
 
@@ -310,6 +315,29 @@ TEST(URLTest, MakesFileURLs) {
         EXPECT_TRUE(URL::parse(file.absoluteString())) << path;
         EXPECT_FALSE(file.isHTTP());
     }
+}
+
+TEST(URLTest, MakesARelativePathAbsoluteForItsFileURL) {
+    const auto here = std::filesystem::current_path();
+    for (const char* path : {"a", "a/b/", "./a", "../a", "a:1/b?#", "@/a", "%2F/a"}) {
+        const URL file = URL::fileURL(path);
+        EXPECT_EQ(file.filePath(), (here / path).string());
+        EXPECT_EQ(file.host(), "") << "the first component is no host";
+        EXPECT_TRUE(URL::parse(file.absoluteString())) << path;
+    }
+    EXPECT_EQ(URL::fileURL("").filePath(), "") << "no path at all leads nowhere";
+}
+
+TEST(URLTest, AFileURLLeadsNowhereElseWhereTheWorkingDirectoryIsGone) {
+    // In a process of its own, because all threads share the working directory.
+    EXPECT_EXIT(
+        {
+            const testing::TemporaryFolder folder;
+            const bool gone =
+                chdir(folder.path().c_str()) == 0 && rmdir(folder.path().c_str()) == 0;
+            exit(gone && URL::fileURL("etc/passwd").filePath() == "etc/passwd" ? 0 : 1);
+        },
+        ::testing::ExitedWithCode(0), "");
 }
 
 TEST(URLTest, FilePathIsForFilesOnly) {
