@@ -31,7 +31,12 @@ std::optional<URL> FileEndpoint::documentsFile() {
     }
     const std::string& whole = path();
     const std::string last = whole.substr(whole.rfind('/') + 1);
-    return URL::fileURL(*directory + last.substr(0, last.find('?')));
+    const std::string name = last.substr(0, last.find('?'));
+    // The path may come from the service: it must not lead out of the directory.
+    if (name == "." || name == "..") {
+        return std::nullopt;
+    }
+    return URL::fileURL(*directory + name);
 }
 
 std::optional<URL> FileEndpoint::localUrl() {

@@ -216,6 +216,34 @@ TEST_F(FileEndpointTest, DeletesTheWholeDirectoryForAPathThatEndsInASlash) {
     EXPECT_TRUE(folder.names().empty());
 }
 
+TEST_F(FileEndpointTest, KeepsNothingUnderANameThatMeansADirectory) {
+    std::filesystem::create_directory(folder.path("cache"));
+    folder.write("cache/a", "video");
+    folder.write("neighbour", "kept");
+    manager->setDocumentsDirectory(folder.path("cache/"));
+    for (const char* path : {"..", ".", "https://media.example/v/..", "https://media.example/v/.",
+                             "/v/..?sig=1", "/v/.?sig=/."}) {
+        const auto endpoint = endpointOf(path);
+        EXPECT_FALSE(endpoint->documentsFile()) << path;
+        EXPECT_FALSE(endpoint->localUrl()) << path;
+        EXPECT_NO_THROW(endpoint->deleteFile());
+    }
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"cache", "neighbour"}));
+    EXPECT_EQ(folder.read("cache/a"), "video");
+    EXPECT_EQ(endpointOf("/v/...")->documentsFile(), place("cache/...")) << "that is a name";
+}
+
+TEST_F(FileEndpointTest, DownloadsWhatHasNoNameToADestination) {
+    const auto endpoint = endpointOf("https://media.example/v/..");
+    transport->answer({.body = "video"});
+    ASSERT_TRUE(download(endpoint, place("given")).success());
+    EXPECT_EQ(transport->requests().size(), 1U);
+    EXPECT_EQ(folder.read("given"), "video");
+    EXPECT_EQ(endpoint->localUrl(), place("given"));
+    endpoint->deleteFile();
+    EXPECT_TRUE(folder.names().empty());
+}
+
 using FileEndpointDeathTest = FileEndpointTest;
 
 TEST_F(FileEndpointDeathTest, NeedsAManagerAndACompletion) {
