@@ -116,17 +116,29 @@ std::vector<std::string> FileManager::allFilesDesc() {
 }
 
 void FileManager::cleanDirectory(std::int64_t maxCount) {
+    const auto directory = documentsDirectory();
+    if (!directory) {
+        return;
+    }
     const auto names = allFilesDesc();
-    const auto self = shared_from_this();
     for (std::size_t i = 0; i < names.size(); ++i) {
-        if (static_cast<std::int64_t>(i) <= maxCount) {
-            continue;
+        if (static_cast<std::int64_t>(i) > maxCount) {
+            deleteEntry(*directory, names[i]);
         }
-        try {
-            FileEndpoint::create(names[i], self)->deleteFile();
-        } catch (const std::filesystem::filesystem_error& error) {
-            Diagnostics::write(error.what());
-        }
+    }
+}
+
+void FileManager::deleteEntry(const std::string& directory, const std::string& name) {
+    const auto endpoint = FileEndpoint::create(name, shared_from_this());
+    const std::string entry = directory + (directory.ends_with('/') ? "" : "/") + name;
+    if (endpoint->documentsFile() != URL::fileURL(entry)) {
+        Diagnostics::write("cannot remove " + entry + ": its name leads elsewhere");
+        return;
+    }
+    try {
+        endpoint->deleteFile();
+    } catch (const std::filesystem::filesystem_error& error) {
+        Diagnostics::write(error.what());
     }
 }
 

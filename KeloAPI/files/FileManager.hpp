@@ -41,14 +41,17 @@ public:
     void setDocumentsDirectory(std::optional<std::string> path);
 
     /// Deletes the oldest files and keeps the newest `maxCount` and one more; a negative number
-    /// keeps none. One entry that cannot be examined, and nothing is deleted. Files that are being
-    /// downloaded do not count.
+    /// keeps none. A directory in the directory counts as a file and goes with all that is in it.
+    /// One entry that cannot be examined, and nothing is deleted. An entry that no file endpoint
+    /// leads to stays: one with a "?" in its name, or each where the path has no "/" at its end.
+    /// Files that are being downloaded do not count.
     void cleanDirectory(std::int64_t maxCount);
 
 private:
     explicit FileManager(std::string relativePath);
     std::optional<std::string> computedDirectory() const;
     std::vector<std::string> allFilesDesc();
+    void deleteEntry(const std::string& directory, const std::string& name);
 
     const std::string _relativePath;
     // Queues ask for the directory on threads of their own.

@@ -265,11 +265,6 @@ TEST_F(FileManagerTest, TellsOfEachFileThatCannotBeDeletedAndGoesOn) {
     chmod(folder.path("videos").c_str(), 0755);
 }
 
-TEST_F(FileManagerTest, DeletesNothingWhereThereIsNothingToList) {
-    manager->setDocumentsDirectory(folder.path("gone/"));
-    manager->cleanDirectory(-1);
-    ASSERT_EQ(lines.size(), 1U);
-    EXPECT_THAT(lines[0], HasSubstr(folder.path("gone/")));
 TEST_F(FileManagerTest, TrimsARelativeDirectoryAndNoneThatItsTextMayBeTakenFor) {
     fill({"a"});
     // Seen from the root, the text without its first component is the path of the other directory.
@@ -288,14 +283,39 @@ TEST_F(FileManagerTest, TrimsARelativeDirectoryAndNoneThatItsTextMayBeTakenFor) 
     EXPECT_THAT(left(), ElementsAre("a"));
 }
 
+TEST_F(FileManagerTest, DeletesNothingWhereThereIsNothingToList) {
+    manager->setDocumentsDirectory(folder.path("gone/"));
+    manager->cleanDirectory(-1);
+    ASSERT_EQ(lines.size(), 1U);
+    EXPECT_THAT(lines[0], HasSubstr(folder.path("gone/")));
+}
+
+TEST_F(FileManagerTest, LeavesWhatANameWithAMarkLeadsTo) {
+    fill({"new", "a", "a?b", "?b"});
+    // A file's name ends before a "?": these lead to another file, and to the directory itself.
+    manager->cleanDirectory(1);
+    EXPECT_THAT(left(), UnorderedElementsAre("new", "a", "a?b", "?b"));
+    EXPECT_THAT(lines, ElementsAre(HasSubstr(folder.path("videos/a?b")),
+                                   HasSubstr(folder.path("videos/?b"))));
 }
 
 TEST_F(FileManagerTest, GoesOnWhereOneFileCannotBeDeleted) {
     fill({"c", "b?x", "a"});
-    // A name ends before a "?": this one leads to a file that is not there.
     manager->cleanDirectory(-1);
     EXPECT_THAT(left(), ElementsAre("b?x"));
-    EXPECT_THAT(lines, IsEmpty()) << "what is not there needs no deleting";
+    EXPECT_THAT(lines, ElementsAre(HasSubstr("b?x")));
+}
+
+TEST_F(FileManagerTest, DeletesNothingOutsideADirectoryWithoutASlash) {
+    fill({"b", "a"});
+    // Each name leads to a file, though to one beside the directory.
+    folder.write("videosa", "");
+    folder.write("videosb", "");
+    manager->setDocumentsDirectory(folder.path("videos"));
+    manager->cleanDirectory(-1);
+    EXPECT_THAT(folder.names(), ElementsAre("videos", "videosa", "videosb"));
+    EXPECT_EQ(left().size(), 2U);
+    EXPECT_EQ(lines.size(), 2U);
 }
 
 TEST_F(FileManagerTest, ClearsWhatKilledDownloadsLeft) {
