@@ -23,12 +23,12 @@ struct Closer {
                                             std::error_code(errno, std::generic_category()));
 }
 
-std::int64_t modificationOf(const std::string& path) {
+std::pair<std::int64_t, std::int64_t> modificationOf(const std::string& path) {
     struct stat attributes {};
     if (lstat(path.c_str(), &attributes) != 0) {
         fail("cannot examine", path);
     }
-    return attributes.st_mtim.tv_sec * std::int64_t{1'000'000'000} + attributes.st_mtim.tv_nsec;
+    return {attributes.st_mtim.tv_sec, attributes.st_mtim.tv_nsec};
 }
 
 } // namespace

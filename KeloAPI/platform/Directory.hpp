@@ -4,14 +4,15 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace KeloAPI {
 
 struct DirectoryEntry {
     std::string name;
-    /// Nanoseconds since 1970.
-    std::int64_t modified = 0;
+    /// Seconds since 1970, and nanoseconds of that second: together they do not fit into 64 bits.
+    std::pair<std::int64_t, std::int64_t> modified;
 };
 
 /// The names in `directory`, in the system's order and without "." and "..". Throws

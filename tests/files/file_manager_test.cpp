@@ -5,11 +5,13 @@
 #include <KeloAPI/platform/Diagnostics.hpp>
 #include <KeloAPI/platform/http/AbandonedDownloads.hpp>
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <chrono>
 #include <filesystem>
 #include <type_traits>
@@ -316,6 +318,15 @@ TEST_F(FileManagerTest, DeletesNothingOutsideADirectoryWithoutASlash) {
     EXPECT_THAT(folder.names(), ElementsAre("videos", "videosa", "videosb"));
     EXPECT_EQ(left().size(), 2U);
     EXPECT_EQ(lines.size(), 2U);
+}
+
+TEST_F(FileManagerTest, TakesAFileOfTheFarFutureForTheNewest) {
+    fill({"new", "far"});
+    // In the year 2300: nanoseconds since 1970 do not fit into 64 bits.
+    const std::array<timespec, 2> times{{{10'413'792'000, 0}, {10'413'792'000, 0}}};
+    ASSERT_EQ(utimensat(AT_FDCWD, folder.path("videos/far").c_str(), times.data(), 0), 0);
+    manager->cleanDirectory(0);
+    EXPECT_THAT(left(), ElementsAre("far"));
 }
 
 TEST_F(FileManagerTest, ClearsWhatKilledDownloadsLeft) {
