@@ -19,11 +19,26 @@ State& state() {
     return *instance;
 }
 
-void writeToStandardOutput(std::string_view line) {
-    std::string text(line);
-    text += '\n';
+/// `text` with its control characters escaped: a file's name, for one, may hold line ends and what
+/// steers a terminal.
+std::string oneLine(std::string_view text) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string line;
+    line.reserve(text.size());
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte >= 0x20 && byte != 0x7F) {
+            line += c;
+        } else {
+            line.append("\\x").append({digits[byte >> 4U], digits[byte & 15U]});
+        }
+    }
+    return line;
+}
+
+void writeToStandardOutput(const std::string& line) {
     // A line that standard output does not take is lost: there is nowhere else to say so.
-    static_cast<void>(std::fwrite(text.data(), 1, text.size(), stdout));
+    static_cast<void>(std::fprintf(stdout, "%s\n", line.c_str()));
     static_cast<void>(std::fflush(stdout));
 }
 
@@ -34,7 +49,8 @@ void setSink(Sink sink) {
     state().sink.swap(sink); // the old one goes without the lock
 }
 
-void write(std::string_view line) {
+void write(std::string_view text) {
+    const std::string line = oneLine(text);
     const std::lock_guard lock(state().mutex);
     if (state().sink) {
         state().sink(line);

@@ -15,7 +15,7 @@ using Sink = std::function<void(std::string_view line)>;
 /// output. The sink before is not called any more when this returns.
 KELO_API void setSink(Sink sink);
 
-/// Writes one line to the sink.
-KELO_API void write(std::string_view line);
+/// Writes `text` to the sink as one line, its control characters escaped as "\xNN".
+KELO_API void write(std::string_view text);
 
 } // namespace KeloAPI::Diagnostics

@@ -329,6 +329,18 @@ TEST_F(FileManagerTest, TakesAFileOfTheFarFutureForTheNewest) {
     EXPECT_THAT(left(), ElementsAre("far"));
 }
 
+TEST_F(FileManagerTest, TellsOfALineEndInANameWithinOneLine) {
+    manager->setDocumentsDirectory(folder.path("no\nsuch\r/"));
+    manager->cleanDirectory(-1);
+    EXPECT_THAT(lines, ElementsAre(HasSubstr(folder.path("no\\x0Asuch\\x0D/"))));
+    lines.clear();
+    std::filesystem::create_directory(folder.path("videos"));
+    manager->setDocumentsDirectory(folder.path("videos/"));
+    fill({"a\nb?c"});
+    manager->cleanDirectory(-1);
+    EXPECT_THAT(lines, ElementsAre(HasSubstr("a\\x0Ab?c")));
+}
+
 TEST_F(FileManagerTest, ClearsWhatKilledDownloadsLeft) {
     const std::string part = AbandonedDownloads::temporaryName();
     std::filesystem::create_directory(folder.path("videos"));

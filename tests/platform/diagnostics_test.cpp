@@ -32,6 +32,16 @@ TEST_F(DiagnosticsTest, GoToTheSinkInstead) {
     EXPECT_THAT(lines, ::testing::ElementsAre("to the sink"));
 }
 
+TEST_F(DiagnosticsTest, AreOneLineEachWhateverIsInThem) {
+    std::vector<std::string> lines;
+    Diagnostics::setSink([&](std::string_view line) { lines.emplace_back(line); });
+    Diagnostics::write("a file \"a\r\nb\"");
+    Diagnostics::write(std::string_view("\x1B[2J\0\x7F", 6));
+    Diagnostics::write("na\xC3\xAFve \\x0A");
+    EXPECT_THAT(lines, ::testing::ElementsAre("a file \"a\\x0D\\x0Ab\"", "\\x1B[2J\\x00\\x7F",
+                                              "na\xC3\xAFve \\x0A"));
+}
+
 TEST_F(DiagnosticsTest, ASinkThatGoesMayWriteALastLine) {
     std::vector<std::string> lines;
     struct Last {
