@@ -71,7 +71,7 @@ std::optional<std::string> FileManager::computedDirectory() const {
     } catch (const std::filesystem::filesystem_error& error) {
         Diagnostics::write(error.what());
     }
-    AbandonedDownloads::clear(directory);
+    AbandonedDownloads::clearOnce(directory);
     return directory;
 }
 
@@ -120,6 +120,7 @@ void FileManager::cleanDirectory(std::int64_t maxCount) {
     if (!directory) {
         return;
     }
+    AbandonedDownloads::clear(*directory);
     const auto names = allFilesDesc();
     for (std::size_t i = 0; i < names.size(); ++i) {
         if (static_cast<std::int64_t>(i) > maxCount) {

@@ -4,6 +4,7 @@
 #include <KeloAPI/platform/Application.hpp>
 #include <KeloAPI/platform/Diagnostics.hpp>
 #include <KeloAPI/platform/http/AbandonedDownloads.hpp>
+#include <KeloAPI/platform/http/DownloadFile.hpp>
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -21,6 +22,7 @@ namespace KeloAPI {
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::StartsWith;
 using ::testing::UnorderedElementsAre;
 
 static_assert(!std::is_default_constructible_v<FileManager>);
@@ -224,10 +226,11 @@ TEST_F(FileManagerTest, LeavesALinkThatLeadsNowhere) {
 
 TEST_F(FileManagerTest, DoesNotCountDownloadsUnderWay) {
     fill({"b", "a"});
-    const std::string part = AbandonedDownloads::temporaryName();
-    folder.write("videos/" + part, "");
+    DownloadFile file(folder.path("videos/c"));
     manager->cleanDirectory(0);
-    EXPECT_THAT(left(), UnorderedElementsAre(part, "b"));
+    EXPECT_THAT(left(), UnorderedElementsAre("b", StartsWith(".download-")));
+    EXPECT_TRUE(file.commit());
+    EXPECT_THAT(left(), UnorderedElementsAre("b", "c"));
 }
 
 TEST_F(FileManagerTest, DeletesNothingWhenOneEntryCannotBeExamined) {
@@ -348,6 +351,19 @@ TEST_F(FileManagerTest, ClearsWhatKilledDownloadsLeft) {
     folder.write("videos/.download-mine.part", "not of that kind");
     manager->documentsDirectory();
     EXPECT_THAT(left(), ElementsAre(".download-mine.part"));
+}
+
+TEST_F(FileManagerTest, ClearsWhatKilledDownloadsLeftAtEachTrimming) {
+    std::filesystem::create_directory(folder.path("videos"));
+    manager->setDocumentsDirectory(folder.path("videos/"));
+    for (int round = 0; round < 2; ++round) {
+        const std::string part = AbandonedDownloads::temporaryName();
+        folder.write("videos/" + part, "half a file");
+        folder.write("videos/video", "a whole file");
+        manager->cleanDirectory(5);
+        EXPECT_THAT(left(), ElementsAre("video"));
+    }
+    EXPECT_THAT(lines, IsEmpty());
 }
 
 } // namespace KeloAPI

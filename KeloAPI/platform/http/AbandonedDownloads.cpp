@@ -21,7 +21,8 @@ constexpr std::string_view prefix = ".download-";
 constexpr std::string_view suffix = ".part";
 constexpr std::string_view digits = "0123456789abcdef";
 constexpr std::size_t randomBytes = 16;
-/// A folder is cleared once in the life of each process: this many starts in a row is no accident.
+/// A folder is cleared when a process starts and when it is trimmed: this many times in a row is no
+/// accident.
 constexpr int mostAttempts = 100;
 
 struct Cleared {
@@ -93,21 +94,24 @@ int create(const std::string& path) {
     return -1;
 }
 
-void clear(const std::string& directory) {
+bool clear(const std::string& directory) {
     const std::string place = directory.empty() ? "./" : directory + "/";
-    const std::lock_guard lock(cleared().mutex);
-    if (cleared().directories.contains(directory)) {
-        return;
-    }
     try {
         for (const std::string& name : namesIn(place)) {
             if (isTemporaryName(name)) {
                 removeIfAbandoned(place + name);
             }
         }
-        cleared().directories.insert(directory);
+        return true;
     } catch (const std::filesystem::filesystem_error&) {
-        // Another call may find it readable.
+        return false;
+    }
+}
+
+void clearOnce(const std::string& directory) {
+    const std::lock_guard lock(cleared().mutex);
+    if (!cleared().directories.contains(directory) && clear(directory)) {
+        cleared().directories.insert(directory);
     }
 }
 

@@ -17,9 +17,12 @@ bool isTemporaryName(std::string_view name);
 /// Opens a new temporary file at `path` and locks it. -1 with `errno` when that is not possible.
 int create(const std::string& path);
 
-/// Removes the abandoned files in `directory`, once in the life of the process; further calls do
-/// nothing, unless the directory could not be read. What cannot be removed stays. Usable on any
-/// thread.
-void clear(const std::string& directory);
+/// Removes the abandoned files in `directory`. What cannot be removed stays. False when the
+/// directory cannot be read. Usable on any thread.
+bool clear(const std::string& directory);
+
+/// The same once in the life of the process: further calls do nothing, unless the directory could
+/// not be read. Usable on any thread.
+void clearOnce(const std::string& directory);
 
 } // namespace KeloAPI::AbandonedDownloads

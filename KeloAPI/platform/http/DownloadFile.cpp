@@ -28,7 +28,7 @@ DownloadFile::DownloadFile(std::string destination)
     : _destination(std::move(destination))
     , _temporary(directoryOf(_destination) + AbandonedDownloads::temporaryName()) {
     _pending.reserve(smallBlock);
-    AbandonedDownloads::clear(directoryOf(_destination));
+    AbandonedDownloads::clearOnce(directoryOf(_destination));
     _file = AbandonedDownloads::create(_temporary);
     if (_file < 0) {
         fail("no file can be made beside ");
