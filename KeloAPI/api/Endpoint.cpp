@@ -1,5 +1,4 @@
 #include <KeloAPI/api/AlamofireEndpointRequest.hpp>
-#include <KeloAPI/api/DownloadsAtOnce.hpp>
 #include <KeloAPI/api/Endpoint.hpp>
 #include <KeloAPI/platform/Contract.hpp>
 #include <KeloAPI/platform/Diagnostics.hpp>
@@ -103,7 +102,8 @@ std::shared_ptr<EndpointRequest> Endpoint::sendUpload(std::shared_ptr<const Endp
     return deliver(_session->upload(*this, std::move(data)), std::move(call));
 }
 
-void Endpoint::download(const URL& destinationUrl, DownloadCompletion completionHandler) {
+void Endpoint::download(const URL& destinationUrl, DownloadCompletion completionHandler,
+                        DownloadDelivery delivery) {
     // The endpoint lives until its completion has run, as in every other call.
     _session->download(
         *this, destinationUrl,
@@ -111,7 +111,7 @@ void Endpoint::download(const URL& destinationUrl, DownloadCompletion completion
             const URL& url, std::optional<Error> error) {
             completionHandler(url, std::move(error));
         },
-        _downloadProgressHandler, DownloadsAtOnce::delivery());
+        _downloadProgressHandler, delivery);
 }
 
 void Endpoint::setDownloadProgressHandler(Session::DownloadProgress handler) {

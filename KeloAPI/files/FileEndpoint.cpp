@@ -49,22 +49,26 @@ std::optional<URL> FileEndpoint::localUrl() {
     return _downloadedUrl;
 }
 
-void FileEndpoint::download(const URL& destination, Completion completion) {
+void FileEndpoint::download(const URL& destination, Completion completion,
+                            DownloadDelivery delivery) {
     require(completion != nullptr, "a download needs a completion");
     auto self = std::static_pointer_cast<FileEndpoint>(shared_from_this());
     if (localUrl()) {
         completion(FileDownloadSuccess{std::move(self)});
         return;
     }
-    Endpoint::download(destination, [self = std::move(self), completion = std::move(completion)](
-                                        const URL& url, std::optional<Error> error) {
-        if (error) {
-            completion(FileDownloadResult::Error{*std::move(error)});
-            return;
-        }
-        self->setDownloadedUrl(url);
-        completion(FileDownloadSuccess{self});
-    });
+    Endpoint::download(
+        destination,
+        [self = std::move(self), completion = std::move(completion)](const URL& url,
+                                                                     std::optional<Error> error) {
+            if (error) {
+                completion(FileDownloadResult::Error{*std::move(error)});
+                return;
+            }
+            self->setDownloadedUrl(url);
+            completion(FileDownloadSuccess{self});
+        },
+        delivery);
 }
 
 void FileEndpoint::deleteFile() {

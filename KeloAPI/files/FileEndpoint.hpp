@@ -40,8 +40,10 @@ public:
     using Endpoint::download;
     /// Makes the file available at the file URL `destination`. A file that is there already is
     /// answered at once, on this thread and from where it is; otherwise it is fetched, and the
-    /// completion runs on the main queue.
-    virtual void download(const URL& destination, Completion completion);
+    /// completion runs where `delivery` says. A `FileQueue` asks for `AtOnce`, so that the next
+    /// file does not wait for the main thread; an override hands the value on, or the queue waits.
+    virtual void download(const URL& destination, Completion completion,
+                          DownloadDelivery delivery = DownloadDelivery::MainQueue);
 
     /// Where the file is: as soon as it has been downloaded or found in the cache, that place, even
     /// if the file has gone since. Absent before.

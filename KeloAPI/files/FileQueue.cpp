@@ -1,4 +1,3 @@
-#include <KeloAPI/api/DownloadsAtOnce.hpp>
 #include <KeloAPI/files/FileQueue.hpp>
 #include <KeloAPI/platform/Contract.hpp>
 #include <KeloAPI/platform/MainQueue.hpp>
@@ -101,21 +100,22 @@ void FileQueue::downloadNext(std::optional<Transfer> next) {
     while (next) {
         const auto call = std::make_shared<Call>();
         // The next file does not wait until the main thread has time for this one's end.
-        const DownloadsAtOnce untilItHasStarted;
-        next->endpoint->download(next->destination,
-                                 [queue = weak_from_this(), endpoint = next->endpoint,
-                                  call](const FileDownloadResult& result) {
-                                     const auto self = queue.lock();
-                                     if (!self) {
-                                         return;
-                                     }
-                                     auto following = self->leave(endpoint, result);
-                                     if (call->runsHere()) {
-                                         call->following = std::move(following);
-                                     } else {
-                                         self->downloadNext(std::move(following));
-                                     }
-                                 });
+        next->endpoint->download(
+            next->destination,
+            [queue = weak_from_this(), endpoint = next->endpoint,
+             call](const FileDownloadResult& result) {
+                const auto self = queue.lock();
+                if (!self) {
+                    return;
+                }
+                auto following = self->leave(endpoint, result);
+                if (call->runsHere()) {
+                    call->following = std::move(following);
+                } else {
+                    self->downloadNext(std::move(following));
+                }
+            },
+            DownloadDelivery::AtOnce);
         call->running = false;
         next = std::move(call->following);
     }

@@ -9,6 +9,7 @@
 
 namespace KeloAPI {
 
+using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using testing::runUntil;
@@ -115,6 +116,48 @@ TEST_F(FileQueueSingleTest, ADownloadBesidesTheQueueIsAnsweredOnTheMainQueue) {
     EXPECT_TRUE(comes([this] { return !folder.names().empty() && folder.read("a") == "video"; }));
     EXPECT_TRUE(runUntil([&] { return answeredOn.has_value(); }));
     EXPECT_EQ(answeredOn, std::this_thread::get_id());
+}
+
+/// Fetches a second file besides, as a host's endpoint might.
+class Accompanied : public FileEndpoint {
+public:
+    Accompanied(Key key, std::string path, std::shared_ptr<FileManager> manager,
+                std::function<void()> fetchCompanion)
+        : FileEndpoint(key, std::move(path), std::move(manager))
+        , _fetchCompanion(std::move(fetchCompanion)) {}
+
+    using FileEndpoint::download;
+    void download(const URL& destination, Completion completion,
+                  DownloadDelivery delivery) override {
+        _fetchCompanion();
+        FileEndpoint::download(destination, std::move(completion), delivery);
+    }
+
+private:
+    const std::function<void()> _fetchCompanion;
+};
+
+TEST_F(FileQueueSingleTest, ADownloadThatAQueuedEndpointStartsIsAnsweredOnTheMainQueue) {
+    std::vector<std::thread::id> answeredOn;
+    const auto note = [&] { answeredOn.push_back(std::this_thread::get_id()); };
+    const auto companion = file("companion");
+    const auto plain = Endpoint::create(session);
+    plain->setPath("plain");
+    queue->download(
+        Endpoint::make<Accompanied>(
+            "https://media.example/v/a", manager,
+            [&] {
+                companion->download(place("companion"), [&](const FileDownloadResult&) { note(); });
+                plain->download(place("plain"),
+                                [&](const URL&, const std::optional<Error>&) { note(); });
+            }),
+        place("a"), [&](const FileDownloadResult&) { note(); });
+    settle();
+    for (std::size_t i = 0; i < 3; ++i) {
+        transport->answerRequest(i, {.body = "video"});
+    }
+    EXPECT_TRUE(runUntil([&] { return answeredOn.size() == 3; }));
+    EXPECT_THAT(answeredOn, Each(std::this_thread::get_id()));
 }
 
 TEST_F(FileQueueSingleTest, CallsAFilesCompletionsInOrderInOneTask) {
