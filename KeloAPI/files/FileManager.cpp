@@ -5,6 +5,7 @@
 #include <KeloAPI/platform/Directory.hpp>
 #include <KeloAPI/platform/http/AbandonedDownloads.hpp>
 #include <KeloAPI/platform/NeverDestroyed.hpp>
+#include <KeloAPI/platform/URL.hpp>
 #include <KeloAPI/Settings.hpp>
 
 #include <algorithm>

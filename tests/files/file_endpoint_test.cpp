@@ -8,7 +8,10 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
+#include <future>
+#include <thread>
 #include <type_traits>
 
 namespace KeloAPI {
@@ -125,6 +128,20 @@ TEST_F(FileEndpointTest, AnswersAtOnceWhatIsThere) {
     EXPECT_TRUE(answered);
     EXPECT_EQ(endpoint->localUrl(), place("abc.mp4")) << "the destination plays no part";
     EXPECT_TRUE(transport->requests().empty());
+}
+
+TEST_F(FileEndpointTest, AnswersOnTheThreadThatFinishedWhereThatIsAskedFor) {
+    const auto endpoint = endpointOf("/v/abc.mp4");
+    transport->answer({.body = "video"});
+    std::promise<std::thread::id> answeredOn;
+    endpoint->download(
+        place("abc.mp4"),
+        [&](const FileDownloadResult&) { answeredOn.set_value(std::this_thread::get_id()); },
+        DownloadDelivery::AtOnce);
+    // The main queue does not run meanwhile.
+    auto answer = answeredOn.get_future();
+    ASSERT_EQ(answer.wait_for(std::chrono::seconds(30)), std::future_status::ready);
+    EXPECT_NE(answer.get(), std::this_thread::get_id());
 }
 
 TEST_F(FileEndpointTest, HandsATransportErrorOnAndTriesAgain) {
