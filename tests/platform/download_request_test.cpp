@@ -112,6 +112,36 @@ TEST_F(DownloadRequestTest, AnErrorPageNeverBecomesTheFile) {
     }
 }
 
+TEST_F(DownloadRequestTest, AnAnswerWithoutTheWholeFileNeverBecomesIt) {
+    for (const int status : {101, 204, 205, 206, 300, 302, 304, 307, 399}) {
+        SCOPED_TRACE(status);
+        folder.write("video", "old");
+        ended = false;
+        startTo(URL::fileURL(folder.path("video")));
+        transport->sent();
+        transport->head(status, -1);
+        EXPECT_FALSE(transport->data("part"));
+        transport->complete();
+        const auto error = end();
+        ASSERT_TRUE(error);
+        EXPECT_TRUE(isHTTPError(*error, HTTPErrorCode::HTTPStatus));
+        EXPECT_EQ(error->integer(HTTPStatusCodeKey), status);
+        EXPECT_EQ(folder.read("video"), "old");
+        EXPECT_THAT(namesThen, ElementsAre("video"));
+    }
+}
+
+TEST_F(DownloadRequestTest, APartThatWasAskedForBecomesTheFile) {
+    FixedRequest part;
+    part.request.headerFields["range"] = "bytes=2-4";
+    listenTo(manager.download(part, URL::fileURL(folder.path("video"))));
+    transport->head(206, 3);
+    EXPECT_TRUE(transport->data("cde"));
+    transport->complete();
+    EXPECT_EQ(end(), std::nullopt);
+    EXPECT_EQ(folder.read("video"), "cde");
+}
+
 TEST_F(DownloadRequestTest, AnErrorWithoutAPageIsOneToo) {
     start();
     transport->head(404, 0);

@@ -13,6 +13,13 @@ Error statusError(int status) {
     return {HTTPErrorDomain, static_cast<std::int64_t>(HTTPErrorCode::HTTPStatus), std::move(info)};
 }
 
+/// True for an answer that is all that was asked for. 204 and 205 have no body, and a part that
+/// nobody asked for is not the file.
+bool isWhole(int status, const HeaderFields& asked) {
+    const bool partial = status == 206 && !asked.contains("Range");
+    return status >= 200 && status < 300 && status != 204 && status != 205 && !partial;
+}
+
 } // namespace
 
 void DownloadRequest::requestSent() {
@@ -22,7 +29,7 @@ void DownloadRequest::requestSent() {
 }
 
 void DownloadRequest::receiveResponse(const HTTPResponse& response) {
-    if (response.statusCode >= 400) {
+    if (!isWhole(response.statusCode, request().headerFields)) {
         _refusal = statusError(response.statusCode);
         _file.reset();
         return;

@@ -35,7 +35,7 @@ enum class HTTPErrorCode : std::int8_t {
     InvalidHeader = 8,
     /// More than 20 redirects in a row.
     TooManyRedirects = 9,
-    /// What came back is no HTTP.
+    /// What came back is no HTTP, not what its head says, or has a head without end.
     BadServerResponse = 10,
     /// The body is not the JSON that was expected.
     BadJson = 11,
@@ -43,7 +43,8 @@ enum class HTTPErrorCode : std::int8_t {
     EmptyBody = 12,
     /// The body is not text in the character set that the answer names.
     TextEncoding = 13,
-    /// A download was answered with the status that the user info holds under `HTTPStatusCodeKey`.
+    /// A download was answered with a status that brings no file: the user info holds it under
+    /// `HTTPStatusCodeKey`.
     HTTPStatus = 14,
     /// A downloaded file could not be written.
     CannotWriteFile = 15,

@@ -36,8 +36,9 @@ public:
     std::shared_ptr<Request> upload(const URLRequestConvertible& convertible, Data data);
 
     /// Sends a request whose answer becomes a file. It is written beside the destination, flushed
-    /// and renamed over it: unless the download succeeds, the destination stays as it was. A status
-    /// of 400 and above is an error.
+    /// and renamed over it: unless the download succeeds, the destination stays as it was. A
+    /// download keeps what is answered with a status of 200 to 299, but not 204, 205, nor a 206
+    /// without a Range field in the request; any other status is the error `HTTPStatus`.
     std::shared_ptr<Request> download(const URLRequestConvertible& convertible,
                                       Destination destination);
     /// As above, to a destination that does not depend on the answer: the file beside it may be
