@@ -67,6 +67,9 @@ CurlTransfer::Outcome CurlTransfer::outcome(CURLcode code) const {
     } else if (!_head.isFinished()) {
         outcome.error =
             httpError(HTTPErrorCode::ConnectionLost, "the answer ended within its head");
+    } else if (_gzip && !_gzip->isComplete()) {
+        outcome.error =
+            httpError(HTTPErrorCode::BadServerResponse, "the answer's body was cut short");
     }
     return outcome;
 }
@@ -101,6 +104,7 @@ bool CurlTransfer::takeHeaderLine(std::string_view line) {
     if (_exchange->isCancelled()) {
         return false;
     }
+    _coding = _head.contentCoding();
     const std::int64_t length = _head.expectedContentLength();
     _exchange->observer().didReceiveResponse(
         {*_exchange->request().url, _head.statusCode(), _head.takeFields(), length});
@@ -116,6 +120,31 @@ bool CurlTransfer::takeBody(std::string_view bytes) {
     if (_exchange->isCancelled()) {
         return false;
     }
+    switch (_coding) {
+    case ResponseHead::ContentCoding::None:
+        return deliver(bytes);
+    case ResponseHead::ContentCoding::Gzip:
+        return unpack(bytes);
+    case ResponseHead::ContentCoding::Other:
+        break;
+    }
+    return giveUp(HTTPErrorCode::BadServerResponse, "the answer's encoding was not offered");
+}
+
+bool CurlTransfer::unpack(std::string_view bytes) {
+    if (!_gzip) {
+        _gzip = std::make_unique<GzipDecoder>();
+    }
+    const auto result =
+        _gzip->take(bytes, [this](std::string_view unpacked) { return deliver(unpacked); });
+    if (result == GzipDecoder::Result::Malformed) {
+        return giveUp(HTTPErrorCode::BadServerResponse,
+                      "the answer's body is not what its encoding says");
+    }
+    return result == GzipDecoder::Result::Taken;
+}
+
+bool CurlTransfer::deliver(std::string_view bytes) {
     if (!_exchange->observer().didReceiveData(bytes)) {
         return giveUp(HTTPErrorCode::Unknown, "the receiver gave up");
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <KeloAPI/platform/curl/CurlExchange.hpp>
+#include <KeloAPI/platform/curl/GzipDecoder.hpp>
 #include <KeloAPI/platform/curl/ResponseHead.hpp>
 #include <KeloAPI/platform/curl/TrustStore.hpp>
 #include <KeloAPI/platform/http/HTTPError.hpp>
@@ -61,6 +62,8 @@ private:
     void appendHeader(const std::string& line);
     bool takeHeaderLine(std::string_view line);
     bool takeBody(std::string_view bytes);
+    bool unpack(std::string_view bytes);
+    bool deliver(std::string_view bytes);
     std::size_t giveBody(char* buffer, std::size_t room);
     void moved() { _lastActivity = Clock::now(); }
     bool giveUp(HTTPErrorCode code, const char* message);
@@ -82,6 +85,8 @@ private:
     std::array<char, CURL_ERROR_SIZE> _detail{};
     ResponseHead _head;
     bool _redirects = false;
+    ResponseHead::ContentCoding _coding = ResponseHead::ContentCoding::None;
+    std::unique_ptr<GzipDecoder> _gzip;
     std::size_t _discarded = 0;
     std::string_view _body;
     std::size_t _bodySent = 0;

@@ -40,7 +40,9 @@ void CurlTransfer::setUp(const TrustStore& trust, CURLSH* cookies) {
     curl_easy_setopt(_easy, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(_easy, CURLOPT_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(_easy, CURLOPT_HTTP09_ALLOWED, 0L);
-    curl_easy_setopt(_easy, CURLOPT_ACCEPT_ENCODING, "");
+    // Unpacked here: libcurl takes a body whose packing was cut short for a whole one.
+    curl_easy_setopt(_easy, CURLOPT_ACCEPT_ENCODING, "gzip");
+    curl_easy_setopt(_easy, CURLOPT_HTTP_CONTENT_DECODING, 0L);
     curl_easy_setopt(_easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
     // Without it a cancellation waits for a name lookup that may take seconds.
     curl_easy_setopt(_easy, CURLOPT_QUICK_EXIT, 1L);

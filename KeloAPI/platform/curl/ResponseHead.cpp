@@ -1,5 +1,6 @@
 #include <KeloAPI/platform/curl/ResponseHead.hpp>
 
+#include <algorithm>
 #include <charconv>
 
 namespace KeloAPI {
@@ -15,6 +16,12 @@ std::string_view trimmed(std::string_view text) {
         return {};
     }
     return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+/// Tokens are compared as names of fields are.
+bool isToken(std::string_view text, std::string_view token) {
+    const HeaderNameLess less;
+    return !less(text, token) && !less(token, text);
 }
 
 } // namespace
@@ -70,9 +77,25 @@ void ResponseHead::takeField(std::string_view line) {
     _lastValue = &at->second;
 }
 
+ResponseHead::ContentCoding ResponseHead::contentCoding() const {
+    const auto field = _fields.find("Content-Encoding");
+    std::string_view list = field == _fields.end() ? std::string_view() : field->second;
+    auto coding = ContentCoding::None;
+    while (!list.empty()) {
+        const auto end = std::min(list.find(','), list.size());
+        const std::string_view name = trimmed(list.substr(0, end));
+        list.remove_prefix(std::min(end + 1, list.size()));
+        if (name.empty() || isToken(name, "identity")) {
+            continue;
+        }
+        const bool gzip = isToken(name, "gzip") || isToken(name, "x-gzip");
+        coding = gzip && coding == ContentCoding::None ? ContentCoding::Gzip : ContentCoding::Other;
+    }
+    return coding;
+}
+
 std::int64_t ResponseHead::expectedContentLength() const {
-    const auto encoding = _fields.find("Content-Encoding");
-    if (encoding != _fields.end() && encoding->second != "identity") {
+    if (contentCoding() != ContentCoding::None) {
         return -1;
     }
     const auto field = _fields.find("Content-Length");

@@ -36,6 +36,9 @@ public:
     const HeaderFields& fields() const { return _fields; }
     /// The same, which are gone from here.
     HeaderFields takeFields() { return std::exchange(_fields, {}); }
+    /// What was done to the body on its way, as Content-Encoding says.
+    enum class ContentCoding : std::uint8_t { None, Gzip, Other };
+    ContentCoding contentCoding() const;
     /// The body's length in bytes as the observer will see it; -1 when the head does not tell.
     std::int64_t expectedContentLength() const;
 

@@ -45,7 +45,7 @@ TEST_F(RequestTest, NothingIsSentThatNobodyAskedFor) {
     const std::string sent = wire(get(server.url("/a/b?c=d")));
     const std::string expected =
         "GET /a/b?c=d HTTP/1.1\r\nHost: 127.0.0.1:" + std::to_string(server.port()) +
-        "\r\nAccept-Encoding: ";
+        "\r\nAccept-Encoding: gzip\r\n";
     EXPECT_TRUE(sent.starts_with(expected)) << sent;
     EXPECT_EQ(std::count(sent.begin(), sent.end(), '\n'), 4) << sent;
 }

@@ -1,7 +1,11 @@
+#include "../../support/GetRequest.hpp"
+#include "../../support/MainLoop.hpp"
 #include "../../support/RawServer.hpp"
+#include "../../support/TemporaryFolder.hpp"
 #include "TransportTest.hpp"
 
 #include <KeloAPI/platform/curl/ResponseHead.hpp>
+#include <KeloAPI/platform/http/Manager.hpp>
 
 #include <zlib.h>
 
@@ -91,6 +95,67 @@ TEST_F(ResponseTest, ABodyThatIsNotWhatItsEncodingSaysIsNoAnswer) {
     const auto heard = answeredWith(
         "HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\nContent-Length: 8\r\n\r\nnot gzip");
     EXPECT_TRUE(failedWith(heard, HTTPErrorCode::BadServerResponse));
+}
+
+TEST_F(ResponseTest, APackedBodyThatIsCutShortIsNoAnswer) {
+    const std::string packed = gzip(std::string(100'000, 'z') + "end");
+    // Within the header, the data and the trailer.
+    for (const std::size_t size : {std::size_t{1}, packed.size() / 2, packed.size() - 1}) {
+        SCOPED_TRACE(size);
+        const auto heard = answeredWith(
+            "HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\nContent-Length: " + std::to_string(size) +
+            "\r\n\r\n" + packed.substr(0, size));
+        EXPECT_TRUE(failedWith(heard, HTTPErrorCode::BadServerResponse));
+    }
+}
+
+TEST_F(ResponseTest, APackedBodyThatIsCutShortIsNoFile) {
+    const std::string half = gzip(std::string(100'000, 'z')).substr(0, 60);
+    RawServer server([&half](RawConnection& connection) {
+        connection.readRequest();
+        connection.write("HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\nContent-Length: 60\r\n\r\n" +
+                         half);
+    });
+    const testing::TemporaryFolder folder;
+    Manager manager(transport);
+    std::optional<Error> error;
+    bool ended = false;
+    manager.download(GetRequest(URL::parse(server.url("/"))), URL::fileURL(folder.path("video")))
+        ->response([&](const ResponseContent& content, Timeline) {
+            return [&, failure = content.error] {
+                error = failure;
+                ended = true;
+            };
+        });
+    ASSERT_TRUE(testing::runUntil([&] { return ended; }));
+    EXPECT_TRUE(error && isHTTPError(*error, HTTPErrorCode::BadServerResponse));
+    EXPECT_TRUE(folder.names().empty());
+}
+
+TEST_F(ResponseTest, APackedBodyMayHaveSeveralMembersButNoGarbage) {
+    const auto answered = [this](const std::string& body) {
+        return answeredWith("HTTP/1.1 200 OK\r\nContent-Encoding: X-GZIP\r\nContent-Length: " +
+                            std::to_string(body.size()) + "\r\n\r\n" + body);
+    };
+    const auto two = answered(gzip("one, ") + gzip("two"));
+    EXPECT_TRUE(succeeded(two));
+    EXPECT_EQ(two->body, "one, two");
+    EXPECT_TRUE(failedWith(answered(gzip("one") + "and more"), HTTPErrorCode::BadServerResponse));
+    const auto none = answered("");
+    EXPECT_TRUE(succeeded(none));
+    EXPECT_EQ(none->body, "");
+}
+
+TEST_F(ResponseTest, OnlyTheEncodingThatWasOfferedIsTaken) {
+    for (const char* encoding : {"br", "gzip, gzip", "unheard-of"}) {
+        const auto heard =
+            answeredWith("HTTP/1.1 200 OK\r\nContent-Encoding: " + std::string(encoding) +
+                         "\r\nContent-Length: 3\r\n\r\nabc");
+        EXPECT_TRUE(failedWith(heard, HTTPErrorCode::BadServerResponse)) << encoding;
+    }
+    const auto plain = answeredWith("HTTP/1.1 200 OK\r\nContent-Encoding: Identity\r\n\r\nabc");
+    EXPECT_TRUE(succeeded(plain));
+    EXPECT_EQ(plain->body, "abc");
 }
 
 TEST_F(ResponseTest, AnswersWithoutBody) {
