@@ -5,7 +5,20 @@ namespace KeloAPI {
 
 namespace {
 
-HTTPErrorCode httpCode(CURLcode code) {
+/// libcurl has one code for a handshake that broke off and for one that came to no agreement; its
+/// text tells them apart.
+bool brokeOff(std::string_view handshake) {
+    return handshake.starts_with("Recv failure") || handshake.starts_with("Send failure") ||
+           handshake.starts_with("OpenSSL SSL_connect:") ||
+           handshake.find("unexpected eof while reading") != std::string_view::npos;
+}
+
+/// Chunks or trailers that cannot be read have the code of a connection that cannot be.
+bool isOfChunks(std::string_view detail) {
+    return detail.ends_with("in chunked-encoding");
+}
+
+HTTPErrorCode httpCode(CURLcode code, std::string_view detail) {
     switch (code) {
     case CURLE_URL_MALFORMAT:
         return HTTPErrorCode::UnsupportedURL;
@@ -21,13 +34,17 @@ HTTPErrorCode httpCode(CURLcode code) {
         return HTTPErrorCode::TimedOut;
     case CURLE_GOT_NOTHING:
     case CURLE_PARTIAL_FILE:
-    case CURLE_RECV_ERROR:
     case CURLE_SEND_ERROR:
     case CURLE_SEND_FAIL_REWIND:
     case CURLE_UPLOAD_FAILED:
     case CURLE_HTTP2_STREAM:
+    case CURLE_HTTP2:
         return HTTPErrorCode::ConnectionLost;
+    case CURLE_RECV_ERROR:
+        return isOfChunks(detail) ? HTTPErrorCode::BadServerResponse
+                                  : HTTPErrorCode::ConnectionLost;
     case CURLE_SSL_CONNECT_ERROR:
+        return brokeOff(detail) ? HTTPErrorCode::ConnectionLost : HTTPErrorCode::ServerTrust;
     case CURLE_PEER_FAILED_VERIFICATION:
     case CURLE_SSL_CERTPROBLEM:
     case CURLE_SSL_CIPHER:
@@ -43,7 +60,6 @@ HTTPErrorCode httpCode(CURLcode code) {
     // of HTTP that is spoken.
     case CURLE_UNSUPPORTED_PROTOCOL:
     case CURLE_WEIRD_SERVER_REPLY:
-    case CURLE_HTTP2:
     case CURLE_BAD_CONTENT_ENCODING:
         return HTTPErrorCode::BadServerResponse;
     default:
@@ -76,7 +92,7 @@ std::string_view message(HTTPErrorCode code) {
 
 Error curlError(CURLcode code, std::string_view detail) {
     std::string text(detail.empty() ? std::string_view(curl_easy_strerror(code)) : detail);
-    const HTTPErrorCode ours = httpCode(code);
+    const HTTPErrorCode ours = httpCode(code, detail);
     return httpError(ours, std::string(message(ours)),
                      Error::withMessage(CurlErrorDomain, code, std::move(text)));
 }

@@ -9,6 +9,13 @@
 
 namespace KeloAPI {
 
+namespace {
+
+/// Two servers in a row may go away; a third one that does is not well.
+constexpr int mostResends = 2;
+
+} // namespace
+
 CurlExchange::CurlExchange(const URLRequest& request, std::shared_ptr<ExchangeObserver> observer,
                            std::shared_ptr<CurlLanes> lanes)
     : _request(request)
@@ -72,6 +79,14 @@ void CurlExchange::follow(int statusCode, const HeaderFields& fields) {
     }
     _request = std::move(next.value());
     begin();
+}
+
+void CurlExchange::sendAgain(Error error) {
+    if (++_resends > mostResends) {
+        complete(std::move(error));
+    } else {
+        begin();
+    }
 }
 
 void CurlExchange::complete(std::optional<Error> error) {

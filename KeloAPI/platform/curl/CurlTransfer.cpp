@@ -14,6 +14,8 @@ namespace {
 /// More of a redirect's body than this is not worth reading for the sake of its connection.
 constexpr std::size_t mostDiscarded = 64UL * 1024;
 
+constexpr const char* headTooLong = "the answer's head is too long";
+
 /// No interval beyond this makes a difference, and none overflows the clock.
 constexpr std::chrono::milliseconds longestInterval = std::chrono::hours(24 * 365);
 
@@ -41,9 +43,7 @@ CurlTransfer& CurlTransfer::of(CURL* easy) {
 }
 
 void CurlTransfer::tellWhenSent() {
-    curl_off_t timeUntilSending = 0;
-    curl_easy_getinfo(_easy, CURLINFO_PRETRANSFER_TIME_T, &timeUntilSending);
-    if (timeUntilSending > 0 && _head.statusCode() == 0 && !_exchange->isCancelled()) {
+    if (requestWasSent() && _head.statusCode() == 0 && !_exchange->isCancelled()) {
         _exchange->observer().didSendRequest();
         moved(); // what the observer took was not the network's silence
     }
@@ -62,8 +62,15 @@ CurlTransfer::Outcome CurlTransfer::outcome(CURLcode code) const {
         outcome.fields = _head.fields();
     } else if (_failure) {
         outcome.error = _failure;
+    } else if (code == CURLE_OUT_OF_MEMORY && requestWasSent()) {
+        // So libcurl says of a single line that is too long.
+        outcome.error = httpError(HTTPErrorCode::BadServerResponse, headTooLong);
     } else if (code != CURLE_OK) {
         outcome.error = curlError(code, _detail.data());
+        // So libcurl says, without further words, of a stream beyond the last one that the server
+        // named when it went away.
+        outcome.unprocessed =
+            code == CURLE_HTTP2 && _detail.front() == '\0' && _head.statusCode() == 0;
     } else if (!_head.isFinished()) {
         outcome.error =
             httpError(HTTPErrorCode::ConnectionLost, "the answer ended within its head");
@@ -77,9 +84,18 @@ CurlTransfer::Outcome CurlTransfer::outcome(CURLcode code) const {
 void CurlTransfer::conclude(CurlExchange& exchange, Outcome outcome) {
     if (outcome.redirects) {
         exchange.follow(outcome.statusCode, outcome.fields);
+    } else if (outcome.unprocessed) {
+        exchange.sendAgain(std::move(*outcome.error));
     } else {
         exchange.complete(std::move(outcome.error));
     }
+}
+
+/// Or at least begun to be.
+bool CurlTransfer::requestWasSent() const {
+    curl_off_t timeUntilSending = 0;
+    curl_easy_getinfo(_easy, CURLINFO_PRETRANSFER_TIME_T, &timeUntilSending);
+    return timeUntilSending > 0;
 }
 
 bool CurlTransfer::giveUp(HTTPErrorCode code, const char* message) {
@@ -93,7 +109,7 @@ bool CurlTransfer::takeHeaderLine(std::string_view line) {
     case ResponseHead::Progress::Unfinished:
         return true;
     case ResponseHead::Progress::TooLong:
-        return giveUp(HTTPErrorCode::BadServerResponse, "the answer's head is too long");
+        return giveUp(HTTPErrorCode::BadServerResponse, headTooLong);
     case ResponseHead::Progress::Finished:
         break;
     }

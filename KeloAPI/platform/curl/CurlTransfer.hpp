@@ -49,6 +49,8 @@ public:
     struct Outcome {
         std::optional<Error> error;
         bool redirects = false;
+        /// The server has not looked at the request: it may be sent again, whatever it asks for.
+        bool unprocessed = false;
         int statusCode = 0;
         HeaderFields fields;
     };
@@ -66,6 +68,7 @@ private:
     bool deliver(std::string_view bytes);
     std::size_t giveBody(char* buffer, std::size_t room);
     void moved() { _lastActivity = Clock::now(); }
+    bool requestWasSent() const;
     bool giveUp(HTTPErrorCode code, const char* message);
 
     static std::size_t onHeader(char* bytes, std::size_t size, std::size_t count,

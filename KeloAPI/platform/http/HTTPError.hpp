@@ -25,7 +25,7 @@ enum class HTTPErrorCode : std::int8_t {
     CannotFindHost = 3,
     /// No connection came about.
     CannotConnect = 4,
-    /// The connection broke off before the answer was complete.
+    /// The connection broke off, before the answer was complete or before it was secure.
     ConnectionLost = 5,
     /// TLS failed, or the server's certificate is not one that the host's policy accepts.
     ServerTrust = 6,

@@ -1,3 +1,4 @@
+#include "../../support/RawServer.hpp"
 #include "TransportTest.hpp"
 
 #include <KeloAPI/platform/curl/CurlErrors.hpp>
@@ -17,6 +18,7 @@ TEST(CurlErrorsTest, CodesOfTheLibraryBelowAreNamedInOurs) {
         {CURLE_RECV_ERROR, HTTPErrorCode::ConnectionLost},
         {CURLE_SEND_ERROR, HTTPErrorCode::ConnectionLost},
         {CURLE_HTTP2_STREAM, HTTPErrorCode::ConnectionLost},
+        {CURLE_HTTP2, HTTPErrorCode::ConnectionLost},
         {CURLE_PEER_FAILED_VERIFICATION, HTTPErrorCode::ServerTrust},
         {CURLE_SSL_CONNECT_ERROR, HTTPErrorCode::ServerTrust},
         {CURLE_SSL_CACERT_BADFILE, HTTPErrorCode::ServerTrust},
@@ -47,6 +49,32 @@ TEST_F(ErrorsTransportTest, NobodyListens) {
     const auto heard = send(*unpinned(), get("http://127.0.0.1:1/"));
     EXPECT_TRUE(failedWith(heard, HTTPErrorCode::CannotConnect));
     EXPECT_EQ(heard->error->underlying()->code(), CURLE_COULDNT_CONNECT);
+}
+
+TEST_F(ErrorsTransportTest, AConnectionThatBreaksOffInItsHandshakeIsLost) {
+    for (const bool abruptly : {false, true}) {
+        RawServer server([abruptly](RawConnection& connection) {
+            connection.read(abruptly ? 5 : 65536);
+            if (abruptly) {
+                connection.reset();
+            }
+        });
+        const auto heard = send(*unpinned(), get(server.url("/", "https")));
+        EXPECT_TRUE(failedWith(heard, HTTPErrorCode::ConnectionLost)) << abruptly;
+    }
+}
+
+TEST_F(ErrorsTransportTest, AHandshakeThatIsRefusedOrNoneIsNoTrust) {
+    const std::string refusal("\x15\x03\x03\x00\x02\x02\x28", 7); // a fatal alert
+    for (const std::string& bytes : {refusal, std::string("HTTP/1.1 400 Bad Request\r\n\r\n")}) {
+        RawServer server([&bytes](RawConnection& connection) {
+            connection.read(65536);
+            connection.write(bytes);
+            connection.waitForClose();
+        });
+        const auto heard = send(*unpinned(), get(server.url("/", "https")));
+        EXPECT_TRUE(failedWith(heard, HTTPErrorCode::ServerTrust));
+    }
 }
 
 TEST_F(ErrorsTransportTest, NameWithoutAddress) {

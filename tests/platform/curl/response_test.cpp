@@ -197,6 +197,38 @@ TEST_F(ResponseTest, AHeadWithoutEndIsGivenUp) {
     EXPECT_TRUE(failedWith(heard, HTTPErrorCode::BadServerResponse));
 }
 
+TEST_F(ResponseTest, ALineWithoutEndIsGivenUp) {
+    for (const char* start : {"HTTP/1.1 200 ", "HTTP/1.1 200 OK\r\nX-Long: "}) {
+        const auto heard = answeredWith(start + std::string(300'000, 'x') + "\r\n\r\n");
+        ASSERT_TRUE(failedWith(heard, HTTPErrorCode::BadServerResponse));
+        EXPECT_EQ(heard->error->localizedDescription(), "the answer's head is too long");
+    }
+}
+
+TEST_F(ResponseTest, TrailersCountAsPartOfTheHead) {
+    const auto answered = [this](const std::string& trailers) {
+        return answeredWith(
+            "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n2\r\nab\r\n0\r\n" + trailers +
+            "\r\n");
+    };
+    std::string trailers;
+    for (int i = 0; i < 400; ++i) {
+        trailers += "X-" + std::to_string(i) + ": " + std::string(2500, 'x') + "\r\n";
+    }
+    EXPECT_TRUE(succeeded(answered(trailers.substr(0, trailers.find("X-10:")))));
+    const auto heard = answered(trailers);
+    ASSERT_TRUE(failedWith(heard, HTTPErrorCode::BadServerResponse));
+    EXPECT_EQ(heard->error->localizedDescription(), "the answer's head is too long");
+    EXPECT_TRUE(failedWith(answered("X-Long: " + std::string(300'000, 'x') + "\r\n"),
+                           HTTPErrorCode::BadServerResponse));
+}
+
+TEST_F(ResponseTest, ChunksThatCannotBeReadAreNoHTTP) {
+    EXPECT_TRUE(failedWith(
+        answeredWith("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nnot hex\r\nab\r\n"),
+        HTTPErrorCode::BadServerResponse));
+}
+
 TEST_F(ResponseTest, AConnectionThatBreaksOffIsLost) {
     EXPECT_TRUE(failedWith(answeredWith(""), HTTPErrorCode::ConnectionLost));
     EXPECT_TRUE(
