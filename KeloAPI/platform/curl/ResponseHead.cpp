@@ -27,12 +27,12 @@ bool isToken(std::string_view text, std::string_view token) {
 } // namespace
 
 ResponseHead::Progress ResponseHead::take(std::string_view line) {
-    if (_finished) {
-        return Progress::Unfinished;
-    }
     _size += line.size();
     if (_size > longestHead) {
         return Progress::TooLong;
+    }
+    if (_finished) {
+        return Progress::Unfinished;
     }
     if (line.starts_with("HTTP/")) {
         begin(trimmed(line));

@@ -10,8 +10,8 @@
 
 namespace KeloAPI {
 
-/// Gathers the head of an answer from its lines. Interim answers (1xx) are passed over, and so is
-/// what follows the body.
+/// Gathers the head of an answer from its lines. Interim answers (1xx) and what follows the body
+/// are passed over, but count for its length.
 class ResponseHead {
 public:
     enum class Progress : std::uint8_t {
