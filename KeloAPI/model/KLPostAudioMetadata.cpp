@@ -15,7 +15,7 @@ KLPostAudioMetadata::~KLPostAudioMetadata() = default;
 std::shared_ptr<KLPostAudioMetadata> KLPostAudioMetadata::fromJSON(const JsonObject& json) {
     const auto [track, trackId] = json.values("track", "trackId");
     const auto object = track.object();
-    const auto id = trackId.number();
+    auto id = trackId.numberText();
     if (!object || !id) {
         return nullptr;
     }
@@ -28,7 +28,7 @@ std::shared_ptr<KLPostAudioMetadata> KLPostAudioMetadata::fromJSON(const JsonObj
         return nullptr;
     }
     std::shared_ptr<KLPostAudioMetadata> audio(
-        new KLPostAudioMetadata(*std::move(artist), *std::move(name), id->stringValue()));
+        new KLPostAudioMetadata(*std::move(artist), *std::move(name), *std::move(id)));
     audio->_iTunesId = values[2].number();
     audio->_affiliateToken = textOf(values[3]);
     audio->_hasTrackTimeline = values[4].boolean().value_or(false);

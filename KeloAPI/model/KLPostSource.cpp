@@ -21,13 +21,12 @@ KLPostSource::~KLPostSource() = default;
 std::shared_ptr<KLPostSource> KLPostSource::fromJSON(const JsonObject& json) {
     const auto values = json.values("postId", "contentType", "userId", "username", "description",
                                     "thumbnailUrl", "avatarUrl");
-    const auto postId = values[0].number();
-    const auto userId = values[2].number();
+    auto postId = values[0].numberText();
+    auto userId = values[2].numberText();
     if (!postId || !userId) {
         return nullptr;
     }
-    std::shared_ptr<KLPostSource> source(
-        new KLPostSource(postId->stringValue(), userId->stringValue()));
+    std::shared_ptr<KLPostSource> source(new KLPostSource(*std::move(postId), *std::move(userId)));
     source->_contentType =
         contentTypeOf(values[1].integer().value_or(0)).value_or(KLPostSourceContentType::Unknown);
     source->_username = textOf(values[3]);

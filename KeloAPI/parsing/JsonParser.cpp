@@ -20,10 +20,7 @@ std::optional<std::string> JsonParserBase::parseId(const JsonValue& value) const
     if (const auto text = value.text()) {
         return std::string(*text);
     }
-    if (const auto number = value.number()) {
-        return number->stringValue();
-    }
-    return std::nullopt;
+    return value.numberText();
 }
 
 } // namespace KeloAPI

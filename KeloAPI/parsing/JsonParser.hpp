@@ -18,8 +18,8 @@ public:
     /// The one formatter that reads the service's dates: the same object on every call.
     const DateFormatter& dateFormatter() const;
 
-    /// An identifier that may come as text or as a number: the text itself, or the number's decimal
-    /// text. Absent for a value that does not exist and for any other kind.
+    /// An identifier that may come as text or as a number: the text itself, or the number's
+    /// `numberText`. Absent for a value that does not exist and for any other kind.
     std::optional<std::string> parseId(const JsonValue& value) const;
 
 protected:

@@ -3,17 +3,6 @@
 
 namespace KeloAPI {
 
-namespace {
-
-std::optional<std::string> textOrNumber(const JsonValue& value) {
-    if (const auto number = value.number()) {
-        return number->stringValue();
-    }
-    return textOf(value);
-}
-
-} // namespace
-
 PagingKeys::PagingKeys(const JsonObject& json) {
     const auto values = json.values("count", "nextPage", "previousPage", "size", "nextAfter",
                                     "title", "anchor", "backAnchor", "channel", "displayCount");
@@ -23,7 +12,10 @@ PagingKeys::PagingKeys(const JsonObject& json) {
     size = values[3].integer();
     nextAfter = values[4].integer();
     title = textOf(values[5]);
-    anchor = textOrNumber(values[6]);
+    anchor = textOf(values[6]);
+    if (!anchor) {
+        anchor = values[6].numberText();
+    }
     backAnchor = textOf(values[7]);
     channel = values[8];
     displayCount = values[9].integer();

@@ -1,6 +1,7 @@
 #include <KeloAPI/platform/ExitGuard.hpp>
 #include <KeloAPI/platform/Json.hpp>
 #include <KeloAPI/platform/JsonReader.hpp>
+#include <KeloAPI/platform/JsonSubstitution.hpp>
 
 #include <simdjson.h>
 
@@ -21,8 +22,15 @@ simdjson::dom::element elementAt(const void* document, std::size_t index) {
     return std::bit_cast<simdjson::dom::element>(Position{document, index});
 }
 
-const simdjson::dom::document& documentAt(const void* document) {
-    return *static_cast<const simdjson::dom::document*>(document);
+/// The reader's document, which every view points to, and what it cannot hold.
+struct Document : simdjson::dom::document {
+    /// The text, where it has numbers too large for the reader; empty otherwise.
+    std::string text;
+};
+
+const Document& documentAt(const void* document) {
+    // The reader's own elements point to the base.
+    return static_cast<const Document&>(*static_cast<const simdjson::dom::document*>(document));
 }
 
 // The tape: every value is one word with its kind in the upper byte, numbers have a second word;
@@ -54,18 +62,28 @@ std::size_t next(const void* document, std::size_t index) {
     }
 }
 
+std::uint64_t payloadAt(const void* document, std::size_t index) {
+    return wordAt(document, index) & 0x00FFFFFFFFFFFFFFULL;
+}
+
 std::string_view textAt(const void* document, std::size_t index) {
-    constexpr std::uint64_t payload = 0x00FFFFFFFFFFFFFFULL;
-    const std::uint8_t* text =
-        documentAt(document).string_buf.get() + (wordAt(document, index) & payload);
+    const std::uint8_t* text = documentAt(document).string_buf.get() + payloadAt(document, index);
     std::uint32_t length = 0;
     std::memcpy(&length, text, sizeof length);
     return {reinterpret_cast<const char*>(text) + sizeof length, length};
 }
 
 template <class T>
-T payloadAt(const void* document, std::size_t index) {
+T numberAt(const void* document, std::size_t index) {
     return std::bit_cast<T>(wordAt(document, index + 1));
+}
+
+/// The digits of an integer beyond 64 bits, for which the document has a double. That double's
+/// first word, empty otherwise, holds the place in the text behind the digits.
+std::string_view digitsAt(const void* document, std::size_t index) {
+    const std::size_t end = payloadAt(document, index);
+    const std::string_view before = std::string_view(documentAt(document).text).substr(0, end);
+    return before.substr(before.find_last_not_of("-0123456789") + 1);
 }
 
 /// A set of texts that is quick to ask and errs to one side: it may hold texts that were not added.
@@ -143,14 +161,22 @@ std::optional<Number> JsonValue::number() const {
     case 'f':
         return Number::of(false);
     case 'l':
-        return Number::of(payloadAt<std::int64_t>(_document, _index));
+        return Number::of(numberAt<std::int64_t>(_document, _index));
     case 'u':
-        return Number::of(payloadAt<std::uint64_t>(_document, _index));
+        return Number::of(numberAt<std::uint64_t>(_document, _index));
     case 'd':
-        return Number::of(payloadAt<double>(_document, _index));
+        return Number::of(numberAt<double>(_document, _index));
     default:
         return std::nullopt;
     }
+}
+
+std::optional<std::string> JsonValue::numberText() const {
+    if (JsonAccess::kind(*this) == 'd' && payloadAt(_document, _index) != 0) {
+        return std::string(digitsAt(_document, _index));
+    }
+    const auto value = number();
+    return value ? std::optional(value->stringValue()) : std::nullopt;
 }
 
 std::optional<std::int64_t> JsonValue::integer() const {
@@ -207,7 +233,7 @@ std::string JsonValue::description() const {
     case '[':
         return compactJson(_document, _index);
     default:
-        return number()->stringValue();
+        return *numberText();
     }
 }
 
@@ -308,7 +334,7 @@ void initialiseJsonReader() {
 }
 
 struct JsonDocument::Contents {
-    simdjson::dom::parser parser;
+    Document document;
 };
 
 JsonDocument::JsonDocument(std::unique_ptr<Contents> contents)
@@ -317,25 +343,68 @@ JsonDocument::JsonDocument(JsonDocument&&) noexcept = default;
 JsonDocument& JsonDocument::operator=(JsonDocument&&) noexcept = default;
 JsonDocument::~JsonDocument() = default;
 
+namespace {
+
+/// Puts the numbers that stood as 0 into the document as doubles.
+void putBack(const std::vector<LargeNumber>& numbers, Document& document) {
+    auto number = numbers.begin();
+    std::size_t ordinal = 0;
+    for (std::size_t at = 1; number != numbers.end();) {
+        const char kind = kindAt(static_cast<const simdjson::dom::document*>(&document), at);
+        const bool isNumber = kind == 'l' || kind == 'u' || kind == 'd';
+        if (isNumber && ordinal++ == number->ordinal) {
+            const std::uint64_t end = number->isInteger ? number->end : 0;
+            document.tape[at] = (std::uint64_t{'d'} << 56U) | end;
+            document.tape[at + 1] = std::bit_cast<std::uint64_t>(number->value);
+            ++number;
+        }
+        at += isNumber ? 2 : 1;
+    }
+}
+
+/// Reads a text that the reader refused with `error`, with substitutes for what it cannot hold.
+simdjson::error_code readWithSubstitutes(std::string_view text, simdjson::error_code error,
+                                         simdjson::dom::parser& parser, Document& document) {
+    std::string readable;
+    readable.reserve(text.size() + simdjson::SIMDJSON_PADDING);
+    readable = text;
+    const JsonSubstitution substitution = substituteUnreadable(readable);
+    if (!substitution.changed) {
+        return error;
+    }
+    error = parser.parse_into_document(document, readable.data(), readable.size(), false).error();
+    if (error == simdjson::SUCCESS && !substitution.numbers.empty()) {
+        document.text = text;
+        putBack(substitution.numbers, document);
+    }
+    return error;
+}
+
+} // namespace
+
 Result<JsonDocument> JsonDocument::parse(const std::string& text) {
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-    const std::size_t skipped = text.starts_with(byteOrderMark) ? byteOrderMark.size() : 0;
+    std::string_view json = text;
+    json.remove_prefix(json.starts_with(byteOrderMark) ? byteOrderMark.size() : 0);
     const bool padded = text.capacity() - text.size() >= simdjson::SIMDJSON_PADDING;
     auto contents = std::make_unique<Contents>();
     // A task that outlasts the exit's patience must not come to a reader that is gone.
     ExitGuard::parkIfExiting();
-    const auto outcome =
-        contents->parser.parse(text.data() + skipped, text.size() - skipped, !padded);
-    if (outcome.error() != simdjson::SUCCESS) {
-        return Error::withMessage(errorDomain, outcome.error(),
-                                  simdjson::error_message(outcome.error()));
+    simdjson::dom::parser parser;
+    Document& document = contents->document;
+    auto error = parser.parse_into_document(document, json.data(), json.size(), !padded).error();
+    if (error == simdjson::NUMBER_ERROR || error == simdjson::STRING_ERROR) {
+        error = readWithSubstitutes(json, error, parser, document);
+    }
+    if (error != simdjson::SUCCESS) {
+        return Error::withMessage(errorDomain, error, simdjson::error_message(error));
     }
     return JsonDocument(std::move(contents));
 }
 
 JsonValue JsonDocument::root() const {
     // The first word of the tape is the root's own; the value stands behind it.
-    return JsonAccess::value(&_contents->parser.doc, 1);
+    return JsonAccess::value(static_cast<const simdjson::dom::document*>(&_contents->document), 1);
 }
 
 } // namespace KeloAPI

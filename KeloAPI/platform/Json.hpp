@@ -36,8 +36,11 @@ public:
 
     /// The value when it is text (UTF-8); absent otherwise.
     std::optional<std::string_view> text() const;
-    /// The value when it is a number or a boolean; absent otherwise.
+    /// The value when it is a number or a boolean; absent otherwise. An integer beyond 64 bits is
+    /// the nearest double, and a number beyond doubles the largest double of its sign.
     std::optional<Number> number() const;
+    /// The decimal text of `number`; that of an integer beyond 64 bits is its digits as written.
+    std::optional<std::string> numberText() const;
     /// `number` as a 64-bit integer, a boolean and a double.
     std::optional<std::int64_t> integer() const;
     std::optional<bool> boolean() const;
@@ -49,7 +52,7 @@ public:
     /// The value when it is a list whose elements are all objects; absent otherwise.
     std::optional<JsonObjectList> objects() const;
 
-    /// The value as text, whatever its kind: a text itself, a number's `stringValue`, "<null>" for
+    /// The value as text, whatever its kind: a text itself, a number's `numberText`, "<null>" for
     /// null, compact JSON for a list or an object. Empty for a value that does not exist.
     std::string description() const;
 
@@ -210,10 +213,10 @@ public:
     /// The domain of the errors of `parse`; their codes are the reader's own.
     static constexpr std::string_view errorDomain = "KeloAPI.JsonSyntax";
 
-    /// Reads a whole JSON text in UTF-8, with or without a byte-order mark. Malformed text, a
-    /// number beyond 64-bit integers and doubles, and more than 1024 levels of objects and lists in
-    /// one another are errors. The text may go afterwards. Spare capacity of 64 bytes and more
-    /// behind the text saves a copy of it.
+    /// Reads a whole JSON text in UTF-8, with or without a byte-order mark. Malformed text and more
+    /// than 1024 levels of objects and lists in one another are errors; a number of any size is
+    /// none. An escaped surrogate that stands alone reads as U+FFFD. The text may go afterwards.
+    /// Spare capacity of 64 bytes and more behind the text saves a copy of it.
     static Result<JsonDocument> parse(const std::string& text);
 
     JsonDocument(JsonDocument&&) noexcept;

@@ -66,6 +66,20 @@ TEST(ResponseEnvelope, AnEmptyBodyAndMalformedJsonAreTheHTTPLayersErrors) {
     EXPECT_TRUE(malformed.error->underlying().has_value());
 }
 
+TEST(ResponseEnvelope, ANumberOfAnySizeLosesNoRecord) {
+    for (const char* number : {"18446744073709551616", "-9223372036854775809", "1e400"}) {
+        const Read answer =
+            read(std::string(R"({"unread": )") + number + R"(, "data": {"count": )" + number +
+                 R"(, "records": [{"count": 1, "velocity": 2},
+            {"count": 3, "velocity": )" +
+                 number + "}]}}");
+        EXPECT_FALSE(answer.error) << number;
+        ASSERT_EQ(answer.items.size(), 2U) << number;
+        EXPECT_EQ(answer.items[0]->count, Number::of(1));
+        EXPECT_EQ(answer.items[1]->velocity.doubleValue() < 0, *number == '-');
+    }
+}
+
 TEST(ResponseEnvelope, ARootThatIsNoObjectHasNoDataSection) {
     for (const char* body : {"[]", "[{\"data\":{}}]", "1", "\"text\"", "null", "true"}) {
         expectEnvelopeError(read(body), "Data section in response is missing");

@@ -68,6 +68,13 @@ TEST(PostSourceTest, EveryKeyWithEveryKindOfValue) {
     testing::KeyTable<KLPostSource>(KLPostSource::fromJSON, rules).check();
 }
 
+TEST(PostSourceTest, IdentifiersKeepTheirDigitsBeyond64Bits) {
+    const auto large = parsed(R"({"postId":18446744073709551616,"userId":-99999999999999999999})");
+    ASSERT_NE(large, nullptr);
+    EXPECT_EQ(large->postId(), "18446744073709551616");
+    EXPECT_EQ(large->userId(), "-99999999999999999999");
+}
+
 TEST(PostSourceTest, NeedsBothIdentifiersAsNumbers) {
     for (const char* json :
          {"{}", R"({"postId":1})", R"({"userId":1})", R"({"postId":"1","userId":2})",

@@ -72,7 +72,8 @@ TEST(JsonParseErrorTest, NamesItsCaseToWhoCatchesIt) {
 
 TEST(ParserHelpersTest, ParseIdTakesTextAndNumbers) {
     const JsonText json(R"({"text":"abc","empty":"","seven":7,"one":1.0,"half":1.5,"exp":1e3,
-        "big":18446744073709551615,"low":-9223372036854775808,"yes":true,"no":false,
+        "big":18446744073709551615,"low":-9223372036854775808,
+        "beyond":18446744073709551616,"below":-123456789012345678901234567890,"yes":true,"no":false,
         "null":null,"list":[1],"map":{"a":1}})");
     const KLEmptyParser parser;
     EXPECT_EQ(parser.parseId(json["text"]), "abc");
@@ -83,6 +84,8 @@ TEST(ParserHelpersTest, ParseIdTakesTextAndNumbers) {
     EXPECT_EQ(parser.parseId(json["exp"]), "1000");
     EXPECT_EQ(parser.parseId(json["big"]), "18446744073709551615");
     EXPECT_EQ(parser.parseId(json["low"]), "-9223372036854775808");
+    EXPECT_EQ(parser.parseId(json["beyond"]), "18446744073709551616");
+    EXPECT_EQ(parser.parseId(json["below"]), "-123456789012345678901234567890");
     EXPECT_EQ(parser.parseId(json["yes"]), "1");
     EXPECT_EQ(parser.parseId(json["no"]), "0");
     EXPECT_EQ(parser.parseId(json["null"]), std::nullopt);

@@ -88,6 +88,7 @@ TEST(MetadataTest, AnAnchorIsTextOrANumber) {
     EXPECT_EQ(metadata(R"({"anchor":""})").anchor(), "");
     EXPECT_EQ(metadata(R"({"anchor":1.5})").anchor(), "1.5");
     EXPECT_EQ(metadata(R"({"anchor":18446744073709551615})").anchor(), "18446744073709551615");
+    EXPECT_EQ(metadata(R"({"anchor":18446744073709551616})").anchor(), "18446744073709551616");
     EXPECT_EQ(metadata(R"({"anchor":1e3})").anchor(), "1000");
     EXPECT_EQ(metadata(R"({"anchor":true})").anchor(), "1");
     for (const char* value : {"null", "[]", "{}"}) {

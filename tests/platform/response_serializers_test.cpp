@@ -53,7 +53,7 @@ TEST_F(ResponseSerializersTest, NoBodyIsAnErrorForJSON) {
 }
 
 TEST_F(ResponseSerializersTest, MalformedJSONIsAnErrorWithItsReason) {
-    for (const char* text : {" ", "{", "<html>", "{\"a\":1e999}", "\xFF"}) {
+    for (const char* text : {" ", "{", "<html>", "{\"a\":01}", "\xFF"}) {
         body = text;
         ASSERT_TRUE(jsonFails(HTTPErrorCode::BadJson)) << text;
         EXPECT_EQ(serializeJSON(content()).error().underlying()->domain(),
