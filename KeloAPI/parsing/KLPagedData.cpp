@@ -2,7 +2,6 @@
 #include <KeloAPI/platform/Contract.hpp>
 
 #include <algorithm>
-#include <iterator>
 #include <limits>
 
 namespace KeloAPI {
@@ -65,24 +64,26 @@ void KLPagedData::addPagedData(const std::shared_ptr<KLPagedData>& other) {
 }
 
 void KLPagedData::appendPagedData(const KLPagedData& other) {
-    // Room first: the other list may be this one.
-    const std::size_t added = other._data.size();
-    _data.reserve(_data.size() + added);
-    std::copy_n(other._data.begin(), added, std::back_inserter(_data));
+    insertElements(_data.end(), other);
     _metadata = other._metadata;
 }
 
 void KLPagedData::prependPagedData(const KLPagedData& other) {
-    Elements joined;
-    joined.reserve(other._data.size() + _data.size());
-    joined.insert(joined.end(), other._data.begin(), other._data.end());
-    joined.insert(joined.end(), _data.begin(), _data.end());
-    _data = std::move(joined);
+    insertElements(_data.begin(), other);
     _metadata = std::make_shared<KLPagingMetadata>(count(), *_metadata, *other._metadata);
 }
 
 std::shared_ptr<KLPagedData> KLPagedData::copy() const {
     return std::make_shared<KLPagedData>(_data, std::make_shared<KLPagingMetadata>(*_metadata));
+}
+
+void KLPagedData::insertElements(Elements::const_iterator position, const KLPagedData& other) {
+    if (&other == this) {
+        const Elements own = _data;
+        _data.insert(position, own.begin(), own.end());
+    } else {
+        _data.insert(position, other._data.begin(), other._data.end());
+    }
 }
 
 std::size_t KLPagedData::checked(Index index) const {

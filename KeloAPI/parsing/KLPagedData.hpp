@@ -75,6 +75,8 @@ public:
     std::shared_ptr<KLPagedData> copy() const;
 
 private:
+    /// The elements of `other` at `position`, the list growing as a vector does.
+    void insertElements(Elements::const_iterator position, const KLPagedData& other);
     std::size_t checked(Index index) const;
 
     std::shared_ptr<KLPagingMetadata> _metadata;

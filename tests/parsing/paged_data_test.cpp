@@ -27,6 +27,21 @@ std::shared_ptr<KLPagingMetadata> elementsMetadata(const std::string& json) {
     return std::make_shared<KLPagingMetadata>(JsonText(json).object());
 }
 
+/// How often a list moves to new room while `grow(list, page)` adds a thousand pages.
+template <class Grow>
+int movesToNewRoom(Grow grow) {
+    const KLPagedData page(elements(20));
+    KLPagedData list;
+    int moves = 0;
+    for (int i = 0; i < 1000; ++i) {
+        const auto* const before = list.data().data();
+        grow(list, page);
+        moves += list.data().data() != before ? 1 : 0;
+    }
+    EXPECT_EQ(list.count(), 20'000);
+    return moves;
+}
+
 KLPagedData::Elements joined(KLPagedData::Elements a, const KLPagedData::Elements& b) {
     a.insert(a.end(), b.begin(), b.end());
     return a;
@@ -259,6 +274,15 @@ TEST(PagedDataTest, PrependedToItselfItDoublesToo) {
     list.prependPagedData(list);
     EXPECT_EQ(list.data(), joined(two, two));
     EXPECT_EQ(list.metadata()->count(), 4);
+}
+
+TEST(PagedDataTest, DoesNotMoveToNewRoomWithEveryPage) {
+    EXPECT_LE(movesToNewRoom(
+                  [](KLPagedData& list, const KLPagedData& page) { list.appendPagedData(page); }),
+              20);
+    EXPECT_LE(movesToNewRoom(
+                  [](KLPagedData& list, const KLPagedData& page) { list.prependPagedData(page); }),
+              20);
 }
 
 TEST(PagedDataTest, ACopySharesTheElementsOnly) {
