@@ -104,6 +104,7 @@ std::shared_ptr<EndpointRequest> Endpoint::sendUpload(std::shared_ptr<const Endp
 
 void Endpoint::download(const URL& destinationUrl, DownloadCompletion completionHandler,
                         DownloadDelivery delivery) {
+    detail::requireCompletion(completionHandler);
     // The endpoint lives until its completion has run, as in every other call.
     _session->download(
         *this, destinationUrl,
@@ -119,6 +120,7 @@ void Endpoint::setDownloadProgressHandler(Session::DownloadProgress handler) {
 }
 
 std::shared_ptr<EndpointRequest> Endpoint::request(TextCompletion completionHandler) {
+    detail::requireCompletion(completionHandler);
     const auto request = _session->request(*this);
     auto handle = AlamofireEndpointRequest::create(request);
     request->response<std::string>(

@@ -17,10 +17,12 @@
 #include <KeloAPI/platform/Object.hpp>
 #include <KeloAPI/platform/Parameters.hpp>
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -57,6 +59,9 @@ public:
 ///     inside the call that sent. A retry that the session releases is another send and ends in
 ///     another call of the same completion.
 /// The endpoint, the parser and the completion live until then, and as long as a retry waits.
+///
+/// A completion must not be empty, unless a call says that it may be: such a call stops the process
+/// before it sends anything.
 ///
 /// Endpoints are made by `create` functions only, as shared pointers. One endpoint serves one call
 /// at a time, from one thread at a time; different endpoints are independent.
@@ -163,6 +168,15 @@ private:
 
 namespace detail {
 
+/// A completion that can be empty must not be. A lambda cannot, though one without captures could
+/// be compared with a null pointer: what can be set to null is asked.
+template <class Completion>
+void requireCompletion(const Completion& completion) {
+    if constexpr (std::is_assignable_v<Completion&, std::nullptr_t>) {
+        require(completion != nullptr, "a call needs a completion");
+    }
+}
+
 template <class T, class Completion>
 class TypedCall final : public EndpointCall {
 public:
@@ -187,6 +201,7 @@ private:
 template <class P, class Completion>
 std::shared_ptr<const EndpointCall> typedCall(std::shared_ptr<P> parser, Completion completion) {
     require(parser != nullptr, "a call needs a parser");
+    requireCompletion(completion);
     return std::make_shared<TypedCall<typename P::T, Completion>>(std::move(parser),
                                                                   std::move(completion));
 }

@@ -1,5 +1,6 @@
 #include <KeloAPI/api/Certificates.hpp>
 #include <KeloAPI/api/Session.hpp>
+#include <KeloAPI/platform/Contract.hpp>
 #include <KeloAPI/platform/http/ServerTrustPolicy.hpp>
 #include <KeloAPI/Settings.hpp>
 
@@ -96,6 +97,7 @@ std::shared_ptr<Request> Session::upload(const URLRequestConvertible& convertibl
 void Session::download(const URLRequestConvertible& convertible, const URL& destinationUrl,
                        DownloadCompletion completionHandler, DownloadProgress progressHandler,
                        DownloadDelivery delivery) {
+    require(completionHandler != nullptr, "a call needs a completion");
     const auto request = sessionManager()->download(convertible, destinationUrl);
     if (progressHandler) {
         request->progress(std::move(progressHandler));

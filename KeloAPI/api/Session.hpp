@@ -86,7 +86,7 @@ public:
     /// Sends a request whose answer becomes the file `destinationUrl`. A download keeps what is
     /// answered with a status of 200 to 299, but not 204, 205, nor a 206 without a Range field in
     /// the request; any other status is the error `HTTPStatus`. The progress is told on the main
-    /// queue, and the completion called where `delivery` says.
+    /// queue, and the completion, which must not be empty, called where `delivery` says.
     virtual void download(const URLRequestConvertible& convertible, const URL& destinationUrl,
                           DownloadCompletion completionHandler,
                           DownloadProgress progressHandler = nullptr,

@@ -23,6 +23,7 @@ std::shared_ptr<MeEndpoint> MeEndpoint::create(std::shared_ptr<Session> session)
 }
 
 void MeEndpoint::get(std::function<void(const MeResult&)> completion) {
+    detail::requireCompletion(completion);
     request(std::make_shared<UserParser>(),
             [completion = std::move(completion)](std::vector<std::shared_ptr<KLWatchUser>> users,
                                                  const std::optional<Metadata>&, const Timeline&,

@@ -50,6 +50,7 @@ public:
     void toggle(bool on,
                 std::function<void(const PostActionResult<typename P::T>& result)> completion) {
         using Result = PostActionResult<typename P::T>;
+        detail::requireCompletion(completion);
         setMethod(on ? Method::POST : Method::DELETE);
         setPathFor(on);
         request(_parser, [completion = std::move(completion)](

@@ -19,6 +19,7 @@ std::shared_ptr<SoundboardEndpoint> SoundboardEndpoint::create(std::shared_ptr<S
 std::shared_ptr<EndpointRequest> SoundboardEndpoint::fetchSounds(
     std::function<void(std::vector<std::shared_ptr<SoundboardSound>>, std::optional<Error>)>
         completion) {
+    detail::requireCompletion(completion);
     setParameters({});
     setParameterEncoding(ParameterEncoding::URL);
     setMethod(Method::GET);

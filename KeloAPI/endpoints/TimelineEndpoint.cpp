@@ -50,6 +50,7 @@ std::shared_ptr<TimelineEndpoint> TimelineEndpoint::create(std::shared_ptr<Sessi
 }
 
 void TimelineEndpoint::fetch(std::function<void(const TimelineResult&)> result) {
+    detail::requireCompletion(result);
     const auto self = std::static_pointer_cast<TimelineEndpoint>(shared_from_this());
     request(std::make_shared<PostParser>(),
             [self, result = std::move(result)](std::vector<std::shared_ptr<KLWatchPost>> posts,

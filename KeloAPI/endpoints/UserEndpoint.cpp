@@ -33,6 +33,7 @@ std::shared_ptr<UserEndpoint> UserEndpoint::create(std::shared_ptr<Session> sess
 
 void UserEndpoint::setFollowingOnTwitter(bool following,
                                          std::function<void(const UserResult&)> completion) {
+    detail::requireCompletion(completion);
     setPath("users/" + _userId + (following ? "/follow-on-twitter" : "/unfollow-on-twitter"));
     setMethod(Method::POST);
     request(std::make_shared<KLEmptyParser>(),

@@ -30,6 +30,7 @@ std::shared_ptr<LongformUploadEndpoint> LongformUploadEndpoint::create() {
 
 std::shared_ptr<EndpointRequest> LongformUploadEndpoint::initiateUpload(std::int64_t totalBytes,
                                                                         Completion completion) {
+    detail::requireCompletion(completion);
     setPath(uploadsPath());
     setParameters({{"totalBytes", totalBytes}, {"mediaType", "video/mp4"}});
     setMethod(Method::POST);
@@ -40,6 +41,7 @@ std::shared_ptr<EndpointRequest>
 LongformUploadEndpoint::uploadSegment(const std::string& mediaId, Data data,
                                       std::int64_t segmentIndex,
                                       std::function<void(std::optional<Error>)> completion) {
+    detail::requireCompletion(completion);
     setPath(uploadsPath() + "/" + mediaId);
     setParameters({{"segmentIndex", segmentIndex}});
     setParameterEncoding(ParameterEncoding(encodeForSegment));
@@ -53,6 +55,7 @@ LongformUploadEndpoint::uploadSegment(const std::string& mediaId, Data data,
 
 std::shared_ptr<EndpointRequest> LongformUploadEndpoint::finalizeUpload(const std::string& mediaId,
                                                                         Completion completion) {
+    detail::requireCompletion(completion);
     setPath(uploadsPath() + "/" + mediaId);
     setParameters({});
     setMethod(Method::POST);
@@ -61,6 +64,7 @@ std::shared_ptr<EndpointRequest> LongformUploadEndpoint::finalizeUpload(const st
 
 std::shared_ptr<EndpointRequest> LongformUploadEndpoint::checkStatus(const std::string& mediaId,
                                                                      Completion completion) {
+    detail::requireCompletion(completion);
     setPath(uploadsPath() + "/" + mediaId + "/status");
     setParameters({});
     setMethod(Method::GET);

@@ -23,6 +23,7 @@ LongformViewsEndpoint::create(const std::string& longformId) {
 
 std::shared_ptr<EndpointRequest> LongformViewsEndpoint::fetchViews(
     std::function<void(std::shared_ptr<KLLongformViews>, std::optional<Error>)> completion) {
+    detail::requireCompletion(completion);
     setParameters({});
     setParameterEncoding(ParameterEncoding::URL);
     setMethod(Method::GET);
@@ -37,6 +38,7 @@ std::shared_ptr<EndpointRequest> LongformViewsEndpoint::fetchViews(
 
 std::shared_ptr<EndpointRequest>
 LongformViewsEndpoint::submitView(std::function<void(std::optional<Error>)> completion) {
+    detail::requireCompletion(completion);
     setParameters({{"timestamp", detail::decimalText(timeIntervalSince1970(now()))}});
     setParameterEncoding(ParameterEncoding::JSON);
     setMethod(Method::POST);

@@ -115,6 +115,7 @@ void Request::endProgress() {
 }
 
 void Request::response(Serializer serializer) {
+    require(serializer != nullptr, "a response handler must not be empty");
     {
         const std::lock_guard lock(_guarded->mutex);
         if (!_guarded->served) {

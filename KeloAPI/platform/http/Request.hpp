@@ -1,5 +1,6 @@
 #pragma once
 
+#include <KeloAPI/platform/Contract.hpp>
 #include <KeloAPI/platform/Error.hpp>
 #include <KeloAPI/platform/Export.hpp>
 #include <KeloAPI/platform/http/Timeline.hpp>
@@ -64,7 +65,7 @@ public:
     /// later is not kept.
     void progress(Progress observer);
 
-    /// Attaches a response handler.
+    /// Attaches a response handler. An empty one stops the process, here and below.
     void response(Serializer serializer);
 
     /// Attaches a response handler as two steps: a serializer that makes a value of the answer, and
@@ -124,6 +125,7 @@ private:
 template <class T>
 void Request::response(std::function<Result<T>(const ResponseContent&)> serializer,
                        std::function<void(Result<T>, Timeline)> completion) {
+    require(serializer && completion, "a response handler must not be empty");
     response([serializer = std::move(serializer), completion = std::move(completion)](
                  const ResponseContent& content, Timeline timeline) -> Completion {
         // Shared because a completion is copied about and a value may not be.
