@@ -70,9 +70,11 @@ std::shared_ptr<Manager> Session::sessionManager() {
             return _sessionManager;
         }
     }
-    // The delegate is asked outside the lock: it may use this session.
+    // The delegate is asked outside the lock: it may use this session. What is pinned is where the
+    // requests go; without such a place nothing is sent at all.
+    const auto base = URL::parse(schema() + host());
     std::map<std::string, ServerTrustPolicy> policies;
-    policies.emplace(host(), PinCertificates{Certificates::chain()});
+    policies.emplace(base ? base->host() : std::string(), PinCertificates{Certificates::chain()});
     auto manager = std::make_shared<Manager>(ServerTrustPolicyManager(policies));
     const std::lock_guard lock(_managerMutex);
     if (!_sessionManager) {

@@ -75,6 +75,7 @@ public:
     virtual bool polling();
     /// Connects to the service. Made at its first use, with the built-in certificates pinned for
     /// the host that the session has then; a host that the delegate names later is not pinned.
+    /// Where scheme and host then name no place to send to, it refuses every request for good.
     virtual std::shared_ptr<Manager> sessionManager();
     /// Puts another manager in its place, for requests from then on.
     virtual void setSessionManager(std::shared_ptr<Manager> manager);

@@ -1,9 +1,11 @@
 #include <KeloAPI/platform/Contract.hpp>
 #include <KeloAPI/platform/URL.hpp>
 
+#include <arpa/inet.h>
 #include <uriparser/Uri.h>
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <filesystem>
 #include <system_error>
@@ -50,6 +52,29 @@ std::string lowered(std::string_view text) {
     std::string result(text);
     std::transform(result.begin(), result.end(), result.begin(), lower);
     return result;
+}
+
+/// True for what resolvers take for a number, in lower case.
+bool isNumber(std::string_view label) {
+    const bool isHex = label.starts_with("0x");
+    label.remove_prefix(isHex ? 2 : 0);
+    return label.find_first_not_of(isHex ? "0123456789abcdef" : "0123456789") ==
+           std::string_view::npos;
+}
+
+/// True for a name in lower case that every reader takes for the same name. Escapes are undone by
+/// some, characters beyond ASCII are mapped to others, and behind a last label that is a number
+/// hides an address.
+bool isPlainName(std::string_view name) {
+    constexpr std::string_view allowed = "abcdefghijklmnopqrstuvwxyz0123456789-_.";
+    return name.find_first_not_of(allowed) == std::string_view::npos && !name.starts_with('.') &&
+           name.find("..") == std::string_view::npos && !isNumber(name.substr(name.rfind('.') + 1));
+}
+
+std::string textOf(const UriIp6& address) {
+    std::array<char, INET6_ADDRSTRLEN> text{};
+    return inet_ntop(AF_INET6, address.data, text.data(), text.size()) == nullptr ? ""
+                                                                                  : text.data();
 }
 
 bool isUnreserved(char c) {
@@ -165,7 +190,21 @@ std::string URL::scheme() const {
 
 std::string URL::host() const {
     const ParsedUri uri(_text);
-    return lowered(view(uri->hostText));
+    const UriHostDataA& data = uri->hostData;
+    if (data.ip6 != nullptr) {
+        return textOf(*data.ip6);
+    }
+    if (data.ipFuture.first != nullptr) {
+        return {};
+    }
+    std::string name = lowered(view(uri->hostText));
+    if (data.ip4 != nullptr) {
+        return name;
+    }
+    if (name.ends_with('.')) {
+        name.pop_back();
+    }
+    return isPlainName(name) ? name : std::string();
 }
 
 std::optional<std::uint16_t> URL::port() const {

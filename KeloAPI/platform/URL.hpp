@@ -28,8 +28,11 @@ public:
 
     /// In lower case, without ":"; empty for a relative reference.
     std::string scheme() const;
-    /// In lower case and without user, port or the brackets of an IPv6 address; empty when there
-    /// is none.
+    /// Where a request to this URL goes: a name in lower case without its final dot, an IPv4
+    /// address, or an IPv6 address in its shortest form without brackets. Empty when there is none,
+    /// and for a host that may be read in more than one way: one with percent escapes or with
+    /// anything but letters, digits, "-", "_" and single dots, or whose last label is a number
+    /// although it is no IPv4 address of four decimals.
     std::string host() const;
     /// As written, or the scheme's own for http and https; absent for others.
     std::optional<std::uint16_t> port() const;
@@ -41,7 +44,7 @@ public:
     /// Without "?"; absent when the URL has no query.
     std::optional<std::string> query() const;
 
-    /// True for an http or https URL with a host.
+    /// True for an http or https URL with a host, as `host` understands it.
     bool isHTTP() const;
     /// True when scheme, host and port are the same.
     bool hasOriginOf(const URL& other) const;

@@ -61,7 +61,8 @@ TEST(URLRequestTest, CanBeSentToHTTPOnly) {
     ASSERT_TRUE(request.problem());
     EXPECT_TRUE(isHTTPError(*request.problem(), HTTPErrorCode::UnsupportedURL));
     for (const char* text : {"file:///etc/passwd", "ftp://h/x", "//h/x", "users/me",
-                             "http:", "http:///x", "gopher://h/", "https:a"}) {
+                             "http:", "http:///x", "gopher://h/", "https:a", "https://?x",
+                             "https://u:p@", "https://127.1/", "https://local%68ost/"}) {
         request.url = URL::parse(text);
         ASSERT_TRUE(request.url) << text;
         ASSERT_TRUE(request.problem()) << text;

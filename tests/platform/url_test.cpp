@@ -168,6 +168,37 @@ TEST(URLTest, TakesAURLApart) {
     }
 }
 
+TEST(URLTest, AHostHasOneSpelling) {
+    const std::pair<const char*, const char*> table[] = {
+        {"Service.Example", "service.example"},
+        {"service.example.", "service.example"},
+        {"u:p@service.example.:8443", "service.example"},
+        {"my_host-2", "my_host-2"},
+        {"2nd.example", "2nd.example"},
+        {"0x7g", "0x7g"},
+        {"127.0.0.1", "127.0.0.1"},
+        {"[0:0:0:0:0:0:0:1]", "::1"},
+        {"[2001:DB8::0:7]", "2001:db8::7"},
+        {"[::FFFF:127.0.0.1]", "::ffff:127.0.0.1"},
+        {"[::ffff:7f00:1]", "::ffff:127.0.0.1"},
+    };
+    for (const auto& [text, host] : table) {
+        EXPECT_EQ(url("https://" + std::string(text)).host(), host);
+    }
+}
+
+TEST(URLTest, AHostThatMayBeReadInTwoWaysIsNone) {
+    for (const char* text :
+         {"",          "u:p@",        ":80",        ".",          "a..b",       "a..",
+          ".a",        "local%68ost", "a%2eb",      "%EF%BD%8Ca", "a%00",       "a,b",
+          "a~b",       "a!b",         "127.1",      "127.0.0.1.", "127.0.0.01", "0177.0.0.1",
+          "256.0.0.1", "1.2.3.4.5",   "2130706433", "0x7f.1",     "0x7F000001", "0x",
+          "a.1",       "a.0X1",       "[v1.a]"}) {
+        EXPECT_EQ(url("https://" + std::string(text)).host(), "") << text;
+        EXPECT_FALSE(url("https://" + std::string(text)).isHTTP()) << text;
+    }
+}
+
 TEST(URLTest, KnowsWhatHTTPCanReach) {
     EXPECT_TRUE(url("http://h").isHTTP());
     EXPECT_TRUE(url("HTTPS://h/x").isHTTP());
@@ -179,10 +210,11 @@ TEST(URLTest, KnowsWhatHTTPCanReach) {
 
 TEST(URLTest, ComparesOrigins) {
     const URL base = url("https://h/a");
-    for (const char* same : {"https://h", "https://H:443/b?c", "HTTPS://u@h/"}) {
+    for (const char* same : {"https://h", "https://H:443/b?c", "HTTPS://u@h/", "https://h."}) {
         EXPECT_TRUE(base.hasOriginOf(url(same))) << same;
     }
-    for (const char* other : {"http://h", "https://i", "https://h:444", "https://h.i", "//h"}) {
+    for (const char* other :
+         {"http://h", "https://i", "https://h:444", "https://h.i", "//h", "https://%68"}) {
         EXPECT_FALSE(base.hasOriginOf(url(other))) << other;
     }
 }

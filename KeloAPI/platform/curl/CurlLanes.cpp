@@ -2,48 +2,16 @@
 #include <KeloAPI/platform/curl/CurlLoop.hpp>
 #include <KeloAPI/platform/ExitGuard.hpp>
 
-#include <curl/curl.h>
-
 #include <algorithm>
 
 namespace KeloAPI {
 
 namespace {
 
-/// The host that libcurl will go to. It unescapes and normalises what a URL may write in several
-/// ways: judged by the text alone, a pinned host written otherwise would escape its policy. Empty
-/// where libcurl will go nowhere.
-std::string effectiveHost(const std::string& origin) {
-    std::string host;
-    char* text = nullptr;
-    CURLU* parts = curl_url();
-    if (curl_url_set(parts, CURLUPART_URL, origin.c_str(), 0) == CURLUE_OK &&
-        curl_url_get(parts, CURLUPART_HOST, &text, 0) == CURLUE_OK) {
-        host = text;
-        curl_free(text);
-    }
-    curl_url_cleanup(parts);
-    if (host.ends_with('.')) {
-        host.pop_back();
-    }
-    return host;
-}
-
 /// What of the text decides where the URL leads to: all that stands before its path.
 std::string_view originOf(const URL& url) {
     const std::string_view text = url.absoluteString();
     return text.substr(0, text.find_first_of("/?#", text.find("//") + 2));
-}
-
-/// The same table by the names that libcurl will go to.
-ServerTrustPolicyManager effective(const ServerTrustPolicyManager& trust) {
-    std::map<std::string, ServerTrustPolicy> policies;
-    for (const auto& [host, policy] : trust.policies()) {
-        const bool address = host.find(':') != std::string::npos;
-        const auto url = URL::parse("https://" + (address ? "[" + host + "]" : host));
-        policies.insert_or_assign(url ? effectiveHost(url->absoluteString()) : host, policy);
-    }
-    return ServerTrustPolicyManager(policies);
 }
 
 /// Of the lane's thread: 15 characters at most.
@@ -57,7 +25,7 @@ const char* nameOf(bool isPinned, bool mayWaitForDisk) {
 } // namespace
 
 CurlLanes::CurlLanes(const ServerTrustPolicyManager& trust)
-    : _trust(effective(trust)) {}
+    : _trust(trust) {}
 
 CurlLanes::~CurlLanes() = default;
 
@@ -68,13 +36,8 @@ std::shared_ptr<CurlLoop> CurlLanes::laneFor(const URL& url, bool mayWaitForDisk
     }
     const std::string_view origin = originOf(url);
     if (_last.lane == nullptr || _last.origin != origin || _last.mayWaitForDisk != mayWaitForDisk) {
-        std::string asked(origin);
-        const std::string host = effectiveHost(asked);
-        auto found = lane({_trust.policyForHost(host), mayWaitForDisk});
-        if (host.empty()) {
-            return found; // that the host was not understood is no knowledge of the origin
-        }
-        _last = {std::move(asked), mayWaitForDisk, found};
+        _last = {std::string(origin), mayWaitForDisk,
+                 lane({_trust.policyFor(url), mayWaitForDisk})};
     }
     return _last.lane;
 }

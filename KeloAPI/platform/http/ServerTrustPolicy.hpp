@@ -2,10 +2,10 @@
 
 #include <KeloAPI/platform/Export.hpp>
 #include <KeloAPI/platform/http/Certificate.hpp>
+#include <KeloAPI/platform/URL.hpp>
 
 #include <map>
 #include <string>
-#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -23,24 +23,24 @@ struct PinCertificates {
 /// How a server's certificate is judged.
 using ServerTrustPolicy = std::variant<PerformDefaultEvaluation, PinCertificates>;
 
-/// The policies of single hosts. A host that is not listed gets the default evaluation.
+/// The policies of single hosts. A host that is not listed gets the default evaluation; one that
+/// cannot be understood is refused.
 class KELO_API ServerTrustPolicyManager {
 public:
-    /// Hosts are compared without regard to case, and a port, a path or a user beside one is
-    /// ignored.
+    /// Each host is listed as it stands in a URL, and looked up as `URL::host` gives it: case, a
+    /// user before it, a port, a path or a query behind it make no difference. Where an entry is no
+    /// host at all, nobody knows what it was to protect: every request is refused then.
     explicit ServerTrustPolicyManager(
         const std::map<std::string, ServerTrustPolicy>& policies = {});
 
-    /// The table, by hosts as they are compared.
-    const std::map<std::string, ServerTrustPolicy, std::less<>>& policies() const {
-        return _policies;
-    }
-
-    /// The policy listed for `host`; null when there is none.
-    const ServerTrustPolicy* policyForHost(std::string_view host) const;
+    /// The policy by which the server of `url` is judged; null for the default evaluation. A
+    /// refusal is an empty list of pinned certificates. Valid as long as this object.
+    const ServerTrustPolicy* policyFor(const URL& url) const;
 
 private:
-    std::map<std::string, ServerTrustPolicy, std::less<>> _policies;
+    std::map<std::string, ServerTrustPolicy> _policies;
+    ServerTrustPolicy _refusal = PinCertificates{};
+    bool _refusesAll = false;
 };
 
 } // namespace KeloAPI

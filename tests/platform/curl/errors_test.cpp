@@ -83,8 +83,10 @@ TEST_F(ErrorsTransportTest, NameWithoutAddress) {
     EXPECT_TRUE(failedWith(heard, HTTPErrorCode::CannotFindHost));
 }
 
-TEST_F(ErrorsTransportTest, URLThatTheLibraryBelowRefuses) {
-    EXPECT_TRUE(failedWith(send(*unpinned(), get("http://a%00b/")), HTTPErrorCode::UnsupportedURL));
+TEST_F(ErrorsTransportTest, AHostThatMayBeReadInTwoWaysIsRefused) {
+    for (const char* url : {"http://a%00b/", "https://127.1/", "http:///x"}) {
+        EXPECT_TRUE(failedWith(send(*unpinned(), get(url)), HTTPErrorCode::ServerTrust)) << url;
+    }
 }
 
 } // namespace
