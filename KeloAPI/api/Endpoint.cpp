@@ -81,7 +81,10 @@ KeloAPI::URLRequest Endpoint::URLRequest() const {
     if (where.find("http") == std::string::npos) {
         const auto base = URL::parse(_session->schema() + _session->host());
         require(base.has_value(), "scheme and host of a session form no URL");
-        request.url = base->appendingPathComponent(where);
+        // A piece of the path must not become the host where the base has none.
+        if (const URL url = base->appendingPathComponent(where); url.host() == base->host()) {
+            request.url = url;
+        }
     } else {
         request.url = URL::parse(where);
     }

@@ -261,7 +261,7 @@ bool URL::hasOriginOf(const URL& other) const {
 URL URL::appendingPathComponent(std::string_view component) const {
     const std::size_t end = endOfPath(_text);
     std::string text = _text.substr(0, end);
-    if (!text.ends_with('/')) {
+    if (!pathOf(_text).ends_with('/')) {
         text += '/';
     }
     if (component.starts_with('/')) {

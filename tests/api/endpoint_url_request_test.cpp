@@ -105,6 +105,36 @@ TEST_F(EndpointURLRequest, APathWithHttpInItIsTheWholeURL) {
     EXPECT_EQ(urlOf("HTTP/x"), "https://service.example/HTTP/x");
 }
 
+TEST_F(EndpointURLRequest, NoPieceOfThePathBecomesTheHost) {
+    const std::pair<const char*, const char*> bases[] = {
+        {"https://", ""},   {"https://", "?x"},   {"https://", "#x"}, {"https://", "/"},
+        {"https://", ":1"}, {"https://", "u:p@"}, {"https:", ""},     {"https:", "/"},
+        {"https:/", ""},    {"https:", "?x"},     {"https", ":"}};
+    for (const auto& [schema, host] : bases) {
+        delegate->schema = schema;
+        delegate->host = host;
+        for (const char* path : {"users/me", "/users/me", "//users/me", "///users/me", ""}) {
+            endpoint->setPath(path);
+            const auto problem = endpoint->URLRequest().problem();
+            ASSERT_TRUE(problem) << schema << host << ' ' << path;
+            EXPECT_TRUE(isHTTPError(*problem, HTTPErrorCode::UnsupportedURL));
+        }
+    }
+}
+
+TEST_F(EndpointURLRequest, WithoutAHostTheCallFailsAndNothingIsSent) {
+    delegate->host = "";
+    delegate->sessionKey = "key";
+    endpoint->setPath("users/me");
+    std::optional<Error> failure;
+    endpoint->request(
+        [&](const std::optional<std::string>&, std::optional<Error> error) { failure = error; });
+    EXPECT_FALSE(failure) << "not inside the call";
+    ASSERT_TRUE(testing::runUntil([&] { return failure.has_value(); }));
+    EXPECT_TRUE(isHTTPError(*failure, HTTPErrorCode::UnsupportedURL));
+    EXPECT_TRUE(transport->requests().empty());
+}
+
 TEST_F(EndpointURLRequest, ABaseThatIsNoURLStopsTheProcess) {
     delegate->host = "not a host";
     endpoint->setPath("users/me");

@@ -253,6 +253,9 @@ TEST(URLTest, AppendsAPathComponent) {
         {"https://h/a?q=1#f", "b", "https://h/a/b?q=1#f"},
         {"https://h?q=1", "b", "https://h/b?q=1"},
         {"https://h#f", "b", "https://h/b#f"},
+        {"https://", "users/me", "https:///users/me"},
+        {"https://?q", "users/me", "https:///users/me?q"},
+        {"https://u@", "users/me", "https://u@/users/me"},
     };
     for (const Row& row : table) {
         const URL joined = url(row.base).appendingPathComponent(row.component);
