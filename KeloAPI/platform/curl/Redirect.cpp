@@ -62,6 +62,9 @@ Result<URLRequest> redirected(const URLRequest& request, int statusCode,
     if (!target || !target->isHTTP()) {
         return httpError(HTTPErrorCode::UnsupportedURL, "redirected to no http URL: " + location);
     }
+    if (request.url->scheme() == "https" && target->scheme() != "https") {
+        return httpError(HTTPErrorCode::ServerTrust, "redirected out of TLS: " + location);
+    }
     URLRequest next = request;
     next.url = target;
     if (becomesGet(statusCode, request.method)) {

@@ -13,7 +13,8 @@ inline constexpr int mostRedirects = 20;
 bool isRedirect(int statusCode, const HeaderFields& fields);
 
 /// The request that follows `request` where a redirect answered it; `UnsupportedURL` when it leads
-/// to no URL of http or https. See the status codes' sections of RFC 9110.
+/// to no URL of http or https, and `ServerTrust` when it leads from https to http. See the status
+/// codes' sections of RFC 9110.
 Result<URLRequest> redirected(const URLRequest& request, int statusCode,
                               const HeaderFields& fields);
 

@@ -19,6 +19,13 @@ protected:
         server->routes().Get("/away", [this](const httplib::Request&, httplib::Response& response) {
             response.set_redirect(target);
         });
+        server->routes().Post("/", [](const httplib::Request&, httplib::Response& response) {
+            response.set_content("taken", "text/plain");
+        });
+        server->routes().Post("/away",
+                              [this](const httplib::Request&, httplib::Response& response) {
+                                  response.set_redirect(target, 307);
+                              });
         server->start();
     }
 

@@ -80,7 +80,6 @@ TEST(RedirectTest, FieldsBoundToTheOriginStayWithinIt) {
     const HeaderFields rest = {{"Accept", "*/*"}};
     EXPECT_EQ(fieldsAt("https://other.example/x"), rest);
     EXPECT_EQ(fieldsAt("https://api.example:444/x"), rest);
-    EXPECT_EQ(fieldsAt("http://api.example/x"), rest);
     EXPECT_EQ(fieldsAt("//other.example/x"), rest);
 }
 
@@ -90,6 +89,22 @@ TEST(RedirectTest, AWayToNoHTTPURLIsAnError) {
         const auto next = redirected(original(Method::GET), 302, {{"Location", location}});
         ASSERT_FALSE(next) << location;
         EXPECT_TRUE(isHTTPError(next.error(), HTTPErrorCode::UnsupportedURL)) << location;
+    }
+}
+
+TEST(RedirectTest, NoWayLeadsOutOfTLS) {
+    for (const char* location :
+         {"http://api.example/x", "HTTP://api.example:443/a/b", "http://other.example/"}) {
+        for (const int status : {301, 303, 307}) {
+            const auto next = redirected(original(Method::POST), status, {{"Location", location}});
+            ASSERT_FALSE(next) << location;
+            EXPECT_TRUE(isHTTPError(next.error(), HTTPErrorCode::ServerTrust)) << location;
+        }
+    }
+    URLRequest plain = original(Method::GET);
+    plain.url = URL::parse("http://api.example/");
+    for (const char* location : {"https://api.example/", "http://other.example/", "/x"}) {
+        EXPECT_TRUE(redirected(plain, 302, {{"Location", location}})) << location;
     }
 }
 

@@ -187,6 +187,36 @@ TEST_F(TrustTest, RedirectToAnEmptyPinListIsRefused) {
     EXPECT_EQ(server->requests(), 1);
 }
 
+TEST_F(TrustTest, ARedirectOutOfTLSIsRefusedAndNothingSent) {
+    TestServer plain;
+    plain.start();
+    const auto leaf = TestCertificate::selfSigned({});
+    trustBySystem(leaf);
+    serve(leaf);
+    target = plain.url("/");
+    for (const auto& transport : {pinning("localhost", {leaf.certificate()}), unpinned()}) {
+        EXPECT_TRUE(
+            failedWith(send(*transport, get(server->url("/away"))), HTTPErrorCode::ServerTrust));
+        const auto heard = send(*transport, with(Method::POST, server->url("/away"), "secret"));
+        EXPECT_TRUE(failedWith(heard, HTTPErrorCode::ServerTrust));
+        EXPECT_TRUE(heard->responses.empty());
+    }
+    EXPECT_EQ(plain.requests(), 0);
+    EXPECT_EQ(server->requests(), 4);
+}
+
+TEST_F(TrustTest, ARedirectIntoTLSIsFollowed) {
+    const auto leaf = TestCertificate::selfSigned({});
+    serve(leaf);
+    TestServer plain;
+    plain.routes().Get("/", [this](const httplib::Request&, httplib::Response& response) {
+        response.set_redirect(server->url("/"));
+    });
+    plain.start();
+    const auto transport = pinning("localhost", {leaf.certificate()});
+    EXPECT_TRUE(succeeded(send(*transport, get(plain.url("/", "127.0.0.1")))));
+}
+
 /// Whatever was connected and trusted before under one policy must not help under another.
 TEST_F(TrustTest, ConnectionsAndTLSSessionsDoNotCrossPolicies) {
     const auto authority = TestCertificate::authority();
