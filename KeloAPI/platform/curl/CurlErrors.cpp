@@ -21,6 +21,8 @@ bool isOfChunks(std::string_view detail) {
 HTTPErrorCode httpCode(CURLcode code, std::string_view detail) {
     switch (code) {
     case CURLE_URL_MALFORMAT:
+    // Of all that callers choose, only a URL can be longer than an option's value may be.
+    case CURLE_BAD_FUNCTION_ARGUMENT:
         return HTTPErrorCode::UnsupportedURL;
     case CURLE_COULDNT_RESOLVE_HOST:
     case CURLE_COULDNT_RESOLVE_PROXY:

@@ -156,6 +156,11 @@ void CurlLoop::begin(const std::shared_ptr<CurlExchange>& exchange) {
         return;
     }
     auto transfer = std::make_unique<CurlTransfer>(exchange, _trust, _cookies);
+    if (auto failure = transfer->failure()) {
+        transfer.reset();
+        exchange->complete(std::move(failure));
+        return;
+    }
     if (curl_multi_add_handle(_multi, transfer->easy()) != CURLM_OK) {
         transfer.reset();
         exchange->complete(curlError(CURLE_OUT_OF_MEMORY, {}));

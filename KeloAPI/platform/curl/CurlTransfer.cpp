@@ -28,6 +28,8 @@ CurlTransfer::CurlTransfer(std::shared_ptr<CurlExchange> exchange, const TrustSt
     , _easy(curl_easy_init()) {
     if (_easy != nullptr) {
         setUp(trust, cookies);
+    } else {
+        _failure = curlError(CURLE_OUT_OF_MEMORY, {});
     }
 }
 

@@ -17,6 +17,8 @@
 
 namespace KeloAPI {
 
+class CurlOptions;
+
 /// One leg of an exchange: a request to one place and its answer, as one easy handle. Lives on its
 /// lane's thread.
 class CurlTransfer {
@@ -30,6 +32,8 @@ public:
     ~CurlTransfer();
 
     CURL* easy() const { return _easy; }
+    /// Why the transfer must not be started, or what made it give up; absent when it is well.
+    const std::optional<Error>& failure() const { return _failure; }
     /// The transfer that an easy handle is of.
     static CurlTransfer& of(CURL* easy);
     const std::shared_ptr<CurlExchange>& exchange() const { return _exchange; }
@@ -59,9 +63,11 @@ public:
 
 private:
     void setUp(const TrustStore& trust, CURLSH* cookies);
-    void setUpRequest();
-    void setUpHeaders();
-    void appendHeader(const std::string& line);
+    void setUpTransfer(CurlOptions& options);
+    void setUpCookies(CurlOptions& options, CURLSH* cookies);
+    void setUpRequest(CurlOptions& options);
+    void setUpHeaders(CurlOptions& options);
+    void appendHeader(CurlOptions& options, const std::string& line);
     bool takeHeaderLine(std::string_view line);
     bool takeBody(std::string_view bytes);
     bool unpack(std::string_view bytes);

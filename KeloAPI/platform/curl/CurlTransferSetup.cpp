@@ -1,3 +1,5 @@
+#include <KeloAPI/platform/curl/CurlErrors.hpp>
+#include <KeloAPI/platform/curl/CurlOptions.hpp>
 #include <KeloAPI/platform/curl/CurlTransfer.hpp>
 
 #include <algorithm>
@@ -35,68 +37,79 @@ bool promisesBody(Method method) {
 } // namespace
 
 void CurlTransfer::setUp(const TrustStore& trust, CURLSH* cookies) {
-    curl_easy_setopt(_easy, CURLOPT_PRIVATE, this);
-    curl_easy_setopt(_easy, CURLOPT_ERRORBUFFER, _detail.data());
-    curl_easy_setopt(_easy, CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(_easy, CURLOPT_PROTOCOLS_STR, "http,https");
-    curl_easy_setopt(_easy, CURLOPT_HTTP09_ALLOWED, 0L);
+    CurlOptions options(_easy);
+    setUpTransfer(options);
+    trust.applyTo(options);
+    setUpCookies(options, cookies);
+    setUpRequest(options);
+    setUpHeaders(options);
+    if (options.code() != CURLE_OK) {
+        _failure = curlError(options.code(), {});
+    }
+}
+
+void CurlTransfer::setUpTransfer(CurlOptions& options) {
+    options.set(CURLOPT_PRIVATE, this);
+    options.set(CURLOPT_ERRORBUFFER, _detail.data());
+    options.set(CURLOPT_NOSIGNAL, 1L);
+    options.set(CURLOPT_PROTOCOLS_STR, "http,https");
+    options.set(CURLOPT_HTTP09_ALLOWED, 0L);
     // Unpacked here: libcurl takes a body whose packing was cut short for a whole one.
-    curl_easy_setopt(_easy, CURLOPT_ACCEPT_ENCODING, "gzip");
-    curl_easy_setopt(_easy, CURLOPT_HTTP_CONTENT_DECODING, 0L);
-    curl_easy_setopt(_easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+    options.set(CURLOPT_ACCEPT_ENCODING, "gzip");
+    options.set(CURLOPT_HTTP_CONTENT_DECODING, 0L);
+    options.set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
     // Without it a cancellation waits for a name lookup that may take seconds.
-    curl_easy_setopt(_easy, CURLOPT_QUICK_EXIT, 1L);
+    options.set(CURLOPT_QUICK_EXIT, 1L);
     // Time without a byte is counted here, connecting included. libcurl's own limit lies beyond,
     // but follows it: an address that does not answer gets half of it before the next is tried.
     const auto beyond = _timeoutInterval + std::chrono::seconds(10);
-    curl_easy_setopt(_easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(beyond.count()));
+    options.set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(beyond.count()));
 
-    curl_easy_setopt(_easy, CURLOPT_HEADERFUNCTION, &CurlTransfer::onHeader);
-    curl_easy_setopt(_easy, CURLOPT_HEADERDATA, this);
-    curl_easy_setopt(_easy, CURLOPT_WRITEFUNCTION, &CurlTransfer::onBody);
-    curl_easy_setopt(_easy, CURLOPT_WRITEDATA, this);
-    curl_easy_setopt(_easy, CURLOPT_XFERINFOFUNCTION, &CurlTransfer::onProgress);
-    curl_easy_setopt(_easy, CURLOPT_XFERINFODATA, this);
-    curl_easy_setopt(_easy, CURLOPT_NOPROGRESS, 0L);
-
-    trust.applyTo(_easy);
-    // A Cookie field that the request brings is all that is sent.
-    if (!_exchange->request().headerFields.contains("Cookie")) {
-        curl_easy_setopt(_easy, CURLOPT_SHARE, cookies);
-        curl_easy_setopt(_easy, CURLOPT_COOKIEFILE, ""); // no file: switches cookies on
-    }
-    setUpRequest();
-    setUpHeaders();
+    options.set(CURLOPT_HEADERFUNCTION, &CurlTransfer::onHeader);
+    options.set(CURLOPT_HEADERDATA, this);
+    options.set(CURLOPT_WRITEFUNCTION, &CurlTransfer::onBody);
+    options.set(CURLOPT_WRITEDATA, this);
+    options.set(CURLOPT_XFERINFOFUNCTION, &CurlTransfer::onProgress);
+    options.set(CURLOPT_XFERINFODATA, this);
+    options.set(CURLOPT_NOPROGRESS, 0L);
 }
 
-void CurlTransfer::setUpRequest() {
+void CurlTransfer::setUpCookies(CurlOptions& options, CURLSH* cookies) {
+    // A Cookie field that the request brings is all that is sent.
+    if (!_exchange->request().headerFields.contains("Cookie")) {
+        options.set(CURLOPT_SHARE, cookies);
+        options.set(CURLOPT_COOKIEFILE, ""); // no file: switches cookies on
+    }
+}
+
+void CurlTransfer::setUpRequest(CurlOptions& options) {
     const URLRequest& request = _exchange->request();
-    curl_easy_setopt(_easy, CURLOPT_URL, request.url->absoluteString().c_str());
-    curl_easy_setopt(_easy, CURLOPT_PATH_AS_IS, 1L);
+    options.set(CURLOPT_URL, request.url->absoluteString().c_str());
+    options.set(CURLOPT_PATH_AS_IS, 1L);
     // HTTP/2 comes with TLS only; without it there is nothing to wait for.
     const bool secure = request.url->scheme() == "https";
     const long version = secure ? CURL_HTTP_VERSION_2TLS : CURL_HTTP_VERSION_1_1;
-    curl_easy_setopt(_easy, CURLOPT_HTTP_VERSION, version);
-    curl_easy_setopt(_easy, CURLOPT_PIPEWAIT, secure ? 1L : 0L);
+    options.set(CURLOPT_HTTP_VERSION, version);
+    options.set(CURLOPT_PIPEWAIT, secure ? 1L : 0L);
 
     if (request.method == Method::HEAD) {
-        curl_easy_setopt(_easy, CURLOPT_NOBODY, 1L);
+        options.set(CURLOPT_NOBODY, 1L);
         return;
     }
     if (request.body || promisesBody(request.method)) {
         _body = request.body ? request.body->text() : std::string_view();
-        curl_easy_setopt(_easy, CURLOPT_UPLOAD, 1L);
-        curl_easy_setopt(_easy, CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(_body.size()));
-        curl_easy_setopt(_easy, CURLOPT_READFUNCTION, &CurlTransfer::onRead);
-        curl_easy_setopt(_easy, CURLOPT_READDATA, this);
-        curl_easy_setopt(_easy, CURLOPT_UPLOAD_BUFFERSIZE, uploadBufferFor(_body.size()));
-        curl_easy_setopt(_easy, CURLOPT_SEEKFUNCTION, &CurlTransfer::onSeek);
-        curl_easy_setopt(_easy, CURLOPT_SEEKDATA, this);
+        options.set(CURLOPT_UPLOAD, 1L);
+        options.set(CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(_body.size()));
+        options.set(CURLOPT_READFUNCTION, &CurlTransfer::onRead);
+        options.set(CURLOPT_READDATA, this);
+        options.set(CURLOPT_UPLOAD_BUFFERSIZE, uploadBufferFor(_body.size()));
+        options.set(CURLOPT_SEEKFUNCTION, &CurlTransfer::onSeek);
+        options.set(CURLOPT_SEEKDATA, this);
     }
-    curl_easy_setopt(_easy, CURLOPT_CUSTOMREQUEST, std::string(name(request.method)).c_str());
+    options.set(CURLOPT_CUSTOMREQUEST, std::string(name(request.method)).c_str());
 }
 
-void CurlTransfer::setUpHeaders() {
+void CurlTransfer::setUpHeaders(CurlOptions& options) {
     const HeaderFields& fields = _exchange->request().headerFields;
     for (const auto& [name, value] : fields) {
         if (isFramingField(name)) {
@@ -106,20 +119,22 @@ void CurlTransfer::setUpHeaders() {
         const bool blank = value.find_first_not_of(" \t") == std::string::npos;
         std::string line = name;
         line += blank ? ";" : ": " + value;
-        appendHeader(line);
+        appendHeader(options, line);
     }
     // What libcurl would add by itself although HTTP does not need it.
     for (const char* unasked : {"Accept", "Expect"}) {
         if (!fields.contains(unasked)) {
-            appendHeader(std::string(unasked) + ":");
+            appendHeader(options, std::string(unasked) + ":");
         }
     }
-    curl_easy_setopt(_easy, CURLOPT_HTTPHEADER, _headers);
+    options.set(CURLOPT_HTTPHEADER, _headers);
 }
 
-void CurlTransfer::appendHeader(const std::string& line) {
+void CurlTransfer::appendHeader(CurlOptions& options, const std::string& line) {
     if (curl_slist* longer = curl_slist_append(_headers, line.c_str())) {
         _headers = longer;
+    } else {
+        options.fail(CURLE_OUT_OF_MEMORY);
     }
 }
 

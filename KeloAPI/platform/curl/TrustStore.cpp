@@ -1,3 +1,4 @@
+#include <KeloAPI/platform/curl/CurlOptions.hpp>
 #include <KeloAPI/platform/curl/TrustStore.hpp>
 
 #include <cstdlib>
@@ -27,38 +28,38 @@ TrustStore::TrustStore(const ServerTrustPolicy* policy)
     }
 }
 
-void TrustStore::applyTo(CURL* easy) const {
-    curl_easy_setopt(easy, CURLOPT_SSL_VERIFYPEER, 1L);
-    curl_easy_setopt(easy, CURLOPT_SSL_VERIFYHOST, 2L);
-    curl_easy_setopt(easy, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
+void TrustStore::applyTo(CurlOptions& options) const {
+    options.set(CURLOPT_SSL_VERIFYPEER, 1L);
+    options.set(CURLOPT_SSL_VERIFYHOST, 2L);
+    options.set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
     if (_pinned) {
-        applyPinned(easy);
+        applyPinned(options);
     } else {
-        applySystem(easy);
+        applySystem(options);
     }
     // A proxy is not the host: it is judged by the system's store in either case.
     if (!_file.empty()) {
-        curl_easy_setopt(easy, CURLOPT_PROXY_CAINFO, _file.c_str());
+        options.set(CURLOPT_PROXY_CAINFO, _file.c_str());
     }
     if (!_directory.empty()) {
-        curl_easy_setopt(easy, CURLOPT_PROXY_CAPATH, _directory.c_str());
+        options.set(CURLOPT_PROXY_CAPATH, _directory.c_str());
     }
 }
 
-void TrustStore::applyPinned(CURL* easy) const {
+void TrustStore::applyPinned(CurlOptions& options) const {
     // The built-in file and directory would be trusted beside the pins.
-    curl_easy_setopt(easy, CURLOPT_CAINFO, nullptr);
-    curl_easy_setopt(easy, CURLOPT_CAPATH, nullptr);
+    options.set(CURLOPT_CAINFO, nullptr);
+    options.set(CURLOPT_CAPATH, nullptr);
     curl_blob blob{const_cast<char*>(_pem.data()), _pem.size(), CURL_BLOB_NOCOPY};
-    curl_easy_setopt(easy, CURLOPT_CAINFO_BLOB, &blob);
+    options.set(CURLOPT_CAINFO_BLOB, &blob);
 }
 
-void TrustStore::applySystem(CURL* easy) const {
+void TrustStore::applySystem(CurlOptions& options) const {
     if (!_file.empty()) {
-        curl_easy_setopt(easy, CURLOPT_CAINFO, _file.c_str());
+        options.set(CURLOPT_CAINFO, _file.c_str());
     }
     if (!_directory.empty()) {
-        curl_easy_setopt(easy, CURLOPT_CAPATH, _directory.c_str());
+        options.set(CURLOPT_CAPATH, _directory.c_str());
     }
 }
 

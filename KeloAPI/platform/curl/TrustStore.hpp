@@ -2,11 +2,11 @@
 
 #include <KeloAPI/platform/http/ServerTrustPolicy.hpp>
 
-#include <curl/curl.h>
-
 #include <string>
 
 namespace KeloAPI {
+
+class CurlOptions;
 
 /// A policy as the options that make libcurl judge by it. The certificates are part of what
 /// libcurl compares before it uses a connection or a TLS session again.
@@ -19,12 +19,12 @@ public:
     bool rejectsEveryServer() const { return _pinned && _pem.empty(); }
     bool isPinned() const { return _pinned; }
 
-    /// The handle must not outlive this object.
-    void applyTo(CURL* easy) const;
+    /// The handle that is set up must not outlive this object.
+    void applyTo(CurlOptions& options) const;
 
 private:
-    void applyPinned(CURL* easy) const;
-    void applySystem(CURL* easy) const;
+    void applyPinned(CurlOptions& options) const;
+    void applySystem(CurlOptions& options) const;
 
     bool _pinned = false;
     std::string _pem;

@@ -1,0 +1,154 @@
+#include "TrustTest.hpp"
+
+#include <curl/curl.h>
+
+#include <atomic>
+#include <cstdarg>
+#include <mutex>
+#include <set>
+
+// The linker puts these in the place of libcurl's own in this program, so that each call can be
+// made to fail.
+extern "C" {
+CURLcode __real_curl_easy_setopt(CURL* easy, CURLoption option, ...);
+CURLcode __wrap_curl_easy_setopt(CURL* easy, CURLoption option, ...);
+curl_slist* __real_curl_slist_append(curl_slist* list, const char* text);
+curl_slist* __wrap_curl_slist_append(curl_slist* list, const char* text);
+}
+
+namespace KeloAPI::support {
+namespace {
+
+/// What the library has set, and what of it fails.
+struct WrappedCurl {
+    std::mutex mutex;
+    std::set<CURLoption> seen;
+    std::optional<CURLoption> failing;
+    std::set<std::string> headers;
+    std::string failingHeader;
+};
+
+WrappedCurl wrappedCurl;
+
+bool mayBeSet(CURLoption option) {
+    const std::lock_guard lock(wrappedCurl.mutex);
+    wrappedCurl.seen.insert(option);
+    return wrappedCurl.failing != option;
+}
+
+bool mayBeAppended(const char* text) {
+    const std::lock_guard lock(wrappedCurl.mutex);
+    wrappedCurl.headers.insert(text);
+    return wrappedCurl.failingHeader != text;
+}
+
+} // namespace
+} // namespace KeloAPI::support
+
+CURLcode __wrap_curl_easy_setopt(CURL* easy, CURLoption option, ...) {
+    if (!KeloAPI::support::mayBeSet(option)) {
+        return CURLE_OUT_OF_MEMORY;
+    }
+    va_list arguments;
+    va_start(arguments, option);
+    CURLcode code = CURLE_OK;
+    if (option / 10'000 * 10'000 == CURLOPTTYPE_LONG) {
+        code = __real_curl_easy_setopt(easy, option, va_arg(arguments, long));
+    } else if (option / 10'000 * 10'000 == CURLOPTTYPE_OFF_T) {
+        code = __real_curl_easy_setopt(easy, option, va_arg(arguments, curl_off_t));
+    } else {
+        code = __real_curl_easy_setopt(easy, option, va_arg(arguments, void*));
+    }
+    va_end(arguments);
+    return code;
+}
+
+curl_slist* __wrap_curl_slist_append(curl_slist* list, const char* text) {
+    return KeloAPI::support::mayBeAppended(text) ? __real_curl_slist_append(list, text) : nullptr;
+}
+
+namespace KeloAPI::support {
+namespace {
+
+/// What cannot be set as it should be is not sent at all.
+class FailingOptionsTest : public TrustTest {
+protected:
+    void SetUp() override {
+        wrappedCurl.seen.clear();
+        wrappedCurl.headers.clear();
+        trustBySystem(leaf);
+        setenv("SSL_CERT_DIR", "/nonexistent", 1);
+        serve(leaf);
+    }
+    void TearDown() override {
+        letAllPass();
+        unsetenv("SSL_CERT_DIR");
+        TrustTest::TearDown();
+    }
+
+    static void letAllPass() {
+        const std::lock_guard lock(wrappedCurl.mutex);
+        wrappedCurl.failing.reset();
+        wrappedCurl.failingHeader.clear();
+    }
+    static void fail(CURLoption option) {
+        const std::lock_guard lock(wrappedCurl.mutex);
+        wrappedCurl.failing = option;
+    }
+    static void fail(const std::string& header) {
+        const std::lock_guard lock(wrappedCurl.mutex);
+        wrappedCurl.failingHeader = header;
+    }
+
+    URLRequest post(const std::string& host) const {
+        URLRequest request = with(Method::POST, server->url("/", host), "body");
+        request.headerFields = {{"X-Plain", "p"}, {"X-Blank", ""}};
+        return request;
+    }
+
+    TestCertificate leaf = TestCertificate::selfSigned({});
+    std::shared_ptr<CurlTransport> transport = pinning("localhost", {leaf.certificate()});
+};
+
+TEST_F(FailingOptionsTest, EveryOptionThatCannotBeSetFailsTheRequest) {
+    for (const char* host : {"localhost", "127.0.0.1"}) {
+        letAllPass();
+        wrappedCurl.seen.clear();
+        ASSERT_TRUE(succeeded(send(*unpinned(), post(host)))) << host;
+        ASSERT_TRUE(succeeded(send(*transport, post(host)))) << host;
+        const auto options = wrappedCurl.seen;
+        EXPECT_TRUE(options.contains(CURLOPT_CAPATH));
+        EXPECT_TRUE(options.contains(CURLOPT_URL));
+        const int before = server->requests();
+        for (const CURLoption option : options) {
+            fail(option);
+            EXPECT_TRUE(send(*transport, post(host))->error) << host << ' ' << option;
+            EXPECT_TRUE(send(*pinning("localhost", {leaf.certificate()}), post(host))->error)
+                << host << ' ' << option;
+        }
+        EXPECT_EQ(server->requests(), before) << host;
+    }
+}
+
+TEST_F(FailingOptionsTest, EveryHeaderThatCannotBeKeptFailsTheRequest) {
+    ASSERT_TRUE(succeeded(send(*transport, post("localhost"))));
+    EXPECT_EQ(wrappedCurl.headers,
+              (std::set<std::string>{"X-Plain: p", "X-Blank;", "Accept:", "Expect:"}));
+    for (const std::string& header : std::set(wrappedCurl.headers)) {
+        fail(header);
+        EXPECT_TRUE(send(*transport, post("localhost"))->error) << header;
+    }
+    EXPECT_EQ(server->requests(), 1);
+    letAllPass();
+    EXPECT_TRUE(succeeded(send(*transport, post("localhost"))));
+}
+
+TEST_F(FailingOptionsTest, AURLThatIsTooLongIsNotSupported) {
+    std::string longest = server->url("/?");
+    longest.resize(9'000'000, 'q');
+    EXPECT_TRUE(failedWith(send(*transport, get(longest)), HTTPErrorCode::UnsupportedURL));
+    EXPECT_EQ(server->requests(), 0);
+}
+
+} // namespace
+} // namespace KeloAPI::support
