@@ -1,6 +1,8 @@
 #include <KeloAPI/platform/curl/CurlOptions.hpp>
 #include <KeloAPI/platform/curl/TrustStore.hpp>
 
+#include <openssl/ssl.h>
+
 #include <cstdlib>
 
 namespace KeloAPI {
@@ -10,6 +12,13 @@ namespace {
 std::string environment(const char* name) {
     const char* value = std::getenv(name);
     return value == nullptr ? "" : value;
+}
+
+/// libcurl would write the secrets of its connections to the file that the environment names in
+/// SSLKEYLOGFILE: with them anybody can read what was sent.
+CURLcode withholdSecrets(CURL* /*easy*/, void* context, void* /*unused*/) noexcept {
+    SSL_CTX_set_keylog_callback(static_cast<SSL_CTX*>(context), nullptr);
+    return CURLE_OK;
 }
 
 } // namespace
@@ -52,6 +61,7 @@ void TrustStore::applyPinned(CurlOptions& options) const {
     options.set(CURLOPT_CAPATH, nullptr);
     curl_blob blob{const_cast<char*>(_pem.data()), _pem.size(), CURL_BLOB_NOCOPY};
     options.set(CURLOPT_CAINFO_BLOB, &blob);
+    options.set(CURLOPT_SSL_CTX_FUNCTION, &withholdSecrets);
 }
 
 void TrustStore::applySystem(CurlOptions& options) const {

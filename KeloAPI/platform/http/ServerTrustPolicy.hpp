@@ -15,7 +15,7 @@ namespace KeloAPI {
 struct PerformDefaultEvaluation {};
 
 /// Only these certificates are trusted, as leaf or as issuer; chain and host name are checked all
-/// the same. An empty list rejects every server.
+/// the same. An empty list rejects every server. The environment's SSLKEYLOGFILE is not honoured.
 struct PinCertificates {
     std::vector<Certificate> certificates;
 };
