@@ -2,6 +2,8 @@
 #include <KeloAPI/platform/curl/CurlLoop.hpp>
 #include <KeloAPI/platform/ExitGuard.hpp>
 
+#include <sys/resource.h>
+
 #include <algorithm>
 
 namespace KeloAPI {
@@ -14,6 +16,21 @@ std::string_view originOf(const URL& url) {
     return text.substr(0, text.find_first_of("/?#", text.find("//") + 2));
 }
 
+/// For each policy of the table and for all other hosts: for calls and for downloads.
+std::size_t mostLanes(const ServerTrustPolicyManager& trust) {
+    return 2 * (trust.size() + 1);
+}
+
+/// A lane's share of the connections that may be kept for their next use.
+std::size_t idleConnections(const TransportSettings& settings, std::size_t lanes) {
+    std::size_t most = settings.maxIdleConnections;
+    rlimit descriptors{};
+    if (::getrlimit(RLIMIT_NOFILE, &descriptors) == 0) {
+        most = std::min<std::size_t>(most, descriptors.rlim_cur / 4);
+    }
+    return most / lanes;
+}
+
 /// Of the lane's thread: 15 characters at most.
 const char* nameOf(bool isPinned, bool mayWaitForDisk) {
     if (mayWaitForDisk) {
@@ -24,8 +41,9 @@ const char* nameOf(bool isPinned, bool mayWaitForDisk) {
 
 } // namespace
 
-CurlLanes::CurlLanes(const ServerTrustPolicyManager& trust)
-    : _trust(trust) {}
+CurlLanes::CurlLanes(const ServerTrustPolicyManager& trust, const TransportSettings& settings)
+    : _trust(trust)
+    , _settings(settings) {}
 
 CurlLanes::~CurlLanes() = default;
 
@@ -47,7 +65,13 @@ std::shared_ptr<CurlLoop> CurlLanes::lane(const Key& key) {
         return found->second;
     }
     const TrustStore store(key.first);
-    auto lane = std::make_shared<CurlLoop>(store, nameOf(store.isPinned(), key.second));
+    const CurlLoop::Limits limits = {
+        std::max<std::size_t>(key.second ? _settings.maxDownloadConnectionsPerHost
+                                         : _settings.maxCallConnectionsPerHost,
+                              1),
+        idleConnections(_settings, mostLanes(_trust)),
+    };
+    auto lane = std::make_shared<CurlLoop>(store, nameOf(store.isPinned(), key.second), limits);
     lane->open();
     _lanes.emplace(key, lane);
     return lane;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <KeloAPI/platform/http/ServerTrustPolicy.hpp>
+#include <KeloAPI/platform/http/TransportSettings.hpp>
 #include <KeloAPI/platform/URL.hpp>
 
 #include <map>
@@ -18,7 +19,7 @@ class CurlLoop;
 /// needed.
 class CurlLanes {
 public:
-    explicit CurlLanes(const ServerTrustPolicyManager& trust);
+    CurlLanes(const ServerTrustPolicyManager& trust, const TransportSettings& settings);
     CurlLanes(const CurlLanes&) = delete;
     CurlLanes& operator=(const CurlLanes&) = delete;
     ~CurlLanes();
@@ -38,6 +39,7 @@ private:
     std::shared_ptr<CurlLoop> lane(const Key& key);
 
     const ServerTrustPolicyManager _trust;
+    const TransportSettings _settings;
     std::mutex _mutex;
     Lanes _lanes;
     /// The lane that was asked for last, because requests come in rows for one host.

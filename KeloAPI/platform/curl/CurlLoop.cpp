@@ -12,16 +12,10 @@
 
 namespace KeloAPI {
 
-namespace {
-
-/// Connections that wait for their next use.
-constexpr long mostIdleConnections = 16;
-
-} // namespace
-
-CurlLoop::CurlLoop(TrustStore trust, std::string name)
+CurlLoop::CurlLoop(TrustStore trust, std::string name, Limits limits)
     : _trust(std::move(trust))
-    , _name(std::move(name)) {}
+    , _name(std::move(name))
+    , _limits(limits) {}
 
 CurlLoop::~CurlLoop() = default;
 
@@ -34,7 +28,10 @@ void CurlLoop::open() {
         _multi = nullptr;
         throw std::system_error(std::make_error_code(std::errc::too_many_files_open));
     }
-    curl_multi_setopt(_multi, CURLMOPT_MAXCONNECTS, mostIdleConnections);
+    // Transfers wait here, not in libcurl, whose one waiting list is for all hosts together. This
+    // is for servers that allow fewer HTTP/2 streams than libcurl expects.
+    curl_multi_setopt(_multi, CURLMOPT_MAX_HOST_CONNECTIONS,
+                      static_cast<long>(_limits.connectionsPerHost));
     const SignalShield shield;
     _thread = std::thread([self = shared_from_this()] { self->run(); });
 }
@@ -91,14 +88,15 @@ void CurlLoop::loop() {
         if (!carryOut(takeCommands())) {
             return;
         }
+        sendWaiting();
         int running = 0;
         curl_multi_perform(_multi, &running);
         useTheWait();
         finishDone();
         finishOverdue();
         ExitGuard::parkIfExiting();
-        if (hasStarts()) {
-            continue; // what has just ended was followed by another
+        if (hasStarts() || hasSendable()) {
+            continue; // what has just ended is followed by another
         }
         _ended.clear();
         const CURLMcode polled = curl_multi_poll(_multi, nullptr, 0, pollTimeout(), nullptr);
@@ -112,7 +110,7 @@ void CurlLoop::loop() {
 /// False when the lane is to end.
 bool CurlLoop::carryOut(const Commands& commands) {
     for (const auto& exchange : commands.starts) {
-        begin(exchange);
+        enqueue(exchange);
     }
     for (const auto& exchange : commands.cancels) {
         if (const auto found = _transfers.find(exchange.get()); found != _transfers.end()) {
@@ -145,7 +143,7 @@ bool CurlLoop::hasStarts() {
     return !_commands.starts.empty();
 }
 
-void CurlLoop::begin(const std::shared_ptr<CurlExchange>& exchange) {
+void CurlLoop::enqueue(const std::shared_ptr<CurlExchange>& exchange) {
     if (exchange->isCancelled()) {
         exchange->complete({});
         return;
@@ -155,21 +153,68 @@ void CurlLoop::begin(const std::shared_ptr<CurlExchange>& exchange) {
             httpError(HTTPErrorCode::ServerTrust, "no certificate is pinned for this host"));
         return;
     }
-    auto transfer = std::make_unique<CurlTransfer>(exchange, _trust, _cookies);
-    if (auto failure = transfer->failure()) {
-        transfer.reset();
-        exchange->complete(std::move(failure));
-        return;
-    }
-    if (curl_multi_add_handle(_multi, transfer->easy()) != CURLM_OK) {
-        transfer.reset();
-        exchange->complete(curlError(CURLE_OUT_OF_MEMORY, {}));
-        return;
-    }
+    CurlOrigin& origin = originOf(*exchange->request().url);
+    auto transfer = std::make_unique<CurlTransfer>(exchange, origin, _sockets);
+    transfer->order = ++_lastOrder;
     transfer->listedDeadline = transfer->deadline();
+    origin.waiting.emplace(transfer->order, transfer.get());
     _deadlines.emplace(transfer->listedDeadline, transfer.get());
-    _begun.push_back(transfer.get());
     _transfers.emplace(exchange.get(), std::move(transfer));
+}
+
+CurlOrigin& CurlLoop::originOf(const URL& url) {
+    const std::string scheme = url.scheme();
+    CurlOrigin& origin =
+        _origins[scheme + "://" + url.host() + ':' + std::to_string(url.port().value_or(0))];
+    if (scheme == "http") {
+        origin.protocol = CurlOrigin::Protocol::Serial;
+    }
+    return origin;
+}
+
+/// Hands libcurl what waits, as far as there is room; nothing that is told of here starts or ends
+/// another transfer before the next turn.
+void CurlLoop::sendWaiting() {
+    for (auto entry = _origins.begin(); entry != _origins.end();) {
+        CurlOrigin& origin = entry->second;
+        for (std::size_t room = origin.room(_limits.connectionsPerHost);
+             room > 0 && !origin.waiting.empty(); --room) {
+            send(*origin.waiting.begin()->second);
+        }
+        const bool isIdle = origin.inFlight == 0 && origin.waiting.empty();
+        entry = isIdle ? _origins.erase(entry) : std::next(entry);
+    }
+    limitIdleConnections();
+}
+
+void CurlLoop::send(CurlTransfer& transfer) {
+    CurlOrigin& origin = transfer.origin();
+    if (!transfer.open(_trust, _cookies) ||
+        curl_multi_add_handle(_multi, transfer.easy()) != CURLM_OK) {
+        finish(transfer, transfer.outcome(CURLE_OUT_OF_MEMORY));
+        return;
+    }
+    origin.waiting.erase(transfer.order);
+    ++origin.inFlight;
+    _begun.push_back(&transfer);
+}
+
+bool CurlLoop::hasSendable() const {
+    return std::any_of(_origins.begin(), _origins.end(), [this](const auto& entry) {
+        const CurlOrigin& origin = entry.second;
+        return !origin.waiting.empty() && origin.room(_limits.connectionsPerHost) > 0;
+    });
+}
+
+/// libcurl's limit counts connections in use, too, and is looked at when one comes to rest.
+void CurlLoop::limitIdleConnections() {
+    std::size_t inUse = 0;
+    for (const auto& [name, origin] : _origins) {
+        inUse += origin.connectionsInUse(_limits.connectionsPerHost);
+    }
+    const std::size_t others = inUse > 0 ? inUse - 1 : 0;
+    const std::size_t most = std::max<std::size_t>(_limits.idleConnections + others, 1);
+    curl_multi_setopt(_multi, CURLMOPT_MAXCONNECTS, static_cast<long>(most));
 }
 
 void CurlLoop::finishDone() {
@@ -177,8 +222,20 @@ void CurlLoop::finishDone() {
     while (const CURLMsg* message = curl_multi_info_read(_multi, &left)) {
         if (message->msg == CURLMSG_DONE) {
             CurlTransfer& transfer = CurlTransfer::of(message->easy_handle);
-            finish(transfer, transfer.outcome(message->data.result));
+            if (transfer.takeRefusal()) {
+                sendAgain(transfer);
+            } else {
+                finish(transfer, transfer.outcome(message->data.result));
+            }
         }
+    }
+}
+
+/// On another connection: each refused one has been closed, so there is an end to it.
+void CurlLoop::sendAgain(CurlTransfer& transfer) {
+    curl_multi_remove_handle(_multi, transfer.easy());
+    if (curl_multi_add_handle(_multi, transfer.easy()) != CURLM_OK) {
+        finish(transfer, transfer.outcome(CURLE_OUT_OF_MEMORY));
     }
 }
 
@@ -193,7 +250,9 @@ void CurlLoop::finishOverdue() {
             _deadlines.emplace(transfer.listedDeadline, &transfer);
             continue;
         }
-        transfer.distrustConnection();
+        if (transfer.easy() != nullptr) {
+            transfer.distrustConnection();
+        }
         CurlTransfer::Outcome outcome;
         outcome.error = httpError(HTTPErrorCode::TimedOut, "the request timed out");
         finish(transfer, std::move(outcome));
@@ -204,7 +263,10 @@ void CurlLoop::finishOverdue() {
 /// observer's. What is left of it goes when that has been sent.
 void CurlLoop::finish(CurlTransfer& transfer, CurlTransfer::Outcome outcome) {
     const std::shared_ptr<CurlExchange> exchange = transfer.exchange();
-    curl_multi_remove_handle(_multi, transfer.easy());
+    if (CurlOrigin& origin = transfer.origin(); origin.waiting.erase(transfer.order) == 0) {
+        curl_multi_remove_handle(_multi, transfer.easy());
+        --origin.inFlight;
+    }
     _deadlines.erase({transfer.listedDeadline, &transfer});
     _ended.push_back(std::move(_transfers.extract(exchange.get()).mapped()));
     CurlTransfer::conclude(*exchange, std::move(outcome));

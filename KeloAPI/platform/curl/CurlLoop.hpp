@@ -5,7 +5,8 @@
 
 #include <curl/curl.h>
 
-#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -22,7 +23,12 @@ namespace KeloAPI {
 /// sessions and cookies belong to the lane and so never cross from one policy to another.
 class CurlLoop : public std::enable_shared_from_this<CurlLoop> {
 public:
-    CurlLoop(TrustStore trust, std::string name);
+    struct Limits {
+        std::size_t connectionsPerHost;
+        std::size_t idleConnections;
+    };
+
+    CurlLoop(TrustStore trust, std::string name, Limits limits);
     CurlLoop(const CurlLoop&) = delete;
     CurlLoop& operator=(const CurlLoop&) = delete;
     ~CurlLoop();
@@ -55,8 +61,14 @@ private:
     void useTheWait();
     Commands takeCommands();
     bool hasStarts();
-    void begin(const std::shared_ptr<CurlExchange>& exchange);
+    void enqueue(const std::shared_ptr<CurlExchange>& exchange);
+    CurlOrigin& originOf(const URL& url);
+    void sendWaiting();
+    void send(CurlTransfer& transfer);
+    bool hasSendable() const;
+    void limitIdleConnections();
     void finishDone();
+    void sendAgain(CurlTransfer& transfer);
     void finishOverdue();
     void finish(CurlTransfer& transfer, CurlTransfer::Outcome outcome);
     void finishAll(const Error& error);
@@ -65,6 +77,7 @@ private:
 
     const TrustStore _trust;
     const std::string _name;
+    const Limits _limits;
     std::thread _thread;
 
     std::mutex _mutex; // guards what follows, for the threads that give commands
@@ -74,6 +87,10 @@ private:
 
     // Only for the lane's thread:
     CURLSH* _cookies = nullptr;
+    CurlSockets _sockets;
+    /// Those that have transfers.
+    std::map<std::string, CurlOrigin> _origins;
+    std::uint64_t _lastOrder = 0;
     std::map<CurlExchange*, std::unique_ptr<CurlTransfer>> _transfers;
     std::vector<CurlTransfer*> _begun;                 // in this turn
     std::vector<std::unique_ptr<CurlTransfer>> _ended; // and told of

@@ -1,6 +1,7 @@
 #include <KeloAPI/platform/curl/CurlErrors.hpp>
 #include <KeloAPI/platform/curl/CurlTransfer.hpp>
 #include <KeloAPI/platform/curl/Redirect.hpp>
+#include <KeloAPI/platform/curl/StrayData.hpp>
 #include <KeloAPI/platform/ExitGuard.hpp>
 
 #include <algorithm>
@@ -19,23 +20,38 @@ constexpr const char* headTooLong = "the answer's head is too long";
 /// No interval beyond this makes a difference, and none overflows the clock.
 constexpr std::chrono::milliseconds longestInterval = std::chrono::hours(24 * 365);
 
+bool speaksHTTP2(const SSL* tls) {
+    const unsigned char* protocol = nullptr;
+    unsigned int length = 0;
+    if (tls != nullptr) {
+        SSL_get0_alpn_selected(tls, &protocol, &length);
+    }
+    return std::string_view(reinterpret_cast<const char*>(protocol), length) == "h2";
+}
+
 } // namespace
 
-CurlTransfer::CurlTransfer(std::shared_ptr<CurlExchange> exchange, const TrustStore& trust,
-                           CURLSH* cookies)
+CurlTransfer::CurlTransfer(std::shared_ptr<CurlExchange> exchange, CurlOrigin& origin,
+                           CurlSockets& sockets)
     : _exchange(std::move(exchange))
-    , _timeoutInterval(std::min(_exchange->request().timeoutInterval, longestInterval))
-    , _easy(curl_easy_init()) {
-    if (_easy != nullptr) {
-        setUp(trust, cookies);
-    } else {
-        _failure = curlError(CURLE_OUT_OF_MEMORY, {});
-    }
-}
+    , _origin(origin)
+    , _sockets(sockets)
+    , _timeoutInterval(std::min(_exchange->request().timeoutInterval, longestInterval)) {}
 
 CurlTransfer::~CurlTransfer() {
     curl_easy_cleanup(_easy);
     curl_slist_free_all(_headers);
+}
+
+bool CurlTransfer::open(const TrustStore& trust, CURLSH* cookies) {
+    _easy = curl_easy_init();
+    if (_easy == nullptr) {
+        _failure = curlError(CURLE_OUT_OF_MEMORY, {});
+        return false;
+    }
+    _lastActivity = Clock::now();
+    setUp(trust, cookies);
+    return !_failure;
 }
 
 CurlTransfer& CurlTransfer::of(CURL* easy) {
@@ -184,6 +200,30 @@ std::size_t CurlTransfer::giveBody(char* buffer, std::size_t room) {
     return size;
 }
 
+/// Whether the request may go out on the connection that libcurl has chosen for it.
+bool CurlTransfer::acceptConnection(const std::string& ends) {
+    curl_tlssessioninfo* session = nullptr;
+    curl_easy_getinfo(_easy, CURLINFO_TLS_SSL_PTR, &session);
+    const bool isOpenSSL = session != nullptr && session->backend == CURLSSLBACKEND_OPENSSL;
+    auto* tls = isOpenSSL ? static_cast<SSL*>(session->internals) : nullptr;
+    const bool multiplexed = speaksHTTP2(tls);
+    _origin.protocol =
+        multiplexed ? CurlOrigin::Protocol::Multiplexed : CurlOrigin::Protocol::Serial;
+
+    long connectionsMade = 0;
+    curl_easy_getinfo(_easy, CURLINFO_NUM_CONNECTS, &connectionsMade);
+    if (!multiplexed && connectionsMade == 0) {
+        const curl_socket_t socket = _sockets.find(ends);
+        if (socket == CURL_SOCKET_BAD || hasStrayData(socket, tls)) {
+            _refusedConnection = true;
+            return false;
+        }
+    }
+    _sent = true;
+    _lastActivity = Clock::now();
+    return true;
+}
+
 std::size_t CurlTransfer::onHeader(char* bytes, std::size_t size, std::size_t count,
                                    void* self) noexcept {
     const bool goOn = static_cast<CurlTransfer*>(self)->takeHeaderLine({bytes, size * count});
@@ -226,6 +266,13 @@ int CurlTransfer::onProgress(void* self, curl_off_t /*downTotal*/, curl_off_t do
         transfer.moved();
     }
     return 0;
+}
+
+int CurlTransfer::onConnected(void* self, char* address, char* localAddress, int port,
+                              int localPort) noexcept {
+    const bool accepted = static_cast<CurlTransfer*>(self)->acceptConnection(
+        CurlSockets::ends(localAddress, localPort, address, port));
+    return accepted ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
 }
 
 } // namespace KeloAPI

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <KeloAPI/platform/curl/CurlExchange.hpp>
+#include <KeloAPI/platform/curl/CurlOrigin.hpp>
+#include <KeloAPI/platform/curl/CurlSockets.hpp>
 #include <KeloAPI/platform/curl/GzipDecoder.hpp>
 #include <KeloAPI/platform/curl/ResponseHead.hpp>
 #include <KeloAPI/platform/curl/TrustStore.hpp>
@@ -8,38 +10,52 @@
 
 #include <curl/curl.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace KeloAPI {
 
 class CurlOptions;
 
-/// One leg of an exchange: a request to one place and its answer, as one easy handle. Lives on its
-/// lane's thread.
+/// One leg of an exchange: a request to one place and its answer, as one easy handle from when it
+/// is no longer waiting. Lives on its lane's thread.
 class CurlTransfer {
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// `trust` and `cookies` must outlive the transfer.
-    CurlTransfer(std::shared_ptr<CurlExchange> exchange, const TrustStore& trust, CURLSH* cookies);
+    /// `origin` and `sockets` must outlive the transfer's time in flight.
+    CurlTransfer(std::shared_ptr<CurlExchange> exchange, CurlOrigin& origin, CurlSockets& sockets);
     CurlTransfer(const CurlTransfer&) = delete;
     CurlTransfer& operator=(const CurlTransfer&) = delete;
     ~CurlTransfer();
 
+    /// Makes the easy handle. `trust` and `cookies` must outlive the transfer. False where there is
+    /// no memory for it.
+    bool open(const TrustStore& trust, CURLSH* cookies);
+    /// Null while the transfer waits.
     CURL* easy() const { return _easy; }
     /// Why the transfer must not be started, or what made it give up; absent when it is well.
     const std::optional<Error>& failure() const { return _failure; }
     /// The transfer that an easy handle is of.
     static CurlTransfer& of(CURL* easy);
     const std::shared_ptr<CurlExchange>& exchange() const { return _exchange; }
+    CurlOrigin& origin() const { return _origin; }
+    /// Its place among the transfers that wait.
+    std::uint64_t order = 0;
 
-    /// When the transfer times out if no further byte moves.
-    Clock::time_point deadline() const { return _lastActivity + _timeoutInterval; }
+    /// When the transfer times out if no further byte moves: none of its own, or, as long as it is
+    /// not sent, none on any connection to its origin.
+    Clock::time_point deadline() const {
+        return (_sent ? _lastActivity : std::max(_lastActivity, _origin.lastMoved)) +
+               _timeoutInterval;
+    }
     /// Under which time the lane has this transfer in its list of deadlines.
     Clock::time_point listedDeadline;
 
@@ -48,6 +64,10 @@ public:
 
     /// Keeps the connection from being used again: no byte came through it for too long.
     void distrustConnection();
+
+    /// True once when the transfer stopped short of sending, because the connection that it was to
+    /// use has data waiting on it. libcurl closes that one; the transfer can be started again.
+    bool takeRefusal() { return std::exchange(_refusedConnection, false); }
 
     /// What the leg came to, told to the exchange by `conclude` once libcurl is done with it.
     struct Outcome {
@@ -73,8 +93,9 @@ private:
     bool unpack(std::string_view bytes);
     bool deliver(std::string_view bytes);
     std::size_t giveBody(char* buffer, std::size_t room);
-    void moved() { _lastActivity = Clock::now(); }
+    void moved() { _lastActivity = _origin.lastMoved = Clock::now(); }
     bool requestWasSent() const;
+    bool acceptConnection(const std::string& ends);
     bool giveUp(HTTPErrorCode code, const char* message);
 
     static std::size_t onHeader(char* bytes, std::size_t size, std::size_t count,
@@ -86,13 +107,19 @@ private:
     static int onSeek(void* self, curl_off_t offset, int origin) noexcept;
     static int onProgress(void* self, curl_off_t downTotal, curl_off_t down, curl_off_t upTotal,
                           curl_off_t up) noexcept;
+    static int onConnected(void* self, char* address, char* localAddress, int port,
+                           int localPort) noexcept;
 
     std::shared_ptr<CurlExchange> _exchange;
+    CurlOrigin& _origin;
+    CurlSockets& _sockets;
     std::chrono::milliseconds _timeoutInterval;
     CURL* _easy = nullptr;
     curl_slist* _headers = nullptr;
     std::array<char, CURL_ERROR_SIZE> _detail{};
     ResponseHead _head;
+    bool _sent = false;
+    bool _refusedConnection = false;
     bool _redirects = false;
     ResponseHead::ContentCoding _coding = ResponseHead::ContentCoding::None;
     std::unique_ptr<GzipDecoder> _gzip;

@@ -72,6 +72,9 @@ void CurlTransfer::setUpTransfer(CurlOptions& options) {
     options.set(CURLOPT_XFERINFOFUNCTION, &CurlTransfer::onProgress);
     options.set(CURLOPT_XFERINFODATA, this);
     options.set(CURLOPT_NOPROGRESS, 0L);
+    options.set(CURLOPT_PREREQFUNCTION, &CurlTransfer::onConnected);
+    options.set(CURLOPT_PREREQDATA, this);
+    _sockets.watch(options);
 }
 
 void CurlTransfer::setUpCookies(CurlOptions& options, CURLSH* cookies) {
@@ -86,11 +89,9 @@ void CurlTransfer::setUpRequest(CurlOptions& options) {
     const URLRequest& request = _exchange->request();
     options.set(CURLOPT_URL, request.url->absoluteString().c_str());
     options.set(CURLOPT_PATH_AS_IS, 1L);
-    // HTTP/2 comes with TLS only; without it there is nothing to wait for.
-    const bool secure = request.url->scheme() == "https";
+    const bool secure = request.url->scheme() == "https"; // HTTP/2 comes with TLS only
     const long version = secure ? CURL_HTTP_VERSION_2TLS : CURL_HTTP_VERSION_1_1;
     options.set(CURLOPT_HTTP_VERSION, version);
-    options.set(CURLOPT_PIPEWAIT, secure ? 1L : 0L);
 
     if (request.method == Method::HEAD) {
         options.set(CURLOPT_NOBODY, 1L);

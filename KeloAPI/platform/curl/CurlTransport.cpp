@@ -4,8 +4,9 @@
 
 namespace KeloAPI {
 
-CurlTransport::CurlTransport(const ServerTrustPolicyManager& trust)
-    : _lanes(std::make_shared<CurlLanes>(trust)) {}
+CurlTransport::CurlTransport(const ServerTrustPolicyManager& trust,
+                             const TransportSettings& settings)
+    : _lanes(std::make_shared<CurlLanes>(trust, settings)) {}
 
 CurlTransport::~CurlTransport() {
     _lanes->close();

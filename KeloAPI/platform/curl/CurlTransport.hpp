@@ -2,6 +2,7 @@
 
 #include <KeloAPI/platform/http/ServerTrustPolicy.hpp>
 #include <KeloAPI/platform/http/Transport.hpp>
+#include <KeloAPI/platform/http/TransportSettings.hpp>
 
 namespace KeloAPI {
 
@@ -15,7 +16,8 @@ class CurlLanes;
 /// move from one to the other.
 class CurlTransport final : public Transport {
 public:
-    explicit CurlTransport(const ServerTrustPolicyManager& trust);
+    explicit CurlTransport(const ServerTrustPolicyManager& trust,
+                           const TransportSettings& settings = {});
     /// Completes what is under way with `Cancelled`, each observer once. When the destructor
     /// returns they have all heard, unless it runs inside a call of one of them: then they hear
     /// soon after.

@@ -7,8 +7,8 @@
 
 namespace KeloAPI {
 
-Manager::Manager(const ServerTrustPolicyManager& trust)
-    : Manager(std::make_shared<CurlTransport>(trust)) {}
+Manager::Manager(const ServerTrustPolicyManager& trust, const TransportSettings& settings)
+    : Manager(std::make_shared<CurlTransport>(trust, settings)) {}
 
 Manager::Manager(std::shared_ptr<Transport> transport)
     : _responseQueue(std::make_shared<SerialQueue>("KeloAPI.response"))

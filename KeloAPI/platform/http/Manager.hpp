@@ -5,6 +5,7 @@
 #include <KeloAPI/platform/http/Request.hpp>
 #include <KeloAPI/platform/http/ServerTrustPolicy.hpp>
 #include <KeloAPI/platform/http/Transport.hpp>
+#include <KeloAPI/platform/http/TransportSettings.hpp>
 #include <KeloAPI/platform/http/URLRequest.hpp>
 
 #include <functional>
@@ -22,7 +23,7 @@ public:
     using Destination = std::function<URL(const HTTPResponse& response)>;
 
     /// Over HTTP, each host's certificate judged by `trust`.
-    explicit Manager(const ServerTrustPolicyManager& trust);
+    explicit Manager(const ServerTrustPolicyManager& trust, const TransportSettings& settings = {});
     /// Over a transport of the caller's own.
     explicit Manager(std::shared_ptr<Transport> transport);
     Manager(const Manager&) = delete;

@@ -4,6 +4,7 @@
 #include <KeloAPI/platform/http/Certificate.hpp>
 #include <KeloAPI/platform/URL.hpp>
 
+#include <cstddef>
 #include <map>
 #include <string>
 #include <variant>
@@ -32,6 +33,9 @@ public:
     /// host at all, nobody knows what it was to protect: every request is refused then.
     explicit ServerTrustPolicyManager(
         const std::map<std::string, ServerTrustPolicy>& policies = {});
+
+    /// How many hosts are listed.
+    std::size_t size() const { return _policies.size(); }
 
     /// The policy by which the server of `url` is judged; null for the default evaluation. A
     /// refusal is an empty list of pinned certificates. Valid as long as this object.

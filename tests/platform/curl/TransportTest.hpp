@@ -37,8 +37,8 @@ protected:
         return std::make_shared<CurlTransport>(ServerTrustPolicyManager(std::move(table)));
     }
 
-    static std::shared_ptr<CurlTransport> unpinned() {
-        return std::make_shared<CurlTransport>(ServerTrustPolicyManager());
+    static std::shared_ptr<CurlTransport> unpinned(const TransportSettings& settings = {}) {
+        return std::make_shared<CurlTransport>(ServerTrustPolicyManager(), settings);
     }
 
     static URLRequest get(const std::string& url) {
