@@ -101,7 +101,7 @@ void CurlLoop::loop() {
         _ended.clear();
         const CURLMcode polled = curl_multi_poll(_multi, nullptr, 0, pollTimeout(), nullptr);
         if (polled != CURLM_OK) {
-            finishAll(httpError(HTTPErrorCode::Unknown, curl_multi_strerror(polled)));
+            pause();
         }
         ExitGuard::parkIfExiting();
     }
@@ -287,6 +287,13 @@ int CurlLoop::pollTimeout() const {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(_deadlines.begin()->first -
                                                                    CurlTransfer::Clock::now());
     return static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, INT_MAX));
+}
+
+/// In place of a poll that failed, which says nothing of any transfer: what has come in meanwhile
+/// is taken up at the next turn, and what cannot be served any more times out.
+void CurlLoop::pause() const {
+    constexpr int longest = 10; // in milliseconds
+    std::this_thread::sleep_for(std::chrono::milliseconds(std::min(pollTimeout(), longest)));
 }
 
 void CurlLoop::cleanUp() {

@@ -73,6 +73,7 @@ private:
     void finish(CurlTransfer& transfer, CurlTransfer::Outcome outcome);
     void finishAll(const Error& error);
     int pollTimeout() const;
+    void pause() const;
     void cleanUp();
 
     const TrustStore _trust;

@@ -1,5 +1,6 @@
 #include "../../support/Nginx.hpp"
 #include "../../support/RawServer.hpp"
+#include "../../support/Sanitizers.hpp"
 #include "TransportTest.hpp"
 
 #include <sys/resource.h>
@@ -238,6 +239,24 @@ TEST_F(ConnectionLimitTest, IdleConnectionsAreLimitedToo) {
         EXPECT_EQ(servers[i]->connections(), 1) << "the last ones were kept";
     }
     transport.reset();
+}
+
+TEST_F(ConnectionLimitTest, AFailedPollEndsNoCall) {
+    if (isSanitized) {
+        GTEST_SKIP() << "UndefinedBehaviorSanitizer checks types through a pipe of its own";
+    }
+    const auto observers = start(6);
+    awaitRequests(6);
+    {
+        // A poll of more than that many descriptors fails. The cancelled call brings the thread to
+        // its next poll, and the first response to the one after it.
+        const FewDescriptors few(4);
+        const auto extra = start(1);
+        exchanges.back()->cancel();
+        ASSERT_TRUE(extra[0]->wait());
+        letAnswer(6);
+        expectAll(observers);
+    }
 }
 
 TEST(ConnectionLimitHTTP2Test, SixToAHostCarryAnyNumberOfCalls) {
