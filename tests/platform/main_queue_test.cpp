@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <future>
 #include <stdexcept>
 #include <thread>
 #include <type_traits>
@@ -135,11 +136,17 @@ TEST_F(MainQueueTest, AStopBeforeTheRunEndsItAtOnce) {
 
 TEST_F(MainQueueTest, RunWaitsForTasksAndStopsOfOtherThreads) {
     std::thread::id ranOn;
-    std::thread other([&] {
-        std::this_thread::sleep_for(5ms);
-        queue.async([&] { ranOn = std::this_thread::get_id(); });
-        std::this_thread::sleep_for(5ms);
-        queue.stop();
+    std::promise<void> hasRun;
+    std::thread other;
+    queue.async([&] { // by then the queue runs
+        other = std::thread([&] {
+            queue.async([&] {
+                ranOn = std::this_thread::get_id();
+                hasRun.set_value();
+            });
+            hasRun.get_future().wait();
+            queue.stop();
+        });
     });
     queue.run();
     other.join();

@@ -61,7 +61,7 @@ CurlTransfer& CurlTransfer::of(CURL* easy) {
 }
 
 void CurlTransfer::tellWhenSent() {
-    if (requestWasSent() && _head.statusCode() == 0 && !_exchange->isCancelled()) {
+    if (_sent && _head.statusCode() == 0 && !_exchange->isCancelled()) {
         _exchange->observer().didSendRequest();
         moved(); // what the observer took was not the network's silence
     }
@@ -80,7 +80,7 @@ CurlTransfer::Outcome CurlTransfer::outcome(CURLcode code) const {
         outcome.fields = _head.fields();
     } else if (_failure) {
         outcome.error = _failure;
-    } else if (code == CURLE_OUT_OF_MEMORY && requestWasSent()) {
+    } else if (code == CURLE_OUT_OF_MEMORY && _sent) {
         // So libcurl says of a single line that is too long.
         outcome.error = httpError(HTTPErrorCode::BadServerResponse, headTooLong);
     } else if (code != CURLE_OK) {
@@ -107,13 +107,6 @@ void CurlTransfer::conclude(CurlExchange& exchange, Outcome outcome) {
     } else {
         exchange.complete(std::move(outcome.error));
     }
-}
-
-/// Or at least begun to be.
-bool CurlTransfer::requestWasSent() const {
-    curl_off_t timeUntilSending = 0;
-    curl_easy_getinfo(_easy, CURLINFO_PRETRANSFER_TIME_T, &timeUntilSending);
-    return timeUntilSending > 0;
 }
 
 bool CurlTransfer::giveUp(HTTPErrorCode code, const char* message) {

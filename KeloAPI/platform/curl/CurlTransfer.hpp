@@ -94,7 +94,6 @@ private:
     bool deliver(std::string_view bytes);
     std::size_t giveBody(char* buffer, std::size_t room);
     void moved() { _lastActivity = _origin.lastMoved = Clock::now(); }
-    bool requestWasSent() const;
     bool acceptConnection(const std::string& ends);
     bool giveUp(HTTPErrorCode code, const char* message);
 
