@@ -133,13 +133,13 @@ TEST_F(FileEndpointTest, AnswersAtOnceWhatIsThere) {
 TEST_F(FileEndpointTest, AnswersOnTheThreadThatFinishedWhereThatIsAskedFor) {
     const auto endpoint = endpointOf("/v/abc.mp4");
     transport->answer({.body = "video"});
-    std::promise<std::thread::id> answeredOn;
+    const auto answeredOn = std::make_shared<std::promise<std::thread::id>>();
     endpoint->download(
         place("abc.mp4"),
-        [&](const FileDownloadResult&) { answeredOn.set_value(std::this_thread::get_id()); },
+        [=](const FileDownloadResult&) { answeredOn->set_value(std::this_thread::get_id()); },
         DownloadDelivery::AtOnce);
     // The main queue does not run meanwhile.
-    auto answer = answeredOn.get_future();
+    auto answer = answeredOn->get_future();
     ASSERT_EQ(answer.wait_for(std::chrono::seconds(30)), std::future_status::ready);
     EXPECT_NE(answer.get(), std::this_thread::get_id());
 }
