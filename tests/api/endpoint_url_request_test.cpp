@@ -127,8 +127,9 @@ TEST_F(EndpointURLRequest, WithoutAHostTheCallFailsAndNothingIsSent) {
     delegate->sessionKey = "key";
     endpoint->setPath("users/me");
     std::optional<Error> failure;
-    endpoint->request(
-        [&](const std::optional<std::string>&, std::optional<Error> error) { failure = error; });
+    endpoint->request([&](const std::optional<std::string>&, const std::optional<Error>& error) {
+        failure = error;
+    });
     EXPECT_FALSE(failure) << "not inside the call";
     ASSERT_TRUE(testing::runUntil([&] { return failure.has_value(); }));
     EXPECT_TRUE(isHTTPError(*failure, HTTPErrorCode::UnsupportedURL));

@@ -34,7 +34,7 @@ protected:
                                                   std::vector<Certificate> certificates) {
         std::map<std::string, ServerTrustPolicy> table;
         table.emplace(host, PinCertificates{std::move(certificates)});
-        return std::make_shared<CurlTransport>(ServerTrustPolicyManager(std::move(table)));
+        return std::make_shared<CurlTransport>(ServerTrustPolicyManager(table));
     }
 
     static std::shared_ptr<CurlTransport> unpinned(const TransportSettings& settings = {}) {

@@ -5,7 +5,10 @@
 #include <atomic>
 #include <cstdarg>
 #include <mutex>
+#include <optional>
 #include <set>
+#include <string>
+#include <type_traits>
 
 // The linker puts these in the place of libcurl's own in this program, so that each call can be
 // made to fail.
@@ -51,13 +54,15 @@ CURLcode __wrap_curl_easy_setopt(CURL* easy, CURLoption option, ...) {
     }
     va_list arguments;
     va_start(arguments, option);
+    const int kind = option / 10'000 * 10'000;
+    static_assert(std::is_same_v<long, curl_off_t>);
     CURLcode code = CURLE_OK;
-    if (option / 10'000 * 10'000 == CURLOPTTYPE_LONG) {
-        code = __real_curl_easy_setopt(easy, option, va_arg(arguments, long));
-    } else if (option / 10'000 * 10'000 == CURLOPTTYPE_OFF_T) {
-        code = __real_curl_easy_setopt(easy, option, va_arg(arguments, curl_off_t));
+    if (kind == CURLOPTTYPE_LONG || kind == CURLOPTTYPE_OFF_T) {
+        const long number = va_arg(arguments, long);
+        code = __real_curl_easy_setopt(easy, option, number);
     } else {
-        code = __real_curl_easy_setopt(easy, option, va_arg(arguments, void*));
+        void* pointer = va_arg(arguments, void*);
+        code = __real_curl_easy_setopt(easy, option, pointer);
     }
     va_end(arguments);
     return code;

@@ -16,38 +16,46 @@
 namespace KeloAPI::support {
 namespace {
 
-const std::vector<std::string> usersOfHosts = {"", "@", "u@", "u:p@", "u:p:q@", "%40:@"};
+std::vector<std::string> usersOfHosts() {
+    return {"", "@", "u@", "u:p@", "u:p:q@", "%40:@"};
+}
 
-const std::vector<std::string> spellingsOfHosts = {
-    "localhost", "LOCALHOST", "LocalHost", "localhost.", "LOCALHOST.", "localhost..", ".localhost",
-    "local%68ost", "%4Cocalhost", "localhost%2e", "localhost%00", "localhost%2F",
-    // full-width letters, digits and dots
-    "\xEF\xBD\x8Cocalhost", "%EF%BD%8Cocalhost", "%EF%BC%B2.localhost", "localhost%E3%80%82",
-    "127%E3%80%820.0.1", "%EF%BC%91%EF%BC%92%EF%BC%97.0.0.1", "%E2%91%A027.0.0.1",
-    // an invisible soft hyphen
-    "local%C2%ADhost",
-    // the address of the server
-    "127.0.0.1", "127.0.0.1.", "127.1", "127.0.1", "0x7f.1", "0X7F000001", "2130706433",
-    "0177.0.0.1", "127.0.0.01", "127.0.0.0x1", "127.0.0%2e1",
-    // and those of six numbers
-    "[::1]", "[0:0:0:0:0:0:0:1]", "[::0.0.0.1]", "[::FFFF:127.0.0.1]", "[::ffff:7f00:1]",
-    "[::1%25lo]", "[::1%lo]", "[v1.localhost]", "::1", "[::1", "localhost]",
-    // others
-    "", ".", "a:b:c@localhost", "a@b@localhost", "localhost\\", "localhost,", "local~host",
-    "_a.localhost", "xn--a.localhost", "elsewhere.localhost"};
+std::vector<std::string> spellingsOfHosts() {
+    return {
+        "localhost", "LOCALHOST", "LocalHost", "localhost.", "LOCALHOST.", "localhost..",
+        ".localhost", "local%68ost", "%4Cocalhost", "localhost%2e", "localhost%00", "localhost%2F",
+        // full-width letters, digits and dots
+        "\xEF\xBD\x8Cocalhost", "%EF%BD%8Cocalhost", "%EF%BC%B2.localhost", "localhost%E3%80%82",
+        "127%E3%80%820.0.1", "%EF%BC%91%EF%BC%92%EF%BC%97.0.0.1", "%E2%91%A027.0.0.1",
+        // an invisible soft hyphen
+        "local%C2%ADhost",
+        // the address of the server
+        "127.0.0.1", "127.0.0.1.", "127.1", "127.0.1", "0x7f.1", "0X7F000001", "2130706433",
+        "0177.0.0.1", "127.0.0.01", "127.0.0.0x1", "127.0.0%2e1",
+        // and those of six numbers
+        "[::1]", "[0:0:0:0:0:0:0:1]", "[::0.0.0.1]", "[::FFFF:127.0.0.1]", "[::ffff:7f00:1]",
+        "[::1%25lo]", "[::1%lo]", "[v1.localhost]", "::1", "[::1", "localhost]",
+        // others
+        "", ".", "a:b:c@localhost", "a@b@localhost", "localhost\\", "localhost,", "local~host",
+        "_a.localhost", "xn--a.localhost", "elsewhere.localhost"};
+}
 
-const std::vector<std::string> portsOfHosts = {"", ":", ":PORT", ":0PORT"};
+std::vector<std::string> portsOfHosts() {
+    return {"", ":", ":PORT", ":0PORT"};
+}
 
-const std::vector<std::string> tailsOfHosts = {"",
-                                               "/",
-                                               "/v1:2",
-                                               "?",
-                                               "?t=1:2",
-                                               "#",
-                                               "#a:b",
-                                               "/a:b:c@elsewhere.example",
-                                               "?@elsewhere.example",
-                                               "#@elsewhere.example:1"};
+std::vector<std::string> tailsOfHosts() {
+    return {"",
+            "/",
+            "/v1:2",
+            "?",
+            "?t=1:2",
+            "#",
+            "#a:b",
+            "/a:b:c@elsewhere.example",
+            "?@elsewhere.example",
+            "#@elsewhere.example:1"};
+}
 
 std::string withPort(std::string text, int port) {
     if (const auto at = text.find("PORT"); at != std::string::npos) {
@@ -62,7 +70,7 @@ std::vector<std::string> authorities(const std::vector<std::string>& users,
                                      const std::vector<std::string>& tails, int port) {
     std::vector<std::string> all;
     for (const auto& user : users) {
-        for (const auto& host : spellingsOfHosts) {
+        for (const auto& host : spellingsOfHosts()) {
             for (const auto& end : ports) {
                 for (const auto& tail : tails) {
                     std::string text = user;
@@ -107,7 +115,8 @@ std::optional<std::string> hostByLibcurl(const std::string& url) {
 
 TEST(PinnedHostTest, AHostIsReadAsLibcurlReadsItOrNotAtAll) {
     int understood = 0;
-    for (const std::string& text : authorities(usersOfHosts, portsOfHosts, tailsOfHosts, 8443)) {
+    for (const std::string& text :
+         authorities(usersOfHosts(), portsOfHosts(), tailsOfHosts(), 8443)) {
         const std::string url = "https://" + text;
         if (const auto parsed = URL::parse(url); parsed && parsed->isHTTP()) {
             ++understood;
@@ -128,7 +137,7 @@ TEST(PinnedHostTest, NoEntryOfTheTableMissesItsOwnHost) {
         }
     }
     int compared = 0;
-    for (const std::string& entry : authorities(usersOfHosts, {":PORT"}, tailsOfHosts, 8443)) {
+    for (const std::string& entry : authorities(usersOfHosts(), {":PORT"}, tailsOfHosts(), 8443)) {
         const ServerTrustPolicyManager table({{entry, PinCertificates{}}});
         const auto [begin, end] = urls.equal_range(hostByLibcurl("https://" + entry).value_or(""));
         for (auto at = begin; at != end; ++at, ++compared) {
@@ -205,9 +214,8 @@ TEST_F(PinnedHostAtServer, NoHostOfADelegateReachesItPastThePins) {
         const auto endpoint = Endpoint::create(session);
         endpoint->setPath("users/me");
         std::optional<std::optional<Error>> outcome;
-        endpoint->request([&](const std::optional<std::string>&, std::optional<Error> error) {
-            outcome = error;
-        });
+        endpoint->request([&](const std::optional<std::string>&,
+                              const std::optional<Error>& error) { outcome = error; });
         ASSERT_TRUE(testing::runUntil([&] { return outcome.has_value(); })) << host;
         ASSERT_TRUE(*outcome) << host;
         EXPECT_EQ((*outcome)->domain(), HTTPErrorDomain) << host;
