@@ -402,7 +402,7 @@ Result<JsonDocument> JsonDocument::parse(const std::string& text) {
     return JsonDocument(std::move(contents));
 }
 
-JsonValue JsonDocument::root() const {
+JsonValue JsonDocument::root() const& {
     // The first word of the tape is the root's own; the value stands behind it.
     return JsonAccess::value(static_cast<const simdjson::dom::document*>(&_contents->document), 1);
 }

@@ -223,7 +223,9 @@ public:
     JsonDocument& operator=(JsonDocument&&) noexcept;
     ~JsonDocument();
 
-    JsonValue root() const;
+    JsonValue root() const&;
+    /// The view would outlive its document.
+    JsonValue root() const&& = delete;
 
 private:
     struct Contents;

@@ -19,8 +19,9 @@ public:
     explicit operator bool() const { return _outcome.index() == 0; }
 
     /// Only where there is a value.
-    const T& value() const { return std::get<0>(_outcome); }
-    T& value() { return std::get<0>(_outcome); }
+    const T& value() const& { return std::get<0>(_outcome); }
+    T& value() & { return std::get<0>(_outcome); }
+    T&& value() && { return std::get<0>(std::move(_outcome)); }
     /// Only where there is none.
     const Error& error() const { return std::get<1>(_outcome); }
 

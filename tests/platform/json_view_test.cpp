@@ -210,6 +210,15 @@ TEST(JsonSizeTest, CountsBeyondWhatTheReaderKeepsItself) {
     EXPECT_EQ(json.root().array()->size(), count);
 }
 
+// A view of a document that is gone at the end of the statement.
+template <class Document>
+constexpr bool givesItsRoot = requires {
+    std::declval<Document>().root();
+};
+static_assert(givesItsRoot<JsonDocument&> && givesItsRoot<const JsonDocument&>);
+static_assert(!givesItsRoot<JsonDocument> && !givesItsRoot<const JsonDocument>);
+static_assert(!givesItsRoot<decltype(JsonDocument::parse("").value())>);
+
 TEST(JsonDocumentTest, MovingItLeavesTheViewsValid) {
     auto first = std::move(JsonDocument::parse(R"({"a":"text"})").value());
     const JsonValue value = first.root().object().value()["a"];
