@@ -2,6 +2,7 @@
 
 #include <KeloAPI/platform/Export.hpp>
 
+#include <concepts>
 #include <cstdint>
 #include <string>
 
@@ -15,10 +16,15 @@ public:
     enum class Kind : std::uint8_t { Boolean, Signed, Unsigned, Double };
 
     static constexpr Number of(bool value) { return {Kind::Boolean, Bits{.u = value ? 1U : 0U}}; }
-    static constexpr Number of(std::int64_t value) { return {Kind::Signed, Bits{.i = value}}; }
-    static constexpr Number of(std::uint64_t value) { return {Kind::Unsigned, Bits{.u = value}}; }
+    template <std::signed_integral Integer>
+    static constexpr Number of(Integer value) {
+        return {Kind::Signed, Bits{.i = value}};
+    }
+    template <std::unsigned_integral Integer>
+    static constexpr Number of(Integer value) {
+        return {Kind::Unsigned, Bits{.u = value}};
+    }
     static constexpr Number of(double value) { return {Kind::Double, Bits{.d = value}}; }
-    static constexpr Number of(int value) { return of(std::int64_t{value}); }
     /// A pointer would quietly become a boolean.
     template <class T>
     static Number of(T*) = delete;

@@ -35,6 +35,16 @@ TEST(NumberTest, KnowsItsKind) {
     EXPECT_EQ(Number::of(1.0F).kind(), Number::Kind::Double);
 }
 
+TEST(NumberTest, TakesIntegersOfEveryType) {
+    EXPECT_EQ(Number::of(5U).kind(), Number::Kind::Unsigned);
+    EXPECT_EQ(Number::of(5ULL).kind(), Number::Kind::Unsigned);
+    EXPECT_EQ(Number::of(std::uint8_t{255}).uint64Value(), 255U);
+    EXPECT_EQ(Number::of(-5L).kind(), Number::Kind::Signed);
+    EXPECT_EQ(Number::of(-5LL).int64Value(), -5);
+    EXPECT_EQ(Number::of(short{-5}).int64Value(), -5);
+    EXPECT_EQ(Number::of(std::size_t{7}), Number::of(7));
+}
+
 TEST(NumberTest, ReadsAsASignedInteger) {
     const std::pair<Number, std::int64_t> table[] = {
         {Number::of(true), 1},
