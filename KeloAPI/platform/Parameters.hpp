@@ -43,6 +43,8 @@ public:
         : _held(value) {}
     ParameterValue(const char* value)
         : _held(std::string(value)) {}
+    ParameterValue(char* value)
+        : ParameterValue(static_cast<const char*>(value)) {}
     ParameterValue(std::string_view value)
         : _held(std::string(value)) {}
     ParameterValue(std::string value)
@@ -51,7 +53,7 @@ public:
         : _held(std::move(value)) {}
     ParameterValue(Parameters value)
         : _held(std::move(value)) {}
-    /// A pointer would quietly become a boolean.
+    /// Any other pointer would quietly become a boolean.
     template <class T>
     ParameterValue(T*) = delete;
 

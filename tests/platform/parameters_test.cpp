@@ -71,6 +71,15 @@ TEST(ParametersTest, ValuesAreEqualWithinAKindOnly) {
     EXPECT_NE((Parameters{{"a", 1}}), (Parameters{{"a", 2}}));
 }
 
+TEST(ParametersTest, ACharacterPointerIsAText) {
+    char secret[] = "se5ame";
+    char* const pointer = secret;
+    const Parameters parameters = {{"password", pointer}, {"array", secret}};
+    secret[0] = 'x';
+    EXPECT_EQ(held<std::string>(parameters.at("password")), "se5ame");
+    EXPECT_EQ(held<std::string>(parameters.at("array")), "se5ame");
+}
+
 TEST(ParametersTest, OwnsWhatItHolds) {
     ParameterValue value;
     {
