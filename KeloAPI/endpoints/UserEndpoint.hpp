@@ -15,15 +15,15 @@ struct UserSuccess {};
 
 using UserResult = Outcome<UserSuccess>;
 
-/// Acts on one user: POST users/, the user's id and /follow-on-twitter or /unfollow-on-twitter. The
-/// base's `create(session)` is not offered here: there is no such endpoint without a user's id.
+/// Acts on one user: POST users/, the user's id and /follow-on-twitter or /unfollow-on-twitter.
 class KELO_API UserEndpoint : public Endpoint {
 public:
     /// On the authenticated session, with `Api::sessionDelegate()`.
     static std::shared_ptr<UserEndpoint> create(std::string userId);
-    /// On a session of the caller's choice; a null one stops the process.
+    /// On a session of the caller's choice; a null one stops the process. Without a user's id, the
+    /// id is empty.
     static std::shared_ptr<UserEndpoint> create(std::shared_ptr<Session> session,
-                                                std::string userId);
+                                                std::string userId = "");
     ~UserEndpoint() override;
 
     const std::string& userId() const { return _userId; }

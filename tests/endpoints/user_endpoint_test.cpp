@@ -65,6 +65,15 @@ TEST_F(UserEndpointTest, MayUseAnotherSession) {
     EXPECT_EQ(endpoint->session(), session);
 }
 
+TEST_F(UserEndpointTest, MadeOfASessionAloneItHasNoUser) {
+    endpoint = UserEndpoint::create(session);
+    EXPECT_EQ(endpoint->session(), session);
+    EXPECT_EQ(endpoint->userId(), "");
+    EXPECT_TRUE(follow(true, R"({"data": {}})").success());
+    EXPECT_EQ(lastRequest().url->absoluteString(),
+              "https://service.example/users//follow-on-twitter");
+}
+
 TEST_F(UserEndpointTest, Codes230And231CountAsSuccess) {
     EXPECT_TRUE(failedWith(230).success());
     EXPECT_TRUE(failedWith(231).success());
