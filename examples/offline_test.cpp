@@ -2,16 +2,16 @@
 // answers what the test says and remembers what was sent.
 #include <KeloAPI/api/Session.hpp>
 #include <KeloAPI/endpoints/TimelineEndpoint.hpp>
+#include <KeloAPI/fakes/ScriptedTransport.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/platform/Diagnostics.hpp>
 #include <KeloAPI/platform/MainQueue.hpp>
-#include <KeloAPI/testing/ScriptedTransport.hpp>
 
 #include <iostream>
 
 using namespace KeloAPI;
-using KeloAPI::testing::ScriptedAnswer;
-using KeloAPI::testing::ScriptedTransport;
+using KeloAPI::fakes::ScriptedAnswer;
+using KeloAPI::fakes::ScriptedTransport;
 
 namespace {
 

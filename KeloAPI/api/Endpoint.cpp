@@ -148,7 +148,7 @@ std::shared_ptr<EndpointRequest> Endpoint::deliver(const std::shared_ptr<Request
         Diagnostics::write(content.request.url ? content.request.description() : "nil");
         const auto items = call->collector();
         ResponseEnvelope envelope = keloModelResponseSerializer(content, *items);
-        timeline.serializationCompletedTime = now();
+        timeline.serializationCompletedTime = Date::now();
         return [self, call, items, envelope = std::move(envelope), timeline] {
             if (envelope.error) {
                 self->handOver(*envelope.error, call);

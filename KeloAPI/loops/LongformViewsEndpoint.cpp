@@ -39,7 +39,7 @@ std::shared_ptr<EndpointRequest> LongformViewsEndpoint::fetchViews(
 std::shared_ptr<EndpointRequest>
 LongformViewsEndpoint::submitView(std::function<void(std::optional<Error>)> completion) {
     detail::requireCompletion(completion);
-    setParameters({{"timestamp", detail::decimalText(timeIntervalSince1970(now()))}});
+    setParameters({{"timestamp", detail::decimalText(timeIntervalSince1970(Date::now()))}});
     setParameterEncoding(ParameterEncoding::JSON);
     setMethod(Method::POST);
     return request(std::make_shared<KLEmptyParser>(),

@@ -10,7 +10,7 @@ namespace KeloAPI {
 LoopData::LoopData(Number initialCount, Number initialVelocity)
     : count(initialCount)
     , velocity(initialVelocity)
-    , created(now()) {}
+    , created(Date::now()) {}
 
 void LoopData::encodeWithCoder(KeyedArchiver& coder) const {
     coder.encodeNumber(count, "count");
@@ -46,7 +46,7 @@ std::uint64_t LoopData::loopsSinceCreation() const {
     // overflow where a host sets an instant far away.
     using Microseconds = std::chrono::duration<double, std::micro>;
     const std::chrono::duration<double> elapsed =
-        Microseconds(now().time_since_epoch()) - Microseconds(created.time_since_epoch());
+        Microseconds(Date::now().time_since_epoch()) - Microseconds(created.time_since_epoch());
     const double product = rate * elapsed.count();
     // Written so that not-a-number fails it too.
     require(product >= 0.0 && product < twoTo64, "estimated loops are no 64-bit count");

@@ -25,7 +25,7 @@ void LoopsEndpoint::submit(std::int64_t count, const KLWatchPost& post) {
         return;
     }
     const Parameters record = {
-        {"count", count}, {"postId", *post.postId}, {"ts", timeIntervalSince1970(now())}};
+        {"count", count}, {"postId", *post.postId}, {"ts", timeIntervalSince1970(Date::now())}};
     setParameters({{"loops", ParameterList{record}}});
     request([](const std::optional<std::string>&, const std::optional<Error>& error) {
         Diagnostics::write("Submitted loops with error: " + (error ? error->description() : "nil"));

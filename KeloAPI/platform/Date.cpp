@@ -56,7 +56,7 @@ private:
 
 } // namespace
 
-Date now() {
+Date Date::now() {
     return std::chrono::floor<std::chrono::microseconds>(std::chrono::system_clock::now());
 }
 
@@ -68,7 +68,8 @@ Date dateSinceNow(double seconds) {
     using Duration = Date::duration;
     // In doubles, which tell every microsecond until the year 2255: an integer that overflows is no
     // instant at all.
-    const double instant = static_cast<double>(now().time_since_epoch().count()) + seconds * 1e6;
+    const double instant =
+        static_cast<double>(Date::now().time_since_epoch().count()) + seconds * 1e6;
     if (!(instant > static_cast<double>(Duration::min().count()))) {
         return Date(Duration::min());
     }

@@ -8,11 +8,20 @@
 
 namespace KeloAPI {
 
-/// An instant in UTC, to the microsecond.
-using Date = std::chrono::sys_time<std::chrono::microseconds>;
+/// An instant in UTC, to the microsecond: the standard library's time point, with a clock.
+class KELO_API Date : public std::chrono::sys_time<std::chrono::microseconds> {
+public:
+    using TimePoint = std::chrono::sys_time<std::chrono::microseconds>;
 
-/// The current instant.
-KELO_API Date now();
+    /// 1970-01-01 00:00.
+    constexpr Date() = default;
+    constexpr Date(TimePoint instant)
+        : TimePoint(instant) {}
+    using TimePoint::TimePoint;
+
+    /// The current instant.
+    static Date now();
+};
 
 /// An instant in seconds since 1970-01-01 00:00 UTC, with their fraction.
 KELO_API double timeIntervalSince1970(Date date);

@@ -207,9 +207,9 @@ public:
         std::uint64_t bytes = 0;
         for (const CachedFile& file : files) {
             bytes += file.bytes;
-            std::printf("%s  %s  %s\n", rightAligned(ageText(now() - file.modified), 8).c_str(),
-                        rightAligned(sizeText(file.bytes), 8).c_str(),
-                        printable(file.name).c_str());
+            std::printf(
+                "%s  %s  %s\n", rightAligned(ageText(Date::now() - file.modified), 8).c_str(),
+                rightAligned(sizeText(file.bytes), 8).c_str(), printable(file.name).c_str());
         }
         if (files.empty()) {
             std::printf("The cache is empty.\n");

@@ -6,10 +6,10 @@
 #include "benchmarks/support/RatioReporter.hpp"
 
 #include <KeloAPI/api/Api.hpp>
+#include <KeloAPI/fakes/ScriptedTransport.hpp>
 #include <KeloAPI/files/FileQueue.hpp>
 #include <KeloAPI/platform/http/Manager.hpp>
 #include <KeloAPI/platform/MainQueue.hpp>
-#include <KeloAPI/testing/ScriptedTransport.hpp>
 
 #include <chrono>
 #include <cstdlib>
@@ -225,7 +225,7 @@ void enterRequests(benchmark::State& state) {
     }
     for (auto _ : state) {
         state.PauseTiming();
-        useManager(std::make_shared<Manager>(std::make_shared<testing::ScriptedTransport>()));
+        useManager(std::make_shared<Manager>(std::make_shared<fakes::ScriptedTransport>()));
         const auto queue = FileQueue::withKey("bench");
         std::promise<void> entered;
         state.ResumeTiming();

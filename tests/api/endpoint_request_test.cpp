@@ -13,9 +13,9 @@
 
 namespace KeloAPI {
 
+using fakes::ScriptedAnswer;
 using testing::runFor;
 using testing::runUntil;
-using testing::ScriptedAnswer;
 
 /// Sends of an endpoint, and the handles that they return.
 class EndpointRequestTest : public testing::ScriptedSessionTest {
@@ -62,7 +62,7 @@ TEST_F(EndpointRequestTest, CompletesOnceOnTheMainQueueNeverInsideTheSend) {
 }
 
 TEST_F(EndpointRequestTest, TheTimelinesInstantsAreInOrder) {
-    const Date before = now();
+    const Date before = Date::now();
     transport->answer(ScriptedAnswer::json(R"({"data": {}})"));
     send();
     ASSERT_TRUE(completed());
@@ -70,7 +70,7 @@ TEST_F(EndpointRequestTest, TheTimelinesInstantsAreInOrder) {
     EXPECT_LE(timeline.requestStartTime, timeline.initialResponseTime);
     EXPECT_LE(timeline.initialResponseTime, timeline.requestCompletedTime);
     EXPECT_LE(timeline.requestCompletedTime, timeline.serializationCompletedTime);
-    EXPECT_LE(timeline.serializationCompletedTime, now());
+    EXPECT_LE(timeline.serializationCompletedTime, Date::now());
 }
 
 TEST_F(EndpointRequestTest, WritesOneTraceLineWithoutHeaders) {

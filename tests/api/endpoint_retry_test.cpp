@@ -8,9 +8,9 @@
 
 namespace KeloAPI {
 
+using fakes::ScriptedAnswer;
 using testing::runFor;
 using testing::runUntil;
-using testing::ScriptedAnswer;
 
 constexpr const char* expired = R"({"error": "expired", "code": 103})";
 constexpr const char* success = R"({"data": {}})";

@@ -33,7 +33,7 @@ public:
     }
 
 private:
-    testing::ScriptedTransport _silent;
+    fakes::ScriptedTransport _silent;
 };
 
 using ParsedCompletion =

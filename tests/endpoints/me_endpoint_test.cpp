@@ -13,8 +13,8 @@
 
 namespace KeloAPI {
 
+using fakes::ScriptedAnswer;
 using testing::runUntil;
-using testing::ScriptedAnswer;
 
 class MeEndpointTest : public testing::ScriptedSessionTest {
 protected:

@@ -9,9 +9,9 @@
 
 namespace KeloAPI {
 
+using fakes::ScriptedAnswer;
 using testing::runFor;
 using testing::runUntil;
-using testing::ScriptedAnswer;
 
 /// An action whose path says what it was asked for.
 class RecordingActionEndpoint : public PostActionEndpoint<LikeParser> {

@@ -8,8 +8,8 @@
 
 namespace KeloAPI {
 
+using fakes::ScriptedAnswer;
 using testing::runUntil;
-using testing::ScriptedAnswer;
 
 class RecommendationsEndpointTest : public testing::RegistrySessionTest {
 protected:

@@ -14,8 +14,8 @@
 
 namespace KeloAPI {
 
+using fakes::ScriptedAnswer;
 using testing::runUntil;
-using testing::ScriptedAnswer;
 
 const Parameters defaults = {
     {"c_max", 3}, {"c_overflow", "trunc"}, {"l_max", 3}, {"l_overflow", "trunc"}, {"size", 5}};

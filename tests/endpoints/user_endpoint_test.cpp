@@ -7,8 +7,8 @@
 
 namespace KeloAPI {
 
+using fakes::ScriptedAnswer;
 using testing::runUntil;
-using testing::ScriptedAnswer;
 
 class UserEndpointTest : public testing::RegistrySessionTest {
 protected:

@@ -51,7 +51,7 @@ protected:
 
     /// Answers the request that was sent as the `index`th, and waits for what the queue makes of
     /// it, for a while: that may be nothing to see.
-    void finish(std::size_t index, const ScriptedAnswer& answer = {.body = "video"}) {
+    void finish(std::size_t index, const fakes::ScriptedAnswer& answer = {.body = "video"}) {
         const auto state = [this] { return std::tuple(order(), sent(), answers); };
         const auto before = state();
         transport->answerRequest(index, answer);

@@ -16,8 +16,8 @@
 
 namespace KeloAPI {
 
+using fakes::ScriptedAnswer;
 using testing::runUntil;
-using testing::ScriptedAnswer;
 
 class FileEndpointTest : public testing::RegistrySessionTest {
 protected:

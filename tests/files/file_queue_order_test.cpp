@@ -6,9 +6,9 @@
 
 namespace KeloAPI {
 
+using fakes::ScriptedAnswer;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using testing::ScriptedAnswer;
 
 class FileQueueOrderTest : public testing::FileQueueTest {};
 

@@ -9,11 +9,11 @@
 
 namespace KeloAPI {
 
+using fakes::ScriptedAnswer;
 using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using testing::runUntil;
-using testing::ScriptedAnswer;
 
 static_assert(!std::is_default_constructible_v<FileQueue>);
 static_assert(!std::is_constructible_v<FileQueue, const char*>);

@@ -13,8 +13,8 @@
 
 namespace KeloAPI {
 
+using fakes::ScriptedAnswer;
 using testing::runUntil;
-using testing::ScriptedAnswer;
 
 class LongformUploadEndpointTest : public testing::RegistrySessionTest {
 protected:

@@ -14,8 +14,8 @@
 
 namespace KeloAPI {
 
+using fakes::ScriptedAnswer;
 using testing::runUntil;
-using testing::ScriptedAnswer;
 
 class LongformViewsEndpointTest : public testing::RegistrySessionTest {
 protected:
@@ -129,7 +129,7 @@ TEST_F(LongformViewsEndpointTest, RequiredKeysThatAreMissingOrMistypedFail) {
 }
 
 TEST_F(LongformViewsEndpointTest, SubmitsTheInstantAsText) {
-    const double before = timeIntervalSince1970(now());
+    const double before = timeIntervalSince1970(Date::now());
     submit(R"({"data": {}})");
     EXPECT_FALSE(error.has_value());
     EXPECT_EQ(lastRequest().method, Method::POST);

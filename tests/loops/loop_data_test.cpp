@@ -28,7 +28,7 @@ constexpr const char* overflow = "^KeloAPI: contract violated: loop count overfl
 /// A snapshot taken so long ago.
 std::shared_ptr<LoopData> snapshot(double velocity, std::chrono::microseconds age) {
     auto data = std::make_shared<LoopData>(Number::of(100), Number::of(velocity));
-    data->created = now() - age;
+    data->created = Date::now() - age;
     return data;
 }
 
@@ -39,13 +39,13 @@ std::shared_ptr<LoopData> parsedLoopData(const std::string& json) {
 } // namespace
 
 TEST(LoopDataTest, IsASnapshotOfNow) {
-    const auto before = now();
+    const auto before = Date::now();
     const LoopData data(Number::of(100), Number::of(2.5));
     EXPECT_EQ(data.count, Number::of(100));
     EXPECT_EQ(data.velocity, Number::of(2.5));
     EXPECT_FALSE(data.onFire);
     EXPECT_GE(data.created, before);
-    EXPECT_LE(data.created, now());
+    EXPECT_LE(data.created, Date::now());
 }
 
 TEST(LoopDataTest, WithoutVelocityNothingIsAdded) {
@@ -65,7 +65,7 @@ TEST(LoopDataTest, EstimatesVelocityTimesElapsedSeconds) {
 
 TEST(LoopDataTest, TheVelocityMayBeAnyNumber) {
     LoopData data(Number::of(1), Number::of(true));
-    data.created = now() - 10s;
+    data.created = Date::now() - 10s;
     EXPECT_EQ(data.loopsSinceCreation(), 10U);
     data.velocity = Number::of(3);
     EXPECT_EQ(data.loopsSinceCreation(), 30U);
@@ -160,13 +160,13 @@ TEST(LoopDataTest, ArchivesCountsOf64Bits) {
 }
 
 TEST(LoopDataParserTest, OfBothAloneIsASnapshotOfNow) {
-    const auto before = now();
+    const auto before = Date::now();
     const auto data = parsedLoopData(R"({"count":7,"velocity":1})");
     EXPECT_EQ(data->count, Number::of(7));
     EXPECT_EQ(data->velocity, Number::of(1));
     EXPECT_FALSE(data->onFire);
     EXPECT_GE(data->created, before);
-    EXPECT_LE(data->created, now());
+    EXPECT_LE(data->created, Date::now());
 }
 
 TEST(LoopDataParserTest, ReadsEveryKey) {
@@ -182,11 +182,11 @@ TEST(LoopDataParserTest, ReadsEveryKey) {
 TEST(LoopDataParserTest, ADateThatIsNoneIsNow) {
     for (const char* value :
          {"\"garbage\"", "\"\"", "5", "null", "{}", "[]", "true", "\"2015-03-01T12:30:05\""}) {
-        const auto before = now();
+        const auto before = Date::now();
         const auto data =
             parsedLoopData(R"({"count":7,"velocity":1,"created":)" + std::string(value) + "}");
         EXPECT_GE(data->created, before) << value;
-        EXPECT_LE(data->created, now()) << value;
+        EXPECT_LE(data->created, Date::now()) << value;
     }
 }
 

@@ -9,9 +9,9 @@
 
 namespace KeloAPI {
 
+using fakes::ScriptedAnswer;
 using testing::runFor;
 using testing::runUntil;
-using testing::ScriptedAnswer;
 
 class LoopsEndpointTest : public testing::RegistrySessionTest {
 protected:
@@ -40,9 +40,9 @@ static_assert(testing::createdWith<LoopsEndpoint>);
 
 TEST_F(LoopsEndpointTest, PostsOneRecordAsJson) {
     transport->answer(ScriptedAnswer::json(""));
-    const double before = timeIntervalSince1970(now());
+    const double before = timeIntervalSince1970(Date::now());
     endpoint->submit(5, post);
-    const double after = timeIntervalSince1970(now());
+    const double after = timeIntervalSince1970(Date::now());
     EXPECT_EQ(lastRequest().method, Method::POST);
     EXPECT_EQ(lastRequest().url->absoluteString(), "https://service.example/loops");
     EXPECT_EQ(lastRequest().headerFields.at("Content-Type"), "application/json");

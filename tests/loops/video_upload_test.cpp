@@ -28,7 +28,7 @@ std::shared_ptr<KLVideoUpload> parsedWith(const std::string& members) {
 }
 
 double secondsFromNow(Date date) {
-    return timeIntervalSince1970(date) - timeIntervalSince1970(now());
+    return timeIntervalSince1970(date) - timeIntervalSince1970(Date::now());
 }
 
 } // namespace

@@ -62,7 +62,7 @@ std::string shown(const std::optional<Date>& date) {
     if (!date) {
         return "-";
     }
-    const bool isNow = std::chrono::abs(*date - now()) < 60s;
+    const bool isNow = std::chrono::abs(*date - Date::now()) < 60s;
     return isNow ? "now" : std::to_string((*date - start).count());
 }
 std::string shown(const Range& range) {

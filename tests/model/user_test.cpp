@@ -77,14 +77,14 @@ TEST(UserParserTest, LoopDataNeedsBothNumbers) {
           R"({"loopCount":[10],"loopVelocity":1.5})"}) {
         EXPECT_EQ(user(json)->loopData, nullptr) << json;
     }
-    const auto before = now();
+    const auto before = Date::now();
     const auto data = user(R"({"loopCount":10,"loopVelocity":1.5})")->loopData;
     ASSERT_NE(data, nullptr);
     EXPECT_EQ(data->count, Number::of(10));
     EXPECT_EQ(data->velocity, Number::of(1.5));
     EXPECT_FALSE(data->onFire);
     EXPECT_GE(data->created, before);
-    EXPECT_LE(data->created, now());
+    EXPECT_LE(data->created, Date::now());
 }
 
 TEST(UserParserTest, LoopDataKeepsTheNumbersAsTheyCame) {

@@ -11,7 +11,7 @@
 
 namespace KeloObjcTest {
 
-using KeloAPI::testing::ScriptedAnswer;
+using KeloAPI::fakes::ScriptedAnswer;
 
 /// A test with a listener and the registry's authenticated session over a scripted transport.
 class EndpointTest : public KeloAPI::testing::RegistrySessionTest {

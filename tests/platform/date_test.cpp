@@ -157,7 +157,7 @@ TEST(DateTest, DoesNotDependOnTheLocale) {
 
 TEST(DateTest, NowIsNow) {
     const auto before = std::chrono::system_clock::now();
-    const Date instant = now();
+    const Date instant = Date::now();
     const auto after = std::chrono::system_clock::now();
     EXPECT_GE(instant, std::chrono::floor<std::chrono::microseconds>(before));
     EXPECT_LE(instant, after);

@@ -1,18 +1,18 @@
 #include "support/MainLoop.hpp"
 #include "support/ManualTransport.hpp"
 
+#include <KeloAPI/fakes/ScriptedTransport.hpp>
 #include <KeloAPI/platform/http/Manager.hpp>
-#include <KeloAPI/testing/ScriptedTransport.hpp>
 
 #include <gtest/gtest.h>
 
 namespace KeloAPI {
 
+using fakes::ScriptedAnswer;
+using fakes::ScriptedTransport;
 using testing::FixedRequest;
 using testing::runFor;
 using testing::runUntil;
-using testing::ScriptedAnswer;
-using testing::ScriptedTransport;
 using namespace std::chrono_literals;
 
 class ManagerTest : public ::testing::Test {

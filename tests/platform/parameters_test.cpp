@@ -22,6 +22,7 @@ concept ListedInParameters = requires(T value) {
 
 // No pointer becomes a boolean.
 static_assert(!std::is_constructible_v<ParameterValue, int*>);
+static_assert(!std::is_constructible_v<ParameterValue, unsigned char*>);
 static_assert(!std::is_constructible_v<ParameterValue, const void*>);
 static_assert(!std::is_convertible_v<std::string*, ParameterValue>);
 static_assert(std::is_convertible_v<const char*, ParameterValue>);

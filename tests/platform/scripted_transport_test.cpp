@@ -1,19 +1,19 @@
 #include "support/MainLoop.hpp"
 #include "support/ManualTransport.hpp"
 
+#include <KeloAPI/fakes/ScriptedTransport.hpp>
 #include <KeloAPI/platform/http/Manager.hpp>
-#include <KeloAPI/testing/ScriptedTransport.hpp>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace KeloAPI {
 
+using fakes::ScriptedAnswer;
 using ::testing::ElementsAre;
 using testing::FixedRequest;
 using testing::runFor;
 using testing::runUntil;
-using testing::ScriptedAnswer;
 using namespace std::chrono_literals;
 
 class ScriptedTransportTest : public ::testing::Test {
@@ -32,8 +32,8 @@ protected:
         return runUntil([&] { return outcomes.size() >= count; });
     }
 
-    std::shared_ptr<testing::ScriptedTransport> transport =
-        std::make_shared<testing::ScriptedTransport>();
+    std::shared_ptr<fakes::ScriptedTransport> transport =
+        std::make_shared<fakes::ScriptedTransport>();
     Manager manager{transport};
     std::vector<std::string> outcomes;
 };

@@ -5,10 +5,10 @@
 #include "RecordingDelegate.hpp"
 
 #include <KeloAPI/api/Session.hpp>
+#include <KeloAPI/fakes/ScriptedTransport.hpp>
 #include <KeloAPI/platform/Diagnostics.hpp>
 #include <KeloAPI/platform/http/HTTPError.hpp>
 #include <KeloAPI/platform/http/Manager.hpp>
-#include <KeloAPI/testing/ScriptedTransport.hpp>
 
 #include <gtest/gtest.h>
 
@@ -47,13 +47,14 @@ protected:
         });
         const std::size_t count = transport->requests().size();
         for (std::size_t index = 0; index < count; ++index) {
-            transport->answerRequest(index, ScriptedAnswer::failure(httpError(
+            transport->answerRequest(index, fakes::ScriptedAnswer::failure(httpError(
                                                 HTTPErrorCode::Cancelled, "test is over")));
         }
         EXPECT_TRUE(runUntil([&] { return ended; }));
     }
 
-    std::shared_ptr<ScriptedTransport> transport = std::make_shared<ScriptedTransport>();
+    std::shared_ptr<fakes::ScriptedTransport> transport =
+        std::make_shared<fakes::ScriptedTransport>();
     std::shared_ptr<Manager> httpManager = std::make_shared<Manager>(transport);
     std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>();
     std::shared_ptr<Session> session = std::make_shared<Session>(SessionType::Authenticated);

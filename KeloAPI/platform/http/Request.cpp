@@ -41,7 +41,7 @@ public:
 
     void didSendRequest() override { _request->requestSent(); }
     void didReceiveResponse(HTTPResponse response) override {
-        _request->_timeline.initialResponseTime = now();
+        _request->_timeline.initialResponseTime = Date::now();
         _request->_head = std::move(response);
         _request->receiveResponse(*_request->_head);
     }
@@ -66,7 +66,7 @@ Request::Request(KeloAPI::URLRequest request, std::shared_ptr<SerialQueue> respo
 Request::~Request() = default;
 
 void Request::start(Transport& transport) {
-    _timeline.requestStartTime = now();
+    _timeline.requestStartTime = Date::now();
     if (auto problem = _request.problem()) {
         // Nobody hears of the end inside the call.
         _responseQueue->async([self = shared_from_this(), problem = std::move(problem)]() mutable {
@@ -129,7 +129,7 @@ void Request::response(Serializer serializer) {
 }
 
 void Request::complete(std::optional<Error> error) {
-    _timeline.requestCompletedTime = now();
+    _timeline.requestCompletedTime = Date::now();
     if (!_head) {
         _timeline.initialResponseTime = _timeline.requestCompletedTime;
     }

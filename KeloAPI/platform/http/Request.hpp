@@ -130,7 +130,7 @@ void Request::response(std::function<Result<T>(const ResponseContent&)> serializ
                  const ResponseContent& content, Timeline timeline) -> Completion {
         // Shared because a completion is copied about and a value may not be.
         auto result = std::make_shared<Result<T>>(serializer(content));
-        timeline.serializationCompletedTime = now();
+        timeline.serializationCompletedTime = Date::now();
         return [result, timeline, completion] { completion(std::move(*result), timeline); };
     });
 }

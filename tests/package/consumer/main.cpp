@@ -2,18 +2,18 @@
 // each of the ways in which a project can take it in.
 #include <KeloAPI/api/Api.hpp>
 #include <KeloAPI/endpoints/TimelineEndpoint.hpp>
+#include <KeloAPI/fakes/ScriptedTransport.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/platform/http/Manager.hpp>
 #include <KeloAPI/platform/MainQueue.hpp>
-#include <KeloAPI/testing/ScriptedTransport.hpp>
 
 #include <cstdio>
 
 int main() {
     const auto session = KeloAPI::Api::session(KeloAPI::SessionType::Authenticated);
-    const auto transport = std::make_shared<KeloAPI::testing::ScriptedTransport>();
+    const auto transport = std::make_shared<KeloAPI::fakes::ScriptedTransport>();
     session->setSessionManager(std::make_shared<KeloAPI::Manager>(transport));
-    transport->answer(KeloAPI::testing::ScriptedAnswer::json(
+    transport->answer(KeloAPI::fakes::ScriptedAnswer::json(
         R"({"data": {"records": [{"postId": 7, "description": "hello"}]}})"));
     int posts = -1;
     KeloAPI::TimelineEndpoint::create("popular")->fetch([&](const KeloAPI::TimelineResult& result) {

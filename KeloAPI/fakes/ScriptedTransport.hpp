@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-namespace KeloAPI::testing {
+namespace KeloAPI::fakes {
 
 /// What a scripted exchange comes to: an answer, or an error in its place.
 struct KELO_API ScriptedAnswer {
@@ -65,4 +65,4 @@ private:
     std::shared_ptr<State> _state;
 };
 
-} // namespace KeloAPI::testing
+} // namespace KeloAPI::fakes

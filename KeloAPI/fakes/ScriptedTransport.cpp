@@ -1,13 +1,13 @@
+#include <KeloAPI/fakes/ScriptedTransport.hpp>
 #include <KeloAPI/platform/http/HTTPError.hpp>
 #include <KeloAPI/platform/SerialQueue.hpp>
-#include <KeloAPI/testing/ScriptedTransport.hpp>
 
 #include <algorithm>
 #include <deque>
 #include <mutex>
 #include <utility>
 
-namespace KeloAPI::testing {
+namespace KeloAPI::fakes {
 
 struct ScriptedTransport::State {
     mutable std::mutex mutex;
@@ -143,4 +143,4 @@ std::shared_ptr<Exchange> ScriptedTransport::start(const URLRequest& request,
     return exchange;
 }
 
-} // namespace KeloAPI::testing
+} // namespace KeloAPI::fakes
