@@ -5,6 +5,10 @@
 #include <utility>
 #include <variant>
 
+// X11's headers make Success a macro: it is set aside for the length of this file.
+#pragma push_macro("Success")
+#undef Success
+
 namespace KeloAPI {
 
 /// How a call ended: in one of two cases, `Success` with what it brought, or `Error` with the error
@@ -22,7 +26,8 @@ public:
     Outcome(Error error)
         : _case(std::move(error)) {}
 
-    /// Null in the other case.
+    /// What the call brought; null in the other case. With `auto` a host need not write `Success`
+    /// where that is a macro.
     const Success* success() const { return std::get_if<Success>(&_case); }
     /// Null in the other case.
     const KeloAPI::Error* error() const {
@@ -35,3 +40,5 @@ private:
 };
 
 } // namespace KeloAPI
+
+#pragma pop_macro("Success")

@@ -51,18 +51,19 @@ public:
                 std::function<void(const PostActionResult<typename P::T>& result)> completion) {
         using Result = PostActionResult<typename P::T>;
         detail::requireCompletion(completion);
-        setMethod(on ? Method::POST : Method::DELETE);
+        setMethod(on ? Method::POST : deleteMethod);
         setPathFor(on);
-        request(_parser, [completion = std::move(completion)](
-                             std::vector<std::shared_ptr<typename P::T>> items,
-                             const std::optional<Metadata>&, const Timeline&,
-                             std::optional<Error> error) {
-            if (error) {
-                completion(typename Result::Error{*std::move(error)});
-            } else {
-                completion(typename Result::Success{items.empty() ? nullptr : items.front()});
-            }
-        });
+        request(_parser,
+                [completion = std::move(completion)](
+                    std::vector<std::shared_ptr<typename P::T>> items,
+                    const std::optional<Metadata>&, const Timeline&, std::optional<Error> error) {
+                    if (error) {
+                        completion(typename Result::Error{*std::move(error)});
+                    } else {
+                        completion(PostActionSuccess<typename P::T>{items.empty() ? nullptr
+                                                                                  : items.front()});
+                    }
+                });
     }
 
 protected:

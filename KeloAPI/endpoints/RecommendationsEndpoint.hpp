@@ -11,6 +11,10 @@
 #include <string>
 #include <string_view>
 
+// X11's headers make Success a macro: it is set aside for the length of this file.
+#pragma push_macro("Success")
+#undef Success
+
 namespace KeloAPI {
 
 /// Whether the user wants more, the same or less of something recommended.
@@ -70,3 +74,5 @@ private:
 };
 
 } // namespace KeloAPI
+
+#pragma pop_macro("Success")

@@ -67,5 +67,62 @@
 #define False 0
 #define Bool int
 #define Always 2
+#define Success 0
+#define Status int
+#define Unsorted 0
+#define CurrentTime 0L
+// Windows.
+#define ABSOLUTE 1
+#define ALTERNATE 1
+#define APIENTRY
+#define CALLBACK
+#define CONST const
+#define DELETE (0x00010000L)
+#define DIFFERENCE 11
+#define DOMAIN 1
+#define FAR
+#define IGNORE 0
+#define INFINITE 0xFFFFFFFF
+#define NEAR
+#define NO_ERROR 0L
+#define OPAQUE 2
+#define OPTIONAL
+#define OVERFLOW 3
+#define PURE = 0
+#define RELATIVE 2
+#define STRICT 1
+#define THIS void
+#define TRANSPARENT 1
+#define UNDERFLOW 4
+#define VOID void
+#define WINAPI
+#define AddJob AddJobA
+#define CreateFile CreateFileA
+#define CreateMutex CreateMutexA
+#define DeleteFile DeleteFileA
+#define DispatchMessage DispatchMessageA
+#define GetClassName GetClassNameA
+#define GetCurrentTime() 0
+#define GetMessage GetMessageA
+#define GetObject GetObjectA
+#define GetUserName GetUserNameA
+#define LoadImage LoadImageA
+#define PostMessage PostMessageA
+#define ReportEvent ReportEventA
+#define SendMessage SendMessageA
+#define StartService StartServiceA
+#define Yield()
+#define cdecl
+#define pascal
+#define hyper long long
 
 #include "all_headers.inc"
+
+// They are left as they were found.
+static_assert(Success == 0 && DELETE == 0x00010000L);
+
+// What a host does without our names that are macros here.
+static_assert(KeloAPI::deleteMethod != KeloAPI::Method::POST);
+bool brought(const KeloAPI::MeResult& result) {
+    return result.success() != nullptr;
+}
