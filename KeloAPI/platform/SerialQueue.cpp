@@ -1,9 +1,10 @@
-#include <KeloAPI/platform/Contract.hpp>
 #include <KeloAPI/platform/ExitGuard.hpp>
+#include <KeloAPI/platform/MainQueue.hpp>
 #include <KeloAPI/platform/SerialQueue.hpp>
 #include <KeloAPI/platform/SignalShield.hpp>
 
 #include <pthread.h>
+#include <unistd.h>
 
 #include <condition_variable>
 #include <mutex>
@@ -47,6 +48,7 @@ struct SerialQueue::State {
     }
 
     const std::string label;
+    const pid_t process = getpid();
     std::mutex mutex;
     std::condition_variable somethingToDo;
     std::vector<Task> waiting;
@@ -58,6 +60,9 @@ SerialQueue::SerialQueue(std::string label)
     : _state(std::make_shared<State>(std::move(label))) {}
 
 SerialQueue::~SerialQueue() {
+    if (isInherited()) {
+        return; // a thread that did not come along may have held the mutex
+    }
     {
         const std::lock_guard lock(_state->mutex);
         _state->closed = true;
@@ -69,22 +74,48 @@ const std::string& SerialQueue::label() const {
     return _state->label;
 }
 
+bool SerialQueue::isInherited() const {
+    return _state->process != getpid();
+}
+
+bool SerialQueue::open() {
+    if (isInherited()) {
+        return false;
+    }
+    ExitGuard::install();
+    const std::lock_guard lock(_state->mutex);
+    return startThread();
+}
+
+void SerialQueue::asyncOrOnMain(Task task) {
+    if (open()) {
+        async(std::move(task));
+    } else {
+        MainQueue::main().async(std::move(task));
+    }
+}
+
 void SerialQueue::async(Task task) {
+    if (isInherited()) {
+        return;
+    }
     ExitGuard::install();
     // The queue may go with the task, before the call is over.
     const std::shared_ptr<State> state = _state;
     {
         const std::lock_guard lock(state->mutex);
         state->waiting.push_back(std::move(task));
-        if (state->thread == std::thread::id()) {
-            startThread();
-        }
+        startThread();
     }
     // Without the lock, or the thread would wake only to wait for it.
     state->somethingToDo.notify_one();
 }
 
-void SerialQueue::startThread() {
+/// Unless it runs already. Under the mutex; false when the system has none to give.
+bool SerialQueue::startThread() {
+    if (_state->thread != std::thread::id()) {
+        return true;
+    }
     const SignalShield shield;
     try {
         // The thread keeps the state alive and ends by itself: nobody has to join it, so the last
@@ -92,8 +123,9 @@ void SerialQueue::startThread() {
         std::thread thread([state = _state] { state->run(); });
         _state->thread = thread.get_id();
         thread.detach();
+        return true;
     } catch (const std::system_error&) {
-        contractViolation("no thread can be made for a queue");
+        return false;
     }
 }
 

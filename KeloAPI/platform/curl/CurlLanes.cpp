@@ -78,6 +78,9 @@ std::shared_ptr<CurlLoop> CurlLanes::lane(const Key& key) {
 }
 
 void CurlLanes::close() {
+    if (_process != getpid()) {
+        return; // the threads did not come along into this forked child
+    }
     Lanes lanes;
     {
         const std::lock_guard lock(_mutex);

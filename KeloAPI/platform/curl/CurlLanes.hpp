@@ -4,6 +4,8 @@
 #include <KeloAPI/platform/http/TransportSettings.hpp>
 #include <KeloAPI/platform/URL.hpp>
 
+#include <unistd.h>
+
 #include <map>
 #include <memory>
 #include <mutex>
@@ -40,6 +42,7 @@ private:
 
     const ServerTrustPolicyManager _trust;
     const TransportSettings _settings;
+    const pid_t _process = getpid();
     std::mutex _mutex;
     Lanes _lanes;
     /// The lane that was asked for last, because requests come in rows for one host.

@@ -52,6 +52,12 @@ enum class HTTPErrorCode : std::int8_t {
     ParameterEncoding = 16,
     /// The body is larger than an answer that is kept in memory may be (256 MiB).
     BodyTooLarge = 17,
+    /// The system has no memory, thread or descriptor to give for the request, or the bodies that
+    /// are kept in memory reach 1 GiB in all. The next request may fare better.
+    OutOfResources = 18,
+    /// The request's manager belongs to the parent of this forked process; one that is made here
+    /// works.
+    Inherited = 19,
 };
 
 /// The user-info key of the status of an `HTTPStatus` error.

@@ -16,7 +16,8 @@ namespace KeloAPI {
 /// Makes and starts requests over one transport, with one queue on which their answers are
 /// serialised. Its requests share connections. When it goes and its transport with it, those in
 /// flight end with `Cancelled`; a transport that the caller keeps carries them to their end. Usable
-/// from any thread.
+/// from any thread. In a forked child the managers of its parent do not work: their requests end
+/// with `Inherited`.
 class KELO_API Manager {
 public:
     /// Chooses where a download goes once its head is there: a file URL.

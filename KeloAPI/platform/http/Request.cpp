@@ -1,3 +1,4 @@
+#include <KeloAPI/platform/http/HTTPError.hpp>
 #include <KeloAPI/platform/http/Request.hpp>
 #include <KeloAPI/platform/MainQueue.hpp>
 
@@ -67,11 +68,12 @@ Request::~Request() = default;
 
 void Request::start(Transport& transport) {
     _timeline.requestStartTime = Date::now();
-    if (auto problem = _request.problem()) {
+    if (auto reason = obstacle()) {
         // Nobody hears of the end inside the call.
-        _responseQueue->async([self = shared_from_this(), problem = std::move(problem)]() mutable {
-            self->complete(std::move(problem));
-        });
+        _responseQueue->asyncOrOnMain(
+            [self = shared_from_this(), reason = std::move(reason)]() mutable {
+                self->complete(std::move(reason));
+            });
         return;
     }
     auto exchange = transport.start(_request, std::make_shared<Observer>(shared_from_this()));
@@ -79,6 +81,18 @@ void Request::start(Transport& transport) {
     if (!_guarded->over) {
         _guarded->exchange = std::move(exchange);
     }
+}
+
+/// Why the request cannot be sent, if so.
+std::optional<Error> Request::obstacle() const {
+    if (_responseQueue->isInherited()) {
+        return httpError(HTTPErrorCode::Inherited,
+                         "the connections belong to the parent of this forked process");
+    }
+    if (!_responseQueue->open()) {
+        return httpError(HTTPErrorCode::OutOfResources, "no thread can be made for the answer");
+    }
+    return _request.problem();
 }
 
 void Request::cancel() {
@@ -123,7 +137,7 @@ void Request::response(Serializer serializer) {
             return;
         }
     }
-    _responseQueue->async([self = shared_from_this(), serializer = std::move(serializer)] {
+    _responseQueue->asyncOrOnMain([self = shared_from_this(), serializer = std::move(serializer)] {
         post(self->serve(serializer));
     });
 }
@@ -143,7 +157,7 @@ void Request::complete(std::optional<Error> error) {
         end(std::move(error));
         return;
     }
-    _responseQueue->async([self = shared_from_this(), error = std::move(error)]() mutable {
+    _responseQueue->asyncOrOnMain([self = shared_from_this(), error = std::move(error)]() mutable {
         self->end(std::move(error));
     });
 }

@@ -100,6 +100,7 @@ private:
     class Observer;
 
     void start(Transport& transport);
+    std::optional<Error> obstacle() const;
     void complete(std::optional<Error> error);
     void end(std::optional<Error> error);
     std::vector<Serializer> takeHandlers();

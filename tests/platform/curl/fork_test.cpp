@@ -1,0 +1,89 @@
+#include "../../support/GetRequest.hpp"
+#include "../../support/MainLoop.hpp"
+#include "../../support/RawServer.hpp"
+#include "../../support/Sanitizers.hpp"
+#include "TransportTest.hpp"
+
+#include <KeloAPI/platform/http/Manager.hpp>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace KeloAPI::support {
+namespace {
+
+class ForkTest : public TransportTest {
+protected:
+    struct Ended {
+        bool inTime = false;
+        std::optional<Error> error;
+
+        bool well() const { return inTime && !error; }
+        bool inherited() const {
+            return inTime && error && isHTTPError(*error, HTTPErrorCode::Inherited);
+        }
+    };
+
+    Ended ask(Manager& through) const {
+        return ended(through.request(GetRequest(URL::parse(server.url("/")))));
+    }
+
+    static Ended ended(const std::shared_ptr<Request>& request) {
+        const auto result = std::make_shared<Ended>();
+        request->response([result](const ResponseContent& content, Timeline) {
+            return [result, error = content.error] { *result = {true, error}; };
+        });
+        testing::runUntil([&] { return result->inTime; });
+        return *result;
+    }
+
+    /// The exit status of a forked child that does this; it gives up by itself.
+    static int inChild(const std::function<int()>& work) {
+        const pid_t child = fork();
+        if (child == 0) {
+            alarm(60);
+            _exit(work());
+        }
+        int status = -1;
+        waitpid(child, &status, 0);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+    }
+
+    RawServer server{[](RawConnection& connection) {
+        while (!connection.readRequest().empty()) {
+            connection.write("HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\nok");
+        }
+    }};
+    std::unique_ptr<Manager> manager = std::make_unique<Manager>(ServerTrustPolicyManager());
+};
+
+TEST_F(ForkTest, InAChildTheParentsConnectionsSaySoAndNewOnesWork) {
+    if (isSanitized) {
+        GTEST_SKIP() << "sanitizers lose their own threads in a child";
+    }
+    // Once before the parent has threads, once with them.
+    for (int turn = 0; turn < 2; ++turn) {
+        const int status = inChild([this] {
+            if (!ask(*manager).inherited()) {
+                return 1;
+            }
+            const auto file = URL::fileURL("/nowhere/video");
+            if (!ended(manager->download(GetRequest(URL::parse(server.url("/"))), file))
+                     .inherited()) {
+                return 2;
+            }
+            Manager own{ServerTrustPolicyManager()};
+            if (!ask(own).well()) {
+                return 3;
+            }
+            manager.reset();
+            return ask(own).well() ? 0 : 4;
+        });
+        EXPECT_EQ(status, 0);
+        EXPECT_TRUE(ask(*manager).well());
+    }
+    EXPECT_EQ(server.connections(), 3) << "the parent goes on over its own";
+}
+
+} // namespace
+} // namespace KeloAPI::support
