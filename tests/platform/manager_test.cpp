@@ -2,6 +2,7 @@
 #include "support/ManualTransport.hpp"
 
 #include <KeloAPI/fakes/ScriptedTransport.hpp>
+#include <KeloAPI/platform/http/BodyMemory.hpp>
 #include <KeloAPI/platform/http/Manager.hpp>
 
 #include <gtest/gtest.h>
@@ -194,6 +195,28 @@ TEST_F(ManagerTest, OverHTTPRefusesConnectionsThatNobodyTakes) {
     ASSERT_TRUE(waitForAnswers(1));
     ASSERT_TRUE(errors[0]);
     EXPECT_TRUE(isHTTPError(*errors[0], HTTPErrorCode::CannotConnect)) << errors[0]->description();
+}
+
+TEST_F(ManagerTest, LargeAnswersHaveALimitForAllOfThem) {
+    Manager manager(transport);
+    // All but this has been taken by others.
+    constexpr std::size_t left = 1000;
+    ASSERT_TRUE(BodyMemory::take(BodyMemory::mostOfAll - left));
+    transport->answer(ScriptedAnswer::json(std::string(left, 'x')));
+    transport->answer(ScriptedAnswer::json("x"));
+    auto first = manager.request(FixedRequest());
+    listen(first);
+    listen(manager.request(FixedRequest()));
+    ASSERT_TRUE(waitForAnswers(2));
+    EXPECT_EQ(errors[0], std::nullopt);
+    ASSERT_TRUE(errors[1]);
+    EXPECT_TRUE(isHTTPError(*errors[1], HTTPErrorCode::OutOfResources));
+
+    first = nullptr; // and soon the answer with it
+    bool taken = false;
+    EXPECT_TRUE(runUntil([&] { return taken = taken || BodyMemory::take(left); }));
+    BodyMemory::giveBack(left);
+    BodyMemory::giveBack(BodyMemory::mostOfAll - left);
 }
 
 } // namespace KeloAPI

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <stdexcept>
 
 namespace KeloAPI::support {
@@ -103,6 +104,9 @@ RawServer::~RawServer() {
 void RawServer::accept() {
     while (true) {
         const int socket = ::accept4(_listener, nullptr, nullptr, SOCK_CLOEXEC);
+        if (socket < 0 && errno == EMFILE) {
+            continue; // a test of that shortage, which passes
+        }
         if (socket < 0) {
             return;
         }

@@ -64,6 +64,8 @@ HTTPErrorCode httpCode(CURLcode code, std::string_view detail) {
     case CURLE_WEIRD_SERVER_REPLY:
     case CURLE_BAD_CONTENT_ENCODING:
         return HTTPErrorCode::BadServerResponse;
+    case CURLE_OUT_OF_MEMORY:
+        return HTTPErrorCode::OutOfResources;
     default:
         return HTTPErrorCode::Unknown;
     }
@@ -85,6 +87,8 @@ std::string_view message(HTTPErrorCode code) {
         return "no secure connection that the host's policy accepts";
     case HTTPErrorCode::BadServerResponse:
         return "the server's answer is no HTTP";
+    case HTTPErrorCode::OutOfResources:
+        return "there is no memory for the request";
     default:
         return "the request failed";
     }

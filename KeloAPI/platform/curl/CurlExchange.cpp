@@ -29,8 +29,8 @@ void CurlExchange::begin() {
     try {
         lane = _lanes->laneFor(*_request.url, _observer->mayWaitForDisk());
     } catch (const std::system_error& failure) {
-        completeElsewhere(
-            httpError(HTTPErrorCode::Unknown, std::string("no network thread: ") + failure.what()));
+        completeElsewhere(httpError(HTTPErrorCode::OutOfResources,
+                                    std::string("no network thread: ") + failure.what()));
         return;
     }
     {

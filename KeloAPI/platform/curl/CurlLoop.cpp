@@ -17,7 +17,9 @@ CurlLoop::CurlLoop(TrustStore trust, std::string name, Limits limits)
     , _name(std::move(name))
     , _limits(limits) {}
 
-CurlLoop::~CurlLoop() = default;
+CurlLoop::~CurlLoop() {
+    curl_multi_cleanup(_multi); // of a lane that had no thread
+}
 
 void CurlLoop::open() {
     ExitGuard::install();

@@ -4,9 +4,13 @@
 #include <KeloAPI/platform/curl/StrayData.hpp>
 #include <KeloAPI/platform/ExitGuard.hpp>
 
+#include <sys/socket.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <new>
 
 namespace KeloAPI {
 
@@ -85,6 +89,10 @@ CurlTransfer::Outcome CurlTransfer::outcome(CURLcode code) const {
         outcome.error = httpError(HTTPErrorCode::BadServerResponse, headTooLong);
     } else if (code != CURLE_OK) {
         outcome.error = curlError(code, _detail.data());
+        if (code == CURLE_COULDNT_CONNECT && _lacksDescriptors) {
+            outcome.error = httpError(HTTPErrorCode::OutOfResources,
+                                      "no descriptor for a connection", std::move(outcome.error));
+        }
         // So libcurl says, without further words, of a stream beyond the last one that the server
         // named when it went away.
         outcome.unprocessed =
@@ -112,6 +120,16 @@ void CurlTransfer::conclude(CurlExchange& exchange, Outcome outcome) {
 bool CurlTransfer::giveUp(HTTPErrorCode code, const char* message) {
     _failure = httpError(code, message);
     return false;
+}
+
+/// What a step says, or gives up where there is no memory for it.
+template <class Step>
+bool CurlTransfer::withMemory(Step step) {
+    try {
+        return step();
+    } catch (const std::bad_alloc&) {
+        return giveUp(HTTPErrorCode::OutOfResources, "there is no memory for the answer");
+    }
 }
 
 bool CurlTransfer::takeHeaderLine(std::string_view line) {
@@ -219,14 +237,18 @@ bool CurlTransfer::acceptConnection(const std::string& ends) {
 
 std::size_t CurlTransfer::onHeader(char* bytes, std::size_t size, std::size_t count,
                                    void* self) noexcept {
-    const bool goOn = static_cast<CurlTransfer*>(self)->takeHeaderLine({bytes, size * count});
+    auto& transfer = *static_cast<CurlTransfer*>(self);
+    const bool goOn = transfer.withMemory([&] {
+        return transfer.takeHeaderLine({bytes, size * count});
+    });
     ExitGuard::parkIfExiting();
     return goOn ? size * count : 0;
 }
 
 std::size_t CurlTransfer::onBody(char* bytes, std::size_t size, std::size_t count,
                                  void* self) noexcept {
-    const bool goOn = static_cast<CurlTransfer*>(self)->takeBody({bytes, size * count});
+    auto& transfer = *static_cast<CurlTransfer*>(self);
+    const bool goOn = transfer.withMemory([&] { return transfer.takeBody({bytes, size * count}); });
     ExitGuard::parkIfExiting();
     return goOn ? size * count : 0;
 }
@@ -236,6 +258,15 @@ std::size_t CurlTransfer::onRead(char* buffer, std::size_t size, std::size_t cou
     const std::size_t given = static_cast<CurlTransfer*>(self)->giveBody(buffer, size * count);
     ExitGuard::parkIfExiting();
     return given;
+}
+
+/// Where no socket can be made, libcurl says no more than that there is no connection.
+curl_socket_t CurlTransfer::onOpenSocket(void* self, curlsocktype /*purpose*/,
+                                         curl_sockaddr* address) noexcept {
+    const int made = socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+    static_cast<CurlTransfer*>(self)->_lacksDescriptors =
+        made < 0 && (errno == EMFILE || errno == ENFILE);
+    return made < 0 ? CURL_SOCKET_BAD : made;
 }
 
 int CurlTransfer::onSeek(void* self, curl_off_t offset, int origin) noexcept {

@@ -95,6 +95,8 @@ private:
     std::size_t giveBody(char* buffer, std::size_t room);
     void moved() { _lastActivity = _origin.lastMoved = Clock::now(); }
     bool acceptConnection(const std::string& ends);
+    template <class Step>
+    bool withMemory(Step step);
     bool giveUp(HTTPErrorCode code, const char* message);
 
     static std::size_t onHeader(char* bytes, std::size_t size, std::size_t count,
@@ -103,6 +105,8 @@ private:
                               void* self) noexcept;
     static std::size_t onRead(char* buffer, std::size_t size, std::size_t count,
                               void* self) noexcept;
+    static curl_socket_t onOpenSocket(void* self, curlsocktype purpose,
+                                      curl_sockaddr* address) noexcept;
     static int onSeek(void* self, curl_off_t offset, int origin) noexcept;
     static int onProgress(void* self, curl_off_t downTotal, curl_off_t down, curl_off_t upTotal,
                           curl_off_t up) noexcept;
@@ -122,6 +126,7 @@ private:
     bool _redirects = false;
     ResponseHead::ContentCoding _coding = ResponseHead::ContentCoding::None;
     std::unique_ptr<GzipDecoder> _gzip;
+    bool _lacksDescriptors = false;
     std::size_t _discarded = 0;
     std::string_view _body;
     std::size_t _bodySent = 0;

@@ -67,6 +67,8 @@ void CurlTransfer::setUpTransfer(CurlOptions& options) {
 
     options.set(CURLOPT_HEADERFUNCTION, &CurlTransfer::onHeader);
     options.set(CURLOPT_HEADERDATA, this);
+    options.set(CURLOPT_OPENSOCKETFUNCTION, &CurlTransfer::onOpenSocket);
+    options.set(CURLOPT_OPENSOCKETDATA, this);
     options.set(CURLOPT_WRITEFUNCTION, &CurlTransfer::onBody);
     options.set(CURLOPT_WRITEDATA, this);
     options.set(CURLOPT_XFERINFOFUNCTION, &CurlTransfer::onProgress);

@@ -1,3 +1,4 @@
+#include <KeloAPI/platform/http/BodyMemory.hpp>
 #include <KeloAPI/platform/http/HTTPError.hpp>
 #include <KeloAPI/platform/http/MemoryRequest.hpp>
 
@@ -14,10 +15,11 @@ constexpr std::size_t padding = 64;
 // A length that the head promises is believed up to here; beyond, the body grows as it comes.
 constexpr std::int64_t mostReserved = std::int64_t{16} << 20U;
 
-// No answer of the service comes near it; a body that does is an accident or an attack.
-constexpr std::size_t mostKept = std::size_t{256} << 20U;
-
 } // namespace
+
+MemoryRequest::~MemoryRequest() {
+    BodyMemory::giveBack(_counted);
+}
 
 void MemoryRequest::receiveResponse(const HTTPResponse& response) {
     const auto expected = std::clamp<std::int64_t>(response.expectedContentLength, 0, mostReserved);
@@ -25,10 +27,15 @@ void MemoryRequest::receiveResponse(const HTTPResponse& response) {
 }
 
 bool MemoryRequest::receiveData(std::string_view bytes) {
-    if (bytes.size() > mostKept - body().size()) {
-        _tooLarge = true;
+    if (bytes.size() > BodyMemory::mostOfOne - body().size()) {
+        _refusal = httpError(HTTPErrorCode::BodyTooLarge, "the answer is too large");
         return false;
     }
+    if (!BodyMemory::take(bytes.size())) {
+        _refusal = httpError(HTTPErrorCode::OutOfResources, "too many large answers at a time");
+        return false;
+    }
+    _counted += bytes.size();
     body().append(bytes);
     if (_reports == Reports::BytesReceived) {
         reportProgress(static_cast<std::int64_t>(body().size()), head()->expectedContentLength);
@@ -43,8 +50,8 @@ void MemoryRequest::bodySent(std::int64_t sent, std::int64_t total) {
 }
 
 std::optional<Error> MemoryRequest::finish(std::optional<Error> error) {
-    if (_tooLarge) {
-        return httpError(HTTPErrorCode::BodyTooLarge, "the answer is too large", std::move(error));
+    if (_refusal) {
+        return _refusal;
     }
     if (body().capacity() - body().size() < padding) {
         body().reserve(body().size() + padding);

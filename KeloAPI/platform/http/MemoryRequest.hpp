@@ -2,7 +2,9 @@
 
 #include <KeloAPI/platform/http/Request.hpp>
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 
 namespace KeloAPI {
 
@@ -16,6 +18,7 @@ public:
                   std::shared_ptr<SerialQueue> responseQueue)
         : Request(std::move(request), std::move(responseQueue))
         , _reports(reports) {}
+    ~MemoryRequest() override;
 
 private:
     void receiveResponse(const HTTPResponse& response) override;
@@ -24,7 +27,9 @@ private:
     std::optional<Error> finish(std::optional<Error> error) override;
 
     const Reports _reports;
-    bool _tooLarge = false;
+    std::size_t _counted = 0;
+    /// Why the answer is not kept.
+    std::optional<Error> _refusal;
 };
 
 } // namespace KeloAPI

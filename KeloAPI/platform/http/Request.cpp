@@ -3,6 +3,7 @@
 #include <KeloAPI/platform/MainQueue.hpp>
 
 #include <mutex>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -14,6 +15,10 @@ void post(Request::Completion completion) {
     if (completion) {
         MainQueue::main().async(std::move(completion));
     }
+}
+
+Error noMemory() {
+    return httpError(HTTPErrorCode::OutOfResources, "there is no memory for the answer");
 }
 
 } // namespace
@@ -163,7 +168,11 @@ void Request::complete(std::optional<Error> error) {
 }
 
 void Request::end(std::optional<Error> error) {
-    _error = finish(std::move(error));
+    try {
+        _error = finish(std::move(error));
+    } catch (const std::bad_alloc&) {
+        _error = noMemory();
+    }
     Completion last;
     for (auto handlers = takeHandlers(); !handlers.empty(); handlers = takeHandlers()) {
         for (const Serializer& serializer : handlers) {
@@ -196,7 +205,15 @@ Request::Completion Request::serve(const Serializer& serializer) const {
     const ResponseContent content{_request, _head, _body, _error};
     Timeline timeline = _timeline;
     timeline.serializationCompletedTime = timeline.requestCompletedTime;
-    return serializer(content, timeline);
+    try {
+        return serializer(content, timeline);
+    } catch (const std::bad_alloc&) {
+        if (_body.empty()) {
+            throw; // not the answer's doing
+        }
+    }
+    const std::optional<Error> error = noMemory();
+    return serializer({_request, _head, std::string(), error}, timeline);
 }
 
 void Request::reportProgress(std::int64_t total, std::int64_t expected) {

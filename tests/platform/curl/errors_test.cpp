@@ -25,7 +25,7 @@ TEST(CurlErrorsTest, CodesOfTheLibraryBelowAreNamedInOurs) {
         {CURLE_UNSUPPORTED_PROTOCOL, HTTPErrorCode::BadServerResponse},
         {CURLE_WEIRD_SERVER_REPLY, HTTPErrorCode::BadServerResponse},
         {CURLE_BAD_CONTENT_ENCODING, HTTPErrorCode::BadServerResponse},
-        {CURLE_OUT_OF_MEMORY, HTTPErrorCode::Unknown},
+        {CURLE_OUT_OF_MEMORY, HTTPErrorCode::OutOfResources},
     };
     for (const auto& [code, expected] : table) {
         const Error error = curlError(code, "what happened");
