@@ -255,7 +255,7 @@ TEST_F(ConnectionTest, WithoutDescriptorsTheRequestFails) {
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
     const auto heard = send(*transport, get(server.url("/")));
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
-    EXPECT_TRUE(failedWith(heard, HTTPErrorCode::Unknown));
+    EXPECT_TRUE(failedWith(heard, HTTPErrorCode::OutOfResources));
     EXPECT_NE(heard->thread, std::this_thread::get_id());
     // And the next one works.
     EXPECT_TRUE(succeeded(send(*transport, get(server.url("/")))));
