@@ -174,8 +174,7 @@ CurlOrigin& CurlLoop::originOf(const URL& url) {
     return origin;
 }
 
-/// Hands libcurl what waits, as far as there is room; nothing that is told of here starts or ends
-/// another transfer before the next turn.
+/// Hands libcurl what waits, as far as there is room.
 void CurlLoop::sendWaiting() {
     for (auto entry = _origins.begin(); entry != _origins.end();) {
         CurlOrigin& origin = entry->second;

@@ -227,6 +227,8 @@ bool CurlTransfer::acceptConnection(const std::string& ends) {
         const curl_socket_t socket = _sockets.find(ends);
         if (socket == CURL_SOCKET_BAD || hasStrayData(socket, tls)) {
             _refusedConnection = true;
+            _sent = false;
+            _bodySent = 0;
             return false;
         }
     }

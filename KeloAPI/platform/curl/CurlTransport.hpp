@@ -14,6 +14,9 @@ class CurlLanes;
 /// for all other hosts, and as many again for observers that may wait for a disk, each started when
 /// first needed. Between two legs of an exchange (a redirect to a host of another policy) the calls
 /// move from one to the other.
+///
+/// Each of these threads keeps to the settings' limits by itself, and has its share of the idle
+/// connections. Through a proxy for plain HTTP, all hosts behind it share the connections to it.
 class CurlTransport final : public Transport {
 public:
     explicit CurlTransport(const ServerTrustPolicyManager& trust,
