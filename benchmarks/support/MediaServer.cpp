@@ -29,6 +29,10 @@ void MediaServer::add(const std::string& name, std::size_t bytes) const {
     }
 }
 
+void MediaServer::addContent(const std::string& name, const std::string& content) const {
+    std::ofstream(_server.files() / name, std::ios::binary) << content;
+}
+
 std::string MediaServer::certificatePath() const {
     return (_server.files() / "certificate.pem").string();
 }

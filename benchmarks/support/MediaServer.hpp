@@ -17,8 +17,14 @@ public:
 
     /// Serves a file of random bytes.
     void add(const std::string& name, std::size_t bytes) const;
+    /// Serves a file of this content.
+    void addContent(const std::string& name, const std::string& content) const;
 
     std::string url(const std::string& name) const { return _server.url("/files/" + name); }
+    /// The same file from where HTTP/1.1 is all that the server speaks.
+    std::string serialUrl(const std::string& name) const {
+        return _server.serialUrl("/files/" + name);
+    }
     /// Where bodies go that the service would take.
     std::string uploadUrl(const std::string& name) const {
         return _server.url("/upload/longform-videos/" + name);

@@ -62,6 +62,7 @@ bool Nginx::isInstalled() {
 Nginx::Nginx(const TestCertificate& certificate)
     : _folder(temporaryFolder())
     , _port(freePort())
+    , _serialPort(freePort())
     , _slowBody(20'000, 's') {
     std::ofstream(_folder / "certificate.pem") << certificate.pem();
     std::ofstream(_folder / "key.pem") << certificate.keyPem();
@@ -98,21 +99,36 @@ std::string Nginx::url(const std::string& path) const {
     return "https://localhost:" + std::to_string(_port) + path;
 }
 
+std::string Nginx::serialUrl(const std::string& path) const {
+    return "https://localhost:" + std::to_string(_serialPort) + path;
+}
+
 std::string Nginx::configuration() const {
-    const std::string root = _folder.string();
     return "daemon off; master_process off; pid nginx.pid;\n"
            "events { worker_connections 512; }\n"
            "http {\n"
            "  access_log off; client_max_body_size 100m;\n"
            "  client_body_temp_path body; proxy_temp_path proxy; fastcgi_temp_path fastcgi;\n"
            "  uwsgi_temp_path uwsgi; scgi_temp_path scgi;\n"
+           "  ssl_certificate certificate.pem; ssl_certificate_key key.pem;\n"
            "  add_header X-Connection $connection; add_header X-Protocol $server_protocol;\n"
-           "  add_header X-Echo \"[$http_x_empty][$http_x_text]\";\n"
+           "  add_header X-Echo \"[$http_x_empty][$http_x_text]\";\n" +
+           server(_port, "http2") + server(_serialPort, "") +
            "  server {\n"
+           "    listen unix:" +
+           _folder.string() +
+           "/behind.sock;\n"
+           "    location / { default_type application/json; return 200 '{\"data\":{}}'; }\n"
+           "  }\n"
+           "}\n";
+}
+
+std::string Nginx::server(int port, const std::string& protocol) const {
+    const std::string root = _folder.string();
+    return "  server {\n"
            "    listen 127.0.0.1:" +
-           std::to_string(_port) +
-           " ssl http2;\n"
-           "    ssl_certificate certificate.pem; ssl_certificate_key key.pem;\n"
+           std::to_string(port) + " ssl " + protocol +
+           ";\n"
            "    http2_max_concurrent_streams 128; absolute_redirect off;\n"
            "    location /quick { return 200 quick; }\n"
            "    location /moved { return 302 /quick; }\n"
@@ -129,14 +145,7 @@ std::string Nginx::configuration() const {
            root +
            "/behind.sock; proxy_pass_request_body off; proxy_set_header Content-Length \"\";\n"
            "      client_body_buffer_size 16m; }\n"
-           "  }\n"
-           "  server {\n"
-           "    listen unix:" +
-           root +
-           "/behind.sock;\n"
-           "    location / { default_type application/json; return 200 '{\"data\":{}}'; }\n"
-           "  }\n"
-           "}\n";
+           "  }\n";
 }
 
 } // namespace KeloAPI::support

@@ -14,7 +14,7 @@ namespace KeloAPI::support {
 /// /quick answers at once, /slow for about a second, /stalling begins and then sends next to
 /// nothing, /moved redirects to /quick; /files takes PUT and GET; /upload takes any body whole and
 /// answers as the service does where it has nothing to tell. Answers name the protocol and the
-/// connection in X-Protocol and X-Connection.
+/// connection in X-Protocol and X-Connection. A second port serves the same over HTTP/1.1 alone.
 class Nginx {
 public:
     static bool isInstalled();
@@ -28,13 +28,17 @@ public:
     /// The folder that /files serves.
     std::filesystem::path files() const { return _folder / "files"; }
     std::string url(const std::string& path) const;
+    /// Where HTTP/1.1 is all that the server speaks.
+    std::string serialUrl(const std::string& path) const;
     const std::string& slowBody() const { return _slowBody; }
 
 private:
     std::string configuration() const;
+    std::string server(int port, const std::string& protocol) const;
 
     std::filesystem::path _folder;
     int _port = 0;
+    int _serialPort = 0;
     pid_t _process = -1;
     std::string _slowBody;
 };
