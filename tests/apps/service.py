@@ -68,6 +68,11 @@ class Service:
         seen = self.control("GET", "_service/requests")["requests"]
         return [(one["query"], dict(one["headers"])) for one in seen if one["path"] == path]
 
+    def asked(self):
+        """What was asked for since `forget`, as (method, path)."""
+        seen = self.control("GET", "_service/requests")["requests"]
+        return [(one["method"], one["path"]) for one in seen]
+
     def calls(self, path):
         """The calls for a path since `forget`, as (method, body)."""
         seen = self.control("GET", "_service/requests")["requests"]
