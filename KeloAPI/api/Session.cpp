@@ -84,6 +84,7 @@ std::shared_ptr<Manager> Session::sessionManager() {
 }
 
 void Session::setSessionManager(std::shared_ptr<Manager> manager) {
+    require(manager != nullptr, "a session needs a manager");
     const std::lock_guard lock(_managerMutex);
     _sessionManager = std::move(manager);
 }

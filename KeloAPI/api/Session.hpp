@@ -79,7 +79,7 @@ public:
     /// the host that the session has then; a host that the delegate names later is not pinned.
     /// Where scheme and host then name no place to send to, it refuses every request for good.
     virtual std::shared_ptr<Manager> sessionManager();
-    /// Puts another manager in its place, for requests from then on.
+    /// Puts another manager in its place, for requests from then on. Null stops the process.
     virtual void setSessionManager(std::shared_ptr<Manager> manager);
 
     /// Sends a request.

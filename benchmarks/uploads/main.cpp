@@ -127,7 +127,7 @@ void upload(benchmark::State& state) {
     reportProcessor(state, processorSeconds() - before);
     state.counters["peak_MiB"] = static_cast<double>(peak.kilobytes()) / 1024;
     state.SetBytesProcessed(videoBytes * state.iterations());
-    session->setSessionManager(nullptr);
+    session->setSessionManager(std::make_shared<Manager>(server().trust()));
 }
 
 std::vector<std::string> curlCommand() {

@@ -92,6 +92,11 @@ TEST_F(SessionTest, MakesItsManagerOnce) {
     EXPECT_EQ(session->sessionManager(), manager);
 }
 
+TEST_F(SessionTest, WithoutAManagerItStopsTheProcess) {
+    EXPECT_DEATH(session->setSessionManager(nullptr),
+                 "^KeloAPI: contract violated: a session needs a manager\n$");
+}
+
 TEST_F(SessionTest, ReauthenticationQueuesBeforeItTellsTheDelegate) {
     session->setDelegate(delegate);
     std::size_t queuedWhenTold = 0;

@@ -44,7 +44,7 @@ protected:
     /// The fault strikes once, the like fails once, and the same endpoint works afterwards.
     void failsOnce(const Json& action) {
         // On a fresh connection: a request that dies with a kept one is sent again on a new one.
-        session->setSessionManager(nullptr);
+        testing::renewManager(*session);
         service.addFault({{"match", {{"path", "/posts/*"}}}, {"action", action}});
         EXPECT_TRUE(like().error()) << action;
         EXPECT_EQ(service.faults().back().at("fired"), 1) << action;

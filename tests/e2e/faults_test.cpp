@@ -46,7 +46,7 @@ protected:
     /// The fault strikes once, the call fails once, and the same endpoint works afterwards.
     Error failedBy(const Json& action) {
         // On a fresh connection: a request that dies with a kept one is sent again on a new one.
-        session->setSessionManager(nullptr);
+        testing::renewManager(*session);
         service.addFault({{"match", {{"path", "/users/me"}}}, {"action", action}});
         const MeResult result = get();
         EXPECT_TRUE(result.error()) << action;

@@ -123,7 +123,7 @@ TEST_F(FilesAtService, ACachedFileCausesNoTraffic) {
     const auto endpoint = file(url);
     ASSERT_EQ(download(endpoint, *endpoint->documentsFile()), std::nullopt);
     ASSERT_EQ(asked(), Strings{pathOf(url)});
-    session->setSessionManager(nullptr);
+    testing::renewManager(*session);
     const auto before = service.connections().at("accepted").get<int>();
 
     for (const auto& known : {endpoint, file(url), file(url + "?sig=1")}) {
@@ -245,7 +245,7 @@ TEST_F(FilesAtService, AStallThatIsCancelledLeavesTheDestinationAsItWas) {
     EXPECT_EQ(folder.names().size(), 2U); // the older file, and the one in the making
     EXPECT_FALSE(result.has_value());
 
-    session->setSessionManager(nullptr);
+    testing::renewManager(*session);
     const auto error = outcome(result);
     ASSERT_TRUE(error.has_value());
     EXPECT_TRUE(isHTTPError(*error, HTTPErrorCode::Cancelled)) << error->description();

@@ -15,9 +15,17 @@ using testing::StandIn;
 /// The certificates that are built into the library, against the service that serves with them.
 class PinningAtService : public testing::ServiceTest {
 protected:
+    PinningAtService() { session = ownSession(); }
+
+    /// A session that makes its manager itself, when it first sends.
+    std::shared_ptr<Session> ownSession() const {
+        auto made = std::make_shared<Session>(SessionType::Authenticated);
+        made->setDelegate(delegate);
+        return made;
+    }
     std::optional<MeResult> get() {
         std::optional<MeResult> outcome;
-        MeEndpoint::create()->get([&](const MeResult& result) { outcome = result; });
+        MeEndpoint::create(session)->get([&](const MeResult& result) { outcome = result; });
         EXPECT_TRUE(runUntil([&] { return outcome.has_value(); }));
         return outcome;
     }
@@ -78,7 +86,7 @@ TEST_F(PinningAtService, DownloadsKnowThePinnedHostInAnySpelling) {
     }
     for (const char* pinned : {"localhost", "LOCALHOST", "localhost.", "LocalHost."}) {
         delegate->host = pinned + port;
-        session->setSessionManager(nullptr);
+        session = ownSession();
         session->sessionManager();
         for (const auto& host : spellings) {
             const auto error = download("https://" + host + port + "/timelines/all");

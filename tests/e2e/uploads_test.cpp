@@ -234,7 +234,7 @@ TEST_F(UploadsAtService, AResetInTheMiddleOfASegmentIsOneError) {
     const std::string bytes = anyBytes(8 * mebibyte);
     const std::string id = newUpload(bytes.size());
     // On a fresh connection: a request that dies with a kept one is sent again on a new one.
-    session->setSessionManager(nullptr);
+    testing::renewManager(*session);
     addFaultToSegments({{"type", "reset"}, {"afterBodyBytes", 3 * mebibyte}});
     const Outcome outcome = start(id, bytes, 0).second;
     EXPECT_TRUE(runUntil([&] { return outcome->completions > 0; }));
@@ -288,7 +288,7 @@ TEST_F(UploadsAtService, AfterAResetOfAKeptConnectionTheSegmentArrivesWhole) {
 
 TEST_F(UploadsAtService, ACancelledSegmentLeavesAServerThatDoesNotAnswer) {
     const std::string id = newUpload(mebibyte);
-    session->setSessionManager(nullptr);
+    testing::renewManager(*session);
     addFaultToSegments({{"type", "stall"}});
     const auto started = start(id, anyBytes(mebibyte), 0);
     const auto& handle = started.first;
@@ -304,7 +304,7 @@ TEST_F(UploadsAtService, ACancelledSegmentLeavesAServerThatDoesNotAnswer) {
 TEST_F(UploadsAtService, ACancelledSegmentLeavesAServerThatStoppedReading) {
     const std::size_t size = 64 * mebibyte;
     const std::string id = newUpload(size);
-    session->setSessionManager(nullptr);
+    testing::renewManager(*session);
     EXPECT_TRUE(runUntil([&] { return socketsTo(service.port()) == 0; }));
     addFaultToSegments({{"type", "stall"}, {"afterBodyBytes", mebibyte}});
     const auto started = start(id, anyBytes(size), 0);
@@ -429,7 +429,7 @@ TEST_F(UploadsAtService, AServiceThatFailsAtTheEndIsOneErrorAndCanBeAskedAgain) 
           Json{{"type", "error"}, {"code", 500}, {"status", 500}},
           Json{{"type", "body"}, {"body", "<html>"}}, Json{{"type", "reset"}, {"afterBytes", 30}},
           Json{{"type", "body"}, {"body", R"({"data":{"mediaId":"x","processingInfo":{}}})"}}}) {
-        session->setSessionManager(nullptr);
+        testing::renewManager(*session);
         service.addFault(
             {{"match", {{"path", "/upload/longform-videos/" + id}}}, {"action", action}});
         const Answer refused = finalize(id);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FreshManager.hpp"
 #include "ScriptedSession.hpp"
 
 #include <KeloAPI/api/Api.hpp>
@@ -16,7 +17,7 @@ protected:
         session->setSessionManager(httpManager);
     }
     ~RegistrySessionTest() override {
-        session->setSessionManager(nullptr);
+        renewManager(*session);
         Api::setSessionDelegate(nullptr);
     }
 

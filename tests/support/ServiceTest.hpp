@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FreshManager.hpp"
 #include "MainLoop.hpp"
 #include "RecordingDelegate.hpp"
 #include "StandIn.hpp"
@@ -28,9 +29,10 @@ protected:
         delegate->sessionKey = StandIn::sessionKey;
         Api::setSessionDelegate(delegate);
         session = Api::session(SessionType::Authenticated);
+        renewManager(*session); // an earlier test's session may have had another host
     }
     ~ServiceTest() override {
-        session->setSessionManager(nullptr); // ends what is still under way
+        renewManager(*session); // ends what is still under way
         Api::setSessionDelegate(nullptr);
         Diagnostics::setSink({});
     }
