@@ -38,7 +38,8 @@ public:
     void addLoops(std::uint64_t n);
 
     /// Loops estimated to have happened since `created`: velocity times elapsed seconds, without
-    /// the fraction. A product that is negative, not finite or not below 2^64 stops the process.
+    /// the fraction. A product that is negative, not finite or not below 2^64 stops the process; a
+    /// velocity that came from elsewhere may be any double, so look at it first.
     std::uint64_t loopsSinceCreation() const;
 
     static constexpr std::string_view archivedClassName = "KLLoopData";

@@ -96,6 +96,12 @@ TEST(LoopDataDeathTest, AnEstimateThatIsNoCountStopsTheProcess) {
     EXPECT_DEATH(snapshot(18446744073709551616.0 / 10, 10s)->loopsSinceCreation(), noCount);
 }
 
+TEST(LoopDataDeathTest, AVelocityBeyondDoublesIsReadAndStopsTheEstimate) {
+    const auto data = parsed(R"({"count":1,"velocity":1e400,"created":"2015-06-01T08:09:10.500"})");
+    EXPECT_EQ(data->velocity.doubleValue(), std::numeric_limits<double>::max());
+    EXPECT_DEATH(data->loopsSinceCreation(), noCount);
+}
+
 TEST(LoopDataTest, AddsLoopsToTheCountOnly) {
     const auto data = snapshot(2.5, 10s);
     data->onFire = true;

@@ -102,6 +102,17 @@ TEST(JsonLimitsTest, WhatStandsBesideALargeNumberIsRead) {
     EXPECT_EQ(texts, (std::vector<std::string>{"18446744073709551617", "7", "0", "\\"}));
 }
 
+TEST(JsonLimitsTest, AListOfLargeNumbersHasATextThatReadsTheSame) {
+    const JsonText json("[18446744073709551616,1e400,-5]");
+    const JsonText again(json.root().description());
+    const auto list = again.root().array().value();
+    std::vector<double> numbers;
+    for (const JsonValue value : list) {
+        numbers.push_back(value.real().value());
+    }
+    EXPECT_EQ(numbers, (std::vector<double>{18446744073709551616.0, largestDouble, -5}));
+}
+
 TEST(JsonLimitsTest, DoublesReadLikeTheSystemsOwn) {
     const std::string zeros(350, '0');
     for (const std::string mantissa : {"1", "-1", "0", "9.99", "0.001", "12345678901234567890",
