@@ -38,9 +38,9 @@ enum class DownloadDelivery {
 /// the calls that wait for the host to sign in again or to solve a captcha. What it tells comes
 /// from its delegate, anew at each call, or is the default given below.
 ///
-/// Requests may be sent from any thread; the queue of retries belongs to the main queue's thread. In
-/// a forked child, what is sent over a session of the parent ends with `HTTPErrorCode::Inherited`; a
-/// session that is made there works.
+/// Requests may be sent from any thread; the queue of retries belongs to the main queue's thread.
+/// In a forked child, what is sent over a session of the parent ends with
+/// `HTTPErrorCode::Inherited`; a session that is made there works.
 class KELO_API Session : public Object,
                          public EndpointErrorHandler,
                          public std::enable_shared_from_this<Session> {

@@ -62,8 +62,8 @@ void FileQueue::download(std::shared_ptr<FileEndpoint> endpoint, const URL& to,
         completion(FileDownloadSuccess{std::move(endpoint)});
         return;
     }
-    _downloadQueue.asyncOrOnMain([queue = weak_from_this(), endpoint = std::move(endpoint), to, priority,
-                          completion = std::move(completion)]() mutable {
+    _downloadQueue.asyncOrOnMain([queue = weak_from_this(), endpoint = std::move(endpoint), to,
+                                  priority, completion = std::move(completion)]() mutable {
         if (const auto self = queue.lock()) {
             self->downloadNext(self->enter(endpoint, to, priority, std::move(completion)));
         }

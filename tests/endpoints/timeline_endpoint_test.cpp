@@ -172,6 +172,7 @@ TEST_F(TimelineEndpointTest, MayBeFetchedAgainAndItsPagesAreIndependent) {
 }
 
 TEST_F(TimelineEndpointTest, ARecordWithoutIdentifierStopsTheProcess) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe"); // a forked child has no session of its own
     EXPECT_DEATH(fetch(R"({"data": {"records": [{"description": "x"}]}})"),
                  "contract violated: a post record has no \"postId\"");
 }

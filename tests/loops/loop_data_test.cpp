@@ -97,7 +97,8 @@ TEST(LoopDataDeathTest, AnEstimateThatIsNoCountStopsTheProcess) {
 }
 
 TEST(LoopDataDeathTest, AVelocityBeyondDoublesIsReadAndStopsTheEstimate) {
-    const auto data = parsed(R"({"count":1,"velocity":1e400,"created":"2015-06-01T08:09:10.500"})");
+    const auto data =
+        parsedLoopData(R"({"count":1,"velocity":1e400,"created":"2015-06-01T08:09:10.500"})");
     EXPECT_EQ(data->velocity.doubleValue(), std::numeric_limits<double>::max());
     EXPECT_DEATH(data->loopsSinceCreation(), noCount);
 }

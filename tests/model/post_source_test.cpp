@@ -69,7 +69,8 @@ TEST(PostSourceTest, EveryKeyWithEveryKindOfValue) {
 }
 
 TEST(PostSourceTest, IdentifiersKeepTheirDigitsBeyond64Bits) {
-    const auto large = parsedSource(R"({"postId":18446744073709551616,"userId":-99999999999999999999})");
+    const auto large =
+        parsedSource(R"({"postId":18446744073709551616,"userId":-99999999999999999999})");
     ASSERT_NE(large, nullptr);
     EXPECT_EQ(large->postId(), "18446744073709551616");
     EXPECT_EQ(large->userId(), "-99999999999999999999");

@@ -141,8 +141,10 @@ TEST(ObjcDateTest, EveryInstantCrosses) {
         EXPECT_GT(std::abs(years.count()), 200000);
         EXPECT_EQ(years.count() > 0, far > 0);
     }
-    EXPECT_NEAR([date(KeloAPI::Date::min()) timeIntervalSince1970], -9.223372036854775e12, 1);
-    EXPECT_NEAR([date(KeloAPI::Date::max()) timeIntervalSince1970], 9.223372036854775e12, 1);
+    EXPECT_NEAR([date(KeloAPI::Date(KeloAPI::Date::min())) timeIntervalSince1970],
+                -9.223372036854775e12, 1);
+    EXPECT_NEAR([date(KeloAPI::Date(KeloAPI::Date::max())) timeIntervalSince1970],
+                9.223372036854775e12, 1);
 }
 
 TEST(ObjcJsonTest, TellsEveryKind) {

@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <filesystem>
-
 #include <type_traits>
 
 namespace KeloAPI {

@@ -36,13 +36,11 @@ public:
     CurlTransfer& operator=(const CurlTransfer&) = delete;
     ~CurlTransfer();
 
-    /// Makes the easy handle. `trust` and `cookies` must outlive the transfer. False where there is
-    /// no memory for it.
+    /// Makes the easy handle. `trust` and `cookies` must outlive the transfer. False where it
+    /// cannot be set up in full; `outcome` then says why.
     bool open(const TrustStore& trust, CURLSH* cookies);
     /// Null while the transfer waits.
     CURL* easy() const { return _easy; }
-    /// Why the transfer must not be started, or what made it give up; absent when it is well.
-    const std::optional<Error>& failure() const { return _failure; }
     /// The transfer that an easy handle is of.
     static CurlTransfer& of(CURL* easy);
     const std::shared_ptr<CurlExchange>& exchange() const { return _exchange; }

@@ -230,6 +230,7 @@ TEST_F(ConnectionLimitTest, IdleConnectionsAreLimitedToo) {
     for (auto& each : servers) {
         each = std::make_unique<RawServer>(handler);
         EXPECT_TRUE(succeeded(send(*transport, get(each->url("/")))));
+        std::this_thread::sleep_for(5ms); // libcurl tells the oldest connection by milliseconds
     }
     for (int i = 0; i < 3; ++i) {
         EXPECT_TRUE(closed.try_acquire_for(20s)) << "connection " << i << " was kept";

@@ -27,7 +27,7 @@ protected:
         }
         nginx = std::make_unique<Nginx>(leaf);
         ASSERT_TRUE(nginx->isServing());
-        for (std::size_t i = 0; whole.size() < std::size_t{24} << 20U; ++i) {
+        for (std::size_t i = 0; whole.size() < std::size_t{8} << 20U; ++i) {
             whole += std::to_string(i);
         }
         std::ofstream(nginx->files() / "video.mp4", std::ios::binary) << whole;
@@ -45,6 +45,23 @@ protected:
         return process;
     }
 
+    /// Waits until the process has written so much of the file, or has ended.
+    void awaitBytes(pid_t process, std::size_t wanted) const {
+        siginfo_t ended{};
+        const auto written = [&] {
+            std::size_t size = 0;
+            for (const auto& entry : std::filesystem::directory_iterator(folder.path())) {
+                std::error_code gone; // renamed meanwhile
+                const auto bytes = entry.file_size(gone);
+                size += gone ? 0 : static_cast<std::size_t>(bytes);
+            }
+            return size;
+        };
+        while (written() < wanted && ended.si_pid == 0) {
+            ::waitid(P_PID, static_cast<id_t>(process), &ended, WEXITED | WNOHANG | WNOWAIT);
+        }
+    }
+
     TestCertificate leaf = TestCertificate::selfSigned({});
     TemporaryFile certificate{leaf.pem()};
     testing::TemporaryFolder folder;
@@ -60,8 +77,8 @@ TEST_F(KilledDownloadTest, NeverLeavesAHalfFileAHundredTimes) {
     for (int i = 0; i < all; ++i) {
         const pid_t process = start();
         ASSERT_GT(process, 0);
-        // From the first steps of the process to beyond the end of most downloads.
-        std::this_thread::sleep_for(std::chrono::microseconds(i * 7919 % 100'000));
+        // From the first steps of the process to the last bytes of the file.
+        awaitBytes(process, whole.size() * static_cast<std::size_t>(i % 10) / 9);
         ::kill(process, SIGKILL);
         int status = 0;
         ::waitpid(process, &status, 0);
