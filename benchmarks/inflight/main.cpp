@@ -104,27 +104,27 @@ void loop(benchmark::State& state, bool multiplexed) {
     state.SetItemsProcessed(calls * state.iterations());
 }
 
-void http1(benchmark::State& state) {
-    library(state, false);
-}
-void http1ByCurl(benchmark::State& state) {
-    loop(state, false);
-}
-void http2(benchmark::State& state) {
-    library(state, true);
-}
-void http2ByCurl(benchmark::State& state) {
-    loop(state, true);
+using Client = void(benchmark::State& state, bool multiplexed);
+
+void add(const std::string& name, Client* client, bool multiplexed) {
+    benchmark::RegisterBenchmark(("inflight/" + name).c_str(), client, multiplexed)
+        ->Arg(64)
+        ->Arg(256)
+        ->UseRealTime()
+        ->Unit(benchmark::kMillisecond);
 }
 
-BENCHMARK(http1)->Arg(64)->Arg(256)->UseRealTime()->Unit(benchmark::kMillisecond);
-BENCHMARK(http1ByCurl)->Arg(64)->Arg(256)->UseRealTime()->Unit(benchmark::kMillisecond);
-BENCHMARK(http2)->Arg(64)->Arg(256)->UseRealTime()->Unit(benchmark::kMillisecond);
-BENCHMARK(http2ByCurl)->Arg(64)->Arg(256)->UseRealTime()->Unit(benchmark::kMillisecond);
+void addAll() {
+    add("http1", library, false);
+    add("http1ByCurl", loop, false);
+    add("http2", library, true);
+    add("http2ByCurl", loop, true);
+}
 
 Ratio inFlight(const std::string& protocol, const std::string& count, std::optional<double> bound) {
-    return {"inflight-" + protocol + "-" + count + "/curl", protocol + "/" + count + "/real_time",
-            protocol + "ByCurl/" + count + "/real_time", bound, Clock::Wall};
+    const std::string subject = "inflight/" + protocol;
+    return {"inflight-" + protocol + "-" + count + "/curl", subject + "/" + count + "/real_time",
+            subject + "ByCurl/" + count + "/real_time", bound, Clock::Wall};
 }
 
 } // namespace
@@ -133,6 +133,7 @@ Ratio inFlight(const std::string& protocol, const std::string& count, std::optio
 
 int main(int argc, char** argv) {
     using KeloBenchmark::inFlight;
+    KeloBenchmark::addAll();
     return KeloBenchmark::runWithRatios(
         argc, argv,
         {inFlight("http1", "64", 0.60), inFlight("http1", "256", 0.60),
