@@ -4,7 +4,7 @@
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/platform/MainQueue.hpp>
 
-#include <cstdio>
+#include <iostream>
 
 using namespace KeloAPI;
 
@@ -35,10 +35,10 @@ int main(int argc, char** argv) {
     TimelineEndpoint::create("popular")->fetch([&exitCode](const TimelineResult& result) {
         if (const auto* page = result.success()) {
             for (const auto& post : page->posts) {
-                std::puts(post->caption.value_or("").c_str());
+                std::cout << post->caption.value_or("") << '\n';
             }
         } else {
-            std::fprintf(stderr, "%s\n", result.error()->localizedDescription().c_str());
+            std::cerr << result.error()->localizedDescription() << '\n';
             exitCode = 1;
         }
         MainQueue::main().stop();
