@@ -29,8 +29,8 @@ enum class SessionType : std::uint8_t { Authenticated, UnAuthenticated };
 enum class DownloadDelivery {
     /// On the main queue, as every completion.
     MainQueue,
-    /// On the thread that finished the file, at once: for work behind the scenes that shall not
-    /// wait for the main thread. Never inside the call that sent.
+    /// At once, on the thread on which the download ends, whichever that is: for work behind the
+    /// scenes that shall not wait for the main thread. Never inside the call that sent.
     AtOnce,
 };
 

@@ -57,7 +57,7 @@ public:
     /// The file's place in the cache: the last component of the path, without what follows a "?",
     /// put behind the manager's directory. Paths that end in the same name share one place. An
     /// empty name gives the directory itself. Absent without a directory, and for the names "." and
-    /// "..", which are no file's.
+    /// "..", which name no file.
     virtual std::optional<URL> documentsFile();
 
     /// For those who wait for this file; the library itself neither reads nor changes it.

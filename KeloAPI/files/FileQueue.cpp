@@ -1,5 +1,6 @@
 #include <KeloAPI/files/FileQueue.hpp>
 #include <KeloAPI/platform/Contract.hpp>
+#include <KeloAPI/platform/http/HTTPError.hpp>
 #include <KeloAPI/platform/MainQueue.hpp>
 #include <KeloAPI/platform/NeverDestroyed.hpp>
 #include <KeloAPI/Settings.hpp>
@@ -60,6 +61,15 @@ void FileQueue::download(std::shared_ptr<FileEndpoint> endpoint, const URL& to,
     require(completion != nullptr, "a download needs a completion");
     if (endpoint->localUrl()) {
         completion(FileDownloadSuccess{std::move(endpoint)});
+        return;
+    }
+    if (_downloadQueue.isInherited()) {
+        // What runs in the parent never goes on here, and its thread may hold the lock for ever.
+        MainQueue::main().async([completion = std::move(completion)] {
+            completion(FileDownloadResult::Error{
+                httpError(HTTPErrorCode::Inherited,
+                          "the queue belongs to the parent of this forked process")});
+        });
         return;
     }
     _downloadQueue.asyncOrOnMain([queue = weak_from_this(), endpoint = std::move(endpoint), to,

@@ -31,8 +31,8 @@ namespace KeloAPI {
 ///
 /// Requests may come from any thread, `withKey` and `kill` from one. An endpoint's path must not
 /// change while it is queued. Transfers are sent from the queue's own thread or from the one on
-/// which the last of them ended, a network thread as a rule, and the session's delegate is asked
-/// there.
+/// which the last of them ended, a network thread as a rule; from the main queue's where the system
+/// has no thread to give. The session's delegate is asked there.
 class KELO_API FileQueue final : public Object, public std::enable_shared_from_this<FileQueue> {
 public:
     /// Neither empty nor throwing.
@@ -50,7 +50,8 @@ public:
 
     /// Requests that the file be at the file URL `to`. A file that is there already is answered at
     /// once on this thread, wherever it is. Otherwise the completion is called on the main queue,
-    /// exactly once unless the queue is killed or gone before.
+    /// exactly once unless the queue is killed or gone before. In a forked child, a queue of the
+    /// parent answers with `HTTPErrorCode::Inherited`.
     void download(std::shared_ptr<FileEndpoint> endpoint, const URL& to, QueuePriority priority,
                   Completion completion);
 

@@ -8,7 +8,7 @@
 
 namespace KeloAPI {
 
-/// An instant in UTC, to the microsecond: the standard library's time point, with a clock.
+/// An instant in UTC, to the microsecond: a time point of the system's clock.
 class KELO_API Date : public std::chrono::sys_time<std::chrono::microseconds> {
 public:
     using TimePoint = std::chrono::sys_time<std::chrono::microseconds>;

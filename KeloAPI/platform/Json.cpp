@@ -393,7 +393,8 @@ Result<JsonDocument> JsonDocument::parse(const std::string& text) {
     simdjson::dom::parser parser;
     Document& document = contents->document;
     auto error = parser.parse_into_document(document, json.data(), json.size(), !padded).error();
-    if (error == simdjson::NUMBER_ERROR || error == simdjson::STRING_ERROR) {
+    // Which error a number or a lone surrogate gives is the reader's own affair.
+    if (error != simdjson::SUCCESS && error != simdjson::MEMALLOC && error != simdjson::CAPACITY) {
         error = readWithSubstitutes(json, error, parser, document);
     }
     if (error != simdjson::SUCCESS) {

@@ -53,7 +53,8 @@ public:
     std::optional<JsonObjectList> objects() const;
 
     /// The value as text, whatever its kind: a text itself, a number's `numberText`, "<null>" for
-    /// null, compact JSON for a list or an object. Empty for a value that does not exist.
+    /// null, compact JSON for a list or an object (integers beyond 64 bits are doubles there).
+    /// Empty for a value that does not exist.
     std::string description() const;
 
 private:

@@ -16,6 +16,8 @@ public:
     enum class Kind : std::uint8_t { Boolean, Signed, Unsigned, Double };
 
     static constexpr Number of(bool value) { return {Kind::Boolean, Bits{.u = value ? 1U : 0U}}; }
+    /// Takes unscoped enumerations, too.
+    static constexpr Number of(int value) { return {Kind::Signed, Bits{.i = value}}; }
     template <std::signed_integral Integer>
     static constexpr Number of(Integer value) {
         return {Kind::Signed, Bits{.i = value}};

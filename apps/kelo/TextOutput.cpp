@@ -19,6 +19,7 @@
 #include <KeloAPI/platform/Number.hpp>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <string>
 #include <variant>
@@ -98,9 +99,11 @@ public:
     void user(const KLWatchUser& user) override {
         std::printf("%s\n", printable(user.username.value_or("?")).c_str());
         if (user.loopData != nullptr) {
-            std::printf("%s loops, %.1f more each second\n",
+            const double velocity = user.loopData->velocity.doubleValue();
+            std::printf(std::abs(velocity) < 1e15 ? "%s loops, %.1f more each second\n"
+                                                  : "%s loops, %g more each second\n",
                         grouped(std::to_string(user.loopData->count.uint64Value())).c_str(),
-                        user.loopData->velocity.doubleValue());
+                        velocity);
         }
     }
 

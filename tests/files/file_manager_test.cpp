@@ -328,6 +328,11 @@ TEST_F(FileManagerTest, TakesAFileOfTheFarFutureForTheNewest) {
     // In the year 2300: nanoseconds since 1970 do not fit into 64 bits.
     const std::array<timespec, 2> times{{{10'413'792'000, 0}, {10'413'792'000, 0}}};
     ASSERT_EQ(utimensat(AT_FDCWD, folder.path("videos/far").c_str(), times.data(), 0), 0);
+    struct stat kept {};
+    ASSERT_EQ(stat(folder.path("videos/far").c_str(), &kept), 0);
+    if (kept.st_mtim.tv_sec != times[1].tv_sec) {
+        GTEST_SKIP() << "this file system has no such dates";
+    }
     manager->cleanDirectory(0);
     EXPECT_THAT(left(), ElementsAre("far"));
 }

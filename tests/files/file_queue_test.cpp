@@ -1,8 +1,12 @@
 #include "FileQueueTest.hpp"
+#include "support/Sanitizers.hpp"
 
 #include <KeloAPI/platform/Application.hpp>
+#include <KeloAPI/platform/http/HTTPError.hpp>
 
 #include <gmock/gmock.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <thread>
 #include <type_traits>
@@ -48,6 +52,28 @@ TEST_F(FileQueueSingleTest, ForgetsItselfByIdentity) {
 TEST_F(FileQueueSingleTest, NamesItsThreadByPrefixAndKey) {
     const std::string label = queue->downloadQueue().label();
     EXPECT_TRUE(label.ends_with(".filedownloadqueue.test")) << label;
+}
+
+TEST_F(FileQueueSingleTest, AnswersInAForkedChildThatItIsTheParents) {
+    if (support::isSanitized) {
+        GTEST_SKIP() << "sanitizers lose their own threads in a child";
+    }
+    request("a"); // and is never answered
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(60);
+        bool inherited = false;
+        queue->download(file("b"), place("b"), [&](const FileDownloadResult& result) {
+            inherited =
+                result.error() != nullptr && isHTTPError(*result.error(), HTTPErrorCode::Inherited);
+        });
+        runUntil([&] { return inherited; });
+        _exit(inherited ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(order(), "a");
 }
 
 TEST_F(FileQueueSingleTest, AnswersAtOnceWhatIsThere) {

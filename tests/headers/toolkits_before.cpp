@@ -1,10 +1,14 @@
 // All public headers behind those of real toolkits, whose macros are all about.
-#include "all_headers.inc"
 
-#include <gtk/gtk.h>
-#include <ncurses.h>
+// The toolkits come first:
+// clang-format off
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
+#include <gtk/gtk.h>
+#include <ncurses.h>
+
+#include "all_headers.inc"
+// clang-format on
 
 // The toolkits keep their macros.
 static_assert(Success == 0 && None == 0L && True == 1 && False == 0);

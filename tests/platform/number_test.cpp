@@ -43,6 +43,8 @@ TEST(NumberTest, TakesIntegersOfEveryType) {
     EXPECT_EQ(Number::of(-5LL).int64Value(), -5);
     EXPECT_EQ(Number::of(short{-5}).int64Value(), -5);
     EXPECT_EQ(Number::of(std::size_t{7}), Number::of(7));
+    enum Unscoped { seven = 7 };
+    EXPECT_EQ(Number::of(seven), Number::of(7));
 }
 
 TEST(NumberTest, ReadsAsASignedInteger) {

@@ -23,7 +23,7 @@ extern NSString *const KLCaptchaUrlKey;
 ///
 /// A target is kept alive until its action has been called, on the main queue: exactly once for
 /// each send and never inside the call that sent; a retry that the session releases is another
-/// send. A nil target hears nothing; one without the action's method raises
+/// send. A nil target or block hears nothing; one without the action's method raises
 /// `NSInvalidArgumentException`. One endpoint serves one call at a time, from one thread at a time.
 /// A derived class may override `headerFields` and `URLRequest`: the calls ask it, on the thread
 /// that sends, as long as the object is alive; keep it until the call has ended, which may send

@@ -17,11 +17,13 @@
 
 @property(nonatomic, readonly) NSString *relativePath;
 /// The directory's path with its "/" at the end, found and created at the first call; nil when the
-/// application has no group container. One that is set is taken as it is.
+/// application has no group container. One that is set is taken as it is; a relative one is below the
+/// working directory.
 @property(nonatomic, copy) NSString *documentsDirectory;
 
 /// Deletes the oldest files and keeps the newest `maxCount` and one more; a negative number keeps
-/// none.
+/// none. A directory in the directory counts as a file. An entry that no file endpoint leads to (a
+/// "?" in its name) stays. What killed processes left of their downloads goes.
 - (void)cleanDirectory:(NSInteger)maxCount;
 
 @end

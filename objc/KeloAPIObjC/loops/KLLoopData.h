@@ -26,7 +26,8 @@
 @property(nonatomic) BOOL onFire;
 
 /// Loops estimated to have happened since `created`: velocity times elapsed seconds, without the
-/// fraction. A product that is negative, not finite or not below 2^64 stops the process.
+/// fraction. A product that is negative, not finite or not below 2^64 stops the process; a velocity
+/// that came from elsewhere may be any double, so look at it first.
 @property(nonatomic, readonly) uint64_t loopsSinceCreation;
 
 /// Adds loops that the host has seen itself. A sum beyond 64 bits stops the process. The
