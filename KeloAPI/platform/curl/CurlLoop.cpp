@@ -34,6 +34,9 @@ void CurlLoop::open() {
     // is for servers that allow fewer HTTP/2 streams than libcurl expects.
     curl_multi_setopt(_multi, CURLMOPT_MAX_HOST_CONNECTIONS,
                       static_cast<long>(_limits.connectionsPerHost));
+    // This counts connections in use, too: one that comes to rest while there are more is closed.
+    curl_multi_setopt(_multi, CURLMOPT_MAXCONNECTS,
+                      static_cast<long>(std::max<std::size_t>(_limits.idleConnections, 1)));
     const SignalShield shield;
     _thread = std::thread([self = shared_from_this()] { self->run(); });
 }
@@ -185,7 +188,6 @@ void CurlLoop::sendWaiting() {
         const bool isIdle = origin.inFlight == 0 && origin.waiting.empty();
         entry = isIdle ? _origins.erase(entry) : std::next(entry);
     }
-    limitIdleConnections();
 }
 
 void CurlLoop::send(CurlTransfer& transfer) {
@@ -205,17 +207,6 @@ bool CurlLoop::hasSendable() const {
         const CurlOrigin& origin = entry.second;
         return !origin.waiting.empty() && origin.room(_limits.connectionsPerHost) > 0;
     });
-}
-
-/// libcurl's limit counts connections in use, too, and is looked at when one comes to rest.
-void CurlLoop::limitIdleConnections() {
-    std::size_t inUse = 0;
-    for (const auto& [name, origin] : _origins) {
-        inUse += origin.connectionsInUse(_limits.connectionsPerHost);
-    }
-    const std::size_t others = inUse > 0 ? inUse - 1 : 0;
-    const std::size_t most = std::max<std::size_t>(_limits.idleConnections + others, 1);
-    curl_multi_setopt(_multi, CURLMOPT_MAXCONNECTS, static_cast<long>(most));
 }
 
 void CurlLoop::finishDone() {

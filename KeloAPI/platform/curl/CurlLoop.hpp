@@ -66,7 +66,6 @@ private:
     void sendWaiting();
     void send(CurlTransfer& transfer);
     bool hasSendable() const;
-    void limitIdleConnections();
     void finishDone();
     void sendAgain(CurlTransfer& transfer);
     void finishOverdue();

@@ -23,10 +23,6 @@ struct CurlOrigin {
                                                                 : maxConnections * streams;
         return most - std::min(most, inFlight);
     }
-    /// At most so many connections are in use.
-    std::size_t connectionsInUse(std::size_t maxConnections) const {
-        return std::min(inFlight, maxConnections);
-    }
 
     /// What libcurl puts on one HTTP/2 connection, where the server allows as many.
     static constexpr std::size_t streams = 100;

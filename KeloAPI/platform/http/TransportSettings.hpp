@@ -14,8 +14,9 @@ struct TransportSettings {
     std::size_t maxCallConnectionsPerHost = 6;
     /// The same for downloads, which have connections of their own.
     std::size_t maxDownloadConnectionsPerHost = 6;
-    /// Connections kept for their next use, and never more than a quarter of the descriptors that
-    /// the process may have.
+    /// Connections that the manager keeps for their next use, and never more than a quarter of the
+    /// descriptors that the process may have. Its network threads share them equally; a thread
+    /// with more connections in use closes those that come to rest.
     std::size_t maxIdleConnections = 64;
 };
 

@@ -242,6 +242,31 @@ TEST_F(ConnectionLimitTest, IdleConnectionsAreLimitedToo) {
     transport.reset();
 }
 
+TEST_F(ConnectionLimitTest, ABurstLeavesNoMoreIdleConnectionsThanTheLimit) {
+    constexpr int hosts = 12;
+    TransportSettings settings;
+    settings.maxIdleConnections = 4; // two for calls, two for downloads
+    transport = unpinned(settings);
+    std::counting_semaphore<> closed{0};
+    std::array<std::unique_ptr<RawServer>, hosts> servers;
+    std::vector<Observer> observers;
+    for (auto& each : servers) {
+        each = std::make_unique<RawServer>([&](RawConnection& connection) {
+            serve(connection);
+            closed.release();
+        });
+        observers.push_back(std::make_shared<RecordingObserver>());
+        exchanges.push_back(transport->start(get(each->url("/")), observers.back()));
+    }
+    awaitRequests(hosts);
+    letAnswer(hosts);
+    expectAll(observers);
+    for (int i = 0; i < hosts - 2; ++i) {
+        EXPECT_TRUE(closed.try_acquire_for(20s)) << "connection " << i << " was kept";
+    }
+    transport.reset();
+}
+
 TEST_F(ConnectionLimitTest, AFailedPollEndsNoCall) {
     if (isSanitized) {
         GTEST_SKIP() << "UndefinedBehaviorSanitizer checks types through a pipe of its own";
