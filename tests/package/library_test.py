@@ -15,7 +15,7 @@ OURS = re.compile(
 
 # What the library may load: its stated dependencies and the compiler's run time.
 NEEDED = {
-    "libcurl.so.4", "libssl.so.3", "libcrypto.so.3", "libsimdjson.so.14", "liburiparser.so.1",
+    "libcurl.so.4", "libssl.so.3", "libcrypto.so.3", "libsimdjson.so.14", "liburiparser.so.1", "libz.so.1",
     "libstdc++.so.6", "libgcc_s.so.1", "libm.so.6", "libc.so.6",
 }
 
