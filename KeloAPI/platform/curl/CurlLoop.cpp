@@ -131,7 +131,9 @@ bool CurlLoop::carryOut(const Commands& commands) {
 /// For what need not come before the next request, and can be done while the server answers it.
 void CurlLoop::useTheWait() {
     for (CurlTransfer* transfer : _begun) {
-        transfer->tellWhenSent();
+        if (!transfer->tellWhenSent()) {
+            finish(*transfer, transfer->outcome(CURLE_OK));
+        }
     }
     _begun.clear();
     ExitGuard::parkIfExiting();

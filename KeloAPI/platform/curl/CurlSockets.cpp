@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <new>
 
 namespace KeloAPI {
 
@@ -69,8 +70,12 @@ curl_socket_t CurlSockets::find(const std::string& ends) {
 }
 
 int CurlSockets::onOpened(void* self, curl_socket_t socket, curlsocktype /*purpose*/) noexcept {
-    static_cast<CurlSockets*>(self)->_open.insert_or_assign(socket, std::string());
-    return CURL_SOCKOPT_OK;
+    try {
+        static_cast<CurlSockets*>(self)->_open.insert_or_assign(socket, std::string());
+        return CURL_SOCKOPT_OK;
+    } catch (const std::bad_alloc&) {
+        return CURL_SOCKOPT_ERROR;
+    }
 }
 
 int CurlSockets::onClosed(void* self, curl_socket_t socket) noexcept {

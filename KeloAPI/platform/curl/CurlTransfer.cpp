@@ -64,11 +64,24 @@ CurlTransfer& CurlTransfer::of(CURL* easy) {
     return *reinterpret_cast<CurlTransfer*>(self);
 }
 
-void CurlTransfer::tellWhenSent() {
-    if (_sent && _head.statusCode() == 0 && !_exchange->isCancelled()) {
-        _exchange->observer().didSendRequest();
-        moved(); // what the observer took was not the network's silence
+/// What a step says, or gives up where there is no memory for it.
+template <class Step>
+bool CurlTransfer::withMemory(Step step) {
+    try {
+        return step();
+    } catch (const std::bad_alloc&) {
+        return giveUp(HTTPErrorCode::OutOfResources, "there is no memory for the exchange");
     }
+}
+
+bool CurlTransfer::tellWhenSent() {
+    return withMemory([this] {
+        if (_sent && _head.statusCode() == 0 && !_exchange->isCancelled()) {
+            _exchange->observer().didSendRequest();
+            moved(); // what the observer took was not the network's silence
+        }
+        return true;
+    });
 }
 
 void CurlTransfer::distrustConnection() {
@@ -120,16 +133,6 @@ void CurlTransfer::conclude(CurlExchange& exchange, Outcome outcome) {
 bool CurlTransfer::giveUp(HTTPErrorCode code, const char* message) {
     _failure = httpError(code, message);
     return false;
-}
-
-/// What a step says, or gives up where there is no memory for it.
-template <class Step>
-bool CurlTransfer::withMemory(Step step) {
-    try {
-        return step();
-    } catch (const std::bad_alloc&) {
-        return giveUp(HTTPErrorCode::OutOfResources, "there is no memory for the answer");
-    }
 }
 
 bool CurlTransfer::takeHeaderLine(std::string_view line) {
@@ -257,7 +260,12 @@ std::size_t CurlTransfer::onBody(char* bytes, std::size_t size, std::size_t coun
 
 std::size_t CurlTransfer::onRead(char* buffer, std::size_t size, std::size_t count,
                                  void* self) noexcept {
-    const std::size_t given = static_cast<CurlTransfer*>(self)->giveBody(buffer, size * count);
+    auto& transfer = *static_cast<CurlTransfer*>(self);
+    std::size_t given = CURL_READFUNC_ABORT;
+    transfer.withMemory([&] {
+        given = transfer.giveBody(buffer, size * count);
+        return true;
+    });
     ExitGuard::parkIfExiting();
     return given;
 }
@@ -296,8 +304,10 @@ int CurlTransfer::onProgress(void* self, curl_off_t /*downTotal*/, curl_off_t do
 
 int CurlTransfer::onConnected(void* self, char* address, char* localAddress, int port,
                               int localPort) noexcept {
-    const bool accepted = static_cast<CurlTransfer*>(self)->acceptConnection(
-        CurlSockets::ends(localAddress, localPort, address, port));
+    auto& transfer = *static_cast<CurlTransfer*>(self);
+    const bool accepted = transfer.withMemory([&] {
+        return transfer.acceptConnection(CurlSockets::ends(localAddress, localPort, address, port));
+    });
     return accepted ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
 }
 

@@ -57,8 +57,9 @@ public:
     /// Under which time the lane has this transfer in its list of deadlines.
     Clock::time_point listedDeadline;
 
-    /// Tells the observer that the request has been sent, if so and if nothing came back yet.
-    void tellWhenSent();
+    /// Tells the observer that the request has been sent, if so and if nothing came back yet. False
+    /// where the transfer must end over it; `outcome` then says why.
+    bool tellWhenSent();
 
     /// Keeps the connection from being used again: no byte came through it for too long.
     void distrustConnection();

@@ -8,6 +8,7 @@
 #include <atomic>
 #include <filesystem>
 #include <fstream>
+#include <new>
 #include <semaphore>
 #include <set>
 
@@ -226,6 +227,24 @@ TEST_F(SentRequestTest, MayEndTheTransportThere) {
     ASSERT_TRUE(observer->wait());
     EXPECT_TRUE(isHTTPError(observer->error.value(), HTTPErrorCode::Cancelled));
     answer->release();
+}
+
+TEST_F(SentRequestTest, NoMemoryThereEndsThatRequestOnly) {
+    observer->onRequestSent = [] { throw std::bad_alloc(); };
+    transport->start(get(server.url("/late")), observer);
+    ASSERT_TRUE(observer->wait());
+    EXPECT_TRUE(failedWith(observer, HTTPErrorCode::OutOfResources));
+    answer->release();
+    EXPECT_TRUE(succeeded(send(*transport, get(server.url("/")))));
+}
+
+TEST_F(ConnectionTest, NoMemoryWhileTheBodyIsSentEndsThatRequestOnly) {
+    const auto observer = std::make_shared<RecordingObserver>();
+    observer->onSent = [] { throw std::bad_alloc(); };
+    transport->start(with(Method::POST, server.url("/"), "body"), observer);
+    ASSERT_TRUE(observer->wait());
+    EXPECT_TRUE(failedWith(observer, HTTPErrorCode::OutOfResources));
+    EXPECT_TRUE(succeeded(send(*transport, get(server.url("/")))));
 }
 
 TEST_F(ConnectionTest, NothingRemainsOfATransport) {
