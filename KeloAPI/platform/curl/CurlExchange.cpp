@@ -3,9 +3,9 @@
 #include <KeloAPI/platform/curl/CurlLoop.hpp>
 #include <KeloAPI/platform/curl/Redirect.hpp>
 #include <KeloAPI/platform/http/HTTPError.hpp>
+#include <KeloAPI/platform/SerialQueue.hpp>
 
-#include <system_error>
-#include <thread>
+#include <exception>
 
 namespace KeloAPI {
 
@@ -28,9 +28,14 @@ void CurlExchange::begin() {
     std::shared_ptr<CurlLoop> lane;
     try {
         lane = _lanes->laneFor(*_request.url, _observer->mayWaitForDisk());
-    } catch (const std::system_error& failure) {
-        completeElsewhere(httpError(HTTPErrorCode::OutOfResources,
-                                    std::string("no network thread: ") + failure.what()));
+    } catch (const std::exception& failure) { // no thread, no descriptor or no memory
+        // The caller of `start` must not hear of the end inside its call. The queue goes when its
+        // one task has run.
+        SerialQueue("kelo-no-net")
+            .asyncOrOnMain([self = shared_from_this(),
+                            error = httpError(HTTPErrorCode::OutOfResources,
+                                              std::string("no network thread: ") +
+                                                  failure.what())] { self->complete(error); });
         return;
     }
     {
@@ -39,15 +44,6 @@ void CurlExchange::begin() {
     }
     if (lane == nullptr || !lane->start(shared_from_this())) {
         complete(httpError(HTTPErrorCode::Cancelled, "the transport has gone"));
-    }
-}
-
-/// The caller of `start` must not hear of the end inside its call, and no lane is there to tell it.
-void CurlExchange::completeElsewhere(Error error) {
-    try {
-        std::thread([self = shared_from_this(), error] { self->complete(error); }).detach();
-    } catch (const std::system_error&) {
-        complete(std::move(error)); // there is no elsewhere
     }
 }
 

@@ -40,8 +40,6 @@ public:
     void complete(std::optional<Error> error);
 
 private:
-    void completeElsewhere(Error error);
-
     URLRequest _request;
     int _redirects = 0;
     int _resends = 0;

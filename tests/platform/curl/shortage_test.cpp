@@ -122,6 +122,25 @@ TEST_F(ShortageDeathTest, NoThreadForTheNetwork) {
         ::testing::ExitedWithCode(0), "");
 }
 
+TEST_F(ShortageDeathTest, NoThreadForTheNetworkIsNotToldInsideTheStart) {
+    EXPECT_EXIT(
+        {
+            begin();
+            const auto transport = unpinned();
+            const auto observer = std::make_shared<RecordingObserver>();
+            {
+                const NoRoomForAThread shortage;
+                transport->start(get(server->url("/")), observer);
+                expect(!observer->hasCompleted(), "the call of start is over first");
+            }
+            expect(testing::runUntil([&] { return observer->hasCompleted(); }),
+                   "the exchange ends");
+            expectOutOfResources(observer->error);
+            std::_Exit(0);
+        },
+        ::testing::ExitedWithCode(0), "");
+}
+
 TEST_F(ShortageDeathTest, NoDescriptor) {
     EXPECT_EXIT(
         {
