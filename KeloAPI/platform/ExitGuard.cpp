@@ -1,7 +1,6 @@
 #include <KeloAPI/platform/curl/Libraries.hpp>
 #include <KeloAPI/platform/ExitGuard.hpp>
 #include <KeloAPI/platform/JsonReader.hpp>
-#include <KeloAPI/platform/NeverDestroyed.hpp>
 
 #include <unistd.h>
 
@@ -11,6 +10,7 @@
 #include <condition_variable>
 #include <cstdlib>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <thread>
 
@@ -28,24 +28,40 @@ struct Thread {
 };
 
 struct Registry {
+    const pid_t process = getpid();
     std::mutex mutex;
     std::condition_variable changed;
     std::map<std::thread::id, Thread> threads;
     std::atomic<bool> exiting = false;
     std::thread::id exitingThread;
-    pid_t process = 0;
 };
 
+/// Never destroyed: a thread may outlive `main`.
+std::atomic<Registry*>& current() {
+    static std::atomic<Registry*> instance = new Registry;
+    return instance;
+}
+
 Registry& registry() {
-    static NeverDestroyed<Registry> instance;
-    return *instance;
+    return *current().load(std::memory_order_acquire);
+}
+
+/// A forked child has none of its parent's threads, and its copy of the mutex may be held by one of
+/// them: for threads of its own it starts anew.
+Registry& registryOfThisProcess() {
+    Registry* known = &registry();
+    if (known->process == getpid()) {
+        return *known;
+    }
+    auto anew = std::make_unique<Registry>();
+    // Another thread may have been faster; its registry is `known` then.
+    return current().compare_exchange_strong(known, anew.get()) ? *anew.release() : *known;
 }
 
 void parkAllThreads() {
     Registry& all = registry();
-    // A forked child has none of the threads, and its copy of the mutex may be held by one of them.
     if (all.process != getpid()) {
-        return;
+        return; // a forked child without threads of its own
     }
     const auto self = std::this_thread::get_id();
     std::unique_lock lock(all.mutex);
@@ -69,7 +85,6 @@ void parkAllThreads() {
 void install() {
     static std::once_flag once;
     std::call_once(once, [] {
-        registry().process = getpid();
         // Handlers run in reverse: those of the libraries below must be there before this one.
         initialiseNetworkLibraries();
         initialiseJsonReader();
@@ -102,7 +117,7 @@ void parkIfExiting() {
 }
 
 Member::Member(std::function<void()> wake) {
-    Registry& all = registry();
+    Registry& all = registryOfThisProcess();
     const std::lock_guard lock(all.mutex);
     all.threads.insert_or_assign(std::this_thread::get_id(), Thread{std::move(wake)});
 }

@@ -4,10 +4,16 @@
 #include "../../support/Sanitizers.hpp"
 #include "TransportTest.hpp"
 
+#include <KeloAPI/platform/ExitGuard.hpp>
 #include <KeloAPI/platform/http/Manager.hpp>
 
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <semaphore>
+#include <thread>
 
 namespace KeloAPI::support {
 namespace {
@@ -49,6 +55,12 @@ protected:
         return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
     }
 
+    /// The same of a child that ends as a program does.
+    static int inChildThatExits(const std::function<int()>& work) {
+        static_cast<void>(std::fflush(nullptr)); // or the child would write what waits, too
+        return inChild([&]() -> int { std::exit(work()); });
+    }
+
     RawServer server{[](RawConnection& connection) {
         while (!connection.readRequest().empty()) {
             connection.write("HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\nok");
@@ -83,6 +95,41 @@ TEST_F(ForkTest, InAChildTheParentsConnectionsSaySoAndNewOnesWork) {
         EXPECT_TRUE(ask(*manager).well());
     }
     EXPECT_EQ(server.connections(), 3) << "the parent goes on over its own";
+}
+
+TEST_F(ForkTest, AChildWithAManagerOfItsOwnMayExit) {
+    if (isSanitized) {
+        GTEST_SKIP() << "sanitizers lose their own threads in a child";
+    }
+    ASSERT_TRUE(ask(*manager).well());
+    EXPECT_EQ(inChildThatExits([this] {
+                  auto* own = new Manager{ServerTrustPolicyManager()}; // outlives the exit
+                  return ask(*own).well() ? 0 : 1;
+              }),
+              0);
+    EXPECT_TRUE(ask(*manager).well());
+}
+
+TEST_F(ForkTest, AChildsExitAsksTheChildsThreadsToPark) {
+    if (isSanitized) {
+        GTEST_SKIP() << "sanitizers lose their own threads in a child";
+    }
+    ASSERT_TRUE(ask(*manager).well());
+    constexpr int asked = 7;
+    EXPECT_EQ(inChildThatExits([] {
+                  ExitGuard::install();
+                  static std::binary_semaphore ready{0};
+                  std::thread([] {
+                      const ExitGuard::Member member([] { _exit(asked); });
+                      ready.release();
+                      while (true) {
+                          pause();
+                      }
+                  }).detach();
+                  ready.acquire();
+                  return 0;
+              }),
+              asked);
 }
 
 } // namespace
