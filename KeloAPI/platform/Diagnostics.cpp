@@ -20,14 +20,16 @@ State& state() {
 }
 
 /// `text` with its control characters escaped: a file's name, for one, may hold line ends and what
-/// steers a terminal.
+/// steers a terminal. A backslash is escaped, too, so that none of the text looks like an escape.
 std::string oneLine(std::string_view text) {
     constexpr std::string_view digits = "0123456789ABCDEF";
     std::string line;
     line.reserve(text.size());
     for (const char c : text) {
         const auto byte = static_cast<unsigned char>(c);
-        if (byte >= 0x20 && byte != 0x7F) {
+        if (c == '\\') {
+            line += "\\\\";
+        } else if (byte >= 0x20 && byte != 0x7F) {
             line += c;
         } else {
             line.append("\\x").append({digits[byte >> 4U], digits[byte & 15U]});

@@ -39,7 +39,7 @@ TEST_F(DiagnosticsTest, AreOneLineEachWhateverIsInThem) {
     Diagnostics::write(std::string_view("\x1B[2J\0\x7F", 6));
     Diagnostics::write("na\xC3\xAFve \\x0A");
     EXPECT_THAT(lines, ::testing::ElementsAre("a file \"a\\x0D\\x0Ab\"", "\\x1B[2J\\x00\\x7F",
-                                              "na\xC3\xAFve \\x0A"));
+                                              "na\xC3\xAFve \\\\x0A"));
 }
 
 TEST_F(DiagnosticsTest, ASinkThatGoesMayWriteALastLine) {
