@@ -79,10 +79,13 @@ KeloAPI::URLRequest Endpoint::URLRequest() const {
     KeloAPI::URLRequest request;
     const std::string where = path();
     if (where.find("http") == std::string::npos) {
-        const auto base = URL::parse(_session->schema() + _session->host());
-        require(base.has_value(), "scheme and host of a session form no URL");
+        const std::string text = _session->schema() + _session->host();
+        const auto base = URL::parse(text);
         // A piece of the path must not become the host where the base has none.
-        if (const URL url = base->appendingPathComponent(where); url.host() == base->host()) {
+        if (!base) {
+            require(text.empty(), "scheme and host of a session form no URL");
+        } else if (const URL url = base->appendingPathComponent(where);
+                   url.host() == base->host()) {
             request.url = url;
         }
     } else {

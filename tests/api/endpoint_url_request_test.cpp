@@ -126,13 +126,15 @@ TEST_F(EndpointURLRequest, WithoutAHostTheCallFailsAndNothingIsSent) {
     delegate->host = "";
     delegate->sessionKey = "key";
     endpoint->setPath("users/me");
-    std::optional<Error> failure;
-    endpoint->request([&](const std::optional<std::string>&, const std::optional<Error>& error) {
-        failure = error;
-    });
-    EXPECT_FALSE(failure) << "not inside the call";
-    ASSERT_TRUE(testing::runUntil([&] { return failure.has_value(); }));
-    EXPECT_TRUE(isHTTPError(*failure, HTTPErrorCode::UnsupportedURL));
+    for (const char* schema : {"https://", ""}) {
+        delegate->schema = schema;
+        std::optional<Error> failure;
+        endpoint->request([&](const std::optional<std::string>&,
+                              const std::optional<Error>& error) { failure = error; });
+        EXPECT_FALSE(failure) << "not inside the call";
+        ASSERT_TRUE(testing::runUntil([&] { return failure.has_value(); }));
+        EXPECT_TRUE(isHTTPError(*failure, HTTPErrorCode::UnsupportedURL));
+    }
     EXPECT_TRUE(transport->requests().empty());
 }
 
