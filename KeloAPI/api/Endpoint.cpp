@@ -148,9 +148,10 @@ std::shared_ptr<EndpointRequest> Endpoint::deliver(const std::shared_ptr<Request
     request->response([self = shared_from_this(),
                        call = std::move(call)](const ResponseContent& content,
                                                Timeline timeline) -> Request::Completion {
-        Diagnostics::write(content.request.url ? content.request.description() : "nil");
         const auto items = call->collector();
         ResponseEnvelope envelope = keloModelResponseSerializer(content, *items);
+        // Behind what may run out of memory and is then asked again: one line for each call.
+        Diagnostics::write(content.request.url ? content.request.description() : "nil");
         timeline.serializationCompletedTime = Date::now();
         return [self, call, items, envelope = std::move(envelope), timeline] {
             if (envelope.error) {

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <exception>
+#include <new>
 #include <string>
 
 namespace KeloAPI {
@@ -32,10 +33,13 @@ Error serviceError(std::string_view message, const JsonValue& code, const JsonVa
     return {Settings::errorDomain, status, std::move(info)};
 }
 
-/// What a parser has just thrown, as an error value; the record's position goes with it.
+/// What a parser has just thrown, as an error value; the record's position goes with it. A lack of
+/// memory is thrown on: it is not the answer's fault.
 Error thrownError(std::optional<std::size_t> record) {
     std::optional<Error> cause;
     try {
+        throw;
+    } catch (const std::bad_alloc&) {
         throw;
     } catch (const JsonParseError& error) {
         cause = error.error();

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <new>
 #include <thread>
 
 namespace KeloAPI {
@@ -181,6 +182,29 @@ TEST_F(EndpointRequestTest, TheFractionIsWhateverTheDivisionGives) {
     ASSERT_EQ(fractions.size(), 2U);
     EXPECT_TRUE(std::isinf(fractions[0]));
     EXPECT_EQ(fractions[1], -12.0);
+}
+
+/// Has no memory for a record.
+struct StarvedParser : JsonParser<KLEmpty> {
+    std::shared_ptr<KLEmpty> parse(const JsonObject&) const override { throw std::bad_alloc(); }
+};
+
+TEST_F(EndpointRequestTest, NoMemoryForTheRecordsIsNotTheAnswersFault) {
+    for (const char* body : {R"({"data": {"records": [{}]}})", R"({"data": {"id": 1}})"}) {
+        completions = 0;
+        lines.clear();
+        transport->answer(ScriptedAnswer::json(body));
+        endpoint->request(std::make_shared<StarvedParser>(),
+                          [this](std::vector<std::shared_ptr<KLEmpty>>, std::optional<Metadata>,
+                                 const Timeline&, std::optional<Error> sentError) {
+                              ++completions;
+                              error = std::move(sentError);
+                          });
+        ASSERT_TRUE(completed());
+        ASSERT_TRUE(error);
+        EXPECT_TRUE(isHTTPError(*error, HTTPErrorCode::OutOfResources)) << error->description();
+        EXPECT_EQ(lines, std::vector<std::string>{"GET https://service.example/"});
+    }
 }
 
 TEST_F(EndpointRequestTest, ANullParserStopsTheProcess) {
