@@ -8,24 +8,22 @@ namespace KeloAPI {
 
 EndpointRequest::~EndpointRequest() = default;
 
-AlamofireEndpointRequest::AlamofireEndpointRequest(std::shared_ptr<Request> request)
-    : _request(std::move(request)) {}
+AlamofireEndpointRequest::AlamofireEndpointRequest(const std::shared_ptr<Request>& request)
+    : _request(request) {}
 
 AlamofireEndpointRequest::~AlamofireEndpointRequest() = default;
 
 std::shared_ptr<AlamofireEndpointRequest>
-AlamofireEndpointRequest::create(std::shared_ptr<Request> request) {
-    std::shared_ptr<AlamofireEndpointRequest> handle(
-        new AlamofireEndpointRequest(std::move(request)));
-    if (handle->_request) {
+AlamofireEndpointRequest::create(const std::shared_ptr<Request>& request) {
+    std::shared_ptr<AlamofireEndpointRequest> handle(new AlamofireEndpointRequest(request));
+    if (request) {
         // The request lets its observer, and with it this handle, go when it has completed.
-        handle->_request->progress(
-            [handle](std::int64_t, std::int64_t total, std::int64_t expected) {
-                // A copy, because the handler may replace itself.
-                if (const ProgressHandler handler = handle->_progressHandler) {
-                    handler(*handle, static_cast<double>(total) / static_cast<double>(expected));
-                }
-            });
+        request->progress([handle](std::int64_t, std::int64_t total, std::int64_t expected) {
+            // A copy, because the handler may replace itself.
+            if (const ProgressHandler handler = handle->_progressHandler) {
+                handler(*handle, static_cast<double>(total) / static_cast<double>(expected));
+            }
+        });
     }
     return handle;
 }
@@ -35,8 +33,8 @@ void AlamofireEndpointRequest::setProgressHandler(ProgressHandler handler) {
 }
 
 void AlamofireEndpointRequest::cancel() {
-    if (_request) {
-        _request->cancel();
+    if (const auto request = _request.lock()) {
+        request->cancel();
     }
 }
 

@@ -14,7 +14,8 @@ class Request;
 class KELO_API AlamofireEndpointRequest final : public EndpointRequest {
 public:
     /// A handle of `request`; of nothing when that is null.
-    static std::shared_ptr<AlamofireEndpointRequest> create(std::shared_ptr<Request> request);
+    static std::shared_ptr<AlamofireEndpointRequest>
+    create(const std::shared_ptr<Request>& request);
     ~AlamofireEndpointRequest() override;
 
     const ProgressHandler& progressHandler() const override { return _progressHandler; }
@@ -22,10 +23,11 @@ public:
     void cancel() override;
 
 private:
-    explicit AlamofireEndpointRequest(std::shared_ptr<Request> request);
+    explicit AlamofireEndpointRequest(const std::shared_ptr<Request>& request);
 
     ProgressHandler _progressHandler;
-    const std::shared_ptr<Request> _request;
+    /// Lives by itself until it has completed; whoever keeps the handle does not keep the answer.
+    const std::weak_ptr<Request> _request;
 };
 
 } // namespace KeloAPI

@@ -4,6 +4,7 @@
 #include <KeloAPI/api/AlamofireEndpointRequest.hpp>
 #include <KeloAPI/api/Endpoint.hpp>
 #include <KeloAPI/parsing/KLEmpty.hpp>
+#include <KeloAPI/platform/http/BodyMemory.hpp>
 #include <KeloAPI/platform/http/HTTPError.hpp>
 
 #include <gtest/gtest.h>
@@ -205,6 +206,19 @@ TEST_F(EndpointRequestTest, NoMemoryForTheRecordsIsNotTheAnswersFault) {
         EXPECT_TRUE(isHTTPError(*error, HTTPErrorCode::OutOfResources)) << error->description();
         EXPECT_EQ(lines, std::vector<std::string>{"GET https://service.example/"});
     }
+}
+
+TEST_F(EndpointRequestTest, AHeldHandleDoesNotKeepTheAnswer) {
+    const std::string body = R"({"data": {}})";
+    // All but this has been taken by others.
+    ASSERT_TRUE(BodyMemory::take(BodyMemory::mostOfAll - body.size()));
+    const auto handle = send();
+    transport->answer(ScriptedAnswer::json(body));
+    ASSERT_TRUE(completed());
+    EXPECT_FALSE(error);
+    bool taken = false;
+    EXPECT_TRUE(runUntil([&] { return taken = taken || BodyMemory::take(body.size()); }));
+    BodyMemory::giveBack(BodyMemory::mostOfAll - (taken ? 0 : body.size()));
 }
 
 TEST_F(EndpointRequestTest, ANullParserStopsTheProcess) {

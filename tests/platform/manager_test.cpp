@@ -219,4 +219,26 @@ TEST_F(ManagerTest, LargeAnswersHaveALimitForAllOfThem) {
     BodyMemory::giveBack(BodyMemory::mostOfAll - left);
 }
 
+TEST_F(ManagerTest, AnAnswerThatFailsIsNotKept) {
+    const auto manual = std::make_shared<testing::ManualTransport>();
+    Manager manager(manual);
+    constexpr std::size_t left = 1000;
+    ASSERT_TRUE(BodyMemory::take(BodyMemory::mostOfAll - left));
+    // One whose connection is lost, one that is refused for being too large.
+    for (const bool refused : {false, true}) {
+        const auto held = manager.request(FixedRequest());
+        listen(held);
+        manual->head(200);
+        EXPECT_TRUE(manual->data(std::string(left, 'x')));
+        EXPECT_EQ(refused && manual->data("x"), false);
+        manual->complete(httpError(HTTPErrorCode::ConnectionLost, "gone"));
+        ASSERT_TRUE(waitForAnswers(refused ? 2 : 1));
+        EXPECT_TRUE(errors.back());
+        EXPECT_EQ(bodies.back(), "");
+        ASSERT_TRUE(BodyMemory::take(left)) << "its share has come back";
+        BodyMemory::giveBack(left);
+    }
+    BodyMemory::giveBack(BodyMemory::mostOfAll - left);
+}
+
 } // namespace KeloAPI

@@ -2,7 +2,9 @@
 
 #include <cstddef>
 
-/// The memory that bodies of answers take in this process, all together. From any thread.
+/// The bytes in the bodies of answers in this process, all together. What a body has reserved
+/// beyond its size is not counted: the memory that one takes as it grows may be twice as much, and
+/// three times while it moves to a larger place. From any thread.
 namespace KeloAPI::BodyMemory {
 
 // No answer of the service comes near it; a body that does is an accident or an attack.

@@ -51,7 +51,12 @@ void MemoryRequest::bodySent(std::int64_t sent, std::int64_t total) {
 
 std::optional<Error> MemoryRequest::finish(std::optional<Error> error) {
     if (_refusal) {
-        return _refusal;
+        error = _refusal;
+    }
+    if (error) {
+        // Nobody reads a part of an answer; others need the room.
+        std::string().swap(body());
+        BodyMemory::giveBack(std::exchange(_counted, 0));
     }
     if (body().capacity() - body().size() < padding) {
         body().reserve(body().size() + padding);

@@ -171,7 +171,7 @@ void Request::end(std::optional<Error> error) {
     try {
         _error = finish(std::move(error));
     } catch (const std::bad_alloc&) {
-        _error = noMemory();
+        _error = finish(noMemory());
     }
     Completion last;
     for (auto handlers = takeHandlers(); !handlers.empty(); handlers = takeHandlers()) {

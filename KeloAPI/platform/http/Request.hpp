@@ -24,7 +24,7 @@ struct ResponseContent {
     const URLRequest& request;
     /// Absent when no head came.
     const std::optional<HTTPResponse>& response;
-    /// Empty for a download. Has at least 64 bytes of spare capacity.
+    /// Empty for a download, and where there is an error. Has at least 64 bytes of spare capacity.
     const std::string& body;
     /// Absent when the exchange went well, whatever its status.
     const std::optional<Error>& error;
@@ -85,7 +85,7 @@ protected:
     virtual bool receiveData(std::string_view bytes) = 0;
     virtual void bodySent(std::int64_t sent, std::int64_t total) = 0;
     /// The last step, before the serializers and where they run: the error that the request ends
-    /// with, if any.
+    /// with, if any. Where it finds no memory it is called again, with that error.
     virtual std::optional<Error> finish(std::optional<Error> error) = 0;
     /// Whether these steps may wait for a disk. They are then taken one after another on a thread
     /// that the answers of others do not need.
