@@ -49,18 +49,26 @@ public:
         : LittleRoom(std::size_t{1} << 20U) {}
 };
 
-/// Lets no further descriptor be opened: all that are lower than the limit are open.
-class NoDescriptors : LoweredLimit {
+/// Lets so many further descriptors be opened: all others that are lower than the limit are open.
+class FewDescriptorsLeft : LoweredLimit {
 public:
-    NoDescriptors()
-        : LoweredLimit(RLIMIT_NOFILE, lowestFree()) {}
+    explicit FewDescriptorsLeft(int left)
+        : LoweredLimit(RLIMIT_NOFILE, free(left)) {}
 
 private:
-    static rlim_t lowestFree() {
-        const int free = dup(STDERR_FILENO);
-        close(free);
-        return static_cast<rlim_t>(free);
+    /// The lowest number that stays free when `left` more descriptors are open.
+    static rlim_t free(int left) {
+        const int lowest = dup(STDERR_FILENO);
+        const rlim_t found = left == 0 ? static_cast<rlim_t>(lowest) : free(left - 1);
+        close(lowest);
+        return found;
     }
+};
+
+class NoDescriptors : FewDescriptorsLeft {
+public:
+    NoDescriptors()
+        : FewDescriptorsLeft(0) {}
 };
 
 } // namespace KeloAPI::support

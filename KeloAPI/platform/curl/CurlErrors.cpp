@@ -1,6 +1,13 @@
 #include <KeloAPI/platform/curl/CurlErrors.hpp>
 #include <KeloAPI/platform/http/HTTPError.hpp>
 
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+
 namespace KeloAPI {
 
 namespace {
@@ -18,6 +25,26 @@ bool isOfChunks(std::string_view detail) {
     return detail.ends_with("in chunked-encoding");
 }
 
+/// Whether the process has fewer descriptors left than a lookup or a store of certificates takes
+/// for itself: then it is these that failed, not the name or the store.
+bool lacksDescriptors() {
+    constexpr int needed = 4; // libcurl's lookup holds two beside its own files and sockets
+    std::array<int, needed> made{};
+    std::generate(made.begin(), made.end(),
+                  [] { return ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0); });
+    const bool lacks = made.back() < 0 && (errno == EMFILE || errno == ENFILE);
+    for (const int descriptor : made) {
+        if (descriptor >= 0) {
+            ::close(descriptor);
+        }
+    }
+    return lacks;
+}
+
+bool foundNoThread(std::string_view lookup) {
+    return lookup.find("thread failed to start") != std::string_view::npos;
+}
+
 HTTPErrorCode httpCode(CURLcode code, std::string_view detail) {
     switch (code) {
     case CURLE_URL_MALFORMAT:
@@ -26,7 +53,8 @@ HTTPErrorCode httpCode(CURLcode code, std::string_view detail) {
         return HTTPErrorCode::UnsupportedURL;
     case CURLE_COULDNT_RESOLVE_HOST:
     case CURLE_COULDNT_RESOLVE_PROXY:
-        return HTTPErrorCode::CannotFindHost;
+        return foundNoThread(detail) || lacksDescriptors() ? HTTPErrorCode::OutOfResources
+                                                           : HTTPErrorCode::CannotFindHost;
     case CURLE_COULDNT_CONNECT:
     case CURLE_PROXY:
     case CURLE_INTERFACE_FAILED:
@@ -47,10 +75,11 @@ HTTPErrorCode httpCode(CURLcode code, std::string_view detail) {
                                   : HTTPErrorCode::ConnectionLost;
     case CURLE_SSL_CONNECT_ERROR:
         return brokeOff(detail) ? HTTPErrorCode::ConnectionLost : HTTPErrorCode::ServerTrust;
+    case CURLE_SSL_CACERT_BADFILE:
+        return lacksDescriptors() ? HTTPErrorCode::OutOfResources : HTTPErrorCode::ServerTrust;
     case CURLE_PEER_FAILED_VERIFICATION:
     case CURLE_SSL_CERTPROBLEM:
     case CURLE_SSL_CIPHER:
-    case CURLE_SSL_CACERT_BADFILE:
     case CURLE_SSL_ISSUER_ERROR:
     case CURLE_SSL_INVALIDCERTSTATUS:
     case CURLE_SSL_CLIENTCERT:
@@ -88,7 +117,7 @@ std::string_view message(HTTPErrorCode code) {
     case HTTPErrorCode::BadServerResponse:
         return "the server's answer is no HTTP";
     case HTTPErrorCode::OutOfResources:
-        return "there is no memory for the request";
+        return "there is no memory, thread or descriptor for the request";
     default:
         return "the request failed";
     }

@@ -9,7 +9,12 @@
 #include <KeloAPI/platform/http/Manager.hpp>
 #include <KeloAPI/platform/http/ResponseSerializers.hpp>
 
+#include <netdb.h>
+#include <unistd.h>
+
+#include <array>
 #include <cstdio>
+#include <string_view>
 
 namespace KeloAPI::support {
 namespace {
@@ -31,6 +36,19 @@ void serveSmallAndLarge(RawConnection& connection) {
     }
 }
 
+/// Empty where it has no address. Other than that of localhost, it takes a lookup.
+std::string nameOfThisMachine() {
+    std::array<char, 256> name{};
+    addrinfo* found = nullptr;
+    if (::gethostname(name.data(), name.size() - 1) != 0 ||
+        std::string_view(name.data()).starts_with("localhost") ||
+        ::getaddrinfo(name.data(), nullptr, nullptr, &found) != 0) {
+        return {};
+    }
+    ::freeaddrinfo(found);
+    return name.data();
+}
+
 /// Each test starves a process of its own, which says what went wrong and exits with 0 if nothing
 /// did.
 class ShortageDeathTest : public TransportTest {
@@ -43,8 +61,9 @@ protected:
     }
 
     /// Sends, and runs the main queue until the answer is there.
-    std::optional<Error> errorOf(const std::string& path) {
-        return ended(manager->request(GetRequest(URL::parse(server->url(path)))));
+    std::optional<Error> errorOf(const std::string& path) { return errorOfURL(server->url(path)); }
+    std::optional<Error> errorOfURL(const std::string& url) {
+        return ended(manager->request(GetRequest(URL::parse(url))));
     }
     std::optional<Error> errorOfDownload(const std::string& destination) {
         return ended(
@@ -162,6 +181,46 @@ TEST_F(ShortageDeathTest, NoDescriptor) {
                 expectOutOfResources(errorOf("/"));
             }
             expectNone(errorOf("/"));
+            std::_Exit(0);
+        },
+        ::testing::ExitedWithCode(0), "");
+}
+
+TEST_F(ShortageDeathTest, NoDescriptorToLookANameUp) {
+    const std::string name = nameOfThisMachine();
+    if (name.empty()) {
+        GTEST_SKIP() << "this machine has no name with an address";
+    }
+    EXPECT_EXIT(
+        {
+            begin();
+            expectNone(errorOf("/")); // there are threads for the network and the answers
+            const std::string url = "http://" + name + ':' + std::to_string(server->port()) + '/';
+            for (int left = 0; left < 3; ++left) {
+                const FewDescriptorsLeft shortage(left);
+                expectOutOfResources(errorOfURL(url));
+            }
+            const auto error = errorOfURL(url); // its address need not be the server's
+            expect(!error || isHTTPError(*error, HTTPErrorCode::CannotConnect),
+                   "the name is known");
+            std::_Exit(0);
+        },
+        ::testing::ExitedWithCode(0), "");
+}
+
+TEST_F(ShortageDeathTest, NoDescriptorForTheCertificates) {
+    EXPECT_EXIT(
+        {
+            begin();
+            expectNone(errorOf("/"));
+            RawServer closing([](RawConnection&) {});
+            const std::string url = closing.url("/", "https");
+            {
+                const FewDescriptorsLeft shortage(1); // for the connection
+                expectOutOfResources(errorOfURL(url));
+            }
+            const auto error = errorOfURL(url);
+            expect(error && !isHTTPError(*error, HTTPErrorCode::OutOfResources), "no shortage");
             std::_Exit(0);
         },
         ::testing::ExitedWithCode(0), "");
