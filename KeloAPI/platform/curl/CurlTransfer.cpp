@@ -97,7 +97,7 @@ CurlTransfer::Outcome CurlTransfer::outcome(CURLcode code) const {
         outcome.fields = _head.fields();
     } else if (_failure) {
         outcome.error = _failure;
-    } else if (code == CURLE_OUT_OF_MEMORY && _sent) {
+    } else if (code == CURLE_OUT_OF_MEMORY && _sent && !_head.isFinished()) {
         // So libcurl says of a single line that is too long.
         outcome.error = httpError(HTTPErrorCode::BadServerResponse, headTooLong);
     } else if (code != CURLE_OK) {

@@ -17,6 +17,8 @@ CURLcode __real_curl_easy_setopt(CURL* easy, CURLoption option, ...);
 CURLcode __wrap_curl_easy_setopt(CURL* easy, CURLoption option, ...);
 curl_slist* __real_curl_slist_append(curl_slist* list, const char* text);
 curl_slist* __wrap_curl_slist_append(curl_slist* list, const char* text);
+CURLMsg* __real_curl_multi_info_read(CURLM* multi, int* left);
+CURLMsg* __wrap_curl_multi_info_read(CURLM* multi, int* left);
 }
 
 namespace KeloAPI::support {
@@ -29,6 +31,8 @@ struct WrappedCurl {
     std::optional<CURLoption> failing;
     std::set<std::string> headers;
     std::string failingHeader;
+    /// What each transfer ends with; empty for what libcurl says.
+    std::optional<CURLcode> result;
 };
 
 WrappedCurl wrappedCurl;
@@ -43,6 +47,14 @@ bool mayBeAppended(const char* text) {
     const std::lock_guard lock(wrappedCurl.mutex);
     wrappedCurl.headers.insert(text);
     return wrappedCurl.failingHeader != text;
+}
+
+CURLMsg* withWrappedResult(CURLMsg* message) {
+    const std::lock_guard lock(wrappedCurl.mutex);
+    if (message != nullptr && wrappedCurl.result) {
+        message->data.result = *wrappedCurl.result;
+    }
+    return message;
 }
 
 } // namespace
@@ -72,6 +84,10 @@ curl_slist* __wrap_curl_slist_append(curl_slist* list, const char* text) {
     return KeloAPI::support::mayBeAppended(text) ? __real_curl_slist_append(list, text) : nullptr;
 }
 
+CURLMsg* __wrap_curl_multi_info_read(CURLM* multi, int* left) {
+    return KeloAPI::support::withWrappedResult(__real_curl_multi_info_read(multi, left));
+}
+
 namespace KeloAPI::support {
 namespace {
 
@@ -95,6 +111,7 @@ protected:
         const std::lock_guard lock(wrappedCurl.mutex);
         wrappedCurl.failing.reset();
         wrappedCurl.failingHeader.clear();
+        wrappedCurl.result.reset();
     }
     static void fail(CURLoption option) {
         const std::lock_guard lock(wrappedCurl.mutex);
@@ -146,6 +163,16 @@ TEST_F(FailingOptionsTest, EveryHeaderThatCannotBeKeptFailsTheRequest) {
     EXPECT_EQ(server->requests(), 1);
     letAllPass();
     EXPECT_TRUE(succeeded(send(*transport, post("localhost"))));
+}
+
+TEST_F(FailingOptionsTest, AShortageAfterTheHeadIsNoLongHead) {
+    {
+        const std::lock_guard lock(wrappedCurl.mutex);
+        wrappedCurl.result = CURLE_OUT_OF_MEMORY;
+    }
+    const auto heard = send(*transport, get(server->url("/", "localhost")));
+    EXPECT_EQ(heard->status(), 200);
+    EXPECT_TRUE(failedWith(heard, HTTPErrorCode::OutOfResources));
 }
 
 TEST_F(FailingOptionsTest, AURLThatIsTooLongIsNotSupported) {
