@@ -241,7 +241,6 @@ void enterRequests(benchmark::State& state) {
             state.SkipWithError("the requests did not enter");
         }
         queue->kill();
-        useManager(nullptr);
         state.ResumeTiming();
     }
 }

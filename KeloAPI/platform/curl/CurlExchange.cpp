@@ -24,6 +24,11 @@ CurlExchange::CurlExchange(const URLRequest& request, std::shared_ptr<ExchangeOb
 
 CurlExchange::~CurlExchange() = default;
 
+std::uint64_t CurlExchange::nextOrder() {
+    static std::atomic<std::uint64_t> last = 0;
+    return ++last;
+}
+
 void CurlExchange::begin() {
     std::shared_ptr<CurlLoop> lane;
     try {

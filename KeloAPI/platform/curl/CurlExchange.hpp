@@ -29,6 +29,8 @@ public:
     // For the lane that carries the leg, on its thread:
 
     const URLRequest& request() const { return _request; }
+    /// Its place among those that wait, from leg to leg the same: earlier ones have lower numbers.
+    std::uint64_t order() const { return _order; }
     ExchangeObserver& observer() const { return *_observer; }
     bool isCancelled() const { return _cancelled.load(std::memory_order_relaxed); }
     /// Goes on with the next leg, which is where a redirect leads.
@@ -40,6 +42,9 @@ public:
     void complete(std::optional<Error> error);
 
 private:
+    static std::uint64_t nextOrder();
+
+    const std::uint64_t _order = nextOrder();
     URLRequest _request;
     int _redirects = 0;
     int _resends = 0;

@@ -162,9 +162,8 @@ void CurlLoop::enqueue(const std::shared_ptr<CurlExchange>& exchange) {
     }
     CurlOrigin& origin = originOf(*exchange->request().url);
     auto transfer = std::make_unique<CurlTransfer>(exchange, origin, _sockets);
-    transfer->order = ++_lastOrder;
     transfer->listedDeadline = transfer->deadline();
-    origin.waiting.emplace(transfer->order, transfer.get());
+    origin.waiting.emplace(transfer->order(), transfer.get());
     _deadlines.emplace(transfer->listedDeadline, transfer.get());
     _transfers.emplace(exchange.get(), std::move(transfer));
 }
@@ -199,7 +198,7 @@ void CurlLoop::send(CurlTransfer& transfer) {
         finish(transfer, transfer.outcome(CURLE_OUT_OF_MEMORY));
         return;
     }
-    origin.waiting.erase(transfer.order);
+    origin.waiting.erase(transfer.order());
     ++origin.inFlight;
     _begun.push_back(&transfer);
 }
@@ -257,7 +256,7 @@ void CurlLoop::finishOverdue() {
 /// observer's. What is left of it goes when that has been sent.
 void CurlLoop::finish(CurlTransfer& transfer, CurlTransfer::Outcome outcome) {
     const std::shared_ptr<CurlExchange> exchange = transfer.exchange();
-    if (CurlOrigin& origin = transfer.origin(); origin.waiting.erase(transfer.order) == 0) {
+    if (CurlOrigin& origin = transfer.origin(); origin.waiting.erase(transfer.order()) == 0) {
         curl_multi_remove_handle(_multi, transfer.easy());
         --origin.inFlight;
     }

@@ -90,7 +90,6 @@ private:
     CurlSockets _sockets;
     /// Those that have transfers.
     std::map<std::string, CurlOrigin> _origins;
-    std::uint64_t _lastOrder = 0;
     std::map<CurlExchange*, std::unique_ptr<CurlTransfer>> _transfers;
     std::vector<CurlTransfer*> _begun;                 // in this turn
     std::vector<std::unique_ptr<CurlTransfer>> _ended; // and told of

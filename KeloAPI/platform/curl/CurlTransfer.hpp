@@ -46,7 +46,7 @@ public:
     const std::shared_ptr<CurlExchange>& exchange() const { return _exchange; }
     CurlOrigin& origin() const { return _origin; }
     /// Its place among the transfers that wait.
-    std::uint64_t order = 0;
+    std::uint64_t order() const { return _exchange->order(); }
 
     /// When the transfer times out if no further byte moves: none of its own, or, as long as it is
     /// not sent, none on any connection to its origin.

@@ -151,6 +151,32 @@ TEST_F(ConnectionLimitTest, IsSetPerTransport) {
         << "in the order in which they were started";
 }
 
+TEST_F(ConnectionLimitTest, ARedirectedCallKeepsItsTurn) {
+    RawServer redirecting([this](RawConnection& connection) {
+        for (std::string request = connection.readRequest(); !request.empty();
+             request = connection.readRequest()) {
+            const std::string path = request.substr(4, request.find(' ', 4) - 4);
+            {
+                const std::lock_guard lock(mutex);
+                paths.push_back(path);
+            }
+            answers.try_acquire_for(30s);
+            connection.write(path == "/0" ? "HTTP/1.1 302 Found\r\nLocation: /there\r\n"
+                                            "Content-Length: 0\r\n\r\n"
+                                          : limitTestResponse);
+        }
+    });
+    transport = unpinned(oneConnection());
+    std::vector<Observer> observers;
+    for (const char* path : {"/0", "/1", "/2"}) {
+        observers.push_back(std::make_shared<RecordingObserver>());
+        transport->start(get(redirecting.url(path)), observers.back());
+    }
+    letAnswer(4);
+    expectAll(observers);
+    EXPECT_EQ(requested(), (std::vector<std::string>{"/0", "/there", "/1", "/2"}));
+}
+
 TEST_F(ConnectionLimitTest, AWaitingCallIsCancelledAtOnce) {
     transport = unpinned(oneConnection());
     const auto observers = start(3);
