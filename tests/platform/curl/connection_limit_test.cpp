@@ -220,24 +220,34 @@ TEST_F(ConnectionLimitTest, ACallThatWaitsForAMuteHostTimesOutUnsent) {
 
 TEST_F(ConnectionLimitTest, TheClockOfACallRunsFromWhenItIsSent) {
     // The first response comes in steps, each well within the time-out of the call that waits; all
-    // together take longer than it.
-    RawServer slow([](RawConnection& connection) {
+    // together take longer than it. The client's own thread writes what the server says: no other
+    // thread's stall can hold it up.
+    constexpr int steps = 15;
+    std::atomic<RawConnection*> peer = nullptr;
+    RawServer slow([&](RawConnection& connection) {
         connection.readRequest();
-        connection.write("HTTP/1.1 200 OK\r\nContent-Length: 40\r\n\r\n");
-        for (int i = 0; i < 40; ++i) {
-            std::this_thread::sleep_for(100ms);
-            connection.write("x");
-        }
-        connection.readRequest();
-        connection.write(limitTestResponse);
+        peer = &connection;
+        reached.release();
+        connection.write("HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(steps) +
+                         "\r\n\r\nx");
+        connection.waitForClose();
     });
     transport = unpinned(oneConnection());
     const auto first = std::make_shared<RecordingObserver>();
+    first->onData = [&peer, step = 1]() mutable {
+        std::this_thread::sleep_for(100ms);
+        return step++ == steps || peer.load()->write("x");
+    };
+    const auto second = std::make_shared<RecordingObserver>();
+    second->onSent = [&peer] { peer.load()->write(limitTestResponse); };
+    auto request = with(Method::POST, slow.url("/"), "body");
+    request.timeoutInterval = 1s;
     transport->start(get(slow.url("/")), first);
-    auto request = get(slow.url("/"));
-    request.timeoutInterval = 3s;
-    EXPECT_TRUE(succeeded(send(*transport, request)));
-    EXPECT_TRUE(first->hasCompleted());
+    awaitRequests(1);
+    const auto begin = std::chrono::steady_clock::now();
+    transport->start(request, second);
+    expectAll({first, second});
+    EXPECT_GT(std::chrono::steady_clock::now() - begin, request.timeoutInterval);
     EXPECT_EQ(slow.connections(), 1);
 }
 
