@@ -130,12 +130,13 @@ bool CurlLoop::carryOut(const Commands& commands) {
 
 /// For what need not come before the next request, and can be done while the server answers it.
 void CurlLoop::useTheWait() {
-    for (CurlTransfer* transfer : _begun) {
+    for (CurlTransfer* transfer : std::exchange(_begun, {})) {
         if (!transfer->tellWhenSent()) {
             finish(*transfer, transfer->outcome(CURLE_OK));
+        } else if (!transfer->isSent()) {
+            _begun.push_back(transfer);
         }
     }
-    _begun.clear();
     ExitGuard::parkIfExiting();
     _ended.clear();
 }
@@ -261,6 +262,7 @@ void CurlLoop::finish(CurlTransfer& transfer, CurlTransfer::Outcome outcome) {
         --origin.inFlight;
     }
     _deadlines.erase({transfer.listedDeadline, &transfer});
+    std::erase(_begun, &transfer);
     _ended.push_back(std::move(_transfers.extract(exchange.get()).mapped()));
     CurlTransfer::conclude(*exchange, std::move(outcome));
 }

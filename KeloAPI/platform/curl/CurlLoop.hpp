@@ -91,7 +91,7 @@ private:
     /// Those that have transfers.
     std::map<std::string, CurlOrigin> _origins;
     std::map<CurlExchange*, std::unique_ptr<CurlTransfer>> _transfers;
-    std::vector<CurlTransfer*> _begun;                 // in this turn
+    std::vector<CurlTransfer*> _begun;                 // and not yet sent
     std::vector<std::unique_ptr<CurlTransfer>> _ended; // and told of
     std::set<Deadline> _deadlines;
 };

@@ -60,6 +60,7 @@ public:
     /// Tells the observer that the request has been sent, if so and if nothing came back yet. False
     /// where the transfer must end over it; `outcome` then says why.
     bool tellWhenSent();
+    bool isSent() const { return _sent; }
 
     /// Keeps the connection from being used again: no byte came through it for too long.
     void distrustConnection();

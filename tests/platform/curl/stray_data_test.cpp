@@ -6,6 +6,7 @@
 #include <sys/ioctl.h>
 
 #include <atomic>
+#include <functional>
 #include <semaphore>
 #include <thread>
 
@@ -50,13 +51,15 @@ protected:
         }
     }
 
-    static void serveWell(RawConnection& connection) {
+    void serveWell(RawConnection& connection) {
         while (!connection.readRequest().empty()) {
+            beforeResponse();
             connection.write(strayTestResponse("good"));
         }
     }
 
     std::string surplus;
+    std::function<void()> beforeResponse = [] {};
     std::atomic<int> requestsAfterwards = 0;
     std::binary_semaphore disturbing{0};
     std::binary_semaphore disturbed{0};
@@ -81,6 +84,20 @@ TEST_F(StrayDataTest, IsNotTheResponseToTheNextRequest) {
     EXPECT_EQ(send(*transport, get(server.url("/")))->body, "good");
     EXPECT_EQ(server.connections(), 2);
     EXPECT_EQ(requestsAfterwards, 0) << "nothing is sent there any more";
+}
+
+TEST_F(StrayDataTest, WhatGoesOutOnAnotherConnectionIsToldOf) {
+    surplus = strayTestResponse("a response to nothing");
+    EXPECT_EQ(send(*transport, get(server.url("/")))->body, "first");
+    std::binary_semaphore told{0};
+    beforeResponse = [&] { EXPECT_TRUE(told.try_acquire_for(std::chrono::seconds(10))); };
+    disturb();
+    const auto second = std::make_shared<RecordingObserver>();
+    second->onRequestSent = [&] { told.release(); };
+    transport->start(get(server.url("/")), second);
+    ASSERT_TRUE(second->wait());
+    EXPECT_TRUE(succeeded(second));
+    EXPECT_EQ(second->requestsSent, 1);
 }
 
 TEST_F(StrayDataTest, ATimeOutOfAnIdleConnectionIsNoResponse) {
