@@ -35,8 +35,8 @@ public:
     bool isCancelled() const { return _cancelled.load(std::memory_order_relaxed); }
     /// Goes on with the next leg, which is where a redirect leads.
     void follow(int statusCode, const HeaderFields& fields);
-    /// Goes on with the same leg once more, which the server has not looked at; ends the exchange
-    /// with `error` where that has happened too often.
+    /// Goes on with the same leg once more, because the server went away; ends the exchange with
+    /// `error` where that has happened too often.
     void sendAgain(Error error);
     /// Ends the exchange; a cancellation that came before goes before `error`.
     void complete(std::optional<Error> error);

@@ -33,6 +33,10 @@ bool speaksHTTP2(const SSL* tls) {
     return std::string_view(reinterpret_cast<const char*>(protocol), length) == "h2";
 }
 
+bool changesNothing(Method method) {
+    return method == Method::GET || method == Method::HEAD;
+}
+
 } // namespace
 
 CurlTransfer::CurlTransfer(std::shared_ptr<CurlExchange> exchange, CurlOrigin& origin,
@@ -107,9 +111,10 @@ CurlTransfer::Outcome CurlTransfer::outcome(CURLcode code) const {
                                       "no descriptor for a connection", std::move(outcome.error));
         }
         // So libcurl says, without further words, of a stream beyond the last one that the server
-        // named when it went away.
-        outcome.unprocessed =
-            code == CURLE_HTTP2 && _detail.front() == '\0' && _head.statusCode() == 0;
+        // named when it went away; but also of one that was under way when the server broke the
+        // protocol. Only what changes nothing can be sent again without knowing which it was.
+        outcome.sendAgain = code == CURLE_HTTP2 && _detail.front() == '\0' &&
+                            _head.statusCode() == 0 && changesNothing(_exchange->request().method);
     } else if (!_head.isFinished()) {
         outcome.error =
             httpError(HTTPErrorCode::ConnectionLost, "the answer ended within its head");
@@ -123,7 +128,7 @@ CurlTransfer::Outcome CurlTransfer::outcome(CURLcode code) const {
 void CurlTransfer::conclude(CurlExchange& exchange, Outcome outcome) {
     if (outcome.redirects) {
         exchange.follow(outcome.statusCode, outcome.fields);
-    } else if (outcome.unprocessed) {
+    } else if (outcome.sendAgain) {
         exchange.sendAgain(std::move(*outcome.error));
     } else {
         exchange.complete(std::move(outcome.error));
@@ -216,6 +221,12 @@ std::size_t CurlTransfer::giveBody(char* buffer, std::size_t room) {
 
 /// Whether the request may go out on the connection that libcurl has chosen for it.
 bool CurlTransfer::acceptConnection(const std::string& ends) {
+    // libcurl sends again by itself where a connection ends before the first byte of a response.
+    // On a shared one the server may long have been at work on it.
+    if (_sent && _origin.protocol == CurlOrigin::Protocol::Multiplexed &&
+        !changesNothing(_exchange->request().method)) {
+        return giveUp(HTTPErrorCode::ConnectionLost, "the connection was lost");
+    }
     curl_tlssessioninfo* session = nullptr;
     curl_easy_getinfo(_easy, CURLINFO_TLS_SSL_PTR, &session);
     const bool isOpenSSL = session != nullptr && session->backend == CURLSSLBACKEND_OPENSSL;

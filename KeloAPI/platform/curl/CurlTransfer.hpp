@@ -73,8 +73,8 @@ public:
     struct Outcome {
         std::optional<Error> error;
         bool redirects = false;
-        /// The server has not looked at the request: it may be sent again, whatever it asks for.
-        bool unprocessed = false;
+        /// The server went away, and the request does no harm where it had been looked at before.
+        bool sendAgain = false;
         int statusCode = 0;
         HeaderFields fields;
     };

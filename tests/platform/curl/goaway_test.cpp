@@ -49,6 +49,9 @@ public:
         write(goaway, 0, 0, number(last) + number(error));
     }
 
+    /// Sends what no server may: the connection is of no more use to the client.
+    void breakProtocol() { write(data, 0, 0, "x"); }
+
     void waitForClose() {
         while (_open) {
             read(1);
@@ -132,6 +135,33 @@ protected:
             });
     }
 
+    static constexpr std::size_t all = 3;
+
+    /// Reads as many requests; the first one's stream.
+    static std::uint32_t readAll(FrameConnection& connection) {
+        const std::uint32_t first = connection.readRequest();
+        for (std::size_t i = 1; i < all; ++i) {
+            connection.readRequest();
+        }
+        return first;
+    }
+
+    /// Sends as many requests at once and waits for their ends.
+    std::vector<Observer> sendAll(Method method) {
+        const auto transport = pinning("127.0.0.1", {certificate()});
+        std::vector<Observer> observers;
+        for (std::size_t i = 0; i < all; ++i) {
+            observers.push_back(std::make_shared<RecordingObserver>());
+            auto request = get(url());
+            request.method = method;
+            transport->start(request, observers.back());
+        }
+        for (const Observer& observer : observers) {
+            EXPECT_TRUE(observer->wait());
+        }
+        return observers;
+    }
+
     std::string url() const { return _server->url("/", "https"); }
     Certificate certificate() const { return _certificate.certificate(); }
 
@@ -144,43 +174,55 @@ private:
     std::unique_ptr<RawServer> _server; // goes before what its connections use
 };
 
-TEST_F(GoAwayTest, WhatWasNotProcessedIsSentAgain) {
+TEST_F(GoAwayTest, ARequestThatChangesNothingIsSentAgain) {
     for (const bool closesAtOnce : {true, false}) {
         for (const std::uint32_t error : {0U, 11U}) {
-            for (const auto& request : {get("/"), with(Method::POST, "/", "body")}) {
-                connections = 0;
-                const auto heard = sent(request, [&](FrameConnection& connection, int number) {
-                    const std::uint32_t stream = connection.readRequest();
-                    if (number == 1) {
-                        connection.goAway(0, error);
-                    } else {
-                        connection.answer(stream);
-                    }
-                    if (number > 1 || !closesAtOnce) {
-                        connection.waitForClose();
-                    }
-                });
-                EXPECT_TRUE(succeeded(heard)) << closesAtOnce << error;
-                EXPECT_EQ(connections, 2);
-            }
+            connections = 0;
+            const auto heard = sent(get("/"), [&](FrameConnection& connection, int number) {
+                const std::uint32_t stream = connection.readRequest();
+                if (number == 1) {
+                    connection.goAway(0, error);
+                } else {
+                    connection.answer(stream);
+                }
+                if (number > 1 || !closesAtOnce) {
+                    connection.waitForClose();
+                }
+            });
+            EXPECT_TRUE(succeeded(heard)) << closesAtOnce << error;
+            EXPECT_EQ(connections, 2);
+        }
+    }
+}
+
+TEST_F(GoAwayTest, AnActionIsLost) {
+    for (const bool closesAtOnce : {true, false}) {
+        for (const std::uint32_t error : {0U, 11U}) {
+            connections = 0;
+            const auto action = with(Method::POST, "/", "body");
+            const auto heard = sent(action, [&](FrameConnection& connection, int) {
+                connection.readRequest();
+                connection.goAway(0, error);
+                if (!closesAtOnce) {
+                    connection.waitForClose();
+                }
+            });
+            EXPECT_TRUE(failedWith(heard, HTTPErrorCode::ConnectionLost)) << closesAtOnce << error;
+            EXPECT_EQ(connections, 1);
         }
     }
 }
 
 TEST_F(GoAwayTest, OfSeveralRequestsOnlyThoseThatWereNotProcessedAreSentAgain) {
-    constexpr std::size_t all = 3;
     for (const std::uint32_t processed : {0U, 1U}) {
         connections = 0;
         std::atomic<std::size_t> answered = 0;
         serve([&](FrameConnection& connection, int number) {
-            std::vector<std::uint32_t> streams;
-            while (number == 1 && streams.size() < all) {
-                streams.push_back(connection.readRequest());
-            }
             if (number == 1) {
-                connection.goAway(processed == 0 ? 0 : streams.front(), 0);
+                const std::uint32_t first = readAll(connection);
+                connection.goAway(processed == 0 ? 0 : first, 0);
                 if (processed > 0) {
-                    connection.answer(streams.front());
+                    connection.answer(first);
                     ++answered;
                 }
             }
@@ -190,17 +232,37 @@ TEST_F(GoAwayTest, OfSeveralRequestsOnlyThoseThatWereNotProcessedAreSentAgain) {
                 ++answered;
             }
         });
-        const auto transport = pinning("127.0.0.1", {certificate()});
-        std::vector<Observer> observers;
-        for (std::size_t i = 0; i < all; ++i) {
-            observers.push_back(std::make_shared<RecordingObserver>());
-            transport->start(with(Method::POST, url(), "body"), observers.back());
-        }
-        for (const Observer& observer : observers) {
-            ASSERT_TRUE(observer->wait());
+        for (const Observer& observer : sendAll(Method::GET)) {
             EXPECT_TRUE(succeeded(observer)) << processed;
         }
         EXPECT_EQ(answered, all);
+    }
+}
+
+TEST_F(GoAwayTest, ActionsThatTheServerHasTakenAreNotSentAgain) {
+    // The server has read and may have done them all when it makes a mistake, or just closes.
+    for (const bool breaks : {true, false}) {
+        connections = 0;
+        std::atomic<std::size_t> taken = 0;
+        serve([&](FrameConnection& connection, int number) {
+            if (number == 1) {
+                readAll(connection);
+                taken += all;
+                if (breaks) {
+                    connection.breakProtocol();
+                }
+                return;
+            }
+            for (auto stream = connection.readRequest(); stream != 0;
+                 stream = connection.readRequest()) {
+                ++taken;
+                connection.answer(stream);
+            }
+        });
+        for (const Observer& observer : sendAll(Method::POST)) {
+            EXPECT_TRUE(failedWith(observer, HTTPErrorCode::ConnectionLost)) << breaks;
+        }
+        EXPECT_EQ(taken, all) << breaks;
     }
 }
 
