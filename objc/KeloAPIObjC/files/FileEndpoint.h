@@ -42,8 +42,8 @@
 - (BOOL)deleteAndReturnError:(NSError **)error;
 
 /// The file's place in the cache: the last component of the path, without what follows a "?", put
-/// behind the manager's directory. An empty name gives the directory itself. Nil without a directory,
-/// and for the names "." and "..", which name no file.
+/// behind the manager's directory. An empty name gives the directory itself. Nil without a
+/// directory, and for the names "." and "..", which name no file.
 - (NSURL *)documentsFile;
 
 @end
