@@ -17,8 +17,8 @@
 
 @property(nonatomic, readonly) NSString *relativePath;
 /// The directory's path with its "/" at the end, found and created at the first call; nil when the
-/// application has no group container. One that is set is taken as it is; a relative one is below the
-/// working directory.
+/// application has no group container. One that is set is taken as it is; a relative one is below
+/// the working directory.
 @property(nonatomic, copy) NSString *documentsDirectory;
 
 /// Deletes the oldest files and keeps the newest `maxCount` and one more; a negative number keeps
