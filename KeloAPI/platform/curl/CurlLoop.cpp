@@ -281,7 +281,10 @@ int CurlLoop::pollTimeout() const {
     }
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(_deadlines.begin()->first -
                                                                    CurlTransfer::Clock::now());
-    return static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, INT_MAX));
+    // libcurl sometimes does not wake a transfer whose HTTP/2 stream a GOAWAY has ended, as long as
+    // the server keeps the connection open. A look each second ends it long before its time-out.
+    constexpr std::int64_t maxPause = 1000;
+    return static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, maxPause));
 }
 
 /// In place of a poll that failed, which says nothing of any transfer: what has come in meanwhile

@@ -18,7 +18,7 @@ public:
     using Receiver = std::function<bool(std::string_view)>;
     enum class Result : std::uint8_t {
         Taken,
-        /// The bytes are no gzip.
+        /// The bytes are not gzip.
         Malformed,
         /// The receiver wants no more.
         Refused
