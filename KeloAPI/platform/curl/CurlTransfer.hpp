@@ -24,8 +24,8 @@ namespace KeloAPI {
 
 class CurlOptions;
 
-/// One leg of an exchange: a request to one place and its answer, as one easy handle from when it
-/// is no longer waiting. Lives on its lane's thread.
+/// One leg of an exchange: a request to one place and its answer, as one easy handle from
+/// the moment it stops waiting. Lives on its lane's thread.
 class CurlTransfer {
 public:
     using Clock = std::chrono::steady_clock;

@@ -29,7 +29,7 @@ public:
     GzipDecoder& operator=(const GzipDecoder&) = delete;
     ~GzipDecoder();
 
-    /// Throws `std::bad_alloc` where there is no memory to unpack in.
+    /// Throws `std::bad_alloc` when memory runs out.
     Result take(std::string_view bytes, const Receiver& receiver);
 
     /// False in the midst of a gzip file. A body without a byte is complete.
