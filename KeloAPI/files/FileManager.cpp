@@ -98,8 +98,12 @@ std::vector<std::string> FileManager::allFilesDesc() {
     }
     std::vector<DirectoryEntry> entries;
     try {
-        entries = entriesOf(*directory, [](std::string_view name) {
-            return !AbandonedDownloads::isTemporaryName(name);
+        entries = entriesOf(*directory, [&](std::string_view name) {
+            const bool isTemporary = AbandonedDownloads::isTemporaryName(name);
+            if (isTemporary) {
+                AbandonedDownloads::removeIfAbandoned(*directory + "/" + std::string(name));
+            }
+            return !isTemporary;
         });
     } catch (const std::filesystem::filesystem_error& error) {
         Diagnostics::write(error.what());
@@ -121,7 +125,6 @@ void FileManager::cleanDirectory(std::int64_t maxCount) {
     if (!directory) {
         return;
     }
-    AbandonedDownloads::clear(*directory);
     const auto names = allFilesDesc();
     for (std::size_t i = 0; i < names.size(); ++i) {
         if (static_cast<std::int64_t>(i) > maxCount) {

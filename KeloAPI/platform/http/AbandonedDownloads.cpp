@@ -35,18 +35,6 @@ Cleared& cleared() {
     return *instance;
 }
 
-void removeIfAbandoned(const std::string& path) {
-    // To write as well, because a network's file system locks nothing else exclusively.
-    const int file = open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
-    if (file < 0) {
-        return;
-    }
-    if (flock(file, LOCK_EX | LOCK_NB) == 0) {
-        unlink(path.c_str());
-    }
-    close(file);
-}
-
 } // namespace
 
 std::string temporaryName() {
@@ -92,6 +80,18 @@ int create(const std::string& path) {
     }
     errno = ESTALE;
     return -1;
+}
+
+void removeIfAbandoned(const std::string& path) {
+    // To write as well, because a network's file system locks nothing else exclusively.
+    const int file = open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+    if (file < 0) {
+        return;
+    }
+    if (flock(file, LOCK_EX | LOCK_NB) == 0) {
+        unlink(path.c_str());
+    }
+    close(file);
 }
 
 bool clear(const std::string& directory) {

@@ -17,6 +17,10 @@ bool isTemporaryName(std::string_view name);
 /// Opens a new temporary file at `path` and locks it. -1 with `errno` when that is not possible.
 int create(const std::string& path);
 
+/// Removes the temporary file at `path` if it is abandoned and can be removed. Usable on any
+/// thread.
+void removeIfAbandoned(const std::string& path);
+
 /// Removes the abandoned files in `directory`. What cannot be removed stays. False when the
 /// directory cannot be read. Usable on any thread.
 bool clear(const std::string& directory);
