@@ -87,28 +87,35 @@ bool SerialQueue::open() {
     return startThread();
 }
 
+void SerialQueue::async(Task task) {
+    enter(task, true);
+}
+
 void SerialQueue::asyncOrOnMain(Task task) {
-    if (open()) {
-        async(std::move(task));
-    } else {
+    if (!enter(task, false)) {
         MainQueue::main().async(std::move(task));
     }
 }
 
-void SerialQueue::async(Task task) {
+/// False, and the task is left as it is, where it would never run here, or only once the system has
+/// a thread again and it may not wait for that.
+bool SerialQueue::enter(Task& task, bool mayWaitForThread) {
     if (isInherited()) {
-        return;
+        return false;
     }
     ExitGuard::install();
     // The queue may go with the task, before the call is over.
     const std::shared_ptr<State> state = _state;
     {
         const std::lock_guard lock(state->mutex);
+        if (!startThread() && !mayWaitForThread) {
+            return false;
+        }
         state->waiting.push_back(std::move(task));
-        startThread();
     }
     // Without the lock, or the thread would wake only to wait for it.
     state->somethingToDo.notify_one();
+    return true;
 }
 
 /// Unless it runs already. Under the mutex; false when the system has none to give.

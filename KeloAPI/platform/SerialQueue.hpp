@@ -43,6 +43,7 @@ public:
 
 private:
     struct State;
+    bool enter(Task& task, bool mayWaitForThread);
     bool startThread();
 
     std::shared_ptr<State> _state;
