@@ -100,7 +100,7 @@ public:
     virtual std::shared_ptr<EndpointRequest> sendUpload(std::shared_ptr<const EndpointCall> call,
                                                         Data data);
     /// Sends the call and keeps the answer as the file `destinationUrl`. No envelope is read, and
-    /// there is no handle; progress goes to the handler that was set before. The completion is
+    /// no handle is returned; progress goes to the handler that was set before. The completion is
     /// called where `delivery` says.
     virtual void download(const URL& destinationUrl, DownloadCompletion completionHandler,
                           DownloadDelivery delivery = DownloadDelivery::MainQueue);

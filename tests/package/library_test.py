@@ -15,8 +15,8 @@ OURS = re.compile(
 
 # What the library may load: its stated dependencies and the compiler's run time.
 NEEDED = {
-    "libcurl.so.4", "libssl.so.3", "libcrypto.so.3", "libsimdjson.so.14", "liburiparser.so.1", "libz.so.1",
-    "libstdc++.so.6", "libgcc_s.so.1", "libm.so.6", "libc.so.6",
+    "libcurl.so.4", "libssl.so.3", "libcrypto.so.3", "libsimdjson.so.14", "liburiparser.so.1",
+    "libz.so.1", "libstdc++.so.6", "libgcc_s.so.1", "libm.so.6", "libc.so.6",
 }
 
 MOST_BYTES = 1_500_000

@@ -68,7 +68,7 @@ CurlTransfer& CurlTransfer::of(CURL* easy) {
     return *reinterpret_cast<CurlTransfer*>(self);
 }
 
-/// The result of a step; gives the transfer up when there is no memory for it.
+/// The result of a step; gives the transfer up when memory runs out.
 template <class Step>
 bool CurlTransfer::withMemory(Step step) {
     try {
@@ -281,7 +281,7 @@ std::size_t CurlTransfer::onRead(char* buffer, std::size_t size, std::size_t cou
     return given;
 }
 
-/// libcurl does not tell why a socket could not be made: it only says that there is no connection.
+/// Remembers why a socket could not be made: libcurl only says that it could not connect.
 curl_socket_t CurlTransfer::onOpenSocket(void* self, curlsocktype /*purpose*/,
                                          curl_sockaddr* address) noexcept {
     const int made = socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
