@@ -5,8 +5,8 @@
 #include <KeloAPI/api/Api.hpp>
 #include <KeloAPI/endpoints/MeEndpoint.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
-#include <KeloAPI/platform/Diagnostics.hpp>
-#include <KeloAPI/platform/MainQueue.hpp>
+#include <KeloAPI/queues/Diagnostics.hpp>
+#include <KeloAPI/queues/MainQueue.hpp>
 
 #include <glib-unix.h>
 

@@ -4,8 +4,8 @@
 #include <KeloAPI/endpoints/TimelineEndpoint.hpp>
 #include <KeloAPI/fakes/ScriptedTransport.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
-#include <KeloAPI/platform/Diagnostics.hpp>
-#include <KeloAPI/platform/MainQueue.hpp>
+#include <KeloAPI/queues/Diagnostics.hpp>
+#include <KeloAPI/queues/MainQueue.hpp>
 
 #include <iostream>
 

@@ -2,7 +2,7 @@
 #include <KeloAPI/api/Api.hpp>
 #include <KeloAPI/endpoints/TimelineEndpoint.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
-#include <KeloAPI/platform/MainQueue.hpp>
+#include <KeloAPI/queues/MainQueue.hpp>
 
 #include <iostream>
 

@@ -2,15 +2,15 @@
 // kind.
 #include "support/ArchivedModels.hpp"
 
-#include <KeloAPI/loops/LoopData.hpp>
+#include <KeloAPI/archive/internal/BinaryPropertyList.hpp>
 #include <KeloAPI/model/KLChannel.hpp>
 #include <KeloAPI/model/KLEntity.hpp>
 #include <KeloAPI/model/KLTag.hpp>
 #include <KeloAPI/model/KLVenue.hpp>
 #include <KeloAPI/model/KLVenueCategory.hpp>
+#include <KeloAPI/model/LoopData.hpp>
 #include <KeloAPI/model/PostThumbnail.hpp>
 #include <KeloAPI/model/SoundboardSound.hpp>
-#include <KeloAPI/platform/archive/BinaryPropertyList.hpp>
 
 #include <cstdint>
 #include <cstdlib>

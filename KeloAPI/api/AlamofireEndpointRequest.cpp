@@ -1,5 +1,5 @@
 #include <KeloAPI/api/AlamofireEndpointRequest.hpp>
-#include <KeloAPI/platform/http/Request.hpp>
+#include <KeloAPI/http/Request.hpp>
 
 #include <cstdint>
 #include <utility>

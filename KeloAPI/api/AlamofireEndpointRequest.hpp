@@ -1,7 +1,7 @@
 #pragma once
 
 #include <KeloAPI/api/EndpointRequest.hpp>
-#include <KeloAPI/platform/Export.hpp>
+#include <KeloAPI/base/Export.hpp>
 
 #include <memory>
 

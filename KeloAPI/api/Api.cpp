@@ -1,5 +1,5 @@
 #include <KeloAPI/api/Api.hpp>
-#include <KeloAPI/platform/NeverDestroyed.hpp>
+#include <KeloAPI/base/internal/NeverDestroyed.hpp>
 
 #include <utility>
 

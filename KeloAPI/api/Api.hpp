@@ -2,7 +2,7 @@
 
 #include <KeloAPI/api/Session.hpp>
 #include <KeloAPI/api/SessionDelegate.hpp>
-#include <KeloAPI/platform/Export.hpp>
+#include <KeloAPI/base/Export.hpp>
 
 #include <map>
 #include <memory>

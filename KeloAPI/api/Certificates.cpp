@@ -1,5 +1,5 @@
 #include <KeloAPI/api/Certificates.hpp>
-#include <KeloAPI/platform/Base64.hpp>
+#include <KeloAPI/api/internal/Base64.hpp>
 #include <KeloAPI/Settings.hpp>
 
 #include <algorithm>

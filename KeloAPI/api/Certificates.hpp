@@ -1,7 +1,7 @@
 #pragma once
 
-#include <KeloAPI/platform/Export.hpp>
-#include <KeloAPI/platform/http/Certificate.hpp>
+#include <KeloAPI/base/Export.hpp>
+#include <KeloAPI/http/Certificate.hpp>
 
 #include <optional>
 #include <span>

@@ -1,8 +1,8 @@
 #include <KeloAPI/api/AlamofireEndpointRequest.hpp>
 #include <KeloAPI/api/Endpoint.hpp>
-#include <KeloAPI/platform/Contract.hpp>
-#include <KeloAPI/platform/Diagnostics.hpp>
-#include <KeloAPI/platform/http/ResponseSerializers.hpp>
+#include <KeloAPI/base/Contract.hpp>
+#include <KeloAPI/http/ResponseSerializers.hpp>
+#include <KeloAPI/queues/Diagnostics.hpp>
 
 #include <string_view>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <KeloAPI/platform/Export.hpp>
-#include <KeloAPI/platform/URL.hpp>
+#include <KeloAPI/base/Export.hpp>
+#include <KeloAPI/base/URL.hpp>
 
 #include <functional>
 #include <memory>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <KeloAPI/platform/Error.hpp>
+#include <KeloAPI/base/Error.hpp>
 
 #include <utility>
 #include <variant>

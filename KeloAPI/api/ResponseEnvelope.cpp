@@ -1,6 +1,6 @@
 #include <KeloAPI/api/ResponseEnvelope.hpp>
+#include <KeloAPI/http/ResponseSerializers.hpp>
 #include <KeloAPI/parsing/ParserError.hpp>
-#include <KeloAPI/platform/http/ResponseSerializers.hpp>
 #include <KeloAPI/Settings.hpp>
 
 #include <cstdint>

@@ -1,10 +1,10 @@
 #pragma once
 
+#include <KeloAPI/base/Error.hpp>
+#include <KeloAPI/base/Export.hpp>
+#include <KeloAPI/http/Request.hpp>
+#include <KeloAPI/model/Metadata.hpp>
 #include <KeloAPI/parsing/JsonParser.hpp>
-#include <KeloAPI/parsing/Metadata.hpp>
-#include <KeloAPI/platform/Error.hpp>
-#include <KeloAPI/platform/Export.hpp>
-#include <KeloAPI/platform/http/Request.hpp>
 
 #include <cstddef>
 #include <memory>

@@ -1,7 +1,7 @@
 #include <KeloAPI/api/Certificates.hpp>
 #include <KeloAPI/api/Session.hpp>
-#include <KeloAPI/platform/Contract.hpp>
-#include <KeloAPI/platform/http/ServerTrustPolicy.hpp>
+#include <KeloAPI/base/Contract.hpp>
+#include <KeloAPI/http/ServerTrustPolicy.hpp>
 #include <KeloAPI/Settings.hpp>
 
 #include <map>

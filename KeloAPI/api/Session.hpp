@@ -2,14 +2,14 @@
 
 #include <KeloAPI/api/EndpointErrorHandler.hpp>
 #include <KeloAPI/api/SessionDelegate.hpp>
-#include <KeloAPI/platform/Data.hpp>
-#include <KeloAPI/platform/Error.hpp>
-#include <KeloAPI/platform/Export.hpp>
-#include <KeloAPI/platform/http/Manager.hpp>
-#include <KeloAPI/platform/http/Request.hpp>
-#include <KeloAPI/platform/http/URLRequest.hpp>
-#include <KeloAPI/platform/Object.hpp>
-#include <KeloAPI/platform/URL.hpp>
+#include <KeloAPI/base/Data.hpp>
+#include <KeloAPI/base/Error.hpp>
+#include <KeloAPI/base/Export.hpp>
+#include <KeloAPI/base/Object.hpp>
+#include <KeloAPI/base/URL.hpp>
+#include <KeloAPI/http/Manager.hpp>
+#include <KeloAPI/http/Request.hpp>
+#include <KeloAPI/http/URLRequest.hpp>
 
 #include <cstddef>
 #include <cstdint>

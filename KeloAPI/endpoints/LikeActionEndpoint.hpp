@@ -1,8 +1,8 @@
 #pragma once
 
+#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/endpoints/PostActionEndpoint.hpp>
 #include <KeloAPI/model/KLLike.hpp>
-#include <KeloAPI/platform/Export.hpp>
 
 #include <memory>
 

@@ -1,7 +1,7 @@
 #include <KeloAPI/api/Api.hpp>
+#include <KeloAPI/base/Contract.hpp>
 #include <KeloAPI/endpoints/MeEndpoint.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
-#include <KeloAPI/platform/Contract.hpp>
 
 #include <utility>
 

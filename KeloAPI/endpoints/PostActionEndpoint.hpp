@@ -3,8 +3,8 @@
 #include <KeloAPI/api/Api.hpp>
 #include <KeloAPI/api/Endpoint.hpp>
 #include <KeloAPI/api/Outcome.hpp>
+#include <KeloAPI/base/Contract.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
-#include <KeloAPI/platform/Contract.hpp>
 
 #include <functional>
 #include <memory>

@@ -1,6 +1,6 @@
 #include <KeloAPI/api/Api.hpp>
 #include <KeloAPI/endpoints/RecommendationsEndpoint.hpp>
-#include <KeloAPI/parsing/KLEmpty.hpp>
+#include <KeloAPI/model/KLEmpty.hpp>
 
 #include <array>
 #include <cstddef>

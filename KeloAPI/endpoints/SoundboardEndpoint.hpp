@@ -1,7 +1,7 @@
 #pragma once
 
 #include <KeloAPI/api/Endpoint.hpp>
-#include <KeloAPI/platform/Export.hpp>
+#include <KeloAPI/base/Export.hpp>
 
 #include <functional>
 #include <memory>

@@ -2,7 +2,7 @@
 
 #include <KeloAPI/api/Endpoint.hpp>
 #include <KeloAPI/api/Outcome.hpp>
-#include <KeloAPI/platform/Export.hpp>
+#include <KeloAPI/base/Export.hpp>
 
 #include <functional>
 #include <memory>

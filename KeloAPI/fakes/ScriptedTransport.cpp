@@ -1,6 +1,6 @@
 #include <KeloAPI/fakes/ScriptedTransport.hpp>
-#include <KeloAPI/platform/http/HTTPError.hpp>
-#include <KeloAPI/platform/SerialQueue.hpp>
+#include <KeloAPI/http/HTTPError.hpp>
+#include <KeloAPI/queues/SerialQueue.hpp>
 
 #include <algorithm>
 #include <deque>

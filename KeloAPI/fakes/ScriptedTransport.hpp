@@ -1,10 +1,10 @@
 #pragma once
 
-#include <KeloAPI/platform/Error.hpp>
-#include <KeloAPI/platform/Export.hpp>
-#include <KeloAPI/platform/http/HeaderFields.hpp>
-#include <KeloAPI/platform/http/Transport.hpp>
-#include <KeloAPI/platform/http/URLRequest.hpp>
+#include <KeloAPI/base/Error.hpp>
+#include <KeloAPI/base/Export.hpp>
+#include <KeloAPI/http/HeaderFields.hpp>
+#include <KeloAPI/http/Transport.hpp>
+#include <KeloAPI/http/URLRequest.hpp>
 
 #include <cstddef>
 #include <cstdint>

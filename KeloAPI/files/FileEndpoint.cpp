@@ -1,6 +1,6 @@
 #include <KeloAPI/api/Api.hpp>
+#include <KeloAPI/base/Contract.hpp>
 #include <KeloAPI/files/FileEndpoint.hpp>
-#include <KeloAPI/platform/Contract.hpp>
 
 #include <unistd.h>
 

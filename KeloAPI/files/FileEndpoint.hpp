@@ -2,9 +2,9 @@
 
 #include <KeloAPI/api/Endpoint.hpp>
 #include <KeloAPI/api/Outcome.hpp>
+#include <KeloAPI/base/Export.hpp>
+#include <KeloAPI/base/URL.hpp>
 #include <KeloAPI/files/FileManager.hpp>
-#include <KeloAPI/platform/Export.hpp>
-#include <KeloAPI/platform/URL.hpp>
 
 #include <functional>
 #include <memory>

@@ -1,11 +1,11 @@
+#include <KeloAPI/base/internal/Directory.hpp>
+#include <KeloAPI/base/internal/NeverDestroyed.hpp>
+#include <KeloAPI/base/URL.hpp>
+#include <KeloAPI/files/Application.hpp>
 #include <KeloAPI/files/FileEndpoint.hpp>
 #include <KeloAPI/files/FileManager.hpp>
-#include <KeloAPI/platform/Application.hpp>
-#include <KeloAPI/platform/Diagnostics.hpp>
-#include <KeloAPI/platform/Directory.hpp>
-#include <KeloAPI/platform/http/AbandonedDownloads.hpp>
-#include <KeloAPI/platform/NeverDestroyed.hpp>
-#include <KeloAPI/platform/URL.hpp>
+#include <KeloAPI/http/internal/AbandonedDownloads.hpp>
+#include <KeloAPI/queues/Diagnostics.hpp>
 #include <KeloAPI/Settings.hpp>
 
 #include <algorithm>

@@ -1,8 +1,8 @@
+#include <KeloAPI/base/Contract.hpp>
+#include <KeloAPI/base/internal/NeverDestroyed.hpp>
 #include <KeloAPI/files/FileQueue.hpp>
-#include <KeloAPI/platform/Contract.hpp>
-#include <KeloAPI/platform/http/HTTPError.hpp>
-#include <KeloAPI/platform/MainQueue.hpp>
-#include <KeloAPI/platform/NeverDestroyed.hpp>
+#include <KeloAPI/http/HTTPError.hpp>
+#include <KeloAPI/queues/MainQueue.hpp>
 #include <KeloAPI/Settings.hpp>
 
 #include <algorithm>

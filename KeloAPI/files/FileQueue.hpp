@@ -1,11 +1,11 @@
 #pragma once
 
+#include <KeloAPI/base/Export.hpp>
+#include <KeloAPI/base/Object.hpp>
+#include <KeloAPI/base/URL.hpp>
 #include <KeloAPI/files/FileEndpoint.hpp>
 #include <KeloAPI/files/QueuePriority.hpp>
-#include <KeloAPI/platform/Export.hpp>
-#include <KeloAPI/platform/Object.hpp>
-#include <KeloAPI/platform/SerialQueue.hpp>
-#include <KeloAPI/platform/URL.hpp>
+#include <KeloAPI/queues/SerialQueue.hpp>
 
 #include <deque>
 #include <memory>

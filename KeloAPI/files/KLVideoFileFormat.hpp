@@ -1,6 +1,6 @@
 #pragma once
 
-#include <KeloAPI/platform/Object.hpp>
+#include <KeloAPI/base/Object.hpp>
 
 #include <string_view>
 

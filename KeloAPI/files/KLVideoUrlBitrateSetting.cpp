@@ -1,5 +1,5 @@
+#include <KeloAPI/base/Contract.hpp>
 #include <KeloAPI/files/KLVideoUrlBitrateSetting.hpp>
-#include <KeloAPI/platform/Contract.hpp>
 
 #include <bit>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include <KeloAPI/model/KLByline.hpp>
 #include <KeloAPI/model/KLEntity.hpp>
-#include <KeloAPI/parsing/JsonTexts.hpp>
+#include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
 #include <utility>
 

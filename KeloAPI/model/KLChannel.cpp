@@ -1,9 +1,9 @@
+#include <KeloAPI/archive/KeyedArchiver.hpp>
+#include <KeloAPI/archive/KeyedUnarchiver.hpp>
 #include <KeloAPI/model/KLChannel.hpp>
+#include <KeloAPI/model/KLPagedDataParser.hpp>
 #include <KeloAPI/parsing/AnyObjectJsonParser.hpp>
-#include <KeloAPI/parsing/JsonTexts.hpp>
-#include <KeloAPI/parsing/KLPagedDataParser.hpp>
-#include <KeloAPI/platform/archive/KeyedArchiver.hpp>
-#include <KeloAPI/platform/archive/KeyedUnarchiver.hpp>
+#include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
 #include <utility>
 

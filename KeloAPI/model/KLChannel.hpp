@@ -1,10 +1,10 @@
 #pragma once
 
+#include <KeloAPI/archive/Archivable.hpp>
+#include <KeloAPI/base/Date.hpp>
+#include <KeloAPI/base/Export.hpp>
+#include <KeloAPI/base/URL.hpp>
 #include <KeloAPI/parsing/JsonParser.hpp>
-#include <KeloAPI/platform/archive/Archivable.hpp>
-#include <KeloAPI/platform/Date.hpp>
-#include <KeloAPI/platform/Export.hpp>
-#include <KeloAPI/platform/URL.hpp>
 
 #include <cstddef>
 #include <functional>

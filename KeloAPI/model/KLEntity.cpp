@@ -1,7 +1,7 @@
+#include <KeloAPI/archive/KeyedArchiver.hpp>
+#include <KeloAPI/archive/KeyedUnarchiver.hpp>
 #include <KeloAPI/model/KLEntity.hpp>
-#include <KeloAPI/parsing/JsonTexts.hpp>
-#include <KeloAPI/platform/archive/KeyedArchiver.hpp>
-#include <KeloAPI/platform/archive/KeyedUnarchiver.hpp>
+#include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
 #include <algorithm>
 #include <utility>

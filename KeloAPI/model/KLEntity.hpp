@@ -1,9 +1,9 @@
 #pragma once
 
+#include <KeloAPI/archive/Archivable.hpp>
+#include <KeloAPI/base/Export.hpp>
+#include <KeloAPI/base/Range.hpp>
 #include <KeloAPI/parsing/JsonParser.hpp>
-#include <KeloAPI/platform/archive/Archivable.hpp>
-#include <KeloAPI/platform/Export.hpp>
-#include <KeloAPI/platform/Range.hpp>
 
 #include <cstddef>
 #include <cstdint>

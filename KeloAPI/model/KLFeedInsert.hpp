@@ -1,7 +1,7 @@
 #pragma once
 
-#include <KeloAPI/platform/Export.hpp>
-#include <KeloAPI/platform/Object.hpp>
+#include <KeloAPI/base/Export.hpp>
+#include <KeloAPI/base/Object.hpp>
 
 #include <string>
 

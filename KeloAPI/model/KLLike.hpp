@@ -1,8 +1,8 @@
 #pragma once
 
+#include <KeloAPI/base/Export.hpp>
+#include <KeloAPI/base/Object.hpp>
 #include <KeloAPI/parsing/JsonParser.hpp>
-#include <KeloAPI/platform/Export.hpp>
-#include <KeloAPI/platform/Object.hpp>
 
 #include <memory>
 #include <optional>

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <KeloAPI/platform/Export.hpp>
-#include <KeloAPI/platform/Json.hpp>
-#include <KeloAPI/platform/Number.hpp>
-#include <KeloAPI/platform/Object.hpp>
-#include <KeloAPI/platform/URL.hpp>
+#include <KeloAPI/base/Export.hpp>
+#include <KeloAPI/base/Number.hpp>
+#include <KeloAPI/base/Object.hpp>
+#include <KeloAPI/base/URL.hpp>
+#include <KeloAPI/json/Json.hpp>
 
 #include <memory>
 #include <optional>

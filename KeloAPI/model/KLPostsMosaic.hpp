@@ -1,7 +1,7 @@
 #pragma once
 
+#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/model/KLFeedInsert.hpp>
-#include <KeloAPI/platform/Export.hpp>
 
 #include <memory>
 #include <string>

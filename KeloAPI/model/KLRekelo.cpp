@@ -1,6 +1,6 @@
+#include <KeloAPI/base/Contract.hpp>
 #include <KeloAPI/model/KLRekelo.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
-#include <KeloAPI/platform/Contract.hpp>
 
 namespace KeloAPI {
 

@@ -1,8 +1,8 @@
 #pragma once
 
+#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/model/KLFeedInsert.hpp>
 #include <KeloAPI/parsing/JsonParser.hpp>
-#include <KeloAPI/platform/Export.hpp>
 
 #include <memory>
 #include <optional>

@@ -1,8 +1,8 @@
 #pragma once
 
+#include <KeloAPI/archive/Archivable.hpp>
+#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/parsing/JsonParser.hpp>
-#include <KeloAPI/platform/archive/Archivable.hpp>
-#include <KeloAPI/platform/Export.hpp>
 
 #include <cstdint>
 #include <memory>

@@ -1,5 +1,5 @@
 #include <KeloAPI/model/KLUrlAction.hpp>
-#include <KeloAPI/parsing/JsonTexts.hpp>
+#include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
 #include <utility>
 

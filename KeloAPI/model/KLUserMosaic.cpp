@@ -1,6 +1,6 @@
+#include <KeloAPI/base/Contract.hpp>
+#include <KeloAPI/model/KLPagedData.hpp>
 #include <KeloAPI/model/KLUserMosaic.hpp>
-#include <KeloAPI/parsing/KLPagedData.hpp>
-#include <KeloAPI/platform/Contract.hpp>
 
 #include <utility>
 

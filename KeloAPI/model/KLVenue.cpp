@@ -1,8 +1,8 @@
+#include <KeloAPI/archive/KeyedArchiver.hpp>
+#include <KeloAPI/archive/KeyedUnarchiver.hpp>
 #include <KeloAPI/model/KLVenue.hpp>
 #include <KeloAPI/model/KLVenueCategory.hpp>
-#include <KeloAPI/parsing/JsonTexts.hpp>
-#include <KeloAPI/platform/archive/KeyedArchiver.hpp>
-#include <KeloAPI/platform/archive/KeyedUnarchiver.hpp>
+#include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
 #include <utility>
 

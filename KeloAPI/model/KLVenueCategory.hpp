@@ -1,8 +1,8 @@
 #pragma once
 
-#include <KeloAPI/platform/archive/Archivable.hpp>
-#include <KeloAPI/platform/Export.hpp>
-#include <KeloAPI/platform/URL.hpp>
+#include <KeloAPI/archive/Archivable.hpp>
+#include <KeloAPI/base/Export.hpp>
+#include <KeloAPI/base/URL.hpp>
 
 #include <memory>
 #include <optional>

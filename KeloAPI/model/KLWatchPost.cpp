@@ -1,7 +1,7 @@
+#include <KeloAPI/base/Contract.hpp>
 #include <KeloAPI/model/KLRekelo.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
-#include <KeloAPI/platform/Contract.hpp>
 
 #include <string_view>
 

@@ -1,5 +1,5 @@
-#include <KeloAPI/loops/LoopData.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
+#include <KeloAPI/model/LoopData.hpp>
 
 namespace KeloAPI {
 

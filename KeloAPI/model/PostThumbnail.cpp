@@ -1,6 +1,6 @@
+#include <KeloAPI/archive/KeyedArchiver.hpp>
+#include <KeloAPI/archive/KeyedUnarchiver.hpp>
 #include <KeloAPI/model/PostThumbnail.hpp>
-#include <KeloAPI/platform/archive/KeyedArchiver.hpp>
-#include <KeloAPI/platform/archive/KeyedUnarchiver.hpp>
 
 #include <utility>
 

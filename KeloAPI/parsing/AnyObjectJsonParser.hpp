@@ -1,9 +1,9 @@
 #pragma once
 
+#include <KeloAPI/base/Contract.hpp>
+#include <KeloAPI/base/Export.hpp>
+#include <KeloAPI/base/Object.hpp>
 #include <KeloAPI/parsing/JsonParser.hpp>
-#include <KeloAPI/platform/Contract.hpp>
-#include <KeloAPI/platform/Export.hpp>
-#include <KeloAPI/platform/Object.hpp>
 
 #include <exception>
 #include <functional>

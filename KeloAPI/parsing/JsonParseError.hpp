@@ -1,7 +1,7 @@
 #pragma once
 
-#include <KeloAPI/platform/Error.hpp>
-#include <KeloAPI/platform/Export.hpp>
+#include <KeloAPI/base/Error.hpp>
+#include <KeloAPI/base/Export.hpp>
 
 #include <cstddef>
 #include <exception>

@@ -1,5 +1,5 @@
+#include <KeloAPI/base/internal/NeverDestroyed.hpp>
 #include <KeloAPI/parsing/JsonParser.hpp>
-#include <KeloAPI/platform/NeverDestroyed.hpp>
 
 namespace KeloAPI {
 

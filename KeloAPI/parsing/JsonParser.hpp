@@ -1,9 +1,9 @@
 #pragma once
 
+#include <KeloAPI/base/Date.hpp>
+#include <KeloAPI/base/Export.hpp>
+#include <KeloAPI/json/Json.hpp>
 #include <KeloAPI/parsing/JsonParseError.hpp>
-#include <KeloAPI/platform/Date.hpp>
-#include <KeloAPI/platform/Export.hpp>
-#include <KeloAPI/platform/Json.hpp>
 
 #include <memory>
 #include <optional>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include <KeloAPI/base/Contract.hpp>
 #include <KeloAPI/parsing/JsonParser.hpp>
-#include <KeloAPI/platform/Contract.hpp>
 
 #include <functional>
 #include <memory>

@@ -4,16 +4,16 @@
 #include "JsonFields.hpp"
 #include "TextWidth.hpp"
 
-#include <KeloAPI/loops/LoopData.hpp>
+#include <KeloAPI/archive/KeyedArchiver.hpp>
+#include <KeloAPI/archive/KeyedUnarchiver.hpp>
 #include <KeloAPI/model/KLChannel.hpp>
 #include <KeloAPI/model/KLEntity.hpp>
 #include <KeloAPI/model/KLTag.hpp>
 #include <KeloAPI/model/KLVenue.hpp>
 #include <KeloAPI/model/KLVenueCategory.hpp>
+#include <KeloAPI/model/LoopData.hpp>
 #include <KeloAPI/model/PostThumbnail.hpp>
 #include <KeloAPI/model/SoundboardSound.hpp>
-#include <KeloAPI/platform/archive/KeyedArchiver.hpp>
-#include <KeloAPI/platform/archive/KeyedUnarchiver.hpp>
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <KeloAPI/platform/archive/Archivable.hpp>
-#include <KeloAPI/platform/Parameters.hpp>
+#include <KeloAPI/archive/Archivable.hpp>
+#include <KeloAPI/json/Parameters.hpp>
 
 #include <memory>
 #include <string>

@@ -2,12 +2,12 @@
 
 #include "TextWidth.hpp"
 
+#include <KeloAPI/model/KLPagedData.hpp>
 #include <KeloAPI/model/KLPostsMosaic.hpp>
 #include <KeloAPI/model/KLSolicitation.hpp>
 #include <KeloAPI/model/KLUrlAction.hpp>
 #include <KeloAPI/model/KLUserMosaic.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
-#include <KeloAPI/parsing/KLPagedData.hpp>
 
 namespace KeloHost {
 

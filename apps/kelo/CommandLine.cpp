@@ -2,7 +2,7 @@
 
 #include "Failure.hpp"
 
-#include <KeloAPI/platform/URL.hpp>
+#include <KeloAPI/base/URL.hpp>
 
 #include <CLI/CLI.hpp>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <KeloAPI/platform/Date.hpp>
+#include <KeloAPI/base/Date.hpp>
 
 #include <string>
 

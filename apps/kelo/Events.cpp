@@ -2,7 +2,7 @@
 
 #include "Terminal.hpp"
 
-#include <KeloAPI/platform/MainQueue.hpp>
+#include <KeloAPI/queues/MainQueue.hpp>
 
 #include <poll.h>
 #include <sys/eventfd.h>

@@ -1,8 +1,8 @@
 #include "Explain.hpp"
 
 #include <KeloAPI/api/ResponseEnvelope.hpp>
-#include <KeloAPI/platform/http/HTTPError.hpp>
-#include <KeloAPI/platform/URL.hpp>
+#include <KeloAPI/base/URL.hpp>
+#include <KeloAPI/http/HTTPError.hpp>
 
 namespace KeloHost {
 

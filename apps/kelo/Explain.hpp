@@ -2,7 +2,7 @@
 
 #include "Failure.hpp"
 
-#include <KeloAPI/platform/Error.hpp>
+#include <KeloAPI/base/Error.hpp>
 
 #include <string>
 

@@ -2,12 +2,12 @@
 
 #include "FeedPost.hpp"
 
+#include <KeloAPI/model/KLPagedDataParser.hpp>
 #include <KeloAPI/model/KLPostsMosaic.hpp>
 #include <KeloAPI/model/KLSolicitation.hpp>
 #include <KeloAPI/model/KLUrlAction.hpp>
 #include <KeloAPI/model/KLUserMosaic.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
-#include <KeloAPI/parsing/KLPagedDataParser.hpp>
 
 namespace KeloHost {
 

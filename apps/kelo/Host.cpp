@@ -5,8 +5,8 @@
 #include "Recovery.hpp"
 
 #include <KeloAPI/api/Api.hpp>
-#include <KeloAPI/platform/Diagnostics.hpp>
-#include <KeloAPI/platform/MainQueue.hpp>
+#include <KeloAPI/queues/Diagnostics.hpp>
+#include <KeloAPI/queues/MainQueue.hpp>
 
 #include <iostream>
 #include <string_view>

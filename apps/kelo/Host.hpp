@@ -4,7 +4,7 @@
 #include "Options.hpp"
 
 #include <KeloAPI/api/SessionDelegate.hpp>
-#include <KeloAPI/platform/Error.hpp>
+#include <KeloAPI/base/Error.hpp>
 
 #include <cstdint>
 #include <functional>

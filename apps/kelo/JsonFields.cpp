@@ -3,10 +3,10 @@
 #include "DateText.hpp"
 #include "FeedPost.hpp"
 
-#include <KeloAPI/loops/LoopData.hpp>
 #include <KeloAPI/model/KLByline.hpp>
 #include <KeloAPI/model/KLChannel.hpp>
 #include <KeloAPI/model/KLEntity.hpp>
+#include <KeloAPI/model/KLPagedData.hpp>
 #include <KeloAPI/model/KLPostAudioMetadata.hpp>
 #include <KeloAPI/model/KLPostsMosaic.hpp>
 #include <KeloAPI/model/KLRekelo.hpp>
@@ -18,9 +18,9 @@
 #include <KeloAPI/model/KLVenueCategory.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
+#include <KeloAPI/model/LoopData.hpp>
 #include <KeloAPI/model/PostThumbnail.hpp>
 #include <KeloAPI/model/SoundboardSound.hpp>
-#include <KeloAPI/parsing/KLPagedData.hpp>
 
 namespace KeloHost {
 

@@ -3,15 +3,15 @@
 #include "JsonFields.hpp"
 #include "Output.hpp"
 
-#include <KeloAPI/loops/KLLongformViews.hpp>
-#include <KeloAPI/loops/KLVideoUpload.hpp>
+#include <KeloAPI/http/ParameterEncoding.hpp>
+#include <KeloAPI/json/Parameters.hpp>
 #include <KeloAPI/model/KLChannel.hpp>
 #include <KeloAPI/model/KLFeedInsert.hpp>
+#include <KeloAPI/model/KLLongformViews.hpp>
 #include <KeloAPI/model/KLVenue.hpp>
+#include <KeloAPI/model/KLVideoUpload.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
 #include <KeloAPI/model/SoundboardSound.hpp>
-#include <KeloAPI/platform/http/ParameterEncoding.hpp>
-#include <KeloAPI/platform/Parameters.hpp>
 
 #include <cstdio>
 #include <string>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <KeloAPI/platform/Date.hpp>
-#include <KeloAPI/platform/Parameters.hpp>
+#include <KeloAPI/base/Date.hpp>
+#include <KeloAPI/json/Parameters.hpp>
 
 #include <cstddef>
 #include <cstdint>

@@ -6,7 +6,7 @@
 
 #include <KeloAPI/api/Api.hpp>
 #include <KeloAPI/api/ResponseEnvelope.hpp>
-#include <KeloAPI/platform/MainQueue.hpp>
+#include <KeloAPI/queues/MainQueue.hpp>
 
 #include <utility>
 

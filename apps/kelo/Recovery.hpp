@@ -1,8 +1,8 @@
 #pragma once
 
 #include <KeloAPI/api/Session.hpp>
-#include <KeloAPI/platform/Error.hpp>
-#include <KeloAPI/platform/URL.hpp>
+#include <KeloAPI/base/Error.hpp>
+#include <KeloAPI/base/URL.hpp>
 
 #include <cstdint>
 #include <functional>

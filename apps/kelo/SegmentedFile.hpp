@@ -1,6 +1,6 @@
 #pragma once
 
-#include <KeloAPI/platform/Data.hpp>
+#include <KeloAPI/base/Data.hpp>
 
 #include <cstdint>
 #include <string>

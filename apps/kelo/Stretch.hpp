@@ -1,6 +1,6 @@
 #pragma once
 
-#include <KeloAPI/platform/Range.hpp>
+#include <KeloAPI/base/Range.hpp>
 
 #include <string>
 #include <string_view>

@@ -7,16 +7,16 @@
 #include "Terminal.hpp"
 #include "TextWidth.hpp"
 
-#include <KeloAPI/loops/KLLongformViews.hpp>
-#include <KeloAPI/loops/KLVideoUpload.hpp>
-#include <KeloAPI/loops/LoopData.hpp>
+#include <KeloAPI/base/Number.hpp>
 #include <KeloAPI/model/KLChannel.hpp>
+#include <KeloAPI/model/KLLongformViews.hpp>
+#include <KeloAPI/model/KLPagedData.hpp>
 #include <KeloAPI/model/KLVenue.hpp>
+#include <KeloAPI/model/KLVideoUpload.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
+#include <KeloAPI/model/LoopData.hpp>
 #include <KeloAPI/model/SoundboardSound.hpp>
-#include <KeloAPI/parsing/KLPagedData.hpp>
-#include <KeloAPI/platform/Number.hpp>
 
 #include <algorithm>
 #include <cmath>

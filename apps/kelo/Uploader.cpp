@@ -7,8 +7,8 @@
 #include "TextWidth.hpp"
 
 #include <KeloAPI/api/ResponseEnvelope.hpp>
-#include <KeloAPI/platform/http/HTTPError.hpp>
-#include <KeloAPI/platform/MainQueue.hpp>
+#include <KeloAPI/http/HTTPError.hpp>
+#include <KeloAPI/queues/MainQueue.hpp>
 
 #include <algorithm>
 #include <cstdio>

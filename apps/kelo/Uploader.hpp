@@ -4,7 +4,7 @@
 #include "Progress.hpp"
 #include "SegmentedFile.hpp"
 
-#include <KeloAPI/loops/LongformUploadEndpoint.hpp>
+#include <KeloAPI/endpoints/LongformUploadEndpoint.hpp>
 
 #include <cstdint>
 #include <memory>

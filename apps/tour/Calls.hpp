@@ -6,7 +6,7 @@
 #include <KeloAPI/endpoints/MeEndpoint.hpp>
 #include <KeloAPI/endpoints/PostActionEndpoint.hpp>
 #include <KeloAPI/endpoints/TimelineEndpoint.hpp>
-#include <KeloAPI/platform/MainQueue.hpp>
+#include <KeloAPI/queues/MainQueue.hpp>
 
 #include <chrono>
 #include <deque>

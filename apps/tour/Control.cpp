@@ -3,7 +3,7 @@
 #include "Calls.hpp"
 
 #include <KeloAPI/api/Api.hpp>
-#include <KeloAPI/platform/Json.hpp>
+#include <KeloAPI/json/Json.hpp>
 
 #include <utility>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <KeloAPI/platform/Parameters.hpp>
+#include <KeloAPI/json/Parameters.hpp>
 
 #include <cstdint>
 #include <functional>

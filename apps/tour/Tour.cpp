@@ -1,6 +1,6 @@
 #include "Tour.hpp"
 
-#include <KeloAPI/platform/Diagnostics.hpp>
+#include <KeloAPI/queues/Diagnostics.hpp>
 
 #include <cstdio>
 #include <exception>

@@ -8,8 +8,8 @@
 #include <KeloAPI/api/Api.hpp>
 #include <KeloAPI/fakes/ScriptedTransport.hpp>
 #include <KeloAPI/files/FileQueue.hpp>
-#include <KeloAPI/platform/http/Manager.hpp>
-#include <KeloAPI/platform/MainQueue.hpp>
+#include <KeloAPI/http/Manager.hpp>
+#include <KeloAPI/queues/MainQueue.hpp>
 
 #include <chrono>
 #include <cstdlib>

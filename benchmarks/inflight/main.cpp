@@ -5,9 +5,9 @@
 #include "benchmarks/support/RatioReporter.hpp"
 #include "benchmarks/support/TimelineResponse.hpp"
 
-#include <KeloAPI/platform/http/Manager.hpp>
-#include <KeloAPI/platform/http/ResponseSerializers.hpp>
-#include <KeloAPI/platform/MainQueue.hpp>
+#include <KeloAPI/http/Manager.hpp>
+#include <KeloAPI/http/ResponseSerializers.hpp>
+#include <KeloAPI/queues/MainQueue.hpp>
 
 #include <chrono>
 #include <memory>

@@ -2,8 +2,8 @@
 // that grows by the same pages.
 #include "benchmarks/support/RatioReporter.hpp"
 
+#include <KeloAPI/model/KLPagedData.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
-#include <KeloAPI/parsing/KLPagedData.hpp>
 
 namespace KeloBenchmark {
 

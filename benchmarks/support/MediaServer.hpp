@@ -3,7 +3,7 @@
 #include "tests/support/Nginx.hpp"
 #include "tests/support/TestCertificates.hpp"
 
-#include <KeloAPI/platform/http/ServerTrustPolicy.hpp>
+#include <KeloAPI/http/ServerTrustPolicy.hpp>
 
 #include <string>
 

@@ -1,7 +1,7 @@
 #include "benchmarks/timeline/NlohmannClient.hpp"
 
-#include <KeloAPI/loops/LoopData.hpp>
-#include <KeloAPI/platform/Date.hpp>
+#include <KeloAPI/base/Date.hpp>
+#include <KeloAPI/model/LoopData.hpp>
 
 #include <nlohmann/json.hpp>
 

@@ -6,8 +6,8 @@
 #include "benchmarks/timeline/NlohmannClient.hpp"
 
 #include <KeloAPI/api/ResponseEnvelope.hpp>
-#include <KeloAPI/loops/LoopData.hpp>
-#include <KeloAPI/parsing/KLEmpty.hpp>
+#include <KeloAPI/model/KLEmpty.hpp>
+#include <KeloAPI/model/LoopData.hpp>
 
 #include <simdjson.h>
 

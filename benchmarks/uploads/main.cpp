@@ -6,10 +6,10 @@
 #include "benchmarks/support/ScratchFolder.hpp"
 
 #include <KeloAPI/api/Api.hpp>
-#include <KeloAPI/loops/LongformUploadEndpoint.hpp>
-#include <KeloAPI/platform/Diagnostics.hpp>
-#include <KeloAPI/platform/http/Manager.hpp>
-#include <KeloAPI/platform/MainQueue.hpp>
+#include <KeloAPI/endpoints/LongformUploadEndpoint.hpp>
+#include <KeloAPI/http/Manager.hpp>
+#include <KeloAPI/queues/Diagnostics.hpp>
+#include <KeloAPI/queues/MainQueue.hpp>
 
 #include <array>
 #include <chrono>

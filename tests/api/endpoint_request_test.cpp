@@ -3,9 +3,9 @@
 
 #include <KeloAPI/api/AlamofireEndpointRequest.hpp>
 #include <KeloAPI/api/Endpoint.hpp>
-#include <KeloAPI/parsing/KLEmpty.hpp>
-#include <KeloAPI/platform/http/BodyMemory.hpp>
-#include <KeloAPI/platform/http/HTTPError.hpp>
+#include <KeloAPI/http/HTTPError.hpp>
+#include <KeloAPI/http/internal/BodyMemory.hpp>
+#include <KeloAPI/model/KLEmpty.hpp>
 
 #include <gtest/gtest.h>
 

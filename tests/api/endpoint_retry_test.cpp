@@ -2,7 +2,7 @@
 #include "support/ScriptedSession.hpp"
 
 #include <KeloAPI/api/Endpoint.hpp>
-#include <KeloAPI/parsing/KLEmpty.hpp>
+#include <KeloAPI/model/KLEmpty.hpp>
 
 #include <gtest/gtest.h>
 

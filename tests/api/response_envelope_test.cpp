@@ -1,9 +1,9 @@
 #include <KeloAPI/api/ResponseEnvelope.hpp>
-#include <KeloAPI/loops/LoopData.hpp>
+#include <KeloAPI/http/HTTPError.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
+#include <KeloAPI/model/LoopData.hpp>
 #include <KeloAPI/parsing/KLClosureParser.hpp>
 #include <KeloAPI/parsing/ParserError.hpp>
-#include <KeloAPI/platform/http/HTTPError.hpp>
 #include <KeloAPI/Settings.hpp>
 
 #include <gtest/gtest.h>

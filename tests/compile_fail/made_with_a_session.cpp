@@ -6,11 +6,11 @@
 // expect: no matching.*[^A-Za-z]LongformViewsEndpoint
 // expect: no matching.*[^A-Za-z]LoopsEndpoint
 // expect: no matching.*[^A-Za-z]RecommendationsEndpoint
+#include <KeloAPI/endpoints/LongformUploadEndpoint.hpp>
+#include <KeloAPI/endpoints/LongformViewsEndpoint.hpp>
+#include <KeloAPI/endpoints/LoopsEndpoint.hpp>
 #include <KeloAPI/endpoints/RecommendationsEndpoint.hpp>
 #include <KeloAPI/files/FileEndpoint.hpp>
-#include <KeloAPI/loops/LongformUploadEndpoint.hpp>
-#include <KeloAPI/loops/LongformViewsEndpoint.hpp>
-#include <KeloAPI/loops/LoopsEndpoint.hpp>
 
 using namespace KeloAPI;
 

@@ -3,13 +3,13 @@
 #include "support/ServiceTest.hpp"
 
 #include <KeloAPI/endpoints/LikeActionEndpoint.hpp>
+#include <KeloAPI/endpoints/LongformViewsEndpoint.hpp>
+#include <KeloAPI/endpoints/LoopsEndpoint.hpp>
 #include <KeloAPI/endpoints/RecommendationsEndpoint.hpp>
 #include <KeloAPI/endpoints/RekeloActionEndpoint.hpp>
 #include <KeloAPI/endpoints/SoundboardEndpoint.hpp>
 #include <KeloAPI/endpoints/UserEndpoint.hpp>
-#include <KeloAPI/loops/KLLongformViews.hpp>
-#include <KeloAPI/loops/LongformViewsEndpoint.hpp>
-#include <KeloAPI/loops/LoopsEndpoint.hpp>
+#include <KeloAPI/model/KLLongformViews.hpp>
 #include <KeloAPI/model/KLRekelo.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>

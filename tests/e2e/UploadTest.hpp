@@ -4,7 +4,7 @@
 #include "support/TemporaryFolder.hpp"
 
 #include <KeloAPI/api/Endpoint.hpp>
-#include <KeloAPI/loops/LongformUploadEndpoint.hpp>
+#include <KeloAPI/endpoints/LongformUploadEndpoint.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 
 #include <openssl/evp.h>

@@ -1,7 +1,7 @@
 #include "support/ServiceTest.hpp"
 
 #include <KeloAPI/api/Endpoint.hpp>
-#include <KeloAPI/platform/http/HTTPError.hpp>
+#include <KeloAPI/http/HTTPError.hpp>
 
 #include <filesystem>
 #include <fstream>

@@ -1,8 +1,8 @@
 #include "support/ServiceTest.hpp"
 
 #include <KeloAPI/endpoints/MeEndpoint.hpp>
+#include <KeloAPI/http/HTTPError.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
-#include <KeloAPI/platform/http/HTTPError.hpp>
 
 namespace KeloAPI {
 

@@ -3,8 +3,8 @@
 
 #include <KeloAPI/files/FileQueue.hpp>
 #include <KeloAPI/files/KLVideoUrlBitrateSettings.hpp>
+#include <KeloAPI/http/HTTPError.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
-#include <KeloAPI/platform/http/HTTPError.hpp>
 
 #include <unistd.h>
 

@@ -1,8 +1,8 @@
 #include "support/ServiceTest.hpp"
 
 #include <KeloAPI/endpoints/MeEndpoint.hpp>
-#include <KeloAPI/loops/LoopData.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
+#include <KeloAPI/model/LoopData.hpp>
 
 namespace KeloAPI {
 

@@ -2,7 +2,9 @@
 
 #include <KeloAPI/model/KLByline.hpp>
 #include <KeloAPI/model/KLChannel.hpp>
+#include <KeloAPI/model/KLEmpty.hpp>
 #include <KeloAPI/model/KLEntity.hpp>
+#include <KeloAPI/model/KLPagedDataParser.hpp>
 #include <KeloAPI/model/KLPostAudioMetadata.hpp>
 #include <KeloAPI/model/KLSolicitation.hpp>
 #include <KeloAPI/model/KLTag.hpp>
@@ -12,8 +14,6 @@
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/parsing/AnyObjectJsonParser.hpp>
 #include <KeloAPI/parsing/KLClosureParser.hpp>
-#include <KeloAPI/parsing/KLEmpty.hpp>
-#include <KeloAPI/parsing/KLPagedDataParser.hpp>
 
 #include <algorithm>
 

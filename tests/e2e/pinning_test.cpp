@@ -2,8 +2,8 @@
 #include "support/TemporaryFolder.hpp"
 
 #include <KeloAPI/endpoints/MeEndpoint.hpp>
+#include <KeloAPI/http/HTTPError.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
-#include <KeloAPI/platform/http/HTTPError.hpp>
 
 #include <netdb.h>
 

@@ -1,7 +1,7 @@
 #include "UploadTest.hpp"
 
 #include <KeloAPI/api/ResponseEnvelope.hpp>
-#include <KeloAPI/platform/http/HTTPError.hpp>
+#include <KeloAPI/http/HTTPError.hpp>
 
 #include <algorithm>
 #include <chrono>

@@ -1,14 +1,14 @@
 #include "support/RegistrySession.hpp"
 
 #include <KeloAPI/endpoints/LikeActionEndpoint.hpp>
+#include <KeloAPI/endpoints/LongformUploadEndpoint.hpp>
+#include <KeloAPI/endpoints/LongformViewsEndpoint.hpp>
 #include <KeloAPI/endpoints/MeEndpoint.hpp>
 #include <KeloAPI/endpoints/SoundboardEndpoint.hpp>
 #include <KeloAPI/endpoints/TimelineEndpoint.hpp>
 #include <KeloAPI/endpoints/UserEndpoint.hpp>
 #include <KeloAPI/files/FileEndpoint.hpp>
-#include <KeloAPI/loops/LongformUploadEndpoint.hpp>
-#include <KeloAPI/loops/LongformViewsEndpoint.hpp>
-#include <KeloAPI/parsing/KLEmpty.hpp>
+#include <KeloAPI/model/KLEmpty.hpp>
 
 #include <gtest/gtest.h>
 

@@ -4,8 +4,8 @@
 
 #include <KeloAPI/api/Api.hpp>
 #include <KeloAPI/endpoints/MeEndpoint.hpp>
-#include <KeloAPI/loops/LoopData.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
+#include <KeloAPI/model/LoopData.hpp>
 
 #include <gtest/gtest.h>
 

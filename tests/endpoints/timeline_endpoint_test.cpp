@@ -4,9 +4,9 @@
 
 #include <KeloAPI/api/Api.hpp>
 #include <KeloAPI/endpoints/TimelineEndpoint.hpp>
+#include <KeloAPI/http/HTTPError.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
-#include <KeloAPI/platform/http/HTTPError.hpp>
 
 #include <gtest/gtest.h>
 

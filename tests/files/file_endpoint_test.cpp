@@ -4,7 +4,7 @@
 #include "support/TemporaryFolder.hpp"
 
 #include <KeloAPI/files/FileEndpoint.hpp>
-#include <KeloAPI/platform/http/HTTPError.hpp>
+#include <KeloAPI/http/HTTPError.hpp>
 
 #include <gtest/gtest.h>
 

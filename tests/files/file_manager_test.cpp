@@ -1,10 +1,10 @@
 #include "support/TemporaryFolder.hpp"
 
+#include <KeloAPI/files/Application.hpp>
 #include <KeloAPI/files/FileManager.hpp>
-#include <KeloAPI/platform/Application.hpp>
-#include <KeloAPI/platform/Diagnostics.hpp>
-#include <KeloAPI/platform/http/AbandonedDownloads.hpp>
-#include <KeloAPI/platform/http/DownloadFile.hpp>
+#include <KeloAPI/http/internal/AbandonedDownloads.hpp>
+#include <KeloAPI/http/internal/DownloadFile.hpp>
+#include <KeloAPI/queues/Diagnostics.hpp>
 
 #include <fcntl.h>
 #include <gmock/gmock.h>

@@ -1,8 +1,8 @@
 #include "FileQueueTest.hpp"
 #include "support/Sanitizers.hpp"
 
-#include <KeloAPI/platform/Application.hpp>
-#include <KeloAPI/platform/http/HTTPError.hpp>
+#include <KeloAPI/files/Application.hpp>
+#include <KeloAPI/http/HTTPError.hpp>
 
 #include <gmock/gmock.h>
 #include <sys/wait.h>

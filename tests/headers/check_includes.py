@@ -1,14 +1,15 @@
 #!/usr/bin/env python3
 """Judges what the library's files include.
 
-usage: check_includes.py FOLDER PUBLIC_HEADERS
+usage: check_includes.py FOLDER
 
-FOLDER is KeloAPI/, PUBLIC_HEADERS a file that lists the public headers, one a line. Prints one line
-for each fault and ends with 1 when there is one:
-- a public header includes the C++20 standard library and public headers, nothing else;
-- includes point downwards from room to room, but for the sources named below;
+FOLDER is KeloAPI/. Prints one line for each fault and ends with 1 when there is one:
+- a header outside the folders internal/ is public: it includes the C++20 standard library and public
+  headers, nothing else;
+- includes point downwards from room to room;
 - headers form no circle;
-- libcurl and OpenSSL are the business of platform/curl alone.
+- libcurl and OpenSSL are the business of the room curl alone;
+- KeloAPI.hpp includes every public header.
 """
 import re
 import sys
@@ -26,14 +27,12 @@ STANDARD = set(
     cstdint cstdio cstdlib cstring ctime cuchar cwchar cwctype""".split()
 )
 
-RANKS = {
-    "platform": 0, "parsing": 1, "model": 2, "api": 3,
-    "endpoints": 4, "files": 4, "loops": 4, "fakes": 4,
+# The rooms, from the lowest up. Rooms of the same height do not know one another.
+HEIGHTS = {
+    "base": 0, "queues": 1, "json": 2, "archive": 3, "http": 3, "curl": 4, "parsing": 4,
+    "model": 5, "api": 6, "endpoints": 7, "files": 7, "fakes": 7,
 }  # fmt: skip
-# Models that rooms below their own need: they stand between parsing and the models.
-LEAVES = {"loops/LoopData.hpp": 1.5, "model/KLChannel.hpp": 1.5, "model/KLRekelo.hpp": 1.5}
-# Sources that include a leaf above their own room, whose header only names the leaf's class.
-MAKERS = {"parsing/KLPagingMetadata.cpp": "model/KLChannel.hpp"}
+ALL = "KeloAPI.hpp"
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"][^>"]+[>"])', re.MULTILINE)
 PREFIX = "KeloAPI/"
@@ -43,18 +42,15 @@ def includes_of(path):
     return INCLUDE.findall(path.read_text(encoding="utf-8"))
 
 
-def rank(name):
-    return LEAVES.get(name, RANKS.get(name.split("/")[0]))
+def is_public(name):
+    return name.endswith(".hpp") and "/internal/" not in name
 
 
 def points_downwards(source, target):
-    room = source.split("/")[0]
-    if target.split("/")[0] == room or MAKERS.get(source) == target:
-        return True
-    # A leaf's own source file stands where the leaf stands.
-    leaf = str(Path(source).with_suffix(".hpp"))
-    height = LEAVES.get(leaf, RANKS.get(room))
-    return rank(target) is not None and height is not None and rank(target) < height
+    if ALL in (source, target):
+        return target != ALL
+    source, target = source.split("/")[0], target.split("/")[0]
+    return source == target or HEIGHTS[target] < HEIGHTS[source]
 
 
 def circle(graph):
@@ -82,41 +78,48 @@ def circle(graph):
     return None
 
 
-def faults(folder, public):
-    found = []
-    graph = {}
-    files = sorted(p for p in folder.rglob("*") if p.suffix in (".hpp", ".cpp"))
-    names = {str(p.relative_to(folder)) for p in files}
-    for name in sorted(set(public) - names):
-        found.append(f"{name}: listed as public, and not there")
-    for path in files:
-        name = str(path.relative_to(folder))
-        own = []
-        for include in includes_of(path):
-            bare = include[1:-1]
-            if include[0] == '"':
-                found.append(f"{name}: {include} is not included by its whole name")
-            elif bare.startswith(PREFIX):
-                target = bare[len(PREFIX):]
-                if target == "Settings.hpp":  # made by the build
-                    if path.suffix == ".hpp":
-                        found.append(f"{name}: the build's settings are no header's business")
-                    continue
-                own.append(target)
-                if target not in names:
-                    found.append(f"{name}: {include} does not exist")
-                elif not points_downwards(name, target):
-                    found.append(f"{name}: {include} points upwards")
-                elif name in public and target not in public:
-                    found.append(f"{name}: public, and includes {include}, which is not")
-            elif name in public and bare not in STANDARD:
-                found.append(f"{name}: public, and includes {include}")
-            elif re.match(r"(curl|openssl)/", bare) and not name.startswith("platform/curl/"):
-                found.append(f"{name}: {include} belongs to platform/curl")
+def faults_of(path, name, names):
+    """The faults of one file, and the headers of the library that it includes."""
+    found, own = [], []
+    for include in includes_of(path):
+        bare = include[1:-1]
+        if include[0] == '"':
+            found.append(f"{name}: {include} is not included by its whole name")
+        elif bare == PREFIX + "Settings.hpp":  # made by the build
+            if path.suffix == ".hpp":
+                found.append(f"{name}: the build's settings are no header's business")
+        elif bare.startswith(PREFIX):
+            target = bare[len(PREFIX):]
+            own.append(target)
+            if target not in names:
+                found.append(f"{name}: {include} does not exist")
+            elif not points_downwards(name, target):
+                found.append(f"{name}: {include} points upwards")
+            elif is_public(name) and not is_public(target):
+                found.append(f"{name}: public, and includes {include}, which is not")
+        elif is_public(name) and bare not in STANDARD:
+            found.append(f"{name}: public, and includes {include}")
+        elif re.match(r"(curl|openssl)/", bare) and not name.startswith("curl/"):
+            found.append(f"{name}: {include} belongs to the room curl")
+    if path.suffix == ".hpp" and "#pragma once" not in path.read_text(encoding="utf-8"):
+        found.append(f"{name}: has no include guard")
+    return found, own
+
+
+def faults(folder):
+    files = {str(p.relative_to(folder)): p for p in sorted(folder.rglob("*.[ch]pp"))}
+    lost = [name for name in files if name != ALL and name.split("/")[0] not in HEIGHTS]
+    if lost:
+        return [f"{name}: stands in no room" for name in lost]
+    found, graph = [], {}
+    for name, path in files.items():
+        own_faults, own = faults_of(path, name, files)
+        found += own_faults
         if path.suffix == ".hpp":
             graph[name] = own
-            if "#pragma once" not in path.read_text(encoding="utf-8"):
-                found.append(f"{name}: has no include guard")
+    for name in files:
+        if is_public(name) and name not in graph[ALL] + [ALL]:
+            found.append(f"{ALL}: does not include {name}")
     around = circle(graph)
     if around:
         found.append("circle: " + " -> ".join(around))
@@ -124,14 +127,9 @@ def faults(folder, public):
 
 
 def main():
-    folder = Path(sys.argv[1]).resolve()
-    public = [line.strip() for line in open(sys.argv[2], encoding="utf-8") if line.strip()]
-    public = [str(Path(p).relative_to(folder)) if Path(p).is_absolute() else p for p in public]
-    found = faults(folder, public)
-    for fault in found:
-        print(fault)
-    print(f"{len(public)} public headers, {len(found)} faults")
-    return 1 if found or not public else 0
+    found = faults(Path(sys.argv[1]).resolve())
+    print("\n".join(found + [f"{len(found)} faults"]))
+    return 1 if found else 0
 
 
 if __name__ == "__main__":

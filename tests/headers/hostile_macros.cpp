@@ -116,7 +116,7 @@
 #define pascal
 #define hyper long long
 
-#include "all_headers.inc"
+#include <KeloAPI/KeloAPI.hpp>
 
 // They are left as they were found.
 static_assert(Success == 0 && DELETE == 0x00010000L);

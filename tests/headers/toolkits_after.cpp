@@ -1,5 +1,5 @@
 // All public headers before those of real toolkits: ours leave nothing that would disturb them.
-#include "all_headers.inc"
+#include <KeloAPI/KeloAPI.hpp>
 
 #include <gtk/gtk.h>
 #include <ncurses.h>

@@ -7,7 +7,7 @@
 #include <gtk/gtk.h>
 #include <ncurses.h>
 
-#include "all_headers.inc"
+#include <KeloAPI/KeloAPI.hpp>
 // clang-format on
 
 // The toolkits keep their macros.

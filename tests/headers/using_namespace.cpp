@@ -1,5 +1,5 @@
 // A host's test file, with all that the library has and no name in its own way.
-#include "all_headers.inc"
+#include <KeloAPI/KeloAPI.hpp>
 
 #include <gtest/gtest.h>
 

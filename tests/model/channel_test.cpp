@@ -2,9 +2,9 @@
 #include "support/Named.hpp"
 
 #include <KeloAPI/model/KLChannel.hpp>
+#include <KeloAPI/model/KLPagedDataParser.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/parsing/AnyObjectJsonParser.hpp>
-#include <KeloAPI/parsing/KLPagedDataParser.hpp>
 
 #include <gtest/gtest.h>
 

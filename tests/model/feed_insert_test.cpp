@@ -1,10 +1,10 @@
 #include "support/KeyTable.hpp"
 
+#include <KeloAPI/model/KLPagedData.hpp>
 #include <KeloAPI/model/KLPostsMosaic.hpp>
 #include <KeloAPI/model/KLSolicitation.hpp>
 #include <KeloAPI/model/KLUrlAction.hpp>
 #include <KeloAPI/model/KLUserMosaic.hpp>
-#include <KeloAPI/parsing/KLPagedData.hpp>
 
 #include <gtest/gtest.h>
 

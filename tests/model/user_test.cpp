@@ -1,7 +1,7 @@
 #include "support/KeyTable.hpp"
 
-#include <KeloAPI/loops/LoopData.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
+#include <KeloAPI/model/LoopData.hpp>
 
 #include <gtest/gtest.h>
 

@@ -2,8 +2,8 @@
 
 #import <Foundation/Foundation.h>
 
-#include <KeloAPI/platform/archive/KeyedArchiver.hpp>
-#include <KeloAPI/platform/archive/KeyedUnarchiver.hpp>
+#include <KeloAPI/archive/KeyedArchiver.hpp>
+#include <KeloAPI/archive/KeyedUnarchiver.hpp>
 
 #include <functional>
 #include <memory>

@@ -1,7 +1,7 @@
 #include "objc/EndpointTest.hpp"
 
 #include <KeloAPI/parsing/AnyObjectJsonParser.hpp>
-#include <KeloAPI/parsing/KLEmpty.hpp>
+#include <KeloAPI/model/KLEmpty.hpp>
 #include <KeloAPIObjC/bridge/Completion.hpp>
 
 using namespace KeloBridge;

@@ -4,7 +4,7 @@
 #include <KeloAPI/model/KLSolicitation.hpp>
 #include <KeloAPI/model/KLUrlAction.hpp>
 #include <KeloAPI/model/KLUserMosaic.hpp>
-#include <KeloAPI/parsing/KLPagedData.hpp>
+#include <KeloAPI/model/KLPagedData.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 
 using namespace KeloBridge;

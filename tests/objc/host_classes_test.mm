@@ -3,7 +3,7 @@
 
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/parsing/AnyObjectJsonParser.hpp>
-#include <KeloAPI/parsing/KLPagedData.hpp>
+#include <KeloAPI/model/KLPagedData.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 
 #include <thread>

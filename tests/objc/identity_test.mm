@@ -1,6 +1,6 @@
 #include "objc/ObjcTest.hpp"
 
-#include <KeloAPI/parsing/KLEmpty.hpp>
+#include <KeloAPI/model/KLEmpty.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 
 #include <thread>

@@ -1,7 +1,7 @@
 #include "objc/ObjcTest.hpp"
 
-#include <KeloAPI/loops/KLEndlessLikesRange.hpp>
-#include <KeloAPI/loops/KLLongform.hpp>
+#include <KeloAPI/model/KLEndlessLikesRange.hpp>
+#include <KeloAPI/model/KLLongform.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 
 using namespace KeloBridge;

@@ -1,7 +1,7 @@
 #include "objc/KeyedArchives.hpp"
 #include "objc/ObjcTest.hpp"
 
-#include <KeloAPI/loops/LoopData.hpp>
+#include <KeloAPI/model/LoopData.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 
 #include <cmath>

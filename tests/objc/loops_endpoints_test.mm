@@ -1,7 +1,7 @@
 // The endpoints that report loops, report and read views, and upload.
 #include "objc/EndpointTest.hpp"
 
-#include <KeloAPI/loops/KLVideoUpload.hpp>
+#include <KeloAPI/model/KLVideoUpload.hpp>
 
 using namespace KeloBridge;
 using namespace KeloObjcTest;

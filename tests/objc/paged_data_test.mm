@@ -1,7 +1,7 @@
 #include "objc/HostCode.h"
 #include "objc/ObjcTest.hpp"
 
-#include <KeloAPI/parsing/KLPagedData.hpp>
+#include <KeloAPI/model/KLPagedData.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 
 using namespace KeloObjcTest;

@@ -6,7 +6,7 @@
 #include <KeloAPI/model/KLTag.hpp>
 #include <KeloAPI/parsing/AnyObjectJsonParser.hpp>
 #include <KeloAPI/parsing/KLClosureParser.hpp>
-#include <KeloAPI/parsing/KLPagedDataParser.hpp>
+#include <KeloAPI/model/KLPagedDataParser.hpp>
 #include <KeloAPI/parsing/ParserError.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>

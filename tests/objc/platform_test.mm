@@ -3,8 +3,8 @@
 #include "objc/Listener.h"
 #include "objc/ObjcTest.hpp"
 
-#include <KeloAPI/platform/Diagnostics.hpp>
-#include <KeloAPI/platform/MainQueue.hpp>
+#include <KeloAPI/queues/Diagnostics.hpp>
+#include <KeloAPI/queues/MainQueue.hpp>
 
 #include <poll.h>
 

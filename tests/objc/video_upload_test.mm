@@ -1,7 +1,7 @@
 #include "objc/ObjcTest.hpp"
 
-#include <KeloAPI/loops/KLPostProcessStatus.hpp>
-#include <KeloAPI/loops/KLVideoUpload.hpp>
+#include <KeloAPI/model/KLPostProcessStatus.hpp>
+#include <KeloAPI/model/KLVideoUpload.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 
 #include <limits>

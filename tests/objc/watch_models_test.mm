@@ -3,7 +3,7 @@
 
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
-#include <KeloAPI/loops/LoopData.hpp>
+#include <KeloAPI/model/LoopData.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 
 using namespace KeloBridge;

@@ -1,9 +1,9 @@
 #include "support/JsonText.hpp"
 #include "support/Named.hpp"
 
+#include <KeloAPI/model/KLEmpty.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/parsing/JsonParser.hpp>
-#include <KeloAPI/parsing/KLEmpty.hpp>
 
 #include <gtest/gtest.h>
 

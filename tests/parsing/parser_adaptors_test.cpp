@@ -1,9 +1,9 @@
 #include "support/JsonText.hpp"
 #include "support/Named.hpp"
 
+#include <KeloAPI/model/KLEmpty.hpp>
 #include <KeloAPI/parsing/AnyObjectJsonParser.hpp>
 #include <KeloAPI/parsing/KLClosureParser.hpp>
-#include <KeloAPI/parsing/KLEmpty.hpp>
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <KeloAPI/platform/archive/BinaryPropertyList.hpp>
-#include <KeloAPI/platform/Data.hpp>
+#include <KeloAPI/archive/internal/BinaryPropertyList.hpp>
+#include <KeloAPI/base/Data.hpp>
 
 #include <initializer_list>
 #include <string>

@@ -2,7 +2,7 @@
 
 #include <KeloAPI/api/Certificates.hpp>
 #include <KeloAPI/api/Session.hpp>
-#include <KeloAPI/platform/http/ServerTrustPolicy.hpp>
+#include <KeloAPI/http/ServerTrustPolicy.hpp>
 
 #include <map>
 #include <memory>

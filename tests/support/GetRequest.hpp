@@ -1,6 +1,6 @@
 #pragma once
 
-#include <KeloAPI/platform/http/URLRequest.hpp>
+#include <KeloAPI/http/URLRequest.hpp>
 
 #include <fstream>
 #include <iterator>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <KeloAPI/platform/Json.hpp>
+#include <KeloAPI/json/Json.hpp>
 
 #include <stdexcept>
 #include <string>

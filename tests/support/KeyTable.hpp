@@ -2,10 +2,10 @@
 
 #include "support/JsonText.hpp"
 
+#include <KeloAPI/base/Date.hpp>
+#include <KeloAPI/base/Number.hpp>
+#include <KeloAPI/base/URL.hpp>
 #include <KeloAPI/parsing/JsonParseError.hpp>
-#include <KeloAPI/platform/Date.hpp>
-#include <KeloAPI/platform/Number.hpp>
-#include <KeloAPI/platform/URL.hpp>
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <KeloAPI/platform/MainQueue.hpp>
+#include <KeloAPI/queues/MainQueue.hpp>
 
 #include <chrono>
 #include <functional>

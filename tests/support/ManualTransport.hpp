@@ -1,7 +1,7 @@
 #pragma once
 
-#include <KeloAPI/platform/http/HTTPError.hpp>
-#include <KeloAPI/platform/http/Transport.hpp>
+#include <KeloAPI/http/HTTPError.hpp>
+#include <KeloAPI/http/Transport.hpp>
 
 #include <memory>
 #include <string>

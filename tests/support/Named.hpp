@@ -1,7 +1,7 @@
 #pragma once
 
+#include <KeloAPI/base/Object.hpp>
 #include <KeloAPI/parsing/JsonParser.hpp>
-#include <KeloAPI/platform/Object.hpp>
 
 #include <memory>
 #include <string>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <KeloAPI/platform/http/Transport.hpp>
+#include <KeloAPI/http/Transport.hpp>
 
 #include <chrono>
 #include <condition_variable>

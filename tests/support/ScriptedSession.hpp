@@ -6,9 +6,9 @@
 
 #include <KeloAPI/api/Session.hpp>
 #include <KeloAPI/fakes/ScriptedTransport.hpp>
-#include <KeloAPI/platform/Diagnostics.hpp>
-#include <KeloAPI/platform/http/HTTPError.hpp>
-#include <KeloAPI/platform/http/Manager.hpp>
+#include <KeloAPI/http/HTTPError.hpp>
+#include <KeloAPI/http/Manager.hpp>
+#include <KeloAPI/queues/Diagnostics.hpp>
 
 #include <gtest/gtest.h>
 

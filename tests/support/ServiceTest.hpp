@@ -8,7 +8,7 @@
 #include <KeloAPI/api/Api.hpp>
 #include <KeloAPI/api/Session.hpp>
 #include <KeloAPI/endpoints/TimelineEndpoint.hpp>
-#include <KeloAPI/platform/Diagnostics.hpp>
+#include <KeloAPI/queues/Diagnostics.hpp>
 
 #include <gtest/gtest.h>
 

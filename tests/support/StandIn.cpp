@@ -1,7 +1,7 @@
 #include "StandIn.hpp"
 
-#include <KeloAPI/platform/Base64.hpp>
-#include <KeloAPI/platform/URL.hpp>
+#include <KeloAPI/api/internal/Base64.hpp>
+#include <KeloAPI/base/URL.hpp>
 
 #include <curl/curl.h>
 #include <strings.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <KeloAPI/platform/http/Certificate.hpp>
+#include <KeloAPI/http/Certificate.hpp>
 
 #include <openssl/x509.h>
 

@@ -7,8 +7,8 @@
 #include <KeloAPI/api/Api.hpp>
 #include <KeloAPI/api/Endpoint.hpp>
 #include <KeloAPI/model/KLChannel.hpp>
+#include <KeloAPI/model/KLPagedDataParser.hpp>
 #include <KeloAPI/parsing/AnyObjectJsonParser.hpp>
-#include <KeloAPI/parsing/KLPagedDataParser.hpp>
 
 #include <CLI/CLI.hpp>
 

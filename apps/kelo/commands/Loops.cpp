@@ -3,9 +3,9 @@
 #include "Identifier.hpp"
 #include "Output.hpp"
 
-#include <KeloAPI/loops/LoopsEndpoint.hpp>
+#include <KeloAPI/endpoints/LoopsEndpoint.hpp>
+#include <KeloAPI/model/KLEmpty.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
-#include <KeloAPI/parsing/KLEmpty.hpp>
 
 #include <CLI/CLI.hpp>
 

@@ -9,7 +9,6 @@
 #include <KeloAPI/api/Endpoint.hpp>
 #include <KeloAPI/endpoints/MeEndpoint.hpp>
 #include <KeloAPI/endpoints/SoundboardEndpoint.hpp>
-#include <KeloAPI/loops/LoopData.hpp>
 #include <KeloAPI/model/KLChannel.hpp>
 #include <KeloAPI/model/KLEntity.hpp>
 #include <KeloAPI/model/KLTag.hpp>
@@ -17,6 +16,7 @@
 #include <KeloAPI/model/KLVenueCategory.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
+#include <KeloAPI/model/LoopData.hpp>
 #include <KeloAPI/model/PostThumbnail.hpp>
 #include <KeloAPI/model/SoundboardSound.hpp>
 

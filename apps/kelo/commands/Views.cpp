@@ -3,8 +3,8 @@
 #include "Identifier.hpp"
 #include "Output.hpp"
 
-#include <KeloAPI/loops/KLLongformViews.hpp>
-#include <KeloAPI/loops/LongformViewsEndpoint.hpp>
+#include <KeloAPI/endpoints/LongformViewsEndpoint.hpp>
+#include <KeloAPI/model/KLLongformViews.hpp>
 
 #include <CLI/CLI.hpp>
 

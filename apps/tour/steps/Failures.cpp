@@ -3,8 +3,8 @@
 #include "Steps.hpp"
 
 #include <KeloAPI/api/ResponseEnvelope.hpp>
+#include <KeloAPI/http/HTTPError.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
-#include <KeloAPI/platform/http/HTTPError.hpp>
 
 namespace KeloTour {
 

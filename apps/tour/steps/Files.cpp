@@ -3,10 +3,10 @@
 #include "Steps.hpp"
 #include "TemporaryFolder.hpp"
 
+#include <KeloAPI/files/Application.hpp>
 #include <KeloAPI/files/FileQueue.hpp>
 #include <KeloAPI/files/KLVideoFileFormat.hpp>
 #include <KeloAPI/files/KLVideoUrlBitrateSettings.hpp>
-#include <KeloAPI/platform/Application.hpp>
 
 #include <algorithm>
 #include <filesystem>

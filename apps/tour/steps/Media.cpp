@@ -3,14 +3,14 @@
 #include "Steps.hpp"
 
 #include <KeloAPI/api/Api.hpp>
+#include <KeloAPI/endpoints/LongformViewsEndpoint.hpp>
+#include <KeloAPI/endpoints/LoopsEndpoint.hpp>
 #include <KeloAPI/endpoints/SoundboardEndpoint.hpp>
-#include <KeloAPI/loops/KLLongformViews.hpp>
-#include <KeloAPI/loops/LongformViewsEndpoint.hpp>
-#include <KeloAPI/loops/LoopData.hpp>
-#include <KeloAPI/loops/LoopsEndpoint.hpp>
+#include <KeloAPI/model/KLLongformViews.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
+#include <KeloAPI/model/LoopData.hpp>
 #include <KeloAPI/model/SoundboardSound.hpp>
-#include <KeloAPI/platform/Diagnostics.hpp>
+#include <KeloAPI/queues/Diagnostics.hpp>
 
 #include <algorithm>
 

@@ -1,18 +1,18 @@
 #include "Calls.hpp"
 #include "Steps.hpp"
 
+#include <KeloAPI/archive/KeyedArchiver.hpp>
+#include <KeloAPI/archive/KeyedUnarchiver.hpp>
 #include <KeloAPI/model/KLByline.hpp>
 #include <KeloAPI/model/KLChannel.hpp>
 #include <KeloAPI/model/KLEntity.hpp>
+#include <KeloAPI/model/KLPagedDataParser.hpp>
 #include <KeloAPI/model/KLPostAudioMetadata.hpp>
 #include <KeloAPI/model/KLVenue.hpp>
 #include <KeloAPI/model/KLVenueCategory.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/parsing/AnyObjectJsonParser.hpp>
 #include <KeloAPI/parsing/KLClosureParser.hpp>
-#include <KeloAPI/parsing/KLPagedDataParser.hpp>
-#include <KeloAPI/platform/archive/KeyedArchiver.hpp>
-#include <KeloAPI/platform/archive/KeyedUnarchiver.hpp>
 
 #include <optional>
 

@@ -1,8 +1,8 @@
 #include "Calls.hpp"
 #include "Steps.hpp"
 
+#include <KeloAPI/model/KLPagedDataParser.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
-#include <KeloAPI/parsing/KLPagedDataParser.hpp>
 
 #include <algorithm>
 #include <set>

@@ -3,9 +3,9 @@
 #include "Steps.hpp"
 #include "TourHost.hpp"
 
-#include <KeloAPI/loops/LoopData.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
+#include <KeloAPI/model/LoopData.hpp>
 
 #include <algorithm>
 #include <map>

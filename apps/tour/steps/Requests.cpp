@@ -5,8 +5,8 @@
 
 #include <KeloAPI/api/Api.hpp>
 #include <KeloAPI/api/EndpointRequest.hpp>
+#include <KeloAPI/http/HTTPError.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
-#include <KeloAPI/platform/http/HTTPError.hpp>
 
 #include <algorithm>
 #include <cmath>

@@ -4,8 +4,8 @@
 #include "TourHost.hpp"
 
 #include <KeloAPI/api/Certificates.hpp>
+#include <KeloAPI/http/HTTPError.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
-#include <KeloAPI/platform/http/HTTPError.hpp>
 
 namespace KeloTour {
 

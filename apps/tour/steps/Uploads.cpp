@@ -3,7 +3,7 @@
 #include "Steps.hpp"
 
 #include <KeloAPI/api/Api.hpp>
-#include <KeloAPI/loops/LongformUploadEndpoint.hpp>
+#include <KeloAPI/endpoints/LongformUploadEndpoint.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 
 #include <chrono>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <KeloAPI/platform/Object.hpp>
+#include <KeloAPI/base/Object.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 
 #include <memory>

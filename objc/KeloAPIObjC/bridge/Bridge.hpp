@@ -2,7 +2,7 @@
 
 #import <KeloAPIObjC/bridge/KLBridged.h>
 
-#include <KeloAPI/platform/Object.hpp>
+#include <KeloAPI/base/Object.hpp>
 
 #include <cstddef>
 #include <memory>

@@ -2,7 +2,7 @@
 
 #import <Foundation/Foundation.h>
 
-#include <KeloAPI/platform/Data.hpp>
+#include <KeloAPI/base/Data.hpp>
 
 namespace KeloBridge {
 

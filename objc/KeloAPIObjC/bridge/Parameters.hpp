@@ -2,7 +2,7 @@
 
 #import <Foundation/Foundation.h>
 
-#include <KeloAPI/platform/Parameters.hpp>
+#include <KeloAPI/json/Parameters.hpp>
 
 namespace KeloBridge {
 

@@ -2,9 +2,9 @@
 
 #import <Foundation/Foundation.h>
 
-#include <KeloAPI/platform/Date.hpp>
-#include <KeloAPI/platform/Number.hpp>
-#include <KeloAPI/platform/URL.hpp>
+#include <KeloAPI/base/Date.hpp>
+#include <KeloAPI/base/Number.hpp>
+#include <KeloAPI/base/URL.hpp>
 
 #include <cstdint>
 #include <optional>

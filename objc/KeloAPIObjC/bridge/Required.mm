@@ -1,6 +1,6 @@
 #include <KeloAPIObjC/bridge/Required.hpp>
 
-#include <KeloAPI/platform/Contract.hpp>
+#include <KeloAPI/base/Contract.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
 #include <string>

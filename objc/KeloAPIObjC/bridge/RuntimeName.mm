@@ -1,6 +1,6 @@
 #include <KeloAPIObjC/bridge/RuntimeName.hpp>
 
-#include <KeloAPI/platform/Contract.hpp>
+#include <KeloAPI/base/Contract.hpp>
 
 #include <unordered_map>
 

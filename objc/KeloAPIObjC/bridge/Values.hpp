@@ -2,11 +2,11 @@
 
 #import <Foundation/Foundation.h>
 
-#include <KeloAPI/platform/Date.hpp>
-#include <KeloAPI/platform/Error.hpp>
-#include <KeloAPI/platform/Json.hpp>
-#include <KeloAPI/platform/Number.hpp>
-#include <KeloAPI/platform/URL.hpp>
+#include <KeloAPI/base/Date.hpp>
+#include <KeloAPI/base/Error.hpp>
+#include <KeloAPI/json/Json.hpp>
+#include <KeloAPI/base/Number.hpp>
+#include <KeloAPI/base/URL.hpp>
 
 #include <optional>
 #include <string>

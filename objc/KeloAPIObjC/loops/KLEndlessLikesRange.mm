@@ -1,6 +1,6 @@
 #import <KeloAPIObjC/loops/KLEndlessLikesRange.h>
 
-#include <KeloAPI/loops/KLEndlessLikesRange.hpp>
+#include <KeloAPI/model/KLEndlessLikesRange.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 

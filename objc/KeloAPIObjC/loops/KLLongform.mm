@@ -1,6 +1,6 @@
 #import <KeloAPIObjC/loops/KLLongform.h>
 
-#include <KeloAPI/loops/KLLongform.hpp>
+#include <KeloAPI/model/KLLongform.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>

@@ -1,6 +1,6 @@
 #import <KeloAPIObjC/loops/KLLongformViews.h>
 
-#include <KeloAPI/loops/KLLongformViews.hpp>
+#include <KeloAPI/model/KLLongformViews.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>

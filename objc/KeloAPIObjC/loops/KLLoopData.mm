@@ -1,6 +1,6 @@
 #import <KeloAPIObjC/loops/KLLoopData.h>
 
-#include <KeloAPI/loops/LoopData.hpp>
+#include <KeloAPI/model/LoopData.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Coding.hpp>
 #include <KeloAPIObjC/bridge/Making.hpp>

@@ -1,6 +1,6 @@
 #import <KeloAPIObjC/loops/KLPostProcessStatus.h>
 
-#include <KeloAPI/loops/KLPostProcessStatus.hpp>
+#include <KeloAPI/model/KLPostProcessStatus.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>

@@ -2,7 +2,7 @@
 
 #import <KeloAPIObjC/loops/KLVideoUploadProcessingInfo.h>
 
-#include <KeloAPI/loops/KLVideoUpload.hpp>
+#include <KeloAPI/model/KLVideoUpload.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>

@@ -1,6 +1,6 @@
 #import <KeloAPIObjC/loops/KLVideoUploadProcessingInfo.h>
 
-#include <KeloAPI/loops/KLVideoUploadProcessingInfo.hpp>
+#include <KeloAPI/model/KLVideoUploadProcessingInfo.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>

@@ -1,6 +1,6 @@
 #import <KeloAPIObjC/loops/LongformUploadEndpoint.h>
 
-#include <KeloAPI/loops/LongformUploadEndpoint.hpp>
+#include <KeloAPI/endpoints/LongformUploadEndpoint.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Bytes.hpp>
 #include <KeloAPIObjC/bridge/Calls.hpp>

@@ -1,7 +1,7 @@
 #import <KeloAPIObjC/loops/LongformViewsEndpoint.h>
 
-#include <KeloAPI/loops/KLLongformViews.hpp>
-#include <KeloAPI/loops/LongformViewsEndpoint.hpp>
+#include <KeloAPI/model/KLLongformViews.hpp>
+#include <KeloAPI/endpoints/LongformViewsEndpoint.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Calls.hpp>
 #include <KeloAPIObjC/bridge/HostEndpoint.hpp>

@@ -1,6 +1,6 @@
 #import <KeloAPIObjC/loops/LoopsEndpoint.h>
 
-#include <KeloAPI/loops/LoopsEndpoint.hpp>
+#include <KeloAPI/endpoints/LoopsEndpoint.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/HostEndpoint.hpp>

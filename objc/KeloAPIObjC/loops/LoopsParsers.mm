@@ -1,11 +1,11 @@
 #import <KeloAPIObjC/loops/LoopsParsers.h>
 
-#include <KeloAPI/loops/KLEndlessLikesRange.hpp>
-#include <KeloAPI/loops/KLLongform.hpp>
-#include <KeloAPI/loops/KLLongformViews.hpp>
-#include <KeloAPI/loops/KLPostProcessStatus.hpp>
-#include <KeloAPI/loops/KLVideoUpload.hpp>
-#include <KeloAPI/loops/LoopData.hpp>
+#include <KeloAPI/model/KLEndlessLikesRange.hpp>
+#include <KeloAPI/model/KLLongform.hpp>
+#include <KeloAPI/model/KLLongformViews.hpp>
+#include <KeloAPI/model/KLPostProcessStatus.hpp>
+#include <KeloAPI/model/KLVideoUpload.hpp>
+#include <KeloAPI/model/LoopData.hpp>
 #include <KeloAPIObjC/bridge/NativeParser.hpp>
 
 using namespace KeloBridge;

@@ -3,7 +3,7 @@
 #import <KeloAPIObjC/parsing/KLPagedData.h>
 
 #include <KeloAPI/model/KLChannel.hpp>
-#include <KeloAPI/parsing/KLPagedData.hpp>
+#include <KeloAPI/model/KLPagedData.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Coding.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>

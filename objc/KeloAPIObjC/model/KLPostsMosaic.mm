@@ -1,7 +1,7 @@
 #import <KeloAPIObjC/model/KLPostsMosaic.h>
 
 #include <KeloAPI/model/KLPostsMosaic.hpp>
-#include <KeloAPI/parsing/KLPagedData.hpp>
+#include <KeloAPI/model/KLPagedData.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>

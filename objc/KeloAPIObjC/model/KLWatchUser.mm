@@ -1,6 +1,6 @@
 #import <KeloAPIObjC/model/KLWatchUser.h>
 
-#include <KeloAPI/loops/LoopData.hpp>
+#include <KeloAPI/model/LoopData.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>

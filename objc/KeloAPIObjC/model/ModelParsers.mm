@@ -14,7 +14,7 @@
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
 #include <KeloAPI/model/SoundboardSound.hpp>
-#include <KeloAPI/parsing/KLPagedDataParser.hpp>
+#include <KeloAPI/model/KLPagedDataParser.hpp>
 #include <KeloAPIObjC/bridge/NativeParser.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>

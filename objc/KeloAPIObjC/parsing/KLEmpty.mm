@@ -1,6 +1,6 @@
 #import <KeloAPIObjC/parsing/KLEmpty.h>
 
-#include <KeloAPI/parsing/KLEmpty.hpp>
+#include <KeloAPI/model/KLEmpty.hpp>
 #include <KeloAPIObjC/bridge/NativeParser.hpp>
 
 using namespace KeloBridge;

@@ -2,7 +2,7 @@
 
 #import <KeloAPIObjC/parsing/KLPagingMetadata.h>
 
-#include <KeloAPI/parsing/KLPagedData.hpp>
+#include <KeloAPI/model/KLPagedData.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Lists.hpp>
 #include <KeloAPIObjC/bridge/Making.hpp>

@@ -1,6 +1,6 @@
 #import <KeloAPIObjC/parsing/KLPagedDataParser.h>
 
-#include <KeloAPI/parsing/KLPagedDataParser.hpp>
+#include <KeloAPI/model/KLPagedDataParser.hpp>
 #include <KeloAPIObjC/bridge/NativeParser.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 

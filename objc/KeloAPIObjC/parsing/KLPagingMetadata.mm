@@ -3,7 +3,7 @@
 #import <KeloAPIObjC/model/KLChannel.h>
 
 #include <KeloAPI/model/KLChannel.hpp>
-#include <KeloAPI/parsing/KLPagingMetadata.hpp>
+#include <KeloAPI/model/KLPagingMetadata.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>

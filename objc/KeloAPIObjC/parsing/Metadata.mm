@@ -1,6 +1,6 @@
 #import <KeloAPIObjC/parsing/Metadata.h>
 
-#include <KeloAPI/parsing/Metadata.hpp>
+#include <KeloAPI/model/Metadata.hpp>
 #include <KeloAPIObjC/bridge/Boxed.hpp>
 #include <KeloAPIObjC/bridge/Making.hpp>
 #include <KeloAPIObjC/bridge/Parameters.hpp>

@@ -1,6 +1,6 @@
 #import <KeloAPIObjC/platform/Diagnostics.h>
 
-#include <KeloAPI/platform/Diagnostics.hpp>
+#include <KeloAPI/queues/Diagnostics.hpp>
 #include <KeloAPIObjC/bridge/Completion.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 

@@ -1,6 +1,6 @@
 #import <KeloAPIObjC/platform/MainQueue.h>
 
-#include <KeloAPI/platform/MainQueue.hpp>
+#include <KeloAPI/queues/MainQueue.hpp>
 
 #include <algorithm>
 #include <chrono>

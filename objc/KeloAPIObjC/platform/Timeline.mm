@@ -1,6 +1,6 @@
 #import <KeloAPIObjC/platform/Timeline.h>
 
-#include <KeloAPI/platform/http/Timeline.hpp>
+#include <KeloAPI/http/Timeline.hpp>
 #include <KeloAPIObjC/bridge/Boxed.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 

@@ -3,9 +3,9 @@
 #include <KeloAPI/api/Api.hpp>
 #include <KeloAPI/endpoints/TimelineEndpoint.hpp>
 #include <KeloAPI/fakes/ScriptedTransport.hpp>
+#include <KeloAPI/http/Manager.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
-#include <KeloAPI/platform/http/Manager.hpp>
-#include <KeloAPI/platform/MainQueue.hpp>
+#include <KeloAPI/queues/MainQueue.hpp>
 
 #include <cstdio>
 

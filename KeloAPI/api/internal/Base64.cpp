@@ -1,0 +1,67 @@
+#include <KeloAPI/api/internal/Base64.hpp>
+
+#include <cstdint>
+
+namespace KeloAPI {
+
+namespace {
+
+/// The six bits that a character stands for; -1 for characters outside the alphabet.
+int sextet(char c) {
+    if (c >= 'A' && c <= 'Z') {
+        return c - 'A';
+    }
+    if (c >= 'a' && c <= 'z') {
+        return c - 'a' + 26;
+    }
+    if (c >= '0' && c <= '9') {
+        return c - '0' + 52;
+    }
+    if (c == '+') {
+        return 62;
+    }
+    return c == '/' ? 63 : -1;
+}
+
+} // namespace
+
+std::optional<std::size_t> base64DecodedBuffer(const char* input, std::size_t length,
+                                               unsigned char* output) {
+    if (length % 4 != 0) {
+        return std::nullopt;
+    }
+    std::size_t padding = 0;
+    while (padding < 2 && padding < length && input[length - 1 - padding] == '=') {
+        ++padding;
+    }
+    std::size_t written = 0;
+    for (std::size_t at = 0; at < length; at += 4) {
+        std::uint32_t bits = 0;
+        const bool last = at + 4 == length;
+        const std::size_t characters = last ? 4 - padding : 4;
+        for (std::size_t i = 0; i < 4; ++i) {
+            const int value = i < characters ? sextet(input[at + i]) : 0;
+            if (value < 0) {
+                return std::nullopt;
+            }
+            bits = bits << 6U | static_cast<std::uint32_t>(value);
+        }
+        for (std::size_t i = 0; i + 1 < characters; ++i) {
+            output[written++] = static_cast<unsigned char>(bits >> (16U - 8U * i));
+        }
+    }
+    return written;
+}
+
+std::optional<std::string> base64Decoded(std::string_view text) {
+    std::string bytes(base64DecodedLength(text.size()), '\0');
+    const auto written = base64DecodedBuffer(text.data(), text.size(),
+                                             reinterpret_cast<unsigned char*>(bytes.data()));
+    if (!written) {
+        return std::nullopt;
+    }
+    bytes.resize(*written);
+    return bytes;
+}
+
+} // namespace KeloAPI

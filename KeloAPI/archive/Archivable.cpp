@@ -1,0 +1,7 @@
+#include <KeloAPI/archive/Archivable.hpp>
+
+namespace KeloAPI {
+
+Archivable::~Archivable() = default;
+
+} // namespace KeloAPI

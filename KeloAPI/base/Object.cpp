@@ -1,0 +1,7 @@
+#include <KeloAPI/base/Object.hpp>
+
+namespace KeloAPI {
+
+Object::~Object() = default;
+
+} // namespace KeloAPI

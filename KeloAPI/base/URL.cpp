@@ -1,0 +1,330 @@
+#include <KeloAPI/base/Contract.hpp>
+#include <KeloAPI/base/URL.hpp>
+
+#include <arpa/inet.h>
+#include <uriparser/Uri.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <filesystem>
+#include <system_error>
+
+namespace KeloAPI {
+
+namespace {
+
+/// A parsed view of a text that outlives it.
+class ParsedUri {
+public:
+    explicit ParsedUri(const std::string& text)
+        : _ok(uriParseSingleUriExA(&_uri, text.data(), text.data() + text.size(), nullptr) ==
+              URI_SUCCESS) {}
+    ParsedUri(const ParsedUri&) = delete;
+    ParsedUri& operator=(const ParsedUri&) = delete;
+    ~ParsedUri() {
+        if (_ok) {
+            uriFreeUriMembersA(&_uri);
+        }
+    }
+
+    bool ok() const { return _ok; }
+    const UriUriA& operator*() const { return _uri; }
+    const UriUriA* operator->() const { return &_uri; }
+
+private:
+    UriUriA _uri{};
+    bool _ok;
+};
+
+std::string_view view(const UriTextRangeA& range) {
+    if (range.first == nullptr) {
+        return {};
+    }
+    return {range.first, static_cast<std::size_t>(range.afterLast - range.first)};
+}
+
+char lower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+std::string lowered(std::string_view text) {
+    std::string result(text);
+    std::transform(result.begin(), result.end(), result.begin(), lower);
+    return result;
+}
+
+/// True for what resolvers take for a number, in lower case.
+bool isNumber(std::string_view label) {
+    const bool isHex = label.starts_with("0x");
+    label.remove_prefix(isHex ? 2 : 0);
+    return label.find_first_not_of(isHex ? "0123456789abcdef" : "0123456789") ==
+           std::string_view::npos;
+}
+
+/// True for a name in lower case that every reader takes for the same name. Escapes are undone by
+/// some, characters beyond ASCII are mapped to others, and behind a last label that is a number
+/// hides an address.
+bool isPlainName(std::string_view name) {
+    constexpr std::string_view allowed = "abcdefghijklmnopqrstuvwxyz0123456789-_.";
+    return name.find_first_not_of(allowed) == std::string_view::npos && !name.starts_with('.') &&
+           name.find("..") == std::string_view::npos && !isNumber(name.substr(name.rfind('.') + 1));
+}
+
+std::string textOf(const UriIp6& address) {
+    std::array<char, INET6_ADDRSTRLEN> text{};
+    return inet_ntop(AF_INET6, address.data, text.data(), text.size()) == nullptr ? ""
+                                                                                  : text.data();
+}
+
+bool isUnreserved(char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' ||
+           c == '.' || c == '_' || c == '~';
+}
+
+bool standsInPath(char c) {
+    return isUnreserved(c) || std::string_view("!$&'()*+,;=:@/").find(c) != std::string_view::npos;
+}
+
+void appendEscaped(std::string& text, char c) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    const auto byte = static_cast<unsigned char>(c);
+    text += '%';
+    text += digits[byte >> 4U];
+    text += digits[byte & 15U];
+}
+
+/// `text` with what may not stand in a path escaped.
+std::string escapedPath(std::string_view text) {
+    std::string result;
+    result.reserve(text.size());
+    for (const char c : text) {
+        if (standsInPath(c)) {
+            result += c;
+        } else {
+            appendEscaped(result, c);
+        }
+    }
+    return result;
+}
+
+std::string unescaped(std::string_view text) {
+    std::string result;
+    result.reserve(text.size());
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        unsigned byte = 0;
+        if (text[at] == '%' &&
+            std::from_chars(text.data() + at + 1, text.data() + at + 3, byte, 16).ec ==
+                std::errc()) {
+            result += static_cast<char>(byte);
+            at += 2;
+        } else {
+            result += text[at];
+        }
+    }
+    return result;
+}
+
+/// In a URL a colon before any other delimiter ends the scheme, and nothing else does. Read off the
+/// text, as it is asked for often: the reader takes seven times as long.
+std::string_view schemeOf(std::string_view url) {
+    const auto end = url.find_first_of(":/?#");
+    return end == std::string_view::npos || url[end] != ':' ? std::string_view()
+                                                            : url.substr(0, end);
+}
+
+/// Where the path ends: at the query, the fragment or the end.
+std::size_t endOfPath(std::string_view url) {
+    return std::min(url.find_first_of("?#"), url.size());
+}
+
+/// Read off the text: the reader's own segments do not point into it where they are empty.
+std::string_view pathOf(std::string_view url) {
+    const std::string_view scheme = schemeOf(url);
+    std::size_t begin = scheme.empty() ? 0 : scheme.size() + 1;
+    if (url.substr(begin).starts_with("//")) {
+        begin = std::min(url.find_first_of("/?#", begin + 2), url.size());
+    }
+    return url.substr(begin, endOfPath(url) - begin);
+}
+
+} // namespace
+
+std::optional<URL> URL::parse(std::string_view text) {
+    if (text.empty()) {
+        return std::nullopt;
+    }
+    URL url{std::string(text)};
+    const ParsedUri uri(url._text);
+    if (!uri.ok()) {
+        return std::nullopt;
+    }
+    // The port must fit; the grammar lets any run of digits through.
+    if (!view(uri->portText).empty()) {
+        std::uint16_t port = 0;
+        const auto digits = view(uri->portText);
+        if (std::from_chars(digits.data(), digits.data() + digits.size(), port).ec != std::errc()) {
+            return std::nullopt;
+        }
+    }
+    return url;
+}
+
+URL URL::empty() {
+    return URL(std::string());
+}
+
+URL URL::fileURL(std::string_view path) {
+    if (path.empty() || path.starts_with('/')) {
+        return URL("file://" + escapedPath(path));
+    }
+    // Behind "//", its first component would be a host.
+    std::error_code failure;
+    const auto absolute = std::filesystem::absolute(path, failure);
+    return failure ? URL("file:" + escapedPath(path)) : fileURL(absolute.string());
+}
+
+std::string URL::scheme() const {
+    return lowered(schemeOf(_text));
+}
+
+std::string URL::host() const {
+    const ParsedUri uri(_text);
+    const UriHostDataA& data = uri->hostData;
+    if (data.ip6 != nullptr) {
+        return textOf(*data.ip6);
+    }
+    if (data.ipFuture.first != nullptr) {
+        return {};
+    }
+    std::string name = lowered(view(uri->hostText));
+    if (data.ip4 != nullptr) {
+        return name;
+    }
+    if (name.ends_with('.')) {
+        name.pop_back();
+    }
+    return isPlainName(name) ? name : std::string();
+}
+
+std::optional<std::uint16_t> URL::port() const {
+    const ParsedUri uri(_text);
+    const auto digits = view(uri->portText);
+    if (!digits.empty()) {
+        std::uint16_t port = 0;
+        std::from_chars(digits.data(), digits.data() + digits.size(), port);
+        return port;
+    }
+    const std::string name = scheme();
+    if (name == "https") {
+        return 443;
+    }
+    if (name == "http") {
+        return 80;
+    }
+    return std::nullopt;
+}
+
+std::string URL::path() const {
+    return std::string(pathOf(_text));
+}
+
+std::optional<std::string> URL::filePath() const {
+    if (scheme() != "file") {
+        return std::nullopt;
+    }
+    std::string path = unescaped(pathOf(_text));
+    // The system's calls would take the name to end there.
+    if (path.find('\0') != std::string::npos) {
+        return std::nullopt;
+    }
+    return path;
+}
+
+std::optional<std::string> URL::query() const {
+    const ParsedUri uri(_text);
+    if (uri->query.first == nullptr) {
+        return std::nullopt;
+    }
+    return std::string(view(uri->query));
+}
+
+bool URL::isHTTP() const {
+    const std::string name = scheme();
+    return (name == "http" || name == "https") && !host().empty();
+}
+
+bool URL::hasOriginOf(const URL& other) const {
+    return scheme() == other.scheme() && host() == other.host() && port() == other.port();
+}
+
+URL URL::appendingPathComponent(std::string_view component) const {
+    const std::size_t end = endOfPath(_text);
+    std::string text = _text.substr(0, end);
+    if (!pathOf(_text).ends_with('/')) {
+        text += '/';
+    }
+    if (component.starts_with('/')) {
+        component.remove_prefix(1);
+    }
+    text += escapedPath(component);
+    text += _text.substr(end);
+    return URL(std::move(text));
+}
+
+URL URL::appendingQuery(std::string_view query) const {
+    if (query.empty()) {
+        return *this;
+    }
+    const std::size_t end = std::min(_text.find('#'), _text.size());
+    std::string text = _text.substr(0, end);
+    const auto mark = text.find('?');
+    if (mark == std::string::npos) {
+        text += '?';
+    } else if (mark + 1 < text.size()) {
+        text += '&';
+    }
+    text += query;
+    text += _text.substr(end);
+    return URL(std::move(text));
+}
+
+std::optional<URL> URL::resolve(std::string_view reference) const {
+    const std::string owned(reference);
+    const ParsedUri base(_text);
+    const ParsedUri relative(owned);
+    if (!relative.ok()) {
+        return std::nullopt;
+    }
+    UriUriA joined{};
+    if (uriAddBaseUriA(&joined, &*relative, &*base) != URI_SUCCESS) {
+        uriFreeUriMembersA(&joined);
+        return std::nullopt;
+    }
+    joined.fragment = {nullptr, nullptr};
+    int characters = 0;
+    std::string text;
+    if (uriToStringCharsRequiredA(&joined, &characters) == URI_SUCCESS) {
+        text.resize(static_cast<std::size_t>(characters) + 1);
+        const bool written =
+            uriToStringA(text.data(), &joined, characters + 1, nullptr) == URI_SUCCESS;
+        text.resize(written ? static_cast<std::size_t>(characters) : 0);
+    }
+    uriFreeUriMembersA(&joined);
+    return URL::parse(text);
+}
+
+std::string percentEncoded(std::string_view text) {
+    std::string result;
+    result.reserve(text.size());
+    for (const char c : text) {
+        if (isUnreserved(c)) {
+            result += c;
+        } else {
+            appendEscaped(result, c);
+        }
+    }
+    return result;
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,325 @@
+#include <KeloAPI/curl/internal/CurlErrors.hpp>
+#include <KeloAPI/curl/internal/CurlTransfer.hpp>
+#include <KeloAPI/curl/internal/Redirect.hpp>
+#include <KeloAPI/curl/internal/StrayData.hpp>
+#include <KeloAPI/queues/internal/ExitGuard.hpp>
+
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <new>
+
+namespace KeloAPI {
+
+namespace {
+
+/// More of a redirect's body than this is not worth reading for the sake of its connection.
+constexpr std::size_t mostDiscarded = 64UL * 1024;
+
+constexpr const char* headTooLong = "the answer's head is too long";
+
+/// No interval beyond this makes a difference, and none overflows the clock.
+constexpr std::chrono::milliseconds longestInterval = std::chrono::hours(24 * 365);
+
+bool speaksHTTP2(const SSL* tls) {
+    const unsigned char* protocol = nullptr;
+    unsigned int length = 0;
+    if (tls != nullptr) {
+        SSL_get0_alpn_selected(tls, &protocol, &length);
+    }
+    return std::string_view(reinterpret_cast<const char*>(protocol), length) == "h2";
+}
+
+bool changesNothing(Method method) {
+    return method == Method::GET || method == Method::HEAD;
+}
+
+} // namespace
+
+CurlTransfer::CurlTransfer(std::shared_ptr<CurlExchange> exchange, CurlOrigin& origin,
+                           CurlSockets& sockets)
+    : _exchange(std::move(exchange))
+    , _origin(origin)
+    , _sockets(sockets)
+    , _timeoutInterval(std::min(_exchange->request().timeoutInterval, longestInterval)) {}
+
+CurlTransfer::~CurlTransfer() {
+    curl_easy_cleanup(_easy);
+    curl_slist_free_all(_headers);
+}
+
+bool CurlTransfer::open(const TrustStore& trust, CURLSH* cookies) {
+    _easy = curl_easy_init();
+    if (_easy == nullptr) {
+        _failure = curlError(CURLE_OUT_OF_MEMORY, {});
+        return false;
+    }
+    _lastActivity = Clock::now();
+    setUp(trust, cookies);
+    return !_failure;
+}
+
+CurlTransfer& CurlTransfer::of(CURL* easy) {
+    char* self = nullptr;
+    curl_easy_getinfo(easy, CURLINFO_PRIVATE, &self);
+    return *reinterpret_cast<CurlTransfer*>(self);
+}
+
+/// The result of a step; gives the transfer up when memory runs out.
+template <class Step>
+bool CurlTransfer::withMemory(Step step) {
+    try {
+        return step();
+    } catch (const std::bad_alloc&) {
+        return giveUp(HTTPErrorCode::OutOfResources, "there is no memory for the exchange");
+    }
+}
+
+bool CurlTransfer::tellWhenSent() {
+    return withMemory([this] {
+        if (_sent && _head.statusCode() == 0 && !_exchange->isCancelled()) {
+            _exchange->observer().didSendRequest();
+            moved(); // what the observer took was not the network's silence
+        }
+        return true;
+    });
+}
+
+void CurlTransfer::distrustConnection() {
+    curl_easy_setopt(_easy, CURLOPT_FORBID_REUSE, 1L);
+}
+
+CurlTransfer::Outcome CurlTransfer::outcome(CURLcode code) const {
+    Outcome outcome;
+    if (_redirects) {
+        // Whatever became of its body, the redirect has said where to go.
+        outcome.redirects = true;
+        outcome.statusCode = _head.statusCode();
+        outcome.fields = _head.fields();
+    } else if (_failure) {
+        outcome.error = _failure;
+    } else if (code == CURLE_OUT_OF_MEMORY && _sent && !_head.isFinished()) {
+        // So libcurl says of a single line that is too long.
+        outcome.error = httpError(HTTPErrorCode::BadServerResponse, headTooLong);
+    } else if (code != CURLE_OK) {
+        outcome.error = curlError(code, _detail.data());
+        if (code == CURLE_COULDNT_CONNECT && _lacksDescriptors) {
+            outcome.error = httpError(HTTPErrorCode::OutOfResources,
+                                      "no descriptor for a connection", std::move(outcome.error));
+        }
+        // So libcurl says, without further words, of a stream beyond the last one that the server
+        // named when it went away; but also of one that was under way when the server broke the
+        // protocol. Only what changes nothing can be sent again without knowing which it was.
+        outcome.sendAgain = code == CURLE_HTTP2 && _detail.front() == '\0' &&
+                            _head.statusCode() == 0 && changesNothing(_exchange->request().method);
+    } else if (!_head.isFinished()) {
+        outcome.error =
+            httpError(HTTPErrorCode::ConnectionLost, "the answer ended within its head");
+    } else if (_gzip && !_gzip->isComplete()) {
+        outcome.error =
+            httpError(HTTPErrorCode::BadServerResponse, "the answer's body was cut short");
+    }
+    return outcome;
+}
+
+void CurlTransfer::conclude(CurlExchange& exchange, Outcome outcome) {
+    if (outcome.redirects) {
+        exchange.follow(outcome.statusCode, outcome.fields);
+    } else if (outcome.sendAgain) {
+        exchange.sendAgain(std::move(*outcome.error));
+    } else {
+        exchange.complete(std::move(outcome.error));
+    }
+}
+
+bool CurlTransfer::giveUp(HTTPErrorCode code, const char* message) {
+    _failure = httpError(code, message);
+    return false;
+}
+
+bool CurlTransfer::takeHeaderLine(std::string_view line) {
+    moved();
+    switch (_head.take(line)) {
+    case ResponseHead::Progress::Unfinished:
+        return true;
+    case ResponseHead::Progress::TooLong:
+        return giveUp(HTTPErrorCode::BadServerResponse, headTooLong);
+    case ResponseHead::Progress::Finished:
+        break;
+    }
+    if (isRedirect(_head.statusCode(), _head.fields())) {
+        _redirects = true;
+        return true;
+    }
+    if (_exchange->isCancelled()) {
+        return false;
+    }
+    _coding = _head.contentCoding();
+    const std::int64_t length = _head.expectedContentLength();
+    _exchange->observer().didReceiveResponse(
+        {*_exchange->request().url, _head.statusCode(), _head.takeFields(), length});
+    return true;
+}
+
+bool CurlTransfer::takeBody(std::string_view bytes) {
+    moved();
+    if (_redirects) {
+        _discarded += bytes.size();
+        return _discarded <= mostDiscarded;
+    }
+    if (_exchange->isCancelled()) {
+        return false;
+    }
+    switch (_coding) {
+    case ResponseHead::ContentCoding::None:
+        return deliver(bytes);
+    case ResponseHead::ContentCoding::Gzip:
+        return unpack(bytes);
+    case ResponseHead::ContentCoding::Other:
+        break;
+    }
+    return giveUp(HTTPErrorCode::BadServerResponse, "the answer's encoding was not offered");
+}
+
+bool CurlTransfer::unpack(std::string_view bytes) {
+    if (!_gzip) {
+        _gzip = std::make_unique<GzipDecoder>();
+    }
+    const auto result =
+        _gzip->take(bytes, [this](std::string_view unpacked) { return deliver(unpacked); });
+    if (result == GzipDecoder::Result::Malformed) {
+        return giveUp(HTTPErrorCode::BadServerResponse,
+                      "the answer's body is not what its encoding says");
+    }
+    return result == GzipDecoder::Result::Taken;
+}
+
+bool CurlTransfer::deliver(std::string_view bytes) {
+    if (!_exchange->observer().didReceiveData(bytes)) {
+        return giveUp(HTTPErrorCode::Unknown, "the receiver gave up");
+    }
+    return true;
+}
+
+std::size_t CurlTransfer::giveBody(char* buffer, std::size_t room) {
+    if (_exchange->isCancelled()) {
+        return CURL_READFUNC_ABORT;
+    }
+    const std::size_t size = std::min(room, _body.size() - _bodySent);
+    if (size > 0) {
+        moved();
+        std::memcpy(buffer, _body.data() + _bodySent, size);
+        _bodySent += size;
+        _exchange->observer().didSendBody(static_cast<std::int64_t>(_bodySent),
+                                          static_cast<std::int64_t>(_body.size()));
+    }
+    return size;
+}
+
+/// Whether the request may go out on the connection that libcurl has chosen for it.
+bool CurlTransfer::acceptConnection(const std::string& ends) {
+    // libcurl sends again by itself where a connection ends before the first byte of a response.
+    // On a shared one the server may long have been at work on it.
+    if (_sent && _origin.protocol == CurlOrigin::Protocol::Multiplexed &&
+        !changesNothing(_exchange->request().method)) {
+        return giveUp(HTTPErrorCode::ConnectionLost, "the connection was lost");
+    }
+    curl_tlssessioninfo* session = nullptr;
+    curl_easy_getinfo(_easy, CURLINFO_TLS_SSL_PTR, &session);
+    const bool isOpenSSL = session != nullptr && session->backend == CURLSSLBACKEND_OPENSSL;
+    auto* tls = isOpenSSL ? static_cast<SSL*>(session->internals) : nullptr;
+    const bool multiplexed = speaksHTTP2(tls);
+    _origin.protocol =
+        multiplexed ? CurlOrigin::Protocol::Multiplexed : CurlOrigin::Protocol::Serial;
+
+    long connectionsMade = 0;
+    curl_easy_getinfo(_easy, CURLINFO_NUM_CONNECTS, &connectionsMade);
+    if (!multiplexed && connectionsMade == 0) {
+        const curl_socket_t socket = _sockets.find(ends);
+        if (socket == CURL_SOCKET_BAD || hasStrayData(socket, tls)) {
+            _refusedConnection = true;
+            _sent = false;
+            _bodySent = 0;
+            return false;
+        }
+    }
+    _sent = true;
+    _lastActivity = Clock::now();
+    return true;
+}
+
+std::size_t CurlTransfer::onHeader(char* bytes, std::size_t size, std::size_t count,
+                                   void* self) noexcept {
+    auto& transfer = *static_cast<CurlTransfer*>(self);
+    const bool goOn = transfer.withMemory([&] {
+        return transfer.takeHeaderLine({bytes, size * count});
+    });
+    ExitGuard::parkIfExiting();
+    return goOn ? size * count : 0;
+}
+
+std::size_t CurlTransfer::onBody(char* bytes, std::size_t size, std::size_t count,
+                                 void* self) noexcept {
+    auto& transfer = *static_cast<CurlTransfer*>(self);
+    const bool goOn = transfer.withMemory([&] { return transfer.takeBody({bytes, size * count}); });
+    ExitGuard::parkIfExiting();
+    return goOn ? size * count : 0;
+}
+
+std::size_t CurlTransfer::onRead(char* buffer, std::size_t size, std::size_t count,
+                                 void* self) noexcept {
+    auto& transfer = *static_cast<CurlTransfer*>(self);
+    std::size_t given = CURL_READFUNC_ABORT;
+    transfer.withMemory([&] {
+        given = transfer.giveBody(buffer, size * count);
+        return true;
+    });
+    ExitGuard::parkIfExiting();
+    return given;
+}
+
+/// Remembers why a socket could not be made: libcurl only says that it could not connect.
+curl_socket_t CurlTransfer::onOpenSocket(void* self, curlsocktype /*purpose*/,
+                                         curl_sockaddr* address) noexcept {
+    const int made = socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+    static_cast<CurlTransfer*>(self)->_lacksDescriptors =
+        made < 0 && (errno == EMFILE || errno == ENFILE);
+    return made < 0 ? CURL_SOCKET_BAD : made;
+}
+
+int CurlTransfer::onSeek(void* self, curl_off_t offset, int origin) noexcept {
+    auto& transfer = *static_cast<CurlTransfer*>(self);
+    const bool possible = origin == SEEK_SET && offset >= 0 &&
+                          static_cast<std::size_t>(offset) <= transfer._body.size();
+    if (!possible) {
+        return CURL_SEEKFUNC_FAIL;
+    }
+    transfer._bodySent = static_cast<std::size_t>(offset);
+    return CURL_SEEKFUNC_OK;
+}
+
+int CurlTransfer::onProgress(void* self, curl_off_t /*downTotal*/, curl_off_t down,
+                             curl_off_t /*upTotal*/, curl_off_t up) noexcept {
+    // The callbacks above do not see everything that moves: a large read of the body drains into
+    // the network later, and compressed bytes may come in for long before one comes out.
+    auto& transfer = *static_cast<CurlTransfer*>(self);
+    if (down + up != transfer._moved) {
+        transfer._moved = down + up;
+        transfer.moved();
+    }
+    return 0;
+}
+
+int CurlTransfer::onConnected(void* self, char* address, char* localAddress, int port,
+                              int localPort) noexcept {
+    auto& transfer = *static_cast<CurlTransfer*>(self);
+    const bool accepted = transfer.withMemory([&] {
+        return transfer.acceptConnection(CurlSockets::ends(localAddress, localPort, address, port));
+    });
+    return accepted ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
+}
+
+} // namespace KeloAPI

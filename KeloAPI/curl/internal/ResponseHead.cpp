@@ -1,0 +1,112 @@
+#include <KeloAPI/curl/internal/ResponseHead.hpp>
+
+#include <algorithm>
+#include <charconv>
+
+namespace KeloAPI {
+
+namespace {
+
+constexpr std::size_t longestHead = 256UL * 1024;
+
+std::string_view trimmed(std::string_view text) {
+    constexpr std::string_view blanks = " \t\r\n";
+    const auto first = text.find_first_not_of(blanks);
+    if (first == std::string_view::npos) {
+        return {};
+    }
+    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+/// Tokens are compared as names of fields are.
+bool isToken(std::string_view text, std::string_view token) {
+    const HeaderNameLess less;
+    return !less(text, token) && !less(token, text);
+}
+
+} // namespace
+
+ResponseHead::Progress ResponseHead::take(std::string_view line) {
+    _size += line.size();
+    if (_size > longestHead) {
+        return Progress::TooLong;
+    }
+    if (_finished) {
+        return Progress::Unfinished;
+    }
+    if (line.starts_with("HTTP/")) {
+        begin(trimmed(line));
+    } else if (!trimmed(line).empty()) {
+        takeField(line);
+    } else if (_statusCode >= 200 || _statusCode == 101) {
+        _finished = true;
+        return Progress::Finished;
+    }
+    return Progress::Unfinished;
+}
+
+void ResponseHead::begin(std::string_view statusLine) {
+    _statusCode = 0;
+    _fields.clear();
+    _lastValue = nullptr;
+    const auto blank = statusLine.find(' ');
+    if (blank != std::string_view::npos) {
+        const std::string_view code = trimmed(statusLine.substr(blank));
+        std::from_chars(code.data(), code.data() + code.size(), _statusCode);
+    }
+}
+
+void ResponseHead::takeField(std::string_view line) {
+    const bool continued = line.front() == ' ' || line.front() == '\t';
+    if (continued) {
+        if (_lastValue != nullptr) {
+            _lastValue->append(" ").append(trimmed(line));
+        }
+        return;
+    }
+    const auto colon = line.find(':');
+    if (colon == std::string_view::npos) {
+        return;
+    }
+    const std::string_view value = trimmed(line.substr(colon + 1));
+    const auto [at, isNew] =
+        _fields.try_emplace(std::string(trimmed(line.substr(0, colon))), value);
+    if (!isNew) {
+        at->second.append(", ").append(value);
+    }
+    _lastValue = &at->second;
+}
+
+ResponseHead::ContentCoding ResponseHead::contentCoding() const {
+    const auto field = _fields.find("Content-Encoding");
+    std::string_view list = field == _fields.end() ? std::string_view() : field->second;
+    auto coding = ContentCoding::None;
+    while (!list.empty()) {
+        const auto end = std::min(list.find(','), list.size());
+        const std::string_view name = trimmed(list.substr(0, end));
+        list.remove_prefix(std::min(end + 1, list.size()));
+        if (name.empty() || isToken(name, "identity")) {
+            continue;
+        }
+        const bool gzip = isToken(name, "gzip") || isToken(name, "x-gzip");
+        coding = gzip && coding == ContentCoding::None ? ContentCoding::Gzip : ContentCoding::Other;
+    }
+    return coding;
+}
+
+std::int64_t ResponseHead::expectedContentLength() const {
+    if (contentCoding() != ContentCoding::None) {
+        return -1;
+    }
+    const auto field = _fields.find("Content-Length");
+    if (field == _fields.end() || _fields.contains("Transfer-Encoding")) {
+        return -1;
+    }
+    const std::string& text = field->second;
+    std::int64_t length = -1;
+    const auto end = text.data() + text.size();
+    const auto read = std::from_chars(text.data(), end, length);
+    return read.ec == std::errc() && read.ptr == end && length >= 0 ? length : -1;
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <KeloAPI/http/HeaderFields.hpp>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace KeloAPI {
+
+/// Gathers the head of an answer from its lines. Interim answers (1xx) and what follows the body
+/// are passed over, but count for its length.
+class ResponseHead {
+public:
+    enum class Progress : std::uint8_t {
+        /// More lines are due, or the line means nothing here.
+        Unfinished,
+        /// This line finished the final answer's head. Once.
+        Finished,
+        /// Longer than any head has reason to be.
+        TooLong
+    };
+
+    ResponseHead() = default;
+    ResponseHead(const ResponseHead&) = delete;
+    ResponseHead& operator=(const ResponseHead&) = delete;
+
+    /// Takes one line, line end included.
+    Progress take(std::string_view line);
+
+    bool isFinished() const { return _finished; }
+    int statusCode() const { return _statusCode; }
+    /// Fields that came several times are joined by ", ".
+    const HeaderFields& fields() const { return _fields; }
+    /// The same, which are gone from here.
+    HeaderFields takeFields() { return std::exchange(_fields, {}); }
+    /// What was done to the body on its way, as Content-Encoding says.
+    enum class ContentCoding : std::uint8_t { None, Gzip, Other };
+    ContentCoding contentCoding() const;
+    /// The body's length in bytes as the observer will see it; -1 when the head does not tell.
+    std::int64_t expectedContentLength() const;
+
+private:
+    void begin(std::string_view statusLine);
+    void takeField(std::string_view line);
+
+    int _statusCode = 0;
+    HeaderFields _fields;
+    std::string* _lastValue = nullptr;
+    std::size_t _size = 0;
+    bool _finished = false;
+};
+
+} // namespace KeloAPI

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <KeloAPI/api/Endpoint.hpp>
+#include <KeloAPI/base/Data.hpp>
+#include <KeloAPI/base/Export.hpp>
+#include <KeloAPI/model/KLVideoUpload.hpp>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace KeloAPI {
+
+/// Uploads a long-form video in segments. The host drives it: it initiates an upload session,
+/// sends segments in any order, of any size and with the indices it likes, finalizes the session,
+/// and asks for the status again after `checkAfterSeconds` until the state is final. The library
+/// keeps no timer and retries nothing by itself, with two exceptions: a segment whose kept
+/// connection turns out to be dead goes over a new one, and a call that is released after signing
+/// in again is sent once more, a segment without its bytes, so that the host must send that again.
+///
+/// Media ids go into the path as they are: one that holds "http" makes no address, which the
+/// completion hears. Completions must not be empty; they run on the main queue. Segments of one
+/// upload may be under way together where each has an endpoint of its own.
+class KELO_API LongformUploadEndpoint : public Endpoint {
+public:
+    /// The upload as the service describes it, or the error in its place; null without an error
+    /// where the answer held nothing.
+    using Completion =
+        std::function<void(std::shared_ptr<KLVideoUpload> upload, std::optional<Error> error)>;
+
+    /// On the authenticated session, with `Api::sessionDelegate()`.
+    static std::shared_ptr<LongformUploadEndpoint> create();
+    ~LongformUploadEndpoint() override;
+
+    /// POST /upload/longform-videos, with "totalBytes" and the media type "video/mp4" in the query.
+    std::shared_ptr<EndpointRequest> initiateUpload(std::int64_t totalBytes, Completion completion);
+
+    /// PUT /upload/longform-videos/ and the id, with "segmentIndex" in the query and the bytes as
+    /// the body, which are not copied. The handle's progress counts bytes sent.
+    std::shared_ptr<EndpointRequest>
+    uploadSegment(const std::string& mediaId, Data data, std::int64_t segmentIndex,
+                  std::function<void(std::optional<Error> error)> completion);
+
+    /// POST /upload/longform-videos/ and the id: no segments after this.
+    std::shared_ptr<EndpointRequest> finalizeUpload(const std::string& mediaId,
+                                                    Completion completion);
+
+    /// GET /upload/longform-videos/, the id and /status.
+    std::shared_ptr<EndpointRequest> checkStatus(const std::string& mediaId, Completion completion);
+
+protected:
+    explicit LongformUploadEndpoint(Key key);
+
+private:
+    std::shared_ptr<EndpointRequest> sendForUpload(Completion completion);
+};
+
+namespace detail {
+
+/// How the answer's uploads and error become a completion's arguments: the first upload, and the
+/// error only where there is none.
+KELO_API void completeUpload(const std::vector<std::shared_ptr<KLVideoUpload>>& uploads,
+                             std::optional<Error> error,
+                             const LongformUploadEndpoint::Completion& completion);
+
+} // namespace detail
+
+} // namespace KeloAPI

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <KeloAPI/api/Endpoint.hpp>
+#include <KeloAPI/base/Export.hpp>
+
+#include <cstdint>
+#include <memory>
+
+namespace KeloAPI {
+
+class KLWatchPost;
+
+/// Reports how often a post's video has looped on this device: POST loops, with a JSON body.
+class KELO_API LoopsEndpoint : public Endpoint {
+public:
+    /// On the authenticated session, with `Api::sessionDelegate()`.
+    static std::shared_ptr<LoopsEndpoint> create();
+    ~LoopsEndpoint() override;
+
+    /// Sends one record, {"loops": [{"count", "postId", "ts"}]} with the instant of the call in
+    /// seconds since 1970, and forgets it: the outcome is one diagnostic line, there is no retry
+    /// and no handle. `count` is sent as given. A post without an identifier sends nothing.
+    void submit(std::int64_t count, const KLWatchPost& post);
+
+protected:
+    explicit LoopsEndpoint(Key key);
+};
+
+} // namespace KeloAPI

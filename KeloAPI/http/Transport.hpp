@@ -1,0 +1,83 @@
+#pragma once
+
+#include <KeloAPI/base/Error.hpp>
+#include <KeloAPI/base/Export.hpp>
+#include <KeloAPI/base/URL.hpp>
+#include <KeloAPI/http/HeaderFields.hpp>
+#include <KeloAPI/http/URLRequest.hpp>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string_view>
+
+namespace KeloAPI {
+
+/// The head of an answer.
+struct HTTPResponse {
+    /// Where the answer came from, after redirects.
+    URL url;
+    /// The status that the server sent, of the last leg where there were redirects.
+    int statusCode = 0;
+    /// The same leg's header fields.
+    HeaderFields headerFields;
+    /// The body's length in bytes; -1 when it is not known before the end.
+    std::int64_t expectedContentLength = -1;
+};
+
+/// Hears of one exchange. Calls come one at a time, on a thread of the transport's choice.
+class KELO_API ExchangeObserver {
+public:
+    ExchangeObserver() = default;
+    ExchangeObserver(const ExchangeObserver&) = delete;
+    ExchangeObserver& operator=(const ExchangeObserver&) = delete;
+    virtual ~ExchangeObserver();
+
+    /// The request is on its way and nothing of its answer is there: the time for what must be
+    /// ready by then. Comes again for a redirect, or not at all: a transport need not know.
+    virtual void didSendRequest() {}
+    /// The head of the final answer; heads of redirects are not reported. At most once.
+    virtual void didReceiveResponse(HTTPResponse response) = 0;
+    /// A run of the final answer's body, content encodings undone. False gives the exchange up,
+    /// which then completes with an error.
+    virtual bool didReceiveData(std::string_view bytes) = 0;
+    /// More of the request's body was taken: so many bytes of so many in all. Goes back to a
+    /// smaller number where a redirect sends the body again.
+    virtual void didSendBody(std::int64_t sent, std::int64_t total) = 0;
+    /// The exchange is over. Exactly once, and the last call.
+    virtual void didComplete(std::optional<Error> error) = 0;
+
+    /// True for one that may wait for a disk in its calls: a transport makes them on a thread that
+    /// observers who do not wait have no part in. Asked before the first call; does not change.
+    virtual bool mayWaitForDisk() const { return false; }
+};
+
+/// An exchange under way.
+class KELO_API Exchange {
+public:
+    Exchange() = default;
+    Exchange(const Exchange&) = delete;
+    Exchange& operator=(const Exchange&) = delete;
+    virtual ~Exchange();
+
+    /// Ends the exchange with `Cancelled`, soon and asynchronously; after the end it does nothing.
+    /// From any thread.
+    virtual void cancel() = 0;
+};
+
+/// What carries requests. The library's own speaks HTTP; a host's tests may put another in its
+/// place.
+class KELO_API Transport {
+public:
+    Transport() = default;
+    Transport(const Transport&) = delete;
+    Transport& operator=(const Transport&) = delete;
+    virtual ~Transport();
+
+    /// Starts an exchange for a request that has no `problem()`. The transport keeps the observer
+    /// until it has completed. From any thread; the observer is not called inside the call.
+    virtual std::shared_ptr<Exchange> start(const URLRequest& request,
+                                            std::shared_ptr<ExchangeObserver> observer) = 0;
+};
+
+} // namespace KeloAPI

@@ -1,0 +1,12 @@
+#include <KeloAPI/model/KLEmpty.hpp>
+
+namespace KeloAPI {
+
+KLEmpty::~KLEmpty() = default;
+KLEmptyParser::~KLEmptyParser() = default;
+
+std::shared_ptr<KLEmpty> KLEmptyParser::parse(const JsonObject&) const {
+    return std::make_shared<KLEmpty>();
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <KeloAPI/base/Export.hpp>
+#include <KeloAPI/base/Object.hpp>
+#include <KeloAPI/parsing/JsonParser.hpp>
+
+#include <memory>
+
+namespace KeloAPI {
+
+/// What an answer without data is parsed into.
+class KELO_API KLEmpty final : public Object {
+public:
+    KLEmpty() = default;
+    ~KLEmpty() override;
+};
+
+/// Makes a `KLEmpty` of whatever it is given. Never throws.
+class KELO_API KLEmptyParser final : public JsonParser<KLEmpty> {
+public:
+    KLEmptyParser() = default;
+    ~KLEmptyParser() override;
+    std::shared_ptr<KLEmpty> parse(const JsonObject& json) const override;
+};
+
+} // namespace KeloAPI

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <KeloAPI/base/Export.hpp>
+#include <KeloAPI/base/Object.hpp>
+#include <KeloAPI/parsing/JsonParser.hpp>
+
+#include <memory>
+
+namespace KeloAPI {
+
+/// How many likes a span of a long-form video was given, at one level. Does not change once made.
+class KELO_API KLEndlessLikesRange final : public Object {
+public:
+    KLEndlessLikesRange(double count, double start, double end, double level);
+    KLEndlessLikesRange() = delete;
+    ~KLEndlessLikesRange() override;
+
+    /// "count".
+    double count() const { return _count; }
+    /// "startTime": in seconds of the video.
+    double startTime() const { return _startTime; }
+    /// "endTime": in seconds of the video.
+    double endTime() const { return _endTime; }
+    /// "level": as the service means it.
+    double level() const { return _level; }
+
+private:
+    double _count;
+    double _startTime;
+    double _endTime;
+    double _level;
+};
+
+/// Needs all four keys as numbers (`InsufficientData`).
+class KELO_API KLEndlessLikesRangeParser final : public JsonParser<KLEndlessLikesRange> {
+public:
+    KLEndlessLikesRangeParser() = default;
+    ~KLEndlessLikesRangeParser() override;
+    std::shared_ptr<KLEndlessLikesRange> parse(const JsonObject& json) const override;
+};
+
+} // namespace KeloAPI

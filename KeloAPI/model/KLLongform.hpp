@@ -1,0 +1,50 @@
+#pragma once
+
+#include <KeloAPI/base/Export.hpp>
+#include <KeloAPI/base/Object.hpp>
+#include <KeloAPI/base/URL.hpp>
+#include <KeloAPI/parsing/JsonParser.hpp>
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace KeloAPI {
+
+/// A long-form video. One thread at a time.
+class KELO_API KLLongform final : public Object {
+public:
+    KLLongform(std::string longformId, URL url, double duration);
+    KLLongform() = delete;
+    ~KLLongform() override;
+
+    /// "longformId".
+    const std::string& longformId() const { return _longformId; }
+    /// "videoUrl".
+    const URL& url() const { return _url; }
+    /// "duration": in seconds.
+    double duration() const { return _duration; }
+
+    /// "aspectRatio": the width over the height.
+    double aspectRatio = 1;
+    /// "thumbnailUrl"; absent where there is none, or no URL.
+    std::optional<URL> thumbnailUrl;
+    /// Whether the host may fetch the video before it plays. The host's own: no answer sets it.
+    bool canPreload = false;
+
+private:
+    std::string _longformId;
+    URL _url;
+    double _duration;
+};
+
+/// Needs "longformId" as text, "videoUrl" as a URL and "duration" as a number
+/// (`InsufficientData`).
+class KELO_API KLLongformParser final : public JsonParser<KLLongform> {
+public:
+    KLLongformParser() = default;
+    ~KLLongformParser() override;
+    std::shared_ptr<KLLongform> parse(const JsonObject& json) const override;
+};
+
+} // namespace KeloAPI

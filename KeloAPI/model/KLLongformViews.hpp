@@ -1,0 +1,38 @@
+#pragma once
+
+#include <KeloAPI/base/Export.hpp>
+#include <KeloAPI/base/Object.hpp>
+#include <KeloAPI/parsing/JsonParser.hpp>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace KeloAPI {
+
+/// How often a long-form video has been viewed in all. Does not change once made.
+class KELO_API KLLongformViews final : public Object {
+public:
+    KLLongformViews(std::string longformId, std::int64_t count);
+    KLLongformViews() = delete;
+    ~KLLongformViews() override;
+
+    /// "longformId".
+    const std::string& longformId() const { return _longformId; }
+    /// "count".
+    std::int64_t count() const { return _count; }
+
+private:
+    std::string _longformId;
+    std::int64_t _count;
+};
+
+/// Needs "longformId" as text and "count" as a number (`InsufficientData`).
+class KELO_API KLLongformViewsParser final : public JsonParser<KLLongformViews> {
+public:
+    KLLongformViewsParser() = default;
+    ~KLLongformViewsParser() override;
+    std::shared_ptr<KLLongformViews> parse(const JsonObject& json) const override;
+};
+
+} // namespace KeloAPI

@@ -1,0 +1,86 @@
+#pragma once
+
+#include <KeloAPI/base/Export.hpp>
+#include <KeloAPI/base/Object.hpp>
+#include <KeloAPI/model/KLPagingMetadata.hpp>
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace KeloAPI {
+
+/// A list of model objects that grows page by page, with the paging values of what has been loaded
+/// so far. Inserting and removing single elements moves `metadata()->count()` along; assigning
+/// `data` does not. One thread at a time.
+class KELO_API KLPagedData final : public Object {
+public:
+    using Element = std::shared_ptr<Object>;
+    using Elements = std::vector<Element>;
+    using Index = std::int64_t;
+
+    /// An empty list.
+    KLPagedData();
+    /// A list whose metadata has the number of elements as its count and nothing else.
+    explicit KLPagedData(Elements data);
+    /// `metadata` must not be null.
+    KLPagedData(Elements data, std::shared_ptr<KLPagingMetadata> metadata);
+    ~KLPagedData() override;
+
+    const std::shared_ptr<KLPagingMetadata>& metadata() const { return _metadata; }
+    /// `metadata` must not be null.
+    void setMetadata(std::shared_ptr<KLPagingMetadata> metadata);
+    const Elements& data() const { return _data; }
+    void setData(Elements data) { _data = std::move(data); }
+
+    /// The number of elements.
+    Index count() const { return static_cast<Index>(_data.size()); }
+    Index startIndex() const { return 0; }
+    Index endIndex() const { return count(); }
+    Elements::const_iterator begin() const { return _data.begin(); }
+    Elements::const_iterator end() const { return _data.end(); }
+
+    /// True when the metadata names a next page above 0. Anchors play no part.
+    bool hasNextPage() const { return _metadata->nextPage() > 0; }
+
+    /// An element, to read or to replace. An index outside the list stops the process.
+    const Element& operator[](Index index) const { return _data[checked(index)]; }
+    Element& operator[](Index index) { return _data[checked(index)]; }
+    const Element& objectAtIndex(Index index) const { return (*this)[index]; }
+
+    /// Adds behind the last element.
+    void append(Element object);
+    void addObject(Element object) { append(std::move(object)); }
+    /// Adds before the element at `index`, or at the end. An index that is neither, and a metadata
+    /// count that cannot grow, stop the process.
+    void insert(Element object, Index index);
+    void insertObject(Element object, Index index) { insert(std::move(object), index); }
+    /// Takes an element out and returns it. An index outside the list, and a metadata count that
+    /// cannot sink, stop the process.
+    Element removeAtIndex(Index index);
+    Element removeObjectAtIndex(Index index) { return removeAtIndex(index); }
+    /// Takes the first element out that is this very object; false when there is none.
+    bool remove(const Element& object);
+    bool removeObject(const Element& object) { return remove(object); }
+
+    /// Adds an older page behind the list; null does nothing.
+    void addPagedData(const std::shared_ptr<KLPagedData>& other);
+    /// Adds an older page behind the list, whose metadata (the same object) becomes this list's.
+    void appendPagedData(const KLPagedData& other);
+    /// Adds newer records before the list. The metadata is made anew: the list's own, with the new
+    /// number of elements as its count and the other page's values for the way back.
+    void prependPagedData(const KLPagedData& other);
+
+    /// A list of the same elements, shared, with metadata of its own.
+    std::shared_ptr<KLPagedData> copy() const;
+
+private:
+    /// The elements of `other` at `position`, the list growing as a vector does.
+    void insertElements(Elements::const_iterator position, const KLPagedData& other);
+    std::size_t checked(Index index) const;
+
+    std::shared_ptr<KLPagingMetadata> _metadata;
+    Elements _data;
+};
+
+} // namespace KeloAPI

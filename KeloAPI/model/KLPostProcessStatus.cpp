@@ -1,0 +1,39 @@
+#include <KeloAPI/model/KLPostProcessStatus.hpp>
+
+#include <string_view>
+
+namespace KeloAPI {
+
+namespace {
+
+KLPostProcessStatusState stateNamed(std::string_view name) {
+    if (name == "started") {
+        return KLPostProcessStatusState::Started;
+    }
+    if (name == "completed") {
+        return KLPostProcessStatusState::Completed;
+    }
+    if (name == "failed") {
+        return KLPostProcessStatusState::Failed;
+    }
+    throw JsonParseError(JsonParseError::InvalidData, "state");
+}
+
+} // namespace
+
+KLPostProcessStatus::KLPostProcessStatus(KLPostProcessStatusState state)
+    : _state(state) {}
+
+KLPostProcessStatus::~KLPostProcessStatus() = default;
+KLPostProcessStatusParser::~KLPostProcessStatusParser() = default;
+
+std::shared_ptr<KLPostProcessStatus>
+KLPostProcessStatusParser::parse(const JsonObject& json) const {
+    const auto state = json["state"].text();
+    if (!state) {
+        throw JsonParseError(JsonParseError::InsufficientData, "state");
+    }
+    return std::make_shared<KLPostProcessStatus>(stateNamed(*state));
+}
+
+} // namespace KeloAPI

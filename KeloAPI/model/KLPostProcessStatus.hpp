@@ -1,0 +1,46 @@
+#pragma once
+
+#include <KeloAPI/base/Export.hpp>
+#include <KeloAPI/base/Object.hpp>
+#include <KeloAPI/parsing/JsonParser.hpp>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+namespace KeloAPI {
+
+/// How far the service is with a post's video.
+enum class KLPostProcessStatusState : std::uint8_t { Started = 0, Completed = 1, Failed = 2 };
+
+/// The state with this raw value; none for any other number.
+constexpr std::optional<KLPostProcessStatusState> postProcessStatusStateOf(std::int64_t rawValue) {
+    if (rawValue < 0 || rawValue > 2) {
+        return std::nullopt;
+    }
+    return static_cast<KLPostProcessStatusState>(rawValue);
+}
+
+/// What the service says of its work on a post. Does not change once made.
+class KELO_API KLPostProcessStatus final : public Object {
+public:
+    explicit KLPostProcessStatus(KLPostProcessStatusState state);
+    KLPostProcessStatus() = delete;
+    ~KLPostProcessStatus() override;
+
+    /// "state", as "started", "completed" or "failed".
+    KLPostProcessStatusState state() const { return _state; }
+
+private:
+    KLPostProcessStatusState _state;
+};
+
+/// Needs "state" as text (`InsufficientData`), and as one of the three (`InvalidData`).
+class KELO_API KLPostProcessStatusParser final : public JsonParser<KLPostProcessStatus> {
+public:
+    KLPostProcessStatusParser() = default;
+    ~KLPostProcessStatusParser() override;
+    std::shared_ptr<KLPostProcessStatus> parse(const JsonObject& json) const override;
+};
+
+} // namespace KeloAPI

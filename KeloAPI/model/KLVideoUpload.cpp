@@ -1,0 +1,48 @@
+#include <KeloAPI/model/KLVideoUpload.hpp>
+
+#include <utility>
+
+namespace KeloAPI {
+
+namespace {
+
+std::shared_ptr<KLVideoUploadProcessingInfo> processingInfoOf(const JsonObject& json) {
+    const auto [state, progressPercent, checkAfterSecs] =
+        json.values("state", "progressPercent", "checkAfterSecs");
+    const auto known = videoUploadProcessingStateOf(state.text().value_or(""));
+    if (!known) {
+        throw JsonParseError(JsonParseError::InsufficientData, "state");
+    }
+    auto info = std::make_shared<KLVideoUploadProcessingInfo>(*known);
+    info->progressPercent = progressPercent.real();
+    info->checkAfterSeconds = checkAfterSecs.real();
+    return info;
+}
+
+} // namespace
+
+KLVideoUpload::KLVideoUpload(std::string mediaId)
+    : _mediaId(std::move(mediaId)) {}
+
+KLVideoUpload::~KLVideoUpload() = default;
+KLVideoUploadParser::~KLVideoUploadParser() = default;
+
+std::shared_ptr<KLVideoUpload> KLVideoUploadParser::parse(const JsonObject& json) const {
+    const auto [mediaId, expiresAfterSecs, size, processingInfo] =
+        json.values("mediaId", "expiresAfterSecs", "size", "processingInfo");
+    auto id = parseId(mediaId);
+    if (!id) {
+        throw JsonParseError(JsonParseError::InsufficientData, "mediaId");
+    }
+    auto upload = std::make_shared<KLVideoUpload>(*std::move(id));
+    if (const auto seconds = expiresAfterSecs.real()) {
+        upload->expireDate = dateSinceNow(*seconds);
+    }
+    upload->size = size.integer();
+    if (const auto info = processingInfo.object()) {
+        upload->processingInfo = processingInfoOf(*info);
+    }
+    return upload;
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <KeloAPI/base/Export.hpp>
+#include <KeloAPI/base/Object.hpp>
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace KeloAPI {
+
+/// How far the service is with an uploaded video. `Succeeded` and `Failed` are final.
+enum class KLVideoUploadProcessingState : std::uint8_t { InProgress, Pending, Succeeded, Failed };
+
+/// The state's text on the wire: "in_progress", "pending", "succeeded", "failed".
+KELO_API std::string_view rawValue(KLVideoUploadProcessingState state);
+
+/// The state with this text, to the letter; none for any other.
+KELO_API std::optional<KLVideoUploadProcessingState>
+videoUploadProcessingStateOf(std::string_view rawValue);
+
+/// What the service says of its work on an uploaded video. One thread at a time.
+class KELO_API KLVideoUploadProcessingInfo final : public Object {
+public:
+    explicit KLVideoUploadProcessingInfo(KLVideoUploadProcessingState state);
+    KLVideoUploadProcessingInfo() = delete;
+    ~KLVideoUploadProcessingInfo() override;
+
+    /// "state".
+    KLVideoUploadProcessingState state() const { return _state; }
+
+    /// "checkAfterSecs": how many seconds to wait before asking again; absent when the service does
+    /// not say.
+    std::optional<double> checkAfterSeconds;
+    /// "progressPercent": 0 to 100, as the service sends it; absent when it does not.
+    std::optional<double> progressPercent;
+
+private:
+    KLVideoUploadProcessingState _state;
+};
+
+} // namespace KeloAPI

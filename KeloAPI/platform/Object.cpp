@@ -1,7 +1,0 @@
-#include <KeloAPI/platform/Object.hpp>
-
-namespace KeloAPI {
-
-Object::~Object() = default;
-
-} // namespace KeloAPI

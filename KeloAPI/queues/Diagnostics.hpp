@@ -1,0 +1,21 @@
+#pragma once
+
+#include <KeloAPI/base/Export.hpp>
+
+#include <functional>
+#include <string_view>
+
+namespace KeloAPI::Diagnostics {
+
+/// Takes one line, without its line end. May be called on any thread, one call at a time; it must
+/// neither write a line itself nor set a sink.
+using Sink = std::function<void(std::string_view line)>;
+
+/// Sends the library's few diagnostic lines to `sink` from now on; an empty one restores standard
+/// output. The sink before is not called any more when this returns.
+KELO_API void setSink(Sink sink);
+
+/// Writes `text` to the sink as one line, its control characters escaped as "\xNN".
+KELO_API void write(std::string_view text);
+
+} // namespace KeloAPI::Diagnostics

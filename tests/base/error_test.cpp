@@ -1,0 +1,117 @@
+#include <KeloAPI/base/Error.hpp>
+#include <KeloAPI/base/Result.hpp>
+#include <KeloAPI/http/HTTPError.hpp>
+
+#include <gtest/gtest.h>
+
+namespace KeloAPI {
+
+namespace {
+
+Error full() {
+    Error::UserInfo info;
+    info.emplace(NSLocalizedDescriptionKey, "It broke.");
+    info.emplace("number", Number::of(419));
+    info.emplace("url", *URL::parse("https://service.example/captcha"));
+    return {"domain.example", 7, info, Error("under.example", 8)};
+}
+
+} // namespace
+
+TEST(ErrorTest, CarriesDomainCodeAndUserInfo) {
+    const Error error = full();
+    EXPECT_EQ(error.domain(), "domain.example");
+    EXPECT_EQ(error.code(), 7);
+    EXPECT_EQ(error.userInfo().size(), 3U);
+    EXPECT_EQ(error.localizedDescription(), "It broke.");
+    EXPECT_EQ(error.integer("number"), 419);
+    EXPECT_EQ(error.url("url"), URL::parse("https://service.example/captcha"));
+    ASSERT_TRUE(error.underlying());
+    EXPECT_EQ(error.underlying()->code(), 8);
+}
+
+TEST(ErrorTest, ReadsAKeyOnlyAsWhatItHolds) {
+    const Error error = full();
+    EXPECT_EQ(error.integer("url"), std::nullopt);
+    EXPECT_EQ(error.integer(NSLocalizedDescriptionKey), std::nullopt);
+    EXPECT_EQ(error.integer("missing"), std::nullopt);
+    EXPECT_EQ(error.url("number"), std::nullopt);
+    EXPECT_EQ(error.url("missing"), std::nullopt);
+}
+
+TEST(ErrorTest, WithoutAMessageNamesDomainAndCode) {
+    EXPECT_EQ(Error("domain.example", -1).localizedDescription(), "domain.example error -1");
+    const Error odd("domain.example", 3, {{std::string(NSLocalizedDescriptionKey), Number::of(1)}});
+    EXPECT_EQ(odd.localizedDescription(), "domain.example error 3");
+}
+
+TEST(ErrorTest, DescribesItselfAndWhatLiesBehindOnOneLine) {
+    EXPECT_EQ(full().description(),
+              "domain.example 7: It broke. (under.example 8: under.example error 8)");
+    EXPECT_EQ(Error::withMessage("d", 1, "m").description(), "d 1: m");
+}
+
+TEST(ErrorTest, IsEqualByDomainCodeAndUserInfo) {
+    EXPECT_EQ(full(), full());
+    const Error copy = full();
+    EXPECT_EQ(copy, Error(copy));
+    EXPECT_EQ(Error("d", 1), Error("d", 1, {}, Error("under", 2)))
+        << "what lies behind plays no part";
+    EXPECT_NE(Error("d", 1), Error("d", 2));
+    EXPECT_NE(Error("d", 1), Error("e", 1));
+    EXPECT_NE(Error("d", 1), Error::withMessage("d", 1, "m"));
+    EXPECT_NE(Error::withMessage("d", 1, "n"), Error::withMessage("d", 1, "m"));
+}
+
+TEST(ErrorTest, KeepsTheWholeRangeOfCodes) {
+    for (const std::int64_t code : {INT64_MIN, std::int64_t{-1}, std::int64_t{0}, INT64_MAX}) {
+        EXPECT_EQ(Error("d", code).code(), code);
+    }
+}
+
+TEST(HTTPErrorTest, HasDomainCodeAndMessage) {
+    const Error error = httpError(HTTPErrorCode::TimedOut, "slow", Error("curl", 28));
+    EXPECT_EQ(error.domain(), HTTPErrorDomain);
+    EXPECT_EQ(error.code(), 2);
+    EXPECT_EQ(error.localizedDescription(), "slow");
+    EXPECT_EQ(error.underlying(), Error("curl", 28));
+    EXPECT_TRUE(isHTTPError(error, HTTPErrorCode::TimedOut));
+    EXPECT_FALSE(isHTTPError(error, HTTPErrorCode::Cancelled));
+    EXPECT_FALSE(isHTTPError(Error("other", 2), HTTPErrorCode::TimedOut));
+}
+
+TEST(HTTPErrorTest, ItsCodesAreStable) {
+    const std::pair<HTTPErrorCode, int> table[] = {
+        {HTTPErrorCode::Unknown, -1},           {HTTPErrorCode::Cancelled, 1},
+        {HTTPErrorCode::TimedOut, 2},           {HTTPErrorCode::CannotFindHost, 3},
+        {HTTPErrorCode::CannotConnect, 4},      {HTTPErrorCode::ConnectionLost, 5},
+        {HTTPErrorCode::ServerTrust, 6},        {HTTPErrorCode::UnsupportedURL, 7},
+        {HTTPErrorCode::InvalidHeader, 8},      {HTTPErrorCode::TooManyRedirects, 9},
+        {HTTPErrorCode::BadServerResponse, 10}, {HTTPErrorCode::BadJson, 11},
+        {HTTPErrorCode::EmptyBody, 12},         {HTTPErrorCode::TextEncoding, 13},
+        {HTTPErrorCode::HTTPStatus, 14},        {HTTPErrorCode::CannotWriteFile, 15},
+        {HTTPErrorCode::ParameterEncoding, 16},
+    };
+    for (const auto& [code, number] : table) {
+        EXPECT_EQ(static_cast<int>(code), number);
+    }
+}
+
+TEST(ResultTest, IsEitherAValueOrAnError) {
+    Result<std::string> good = std::string("value");
+    EXPECT_TRUE(good);
+    EXPECT_EQ(good.value(), "value");
+    good.value() += "s";
+    EXPECT_EQ(std::as_const(good).value(), "values");
+    const Result<std::string> bad = Error("d", 1);
+    EXPECT_FALSE(bad);
+    EXPECT_EQ(bad.error(), Error("d", 1));
+}
+
+TEST(ResultTest, HoldsWhatCannotBeCopied) {
+    Result<std::unique_ptr<int>> result = std::make_unique<int>(3);
+    const auto taken = std::move(result.value());
+    EXPECT_EQ(*taken, 3);
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,129 @@
+#include "support/RawServer.hpp"
+#include "support/TemporaryFile.hpp"
+#include "support/TestServer.hpp"
+#include "TransportTest.hpp"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+
+namespace KeloAPI::support {
+namespace {
+
+/// Carries bytes both ways until one side closes.
+void carry(int a, int b) {
+    std::array<pollfd, 2> ends = {pollfd{a, POLLIN, 0}, pollfd{b, POLLIN, 0}};
+    std::array<char, 16384> buffer{};
+    while (::poll(ends.data(), ends.size(), 10'000) > 0) {
+        for (std::size_t from = 0; from < 2; ++from) {
+            if (ends.at(from).revents == 0) {
+                continue;
+            }
+            const auto size = ::recv(ends.at(from).fd, buffer.data(), buffer.size(), 0);
+            if (size <= 0 || ::send(ends.at(1 - from).fd, buffer.data(),
+                                    static_cast<std::size_t>(size), MSG_NOSIGNAL) != size) {
+                return;
+            }
+        }
+    }
+}
+
+class ProxyTest : public TransportTest {
+protected:
+    void TearDown() override {
+        unsetenv("http_proxy");
+        unsetenv("https_proxy");
+        unsetenv("SSL_CERT_FILE");
+    }
+
+    /// Serves CONNECT by a way to `port`, and everything else itself.
+    void serve(RawConnection& connection) {
+        const std::string request = connection.readRequest();
+        {
+            const std::lock_guard lock(_mutex);
+            _seen = request;
+        }
+        if (!request.starts_with("CONNECT ")) {
+            connection.write("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nby proxy!");
+            return;
+        }
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(static_cast<std::uint16_t>(port));
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        const int way = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        if (::connect(way, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) {
+            connection.write("HTTP/1.1 200 Connected\r\nX-Proxy: yes\r\n\r\n");
+            carry(connection.socket(), way);
+        }
+        ::close(way);
+    }
+
+    std::string seen() {
+        const std::lock_guard lock(_mutex);
+        return _seen;
+    }
+
+    int port = 0;
+
+private:
+    std::mutex _mutex;
+    std::string _seen;
+
+protected:
+    RawServer proxy{[this](RawConnection& connection) { serve(connection); }};
+};
+
+TEST_F(ProxyTest, OfTheEnvironmentIsUsed) {
+    setenv("http_proxy", proxy.url("").c_str(), 1);
+    const auto heard = send(*unpinned(), get("http://api.example/path"));
+    EXPECT_TRUE(succeeded(heard));
+    EXPECT_EQ(heard->body, "by proxy!");
+    EXPECT_TRUE(seen().starts_with("GET http://api.example/path HTTP/1.1\r\n")) << seen();
+}
+
+TEST_F(ProxyTest, PinsHoldThroughATunnel) {
+    const auto leaf = TestCertificate::selfSigned({});
+    TestServer server(leaf);
+    server.routes().Get("/", [](const httplib::Request&, httplib::Response& response) {
+        response.set_content("inside", "text/plain");
+    });
+    server.start();
+    port = server.port();
+    setenv("https_proxy", proxy.url("").c_str(), 1);
+
+    auto request = get(server.url("/"));
+    request.headerFields["X-Session"] = "secret";
+    const auto heard = send(*pinning("localhost", {leaf.certificate()}), request);
+    EXPECT_TRUE(succeeded(heard));
+    EXPECT_EQ(heard->body, "inside");
+    EXPECT_FALSE(heard->responses.front().headerFields.contains("X-Proxy"));
+    EXPECT_EQ(seen().find("secret"), std::string::npos) << "the proxy saw " << seen();
+
+    const auto other = TestCertificate::authority().certificate();
+    EXPECT_TRUE(
+        failedWith(send(*pinning("localhost", {other}), request), HTTPErrorCode::ServerTrust));
+}
+
+TEST_F(ProxyTest, APinnedNameWithADotBehindItIsPinned) {
+    // Through the tunnel, because names on loopback have no such spelling.
+    const auto leaf = TestCertificate::selfSigned({});
+    const TemporaryFile store(leaf.pem());
+    setenv("SSL_CERT_FILE", store.path().c_str(), 1);
+    TestServer server(leaf);
+    server.start();
+    port = server.port();
+    setenv("https_proxy", proxy.url("").c_str(), 1);
+    const auto request = get(server.url("/", "localhost."));
+    EXPECT_TRUE(succeeded(send(*unpinned(), request), 404));
+    const auto other = TestCertificate::authority().certificate();
+    EXPECT_TRUE(
+        failedWith(send(*pinning("localhost", {other}), request), HTTPErrorCode::ServerTrust));
+}
+
+} // namespace
+} // namespace KeloAPI::support

@@ -1,0 +1,195 @@
+#include "support/EndpointMaking.hpp"
+#include "support/MainLoop.hpp"
+#include "support/RegistrySession.hpp"
+
+#include <KeloAPI/endpoints/LongformUploadEndpoint.hpp>
+#include <KeloAPI/http/HTTPError.hpp>
+#include <KeloAPI/parsing/JsonParseError.hpp>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <vector>
+
+namespace KeloAPI {
+
+using fakes::ScriptedAnswer;
+using testing::runUntil;
+
+class LongformUploadEndpointTest : public testing::RegistrySessionTest {
+protected:
+    LongformUploadEndpoint::Completion note() {
+        return [this](std::shared_ptr<KLVideoUpload> sent, std::optional<Error> sentError) {
+            upload = std::move(sent);
+            error = std::move(sentError);
+            ++completions;
+        };
+    }
+    void answer(const std::string& body) {
+        const int before = completions;
+        transport->answer(ScriptedAnswer::json(body));
+        EXPECT_TRUE(runUntil([&] { return completions != before; }));
+    }
+    void expectInsufficientData(const char* what) const {
+        ASSERT_TRUE(error) << what;
+        EXPECT_EQ(error->code(), -1) << what;
+        ASSERT_TRUE(error->underlying()) << what;
+        EXPECT_EQ(error->underlying()->code(), JsonParseError::InsufficientData) << what;
+    }
+    std::string lastUrl() const { return lastRequest().url->absoluteString(); }
+
+    std::shared_ptr<LongformUploadEndpoint> endpoint = LongformUploadEndpoint::create();
+    std::shared_ptr<KLVideoUpload> upload;
+    std::optional<Error> error;
+    int completions = 0;
+};
+
+static_assert(!testing::createdWith<LongformUploadEndpoint, std::shared_ptr<Session>>);
+static_assert(testing::createdWith<LongformUploadEndpoint>);
+
+TEST_F(LongformUploadEndpointTest, UsesTheRegistrysSession) {
+    EXPECT_EQ(endpoint->session(), session);
+}
+
+TEST_F(LongformUploadEndpointTest, Initiates) {
+    EXPECT_NE(endpoint->initiateUpload(1048576, note()), nullptr);
+    EXPECT_EQ(lastUrl(), "https://service.example/upload/longform-videos"
+                         "?mediaType=video%2Fmp4&totalBytes=1048576");
+    EXPECT_EQ(lastRequest().method, Method::POST);
+    EXPECT_FALSE(lastRequest().body);
+    answer(R"({"data": {"mediaId": "m-1", "expiresAfterSecs": 60}})");
+    ASSERT_NE(upload, nullptr);
+    EXPECT_EQ(upload->mediaId(), "m-1");
+    EXPECT_FALSE(error);
+}
+
+TEST_F(LongformUploadEndpointTest, SendsASegmentAsItIs) {
+    const std::string bytes("\0\1\xff\r\n", 5);
+    std::optional<std::optional<Error>> ended;
+    const auto handle = endpoint->uploadSegment(
+        "m-1", Data(bytes), 4, [&](std::optional<Error> sentError) { ended = sentError; });
+    EXPECT_NE(handle, nullptr);
+    EXPECT_EQ(lastUrl(), "https://service.example/upload/longform-videos/m-1?segmentIndex=4");
+    EXPECT_EQ(lastRequest().method, Method::PUT);
+    EXPECT_EQ(lastRequest().headerFields.find("content-type")->second, "application/octet-stream");
+    EXPECT_EQ(lastBody(), bytes);
+    transport->answer(ScriptedAnswer::json(R"({"data": {"ignored": 1}})"));
+    EXPECT_TRUE(runUntil([&] { return ended.has_value(); }));
+    EXPECT_FALSE(*ended);
+}
+
+TEST_F(LongformUploadEndpointTest, DoesNotCopyASegment) {
+    const auto owner = std::make_shared<std::string>(1'000'000, 's');
+    const Data data(owner, std::as_bytes(std::span(owner->data(), owner->size())));
+    endpoint->uploadSegment("m-1", data, 0, [](std::optional<Error>) {});
+    EXPECT_EQ(lastRequest().body->bytes().data(), data.bytes().data());
+}
+
+TEST_F(LongformUploadEndpointTest, PassesAnyIndexOn) {
+    endpoint->uploadSegment("m-1", Data(), -3, [](std::optional<Error>) {});
+    EXPECT_TRUE(lastUrl().ends_with("?segmentIndex=-3")) << lastUrl();
+    EXPECT_EQ(lastBody(), "");
+}
+
+TEST_F(LongformUploadEndpointTest, ReportsASegmentsError) {
+    std::optional<std::optional<Error>> ended;
+    endpoint->uploadSegment("m-1", Data(std::string("s")), 0,
+                            [&](std::optional<Error> sentError) { ended = sentError; });
+    transport->answer(ScriptedAnswer::json(R"({"error": "no such upload", "code": 404})"));
+    EXPECT_TRUE(runUntil([&] { return ended.has_value(); }));
+    ASSERT_TRUE(*ended);
+    EXPECT_EQ((*ended)->code(), 404);
+}
+
+TEST_F(LongformUploadEndpointTest, FinalizesWithoutParametersAndBody) {
+    endpoint->uploadSegment("m-1", Data(std::string("s")), 0, [](std::optional<Error>) {});
+    endpoint->finalizeUpload("m-1", note());
+    EXPECT_EQ(lastUrl(), "https://service.example/upload/longform-videos/m-1");
+    EXPECT_EQ(lastRequest().method, Method::POST);
+    EXPECT_FALSE(lastRequest().body);
+    EXPECT_EQ(lastRequest().headerFields.count("content-type"), 0U);
+}
+
+TEST_F(LongformUploadEndpointTest, ChecksTheStatus) {
+    endpoint->initiateUpload(1, note());
+    endpoint->checkStatus("m-1", note());
+    EXPECT_EQ(lastUrl(), "https://service.example/upload/longform-videos/m-1/status");
+    EXPECT_EQ(lastRequest().method, Method::GET);
+    EXPECT_FALSE(lastRequest().body);
+    transport->answerRequest(1,
+                             ScriptedAnswer::json(R"({"data": {"mediaId": "m-1", "processingInfo":
+            {"state": "in_progress", "progressPercent": 42.5, "checkAfterSecs": 5}}})"));
+    EXPECT_TRUE(runUntil([&] { return completions == 1; }));
+    ASSERT_NE(upload, nullptr);
+    EXPECT_EQ(upload->processingInfo->checkAfterSeconds, 5);
+}
+
+TEST_F(LongformUploadEndpointTest, ReportsAnErrorWithoutUpload) {
+    endpoint->checkStatus("m-1", note());
+    answer(R"({"error": "gone", "code": 410})");
+    EXPECT_EQ(upload, nullptr);
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code(), 410);
+    endpoint->checkStatus("m-1", note());
+    answer(R"({"data": {"processingInfo": {"state": "pending"}}})");
+    EXPECT_EQ(upload, nullptr);
+    expectInsufficientData("an answer without an identifier");
+    endpoint->checkStatus("m-1", note());
+    answer(R"({"data": {"mediaId": "m-1", "processingInfo": {"state": "done"}}})");
+    EXPECT_EQ(upload, nullptr);
+    expectInsufficientData("an unknown state");
+}
+
+TEST_F(LongformUploadEndpointTest, EveryHandleCancels) {
+    const std::vector<std::function<std::shared_ptr<EndpointRequest>()>> calls = {
+        [this] { return endpoint->initiateUpload(1, note()); },
+        [this] { return endpoint->finalizeUpload("m-1", note()); },
+        [this] { return endpoint->checkStatus("m-1", note()); }};
+    for (const auto& call : calls) {
+        const int before = completions;
+        const auto handle = call();
+        ASSERT_NE(handle, nullptr);
+        handle->cancel();
+        EXPECT_EQ(completions, before) << "not within the call";
+        EXPECT_TRUE(runUntil([&] { return completions != before; }));
+        EXPECT_EQ(completions, before + 1);
+        EXPECT_EQ(upload, nullptr);
+        ASSERT_TRUE(error);
+        EXPECT_TRUE(isHTTPError(*error, HTTPErrorCode::Cancelled)) << error->description();
+    }
+}
+
+TEST_F(LongformUploadEndpointTest, HasNeitherUploadNorErrorOfAnEmptyList) {
+    endpoint->checkStatus("m-1", note());
+    answer(R"({"data": {"records": []}})");
+    EXPECT_EQ(upload, nullptr);
+    EXPECT_FALSE(error);
+    EXPECT_EQ(completions, 1);
+}
+
+TEST_F(LongformUploadEndpointTest, TakesTheFirstUploadAndDropsAnErrorBesideIt) {
+    const auto first = std::make_shared<KLVideoUpload>("1");
+    const auto second = std::make_shared<KLVideoUpload>("2");
+    detail::completeUpload({first, second}, Error("test", 1), note());
+    EXPECT_EQ(upload, first);
+    EXPECT_FALSE(error);
+    detail::completeUpload({}, Error("test", 1), note());
+    EXPECT_EQ(upload, nullptr);
+    EXPECT_EQ(error->code(), 1);
+}
+
+TEST_F(LongformUploadEndpointTest, SendsASegmentAgainWithoutItsBytes) {
+    delegate->sessionKey = "old";
+    int ended = 0;
+    endpoint->uploadSegment("m-1", Data(std::string("s")), 4,
+                            [&](std::optional<Error>) { ++ended; });
+    transport->answer(ScriptedAnswer::json(R"({"error": "expired", "code": 103})"));
+    EXPECT_TRUE(runUntil([&] { return ended == 1; }));
+    session->handleQueuedRetries(true);
+    EXPECT_EQ(lastUrl(), "https://service.example/upload/longform-videos/m-1?segmentIndex=4");
+    EXPECT_FALSE(lastRequest().body && !lastRequest().body->empty());
+    transport->answer(ScriptedAnswer::json(R"({"data": {}})"));
+    EXPECT_TRUE(runUntil([&] { return ended == 2; }));
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,177 @@
+#include "support/EndpointMaking.hpp"
+#include "support/MainLoop.hpp"
+#include "support/RegistrySession.hpp"
+
+#include <KeloAPI/endpoints/LongformViewsEndpoint.hpp>
+#include <KeloAPI/http/HTTPError.hpp>
+#include <KeloAPI/model/KLLongformViews.hpp>
+
+#include <gtest/gtest.h>
+
+#include <charconv>
+#include <random>
+#include <type_traits>
+
+namespace KeloAPI {
+
+using fakes::ScriptedAnswer;
+using testing::runUntil;
+
+class LongformViewsEndpointTest : public testing::RegistrySessionTest {
+protected:
+    void fetch(const std::string& body) {
+        bool done = false;
+        transport->answer(ScriptedAnswer::json(body));
+        endpoint->fetchViews(
+            [&](std::shared_ptr<KLLongformViews> sent, std::optional<Error> sentError) {
+                views = std::move(sent);
+                error = std::move(sentError);
+                done = true;
+            });
+        EXPECT_TRUE(runUntil([&] { return done; }));
+    }
+    void submit(const std::string& body) {
+        bool done = false;
+        transport->answer(ScriptedAnswer::json(body));
+        endpoint->submitView([&](std::optional<Error> sentError) {
+            error = std::move(sentError);
+            done = true;
+        });
+        EXPECT_TRUE(runUntil([&] { return done; }));
+    }
+
+    std::shared_ptr<LongformViewsEndpoint> endpoint = LongformViewsEndpoint::create("abc");
+    std::shared_ptr<KLLongformViews> views;
+    std::optional<Error> error;
+};
+
+static_assert(!std::is_default_constructible_v<KLLongformViews>);
+static_assert(std::is_constructible_v<KLLongformViews, const char*, int>);
+static_assert(!testing::createdWith<LongformViewsEndpoint, std::shared_ptr<Session>>);
+static_assert(testing::createdWith<LongformViewsEndpoint, const char*>);
+
+TEST_F(LongformViewsEndpointTest, ReadsViews) {
+    EXPECT_EQ(endpoint->path(), "/longforms/abc/views");
+    fetch(R"({"data": {"longformId": "abc", "count": 12}})");
+    EXPECT_EQ(lastRequest().method, Method::GET);
+    EXPECT_EQ(lastRequest().url->absoluteString(), "https://service.example/longforms/abc/views");
+    EXPECT_FALSE(lastRequest().body.has_value());
+    ASSERT_NE(views, nullptr);
+    EXPECT_EQ(views->longformId(), "abc");
+    EXPECT_EQ(views->count(), 12);
+    EXPECT_FALSE(error.has_value());
+}
+
+TEST_F(LongformViewsEndpointTest, WithoutAnItemThereAreNoViewsAndNoError) {
+    fetch(R"({"data": {}})");
+    EXPECT_EQ(views, nullptr);
+    EXPECT_FALSE(error.has_value());
+}
+
+TEST_F(LongformViewsEndpointTest, TheFirstOfSeveralViewsCounts) {
+    fetch(R"({"data": {"records": [{"longformId": "a", "count": 1},
+                                   {"longformId": "b", "count": 2}]}})");
+    ASSERT_NE(views, nullptr);
+    EXPECT_EQ(views->longformId(), "a");
+}
+
+TEST_F(LongformViewsEndpointTest, CountsAreReadAsSignedIntegers) {
+    for (const auto& [text, count] : std::map<std::string, std::int64_t>{
+             {"-3", -3}, {"12.9", 12}, {"9223372036854775807", INT64_MAX}}) {
+        fetch(R"({"data": {"longformId": "", "count": )" + text + "}}");
+        ASSERT_NE(views, nullptr) << text;
+        EXPECT_EQ(views->count(), count) << text;
+    }
+}
+
+TEST_F(LongformViewsEndpointTest, UsesTheSignedInSessionWithTheDefaultDelegate) {
+    session->setDelegate(nullptr);
+    EXPECT_EQ(LongformViewsEndpoint::create("abc")->session(), session);
+    EXPECT_EQ(session->delegate(), delegate);
+}
+
+TEST_F(LongformViewsEndpointTest, EitherCallCanBeCancelledByItsHandle) {
+    std::vector<std::int64_t> codes;
+    const auto reading = endpoint->fetchViews(
+        [&](const std::shared_ptr<KLLongformViews>& sent, const std::optional<Error>& sentError) {
+            EXPECT_EQ(sent, nullptr);
+            codes.push_back(sentError ? sentError->code() : 0);
+        });
+    ASSERT_NE(reading, nullptr);
+    reading->cancel();
+    ASSERT_TRUE(runUntil([&] { return codes.size() == 1; }));
+    const auto reporting = endpoint->submitView([&](const std::optional<Error>& sentError) {
+        codes.push_back(sentError ? sentError->code() : 0);
+    });
+    ASSERT_NE(reporting, nullptr);
+    reporting->cancel();
+    ASSERT_TRUE(runUntil([&] { return codes.size() == 2; }));
+    const auto cancelled = static_cast<std::int64_t>(HTTPErrorCode::Cancelled);
+    EXPECT_EQ(codes, (std::vector<std::int64_t>{cancelled, cancelled}));
+}
+
+TEST_F(LongformViewsEndpointTest, WhatTheAnswerToAReportHoldsIsIgnored) {
+    submit(R"({"data": {"longformId": 5, "count": "x"}})");
+    EXPECT_FALSE(error.has_value());
+    submit(R"({"data": 5})");
+    EXPECT_EQ(error->localizedDescription(), "Malformed data section in response");
+}
+
+TEST_F(LongformViewsEndpointTest, RequiredKeysThatAreMissingOrMistypedFail) {
+    for (const char* data : {R"({"longformId": "abc", "count": "12"})", R"({"longformId": "abc"})",
+                             R"({"longformId": 5, "count": 12})", R"({"count": 12})",
+                             R"({"longformId": "abc", "count": null})"}) {
+        fetch(std::string(R"({"data": )") + data + "}");
+        EXPECT_EQ(views, nullptr) << data;
+        ASSERT_TRUE(error.has_value()) << data;
+        EXPECT_EQ(error->underlying()->code(), JsonParseError::InsufficientData) << data;
+    }
+}
+
+TEST_F(LongformViewsEndpointTest, SubmitsTheInstantAsText) {
+    const double before = timeIntervalSince1970(Date::now());
+    submit(R"({"data": {}})");
+    EXPECT_FALSE(error.has_value());
+    EXPECT_EQ(lastRequest().method, Method::POST);
+    EXPECT_EQ(lastRequest().url->path(), "/longforms/abc/views");
+    const auto document = JsonDocument::parse(lastBody());
+    const auto body = *document.value().root().object();
+    EXPECT_EQ(body.size(), 1U);
+    const auto timestamp = body["timestamp"].text();
+    ASSERT_TRUE(timestamp.has_value());
+    EXPECT_NE(timestamp->find('.'), std::string_view::npos);
+    EXPECT_GE(std::stod(std::string(*timestamp)), before);
+}
+
+TEST_F(LongformViewsEndpointTest, ReadingAndReportingMayAlternate) {
+    submit(R"({"data": {}})");
+    fetch(R"({"data": {"longformId": "abc", "count": 1}})");
+    EXPECT_EQ(lastRequest().method, Method::GET);
+    EXPECT_EQ(lastRequest().url->query(), std::nullopt);
+    EXPECT_FALSE(lastRequest().body.has_value());
+    submit(R"({"error": "no", "code": 3})");
+    EXPECT_EQ(error->code(), 3);
+}
+
+TEST(DecimalText, HasAPointAndNoExponent) {
+    EXPECT_EQ(detail::decimalText(1447545600.25), "1447545600.25");
+    EXPECT_EQ(detail::decimalText(1447545600), "1447545600.0");
+    EXPECT_EQ(detail::decimalText(0), "0.0");
+    EXPECT_EQ(detail::decimalText(1e22), "10000000000000000000000.0");
+    EXPECT_EQ(detail::decimalText(1e-7), "0.0000001");
+    EXPECT_EQ(detail::decimalText(-0.5), "-0.5");
+}
+
+TEST(DecimalText, ReadsBackAsTheSameNumber) {
+    std::mt19937_64 random(1);
+    std::uniform_real_distribution<double> instants(0, 4e9);
+    for (int i = 0; i < 10000; ++i) {
+        const double value = instants(random);
+        const std::string text = detail::decimalText(value);
+        double back = 0;
+        std::from_chars(text.data(), text.data() + text.size(), back);
+        ASSERT_EQ(back, value) << text;
+    }
+}
+
+} // namespace KeloAPI

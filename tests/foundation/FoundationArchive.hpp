@@ -1,0 +1,51 @@
+#pragma once
+
+#include "support/TemporaryFolder.hpp"
+
+#include <KeloAPI/base/Data.hpp>
+#include <KeloAPI/base/Date.hpp>
+
+#include <chrono>
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+
+namespace KeloAPI::testing {
+
+/// From which the platform counts its dates.
+inline constexpr Date referenceDate = std::chrono::sys_days(std::chrono::January / 1 / 2001);
+
+/// A real Foundation's archives. The languages of objects and classes stand at the head of
+/// foundation-archive.m. What it refuses is thrown with its own words.
+class FoundationArchive {
+public:
+    /// The archive that it writes of `objects`.
+    static Data write(const std::string& objects) {
+        const TemporaryFolder folder;
+        run(folder, "write", objects);
+        return Data(folder.read("archive"));
+    }
+
+    /// What it reads in an archive that has objects of these classes.
+    static std::string read(const Data& archive, const std::string& classes) {
+        const TemporaryFolder folder;
+        folder.write("archive", std::string(archive.text()));
+        run(folder, "read", classes);
+        return folder.read("output");
+    }
+
+private:
+    static void run(const TemporaryFolder& folder, const std::string& verb,
+                    const std::string& input) {
+        folder.write("input", input);
+        const std::string command = "'" KELO_FOUNDATION_ARCHIVE "' " + verb + " '" +
+                                    folder.path("archive") + "' <'" + folder.path("input") +
+                                    "' >'" + folder.path("output") + "' 2>'" +
+                                    folder.path("errors") + "'";
+        if (std::system(command.c_str()) != 0) {
+            throw std::runtime_error(folder.read("errors"));
+        }
+    }
+};
+
+} // namespace KeloAPI::testing

@@ -1,0 +1,225 @@
+#include "foundation/FoundationArchive.hpp"
+#include "support/ArchivedModels.hpp"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace KeloAPI {
+
+using testing::Everything;
+using testing::FoundationArchive;
+using testing::Node;
+using testing::referenceDate;
+using testing::SpecialNode;
+
+namespace {
+
+using namespace std::chrono_literals;
+
+const std::string everythingClass = "class Everything\n"
+                                    "text text\n"
+                                    "url url\n"
+                                    "date date\n"
+                                    "number number\n"
+                                    "range range\n"
+                                    "int64 integer\n"
+                                    "double real\n"
+                                    "bool flag\n"
+                                    "object other\n";
+
+const std::string nodeClass = "class Node\n"
+                              "text name\n"
+                              "object left\n"
+                              "object right\n";
+
+std::shared_ptr<Everything> something() {
+    auto object = std::make_shared<Everything>();
+    object->text = std::string("caf\u00e9 \U0001F600\n") + '\0' + "%";
+    object->url = URL::parse("https://kelo.example/a%20b?c=d#e");
+    object->date = referenceDate + 521692800s + 123456us;
+    object->number = Number::of(std::numeric_limits<std::int64_t>::max());
+    object->range = Range{3, 4};
+    object->integer = std::numeric_limits<std::int64_t>::min();
+    object->real = -1.5;
+    object->flag = true;
+    return object;
+}
+
+const std::string somethingLines = "object 1 Everything\n"
+                                   "text text =caf%C3%A9%20%F0%9F%98%80%0A%00%25\n"
+                                   "url url =https://kelo.example/a%2520b%3Fc%3Dd%23e\n"
+                                   "date date 521692800.123456\n"
+                                   "number number i9223372036854775807\n"
+                                   "range range 3 4\n"
+                                   "int64 integer -9223372036854775808\n"
+                                   "double real -1.5\n"
+                                   "bool flag 1\n"
+                                   "object other null\n";
+
+struct Dollar final : Archivable {
+    static constexpr std::string_view archivedClassName = "Dollar";
+    std::optional<std::string> text;
+    std::vector<std::string_view> archivedClassNames() const override {
+        return {archivedClassName};
+    }
+    void encodeWithCoder(KeyedArchiver& coder) const override { coder.encodeText("a", "$class"); }
+    static std::shared_ptr<Dollar> initWithCoder(KeyedUnarchiver& coder) {
+        auto object = std::make_shared<Dollar>();
+        object->text = coder.decodeText("$class");
+        return object;
+    }
+};
+
+} // namespace
+
+TEST(FoundationTest, ReadsEveryKindThatWeWrite) {
+    EXPECT_EQ(FoundationArchive::read(KeyedArchiver::archivedData(something()), everythingClass),
+              somethingLines);
+}
+
+TEST(FoundationTest, WritesEveryKindThatWeRead) {
+    const auto expected = something();
+    const auto object =
+        KeyedUnarchiver::unarchive<Everything>(FoundationArchive::write(somethingLines));
+    ASSERT_TRUE(object);
+    EXPECT_EQ(object->text, expected->text);
+    EXPECT_EQ(object->url, expected->url);
+    EXPECT_EQ(object->date, expected->date);
+    EXPECT_EQ(object->number, expected->number);
+    EXPECT_EQ(object->range, expected->range);
+    EXPECT_EQ(object->integer, expected->integer);
+    EXPECT_EQ(object->real, expected->real);
+    EXPECT_EQ(object->flag, expected->flag);
+    EXPECT_FALSE(object->other);
+}
+
+TEST(FoundationTest, ReadsWhatIsAbsentAsNull) {
+    EXPECT_EQ(FoundationArchive::read(KeyedArchiver::archivedData(std::make_shared<Everything>()),
+                                      everythingClass + "text missing\n"),
+              "object 1 Everything\n"
+              "text text null\n"
+              "url url null\n"
+              "date date null\n"
+              "number number null\n"
+              "range range null\n"
+              "int64 integer 0\n"
+              "double real 0\n"
+              "bool flag 0\n"
+              "object other null\n"
+              "text missing missing\n");
+}
+
+TEST(FoundationTest, WritesNullsAndMissingKeysThatWeReadAsAbsent) {
+    const auto object =
+        KeyedUnarchiver::unarchive<Everything>(FoundationArchive::write("object 1 Everything\n"
+                                                                        "text text null\n"
+                                                                        "url url null\n"
+                                                                        "date date null\n"));
+    ASSERT_TRUE(object);
+    EXPECT_FALSE(object->text || object->url || object->date || object->number || object->range);
+}
+
+TEST(FoundationTest, AgreesOnNumbers) {
+    const std::pair<std::string, Number> table[] = {
+        {"b1", Number::of(true)},
+        {"b0", Number::of(false)},
+        {"i0", Number::of(0)},
+        {"i-1", Number::of(-1)},
+        {"i255", Number::of(255)},
+        {"i256", Number::of(256)},
+        {"i65536", Number::of(65536)},
+        {"i4294967295", Number::of(std::int64_t{4294967295})},
+        {"i4294967296", Number::of(std::int64_t{4294967296})},
+        {"i9007199254740993", Number::of(std::int64_t{9007199254740993})},
+        {"d0.5", Number::of(0.5)},
+        {"d-1.0000000000000001e+300", Number::of(-1e300)},
+    };
+    for (const auto& [text, number] : table) {
+        const auto object = std::make_shared<Everything>();
+        object->number = number;
+        EXPECT_EQ(FoundationArchive::read(KeyedArchiver::archivedData(object),
+                                          "class Everything\nnumber number\n"),
+                  "object 1 Everything\nnumber number " + text + "\n");
+        const auto again = KeyedUnarchiver::unarchive<Everything>(
+            FoundationArchive::write("object 1 Everything\nnumber number " + text + "\n"));
+        ASSERT_TRUE(again && again->number) << text;
+        EXPECT_EQ(*again->number, number) << text;
+        EXPECT_EQ(again->number->kind(), number.kind()) << text;
+    }
+}
+
+TEST(FoundationTest, WritesMutableTextsAndURLsWithBasesThatWeRead) {
+    const auto object = KeyedUnarchiver::unarchive<Everything>(
+        FoundationArchive::write("object 1 Everything\n"
+                                 "mutable-text text =caf%C3%A9\n"
+                                 "url url =c/d%3Fe =https://kelo.example/a/b\n"));
+    ASSERT_TRUE(object);
+    EXPECT_EQ(object->text, "caf\u00e9");
+    EXPECT_EQ(object->url, URL::parse("https://kelo.example/a/c/d?e"));
+}
+
+TEST(FoundationTest, AgreesOnKeysThatBeginWithADollar) {
+    EXPECT_EQ(FoundationArchive::read(KeyedArchiver::archivedData(std::make_shared<Dollar>()),
+                                      "class Dollar\ntext %24class\n"),
+              "object 1 Dollar\ntext $class =a\n");
+    const auto object = KeyedUnarchiver::unarchive<Dollar>(
+        FoundationArchive::write("object 1 Dollar\ntext %24class =a\n"));
+    ASSERT_TRUE(object);
+    EXPECT_EQ(object->text, "a");
+}
+
+TEST(FoundationTest, AgreesOnGraphsOfObjects) {
+    const auto root = std::make_shared<SpecialNode>("root");
+    root->left = std::make_shared<Node>("shared");
+    root->right = root->left;
+    root->left->left = root;
+    const std::string lines = "object 1 SpecialNode\n"
+                              "text name =root\n"
+                              "object left 2\n"
+                              "object right 2\n"
+                              "object 2 Node\n"
+                              "text name =shared\n"
+                              "object left 1\n"
+                              "object right null\n";
+    EXPECT_EQ(FoundationArchive::read(KeyedArchiver::archivedData(root),
+                                      nodeClass + "class SpecialNode:Node\n"),
+              lines);
+    root->left->left = nullptr;
+
+    std::string described = lines;
+    described.replace(described.find("SpecialNode"), 11, "SpecialNode:Node");
+    const Data archive = FoundationArchive::write(described);
+    EXPECT_EQ(KeyedUnarchiver::rootClassName(archive), "SpecialNode");
+    const auto again = KeyedUnarchiver::unarchive<Node>(archive);
+    ASSERT_TRUE(again && again->left);
+    EXPECT_EQ(again->name, "root");
+    EXPECT_EQ(again->left, again->right);
+    EXPECT_EQ(again->left->name, "shared");
+    EXPECT_FALSE(again->left->left || again->left->right);
+}
+
+TEST(FoundationTest, AgreesOnAChainOfManyObjects) {
+    const auto root = std::make_shared<Node>("0");
+    std::string expected = "object 1 Node\ntext name =0\nobject left null\nobject right 2\n";
+    auto last = root;
+    // Nearly as deep as we read.
+    for (int index = 1; index < 80; ++index) {
+        last->right = std::make_shared<Node>(std::to_string(index) + std::string(500, 'x'));
+        last = last->right;
+        expected += "object " + std::to_string(index + 1) + " Node\ntext name =" + last->name +
+                    "\nobject left null\nobject right " +
+                    (index == 79 ? "null" : std::to_string(index + 2)) + "\n";
+    }
+    const Data archive = KeyedArchiver::archivedData(root);
+    EXPECT_EQ(FoundationArchive::read(archive, nodeClass), expected);
+    const auto again = KeyedUnarchiver::unarchive<Node>(FoundationArchive::write(expected));
+    ASSERT_TRUE(again);
+    EXPECT_EQ(FoundationArchive::read(KeyedArchiver::archivedData(again), nodeClass), expected);
+}
+
+TEST(FoundationTest, RefusesWhatIsNoArchive) {
+    EXPECT_THROW(FoundationArchive::read(Data("no archive"), nodeClass), std::runtime_error);
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,113 @@
+#include <KeloAPI/api/Certificates.hpp>
+#include <KeloAPI/http/Certificate.hpp>
+#include <KeloAPI/Settings.hpp>
+
+#include <gtest/gtest.h>
+
+namespace KeloAPI {
+
+namespace {
+
+/// `base64` as the build scrambles it.
+std::string scrambled(std::string_view base64) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string text;
+    for (std::size_t i = 0; i < base64.size(); ++i) {
+        const auto number = static_cast<unsigned char>(base64[i]) ^ ((90U + 7U * i) & 127U);
+        text += i == 0 ? "" : " ";
+        text += digits[number >> 4U];
+        text += digits[number & 15U];
+    }
+    return text;
+}
+
+Certificate first() {
+    return Certificates::chain().at(0);
+}
+
+} // namespace
+
+TEST(CertificatesTest, TheChainHasBothEntriesInTheirOrder) {
+    const auto chain = Certificates::chain();
+    ASSERT_EQ(chain.size(), 2U);
+    EXPECT_FALSE(chain[0] == chain[1]);
+    EXPECT_TRUE(Certificates::chain() == chain) << "made anew, and the same";
+    const std::string_view reversed[] = {Settings::certificates[1], Settings::certificates[0]};
+    const auto turned = detail::certificates(reversed);
+    ASSERT_EQ(turned.size(), 2U);
+    EXPECT_TRUE(turned[0] == chain[1]);
+    EXPECT_TRUE(turned[1] == chain[0]);
+}
+
+TEST(CertificatesTest, ADamagedEntryIsLeftOut) {
+    const std::string_view good = Settings::certificates[1];
+    std::string noNumber(Settings::certificates[0]);
+    noNumber[0] = 'x';
+    std::string otherByte(Settings::certificates[0]);
+    otherByte[4] = otherByte[4] == '1' ? '2' : '1';
+    const std::string cutOff(Settings::certificates[0].substr(0, 400 * 3 - 1));
+    const std::string noCertificate = scrambled("Zm9vYmFy");
+    const std::string noBase64 = scrambled("Zm9vYmF");
+    for (const std::string& damaged :
+         {noNumber, otherByte, cutOff, noCertificate, noBase64, std::string()}) {
+        const std::string_view entries[] = {damaged, good};
+        const auto chain = detail::certificates(entries);
+        ASSERT_EQ(chain.size(), 1U) << damaged.substr(0, 40);
+        EXPECT_TRUE(chain[0] == Certificates::chain()[1]);
+    }
+    const std::string_view none[] = {noBase64, noCertificate};
+    EXPECT_TRUE(detail::certificates(none).empty());
+    EXPECT_TRUE(detail::certificates({}).empty());
+}
+
+TEST(CertificatesTest, DecodesItsScrambledTexts) {
+    EXPECT_EQ(detail::decoded(scrambled("Zm9vYmFy+/==")), "Zm9vYmFy+/==");
+    const std::string longText(1000, 'Q');
+    EXPECT_EQ(detail::decoded(scrambled(longText)), longText);
+    EXPECT_EQ(detail::decoded("1b"), "A");
+    EXPECT_EQ(detail::decoded("1B"), "A");
+    EXPECT_EQ(detail::decoded("001b"), "A");
+    EXPECT_EQ(detail::decoded("1b 23"), "AB");
+    for (const char* text : {"", " ", "1b  23", " 1b", "1g", "g", "0x1b", "-1", "+1", "80", "fff",
+                             "1b,23", "1b\n23", "ffffffffffffffffffff"}) {
+        EXPECT_EQ(detail::decoded(text), std::nullopt) << text;
+    }
+}
+
+TEST(CertificateTest, GoesFromDERToPEMAndBack) {
+    const Certificate certificate = first();
+    const std::string pem = certificate.pem();
+    EXPECT_EQ(pem.substr(0, 28), "-----BEGIN CERTIFICATE-----\n");
+    EXPECT_EQ(pem.back(), '\n');
+    const auto again = Certificate::fromPEM(pem);
+    ASSERT_TRUE(again);
+    EXPECT_TRUE(*again == certificate);
+    EXPECT_TRUE(*Certificate::fromDER(Data(std::string(certificate.der().text()))) == certificate);
+}
+
+TEST(CertificateTest, TakesTheFirstCertificateOfAPEMText) {
+    const auto chain = Certificates::chain();
+    const auto both = Certificate::fromPEM("subject=x\n" + chain[1].pem() + chain[0].pem());
+    ASSERT_TRUE(both);
+    EXPECT_TRUE(*both == chain[1]);
+}
+
+TEST(CertificateTest, RefusesBytesThatAreNone) {
+    const std::string der(first().der().text());
+    EXPECT_FALSE(Certificate::fromDER(Data()));
+    EXPECT_FALSE(Certificate::fromDER(Data("garbage")));
+    EXPECT_FALSE(Certificate::fromDER(Data(der + "x"))) << "something behind it";
+    EXPECT_FALSE(Certificate::fromDER(Data("x" + der)));
+    for (std::size_t size = 0; size < der.size(); size += 7) {
+        EXPECT_FALSE(Certificate::fromDER(Data(der.substr(0, size))));
+    }
+    for (const char* pem :
+         {"", "garbage", "-----BEGIN CERTIFICATE-----\n-----END CERTIFICATE-----\n",
+          "-----BEGIN CERTIFICATE-----\nZm9v\n-----END CERTIFICATE-----\n",
+          "-----BEGIN CERTIFICATE-----\n????\n-----END CERTIFICATE-----\n"}) {
+        EXPECT_FALSE(Certificate::fromPEM(pem)) << pem;
+    }
+    EXPECT_FALSE(Certificate::fromPEM(first().pem().substr(0, 200)));
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,212 @@
+#include "support/TemporaryFolder.hpp"
+
+#include <KeloAPI/http/HTTPError.hpp>
+#include <KeloAPI/http/internal/DownloadFile.hpp>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+
+namespace KeloAPI {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class DownloadFileTest : public ::testing::Test {
+protected:
+    static void expectCannotWrite(const DownloadFile& file) {
+        ASSERT_TRUE(file.error());
+        EXPECT_TRUE(isHTTPError(*file.error(), HTTPErrorCode::CannotWriteFile));
+        ASSERT_TRUE(file.error()->underlying());
+        EXPECT_NE(file.error()->underlying()->code(), 0) << "the system's reason";
+    }
+
+    testing::TemporaryFolder folder;
+};
+
+TEST_F(DownloadFileTest, TakesItsPlaceOnCommitOnly) {
+    folder.write("video", "old");
+    {
+        DownloadFile file(folder.path("video"));
+        EXPECT_TRUE(file.append("new "));
+        EXPECT_TRUE(file.append("content"));
+        EXPECT_EQ(folder.read("video"), "old");
+        EXPECT_EQ(folder.names().size(), 2U) << "the temporary file stands beside it";
+        EXPECT_TRUE(file.commit());
+        EXPECT_EQ(folder.read("video"), "new content");
+    }
+    EXPECT_THAT(folder.names(), ElementsAre("video"));
+}
+
+TEST_F(DownloadFileTest, LeavesEverythingAsItWasWithoutCommit) {
+    folder.write("video", "old");
+    {
+        DownloadFile file(folder.path("video"));
+        EXPECT_TRUE(file.append(std::string(2'000'000, 'x')));
+    }
+    EXPECT_EQ(folder.read("video"), "old");
+    EXPECT_THAT(folder.names(), ElementsAre("video"));
+    { const DownloadFile file(folder.path("other")); }
+    EXPECT_THAT(folder.names(), ElementsAre("video"));
+}
+
+TEST_F(DownloadFileTest, KeepsLargeContent) {
+    std::string expected;
+    DownloadFile file(folder.path("large"));
+    for (int i = 0; i < 300; ++i) {
+        const std::string run(16'384, static_cast<char>('a' + i % 26));
+        EXPECT_TRUE(file.append(run));
+        expected += run;
+    }
+    EXPECT_TRUE(file.commit());
+    EXPECT_TRUE(folder.read("large") == expected);
+}
+
+TEST_F(DownloadFileTest, KeepsContentOfEverySizeAroundItsBlocks) {
+    constexpr std::size_t small = std::size_t{64} << 10U;
+    constexpr std::size_t large = std::size_t{512} << 10U;
+    for (const std::size_t size : {small - 1, small, small + 1, 2 * small, large - 1, large,
+                                   large + 1, 2 * large, 3 * large + small + 1}) {
+        for (const std::size_t run : {std::size_t{4'093}, small, size}) {
+            SCOPED_TRACE(std::to_string(size) + " bytes in runs of " + std::to_string(run));
+            std::string content(size, '\0');
+            for (std::size_t at = 0; at < size; ++at) {
+                content[at] = static_cast<char>(at % 251);
+            }
+            DownloadFile file(folder.path("video"));
+            for (std::size_t at = 0; at < size; at += run) {
+                EXPECT_TRUE(file.append(std::string_view(content).substr(at, run)));
+            }
+            EXPECT_TRUE(file.commit());
+            EXPECT_TRUE(folder.read("video") == content);
+        }
+    }
+}
+
+TEST_F(DownloadFileTest, MayBeEmpty) {
+    DownloadFile file(folder.path("empty"));
+    EXPECT_TRUE(file.append(""));
+    EXPECT_TRUE(file.commit());
+    EXPECT_THAT(folder.names(), ElementsAre("empty"));
+    EXPECT_EQ(folder.read("empty"), "");
+}
+
+TEST_F(DownloadFileTest, HasTheRightsOfAnOrdinaryFile) {
+    const mode_t mask = umask(027);
+    {
+        DownloadFile file(folder.path("video"));
+        EXPECT_TRUE(file.commit());
+    }
+    EXPECT_EQ(umask(mask), 027U) << "the process's mask is left alone";
+    struct stat status {};
+    ASSERT_EQ(stat(folder.path("video").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0640U);
+}
+
+TEST_F(DownloadFileTest, SeveralMayGrowForOneDestination) {
+    DownloadFile one(folder.path("video"));
+    DownloadFile two(folder.path("video"));
+    EXPECT_TRUE(one.append("one"));
+    EXPECT_TRUE(two.append("two"));
+    EXPECT_TRUE(two.commit());
+    EXPECT_EQ(folder.read("video"), "two");
+    EXPECT_TRUE(one.commit());
+    EXPECT_EQ(folder.read("video"), "one");
+    EXPECT_THAT(folder.names(), ElementsAre("video"));
+}
+
+TEST_F(DownloadFileTest, TheTemporaryFileIsHiddenAndSaysWhatItIs) {
+    const DownloadFile file(folder.path("video"));
+    ASSERT_EQ(folder.names().size(), 1U);
+    EXPECT_THAT(folder.names()[0], ::testing::MatchesRegex("\\.download-[0-9a-f]+\\.part"));
+}
+
+TEST_F(DownloadFileTest, CannotBeWrittenIntoAFolderThatIsNotThere) {
+    DownloadFile file(folder.path("missing/video"));
+    expectCannotWrite(file);
+    EXPECT_FALSE(file.append("x"));
+    EXPECT_FALSE(file.commit());
+    EXPECT_THAT(folder.names(), IsEmpty());
+}
+
+TEST_F(DownloadFileTest, CannotBeWrittenIntoAFolderWithoutRights) {
+    folder.write("video", "old");
+    // In a process of its own, because the administrator has to become somebody else for it.
+    EXPECT_EXIT(
+        {
+            const bool bound =
+                chmod(folder.path("").c_str(), 0500) == 0 && (geteuid() != 0 || setuid(65534) == 0);
+            DownloadFile file(folder.path("video"));
+            expectCannotWrite(file);
+            exit(bound && !file.append("x") && !HasFailure() ? 0 : 1);
+        },
+        ::testing::ExitedWithCode(0), "");
+    EXPECT_THAT(folder.names(), ElementsAre("video"));
+    EXPECT_EQ(folder.read("video"), "old");
+}
+
+TEST_F(DownloadFileTest, CannotBeWrittenIntoWhatIsNoFolder) {
+    folder.write("file", "");
+    const DownloadFile file(folder.path("file/video"));
+    expectCannotWrite(file);
+}
+
+TEST_F(DownloadFileTest, CannotTakeThePlaceOfAFolder) {
+    ASSERT_EQ(mkdir(folder.path("video").c_str(), 0700), 0);
+    {
+        DownloadFile file(folder.path("video"));
+        EXPECT_TRUE(file.append("x"));
+        EXPECT_FALSE(file.commit());
+        expectCannotWrite(file);
+    }
+    EXPECT_THAT(folder.names(), ElementsAre("video")) << "no litter";
+}
+
+TEST_F(DownloadFileTest, CannotBeCommittedWhenItsFolderHasGone) {
+    ASSERT_EQ(mkdir(folder.path("sub").c_str(), 0700), 0);
+    DownloadFile file(folder.path("sub/video"));
+    EXPECT_TRUE(file.append("x"));
+    std::filesystem::remove_all(folder.path("sub"));
+    EXPECT_FALSE(file.commit());
+    expectCannotWrite(file);
+}
+
+TEST_F(DownloadFileTest, ReplacesALinkAndNotWhatItPointsTo) {
+    folder.write("target", "target");
+    std::filesystem::create_symlink("target", folder.path("video"));
+    DownloadFile file(folder.path("video"));
+    EXPECT_TRUE(file.append("new"));
+    EXPECT_TRUE(file.commit());
+    EXPECT_EQ(folder.read("target"), "target");
+    EXPECT_FALSE(std::filesystem::is_symlink(folder.path("video")));
+    EXPECT_EQ(folder.read("video"), "new");
+}
+
+TEST_F(DownloadFileTest, SaysWhenTheDiskIsFull) {
+    folder.write("video", "old");
+    // No disk to fill here: the limit of a file's size stands in, in a process of its own.
+    EXPECT_EXIT(
+        {
+            signal(SIGXFSZ, SIG_IGN);
+            rlimit limit{};
+            limit.rlim_cur = limit.rlim_max = 100'000;
+            setrlimit(RLIMIT_FSIZE, &limit);
+            bool told = false;
+            {
+                DownloadFile file(folder.path("video"));
+                const bool taken = file.append(std::string(1'000'000, 'x'));
+                expectCannotWrite(file);
+                told = !taken && !file.append("x") && !file.commit();
+            }
+            const bool asItWas = folder.read("video") == "old" &&
+                                 folder.names() == std::vector<std::string>{"video"};
+            exit(told && asItWas && !HasFailure() ? 0 : 1);
+        },
+        ::testing::ExitedWithCode(0), "");
+}
+
+} // namespace KeloAPI

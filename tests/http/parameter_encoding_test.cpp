@@ -1,0 +1,173 @@
+#include "support/JsonText.hpp"
+
+#include <KeloAPI/http/HTTPError.hpp>
+#include <KeloAPI/http/ParameterEncoding.hpp>
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace KeloAPI {
+
+namespace {
+
+URLRequest requestTo(std::string_view url) {
+    URLRequest request;
+    request.url = URL::parse(url);
+    return request;
+}
+
+/// The body that JSON encoding gives one value under the key "v", without the object around it.
+std::optional<std::string> jsonOf(ParameterValue value) {
+    URLRequest request = requestTo("https://h/");
+    Parameters parameters;
+    parameters.emplace("v", std::move(value));
+    if (ParameterEncoding::JSON.encode(request, parameters)) {
+        EXPECT_FALSE(request.body);
+        return std::nullopt;
+    }
+    const std::string body(request.body->text());
+    EXPECT_EQ(body.substr(0, 5), "{\"v\":");
+    EXPECT_TRUE(JsonDocument::parse(body)) << body;
+    return body.substr(5, body.size() - 6);
+}
+
+} // namespace
+
+TEST(QueryStringTest, WritesEveryKindOfValue) {
+    const std::pair<Parameters, const char*> table[] = {
+        {{}, ""},
+        {{{"a", "b"}}, "a=b"},
+        {{{"b", 1}, {"a", 2}, {"C", 3}}, "C=3&a=2&b=1"},
+        {{{"a", ""}}, "a="},
+        {{{"", "x"}}, "=x"},
+        {{{"t", true}, {"f", false}}, "f=0&t=1"},
+        {{{"n", nullptr}}, "n=%3Cnull%3E"},
+        {{{"i", -5}, {"u", UINT64_MAX}, {"m", INT64_MIN}},
+         "i=-5&m=-9223372036854775808&u=18446744073709551615"},
+        {{{"d", 1.5}, {"e", 1.0}, {"x", 1e300}}, "d=1.5&e=1&x=1e%2B300"},
+        {{{"l", ParameterList{1, "b", true}}}, "l%5B%5D=1&l%5B%5D=b&l%5B%5D=1"},
+        {{{"l", ParameterList{}}, {"m", Parameters{}}}, ""},
+        {{{"m", Parameters{{"y", 2}, {"x", 1}}}}, "m%5Bx%5D=1&m%5By%5D=2"},
+        {{{"m", Parameters{{"l", ParameterList{1, ParameterList{2}}}}}},
+         "m%5Bl%5D%5B%5D=1&m%5Bl%5D%5B%5D%5B%5D=2"},
+        {{{"l", ParameterList{Parameters{{"a", 1}}}}}, "l%5B%5D%5Ba%5D=1"},
+        {{{"k&=", "v&=+ ?#/\xC3\xA4"}}, "k%26%3D=v%26%3D%2B%20%3F%23%2F%C3%A4"},
+        {{{"a-._~z", "-._~"}}, "a-._~z=-._~"},
+        {{{"bad", "\xFF"}}, "bad=%FF"},
+    };
+    for (const auto& [parameters, expected] : table) {
+        EXPECT_EQ(queryString(parameters), expected);
+    }
+}
+
+TEST(URLEncodingTest, PutsTheQueryIntoTheURLForEveryMethod) {
+    for (const Method method :
+         {Method::GET, Method::HEAD, Method::POST, Method::PUT, Method::PATCH, Method::DELETE}) {
+        URLRequest request = requestTo("https://h/a");
+        request.method = method;
+        EXPECT_FALSE(ParameterEncoding::URL.encode(request, {{"b", 1}}));
+        EXPECT_EQ(request.url, URL::parse("https://h/a?b=1"));
+        EXPECT_FALSE(request.body);
+        EXPECT_TRUE(request.headerFields.empty());
+    }
+}
+
+TEST(URLEncodingTest, KeepsAQueryAndChangesNothingWithoutParameters) {
+    URLRequest request = requestTo("https://h/a?x=%20y");
+    EXPECT_FALSE(ParameterEncoding::URL.encode(request, {{"b", "c"}}));
+    EXPECT_EQ(request.url, URL::parse("https://h/a?x=%20y&b=c"));
+    for (const char* text : {"https://h/a", "https://h/a?", "https://h/a?x=y"}) {
+        request = requestTo(text);
+        EXPECT_FALSE(ParameterEncoding::URL.encode(request, {}));
+        EXPECT_EQ(request.url, URL::parse(text));
+    }
+    URLRequest without;
+    EXPECT_FALSE(ParameterEncoding::URL.encode(without, {{"a", 1}}));
+    EXPECT_FALSE(without.url);
+}
+
+TEST(JSONEncodingTest, WritesTheBodyAndItsType) {
+    URLRequest request = requestTo("https://h/a?x=y");
+    EXPECT_FALSE(ParameterEncoding::JSON.encode(
+        request, {{"b", ParameterList{1, nullptr, Parameters{{"c", "d"}}}}, {"a", true}}));
+    EXPECT_EQ(request.body->text(), R"({"a":true,"b":[1,null,{"c":"d"}]})");
+    EXPECT_EQ(request.headerFields.at("Content-Type"), "application/json");
+    EXPECT_EQ(request.url, URL::parse("https://h/a?x=y"));
+}
+
+TEST(JSONEncodingTest, KeepsATypeThatIsSet) {
+    URLRequest request = requestTo("https://h/a");
+    request.headerFields.emplace("content-type", "application/vnd.x+json");
+    EXPECT_FALSE(ParameterEncoding::JSON.encode(request, {}));
+    EXPECT_EQ(request.headerFields.size(), 1U);
+    EXPECT_EQ(request.headerFields.at("Content-Type"), "application/vnd.x+json");
+    EXPECT_EQ(request.body->text(), "{}");
+}
+
+TEST(JSONEncodingTest, WritesEveryKindOfValue) {
+    EXPECT_EQ(jsonOf(nullptr), "null");
+    EXPECT_EQ(jsonOf(true), "true");
+    EXPECT_EQ(jsonOf(false), "false");
+    EXPECT_EQ(jsonOf(INT64_MIN), "-9223372036854775808");
+    EXPECT_EQ(jsonOf(UINT64_MAX), "18446744073709551615");
+    EXPECT_EQ(jsonOf(1.5), "1.5");
+    EXPECT_EQ(jsonOf(1.0), "1");
+    EXPECT_EQ(jsonOf(ParameterList{}), "[]");
+    EXPECT_EQ(jsonOf(Parameters{}), "{}");
+    EXPECT_EQ(jsonOf(ParameterList{ParameterList{1}, 2}), "[[1],2]");
+    EXPECT_EQ(jsonOf(""), "\"\"");
+}
+
+TEST(JSONEncodingTest, EscapesTexts) {
+    EXPECT_EQ(jsonOf("a\"b\\c/d"), R"("a\"b\\c/d")");
+    EXPECT_EQ(jsonOf("\b\f\n\r\t\x1f\x7f"), "\"\\u0008\\u000c\\u000a\\u000d\\u0009\\u001f\x7f\"");
+    EXPECT_EQ(jsonOf(std::string("a\0b", 3)), R"("a\u0000b")");
+    EXPECT_EQ(jsonOf("\xC3\xA4\xF0\x9F\x98\x80\xE2\x80\xA8"),
+              "\"\xC3\xA4\xF0\x9F\x98\x80\xE2\x80\xA8\"");
+}
+
+TEST(JSONEncodingTest, DoublesRoundTrip) {
+    double value = 1.0 / 3;
+    for (int i = 0; i < 200; ++i) {
+        const auto text = jsonOf(value);
+        ASSERT_TRUE(text);
+        EXPECT_EQ(testing::JsonText("[" + *text + "]").root().array()->begin().operator*().real(),
+                  value);
+        value *= -17.9;
+    }
+    EXPECT_EQ(jsonOf(5e-324), "5e-324");
+    EXPECT_EQ(jsonOf(std::numeric_limits<double>::max()), "1.7976931348623157e+308");
+    EXPECT_EQ(jsonOf(1e19), "1e+19") << "as plain digits it would be an integer beyond 64 bits";
+}
+
+TEST(JSONEncodingTest, RefusesWhatHasNoJSONForm) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    EXPECT_EQ(jsonOf(infinity), std::nullopt);
+    EXPECT_EQ(jsonOf(-infinity), std::nullopt);
+    EXPECT_EQ(jsonOf(std::numeric_limits<double>::quiet_NaN()), std::nullopt);
+    EXPECT_EQ(jsonOf("\xFF"), std::nullopt);
+    EXPECT_EQ(jsonOf("\xED\xA0\x80"), std::nullopt);
+    EXPECT_EQ(jsonOf(ParameterList{1, ParameterList{infinity}}), std::nullopt);
+    EXPECT_EQ(jsonOf(Parameters{{"\xC0\x80", 1}}), std::nullopt) << "keys are texts too";
+    URLRequest request = requestTo("https://h/");
+    const auto error = ParameterEncoding::JSON.encode(request, {{"v", infinity}});
+    ASSERT_TRUE(error);
+    EXPECT_TRUE(isHTTPError(*error, HTTPErrorCode::ParameterEncoding));
+    EXPECT_TRUE(request.headerFields.empty());
+}
+
+TEST(ParameterEncodingTest, MayBeTheCallersOwn) {
+    constexpr ParameterEncoding own([](URLRequest& request, const Parameters& parameters) {
+        request.headerFields.emplace("X-Count", std::to_string(parameters.size()));
+        return std::optional<Error>();
+    });
+    URLRequest request = requestTo("https://h/");
+    EXPECT_FALSE(own.encode(request, {{"a", 1}, {"b", 2}}));
+    EXPECT_EQ(request.headerFields.at("X-Count"), "2");
+    EXPECT_EQ(ParameterEncoding::URL, ParameterEncoding::URL);
+    EXPECT_NE(ParameterEncoding::URL, ParameterEncoding::JSON);
+    EXPECT_NE(own, ParameterEncoding::URL);
+}
+
+} // namespace KeloAPI

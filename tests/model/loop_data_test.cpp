@@ -1,0 +1,213 @@
+#include "support/JsonText.hpp"
+
+#include <KeloAPI/archive/KeyedArchiver.hpp>
+#include <KeloAPI/archive/KeyedUnarchiver.hpp>
+#include <KeloAPI/model/LoopData.hpp>
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <type_traits>
+
+namespace KeloAPI {
+
+using testing::JsonText;
+using namespace std::chrono_literals;
+
+static_assert(!std::is_default_constructible_v<LoopData>);
+static_assert(std::is_constructible_v<LoopData, Number, Number>);
+
+namespace {
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+constexpr const char* noCount =
+    "^KeloAPI: contract violated: estimated loops are no 64-bit count\n$";
+constexpr const char* overflow = "^KeloAPI: contract violated: loop count overflows\n$";
+
+/// A snapshot taken so long ago.
+std::shared_ptr<LoopData> snapshot(double velocity, std::chrono::microseconds age) {
+    auto data = std::make_shared<LoopData>(Number::of(100), Number::of(velocity));
+    data->created = Date::now() - age;
+    return data;
+}
+
+std::shared_ptr<LoopData> parsedLoopData(const std::string& json) {
+    return LoopDataParser().parse(JsonText(json).object());
+}
+
+} // namespace
+
+TEST(LoopDataTest, IsASnapshotOfNow) {
+    const auto before = Date::now();
+    const LoopData data(Number::of(100), Number::of(2.5));
+    EXPECT_EQ(data.count, Number::of(100));
+    EXPECT_EQ(data.velocity, Number::of(2.5));
+    EXPECT_FALSE(data.onFire);
+    EXPECT_GE(data.created, before);
+    EXPECT_LE(data.created, Date::now());
+}
+
+TEST(LoopDataTest, WithoutVelocityNothingIsAdded) {
+    EXPECT_EQ(snapshot(0, 0s)->loopsSinceCreation(), 0U);
+    EXPECT_EQ(snapshot(0, 24h * 365)->loopsSinceCreation(), 0U);
+    EXPECT_EQ(snapshot(-0.0, 10s)->loopsSinceCreation(), 0U);
+    EXPECT_EQ(snapshot(0, -10s)->loopsSinceCreation(), 0U) << "-0.0 is 0";
+}
+
+TEST(LoopDataTest, EstimatesVelocityTimesElapsedSeconds) {
+    EXPECT_EQ(snapshot(2.5, 10s)->loopsSinceCreation(), 25U);
+    EXPECT_EQ(snapshot(0.3, 10s)->loopsSinceCreation(), 3U) << "0.3 times a little more than 10";
+    EXPECT_EQ(snapshot(0.3, 9s)->loopsSinceCreation(), 2U) << "2.7: truncated, not rounded";
+    EXPECT_EQ(snapshot(0.25, 10s)->loopsSinceCreation(), 2U);
+    EXPECT_GE(snapshot(1e9, 1s)->loopsSinceCreation(), 1'000'000'000U);
+}
+
+TEST(LoopDataTest, TheVelocityMayBeAnyNumber) {
+    LoopData data(Number::of(1), Number::of(true));
+    data.created = Date::now() - 10s;
+    EXPECT_EQ(data.loopsSinceCreation(), 10U);
+    data.velocity = Number::of(3);
+    EXPECT_EQ(data.loopsSinceCreation(), 30U);
+}
+
+TEST(LoopDataTest, EstimatesUpToSixtyFourBits) {
+    const auto loops = snapshot(1.8e10, 1'000'000'000s)->loopsSinceCreation();
+    EXPECT_GT(loops, 17'900'000'000'000'000'000U);
+}
+
+TEST(LoopDataTest, InstantsFarAwayAreNoOverflow) {
+    LoopData data(Number::of(1), Number::of(1.0));
+    data.created = Date::min();
+    EXPECT_GT(data.loopsSinceCreation(), 9'000'000'000'000U);
+    data.velocity = Number::of(-1.0);
+    data.created = Date::max();
+    EXPECT_GT(data.loopsSinceCreation(), 9'000'000'000'000U);
+}
+
+TEST(LoopDataDeathTest, AnEstimateThatIsNoCountStopsTheProcess) {
+    EXPECT_DEATH(snapshot(-1, 10s)->loopsSinceCreation(), noCount);
+    EXPECT_DEATH(snapshot(-1e-9, 10s)->loopsSinceCreation(), noCount);
+    EXPECT_DEATH(snapshot(1, -10s)->loopsSinceCreation(), noCount) << "created in the future";
+    EXPECT_DEATH(snapshot(infinity, 10s)->loopsSinceCreation(), noCount);
+    EXPECT_DEATH(snapshot(-infinity, 10s)->loopsSinceCreation(), noCount);
+    EXPECT_DEATH(snapshot(notANumber, 10s)->loopsSinceCreation(), noCount);
+    EXPECT_DEATH(snapshot(1e300, 10s)->loopsSinceCreation(), noCount);
+    EXPECT_DEATH(snapshot(18446744073709551616.0 / 10, 10s)->loopsSinceCreation(), noCount);
+}
+
+TEST(LoopDataDeathTest, AVelocityBeyondDoublesIsReadAndStopsTheEstimate) {
+    const auto data =
+        parsedLoopData(R"({"count":1,"velocity":1e400,"created":"2015-06-01T08:09:10.500"})");
+    EXPECT_EQ(data->velocity.doubleValue(), std::numeric_limits<double>::max());
+    EXPECT_DEATH(data->loopsSinceCreation(), noCount);
+}
+
+TEST(LoopDataTest, AddsLoopsToTheCountOnly) {
+    const auto data = snapshot(2.5, 10s);
+    data->onFire = true;
+    const Date instant = data->created;
+    data->addLoops(5);
+    EXPECT_EQ(data->count, Number::of(105));
+    EXPECT_EQ(data->count.kind(), Number::Kind::Unsigned);
+    EXPECT_EQ(data->created, instant);
+    EXPECT_EQ(data->velocity, Number::of(2.5));
+    EXPECT_TRUE(data->onFire);
+    EXPECT_EQ(data->loopsSinceCreation(), 25U);
+    data->addLoops(0);
+    EXPECT_EQ(data->count, Number::of(105));
+}
+
+TEST(LoopDataTest, AddsUpToSixtyFourBits) {
+    LoopData data(Number::of(UINT64_MAX - 1), Number::of(0));
+    data.addLoops(1);
+    EXPECT_EQ(data.count, Number::of(UINT64_MAX));
+    data.addLoops(0);
+    EXPECT_EQ(data.count, Number::of(UINT64_MAX));
+    data.count = Number::of(1.9);
+    data.addLoops(1);
+    EXPECT_EQ(data.count, Number::of(2));
+}
+
+TEST(LoopDataDeathTest, ASumBeyondSixtyFourBitsStopsTheProcess) {
+    LoopData full(Number::of(UINT64_MAX), Number::of(0));
+    EXPECT_DEATH(full.addLoops(1), overflow);
+    LoopData one(Number::of(1), Number::of(0));
+    EXPECT_DEATH(one.addLoops(UINT64_MAX), overflow);
+}
+
+TEST(LoopDataParserTest, NeedsCountAndVelocityAsNumbers) {
+    for (const char* json :
+         {"{}", R"({"count":7})", R"({"velocity":1})", R"({"count":"7","velocity":1})",
+          R"({"count":7,"velocity":"1"})", R"({"count":null,"velocity":1})",
+          R"({"count":7,"velocity":null})", R"({"count":[7],"velocity":1})",
+          R"({"loopCount":7,"loopVelocity":1})"}) {
+        try {
+            parsedLoopData(json);
+            ADD_FAILURE() << json;
+        } catch (const JsonParseError& error) {
+            EXPECT_EQ(error, JsonParseError(JsonParseError::InsufficientData)) << json;
+        }
+    }
+}
+
+namespace {
+
+std::shared_ptr<LoopData> archivedAndBack(Number count) {
+    return KeyedUnarchiver::unarchive<LoopData>(
+        KeyedArchiver::archivedData(std::make_shared<LoopData>(count, Number::of(2.5))));
+}
+
+} // namespace
+
+TEST(LoopDataTest, ArchivesCountsOf64Bits) {
+    EXPECT_EQ(archivedAndBack(Number::of(UINT64_MAX))->count, Number::of(UINT64_MAX));
+    EXPECT_EQ(archivedAndBack(Number::of(7))->count, Number::of(7));
+    EXPECT_EQ(archivedAndBack(Number::of(-5))->count, Number::of(-5));
+}
+
+TEST(LoopDataParserTest, OfBothAloneIsASnapshotOfNow) {
+    const auto before = Date::now();
+    const auto data = parsedLoopData(R"({"count":7,"velocity":1})");
+    EXPECT_EQ(data->count, Number::of(7));
+    EXPECT_EQ(data->velocity, Number::of(1));
+    EXPECT_FALSE(data->onFire);
+    EXPECT_GE(data->created, before);
+    EXPECT_LE(data->created, Date::now());
+}
+
+TEST(LoopDataParserTest, ReadsEveryKey) {
+    const auto data = parsedLoopData(R"({"count":18446744073709551615,"velocity":0.25,
+        "created":"2015-03-01T12:30:05.250","onFire":true})");
+    EXPECT_EQ(data->count, Number::of(UINT64_MAX));
+    EXPECT_EQ(data->velocity, Number::of(0.25));
+    EXPECT_EQ(data->created,
+              std::chrono::sys_days(std::chrono::year(2015) / 3 / 1) + 12h + 30min + 5s + 250ms);
+    EXPECT_TRUE(data->onFire);
+}
+
+TEST(LoopDataParserTest, ADateThatIsNoneIsNow) {
+    for (const char* value :
+         {"\"garbage\"", "\"\"", "5", "null", "{}", "[]", "true", "\"2015-03-01T12:30:05\""}) {
+        const auto before = Date::now();
+        const auto data =
+            parsedLoopData(R"({"count":7,"velocity":1,"created":)" + std::string(value) + "}");
+        EXPECT_GE(data->created, before) << value;
+        EXPECT_LE(data->created, Date::now()) << value;
+    }
+}
+
+TEST(LoopDataParserTest, OnFireIsWhatConvertsToABoolean) {
+    const std::pair<const char*, bool> table[] = {
+        {"true", true},  {"false", false}, {"1", true},         {"0", false},  {"2.5", true},
+        {"-0.0", false}, {"null", false},  {"\"true\"", false}, {"{}", false}, {"[true]", false},
+    };
+    for (const auto& [value, expected] : table) {
+        EXPECT_EQ(parsedLoopData(R"({"count":7,"velocity":1,"onFire":)" + std::string(value) + "}")
+                      ->onFire,
+                  expected)
+            << value;
+    }
+}
+
+} // namespace KeloAPI

@@ -1,0 +1,343 @@
+#include "support/JsonText.hpp"
+#include "support/Named.hpp"
+
+#include <KeloAPI/model/KLChannel.hpp>
+#include <KeloAPI/model/KLPagedData.hpp>
+
+#include <gtest/gtest.h>
+
+#include <type_traits>
+
+namespace KeloAPI {
+
+using testing::JsonText;
+using testing::Named;
+
+namespace {
+
+KLPagedData::Elements elements(int count) {
+    KLPagedData::Elements made;
+    for (int i = 0; i < count; ++i) {
+        made.push_back(std::make_shared<Named>("x"));
+    }
+    return made;
+}
+
+std::shared_ptr<KLPagingMetadata> elementsMetadata(const std::string& json) {
+    return std::make_shared<KLPagingMetadata>(JsonText(json).object());
+}
+
+/// How often a list moves to new room while `grow(list, page)` adds a thousand pages.
+template <class Grow>
+int movesToNewRoom(Grow grow) {
+    const KLPagedData page(elements(20));
+    KLPagedData list;
+    int moves = 0;
+    for (int i = 0; i < 1000; ++i) {
+        const auto* const before = list.data().data();
+        grow(list, page);
+        moves += list.data().data() != before ? 1 : 0;
+    }
+    EXPECT_EQ(list.count(), 20'000);
+    return moves;
+}
+
+KLPagedData::Elements joined(KLPagedData::Elements a, const KLPagedData::Elements& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+
+} // namespace
+
+static_assert(!std::is_copy_constructible_v<KLPagedData>);
+static_assert(
+    std::is_constructible_v<KLPagedData, KLPagedData::Elements, std::shared_ptr<KLPagingMetadata>>);
+
+TEST(PagedDataTest, IsEmptyByDefault) {
+    const KLPagedData list;
+    EXPECT_EQ(list.count(), 0);
+    EXPECT_EQ(list.startIndex(), 0);
+    EXPECT_EQ(list.endIndex(), 0);
+    EXPECT_TRUE(list.begin() == list.end());
+    EXPECT_EQ(list.metadata()->count(), 0);
+    EXPECT_FALSE(list.hasNextPage());
+}
+
+TEST(PagedDataTest, OfElementsCountsThemAndKnowsNoMore) {
+    const auto three = elements(3);
+    const KLPagedData list(three);
+    EXPECT_EQ(list.count(), 3);
+    EXPECT_EQ(list.endIndex(), 3);
+    EXPECT_EQ(list.metadata()->count(), 3);
+    EXPECT_FALSE(list.hasNextPage());
+    EXPECT_EQ(list.metadata()->pageSize(), 0);
+    EXPECT_EQ(list.metadata()->anchor(), std::nullopt);
+    EXPECT_EQ(KLPagedData::Elements(list.begin(), list.end()), three);
+}
+
+TEST(PagedDataTest, StoresElementsAndMetadataAsGiven) {
+    const auto given = elementsMetadata(R"({"count":100,"nextPage":2})");
+    KLPagedData list(elements(2), given);
+    EXPECT_EQ(list.metadata(), given);
+    EXPECT_EQ(list.metadata()->count(), 100);
+    const auto other = elementsMetadata("{}");
+    list.setMetadata(other);
+    EXPECT_EQ(list.metadata(), other);
+    list.setData(elements(5));
+    EXPECT_EQ(list.count(), 5);
+    EXPECT_EQ(list.metadata()->count(), 0) << "assigning the elements does not count them";
+}
+
+TEST(PagedDataTest, HasANextPageWhereItsNumberIsAboveZero) {
+    const std::pair<const char*, bool> table[] = {
+        {"{}", false},
+        {R"({"nextPage":0})", false},
+        {R"({"nextPage":-1})", false},
+        {R"({"nextPage":1})", true},
+        {R"({"nextPage":2})", true},
+        {R"({"nextPage":0.9})", false},
+        {R"({"nextPage":"2"})", false},
+        {R"({"anchor":"A"})", false},
+    };
+    for (const auto& [json, expected] : table) {
+        EXPECT_EQ(KLPagedData({}, elementsMetadata(json)).hasNextPage(), expected) << json;
+    }
+}
+
+TEST(PagedDataTest, ReadsAndReplacesElementsByIndex) {
+    const auto three = elements(3);
+    KLPagedData list(three);
+    EXPECT_EQ(list[0], three[0]);
+    EXPECT_EQ(list.objectAtIndex(2), three[2]);
+    const auto other = std::make_shared<Named>("other");
+    list[1] = other;
+    EXPECT_EQ(list.objectAtIndex(1), other);
+    EXPECT_EQ(list.count(), 3);
+    EXPECT_EQ(list.metadata()->count(), 3);
+}
+
+TEST(PagedDataTest, InsertsAtEveryPlace) {
+    const auto parts = elements(4);
+    KLPagedData list({parts[1]});
+    list.insert(parts[0], 0);
+    list.insertObject(parts[3], 2);
+    list.insert(parts[2], 2);
+    EXPECT_EQ(list.data(), parts);
+    EXPECT_EQ(list.metadata()->count(), 4);
+}
+
+TEST(PagedDataTest, AppendsBehindTheLast) {
+    const auto parts = elements(2);
+    KLPagedData list;
+    list.append(parts[0]);
+    list.addObject(parts[1]);
+    EXPECT_EQ(list.data(), parts);
+    EXPECT_EQ(list.metadata()->count(), 2);
+    list.append(list[0]);
+    EXPECT_EQ(list[2], parts[0]) << "an element of its own";
+}
+
+TEST(PagedDataTest, RemovesByIndex) {
+    const auto parts = elements(3);
+    KLPagedData list(parts);
+    EXPECT_EQ(list.removeAtIndex(1), parts[1]);
+    EXPECT_EQ(list.removeObjectAtIndex(1), parts[2]);
+    EXPECT_EQ(list.data(), KLPagedData::Elements{parts[0]});
+    EXPECT_EQ(list.metadata()->count(), 1);
+}
+
+TEST(PagedDataTest, AppendAndRemoveLeaveNothing) {
+    KLPagedData list;
+    list.append(std::make_shared<Named>("x"));
+    list.removeAtIndex(0);
+    EXPECT_EQ(list.count(), 0);
+    EXPECT_EQ(list.metadata()->count(), 0);
+}
+
+TEST(PagedDataTest, ACountOfZeroStaysThereWhenAnElementGoes) {
+    KLPagedData list(elements(2), elementsMetadata(R"({"count":0})"));
+    list.removeAtIndex(0);
+    EXPECT_EQ(list.count(), 1);
+    EXPECT_EQ(list.metadata()->count(), 0);
+}
+
+TEST(PagedDataTest, RemovesTheFirstElementThatIsTheSameObject) {
+    const auto a = std::make_shared<Named>("a");
+    const auto b = std::make_shared<Named>("b");
+    KLPagedData list({a, b, a});
+    EXPECT_TRUE(list.remove(a));
+    EXPECT_EQ(list.data(), (KLPagedData::Elements{b, a}));
+    EXPECT_EQ(list.metadata()->count(), 2);
+    EXPECT_TRUE(list.removeObject(a));
+    EXPECT_FALSE(list.remove(a));
+    EXPECT_EQ(list.metadata()->count(), 1);
+}
+
+TEST(PagedDataTest, DoesNotRemoveWhatIsOnlyEqual) {
+    KLPagedData list({std::make_shared<Named>("a")});
+    EXPECT_FALSE(list.remove(std::make_shared<Named>("a")));
+    EXPECT_FALSE(list.remove(nullptr));
+    EXPECT_EQ(list.count(), 1);
+    EXPECT_EQ(list.metadata()->count(), 1);
+}
+
+TEST(PagedDataTest, AppendingAPageTakesItsMetadataOver) {
+    const auto fifty = elements(50);
+    const auto ten = elements(10);
+    KLPagedData list(fifty);
+    const KLPagedData page(ten, elementsMetadata(R"({"count":10,"nextPage":7})"));
+    list.appendPagedData(page);
+    EXPECT_EQ(list.data(), joined(fifty, ten));
+    EXPECT_EQ(list.metadata(), page.metadata()) << "the same object";
+    EXPECT_EQ(list.metadata()->count(), 10);
+    EXPECT_TRUE(list.hasNextPage());
+    EXPECT_EQ(page.count(), 10) << "the page stays as it was";
+}
+
+TEST(PagedDataTest, ListsThatShareTheirMetadataSeeEachOthersCounts) {
+    KLPagedData list(elements(2));
+    KLPagedData page(elements(3), elementsMetadata(R"({"count":3})"));
+    list.appendPagedData(page);
+    list.append(std::make_shared<Named>("x"));
+    EXPECT_EQ(page.metadata()->count(), 4);
+    page.removeAtIndex(0);
+    EXPECT_EQ(list.metadata()->count(), 3);
+    EXPECT_EQ(list.count(), 6);
+    EXPECT_EQ(page.count(), 2);
+}
+
+TEST(PagedDataTest, AppendingKeepsDuplicates) {
+    const auto two = elements(2);
+    KLPagedData list(two);
+    list.appendPagedData(KLPagedData(two));
+    EXPECT_EQ(list.data(), joined(two, two));
+}
+
+TEST(PagedDataTest, AppendedToItselfItDoubles) {
+    const auto three = elements(3);
+    KLPagedData list(three, elementsMetadata(R"({"count":9,"nextPage":2})"));
+    const auto before = list.metadata();
+    list.appendPagedData(list);
+    EXPECT_EQ(list.data(), joined(three, three));
+    EXPECT_EQ(list.metadata(), before);
+    EXPECT_EQ(list.metadata()->count(), 9);
+}
+
+TEST(PagedDataTest, AddingNothingDoesNothing) {
+    const auto two = elements(2);
+    KLPagedData list(two);
+    const auto before = list.metadata();
+    list.addPagedData(nullptr);
+    EXPECT_EQ(list.data(), two);
+    EXPECT_EQ(list.metadata(), before);
+    const auto page = std::make_shared<KLPagedData>(elements(1));
+    list.addPagedData(page);
+    EXPECT_EQ(list.count(), 3);
+    EXPECT_EQ(list.metadata(), page->metadata());
+}
+
+TEST(PagedDataTest, PrependingAPageMergesAndRecounts) {
+    const auto twenty = elements(20);
+    const auto five = elements(5);
+    KLPagedData list(twenty,
+                     elementsMetadata(R"({"count":999,"nextPage":4,"previousPage":2,"size":20,
+        "anchor":"la","backAnchor":"lb","title":"lt","nextAfter":8,"displayCount":30,
+        "channel":{"channelId":1,"channel":"lc"}})"));
+    const KLPagedData page(five,
+                           elementsMetadata(R"({"count":5,"nextPage":9,"previousPage":1,"size":5,
+        "anchor":"pa","backAnchor":"pb","title":"pt","nextAfter":3,"displayCount":31,
+        "channel":{"channelId":2,"channel":"pc"}})"));
+    const auto before = list.metadata();
+    list.prependPagedData(page);
+    EXPECT_EQ(list.data(), joined(five, twenty));
+    const auto& merged = *list.metadata();
+    EXPECT_NE(list.metadata(), before);
+    EXPECT_NE(list.metadata(), page.metadata());
+    EXPECT_EQ(merged.count(), 25);
+    EXPECT_EQ(merged.nextPage(), 4);
+    EXPECT_EQ(merged.pageSize(), 20);
+    EXPECT_EQ(merged.anchor(), "la");
+    EXPECT_EQ(merged.title(), "lt");
+    EXPECT_EQ(merged.displayCount(), 30);
+    EXPECT_EQ(merged.channel(), before->channel());
+    EXPECT_EQ(merged.channel()->name, "lc");
+    EXPECT_EQ(merged.previousPage(), 1);
+    EXPECT_EQ(merged.backAnchor(), "pb");
+    EXPECT_EQ(merged.nextAfter(), 3);
+    EXPECT_EQ(before->count(), 999) << "the old metadata is replaced, not changed";
+    EXPECT_EQ(page.count(), 5);
+}
+
+TEST(PagedDataTest, PrependedToItselfItDoublesToo) {
+    const auto two = elements(2);
+    KLPagedData list(two);
+    list.prependPagedData(list);
+    EXPECT_EQ(list.data(), joined(two, two));
+    EXPECT_EQ(list.metadata()->count(), 4);
+}
+
+TEST(PagedDataTest, DoesNotMoveToNewRoomWithEveryPage) {
+    EXPECT_LE(movesToNewRoom(
+                  [](KLPagedData& list, const KLPagedData& page) { list.appendPagedData(page); }),
+              20);
+    EXPECT_LE(movesToNewRoom(
+                  [](KLPagedData& list, const KLPagedData& page) { list.prependPagedData(page); }),
+              20);
+}
+
+TEST(PagedDataTest, ACopySharesTheElementsOnly) {
+    const auto two = elements(2);
+    KLPagedData list(two, elementsMetadata(R"({"count":7,"nextPage":3,"anchor":"A"})"));
+    const auto copy = list.copy();
+    EXPECT_EQ(copy->data(), two);
+    EXPECT_NE(copy->metadata(), list.metadata());
+    EXPECT_EQ(copy->metadata()->count(), 7);
+    EXPECT_EQ(copy->metadata()->nextPage(), 3);
+    EXPECT_EQ(copy->metadata()->anchor(), "A");
+    copy->append(std::make_shared<Named>("new"));
+    EXPECT_EQ(list.data(), two);
+    EXPECT_EQ(list.metadata()->count(), 7);
+    EXPECT_EQ(copy->metadata()->count(), 8);
+    EXPECT_EQ((*copy)[0], list[0]);
+}
+
+TEST(PagedDataDeathTest, AnIndexOutsideStopsTheProcess) {
+    KLPagedData list(elements(2));
+    const KLPagedData& fixed = list;
+    const auto object = std::make_shared<Named>("x");
+    constexpr const char* inserted =
+        "KeloAPI: contract violated: index of an insertion outside the paged data\n";
+    constexpr const char* outside = "KeloAPI: contract violated: index outside the paged data\n";
+    EXPECT_DEATH(list.insert(object, 3), inserted);
+    EXPECT_DEATH(list.insertObject(object, -1), inserted);
+    EXPECT_DEATH(list.removeAtIndex(2), outside);
+    EXPECT_DEATH(list.removeObjectAtIndex(-1), outside);
+    EXPECT_DEATH(KLPagedData().removeAtIndex(0), outside);
+    EXPECT_DEATH(static_cast<void>(list[2]), outside);
+    EXPECT_DEATH(static_cast<void>(fixed[-1]), outside);
+    EXPECT_DEATH(static_cast<void>(fixed.objectAtIndex(INT64_MIN)), outside);
+    EXPECT_DEATH(list[INT64_MAX] = object, outside);
+}
+
+TEST(PagedDataDeathTest, ACountThatOverflowsStopsTheProcess) {
+    KLPagedData list({}, elementsMetadata(R"({"count":9223372036854775807})"));
+    EXPECT_DEATH(list.append(std::make_shared<Named>("x")),
+                 "KeloAPI: contract violated: count of paged data overflows\n");
+}
+
+TEST(PagedDataDeathTest, ACountThatCannotSinkStopsTheProcess) {
+    const auto other = KLPagingMetadata::ofRecords(1);
+    KLPagedData list(elements(1), std::make_shared<KLPagingMetadata>(INT64_MIN, *other, *other));
+    EXPECT_EQ(list.metadata()->count(), INT64_MIN);
+    EXPECT_DEATH(list.removeAtIndex(0),
+                 "^KeloAPI: contract violated: count of paged data overflows\n$");
+}
+
+TEST(PagedDataDeathTest, MissingMetadataStopsTheProcess) {
+    constexpr const char* line = "KeloAPI: contract violated: paged data needs metadata\n";
+    EXPECT_DEATH(KLPagedData({}, nullptr), line);
+    KLPagedData list;
+    EXPECT_DEATH(list.setMetadata(nullptr), line);
+}
+
+} // namespace KeloAPI
