@@ -1,105 +1,81 @@
 #include "service/media/MediaLibrary.hpp"
 
-#include "service/media/BigEndian.hpp"
-#include "service/media/H264Writer.hpp"
-#include "service/media/Mp4Writer.hpp"
-#include "service/media/PngWriter.hpp"
-#include "service/media/Scene.hpp"
+#include "service/media/MediaFiles.hpp"
+#include "service/media/Mp4Box.hpp"
 
 #include <string_view>
-#include <utility>
+#include <vector>
 
 namespace KeloService {
 namespace {
 
-constexpr std::uint32_t frameDuration = 100;
-constexpr std::uint32_t framesPerSecond = VideoTrack::timescale / frameDuration;
-constexpr int streamSide = 128;
+constexpr int largeSide = 480;
+constexpr int smallSide = 128;
 
-constexpr std::string_view beginningName = "init.mp4";
-
-std::string segmentName(std::uint32_t number) {
-    return "segment" + std::to_string(number) + ".m4s";
+std::string_view chosenFile(const std::string& kind, int side, std::uint64_t seed) {
+    const auto& files = mediaFiles(kind + "/" + std::to_string(side));
+    return files[seed % files.size()].bytes;
 }
 
-/// A segment is one second long.
-std::uint32_t segmentCount(const Scene& scene) {
-    return scene.duration() / VideoTrack::timescale;
+/// The file with a box that players pass over, so that its bytes are its own.
+std::string withPath(std::string_view file, const std::string& path) {
+    return std::string(file) + box("free", path);
 }
 
-std::string withLength(const std::string& unit) {
-    return bigEndian(unit.size(), 4) + unit;
-}
-
-/// Encodes the scene, with a key frame at the beginning and then after every `keyFrameInterval`
-/// frames.
-VideoTrack encode(const Scene& scene, int side, std::uint32_t keyFrameInterval) {
-    H264Writer writer(side);
-    VideoTrack track;
-    track.side = side;
-    track.frameDuration = frameDuration;
-    track.sequenceParameters = writer.sequenceParameters();
-    track.pictureParameters = writer.pictureParameters();
-    Picture before(side);
-    for (std::uint32_t i = 0; i < scene.duration() / frameDuration; ++i) {
-        Picture picture = scene.picture(side, i * frameDuration);
-        const bool isKeyFrame = i % keyFrameInterval == 0;
-        track.samples.push_back(
-            {withLength(isKeyFrame ? writer.keyFrame(picture) : writer.nextFrame(picture, before)),
-             isKeyFrame});
-        before = std::move(picture);
+/// What describes the video, then its segments. Each segment begins with a box of the kind "moof".
+std::vector<std::string_view> streamParts(std::uint64_t seed) {
+    const std::string_view file = chosenFile("videos", smallSide, seed);
+    std::vector<std::string_view> parts;
+    std::size_t start = 0;
+    for (std::size_t place = 0; place < file.size(); place += bigEndian(file.substr(place, 4))) {
+        if (file.substr(place + 4, 4) == "moof") {
+            parts.push_back(file.substr(start, place - start));
+            start = place;
+        }
     }
-    return track;
+    parts.push_back(file.substr(start));
+    return parts;
+}
+
+std::string partName(std::size_t number) {
+    return number == 0 ? "init.mp4" : "segment" + std::to_string(number) + ".m4s";
 }
 
 } // namespace
 
-Media makeVideo(std::uint64_t seed, int side) {
-    const Scene scene(seed);
-    const std::uint32_t onlyTheFirst = scene.duration();
-    return {"video/mp4", mp4File(encode(scene, side, onlyTheFirst))};
+Media findVideo(std::uint64_t seed, int side, const std::string& path) {
+    return {"video/mp4", withPath(chosenFile("videos", side, seed), path)};
 }
 
 Media makePlaylist(std::uint64_t seed) {
-    const Scene scene(seed);
     std::string text = "#EXTM3U\n#EXT-X-VERSION:7\n#EXT-X-TARGETDURATION:1\n"
                        "#EXT-X-PLAYLIST-TYPE:VOD\n#EXT-X-INDEPENDENT-SEGMENTS\n"
                        "#EXT-X-MAP:URI=\"" +
-                       std::string(beginningName) + "\"\n";
-    for (std::uint32_t number = 1; number <= segmentCount(scene); ++number) {
-        text += "#EXTINF:1.0,\n" + segmentName(number) + "\n";
+                       partName(0) + "\"\n";
+    for (std::size_t number = 1; number < streamParts(seed).size(); ++number) {
+        text += "#EXTINF:1.0,\n" + partName(number) + "\n";
     }
     return {"application/vnd.apple.mpegurl", text + "#EXT-X-ENDLIST\n"};
 }
 
-std::optional<Media> makeStreamPart(std::uint64_t seed, const std::string& name) {
-    const Scene scene(seed);
-    if (name == beginningName) {
-        return Media{"video/mp4", mp4StreamBeginning(encode(scene, streamSide, framesPerSecond))};
-    }
-    for (std::uint32_t number = 1; number <= segmentCount(scene); ++number) {
-        if (name == segmentName(number)) {
-            const VideoTrack track = encode(scene, streamSide, framesPerSecond);
-            return Media{"video/iso.segment",
-                         mp4StreamSegment(track, number, std::size_t{number - 1} * framesPerSecond,
-                                          framesPerSecond)};
+std::optional<Media> findStreamPart(std::uint64_t seed, const std::string& path) {
+    const auto parts = streamParts(seed);
+    for (std::size_t number = 0; number < parts.size(); ++number) {
+        if (path.ends_with("/" + partName(number))) {
+            return Media{number == 0 ? "video/mp4" : "video/iso.segment",
+                         withPath(parts[number], path)};
         }
     }
     return std::nullopt;
 }
 
-Media makeImage(std::uint64_t seed, int side) {
-    return {"image/png", pngFile(side, Scene(seed).pixels(side, 0))};
+Media findPicture(std::uint64_t seed, int side) {
+    return {"image/png", std::string(chosenFile("pictures", side, seed))};
 }
 
 int videoSide(const std::string& format, double rate) {
-    if (format == "h264-preview") {
-        return 64;
-    }
-    if (rate == 0) {
-        return 192;
-    }
-    return rate < 500 ? 128 : 256;
+    const bool large = format == "h264" && (rate == 0 || rate >= 500);
+    return large ? largeSide : smallSide;
 }
 
 } // namespace KeloService

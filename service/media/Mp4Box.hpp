@@ -1,16 +1,28 @@
 #pragma once
 
 #include <cstdint>
-#include <initializer_list>
 #include <string>
 #include <string_view>
 
 namespace KeloService {
 
-/// A box: its length, its four-letter kind, and what is in it.
-std::string box(std::string_view kind, std::initializer_list<std::string_view> contents);
-/// A box that begins with a version (0) and flags.
-std::string fullBox(std::string_view kind, std::uint32_t flags,
-                    std::initializer_list<std::string_view> contents);
+/// A box of an MP4 file: its length, its four-letter kind, and what is in it.
+inline std::string box(std::string_view kind, std::string_view content) {
+    const std::size_t size = 8 + content.size();
+    std::string text;
+    for (const int shift : {24, 16, 8, 0}) {
+        text += static_cast<char>(size >> shift & 0xFF);
+    }
+    return text.append(kind).append(content);
+}
+
+/// The number in these bytes, the highest first: how MP4 and PNG files store every number.
+inline std::uint64_t bigEndian(std::string_view bytes) {
+    std::uint64_t number = 0;
+    for (const char byte : bytes) {
+        number = number << 8 | static_cast<unsigned char>(byte);
+    }
+    return number;
+}
 
 } // namespace KeloService

@@ -1,5 +1,7 @@
 #include "service/media/Mp4Check.hpp"
 
+#include "service/media/Mp4Box.hpp"
+
 #include <optional>
 #include <set>
 
@@ -27,14 +29,6 @@ std::string readAll(const Read& read, std::int64_t offset, std::size_t count) {
     return bytes;
 }
 
-std::uint64_t number(const std::string& bytes, std::size_t first, std::size_t count) {
-    std::uint64_t value = 0;
-    for (std::size_t i = first; i < first + count; ++i) {
-        value = value << 8 | static_cast<unsigned char>(bytes[i]);
-    }
-    return value;
-}
-
 struct Box {
     std::string kind;
     std::int64_t bytes = 0;
@@ -46,7 +40,7 @@ std::optional<Box> boxAt(const Read& read, std::int64_t offset, std::int64_t end
     if (head.empty()) {
         return std::nullopt;
     }
-    std::uint64_t bytes = number(head, 0, 4);
+    std::uint64_t bytes = bigEndian(std::string_view(head).substr(0, 4));
     std::int64_t headBytes = shortHead;
     if (bytes == 0) { // to the end of the file
         bytes = static_cast<std::uint64_t>(end - offset);
@@ -55,7 +49,7 @@ std::optional<Box> boxAt(const Read& read, std::int64_t offset, std::int64_t end
         if (length.empty()) {
             return std::nullopt;
         }
-        bytes = number(length, 0, 8);
+        bytes = bigEndian(length);
         headBytes = longHead;
     }
     if (bytes < static_cast<std::uint64_t>(headBytes) ||

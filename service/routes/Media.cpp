@@ -42,9 +42,10 @@ PostRendition requireRendition(const std::string& path, const Context& context) 
 }
 
 Answer video(const Call& call, const Context& context) {
-    const auto [postId, rendition] =
-        requireRendition("/media/videos/" + call.argument("file"), context);
-    return answerWith(call, makeVideo(seed(postId), videoSide(rendition.format, rendition.rate)));
+    const std::string path = "/media/videos/" + call.argument("file");
+    const auto [postId, rendition] = requireRendition(path, context);
+    return answerWith(call,
+                      findVideo(seed(postId), videoSide(rendition.format, rendition.rate), path));
 }
 
 Answer stream(const Call& call, const Context& context) {
@@ -54,7 +55,7 @@ Answer stream(const Call& call, const Context& context) {
     if (call.argument("file") == playlist) {
         return answerWith(call, makePlaylist(seed(postId)));
     }
-    auto part = makeStreamPart(seed(postId), call.argument("file"));
+    auto part = findStreamPart(seed(postId), folder + call.argument("file"));
     if (!part) {
         refuseUnknown();
     }
@@ -74,7 +75,7 @@ Answer thumbnail(const Call& call, const Context& context) {
     if (!postId) {
         refuseUnknown();
     }
-    return answerWith(call, makeImage(seed(*postId), thumbnailSide));
+    return answerWith(call, findPicture(seed(*postId), thumbnailSide));
 }
 
 Answer avatar(const Call& call, const Context& context) {
@@ -82,7 +83,7 @@ Answer avatar(const Call& call, const Context& context) {
     if (!userId) {
         refuseUnknown();
     }
-    return answerWith(call, makeImage(seed(*userId), avatarSide));
+    return answerWith(call, findPicture(seed(*userId), avatarSide));
 }
 
 Answer channelIcon(const Call& call, const Context& context) {
@@ -93,7 +94,7 @@ Answer channelIcon(const Call& call, const Context& context) {
         }
         const auto channelId = parseIdentifier(without(file, icon.ending));
         if (channelId && context.store.channels.find(*channelId)) {
-            return answerWith(call, makeImage(seed(*channelId), icon.side));
+            return answerWith(call, findPicture(seed(*channelId), icon.side));
         }
         break;
     }
@@ -106,7 +107,7 @@ Answer storedImage(const Call& call, const Context& context) {
     if (!found) {
         refuseUnknown();
     }
-    return answerWith(call, makeImage(seed(found->seed), found->side));
+    return answerWith(call, findPicture(seed(found->seed), found->side));
 }
 
 } // namespace

@@ -16,7 +16,7 @@ constexpr std::string_view mediaType = "video/mp4";
 constexpr std::int64_t mostBytes = std::int64_t{1} << 40;
 constexpr std::int64_t mostSegments = 1000000;
 
-[[noreturn]] void refuse(const std::string& what) {
+[[noreturn]] void refuseUpload(const std::string& what) {
     throw ServiceError(400, ErrorCode::badRequest, what);
 }
 
@@ -27,13 +27,13 @@ std::int64_t requiredInteger(const Call& call, const char* name, std::int64_t lo
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (error != std::errc() || end != text.data() + text.size() || value < lowest ||
         value > highest) {
-        refuse(std::string(name) + " must be an integer from " + std::to_string(lowest) + " to " +
-               std::to_string(highest));
+        refuseUpload(std::string(name) + " must be an integer from " + std::to_string(lowest) +
+                     " to " + std::to_string(highest));
     }
     return value;
 }
 
-[[noreturn]] void refuseUnknown() {
+[[noreturn]] void refuseUnknownVideo() {
     throw ServiceError(404, ErrorCode::notFound, "There is no such upload");
 }
 
@@ -42,7 +42,7 @@ Upload requireUpload(const Call& call, const Context& context) {
     const Session session = requireSession(call, context);
     const auto upload = context.store.uploads.find(call.argument("id"));
     if (!upload || upload->userId != session.userId) {
-        refuseUnknown();
+        refuseUnknownVideo();
     }
     if (upload->isExpired(currentMilliseconds())) {
         throw ServiceError(410, ErrorCode::gone, "The upload has expired");
@@ -58,7 +58,7 @@ Answer initiate(const Call& call, const Context& context) {
     const Session session = requireSession(call, context);
     const std::int64_t totalBytes = requiredInteger(call, "totalBytes", 1, mostBytes);
     if (call.request.parameter("mediaType") != mediaType) {
-        refuse("mediaType must be " + std::string(mediaType));
+        refuseUpload("mediaType must be " + std::string(mediaType));
     }
     const std::int64_t seconds = context.uploads.expirySeconds;
     const Upload upload = context.store.uploads.add(session.userId, totalBytes, 1000 * seconds);
@@ -80,16 +80,16 @@ Answer takeSegment(const Call& call, RequestBody& body, const Context& context) 
         return isStored;
     });
     if (bytes > upload.totalBytes) {
-        refuse("The segment is larger than the video was said to be");
+        refuseUpload("The segment is larger than the video was said to be");
     }
     if (!isStored) {
         throw ServiceError(500, ErrorCode::internal, "The segment cannot be stored");
     }
     if (!isWhole) {
-        refuse("The segment broke off");
+        refuseUpload("The segment broke off");
     }
     if (bytes == 0) {
-        refuse("The segment is empty");
+        refuseUpload("The segment is empty");
     }
     if (!context.store.uploads.keep(upload.mediaId, index, file)) {
         requireUpload(call, context); // it may have expired meanwhile
@@ -101,12 +101,12 @@ Answer takeSegment(const Call& call, RequestBody& body, const Context& context) 
 /// Segments are counted from 0 or from 1.
 void checkGapless(const std::vector<UploadSegment>& segments) {
     if (segments.empty()) {
-        refuse("The upload has no segments");
+        refuseUpload("The upload has no segments");
     }
     std::int64_t expected = segments.front().index == 1 ? 1 : 0;
     for (const UploadSegment& segment : segments) {
         if (segment.index != expected) {
-            refuse("Segment " + std::to_string(expected) + " is missing");
+            refuseUpload("Segment " + std::to_string(expected) + " is missing");
         }
         ++expected;
     }
@@ -176,8 +176,8 @@ Answer finalize(const Call& call, const Context& context) {
         checkGapless(context.store.uploads.segments(upload.mediaId));
         const JoinedFiles video = context.store.uploads.joined(upload.mediaId);
         if (video.bytes() != upload.totalBytes) {
-            refuse("The segments have " + std::to_string(video.bytes()) + " bytes, not the " +
-                   std::to_string(upload.totalBytes) + " that were announced");
+            refuseUpload("The segments have " + std::to_string(video.bytes()) + " bytes, not the " +
+                         std::to_string(upload.totalBytes) + " that were announced");
         }
         const bool isPlayable =
             isMp4(video.bytes(), [&video](std::int64_t offset, std::size_t count) {
@@ -190,7 +190,7 @@ Answer finalize(const Call& call, const Context& context) {
     return dataAnswer(uploadRecord(*context.store.uploads.find(upload.mediaId), context));
 }
 
-Answer video(const Call& call, const Context& context) {
+Answer uploadedVideo(const Call& call, const Context& context) {
     constexpr std::string_view ending = ".mp4";
     const std::string& file = call.argument("file");
     const std::string mediaId =
@@ -226,7 +226,7 @@ void addUploadRoutes(Router& router, const Context& context) {
         return dataAnswer(uploadRecord(requireUpload(call, context), context));
     });
     router.add("GET", "/media/longforms/:file",
-               [&context](const Call& call) { return video(call, context); });
+               [&context](const Call& call) { return uploadedVideo(call, context); });
 }
 
 } // namespace KeloService

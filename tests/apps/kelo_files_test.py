@@ -161,8 +161,8 @@ class DownloadFailures(Files):
 
     def test_the_service_fails_at_a_file(self):
         for action, line in (({"type": "status", "status": 503}, "answers with the status 503"),
-                             ({"type": "reset", "afterBytes": 20000}, "broke off"),
-                             ({"type": "close", "afterBytes": 20000}, "broke off")):
+                             ({"type": "reset", "afterBytes": 8000}, "broke off"),
+                             ({"type": "close", "afterBytes": 8000}, "broke off")):
             with self.subTest(action=action):
                 bad, good = self.posts(2)
                 path, name = self.best(bad)
@@ -308,7 +308,7 @@ class Bars(Files):
 
     def test_a_bar_for_each_file_in_the_queues_order(self):
         first, low, high = self.posts(3)
-        self.limit_rate(300_000)
+        self.limit_rate(50_000)
         console = self.console("download", first, low + ":low", high + ":high", columns=100)
         console.expect(f"1. {high} high ")
         console.expect(" %, ")
@@ -330,7 +330,7 @@ class Bars(Files):
 
     def test_long_rows_and_narrow_terminals(self):
         posts = self.posts(12)
-        self.limit_rate(400_000)
+        self.limit_rate(250_000)
         console = self.console("download", *posts, "--bitrate", "0", columns=30)
         console.expect("2 more wait")
         console.expect("…")
@@ -344,7 +344,7 @@ class Bars(Files):
     def test_control_c_leaves_no_half_file(self):
         (post,) = self.posts(1)
         _, name = self.best(post)
-        self.limit_rate(50_000)
+        self.limit_rate(10_000)
         console = self.console("download", post)
         console.expect(" %, ")
         console.type("\x03")

@@ -193,7 +193,7 @@ TEST_F(FilesAtService, AQueueGoesOnWhileTheMainThreadIsBusy) {
 
 TEST_F(FilesAtService, AQueueGoesOnBehindAFailure) {
     const Strings urls = videos(3);
-    addFault(urls[1], {{"type", "reset"}, {"afterBytes", 20000}});
+    addFault(urls[1], {{"type", "reset"}, {"afterBytes", 8000}});
     std::vector<bool> outcomes;
     for (const auto& url : urls) {
         const auto endpoint = file(url);
@@ -222,7 +222,7 @@ TEST_F(FilesAtService, ABrokenTransferLeavesTheDestinationAsItWas) {
     const std::string url = videos(1).front();
     const auto endpoint = file(url);
     for (const char* type : {"reset", "close"}) {
-        addFault(url, {{"type", type}, {"afterBytes", 20000}});
+        addFault(url, {{"type", type}, {"afterBytes", 8000}});
         const Error error = failure(endpoint);
         EXPECT_TRUE(isHTTPError(error, HTTPErrorCode::ConnectionLost)) << error.description();
     }
@@ -234,14 +234,14 @@ TEST_F(FilesAtService, AStallThatIsCancelledLeavesTheDestinationAsItWas) {
     const std::string url = videos(1).front();
     const auto endpoint = file(url);
     folder.write("older", "old");
-    addFault(url, {{"type", "stall"}, {"afterBytes", 20000}});
+    addFault(url, {{"type", "stall"}, {"afterBytes", 8000}});
     std::int64_t received = 0;
     endpoint->setDownloadProgressHandler(
         [&](std::int64_t, std::int64_t total, std::int64_t) { received = total; });
     std::optional<FileDownloadResult> result;
     endpoint->download(URL::fileURL(folder.path("older")),
                        [&](const FileDownloadResult& sent) { result = sent; });
-    ASSERT_TRUE(runUntil([&] { return received > 10000; }));
+    ASSERT_TRUE(runUntil([&] { return received > 4000; }));
     EXPECT_EQ(folder.names().size(), 2U); // the older file, and the one in the making
     EXPECT_FALSE(result.has_value());
 
@@ -269,7 +269,7 @@ TEST_F(FilesAtService, ADirectoryThatVanishesIsAClearError) {
     const std::filesystem::path directory = folder.path("cache");
     std::filesystem::create_directory(directory);
     // It goes in the middle of the transfer.
-    limitRate(200'000);
+    limitRate(50'000);
     bool removed = false;
     endpoint->setDownloadProgressHandler([&](std::int64_t, std::int64_t, std::int64_t) {
         removed = removed || std::filesystem::remove_all(directory) > 0;

@@ -217,7 +217,7 @@ void trimmed() {
 
 void brokenOff() {
     const std::string path = *newestPosts(1).front()->videoUrl;
-    Control::addFault(URL::parse(path)->path(), {{"type", "reset"}, {"afterBytes", 20000}});
+    Control::addFault(URL::parse(path)->path(), {{"type", "reset"}, {"afterBytes", 5000}});
     const auto file = fileAt(path);
     file->deleteFile();
     const auto before = cachedNames();

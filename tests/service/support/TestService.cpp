@@ -59,6 +59,22 @@ Json ServiceTest::data(const std::string& path) {
     return Json::parse(result->body).at("data");
 }
 
+std::string ServiceTest::mediaPath(const Json& url) {
+    const auto text = url.get<std::string>();
+    EXPECT_TRUE(text.starts_with(service.url() + "/media/")) << text;
+    return text.substr(service.url().size());
+}
+
+std::string ServiceTest::defaultVideoPath(const Json& post) {
+    for (const Json& offer : post.at("videoUrls")) {
+        if (offer.at("format") == "h264" && offer.at("rate") == 0) {
+            return mediaPath(offer.at("videoUrl"));
+        }
+    }
+    ADD_FAILURE() << "the post has no default video";
+    return "/";
+}
+
 Json ServiceTest::control(const std::string& method, const std::string& path, const Json& body) {
     httplib::Request request;
     request.method = method;

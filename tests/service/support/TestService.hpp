@@ -39,6 +39,12 @@ protected:
     Json data(const std::string& path);
     /// The records of a page that has to come.
     Json records(const std::string& path) { return data(path).at("records"); }
+    /// The path of a URL that must be the service's own medium.
+    std::string mediaPath(const Json& url);
+    /// The path of a post's default video.
+    std::string defaultVideoPath(const Json& post);
+    /// That of the newest post's.
+    std::string videoPath() { return defaultVideoPath(records("/timelines/latest?size=1").at(0)); }
     /// Calls a control route and gives its answer's document.
     Json control(const std::string& method, const std::string& path, const Json& body = nullptr);
     Json addFault(const Json& fault) { return control("POST", "/_service/faults", fault); }
