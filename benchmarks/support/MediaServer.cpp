@@ -7,7 +7,7 @@
 namespace KeloBenchmark {
 
 MediaServer::MediaServer()
-    : _certificate(KeloAPI::support::TestCertificate::selfSigned({}))
+    : _certificate(KeloAPI::testing::TestCertificate::selfSigned({}))
     , _server(_certificate) {
     if (!_server.isServing()) {
         throw std::runtime_error("nginx does not start");

@@ -36,8 +36,8 @@ public:
     KeloAPI::ServerTrustPolicyManager trust() const;
 
 private:
-    KeloAPI::support::TestCertificate _certificate;
-    KeloAPI::support::Nginx _server;
+    KeloAPI::testing::TestCertificate _certificate;
+    KeloAPI::testing::Nginx _server;
 };
 
 } // namespace KeloBenchmark

@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 
 /// What the tests of the transport share.
 class TransportTest : public ::testing::Test {
@@ -94,4 +94,4 @@ protected:
     }
 };
 
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

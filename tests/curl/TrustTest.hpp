@@ -4,7 +4,7 @@
 #include "support/TestServer.hpp"
 #include "TransportTest.hpp"
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 
 /// The server is "localhost" and "127.0.0.1" alike: two hosts for one place.
 class TrustTest : public TransportTest {
@@ -42,4 +42,4 @@ private:
     std::unique_ptr<TemporaryFile> _systemStore;
 };
 
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

@@ -4,7 +4,7 @@
 #include <atomic>
 #include <semaphore>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 namespace {
 
 using namespace std::chrono_literals;
@@ -206,4 +206,4 @@ TEST_F(CancellationTest, ManyFromManyThreads) {
 }
 
 } // namespace
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

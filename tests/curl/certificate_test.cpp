@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 namespace {
 
 TEST(CertificateTest, IsMadeFromDERAndGivesItBack) {
@@ -50,4 +50,4 @@ TEST(CertificateTest, TheFirstCertificateOfATextCounts) {
 }
 
 } // namespace
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

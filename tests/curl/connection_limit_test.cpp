@@ -12,7 +12,7 @@
 #include <set>
 #include <thread>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 namespace {
 
 using namespace std::chrono_literals;
@@ -348,4 +348,4 @@ TEST(ConnectionLimitHTTP2Test, SixToAHostCarryAnyNumberOfCalls) {
 }
 
 } // namespace
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

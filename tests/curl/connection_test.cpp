@@ -12,7 +12,7 @@
 #include <semaphore>
 #include <set>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 namespace {
 
 std::size_t openDescriptors() {
@@ -306,4 +306,4 @@ TEST_F(ConnectionTest, TenThousandRequestsLeaveNoTrace) {
 }
 
 } // namespace
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

@@ -23,14 +23,14 @@ int main(int argc, char** argv) {
         return 2;
     }
     const auto url = URL::parse(argv[1]);
-    const auto certificate = Certificate::fromPEM(support::contentsOf(argv[2]));
+    const auto certificate = Certificate::fromPEM(testing::contentsOf(argv[2]));
     if (!url || !certificate) {
         return 3;
     }
     Manager manager(ServerTrustPolicyManager({{"localhost", PinCertificates{{*certificate}}}}));
     std::optional<std::string> outcome;
     const URL destination = URL::fileURL(argv[3]);
-    manager.download(support::GetRequest(url), [&](const HTTPResponse&) { return destination; })
+    manager.download(testing::GetRequest(url), [&](const HTTPResponse&) { return destination; })
         ->response([&](const ResponseContent& content, Timeline) -> Request::Completion {
             return [&, text = content.error ? content.error->description() : std::string()] {
                 outcome = text;

@@ -3,7 +3,7 @@
 
 #include <KeloAPI/curl/internal/CurlErrors.hpp>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 namespace {
 
 TEST(CurlErrorsTest, CodesOfTheLibraryBelowAreNamedInOurs) {
@@ -90,4 +90,4 @@ TEST_F(ErrorsTransportTest, AHostThatMayBeReadInTwoWaysIsRefused) {
 }
 
 } // namespace
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

@@ -83,7 +83,7 @@ int main(int argc, char** argv) {
         static CurlTransport transport{ServerTrustPolicyManager()};
         plan.transport = &transport;
     }
-    const auto certificate = Certificate::fromPEM(support::contentsOf(argv[4]));
+    const auto certificate = Certificate::fromPEM(testing::contentsOf(argv[4]));
     if (!certificate) {
         return 3;
     }

@@ -14,7 +14,7 @@
 #include <csignal>
 #include <cstdlib>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 namespace {
 
 constexpr int expectedStatus = 7;
@@ -139,4 +139,4 @@ TEST_F(ExitTest, WhileAnswersAreBeingParsed) {
 }
 
 } // namespace
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

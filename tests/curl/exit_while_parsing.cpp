@@ -64,7 +64,7 @@ void parse(const ResponseContent& content, Plan& plan) {
 
 /// Parses one answer many times over, as a queue full of answers would.
 void ask(Manager& manager, const URL& url, Plan& plan) {
-    const auto request = manager.request(support::GetRequest(url));
+    const auto request = manager.request(testing::GetRequest(url));
     for (int i = 0; i < parsesOfAnAnswer; ++i) {
         request->response([&plan](const ResponseContent& content, Timeline) {
             parse(content, plan);
@@ -83,7 +83,7 @@ int main(int argc, char** argv) {
     plan.way = argv[1];
     const bool early = std::string_view(argv[2]) == "early";
     plan.after = std::chrono::microseconds(std::strtol(argv[5], nullptr, 10));
-    const auto certificate = Certificate::fromPEM(support::contentsOf(argv[4]));
+    const auto certificate = Certificate::fromPEM(testing::contentsOf(argv[4]));
     const auto url = URL::parse(std::string("https://localhost:") + argv[3] + "/records");
     if (!certificate || !url) {
         return 3;

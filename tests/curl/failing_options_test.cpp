@@ -21,7 +21,7 @@ CURLMsg* __real_curl_multi_info_read(CURLM* multi, int* left);
 CURLMsg* __wrap_curl_multi_info_read(CURLM* multi, int* left);
 }
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 namespace {
 
 /// What the library has set, and what of it fails.
@@ -58,10 +58,10 @@ CURLMsg* withWrappedResult(CURLMsg* message) {
 }
 
 } // namespace
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing
 
 CURLcode __wrap_curl_easy_setopt(CURL* easy, CURLoption option, ...) {
-    if (!KeloAPI::support::mayBeSet(option)) {
+    if (!KeloAPI::testing::mayBeSet(option)) {
         return CURLE_OUT_OF_MEMORY;
     }
     va_list arguments;
@@ -81,14 +81,14 @@ CURLcode __wrap_curl_easy_setopt(CURL* easy, CURLoption option, ...) {
 }
 
 curl_slist* __wrap_curl_slist_append(curl_slist* list, const char* text) {
-    return KeloAPI::support::mayBeAppended(text) ? __real_curl_slist_append(list, text) : nullptr;
+    return KeloAPI::testing::mayBeAppended(text) ? __real_curl_slist_append(list, text) : nullptr;
 }
 
 CURLMsg* __wrap_curl_multi_info_read(CURLM* multi, int* left) {
-    return KeloAPI::support::withWrappedResult(__real_curl_multi_info_read(multi, left));
+    return KeloAPI::testing::withWrappedResult(__real_curl_multi_info_read(multi, left));
 }
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 namespace {
 
 /// What cannot be set as it should be is not sent at all.
@@ -183,4 +183,4 @@ TEST_F(FailingOptionsTest, AURLThatIsTooLongIsNotSupported) {
 }
 
 } // namespace
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

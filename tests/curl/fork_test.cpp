@@ -15,7 +15,7 @@
 #include <semaphore>
 #include <thread>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 namespace {
 
 class ForkTest : public TransportTest {
@@ -39,7 +39,7 @@ protected:
         request->response([result](const ResponseContent& content, Timeline) {
             return [result, error = content.error] { *result = {true, error}; };
         });
-        testing::runUntil([&] { return result->inTime; });
+        runUntil([&] { return result->inTime; });
         return *result;
     }
 
@@ -133,4 +133,4 @@ TEST_F(ForkTest, AChildsExitAsksTheChildsThreadsToPark) {
 }
 
 } // namespace
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

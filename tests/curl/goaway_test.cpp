@@ -7,7 +7,7 @@
 #include <csignal>
 #include <cstdint>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 namespace {
 
 /// One HTTP/2 connection, frame by frame, over the server's end of TLS.
@@ -290,4 +290,4 @@ TEST_F(GoAwayTest, AServerThatAlwaysGoesAwayIsGivenUp) {
 }
 
 } // namespace
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

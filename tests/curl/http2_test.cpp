@@ -5,7 +5,7 @@
 #include <atomic>
 #include <set>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 namespace {
 
 class HTTP2Test : public TransportTest {
@@ -128,4 +128,4 @@ TEST_F(HTTP2Test, EmptyFieldsAndRedirects) {
 }
 
 } // namespace
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

@@ -10,7 +10,7 @@
 
 /// libcurl reads `SSLKEYLOGFILE` once, when it is initialised: so each case has a process of its
 /// own.
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 namespace {
 
 class KeyLogTest : public TrustTest {
@@ -66,4 +66,4 @@ TEST_F(KeyLogTest, OtherConnectionsHonourTheVariable) {
 }
 
 } // namespace
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

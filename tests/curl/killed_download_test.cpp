@@ -14,7 +14,7 @@
 #include <fstream>
 #include <thread>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 namespace {
 
 using ::testing::ElementsAre;
@@ -64,7 +64,7 @@ protected:
 
     TestCertificate leaf = TestCertificate::selfSigned({});
     TemporaryFile certificate{leaf.pem()};
-    testing::TemporaryFolder folder;
+    TemporaryFolder folder;
     std::unique_ptr<Nginx> nginx;
     std::string whole;
 };
@@ -107,4 +107,4 @@ TEST_F(KilledDownloadTest, NeverLeavesAHalfFileAHundredTimes) {
 }
 
 } // namespace
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

@@ -11,7 +11,7 @@
 
 #include <fstream>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 namespace {
 
 constexpr std::uintmax_t fourGiB = std::uintmax_t{4} << 30U;
@@ -29,7 +29,7 @@ TEST(LargeDownload, OfMoreThanFourGiBKeepsTheMemoryFlat) {
     if (isSanitized) {
         GTEST_SKIP() << "a sanitized program takes minutes for it";
     }
-    const testing::TemporaryFolder folder;
+    const TemporaryFolder folder;
     if (std::filesystem::space(folder.path()).available < fourGiB + (fourGiB >> 2U)) {
         GTEST_SKIP() << "there is no room for it";
     }
@@ -72,4 +72,4 @@ TEST(LargeDownload, OfMoreThanFourGiBKeepsTheMemoryFlat) {
 }
 
 } // namespace
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

@@ -16,7 +16,7 @@
 #include <optional>
 
 /// No spelling of a pinned host escapes its pins, in the table or in a URL.
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 namespace {
 
 std::vector<std::string> usersOfHosts() {
@@ -212,7 +212,7 @@ TEST_F(PinnedHostAtServer, NoHostOfADelegateReachesItPastThePins) {
             continue; // stops the process
         }
         ++asked;
-        const auto delegate = std::make_shared<testing::RecordingDelegate>();
+        const auto delegate = std::make_shared<RecordingDelegate>();
         delegate->host = host;
         delegate->sessionKey = "secret";
         const auto session = std::make_shared<Session>(SessionType::Authenticated);
@@ -222,7 +222,7 @@ TEST_F(PinnedHostAtServer, NoHostOfADelegateReachesItPastThePins) {
         std::optional<std::optional<Error>> outcome;
         endpoint->request([&](const std::optional<std::string>&,
                               const std::optional<Error>& error) { outcome = error; });
-        ASSERT_TRUE(testing::runUntil([&] { return outcome.has_value(); })) << host;
+        ASSERT_TRUE(runUntil([&] { return outcome.has_value(); })) << host;
         ASSERT_TRUE(*outcome) << host;
         EXPECT_EQ((*outcome)->domain(), HTTPErrorDomain) << host;
     }
@@ -243,4 +243,4 @@ TEST_F(PinnedHostAtServer, AnEntryThatIsNoHostRefusesEveryRequest) {
 }
 
 } // namespace
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

@@ -11,7 +11,7 @@
 
 #include <array>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 namespace {
 
 /// Carries bytes both ways until one side closes.
@@ -126,4 +126,4 @@ TEST_F(ProxyTest, APinnedNameWithADotBehindItIsPinned) {
 }
 
 } // namespace
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

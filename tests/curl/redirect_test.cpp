@@ -4,7 +4,7 @@
 
 #include <KeloAPI/curl/internal/Redirect.hpp>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 namespace {
 
 // The rule by itself
@@ -240,4 +240,4 @@ TEST_F(RedirectTransportTest, AnEndlessRedirectBodyIsNotReadToItsEnd) {
 }
 
 } // namespace
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 namespace {
 
 /// Looks at requests as they are on the wire.
@@ -159,4 +159,4 @@ TEST_F(RequestTest, CookiesComeBackToWhoeverSetThem) {
 }
 
 } // namespace
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

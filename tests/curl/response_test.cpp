@@ -9,7 +9,7 @@
 
 #include <zlib.h>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 namespace {
 
 std::string gzip(const std::string& text) {
@@ -116,7 +116,7 @@ TEST_F(ResponseTest, APackedBodyThatIsCutShortIsNoFile) {
         connection.write("HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\nContent-Length: 60\r\n\r\n" +
                          half);
     });
-    const testing::TemporaryFolder folder;
+    const TemporaryFolder folder;
     Manager manager(transport);
     std::optional<Error> error;
     bool ended = false;
@@ -127,7 +127,7 @@ TEST_F(ResponseTest, APackedBodyThatIsCutShortIsNoFile) {
                 ended = true;
             };
         });
-    ASSERT_TRUE(testing::runUntil([&] { return ended; }));
+    ASSERT_TRUE(runUntil([&] { return ended; }));
     EXPECT_TRUE(error && isHTTPError(*error, HTTPErrorCode::BadServerResponse));
     EXPECT_TRUE(folder.names().empty());
 }
@@ -289,4 +289,4 @@ TEST(ResponseHeadTest, AFoldedFieldIsOneValue) {
 }
 
 } // namespace
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

@@ -16,7 +16,7 @@
 #include <cstdio>
 #include <string_view>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 namespace {
 
 constexpr std::size_t largeSize = std::size_t{200} << 20U;
@@ -81,7 +81,7 @@ protected:
                                   }
                                   ended = true;
                               }));
-        expect(testing::runUntil([&] { return ended; }), "the request ends");
+        expect(runUntil([&] { return ended; }), "the request ends");
         return error;
     }
 
@@ -128,7 +128,7 @@ TEST_F(ShortageDeathTest, NoThreadForTheNetwork) {
         {
             begin();
             expectNone(errorOf("/"));
-            const testing::TemporaryFolder folder;
+            const TemporaryFolder folder;
             {
                 // That of the answers is there, that of the downloads is not.
                 const NoRoomForAThread shortage;
@@ -152,8 +152,7 @@ TEST_F(ShortageDeathTest, NoThreadForTheNetworkIsNotToldInsideTheStart) {
                 transport->start(get(server->url("/")), observer);
                 expect(!observer->hasCompleted(), "the call of start is over first");
             }
-            expect(testing::runUntil([&] { return observer->hasCompleted(); }),
-                   "the exchange ends");
+            expect(runUntil([&] { return observer->hasCompleted(); }), "the exchange ends");
             expectOutOfResources(observer->error);
             std::_Exit(0);
         },
@@ -243,4 +242,4 @@ TEST_F(ShortageDeathTest, NoMemoryForTheBody) {
 }
 
 } // namespace
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

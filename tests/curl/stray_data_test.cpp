@@ -10,7 +10,7 @@
 #include <semaphore>
 #include <thread>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 namespace {
 
 constexpr auto strayLimit = std::chrono::seconds(20);
@@ -208,4 +208,4 @@ TEST_F(StraySecureDataTest, NorAreNewKeys) {
 }
 
 } // namespace
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

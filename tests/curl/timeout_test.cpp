@@ -3,7 +3,7 @@
 
 #include <future>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 namespace {
 
 using namespace std::chrono_literals;
@@ -116,4 +116,4 @@ TEST_F(TimeoutTest, OneAmongOthersLeavesThemAlone) {
 }
 
 } // namespace
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

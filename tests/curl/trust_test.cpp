@@ -1,6 +1,6 @@
 #include "TrustTest.hpp"
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 namespace {
 
 using std::chrono::hours;
@@ -242,4 +242,4 @@ TEST_F(TrustTest, AServerWithoutTLSIsNoTrustedServer) {
 }
 
 } // namespace
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

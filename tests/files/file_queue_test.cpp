@@ -55,7 +55,7 @@ TEST_F(FileQueueSingleTest, NamesItsThreadByPrefixAndKey) {
 }
 
 TEST_F(FileQueueSingleTest, AnswersInAForkedChildThatItIsTheParents) {
-    if (support::isSanitized) {
+    if (testing::isSanitized) {
         GTEST_SKIP() << "sanitizers lose their own threads in a child";
     }
     request("a"); // and is never answered

@@ -27,7 +27,7 @@ void flush(SerialQueue& queue) {
 } // namespace
 
 TEST(SerialQueueDeathTest, TasksWaitForAThread) {
-    if (support::isSanitized) {
+    if (testing::isSanitized) {
         GTEST_SKIP() << "sanitizers need the address space themselves";
     }
     // In a process of its own, which has no stack of an ended thread to use again.
@@ -38,7 +38,7 @@ TEST(SerialQueueDeathTest, TasksWaitForAThread) {
             std::promise<void> waited;
             bool ranOnMain = false;
             {
-                const support::NoRoomForAThread shortage;
+                const testing::NoRoomForAThread shortage;
                 queue.async([&] { waited.set_value(); });
                 queue.asyncOrOnMain([&] { ranOnMain = true; });
                 if (queue.open() || !testing::runUntil([&] { return ranOnMain; })) {

@@ -7,7 +7,7 @@
 #include <string>
 #include <utility>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 
 /// A plain GET.
 class GetRequest final : public URLRequestConvertible {
@@ -25,4 +25,4 @@ inline std::string contentsOf(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

@@ -14,7 +14,7 @@
 #include <fstream>
 #include <thread>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 
 namespace {
 
@@ -148,4 +148,4 @@ std::string Nginx::server(int port, const std::string& protocol) const {
            "  }\n";
 }
 
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

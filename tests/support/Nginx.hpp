@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <string>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 
 /// An nginx of its own on loopback, with HTTP/2, as a child of the test in a temporary folder.
 ///
@@ -43,4 +43,4 @@ private:
     std::string _slowBody;
 };
 
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

@@ -10,7 +10,7 @@
 #include <cerrno>
 #include <stdexcept>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 
 namespace {
 
@@ -127,4 +127,4 @@ std::string RawServer::url(const std::string& path, const std::string& scheme) c
     return scheme + "://127.0.0.1:" + std::to_string(_port) + path;
 }
 
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 
 /// One connection of a `RawServer`.
 class RawConnection {
@@ -62,4 +62,4 @@ private:
     std::thread _acceptor;
 };
 
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

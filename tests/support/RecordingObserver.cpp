@@ -1,6 +1,6 @@
 #include "RecordingObserver.hpp"
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 
 void RecordingObserver::countCall() {
     const std::lock_guard lock(_mutex);
@@ -62,4 +62,4 @@ bool RecordingObserver::hasCompleted() {
     return _over;
 }
 
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

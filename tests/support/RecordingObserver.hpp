@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 
 /// Keeps what an exchange tells. Read the fields after `wait`; the hooks run on the exchange's
 /// thread, before the call they belong to is counted as over.
@@ -53,4 +53,4 @@ private:
     bool _over = false;
 };
 
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

@@ -1,6 +1,6 @@
 #pragma once
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 
 /// Sanitized programs are slow and keep memory back: long runs are shortened, sizes not judged.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -15,4 +15,4 @@ inline constexpr bool isSanitized = false;
 inline constexpr bool isSanitized = false;
 #endif
 
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <fstream>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 
 /// Lowers a limit of this process for the life of the object. Belongs into a process of its own.
 class LoweredLimit {
@@ -71,4 +71,4 @@ public:
         : FewDescriptorsLeft(0) {}
 };
 
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 
 /// A file with a name of its own that goes with the object.
 class TemporaryFile {
@@ -31,4 +31,4 @@ private:
     std::string _path;
 };
 
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

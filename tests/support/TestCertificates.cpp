@@ -7,7 +7,7 @@
 
 #include <stdexcept>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 
 namespace {
 
@@ -95,4 +95,4 @@ std::string TestCertificate::keyPem() const {
     return text;
 }
 
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

@@ -8,7 +8,7 @@
 #include <memory>
 #include <string>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 
 /// What a test wants in a certificate.
 struct CertificateWish {
@@ -44,4 +44,4 @@ private:
     std::shared_ptr<EVP_PKEY> _key;
 };
 
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

@@ -1,6 +1,6 @@
 #include "TestServer.hpp"
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 
 TestServer::TestServer(const TestCertificate& certificate, std::size_t threads)
     : _server(std::make_unique<httplib::SSLServer>(certificate.x509(), certificate.key()))
@@ -57,4 +57,4 @@ std::size_t TestServer::connections() const {
     return _clientPorts.size();
 }
 
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing

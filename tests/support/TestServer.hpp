@@ -13,7 +13,7 @@
 #include <string>
 #include <thread>
 
-namespace KeloAPI::support {
+namespace KeloAPI::testing {
 
 /// A small HTTP server inside the test, on a free port of 127.0.0.1.
 class TestServer {
@@ -51,4 +51,4 @@ private:
     std::set<int> _clientPorts;
 };
 
-} // namespace KeloAPI::support
+} // namespace KeloAPI::testing
