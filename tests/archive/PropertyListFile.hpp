@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/Words.hpp"
+
 #include <KeloAPI/archive/internal/BinaryPropertyList.hpp>
 
 #include <cstdint>
@@ -10,22 +12,6 @@
 #include <vector>
 
 namespace KeloAPI::testing {
-
-/// The bytes that pairs of hexadecimal digits spell; blanks between them do not count.
-inline std::string bytesOf(std::string_view hexadecimal) {
-    std::string bytes;
-    std::string digits;
-    for (const char c : hexadecimal) {
-        if (c != ' ') {
-            digits += c;
-        }
-        if (digits.size() == 2) {
-            bytes += static_cast<char>(std::stoi(digits, nullptr, 16));
-            digits.clear();
-        }
-    }
-    return bytes;
-}
 
 inline std::string hexadecimalOf(std::string_view bytes) {
     constexpr std::string_view digits = "0123456789ABCDEF";

@@ -80,22 +80,22 @@ TEST(HTTPErrorTest, HasDomainCodeAndMessage) {
     EXPECT_FALSE(isHTTPError(Error("other", 2), HTTPErrorCode::TimedOut));
 }
 
-TEST(HTTPErrorTest, ItsCodesAreStable) {
-    const std::pair<HTTPErrorCode, int> table[] = {
-        {HTTPErrorCode::Unknown, -1},           {HTTPErrorCode::Cancelled, 1},
-        {HTTPErrorCode::TimedOut, 2},           {HTTPErrorCode::CannotFindHost, 3},
-        {HTTPErrorCode::CannotConnect, 4},      {HTTPErrorCode::ConnectionLost, 5},
-        {HTTPErrorCode::ServerTrust, 6},        {HTTPErrorCode::UnsupportedURL, 7},
-        {HTTPErrorCode::InvalidHeader, 8},      {HTTPErrorCode::TooManyRedirects, 9},
-        {HTTPErrorCode::BadServerResponse, 10}, {HTTPErrorCode::BadJson, 11},
-        {HTTPErrorCode::EmptyBody, 12},         {HTTPErrorCode::TextEncoding, 13},
-        {HTTPErrorCode::HTTPStatus, 14},        {HTTPErrorCode::CannotWriteFile, 15},
-        {HTTPErrorCode::ParameterEncoding, 16},
-    };
-    for (const auto& [code, number] : table) {
-        EXPECT_EQ(static_cast<int>(code), number);
+// The codes are stable.
+static_assert(static_cast<int>(HTTPErrorCode::Unknown) == -1);
+static_assert([] {
+    using enum HTTPErrorCode;
+    int number = 0;
+    for (const HTTPErrorCode code :
+         {Cancelled, TimedOut, CannotFindHost, CannotConnect, ConnectionLost, ServerTrust,
+          UnsupportedURL, InvalidHeader, TooManyRedirects, BadServerResponse, BadJson, EmptyBody,
+          TextEncoding, HTTPStatus, CannotWriteFile, ParameterEncoding, BodyTooLarge,
+          OutOfResources, Inherited}) {
+        if (static_cast<int>(code) != ++number) {
+            return false;
+        }
     }
-}
+    return true;
+}());
 
 TEST(ResultTest, IsEitherAValueOrAnError) {
     Result<std::string> good = std::string("value");

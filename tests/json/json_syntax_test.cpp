@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <iterator>
-
 namespace KeloAPI {
 
 namespace {
@@ -28,17 +26,18 @@ std::string nested(std::size_t depth) {
 
 } // namespace
 
-static_assert(std::size(testing::wellFormedTexts) >= 100);
-static_assert(std::size(testing::malformedTexts) >= 150);
-
 TEST(JsonSyntaxTest, AcceptsEveryWellFormedText) {
-    for (const std::string_view text : testing::wellFormedTexts) {
+    const auto texts = testing::wellFormedTexts();
+    EXPECT_EQ(texts.size(), 129U);
+    for (const std::string& text : texts) {
         EXPECT_TRUE(accepts(text)) << text;
     }
 }
 
 TEST(JsonSyntaxTest, RefusesEveryMalformedText) {
-    for (const std::string_view text : testing::malformedTexts) {
+    const auto texts = testing::malformedTexts();
+    EXPECT_EQ(texts.size(), 219U);
+    for (const std::string& text : texts) {
         EXPECT_FALSE(accepts(text)) << text;
     }
 }

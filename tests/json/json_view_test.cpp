@@ -16,95 +16,96 @@ using testing::JsonText;
 static_assert(!std::is_copy_constructible_v<JsonDocument>);
 static_assert(std::is_move_constructible_v<JsonDocument>);
 
-TEST(JsonValueTest, OneThatDoesNotExistIsNothing) {
-    const JsonValue value;
-    EXPECT_FALSE(value.exists());
-    EXPECT_FALSE(value.isNull());
-    EXPECT_EQ(value.text(), std::nullopt);
-    EXPECT_FALSE(value.number());
-    EXPECT_EQ(value.integer(), std::nullopt);
-    EXPECT_EQ(value.boolean(), std::nullopt);
-    EXPECT_EQ(value.real(), std::nullopt);
-    EXPECT_FALSE(value.object());
-    EXPECT_FALSE(value.array());
-    EXPECT_FALSE(value.objects());
-    EXPECT_EQ(value.description(), "");
+TEST(JsonValueTest, WhatIsNoNumberReadsAsNone) {
+    const JsonText json(R"({"null":null,"number":"12","flag":"true","none":"","quoted":"a \"b\"",
+                            "list":[1,"a",null],"map":{"a":{"b":[]}},"void":[]})");
+    struct Row {
+        JsonValue value;
+        const char* description;
+        std::optional<std::string> text;
+    };
+    const Row table[] = {{JsonValue(), "", {}},
+                         {json["missing"], "", {}},
+                         {json["null"], "<null>", {}},
+                         {json["number"], "12", "12"},
+                         {json["flag"], "true", "true"},
+                         {json["none"], "", ""},
+                         {json["quoted"], "a \"b\"", "a \"b\""},
+                         {json["list"], R"([1,"a",null])", {}},
+                         {json["map"], R"({"a":{"b":[]}})", {}},
+                         {json["void"], "[]", {}}};
+    for (const auto& [value, description, text] : table) {
+        const std::string shown = description;
+        SCOPED_TRACE(shown);
+        EXPECT_EQ(value.description(), shown);
+        EXPECT_EQ(value.text(), text);
+        EXPECT_EQ(value.exists(), text || !shown.empty());
+        EXPECT_EQ(value.isNull(), shown == "<null>");
+        EXPECT_EQ(value.object().has_value(), shown.starts_with("{"));
+        EXPECT_EQ(value.array().has_value(), shown.starts_with("["));
+        EXPECT_EQ(value.objects().has_value(), shown == "[]");
+        EXPECT_EQ(value.number(), std::nullopt);
+        EXPECT_EQ(value.numberText(), std::nullopt);
+        EXPECT_EQ(value.integer(), std::nullopt);
+        EXPECT_EQ(value.boolean(), std::nullopt);
+        EXPECT_EQ(value.real(), std::nullopt);
+    }
 }
 
-TEST(JsonValueTest, NullExistsAndConvertsToNothing) {
-    const JsonText json(R"({"a":null})");
-    const JsonValue value = json["a"];
-    EXPECT_TRUE(value.exists());
-    EXPECT_TRUE(value.isNull());
-    EXPECT_EQ(value.text(), std::nullopt);
-    EXPECT_FALSE(value.number());
-    EXPECT_EQ(value.boolean(), std::nullopt);
-    EXPECT_FALSE(value.object());
-    EXPECT_FALSE(value.array());
-    EXPECT_EQ(value.description(), "<null>");
-    EXPECT_FALSE(json["b"].exists());
-}
-
-TEST(JsonValueTest, TextNeverConvertsToANumber) {
-    const JsonText json(R"({"a":"12","b":"true","c":""})");
-    EXPECT_EQ(json["a"].text(), "12");
-    EXPECT_EQ(json["a"].integer(), std::nullopt);
-    EXPECT_EQ(json["a"].real(), std::nullopt);
-    EXPECT_EQ(json["b"].boolean(), std::nullopt);
-    EXPECT_EQ(json["c"].text(), "");
-    EXPECT_FALSE(json["a"].isNull());
-}
-
-TEST(JsonValueTest, BooleansAreNumbers) {
-    const JsonText json(R"({"t":true,"f":false})");
-    EXPECT_EQ(json["t"].number()->kind(), Number::Kind::Boolean);
-    EXPECT_EQ(json["t"].integer(), 1);
-    EXPECT_EQ(json["f"].integer(), 0);
-    EXPECT_EQ(json["t"].boolean(), true);
-    EXPECT_EQ(json["f"].boolean(), false);
-    EXPECT_EQ(json["t"].real(), 1.0);
-    EXPECT_EQ(json["t"].text(), std::nullopt);
-}
-
-TEST(JsonValueTest, IntegersKeepAllTheirBits) {
-    const JsonText json(R"({"max":9223372036854775807,"min":-9223372036854775808,
-                            "big":18446744073709551615,"odd":9007199254740993})");
-    EXPECT_EQ(json["max"].integer(), INT64_MAX);
-    EXPECT_EQ(json["min"].integer(), INT64_MIN);
-    EXPECT_EQ(json["big"].number()->uint64Value(), UINT64_MAX);
-    EXPECT_EQ(json["big"].integer(), INT64_MAX) << "saturated";
-    EXPECT_EQ(json["odd"].integer(), 9007199254740993);
-    EXPECT_EQ(json["odd"].description(), "9007199254740993");
-}
-
-TEST(JsonValueTest, AnyNumberReadsAsAnInteger) {
-    const JsonText json(R"({"a":1.0,"b":2.9,"c":-2.9,"d":1e3,"e":1e300,"f":-1e300,"g":-0.0})");
-    EXPECT_EQ(json["a"].integer(), 1);
-    EXPECT_EQ(json["b"].integer(), 2);
-    EXPECT_EQ(json["c"].integer(), -2);
-    EXPECT_EQ(json["d"].integer(), 1000);
-    EXPECT_EQ(json["e"].integer(), INT64_MAX);
-    EXPECT_EQ(json["f"].integer(), INT64_MIN);
-    EXPECT_EQ(json["g"].integer(), 0);
-    EXPECT_EQ(json["g"].boolean(), false);
-    EXPECT_EQ(json["b"].boolean(), true);
-}
-
-TEST(JsonValueTest, EveryPresentValueHasAText) {
-    const JsonText json(R"({"text":"a \"b\"","int":1234,"neg":-5,"one":1.0,"half":1.5,"exp":1e3,
-        "yes":true,"no":false,"nil":null,"list":[1,"a",null],"map":{"a":{"b":[]}},"void":[]})");
-    EXPECT_EQ(json["text"].description(), "a \"b\"");
-    EXPECT_EQ(json["int"].description(), "1234");
-    EXPECT_EQ(json["neg"].description(), "-5");
-    EXPECT_EQ(json["one"].description(), "1");
-    EXPECT_EQ(json["half"].description(), "1.5");
-    EXPECT_EQ(json["exp"].description(), "1000");
-    EXPECT_EQ(json["yes"].description(), "1");
-    EXPECT_EQ(json["no"].description(), "0");
-    EXPECT_EQ(json["nil"].description(), "<null>");
-    EXPECT_EQ(json["list"].description(), R"([1,"a",null])");
-    EXPECT_EQ(json["map"].description(), R"({"a":{"b":[]}})");
-    EXPECT_EQ(json["void"].description(), "[]");
+TEST(JsonValueTest, ANumberReadsAsEveryKindOfOneAndKeepsAllItsDigits) {
+    constexpr double largest = std::numeric_limits<double>::max();
+    const std::string largestText = "1.7976931348623157e+308";
+    const std::string sevens(400, '7');
+    struct Row {
+        std::string json;
+        Number number;
+        std::string text;
+    };
+    const Row table[] = {
+        {"true", Number::of(true), "1"},
+        {"false", Number::of(false), "0"},
+        {"1234", Number::of(1234), "1234"},
+        {"-5", Number::of(-5), "-5"},
+        {"9223372036854775807", Number::of(INT64_MAX), "9223372036854775807"},
+        {"-9223372036854775808", Number::of(INT64_MIN), "-9223372036854775808"},
+        {"18446744073709551615", Number::of(UINT64_MAX), "18446744073709551615"},
+        {"9007199254740993", Number::of(std::int64_t{9007199254740993}), "9007199254740993"},
+        {"1.0", Number::of(1.0), "1"},
+        {"1.5", Number::of(1.5), "1.5"},
+        {"-2.9", Number::of(-2.9), "-2.9"},
+        {"-0.0", Number::of(-0.0), "-0"},
+        {"1e3", Number::of(1e3), "1000"},
+        {"1e20", Number::of(1e20), "1e+20"},
+        {"1e300", Number::of(1e300), "1e+300"},
+        {"-1e300", Number::of(-1e300), "-1e+300"},
+        // Beyond integers of 64 bits, and beyond doubles.
+        {"18446744073709551616", Number::of(18446744073709551616.0), "18446744073709551616"},
+        {"-9223372036854775809", Number::of(-9223372036854775808.0), "-9223372036854775809"},
+        {"99999999999999999999", Number::of(1e20), "99999999999999999999"},
+        {sevens, Number::of(largest), sevens},
+        {"1e400", Number::of(largest), largestText},
+        {"-1.5E+400", Number::of(-largest), "-" + largestText},
+        {"0.001e99999999999999999999", Number::of(largest), largestText},
+    };
+    for (const auto& [text, number, description] : table) {
+        SCOPED_TRACE(text);
+        const JsonText alone(text);
+        const JsonText inAnObject("{\"n\":" + text + "}");
+        const JsonText besideALargeOne("{\"large\":1e400,\"n\":" + text + "}");
+        for (const JsonValue value : {alone.root(), inAnObject["n"], besideALargeOne["n"]}) {
+            ASSERT_EQ(value.number(), number);
+            EXPECT_EQ(value.number()->kind(), number.kind());
+            EXPECT_EQ(value.integer(), number.int64Value());
+            EXPECT_EQ(value.boolean(), number.boolValue());
+            EXPECT_EQ(value.real(), number.doubleValue());
+            EXPECT_EQ(value.numberText(), description);
+            EXPECT_EQ(value.description(), description);
+            EXPECT_EQ(value.text(), std::nullopt);
+            EXPECT_TRUE(value.exists());
+            EXPECT_FALSE(value.isNull());
+            EXPECT_FALSE(value.object() || value.array() || value.objects());
+        }
+    }
 }
 
 TEST(JsonValueTest, TextsAreUnescaped) {
