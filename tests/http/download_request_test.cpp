@@ -46,10 +46,70 @@ protected:
             };
         });
     }
-    /// Where no file can be made: in no folder, and at no file URL.
-    std::vector<URL> impossible() const {
-        return {URL::fileURL(folder.path("missing/video")), *URL::parse("https://h/video")};
+    /// How the destination is told: when the head is there, or beforehand, with and without word of
+    /// the sending.
+    enum class Way { Chosen, Known, KnownWhenSent };
+
+    struct Ending {
+        URL destination;
+        /// Absent where no head comes.
+        std::optional<int> status;
+        std::string body;
+        /// The exchange's, and the download's.
+        std::optional<HTTPErrorCode> error;
+        std::optional<HTTPErrorCode> expected;
+    };
+
+    /// Beside the old file "video" and a folder "taken".
+    void expectEnding(const Ending& ending, Way way) {
+        SCOPED_TRACE(ending.destination.absoluteString() + " " +
+                     std::to_string(ending.status.value_or(0)) + ending.body);
+        folder.write("video", "old");
+        ended = false;
+        statusSeen.reset();
+        way == Way::Chosen ? start(ending.destination) : startTo(ending.destination);
+        if (way == Way::KnownWhenSent) {
+            transport->sent();
+        }
+        const auto error = answerAndEnd(ending);
+        EXPECT_EQ(error.has_value(), ending.expected.has_value());
+        if (error) {
+            EXPECT_TRUE(isHTTPError(*error, *ending.expected)) << error->description();
+        }
+        if (ending.expected == HTTPErrorCode::HTTPStatus) {
+            EXPECT_EQ(error->integer(HTTPStatusCodeKey), ending.status);
+        }
+        EXPECT_EQ(folder.read("video"), ending.expected ? "old" : ending.body);
+        EXPECT_THAT(namesThen, ElementsAre("taken", "video"));
+        const bool isAsked = way == Way::Chosen && ending.status == 200;
+        EXPECT_EQ(statusSeen, isAsked ? ending.status : std::nullopt);
     }
+
+    std::optional<Error> answerAndEnd(const Ending& ending) {
+        bool wanted = true;
+        progress.clear();
+        if (ending.status) {
+            transport->head(*ending.status);
+            if (ending.expected == HTTPErrorCode::HTTPStatus) {
+                EXPECT_THAT(folder.names(), ElementsAre("taken", "video")) << "nothing is kept";
+            }
+            wanted = ending.body.empty() || transport->data(ending.body);
+            const bool isRefused = ending.expected && ending.expected != ending.error &&
+                                   ending.destination.path() != folder.path("taken");
+            EXPECT_EQ(wanted, ending.body.empty() || !isRefused);
+        }
+        if (!wanted) {
+            transport->complete(httpError(HTTPErrorCode::Unknown, "the receiver gave up"));
+        } else if (ending.error) {
+            transport->complete(httpError(*ending.error, "ended"));
+        } else {
+            transport->complete();
+        }
+        const auto error = end();
+        EXPECT_TRUE(progress.empty() || !ending.body.empty());
+        return error;
+    }
+
     std::optional<Error> end() {
         EXPECT_TRUE(runUntil([this] { return ended; }));
         return outcome;
@@ -82,52 +142,37 @@ TEST_F(DownloadRequestTest, BecomesAFile) {
     EXPECT_THAT(progress.back(), ElementsAre(6, 6, 6));
 }
 
-TEST_F(DownloadRequestTest, AnEmptyAnswerBecomesAnEmptyFile) {
-    folder.write("video", "old");
-    start();
-    transport->head(200, 0);
-    transport->complete();
-    EXPECT_EQ(end(), std::nullopt);
-    EXPECT_EQ(folder.read("video"), "");
-    EXPECT_TRUE(progress.empty());
-}
-
-TEST_F(DownloadRequestTest, AnErrorPageNeverBecomesTheFile) {
-    for (const int status : {400, 403, 404, 500, 503, 599}) {
-        SCOPED_TRACE(status);
-        folder.write("video", "old");
-        ended = false;
-        statusSeen.reset();
-        start();
-        transport->head(status, 9);
-        EXPECT_FALSE(transport->data("not found"));
-        transport->complete(httpError(HTTPErrorCode::Unknown, "the receiver gave up"));
-        const auto error = end();
-        ASSERT_TRUE(error);
-        EXPECT_TRUE(isHTTPError(*error, HTTPErrorCode::HTTPStatus));
-        EXPECT_EQ(error->integer(HTTPStatusCodeKey), status);
-        EXPECT_EQ(folder.read("video"), "old");
-        EXPECT_THAT(namesThen, ElementsAre("video"));
-        EXPECT_FALSE(statusSeen) << "no destination is asked for";
+TEST_F(DownloadRequestTest, EndsAsItsAnswerAndItsDestinationSay) {
+    using enum HTTPErrorCode;
+    std::filesystem::create_directory(folder.path("taken"));
+    const URL video = URL::fileURL(folder.path("video"));
+    const URL folderItself = URL::fileURL(folder.path("taken"));
+    std::vector<Ending> table = {
+        {video, 200, "abcdef", {}, {}},
+        {video, 200, "", {}, {}},
+        {video, 404, "", {}, HTTPStatus},
+        {video, 200, "half", ConnectionLost, ConnectionLost},
+        {video, 200, "half", Cancelled, Cancelled},
+        {video, {}, "", CannotConnect, CannotConnect},
+        {video, {}, "", {}, BadServerResponse},
+        {folderItself, 200, "data", {}, CannotWriteFile},
+    };
+    for (const int status :
+         {101, 204, 205, 206, 300, 302, 304, 307, 399, 400, 403, 404, 500, 503, 599}) {
+        table.push_back({video, status, "no file", {}, HTTPStatus});
     }
-}
-
-TEST_F(DownloadRequestTest, AnAnswerWithoutTheWholeFileNeverBecomesIt) {
-    for (const int status : {101, 204, 205, 206, 300, 302, 304, 307, 399}) {
-        SCOPED_TRACE(status);
-        folder.write("video", "old");
-        ended = false;
-        startTo(URL::fileURL(folder.path("video")));
-        transport->sent();
-        transport->head(status, -1);
-        EXPECT_FALSE(transport->data("part"));
-        transport->complete();
-        const auto error = end();
-        ASSERT_TRUE(error);
-        EXPECT_TRUE(isHTTPError(*error, HTTPErrorCode::HTTPStatus));
-        EXPECT_EQ(error->integer(HTTPStatusCodeKey), status);
-        EXPECT_EQ(folder.read("video"), "old");
-        EXPECT_THAT(namesThen, ElementsAre("video"));
+    // Where no file can be made: in no folder, and at no file URL.
+    for (const URL& nowhere :
+         {URL::fileURL(folder.path("missing/video")), *URL::parse("https://h/video")}) {
+        table.push_back({nowhere, 200, "data", {}, CannotWriteFile});
+        table.push_back({nowhere, 404, "", {}, HTTPStatus});
+        table.push_back({nowhere, {}, "", Cancelled, Cancelled});
+        table.push_back({nowhere, {}, "", TimedOut, TimedOut});
+    }
+    for (const Ending& ending : table) {
+        for (const Way way : {Way::Chosen, Way::Known, Way::KnownWhenSent}) {
+            expectEnding(ending, way);
+        }
     }
 }
 
@@ -140,62 +185,6 @@ TEST_F(DownloadRequestTest, APartThatWasAskedForBecomesTheFile) {
     transport->complete();
     EXPECT_EQ(end(), std::nullopt);
     EXPECT_EQ(folder.read("video"), "cde");
-}
-
-TEST_F(DownloadRequestTest, AnErrorWithoutAPageIsOneToo) {
-    start();
-    transport->head(404, 0);
-    transport->complete();
-    EXPECT_TRUE(isHTTPError(end().value(), HTTPErrorCode::HTTPStatus));
-    EXPECT_THAT(namesThen, IsEmpty());
-}
-
-TEST_F(DownloadRequestTest, ABrokenTransferLeavesTheDestinationAndNoLitter) {
-    for (const HTTPErrorCode code : {HTTPErrorCode::ConnectionLost, HTTPErrorCode::Cancelled}) {
-        folder.write("video", "old");
-        ended = false;
-        start();
-        transport->head(200, 100);
-        EXPECT_TRUE(transport->data("half"));
-        transport->complete(httpError(code, "ended"));
-        EXPECT_TRUE(isHTTPError(end().value(), code));
-        EXPECT_THAT(namesThen, ElementsAre("video"));
-        EXPECT_EQ(folder.read("video"), "old");
-    }
-}
-
-TEST_F(DownloadRequestTest, AFailureBeforeTheHeadTouchesNothing) {
-    start();
-    transport->complete(httpError(HTTPErrorCode::CannotConnect, "refused"));
-    EXPECT_TRUE(isHTTPError(end().value(), HTTPErrorCode::CannotConnect));
-    EXPECT_THAT(namesThen, IsEmpty());
-}
-
-TEST_F(DownloadRequestTest, ADestinationThatCannotBeWrittenIsItsError) {
-    start(URL::fileURL(folder.path("missing/video")));
-    transport->head(200, 4);
-    EXPECT_FALSE(transport->data("data"));
-    transport->complete(httpError(HTTPErrorCode::Unknown, "the receiver gave up"));
-    EXPECT_TRUE(isHTTPError(end().value(), HTTPErrorCode::CannotWriteFile));
-    EXPECT_THAT(namesThen, IsEmpty());
-}
-
-TEST_F(DownloadRequestTest, ADestinationThatIsAFolderIsItsErrorInTheEnd) {
-    ASSERT_EQ(mkdir(folder.path("video").c_str(), 0700), 0);
-    start();
-    transport->head(200, 4);
-    EXPECT_TRUE(transport->data("data"));
-    transport->complete();
-    EXPECT_TRUE(isHTTPError(end().value(), HTTPErrorCode::CannotWriteFile));
-    EXPECT_THAT(namesThen, ElementsAre("video"));
-}
-
-TEST_F(DownloadRequestTest, ADestinationThatIsNoFileURLIsItsError) {
-    start(*URL::parse("https://h/video"));
-    transport->head(200, 4);
-    EXPECT_FALSE(transport->data("data"));
-    transport->complete();
-    EXPECT_TRUE(isHTTPError(end().value(), HTTPErrorCode::CannotWriteFile));
 }
 
 TEST_F(DownloadRequestTest, AKnownDestinationsFileIsMadeWhileTheAnswerIsAwaited) {
@@ -215,58 +204,6 @@ TEST_F(DownloadRequestTest, AKnownDestinationsFileIsMadeWhileTheAnswerIsAwaited)
     EXPECT_THAT(namesThen, ElementsAre("video"));
 }
 
-TEST_F(DownloadRequestTest, AKnownDestinationDoesWithoutBeingToldOfTheSending) {
-    startTo(URL::fileURL(folder.path("video")));
-    transport->head(200, 3);
-    EXPECT_TRUE(transport->data("new"));
-    transport->complete();
-    EXPECT_EQ(end(), std::nullopt);
-    EXPECT_EQ(folder.read("video"), "new");
-}
-
-TEST_F(DownloadRequestTest, AFileMadeBeforehandGoesWithTheFailure) {
-    const auto expect = [this](HTTPErrorCode code) {
-        const auto error = end();
-        ASSERT_TRUE(error);
-        EXPECT_TRUE(isHTTPError(*error, code)) << error->description();
-        EXPECT_THAT(namesThen, ElementsAre("video"));
-        EXPECT_EQ(folder.read("video"), "old");
-        ended = false;
-    };
-    folder.write("video", "old");
-    startTo(URL::fileURL(folder.path("video")));
-    transport->sent();
-    transport->head(404, 0);
-    EXPECT_THAT(folder.names(), ElementsAre("video")) << "nothing is kept for an error page";
-    transport->complete();
-    expect(HTTPErrorCode::HTTPStatus);
-
-    startTo(URL::fileURL(folder.path("video")));
-    transport->sent();
-    transport->complete(httpError(HTTPErrorCode::ConnectionLost, "lost"));
-    expect(HTTPErrorCode::ConnectionLost);
-}
-
-TEST_F(DownloadRequestTest, WhatTheServerSaysOutranksAFileThatCannotBeMade) {
-    for (const URL& destination : impossible()) {
-        SCOPED_TRACE(destination.absoluteString());
-        startTo(destination);
-        transport->sent();
-        transport->head(404, 0);
-        transport->complete();
-        EXPECT_TRUE(isHTTPError(end().value(), HTTPErrorCode::HTTPStatus));
-        ended = false;
-
-        startTo(destination);
-        transport->sent();
-        transport->head(200, 1);
-        EXPECT_FALSE(transport->data("x"));
-        transport->complete(httpError(HTTPErrorCode::Unknown, "the receiver gave up"));
-        EXPECT_TRUE(isHTTPError(end().value(), HTTPErrorCode::CannotWriteFile));
-        ended = false;
-    }
-}
-
 TEST_F(DownloadRequestTest, AFileThatCouldNotBeMadeBeforehandIsTriedAgainWithTheAnswer) {
     startTo(URL::fileURL(folder.path("later/video")));
     transport->sent();
@@ -276,29 +213,6 @@ TEST_F(DownloadRequestTest, AFileThatCouldNotBeMadeBeforehandIsTriedAgainWithThe
     transport->complete();
     EXPECT_EQ(end(), std::nullopt);
     EXPECT_EQ(folder.read("later/video"), "new");
-}
-
-TEST_F(DownloadRequestTest, WithoutAnAnswerItsErrorIsTheTransports) {
-    for (const URL& destination : impossible()) {
-        for (const HTTPErrorCode code : {HTTPErrorCode::Cancelled, HTTPErrorCode::TimedOut}) {
-            SCOPED_TRACE(destination.absoluteString());
-            startTo(destination);
-            transport->sent();
-            transport->complete(httpError(code, "ended"));
-            EXPECT_TRUE(isHTTPError(end().value(), code));
-            ended = false;
-        }
-    }
-}
-
-TEST_F(DownloadRequestTest, AnEndWithoutAnAnswerTouchesNothing) {
-    folder.write("video", "old");
-    startTo(URL::fileURL(folder.path("video")));
-    transport->sent();
-    transport->complete();
-    EXPECT_TRUE(isHTTPError(end().value(), HTTPErrorCode::BadServerResponse));
-    EXPECT_EQ(folder.read("video"), "old");
-    EXPECT_THAT(namesThen, ElementsAre("video"));
 }
 
 TEST_F(DownloadRequestTest, AChosenDestinationWaitsForTheAnswer) {

@@ -12,22 +12,25 @@ namespace KeloAPI {
 using fakes::ScriptedAnswer;
 using fakes::ScriptedTransport;
 using testing::FixedRequest;
-using testing::runFor;
 using testing::runUntil;
-using namespace std::chrono_literals;
 
 class ManagerTest : public ::testing::Test {
 protected:
-    void listen(const std::shared_ptr<Request>& request) {
+    std::shared_ptr<Request> listen(std::shared_ptr<Request> request) {
         request->response([this](const ResponseContent& content, Timeline) {
             return [this, body = content.body, error = content.error] {
                 bodies.push_back(body);
                 errors.push_back(error);
             };
         });
+        return request;
     }
     bool waitForAnswers(std::size_t count) {
         return runUntil([&] { return errors.size() >= count; });
+    }
+    /// What this error is, of those that have come.
+    bool failed(std::size_t index, HTTPErrorCode code) const {
+        return errors.at(index) && isHTTPError(*errors[index], code);
     }
 
     std::shared_ptr<ScriptedTransport> transport = std::make_shared<ScriptedTransport>();
@@ -35,72 +38,46 @@ protected:
     std::vector<std::optional<Error>> errors;
 };
 
-TEST_F(ManagerTest, ARequestWithoutAURLEndsWithAnErrorAndIsNotSent) {
+TEST_F(ManagerTest, WhatMustNotBeSentEndsWithAnErrorAndIsNotSent) {
     Manager manager(transport);
-    for (const char* url : {"", "file:///etc/passwd", "ftp://h/", "users/me", "http:///x"}) {
-        errors.clear();
-        listen(manager.request(FixedRequest(url)));
-        EXPECT_TRUE(errors.empty()) << "never inside the call";
-        ASSERT_TRUE(waitForAnswers(1));
-        ASSERT_TRUE(errors[0]);
-        EXPECT_TRUE(isHTTPError(*errors[0], HTTPErrorCode::UnsupportedURL)) << url;
-    }
-    EXPECT_TRUE(transport->requests().empty());
-}
-
-TEST_F(ManagerTest, AHeaderWithALineEndIsRefusedAndNothingIsSent) {
-    Manager manager(transport);
-    FixedRequest convertible;
-    convertible.request.headerFields = {{"User-Agent", "x\r\nInjected: yes"}};
-    listen(manager.request(convertible));
-    listen(manager.upload(convertible, Data("x")));
-    listen(manager.download(convertible, [](const HTTPResponse&) -> URL {
+    const auto destination = [](const HTTPResponse&) -> URL {
         ADD_FAILURE() << "there is no answer";
         return URL::fileURL("/nowhere");
-    }));
-    ASSERT_TRUE(waitForAnswers(3));
-    for (const auto& error : errors) {
-        ASSERT_TRUE(error);
-        EXPECT_TRUE(isHTTPError(*error, HTTPErrorCode::InvalidHeader));
+    };
+    FixedRequest injecting;
+    injecting.request.headerFields = {{"User-Agent", "x\r\nInjected: yes"}};
+    std::vector<std::pair<FixedRequest, HTTPErrorCode>> table = {
+        {injecting, HTTPErrorCode::InvalidHeader}};
+    for (const char* url : {"", "file:///etc/passwd", "ftp://h/", "users/me", "http:///x"}) {
+        table.emplace_back(url, HTTPErrorCode::UnsupportedURL);
+    }
+    for (const auto& [convertible, code] : table) {
+        SCOPED_TRACE(convertible.request.description());
+        errors.clear();
+        listen(manager.request(convertible))->cancel(); // which does nothing
+        listen(manager.upload(convertible, Data("x")));
+        listen(manager.download(convertible, destination));
+        EXPECT_TRUE(errors.empty()) << "never inside the call";
+        ASSERT_TRUE(waitForAnswers(3));
+        EXPECT_TRUE(failed(0, code) && failed(1, code) && failed(2, code));
     }
     EXPECT_TRUE(transport->requests().empty());
 }
 
-TEST_F(ManagerTest, CancellingOneThatWasNeverSentDoesNothing) {
-    Manager manager(transport);
-    const auto request = manager.request(FixedRequest(""));
-    request->cancel();
-    listen(request);
-    ASSERT_TRUE(waitForAnswers(1));
-    EXPECT_TRUE(isHTTPError(*errors[0], HTTPErrorCode::UnsupportedURL));
-}
-
-TEST_F(ManagerTest, CancelGivesExactlyOneCompletion) {
-    Manager manager(transport);
-    const auto request = manager.request(FixedRequest());
-    listen(request);
-    request->cancel();
-    request->cancel();
-    EXPECT_TRUE(errors.empty()) << "asynchronously";
-    ASSERT_TRUE(waitForAnswers(1));
-    EXPECT_TRUE(isHTTPError(*errors[0], HTTPErrorCode::Cancelled));
-    transport->answerRequest(0, ScriptedAnswer::json("{}"));
-    request->cancel();
-    runFor(10ms);
-    EXPECT_EQ(errors.size(), 1U);
-}
-
-TEST_F(ManagerTest, CancelOfOneLeavesTheOthersAlone) {
+TEST_F(ManagerTest, CancelGivesExactlyOneCompletionAndLeavesTheOthersAlone) {
     Manager manager(transport);
     std::vector<std::shared_ptr<Request>> requests;
     for (int i = 0; i < 10; ++i) {
-        requests.push_back(manager.request(FixedRequest()));
-        listen(requests.back());
+        requests.push_back(listen(manager.request(FixedRequest())));
     }
     requests[4]->cancel();
+    requests[4]->cancel();
+    EXPECT_TRUE(errors.empty()) << "asynchronously";
     ASSERT_TRUE(waitForAnswers(1));
-    EXPECT_TRUE(isHTTPError(*errors[0], HTTPErrorCode::Cancelled));
+    EXPECT_TRUE(failed(0, HTTPErrorCode::Cancelled));
     EXPECT_EQ(transport->waitingCount(), 9U);
+    transport->answerRequest(4, ScriptedAnswer::json("late"));
+    requests[4]->cancel();
     for (int i = 0; i < 9; ++i) {
         transport->answer(ScriptedAnswer::json(std::to_string(i)));
     }
@@ -121,16 +98,13 @@ TEST_F(ManagerTest, WhenItGoesWithItsTransportThoseInFlightAreCancelled) {
     }
     EXPECT_TRUE(watch.expired());
     ASSERT_TRUE(waitForAnswers(5));
-    for (const auto& error : errors) {
-        ASSERT_TRUE(error);
-        EXPECT_TRUE(isHTTPError(*error, HTTPErrorCode::Cancelled));
+    for (std::size_t i = 0; i < 5; ++i) {
+        EXPECT_TRUE(failed(i, HTTPErrorCode::Cancelled));
     }
 }
 
 TEST_F(ManagerTest, ATransportThatIsKeptCarriesItsRequestsToTheirEnd) {
     listen(Manager(transport).request(FixedRequest()));
-    runFor(2ms);
-    EXPECT_TRUE(errors.empty());
     transport->answer(ScriptedAnswer::json("[]"));
     ASSERT_TRUE(waitForAnswers(1));
     EXPECT_FALSE(errors[0]);
@@ -140,26 +114,19 @@ TEST_F(ManagerTest, ATransportThatIsKeptCarriesItsRequestsToTheirEnd) {
 TEST_F(ManagerTest, MayGoInsideACompletion) {
     auto manager = std::make_unique<Manager>(transport);
     const auto request = manager->request(FixedRequest());
-    request->response([&](const ResponseContent&, Timeline) {
-        return [&] {
-            manager.reset();
-            errors.emplace_back();
-        };
-    });
+    request->response([&](const ResponseContent&, Timeline) { return [&] { manager.reset(); }; });
     transport->answer(ScriptedAnswer::json("{}"));
-    ASSERT_TRUE(waitForAnswers(1));
-    EXPECT_EQ(manager, nullptr);
+    EXPECT_TRUE(runUntil([&] { return manager == nullptr; }));
 }
 
 TEST_F(ManagerTest, TakesRequestsFromManyThreads) {
     Manager manager(transport);
-    constexpr int perThread = 50;
+    constexpr std::size_t perThread = 50;
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&] {
-            for (int n = 0; n < perThread; ++n) {
-                const auto request = manager.request(FixedRequest());
-                listen(request);
+            for (std::size_t n = 0; n < perThread; ++n) {
+                const auto request = listen(manager.request(FixedRequest()));
                 if (n % 5 == 0) {
                     request->cancel();
                 }
@@ -170,9 +137,12 @@ TEST_F(ManagerTest, TakesRequestsFromManyThreads) {
     for (auto& thread : threads) {
         thread.join();
     }
-    ASSERT_TRUE(waitForAnswers(4U * perThread));
-    runFor(5ms);
-    EXPECT_EQ(errors.size(), 4U * perThread) << "once each";
+    ASSERT_TRUE(waitForAnswers(4 * perThread));
+    // One more comes behind them all; an answer to one that was cancelled may be waiting for it.
+    transport->answer(ScriptedAnswer::json("{}"));
+    listen(manager.request(FixedRequest()));
+    ASSERT_TRUE(waitForAnswers(4 * perThread + 1));
+    EXPECT_EQ(errors.size(), 4 * perThread + 1) << "once each";
     EXPECT_EQ(transport->waitingCount(), 0U);
 }
 
@@ -182,52 +152,49 @@ TEST_F(ManagerTest, AnUploadsDataReplacesTheBody) {
     convertible.request.method = Method::PUT;
     convertible.request.body = Data("old");
     listen(manager.upload(convertible, Data("new")));
-    transport->answer(ScriptedAnswer::json("{}"));
-    ASSERT_TRUE(waitForAnswers(1));
     EXPECT_EQ(transport->requests().at(0).body->text(), "new");
     EXPECT_EQ(transport->requests().at(0).method, Method::PUT);
-}
-
-TEST_F(ManagerTest, OverHTTPRefusesConnectionsThatNobodyTakes) {
-    // Port 1 on loopback: nothing listens there.
-    Manager manager(ServerTrustPolicyManager{});
-    listen(manager.request(FixedRequest("http://127.0.0.1:1/")));
+    transport->answer(ScriptedAnswer::json("{}"));
     ASSERT_TRUE(waitForAnswers(1));
-    ASSERT_TRUE(errors[0]);
-    EXPECT_TRUE(isHTTPError(*errors[0], HTTPErrorCode::CannotConnect)) << errors[0]->description();
 }
 
-TEST_F(ManagerTest, LargeAnswersHaveALimitForAllOfThem) {
+/// Answers have this much memory left: all else has been taken by others.
+class ManagerMemoryTest : public ManagerTest {
+protected:
+    static constexpr std::size_t left = 1000;
+
+    ManagerMemoryTest() { EXPECT_TRUE(BodyMemory::take(BodyMemory::mostOfAll - left)); }
+    ~ManagerMemoryTest() override { BodyMemory::giveBack(BodyMemory::mostOfAll - left); }
+
+    static bool allHasComeBack() {
+        const bool hasComeBack = BodyMemory::take(left);
+        if (hasComeBack) {
+            BodyMemory::giveBack(left);
+        }
+        return hasComeBack;
+    }
+};
+
+TEST_F(ManagerMemoryTest, LargeAnswersHaveALimitForAllOfThem) {
     Manager manager(transport);
-    // All but this has been taken by others.
-    constexpr std::size_t left = 1000;
-    ASSERT_TRUE(BodyMemory::take(BodyMemory::mostOfAll - left));
     transport->answer(ScriptedAnswer::json(std::string(left, 'x')));
     transport->answer(ScriptedAnswer::json("x"));
-    auto first = manager.request(FixedRequest());
-    listen(first);
+    auto first = listen(manager.request(FixedRequest()));
     listen(manager.request(FixedRequest()));
     ASSERT_TRUE(waitForAnswers(2));
     EXPECT_EQ(errors[0], std::nullopt);
-    ASSERT_TRUE(errors[1]);
-    EXPECT_TRUE(isHTTPError(*errors[1], HTTPErrorCode::OutOfResources));
-
+    EXPECT_TRUE(failed(1, HTTPErrorCode::OutOfResources));
+    EXPECT_FALSE(allHasComeBack());
     first = nullptr; // and soon the answer with it
-    bool taken = false;
-    EXPECT_TRUE(runUntil([&] { return taken = taken || BodyMemory::take(left); }));
-    BodyMemory::giveBack(left);
-    BodyMemory::giveBack(BodyMemory::mostOfAll - left);
+    EXPECT_TRUE(runUntil(allHasComeBack));
 }
 
-TEST_F(ManagerTest, AnAnswerThatFailsIsNotKept) {
+TEST_F(ManagerMemoryTest, AnAnswerThatFailsIsNotKept) {
     const auto manual = std::make_shared<testing::ManualTransport>();
     Manager manager(manual);
-    constexpr std::size_t left = 1000;
-    ASSERT_TRUE(BodyMemory::take(BodyMemory::mostOfAll - left));
     // One whose connection is lost, one that is refused for being too large.
     for (const bool refused : {false, true}) {
-        const auto held = manager.request(FixedRequest());
-        listen(held);
+        const auto held = listen(manager.request(FixedRequest()));
         manual->head(200);
         EXPECT_TRUE(manual->data(std::string(left, 'x')));
         EXPECT_EQ(refused && manual->data("x"), false);
@@ -235,10 +202,8 @@ TEST_F(ManagerTest, AnAnswerThatFailsIsNotKept) {
         ASSERT_TRUE(waitForAnswers(refused ? 2 : 1));
         EXPECT_TRUE(errors.back());
         EXPECT_EQ(bodies.back(), "");
-        ASSERT_TRUE(BodyMemory::take(left)) << "its share has come back";
-        BodyMemory::giveBack(left);
+        EXPECT_TRUE(allHasComeBack());
     }
-    BodyMemory::giveBack(BodyMemory::mostOfAll - left);
 }
 
 } // namespace KeloAPI

@@ -11,12 +11,10 @@ protected:
         response = HTTPResponse{*URL::parse("https://h/"), status, std::move(fields), -1};
     }
     ResponseContent content() const { return {request, response, body, error}; }
-    bool jsonFails(HTTPErrorCode code) const {
-        const auto result = serializeJSON(content());
-        return !result && isHTTPError(result.error(), code);
-    }
-    bool textFails(HTTPErrorCode code) const {
-        const auto result = serializeText(content());
+    bool jsonFails(HTTPErrorCode code) const { return fails(serializeJSON(content()), code); }
+    bool textFails(HTTPErrorCode code) const { return fails(serializeText(content()), code); }
+    template <class T>
+    static bool fails(const Result<T>& result, HTTPErrorCode code) {
         return !result && isHTTPError(result.error(), code);
     }
 
