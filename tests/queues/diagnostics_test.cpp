@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <semaphore>
 #include <thread>
 
 namespace KeloAPI {
@@ -11,6 +12,12 @@ namespace KeloAPI {
 class DiagnosticsTest : public ::testing::Test {
 protected:
     ~DiagnosticsTest() override { Diagnostics::setSink({}); }
+
+    void collect() {
+        Diagnostics::setSink([this](std::string_view line) { lines.emplace_back(line); });
+    }
+
+    std::vector<std::string> lines;
 };
 
 TEST_F(DiagnosticsTest, GoToStandardOutputLineByLine) {
@@ -22,8 +29,7 @@ TEST_F(DiagnosticsTest, GoToStandardOutputLineByLine) {
 }
 
 TEST_F(DiagnosticsTest, GoToTheSinkInstead) {
-    std::vector<std::string> lines;
-    Diagnostics::setSink([&](std::string_view line) { lines.emplace_back(line); });
+    collect();
     ::testing::internal::CaptureStdout();
     Diagnostics::write("to the sink");
     Diagnostics::setSink({});
@@ -33,8 +39,7 @@ TEST_F(DiagnosticsTest, GoToTheSinkInstead) {
 }
 
 TEST_F(DiagnosticsTest, AreOneLineEachWhateverIsInThem) {
-    std::vector<std::string> lines;
-    Diagnostics::setSink([&](std::string_view line) { lines.emplace_back(line); });
+    collect();
     Diagnostics::write("a file \"a\r\nb\"");
     Diagnostics::write(std::string_view("\x1B[2J\0\x7F", 6));
     Diagnostics::write("na\xC3\xAFve \\x0A");
@@ -43,38 +48,45 @@ TEST_F(DiagnosticsTest, AreOneLineEachWhateverIsInThem) {
 }
 
 TEST_F(DiagnosticsTest, ASinkThatGoesMayWriteALastLine) {
-    std::vector<std::string> lines;
     struct Last {
         ~Last() { Diagnostics::write("gone"); }
     };
     Diagnostics::setSink([last = std::make_shared<Last>()](std::string_view) {});
-    Diagnostics::setSink([&](std::string_view line) { lines.emplace_back(line); });
+    collect();
     EXPECT_THAT(lines, ::testing::ElementsAre("gone"));
 }
 
 TEST_F(DiagnosticsTest, TheSinkHearsOneCallAtATimeAndNoneAfterItsReplacement) {
     std::atomic<int> inside = 0;
     std::atomic<bool> overlapped = false;
-    std::atomic<bool> alive = true;
+    std::atomic<bool> replaced = false;
     std::atomic<bool> heardAfterwards = false;
     std::atomic<bool> stop = false;
-    Diagnostics::setSink([&](std::string_view) {
-        overlapped = overlapped || inside++ != 0;
-        heardAfterwards = heardAfterwards || !alive;
-        --inside;
-    });
+    std::binary_semaphore heardMany{0};
+    const auto sink = [&](std::atomic<bool>& tooLate) {
+        return [&, lines = 0](std::string_view) mutable {
+            overlapped = overlapped || inside++ != 0;
+            heardAfterwards = heardAfterwards || tooLate;
+            if (++lines == 1000) {
+                heardMany.release();
+            }
+            --inside;
+        };
+    };
+    Diagnostics::setSink(sink(replaced));
     std::vector<std::thread> threads;
     for (int i = 0; i < 3; ++i) {
         threads.emplace_back([&] {
-            for (int line = 0; line < 100'000 && !stop; ++line) {
+            while (!stop) {
                 Diagnostics::write("line");
             }
         });
     }
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    EXPECT_TRUE(heardMany.try_acquire_for(std::chrono::seconds(20)));
+    Diagnostics::setSink(sink(stop));
+    replaced = true;
+    EXPECT_TRUE(heardMany.try_acquire_for(std::chrono::seconds(20)));
     Diagnostics::setSink([](std::string_view) {});
-    alive = false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
     stop = true;
     for (auto& thread : threads) {
         thread.join();
