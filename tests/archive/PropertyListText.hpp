@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <string>
+#include <vector>
 
 namespace KeloAPI::testing {
 
@@ -54,29 +55,28 @@ private:
     }
 
     static std::string text(const std::string& characters) {
-        std::string result = "\"";
+        std::string result = "'";
         for (const char c : characters) {
-            const bool isPlain = c > ' ' - 1 && c < '\x7F' && c != '"' && c != '%';
+            const bool isPlain = c >= ' ' && c < '\x7F' && c != '\'' && c != '%';
             result +=
                 isPlain ? std::string(1, c) : formatted("%%%02X", static_cast<unsigned char>(c));
         }
-        return result + "\"";
+        return result + "'";
     }
 
     static std::string text(PropertyList::UID uid) {
         return formatted("UID(%llu)", static_cast<unsigned long long>(uid.value));
     }
 
-    std::string text(const PropertyList::Array& array) const {
+    std::string text(const PropertyList::Array& array) const { return listOf(array.elements); }
+    std::string text(const PropertyList::Set& set) const { return "set" + listOf(set.elements); }
+
+    std::string listOf(const std::vector<PropertyList::Reference>& elements) const {
         std::string result;
-        for (const auto element : array.elements) {
+        for (const auto element : elements) {
             result += (result.empty() ? "" : ", ") + at(element);
         }
         return "[" + result + "]";
-    }
-
-    std::string text(const PropertyList::Set& set) const {
-        return "set" + text(PropertyList::Array{set.elements});
     }
 
     std::string text(const PropertyList::Dictionary& dictionary) const {

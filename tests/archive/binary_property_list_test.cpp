@@ -115,10 +115,10 @@ TEST(BinaryPropertyListTest, ReadsWhatOnlyOthersWrite) {
         {"13 00 00 00 00 00 00 00 07", "7"},
         {"14 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 07", "7"},
         {"14 FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF F9", "-7"},
-        {"51 7F", "\"%7F\""},
-        {"60", "\"\""},
-        {"62 00 61 00 62", "\"ab\""},
-        {"5F 13 00 00 00 00 00 00 00 01 61", "\"a\""},
+        {"51 7F", "'%7F'"},
+        {"60", "''"},
+        {"62 00 61 00 62", "'ab'"},
+        {"5F 13 00 00 00 00 00 00 00 01 61", "'a'"},
         {"82 00 00 05", "UID(5)"},
         {"87 FF FF FF FF FF FF FF FF", "UID(18446744073709551615)"},
         {"AF 10 00", "[]"},
@@ -159,36 +159,36 @@ TEST(BinaryPropertyListTest, RefusesMalformedValues) {
     }
 }
 
-TEST(BinaryPropertyListTest, ReadsContainers) {
-    PropertyListFile file;
-    file.values = {bytesOf("A3 01 02 01"), bytesOf("51 61"), bytesOf("D2 01 03 03 04"),
-                   bytesOf("51 62"),       bytesOf("C1 05"), bytesOf("09")};
-    for (const unsigned width : {1U, 2U, 3U, 8U}) {
-        file.offsetWidth = width;
-        const auto list = file.read();
-        ASSERT_TRUE(list) << width;
-        EXPECT_EQ(PropertyListText::of(*list), "[\"a\", {\"a\": \"b\", \"b\": set[true]}, \"a\"]");
-    }
-}
-
-TEST(BinaryPropertyListTest, ReadsReferencesOfEveryWidth) {
+TEST(BinaryPropertyListTest, ReadsContainersAndReferencesAndOffsetsOfEveryWidth) {
     for (unsigned width = 1; width <= 8; ++width) {
+        const auto to = [width](std::initializer_list<std::uint64_t> places) {
+            std::string references;
+            for (const std::uint64_t place : places) {
+                references += PropertyListFile::bigEndian(place, width);
+            }
+            return references;
+        };
         PropertyListFile file;
+        file.values = {"\xA3" + to({1, 2, 1}), bytesOf("51 61"), "\xD2" + to({1, 3, 3, 4}),
+                       bytesOf("51 62"),       "\xC1" + to({5}), bytesOf("09")};
         file.referenceWidth = width;
-        file.values = {"\xA1" + PropertyListFile::bigEndian(1, width), bytesOf("09")};
-        ASSERT_TRUE(file.read()) << width;
-        EXPECT_EQ(PropertyListText::of(*file.read()), "[true]") << width;
+        for (file.offsetWidth = 1; file.offsetWidth <= 8; ++file.offsetWidth) {
+            const auto list = file.read();
+            ASSERT_TRUE(list) << width << ' ' << file.offsetWidth;
+            EXPECT_EQ(PropertyListText::of(*list), "['a', {'a': 'b', 'b': set[true]}, 'a']");
+        }
     }
 }
 
 TEST(BinaryPropertyListTest, RefusesMalformedFiles) {
-    const PropertyListFile good = [] {
-        PropertyListFile file;
-        file.values = {bytesOf("A2 01 02"), bytesOf("51 61"), bytesOf("09")};
-        return file;
-    }();
+    using Spoil = std::function<void(PropertyListFile&)>;
+    const auto at = [](std::vector<std::uint64_t> offsets) -> Spoil {
+        return [offsets](auto& file) { file.offsets = offsets; };
+    };
+    PropertyListFile good;
+    good.values = {bytesOf("A2 01 02"), bytesOf("51 61"), bytesOf("09")};
     ASSERT_TRUE(good.read());
-    const std::pair<std::string, std::function<void(PropertyListFile&)>> table[] = {
+    const std::pair<std::string, Spoil> table[] = {
         {"another version", [](auto& file) { file.magic = "bplist01"; }},
         {"no magic", [](auto& file) { file.magic = "xplist00"; }},
         {"offsets of no bytes", [](auto& file) { file.offsetWidth = 0; }},
@@ -209,22 +209,10 @@ TEST(BinaryPropertyListTest, RefusesMalformedFiles) {
         {"a table in the trailer", [](auto& file) { file.table = 30; }},
         {"a table behind the file", [](auto& file) { file.table = 1000; }},
         {"a table far behind the file", [](auto& file) { file.table = huge; }},
-        {"an offset into the magic",
-         [](auto& file) {
-             file.offsets = {8, 7, 13};
-         }},
-        {"an offset into the table",
-         [](auto& file) {
-             file.offsets = {8, 11, 14};
-         }},
-        {"an offset far behind the file",
-         [](auto& file) {
-             file.offsets = {8, 11, 0xFFFFFFFF};
-         }},
-        {"values that share bytes",
-         [](auto& file) {
-             file.offsets = {8, 8, 8};
-         }},
+        {"an offset into the magic", at({8, 7, 13})},
+        {"an offset into the table", at({8, 11, 14})},
+        {"an offset far behind the file", at({8, 11, 0xFFFFFFFF})},
+        {"values that share bytes", at({8, 8, 8})},
         {"a key that is no text", [](auto& file) { file.values.push_back(bytesOf("D1 02 02")); }},
         {"a key that is a list", [](auto& file) { file.values.push_back(bytesOf("D1 00 02")); }},
     };

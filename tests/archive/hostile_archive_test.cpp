@@ -13,17 +13,16 @@ using testing::bytesOf;
 using testing::Everything;
 using testing::Node;
 using testing::PropertyListFile;
+using testing::ReadOnly;
 
 namespace {
 
 using Reference = PropertyList::Reference;
 
 /// Needs its child, which the last one of a chain has not.
-class Needy final : public Archivable {
+class Needy final : public ReadOnly {
 public:
-    static constexpr std::string_view archivedClassName = "Node";
-    std::vector<std::string_view> archivedClassNames() const override { return {}; }
-    void encodeWithCoder(KeyedArchiver& /*coder*/) const override {}
+    static constexpr std::string_view archivedClassName = Node::archivedClassName;
     static std::shared_ptr<Needy> initWithCoder(KeyedUnarchiver& coder) {
         const bool hasAny = coder.decodeObject<Needy>("left") || coder.decodeObject<Needy>("right");
         return hasAny ? std::make_shared<Needy>() : nullptr;
@@ -31,12 +30,9 @@ public:
 };
 
 /// Asks for one text many times.
-class Greedy final : public Archivable {
+class Greedy final : public ReadOnly {
 public:
-    static constexpr std::string_view archivedClassName = "Everything";
     std::size_t bytes = 0;
-    std::vector<std::string_view> archivedClassNames() const override { return {}; }
-    void encodeWithCoder(KeyedArchiver& /*coder*/) const override {}
     static std::shared_ptr<Greedy> initWithCoder(KeyedUnarchiver& coder) {
         auto object = std::make_shared<Greedy>();
         for (int times = 0; times < 100; ++times) {
@@ -138,10 +134,7 @@ TEST(HostileArchiveTest, GivesNoObjectWherePartsOfAnArchiveAreWrong) {
             entries[2].second = file.dictionary({{"root", file.value(value)}});
         };
     };
-    constexpr std::size_t version = 0;
-    constexpr std::size_t archiver = 1;
-    constexpr std::size_t top = 2;
-    constexpr std::size_t objects = 3;
+    enum : std::size_t { version, archiver, top, objects };
     const std::pair<std::string, Spoil> table[] = {
         {"no version", without(version)},
         {"no archiver", without(archiver)},
@@ -175,6 +168,10 @@ TEST(HostileArchiveTest, GivesNoObjectWherePartsOfAnArchiveAreWrong) {
 }
 
 TEST(HostileArchiveTest, GivesNoObjectOfAClassThatIsNone) {
+    using Entries = ArchiveFile::Entries;
+    const auto entryOf = [](ArchiveFile& file, const Entries& entries) {
+        return file.object(file.dictionary(entries));
+    };
     const std::pair<std::string, std::function<Reference(ArchiveFile&)>> table[] = {
         {"a name", [](auto& file) { return file.text("Everything"); }},
         {"null", [](auto& file) { return file.uid(0); }},
@@ -182,48 +179,42 @@ TEST(HostileArchiveTest, GivesNoObjectOfAClassThatIsNone) {
         {"itself", [](auto& file) { return file.uid(file.objects.size()); }},
         {"a text", [](auto& file) { return file.object(file.text("Everything")); }},
         {"another", [](auto& file) { return file.classNamed("Everythin"); }},
-        {"no names", [](auto& file) { return file.object(file.dictionary({})); }},
+        {"no names", [&](auto& file) { return entryOf(file, {}); }},
         {"a number",
-         [](auto& file) {
-             return file.object(file.dictionary({{"$classname", file.number(1)}}));
+         [&](auto& file) {
+             return entryOf(file, {{"$classname", file.number(1)}});
          }},
         {"a name's reference",
-         [](auto& file) {
-             const auto name = file.object(file.text("Everything"));
-             return file.object(file.dictionary({{"$classname", name}}));
+         [&](auto& file) {
+             return entryOf(file, {{"$classname", file.object(file.text("Everything"))}});
          }},
         {"a chain that is none",
-         [](auto& file) {
-             return file.object(file.dictionary({{"$classes", file.text("Everything")}}));
+         [&](auto& file) {
+             return entryOf(file, {{"$classes", file.text("Everything")}});
          }},
         {"a chain without end",
-         [](auto& file) {
+         [&](auto& file) {
              const std::vector<Reference> names(1000, file.text("Everything"));
-             return file.object(file.dictionary({{"$classes", file.array(names)}}));
+             return entryOf(file, {{"$classes", file.array(names)}});
          }},
     };
     for (const auto& [what, entry] : table) {
         ArchiveFile file;
-        const auto classEntry = entry(file);
-        const auto root = file.object(file.dictionary({{"$class", classEntry}}));
+        const auto root = entryOf(file, {{"$class", entry(file)}});
         EXPECT_FALSE(KeyedUnarchiver::unarchive<Everything>(file.bytes(root))) << what;
     }
     ArchiveFile file;
-    EXPECT_FALSE(
-        KeyedUnarchiver::unarchive<Everything>(file.bytes(file.object(file.dictionary({})))));
+    EXPECT_FALSE(KeyedUnarchiver::unarchive<Everything>(file.bytes(entryOf(file, {}))));
 }
 
-TEST(HostileArchiveTest, DecodesWhatIsSharedOnce) {
-    const auto chain = KeyedUnarchiver::unarchive<Node>(doubledChain(100));
-    EXPECT_EQ(lengthOf(chain), 100U);
+TEST(HostileArchiveTest, DecodesWhatIsSharedOnceAndNothingThatNestsTooDeep) {
+    EXPECT_EQ(lengthOf(KeyedUnarchiver::unarchive<Node>(doubledChain(100))), 100U);
     // A failure is no more tried again than a success: here are 2 to the hundredth ways to it.
     EXPECT_FALSE(KeyedUnarchiver::unarchive<Needy>(doubledChain(100)));
-}
-
-TEST(HostileArchiveTest, GivesNoObjectWhereObjectsNestTooDeep) {
-    EXPECT_FALSE(KeyedUnarchiver::unarchive<Node>(doubledChain(101)));
-    EXPECT_FALSE(KeyedUnarchiver::unarchive<Node>(doubledChain(10000)));
-    EXPECT_FALSE(KeyedUnarchiver::unarchive<Needy>(doubledChain(10000)));
+    for (const std::size_t tooLong : {std::size_t{101}, std::size_t{10000}}) {
+        EXPECT_FALSE(KeyedUnarchiver::unarchive<Node>(doubledChain(tooLong)));
+        EXPECT_FALSE(KeyedUnarchiver::unarchive<Needy>(doubledChain(tooLong)));
+    }
 }
 
 TEST(HostileArchiveTest, AChainIsWrittenThatIsTooLongToRead) {

@@ -24,10 +24,15 @@ std::string textOf(const Data& archive) {
 }
 
 /// What stands around the objects of every archive.
-std::string archiveOf(const std::string& objects) {
-    return "{\"$version\": 100000, \"$archiver\": \"NSKeyedArchiver\", "
-           "\"$top\": {\"root\": UID(1)}, \"$objects\": [\"$null\", " +
-           objects + "]}";
+std::string archiveOf(const std::string& objects, const std::string& root = "UID(1)") {
+    return "{'$version': 100000, '$archiver': 'NSKeyedArchiver', '$top': {'root': " + root +
+           "}, '$objects': ['$null'" + objects + "]}";
+}
+
+/// The entry of a class in the list of objects.
+std::string classOf(const std::string& names) {
+    const std::string first = names.substr(0, names.find(','));
+    return ", {'$classname': " + first + ", '$classes': [" + names + ", 'NSObject']}";
 }
 
 class OtherKeys final : public Archivable {
@@ -58,36 +63,28 @@ TEST(KeyedArchiverTest, WritesEveryKindAsThePlatformDoes) {
     object->real = 1.5;
     object->flag = true;
     EXPECT_EQ(textOf(KeyedArchiver::archivedData(object)),
-              archiveOf("{\"text\": UID(2), \"url\": UID(5), \"date\": UID(7), \"number\": UID(8), "
-                        "\"range\": UID(12), \"integer\": -5, \"real\": real(1.5), \"flag\": true, "
-                        "\"other\": UID(0), \"$class\": UID(13)}, "
-                        "\"caf%C3%A9\", "
-                        "\"https://kelo.example/a?b#c\", "
-                        "{\"$classname\": \"NSURL\", \"$classes\": [\"NSURL\", \"NSObject\"]}, "
-                        "{\"NS.base\": UID(0), \"NS.relative\": UID(3), \"$class\": UID(4)}, "
-                        "{\"$classname\": \"NSDate\", \"$classes\": [\"NSDate\", \"NSObject\"]}, "
-                        "{\"NS.time\": real(86400.5), \"$class\": UID(6)}, "
-                        "18446744073709551615, 3, 4, "
-                        "{\"$classname\": \"NSValue\", \"$classes\": [\"NSValue\", \"NSObject\"]}, "
-                        "{\"NS.rangeval.length\": UID(10), \"NS.rangeval.location\": UID(9), "
-                        "\"NS.special\": 4, \"$class\": UID(11)}, "
-                        "{\"$classname\": \"Everything\", \"$classes\": [\"Everything\", "
-                        "\"NSObject\"]}"));
+              archiveOf(", {'text': UID(2), 'url': UID(5), 'date': UID(7), 'number': UID(8), "
+                        "'range': UID(12), 'integer': -5, 'real': real(1.5), 'flag': true, "
+                        "'other': UID(0), '$class': UID(13)}, "
+                        "'caf%C3%A9', 'https://kelo.example/a?b#c'" +
+                        classOf("'NSURL'") +
+                        ", {'NS.base': UID(0), 'NS.relative': UID(3), '$class': UID(4)}" +
+                        classOf("'NSDate'") +
+                        ", {'NS.time': real(86400.5), '$class': UID(6)}, "
+                        "18446744073709551615, 3, 4" +
+                        classOf("'NSValue'") +
+                        ", {'NS.rangeval.length': UID(10), 'NS.rangeval.location': UID(9), "
+                        "'NS.special': 4, '$class': UID(11)}" +
+                        classOf("'Everything'")));
 }
 
 TEST(KeyedArchiverTest, WritesWhatIsAbsentAsNull) {
     EXPECT_EQ(textOf(KeyedArchiver::archivedData(std::make_shared<Everything>())),
-              archiveOf("{\"text\": UID(0), \"url\": UID(0), \"date\": UID(0), \"number\": UID(0), "
-                        "\"range\": UID(0), \"integer\": 0, \"real\": real(0), \"flag\": false, "
-                        "\"other\": UID(0), \"$class\": UID(2)}, "
-                        "{\"$classname\": \"Everything\", \"$classes\": [\"Everything\", "
-                        "\"NSObject\"]}"));
-}
-
-TEST(KeyedArchiverTest, WritesNoObjectAsNull) {
-    EXPECT_EQ(textOf(KeyedArchiver::archivedData(nullptr)),
-              "{\"$version\": 100000, \"$archiver\": \"NSKeyedArchiver\", "
-              "\"$top\": {\"root\": UID(0)}, \"$objects\": [\"$null\"]}");
+              archiveOf(", {'text': UID(0), 'url': UID(0), 'date': UID(0), 'number': UID(0), "
+                        "'range': UID(0), 'integer': 0, 'real': real(0), 'flag': false, "
+                        "'other': UID(0), '$class': UID(2)}" +
+                        classOf("'Everything'")));
+    EXPECT_EQ(textOf(KeyedArchiver::archivedData(nullptr)), archiveOf("", "UID(0)"));
 }
 
 TEST(KeyedArchiverTest, WritesAnObjectOnceAndItsClassOnce) {
@@ -96,23 +93,18 @@ TEST(KeyedArchiverTest, WritesAnObjectOnceAndItsClassOnce) {
     root->left = shared;
     root->right = shared;
     EXPECT_EQ(textOf(KeyedArchiver::archivedData(root)),
-              archiveOf("{\"name\": UID(2), \"left\": UID(3), \"right\": UID(3), \"$class\": "
-                        "UID(4)}, \"r\", "
-                        "{\"name\": UID(5), \"left\": UID(0), \"right\": UID(0), \"$class\": "
-                        "UID(6)}, "
-                        "{\"$classname\": \"SpecialNode\", \"$classes\": [\"SpecialNode\", "
-                        "\"Node\", \"NSObject\"]}, "
-                        "\"s\", "
-                        "{\"$classname\": \"Node\", \"$classes\": [\"Node\", \"NSObject\"]}"));
+              archiveOf(", {'name': UID(2), 'left': UID(3), 'right': UID(3), '$class': UID(4)}, 'r'"
+                        ", {'name': UID(5), 'left': UID(0), 'right': UID(0), '$class': UID(6)}" +
+                        classOf("'SpecialNode', 'Node'") + ", 's'" + classOf("'Node'")));
 }
 
 TEST(KeyedArchiverTest, WritesACircleOfObjects) {
     const auto root = std::make_shared<Node>("r");
     root->left = root;
-    EXPECT_EQ(textOf(KeyedArchiver::archivedData(root)),
-              archiveOf("{\"name\": UID(2), \"left\": UID(1), \"right\": UID(0), \"$class\": "
-                        "UID(3)}, \"r\", "
-                        "{\"$classname\": \"Node\", \"$classes\": [\"Node\", \"NSObject\"]}"));
+    EXPECT_EQ(
+        textOf(KeyedArchiver::archivedData(root)),
+        archiveOf(", {'name': UID(2), 'left': UID(1), 'right': UID(0), '$class': UID(3)}, 'r'" +
+                  classOf("'Node'")));
     root->left = nullptr;
 }
 
@@ -132,10 +124,9 @@ TEST(KeyedArchiverTest, WritesAChainOfAnyLength) {
 
 TEST(KeyedArchiverTest, KeepsItsOwnKeysApartFromAModels) {
     const auto object = std::make_shared<OtherKeys>(std::vector<std::string>{"$class", "$$a", ""});
-    EXPECT_EQ(textOf(KeyedArchiver::archivedData(object)),
-              archiveOf("{\"$$class\": 1, \"$$$a\": 1, \"\": 1, \"$class\": UID(2)}, "
-                        "{\"$classname\": \"OtherKeys\", \"$classes\": [\"OtherKeys\", "
-                        "\"NSObject\"]}"));
+    EXPECT_EQ(
+        textOf(KeyedArchiver::archivedData(object)),
+        archiveOf(", {'$$class': 1, '$$$a': 1, '': 1, '$class': UID(2)}" + classOf("'OtherKeys'")));
 }
 
 TEST(KeyedArchiverTest, EndsTheProcessOverAKeyThatIsUsedTwice) {

@@ -23,10 +23,10 @@ def text(value):
         return f"data({value.hex().upper()})"
     if isinstance(value, str):
         characters = "".join(
-            chr(byte) if 0x20 <= byte < 0x7F and byte not in b'"%' else f"%{byte:02X}"
+            chr(byte) if 0x20 <= byte < 0x7F and byte not in b"'%" else f"%{byte:02X}"
             for byte in value.encode("utf-8")
         )
-        return f'"{characters}"'
+        return f"'{characters}'"
     if isinstance(value, plistlib.UID):
         return f"UID({value.data})"
     if isinstance(value, list):

@@ -7,8 +7,11 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <sstream>
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace KeloAPI::testing {
 
@@ -47,5 +50,33 @@ private:
         }
     }
 };
+
+/// An object as its class's name and the values of its entries.
+using ObjectLines = std::pair<std::string, std::vector<std::string>>;
+
+/// Objects in that language, the first one with the number 1. What entries they have, and of which
+/// kinds, is said in `classes`.
+inline std::string objectsOf(const std::string& classes, const std::vector<ObjectLines>& objects) {
+    std::string lines;
+    int number = 0;
+    for (const auto& [name, values] : objects) {
+        lines += "object " + std::to_string(++number) + " " + name + "\n";
+        std::istringstream description(classes);
+        std::string line;
+        while (std::getline(description, line) && line != "class " + name) {
+        }
+        for (const std::string& value : values) {
+            std::getline(description, line);
+            lines += line + " " + value + "\n";
+        }
+    }
+    return lines;
+}
+
+/// As a range is archived.
+inline const std::string rangeClass = "class NSValue\n"
+                                      "int64 NS.special\n"
+                                      "number NS.rangeval.length\n"
+                                      "number NS.rangeval.location\n";
 
 } // namespace KeloAPI::testing

@@ -10,6 +10,7 @@ namespace KeloAPI {
 using testing::Everything;
 using testing::FoundationArchive;
 using testing::Node;
+using testing::objectsOf;
 using testing::referenceDate;
 using testing::SpecialNode;
 
@@ -18,20 +19,12 @@ namespace {
 using namespace std::chrono_literals;
 
 const std::string everythingClass = "class Everything\n"
-                                    "text text\n"
-                                    "url url\n"
-                                    "date date\n"
-                                    "number number\n"
-                                    "range range\n"
-                                    "int64 integer\n"
-                                    "double real\n"
-                                    "bool flag\n"
-                                    "object other\n";
+                                    "text text\nurl url\ndate date\nnumber number\n"
+                                    "object range\nint64 integer\ndouble real\nbool flag\n"
+                                    "object other\n" +
+                                    testing::rangeClass;
 
-const std::string nodeClass = "class Node\n"
-                              "text name\n"
-                              "object left\n"
-                              "object right\n";
+const std::string nodeClass = "class Node\ntext name\nobject left\nobject right\n";
 
 std::shared_ptr<Everything> something() {
     auto object = std::make_shared<Everything>();
@@ -46,16 +39,12 @@ std::shared_ptr<Everything> something() {
     return object;
 }
 
-const std::string somethingLines = "object 1 Everything\n"
-                                   "text text =caf%C3%A9%20%F0%9F%98%80%0A%00%25\n"
-                                   "url url =https://kelo.example/a%2520b%3Fc%3Dd%23e\n"
-                                   "date date 521692800.123456\n"
-                                   "number number i9223372036854775807\n"
-                                   "range range 3 4\n"
-                                   "int64 integer -9223372036854775808\n"
-                                   "double real -1.5\n"
-                                   "bool flag 1\n"
-                                   "object other null\n";
+const std::string somethingLines = objectsOf(
+    everythingClass, {{"Everything",
+                       {"=caf%C3%A9%20%F0%9F%98%80%0A%00%25",
+                        "=https://kelo.example/a%2520b%3Fc%3Dd%23e", "521692800.123456",
+                        "i9223372036854775807", "2", "-9223372036854775808", "-1.5", "1", "null"}},
+                      {"NSValue", {"4", "i4", "i3"}}});
 
 struct Dollar final : Archivable {
     static constexpr std::string_view archivedClassName = "Dollar";
@@ -96,26 +85,21 @@ TEST(FoundationTest, WritesEveryKindThatWeRead) {
 
 TEST(FoundationTest, ReadsWhatIsAbsentAsNull) {
     EXPECT_EQ(FoundationArchive::read(KeyedArchiver::archivedData(std::make_shared<Everything>()),
-                                      everythingClass + "text missing\n"),
-              "object 1 Everything\n"
-              "text text null\n"
-              "url url null\n"
-              "date date null\n"
-              "number number null\n"
-              "range range null\n"
-              "int64 integer 0\n"
-              "double real 0\n"
-              "bool flag 0\n"
-              "object other null\n"
-              "text missing missing\n");
+                                      everythingClass),
+              objectsOf(everythingClass,
+                        {{"Everything",
+                          {"null", "null", "null", "null", "null", "0", "0", "0", "null"}}}));
+}
+
+TEST(FoundationTest, ReadsNoKeyThatWeDoNotWrite) {
+    EXPECT_EQ(FoundationArchive::read(KeyedArchiver::archivedData(std::make_shared<Node>("a")),
+                                      "class Node\ntext name\ntext missing\n"),
+              "object 1 Node\ntext name =a\ntext missing missing\n");
 }
 
 TEST(FoundationTest, WritesNullsAndMissingKeysThatWeReadAsAbsent) {
-    const auto object =
-        KeyedUnarchiver::unarchive<Everything>(FoundationArchive::write("object 1 Everything\n"
-                                                                        "text text null\n"
-                                                                        "url url null\n"
-                                                                        "date date null\n"));
+    const auto object = KeyedUnarchiver::unarchive<Everything>(FoundationArchive::write(
+        objectsOf(everythingClass, {{"Everything", {"null", "null", "null"}}})));
     ASSERT_TRUE(object);
     EXPECT_FALSE(object->text || object->url || object->date || object->number || object->range);
 }
@@ -174,22 +158,15 @@ TEST(FoundationTest, AgreesOnGraphsOfObjects) {
     root->left = std::make_shared<Node>("shared");
     root->right = root->left;
     root->left->left = root;
-    const std::string lines = "object 1 SpecialNode\n"
-                              "text name =root\n"
-                              "object left 2\n"
-                              "object right 2\n"
-                              "object 2 Node\n"
-                              "text name =shared\n"
-                              "object left 1\n"
-                              "object right null\n";
-    EXPECT_EQ(FoundationArchive::read(KeyedArchiver::archivedData(root),
-                                      nodeClass + "class SpecialNode:Node\n"),
-              lines);
+    const std::string classes = nodeClass + "class SpecialNode:Node\n";
+    std::string lines =
+        objectsOf(nodeClass, {{"Node", {"=root", "2", "2"}}, {"Node", {"=shared", "1", "null"}}});
+    lines.replace(lines.find("Node"), 4, "SpecialNode");
+    EXPECT_EQ(FoundationArchive::read(KeyedArchiver::archivedData(root), classes), lines);
     root->left->left = nullptr;
 
-    std::string described = lines;
-    described.replace(described.find("SpecialNode"), 11, "SpecialNode:Node");
-    const Data archive = FoundationArchive::write(described);
+    lines.replace(lines.find("SpecialNode"), 11, "SpecialNode:Node");
+    const Data archive = FoundationArchive::write(lines);
     EXPECT_EQ(KeyedUnarchiver::rootClassName(archive), "SpecialNode");
     const auto again = KeyedUnarchiver::unarchive<Node>(archive);
     ASSERT_TRUE(again && again->left);
@@ -201,16 +178,17 @@ TEST(FoundationTest, AgreesOnGraphsOfObjects) {
 
 TEST(FoundationTest, AgreesOnAChainOfManyObjects) {
     const auto root = std::make_shared<Node>("0");
-    std::string expected = "object 1 Node\ntext name =0\nobject left null\nobject right 2\n";
+    std::vector<testing::ObjectLines> objects = {{"Node", {"=0", "null", "2"}}};
     auto last = root;
     // Nearly as deep as we read.
-    for (int index = 1; index < 80; ++index) {
-        last->right = std::make_shared<Node>(std::to_string(index) + std::string(500, 'x'));
+    for (int number = 2; number <= 80; ++number) {
+        const std::string name = std::to_string(number) + std::string(500, 'x');
+        const std::string next = number == 80 ? "null" : std::to_string(number + 1);
+        last->right = std::make_shared<Node>(name);
         last = last->right;
-        expected += "object " + std::to_string(index + 1) + " Node\ntext name =" + last->name +
-                    "\nobject left null\nobject right " +
-                    (index == 79 ? "null" : std::to_string(index + 2)) + "\n";
+        objects.push_back({"Node", {"=" + name, "null", next}});
     }
+    const std::string expected = objectsOf(nodeClass, objects);
     const Data archive = KeyedArchiver::archivedData(root);
     EXPECT_EQ(FoundationArchive::read(archive, nodeClass), expected);
     const auto again = KeyedUnarchiver::unarchive<Node>(FoundationArchive::write(expected));

@@ -44,13 +44,14 @@ public:
         return uid(objects.size() - 1);
     }
     /// A reference to a new entry of a class.
-    Reference classNamed(const std::string& name) {
+    Reference classNamed(const std::string& name, const std::string& superclass = "NSObject") {
         return object(dictionary(
-            {{"$classname", text(name)}, {"$classes", array({text(name), text("NSObject")})}}));
+            {{"$classname", text(name)}, {"$classes", array({text(name), text(superclass)})}}));
     }
     /// A reference to a new object of a class.
-    Reference instance(const std::string& name, Entries entries) {
-        entries.emplace_back("$class", classNamed(name));
+    Reference instance(const std::string& name, Entries entries,
+                       const std::string& superclass = "NSObject") {
+        entries.emplace_back("$class", classNamed(name, superclass));
         return object(dictionary(entries));
     }
 

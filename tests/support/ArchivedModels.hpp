@@ -57,6 +57,14 @@ public:
     }
 };
 
+/// The archived class `Everything` for classes that are only read.
+class ReadOnly : public Archivable {
+public:
+    static constexpr std::string_view archivedClassName = Everything::archivedClassName;
+    std::vector<std::string_view> archivedClassNames() const override { return {}; }
+    void encodeWithCoder(KeyedArchiver& /*coder*/) const override {}
+};
+
 /// One of a graph of objects. Needs its name.
 class Node : public Archivable {
 public:
