@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <limits>
+#include <vector>
 
 namespace KeloAPI {
 
@@ -138,30 +139,34 @@ TEST(NumberTest, TextsOfDoublesReadBackAsTheSameValue) {
     }
 }
 
-TEST(NumberTest, IsEqualByValueAcrossKinds) {
-    EXPECT_EQ(Number::of(1), Number::of(1.0));
-    EXPECT_EQ(Number::of(1), Number::of(true));
-    EXPECT_EQ(Number::of(1.0), Number::of(true));
-    EXPECT_EQ(Number::of(1), Number::of(std::uint64_t{1}));
-    EXPECT_EQ(Number::of(0.0), Number::of(-0.0));
-    EXPECT_EQ(Number::of(-0.0), Number::of(false));
-    EXPECT_EQ(Number::of(lowest), Number::of(-9223372036854775808.0));
-    EXPECT_EQ(Number::of(twoTo63), Number::of(9223372036854775808.0));
-    EXPECT_EQ(Number::of(infinity), Number::of(infinity));
-}
-
-TEST(NumberTest, IsNotEqualByRoundingOrByBits) {
-    EXPECT_NE(Number::of(-1), Number::of(highestUnsigned));
-    EXPECT_NE(Number::of(lowest), Number::of(twoTo63));
-    EXPECT_NE(Number::of(highest), Number::of(9223372036854775808.0));
-    EXPECT_NE(Number::of(highestUnsigned), Number::of(18446744073709551616.0));
-    EXPECT_NE(Number::of(std::int64_t{9007199254740993}), Number::of(9007199254740992.0));
-    EXPECT_NE(Number::of(1), Number::of(1.5));
-    EXPECT_NE(Number::of(2), Number::of(true));
+TEST(NumberTest, IsEqualByValueAcrossKindsAndNotByRoundingOrByBits) {
+    const std::vector<std::vector<Number>> equals = {
+        {Number::of(1), Number::of(1.0), Number::of(true), Number::of(std::uint64_t{1})},
+        {Number::of(0), Number::of(0.0), Number::of(-0.0), Number::of(false)},
+        {Number::of(-1), Number::of(-1.0)},
+        {Number::of(lowest), Number::of(-9223372036854775808.0)},
+        {Number::of(twoTo63), Number::of(9223372036854775808.0)},
+        {Number::of(highest)},
+        {Number::of(highestUnsigned)},
+        {Number::of(18446744073709551616.0)},
+        {Number::of(std::int64_t{9007199254740993})},
+        {Number::of(9007199254740992.0)},
+        {Number::of(1.5)},
+        {Number::of(2)},
+        {Number::of(infinity)},
+    };
+    for (const auto& group : equals) {
+        for (const auto& other : equals) {
+            for (const Number& a : group) {
+                EXPECT_NE(a, Number::of(notANumber));
+                for (const Number& b : other) {
+                    EXPECT_EQ(a == b, &group == &other)
+                        << a.stringValue() << ' ' << b.stringValue();
+                }
+            }
+        }
+    }
     EXPECT_NE(Number::of(notANumber), Number::of(notANumber));
-    EXPECT_NE(Number::of(notANumber), Number::of(0));
-    EXPECT_NE(Number::of(infinity), Number::of(highest));
-    EXPECT_NE(Number::of(-1.0), Number::of(std::uint64_t{1}));
 }
 
 } // namespace KeloAPI

@@ -180,9 +180,7 @@ TEST_F(DownloadRequestTest, APartThatWasAskedForBecomesTheFile) {
     FixedRequest part;
     part.request.headerFields["range"] = "bytes=2-4";
     listenTo(manager.download(part, URL::fileURL(folder.path("video"))));
-    transport->head(206, 3);
-    EXPECT_TRUE(transport->data("cde"));
-    transport->complete();
+    transport->answer("cde", 206);
     EXPECT_EQ(end(), std::nullopt);
     EXPECT_EQ(folder.read("video"), "cde");
 }
@@ -196,9 +194,7 @@ TEST_F(DownloadRequestTest, AKnownDestinationsFileIsMadeWhileTheAnswerIsAwaited)
     transport->sent(); // a redirect's
     EXPECT_EQ(folder.names().size(), 2U) << "one file is enough";
     EXPECT_EQ(folder.read("video"), "old");
-    transport->head(200, 3);
-    EXPECT_TRUE(transport->data("new"));
-    transport->complete();
+    transport->answer("new");
     EXPECT_EQ(end(), std::nullopt);
     EXPECT_EQ(folder.read("video"), "new");
     EXPECT_THAT(namesThen, ElementsAre("video"));
@@ -208,9 +204,7 @@ TEST_F(DownloadRequestTest, AFileThatCouldNotBeMadeBeforehandIsTriedAgainWithThe
     startTo(URL::fileURL(folder.path("later/video")));
     transport->sent();
     ASSERT_EQ(mkdir(folder.path("later").c_str(), 0700), 0);
-    transport->head(200, 3);
-    EXPECT_TRUE(transport->data("new"));
-    transport->complete();
+    transport->answer("new");
     EXPECT_EQ(end(), std::nullopt);
     EXPECT_EQ(folder.read("later/video"), "new");
 }
@@ -220,8 +214,7 @@ TEST_F(DownloadRequestTest, AChosenDestinationWaitsForTheAnswer) {
     transport->sent();
     EXPECT_THAT(folder.names(), IsEmpty());
     EXPECT_FALSE(statusSeen);
-    transport->head(200, 0);
-    transport->complete();
+    transport->answer("");
     EXPECT_EQ(end(), std::nullopt);
 }
 
@@ -249,9 +242,7 @@ TEST_F(DownloadRequestTest, IsSettledWhileTheResponseQueueIsBusy) {
         return note(1)(content, timeline);
     });
     request->response(note(2));
-    transport->head(200, 3);
-    EXPECT_TRUE(transport->data("abc"));
-    transport->complete();
+    transport->answer("abc");
     EXPECT_THAT(order, ElementsAre(1, 2, 3));
     EXPECT_EQ(MainQueue::main().drain(), 0U) << "there is nothing to hear";
     parsed.release();

@@ -42,6 +42,12 @@ public:
             observer = nullptr;
         });
     }
+    /// A whole answer.
+    void answer(std::string_view body, int status = 200) {
+        head(status, static_cast<std::int64_t>(body.size()));
+        data(body);
+        complete();
+    }
 
     std::vector<URLRequest> requests;
     std::shared_ptr<ExchangeObserver> observer;
