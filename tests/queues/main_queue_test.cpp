@@ -49,11 +49,8 @@ protected:
 
 using MainQueueDeathTest = MainQueueTest;
 
-TEST_F(MainQueueTest, IsOnePerProcess) {
-    EXPECT_EQ(&MainQueue::main(), &MainQueue::main());
-}
-
 TEST_F(MainQueueTest, DrainRunsWhatWaitsInOrder) {
+    EXPECT_EQ(&MainQueue::main(), &queue) << "one per process";
     EXPECT_EQ(queue.drain(), 0U);
     queue.async([this] {
         queue.async(note(3)); // for the next call
@@ -227,32 +224,19 @@ TEST_F(MainQueueDeathTest, WithoutADescriptorLeftTheProcessStops) {
 TEST_F(MainQueueTest, TheDescriptorIsReadableWhileTasksWait) {
     queue.async(note(1));
     EXPECT_TRUE(readable()) << "asked for after the post";
-    queue.async(note(2));
+    queue.async([this] { queue.async(note(2)); });
     EXPECT_TRUE(readable());
     EXPECT_EQ(queue.drain(), 2U);
+    EXPECT_TRUE(readable()) << "a task's own task waits";
+    EXPECT_EQ(queue.drain(), 1U);
     EXPECT_FALSE(readable());
+    queue.async([this] { queue.stop(); });
     queue.async(note(3));
-    EXPECT_TRUE(readable());
+    queue.run();
+    EXPECT_TRUE(readable()) << "what a stop leaves";
     EXPECT_EQ(queue.drain(), 1U);
     EXPECT_FALSE(readable());
     EXPECT_EQ(queue.fileDescriptor(), queue.fileDescriptor());
-}
-
-TEST_F(MainQueueTest, TheDescriptorStaysReadableForTasksOfTasks) {
-    queue.fileDescriptor();
-    queue.async([this] { queue.async(note(1)); });
-    queue.drain();
-    EXPECT_TRUE(readable());
-    queue.drain();
-    EXPECT_FALSE(readable());
-}
-
-TEST_F(MainQueueTest, TheDescriptorStaysReadableForWhatAStopLeaves) {
-    queue.fileDescriptor();
-    queue.async([this] { queue.stop(); });
-    queue.async(note(2));
-    queue.run();
-    EXPECT_TRUE(readable());
 }
 
 TEST_F(MainQueueTest, APollLoopIsWokenByAnotherThread) {

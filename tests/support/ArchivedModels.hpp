@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 namespace KeloAPI::testing {
@@ -25,6 +26,9 @@ public:
     double real = 0;
     bool flag = false;
     std::shared_ptr<Everything> other;
+
+    /// All but the other object.
+    auto contents() const { return std::tie(text, url, date, number, range, integer, real, flag); }
 
     std::vector<std::string_view> archivedClassNames() const override {
         return {archivedClassName};
