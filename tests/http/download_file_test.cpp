@@ -59,15 +59,14 @@ TEST_F(DownloadFileTest, LeavesEverythingAsItWasWithoutCommit) {
 TEST_F(DownloadFileTest, KeepsContentOfEverySize) {
     constexpr std::size_t small = std::size_t{64} << 10U;
     constexpr std::size_t large = std::size_t{512} << 10U;
-    for (const std::size_t size :
-         {std::size_t{0}, small - 1, small, small + 1, 2 * small, large - 1, large, large + 1,
-          2 * large, 3 * large + small + 1, 9 * large}) {
-        for (const std::size_t run : {std::size_t{4'093}, small / 4, small, size + 1}) {
+    for (const std::size_t size : {std::size_t{0}, small - 1, small, small + 1, 2 * small,
+                                   large - 1, large, large + 1, 2 * large, 3 * large + small + 1}) {
+        std::string content(size, '\0');
+        for (std::size_t at = 0; at < size; ++at) {
+            content[at] = static_cast<char>(at % 251);
+        }
+        for (const std::size_t run : {std::size_t{4'093}, small, size + 1}) {
             SCOPED_TRACE(std::to_string(size) + " bytes in runs of " + std::to_string(run));
-            std::string content(size, '\0');
-            for (std::size_t at = 0; at < size; ++at) {
-                content[at] = static_cast<char>(at % 251);
-            }
             DownloadFile file(folder.path("video"));
             EXPECT_TRUE(file.append(""));
             for (std::size_t at = 0; at < size; at += run) {

@@ -1,5 +1,6 @@
 #include "support/MainLoop.hpp"
 #include "support/ManualTransport.hpp"
+#include "support/Words.hpp"
 
 #include <KeloAPI/fakes/ScriptedTransport.hpp>
 #include <KeloAPI/http/internal/BodyMemory.hpp>
@@ -13,6 +14,7 @@ using fakes::ScriptedAnswer;
 using fakes::ScriptedTransport;
 using testing::FixedRequest;
 using testing::runUntil;
+using namespace std::string_view_literals;
 
 class ManagerTest : public ::testing::Test {
 protected:
@@ -44,14 +46,26 @@ TEST_F(ManagerTest, WhatMustNotBeSentEndsWithAnErrorAndIsNotSent) {
         ADD_FAILURE() << "there is no answer";
         return URL::fileURL("/nowhere");
     };
-    FixedRequest injecting;
-    injecting.request.headerFields = {{"User-Agent", "x\r\nInjected: yes"}};
-    std::vector<std::pair<FixedRequest, HTTPErrorCode>> table = {
-        {injecting, HTTPErrorCode::InvalidHeader}};
-    for (const char* url : {"", "file:///etc/passwd", "ftp://h/", "users/me", "http:///x"}) {
+    std::vector<std::pair<FixedRequest, HTTPErrorCode>> table;
+    table.emplace_back("", HTTPErrorCode::UnsupportedURL);
+    for (const std::string& url : testing::wordsOf(R"(
+             file:///etc/passwd ftp://h/x //h/x users/me http: http:///x gopher://h/ https:a
+             https://?x https://u:p@ https://127.1/ https://local%68ost/)")) {
+        ASSERT_TRUE(URL::parse(url)) << url;
         table.emplace_back(url, HTTPErrorCode::UnsupportedURL);
     }
+    const auto addField = [&table](const std::string& name, const std::string& value) {
+        table.emplace_back("https://h/", HTTPErrorCode::InvalidHeader);
+        table.back().first.request.headerFields = {{name, value}};
+    };
+    for (const std::string_view value : {"a\rb"sv, "a\nb"sv, "\r\nX: y"sv, "a\n"sv, "a\0b"sv}) {
+        addField("User-Agent", std::string(value));
+    }
+    for (const char* name : {"", "a b", "a:", "a\r", "a\n", "\xC3\xA4", "(x)", "a/b", "a\x7f"}) {
+        addField(name, "value");
+    }
     for (const auto& [convertible, code] : table) {
+        SCOPED_TRACE(::testing::PrintToString(convertible.request.headerFields));
         SCOPED_TRACE(convertible.request.description());
         errors.clear();
         listen(manager.request(convertible))->cancel(); // which does nothing
