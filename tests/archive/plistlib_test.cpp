@@ -35,24 +35,19 @@ private:
     std::size_t below(std::size_t bound) { return _random() % bound; }
 
     Number number() {
-        switch (below(5)) {
-        case 0:
-            return Number::of(below(2) == 1);
-        case 1:
-            return Number::of(std::bit_cast<std::int64_t>(_random() >> below(64)));
-        case 2:
-            return Number::of(-static_cast<std::int64_t>(_random() >> (1 + below(63))));
-        case 3:
-            return Number::of(std::uint64_t{_random() | (std::uint64_t{1} << 63U)});
-        default:
-            return Number::of(static_cast<double>(_random()) / static_cast<double>(1 + below(999)));
-        }
+        const std::uint64_t bits = _random();
+        const Number kinds[] = {
+            Number::of(below(2) == 1), Number::of(std::bit_cast<std::int64_t>(bits >> below(64))),
+            Number::of(-static_cast<std::int64_t>(bits >> (1 + below(63)))),
+            Number::of(bits | std::uint64_t{1} << 63U),
+            Number::of(static_cast<double>(bits) / static_cast<double>(1 + below(999)))};
+        return kinds[below(std::size(kinds))];
     }
 
     std::string text() {
         static const std::vector<std::string> pieces = {
-            "a",          "key",    "\"%\\", "\n\t ",  std::string(1, '\0'), "\u00e9", "\u4e2d",
-            "\U0001F600", "\uFFFD", "\x7F",  "e\u0301"};
+            "a",          "key",    "'\"%\\", "\n\t ",  std::string(1, '\0'), "\u00e9", "\u4e2d",
+            "\U0001F600", "\uFFFD", "\x7F",   "e\u0301"};
         std::string result;
         for (std::size_t left = below(20); left > 0; --left) {
             result += pieces[below(pieces.size())];
@@ -61,39 +56,31 @@ private:
     }
 
     Reference scalar() {
-        switch (below(6)) {
-        case 0:
-            return _list.add(PropertyList::Null{});
-        case 1:
-            return _list.add(number());
-        case 2:
-            return _list.add(
-                PropertyList::Date{(static_cast<double>(below(4000000000)) - 2e9) / 2});
-        case 3:
-            return _list.add(
-                PropertyList::Data{std::string(below(40), static_cast<char>(_random()))});
-        case 4:
-            return _list.add(PropertyList::UID{_random() >> (32 + below(32))});
-        default:
-            return _list.add(text());
-        }
+        PropertyList::Value kinds[] = {
+            PropertyList::Null{},
+            number(),
+            PropertyList::Date{(static_cast<double>(below(4000000000)) - 2e9) / 2},
+            PropertyList::Data{std::string(below(40), static_cast<char>(_random()))},
+            PropertyList::UID{_random() >> (32 + below(32))},
+            text()};
+        _list.values.push_back(std::move(kinds[below(std::size(kinds))]));
+        return static_cast<Reference>(_list.values.size() - 1);
     }
 
     Reference container(int levels) {
-        const std::size_t size = below(8);
-        if (below(2) == 0) {
-            PropertyList::Array array;
-            for (std::size_t index = 0; index < size; ++index) {
-                array.elements.push_back(element(levels));
-            }
-            return _list.add(std::move(array));
-        }
+        PropertyList::Array array;
         PropertyList::Dictionary dictionary;
+        const bool isArray = below(2) == 0;
+        const std::size_t size = below(8);
         for (std::size_t index = 0; index < size; ++index) {
-            const Reference key = _list.add(std::to_string(index) + text());
-            dictionary.entries.emplace_back(key, element(levels));
+            if (isArray) {
+                array.elements.push_back(element(levels));
+            } else {
+                const Reference key = _list.add(std::to_string(index) + text());
+                dictionary.entries.emplace_back(key, element(levels));
+            }
         }
-        return _list.add(std::move(dictionary));
+        return isArray ? _list.add(std::move(array)) : _list.add(std::move(dictionary));
     }
 
     Reference element(int levels) {
@@ -115,7 +102,7 @@ public:
         expectRead(bytes, _texts[name]);
     }
 
-    ~Exchange() {
+    void compare() const {
         const std::string command = KELO_PLISTLIB_ORACLE " '" + _folder.path() + "'";
         EXPECT_EQ(std::system(command.c_str()), 0);
         for (const auto& [name, text] : _texts) {
@@ -142,6 +129,7 @@ TEST(PlistlibTest, ReadsWhatWeWriteAndWritesWhatWeRead) {
     for (unsigned seed = 0; seed < 300; ++seed) {
         exchange.add(std::to_string(seed), Generator(seed).list());
     }
+    exchange.compare();
 }
 
 TEST(PlistlibTest, AgreesOnListsThatNeedWideReferencesAndOffsets) {
@@ -155,6 +143,7 @@ TEST(PlistlibTest, AgreesOnListsThatNeedWideReferencesAndOffsets) {
         list.root = list.add(std::move(array));
         exchange.add(std::to_string(size), list);
     }
+    exchange.compare();
 }
 
 } // namespace KeloAPI

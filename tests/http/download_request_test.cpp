@@ -72,7 +72,7 @@ protected:
             transport->sent();
         }
         const auto error = answerAndEnd(ending);
-        EXPECT_EQ(error.has_value(), ending.expected.has_value());
+        ASSERT_EQ(error.has_value(), ending.expected.has_value());
         if (error) {
             EXPECT_TRUE(isHTTPError(*error, *ending.expected)) << error->description();
         }

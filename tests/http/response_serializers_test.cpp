@@ -5,92 +5,84 @@
 
 namespace KeloAPI {
 
-class ResponseSerializersTest : public ::testing::Test {
-protected:
-    void respond(int status, HeaderFields fields = {}) {
-        response = HTTPResponse{*URL::parse("https://h/"), status, std::move(fields), -1};
-    }
-    ResponseContent content() const { return {request, response, body, error}; }
-    bool jsonFails(HTTPErrorCode code) const { return fails(serializeJSON(content()), code); }
-    bool textFails(HTTPErrorCode code) const { return fails(serializeText(content()), code); }
-    template <class T>
-    static bool fails(const Result<T>& result, HTTPErrorCode code) {
-        return !result && isHTTPError(result.error(), code);
-    }
+namespace {
 
-    URLRequest request;
-    std::optional<HTTPResponse> response;
+/// What comes of an answer with this body; without a status there is no head.
+struct Answer {
     std::string body;
-    std::optional<Error> error;
+    std::optional<int> status = 200;
+    std::string contentType = {};
+    std::optional<Error> error = {};
+
+    template <class T>
+    Result<T> with(Result<T> (*serialize)(const ResponseContent&)) const {
+        const URLRequest request;
+        std::optional<HTTPResponse> response;
+        if (status) {
+            response = HTTPResponse{*URL::parse("https://h/"), *status, {}, -1};
+        }
+        if (!contentType.empty()) {
+            response->headerFields.emplace("Content-Type", contentType);
+        }
+        return serialize({request, response, body, error});
+    }
+    Result<JsonDocument> json() const { return with(serializeJSON); }
+    Result<std::string> text() const { return with(serializeText); }
 };
 
-TEST_F(ResponseSerializersTest, JSONIsReadWhateverTheStatusAndType) {
-    body = R"({"a":1})";
-    for (const int status : {200, 204, 404, 419, 500}) {
-        respond(status, {{"Content-Type", "text/html"}});
-        const auto document = serializeJSON(content());
+template <class T>
+bool fails(const Result<T>& result, HTTPErrorCode code) {
+    return !result && isHTTPError(result.error(), code);
+}
+
+} // namespace
+
+TEST(ResponseSerializersTest, JSONIsReadWhateverTheStatusAndType) {
+    for (const std::optional<int> status :
+         {std::optional<int>(), {200}, {204}, {404}, {419}, {500}}) {
+        const auto document = Answer{R"({"a":1})", status, status ? "text/html" : ""}.json();
         ASSERT_TRUE(document);
         EXPECT_EQ(document.value().root().object().value()["a"].integer(), 1);
     }
-    response.reset();
-    EXPECT_TRUE(serializeJSON(content()));
-}
-
-TEST_F(ResponseSerializersTest, JSONOfAnotherRootIsJSON) {
-    for (const char* text : {"[]", "1", "null", "\"x\"", "\xEF\xBB\xBF{}"}) {
-        body = text;
-        EXPECT_TRUE(serializeJSON(content())) << text;
+    for (const char* body : {"[]", "1", "null", "\"x\"", "\xEF\xBB\xBF{}"}) {
+        EXPECT_TRUE(Answer{body}.json()) << body;
     }
 }
 
-TEST_F(ResponseSerializersTest, NoBodyIsAnErrorForJSON) {
+TEST(ResponseSerializersTest, NoBodyIsAnErrorForJSONAndAnEmptyText) {
     for (const int status : {200, 204, 205}) {
-        respond(status);
-        EXPECT_TRUE(jsonFails(HTTPErrorCode::EmptyBody)) << status;
+        EXPECT_TRUE(fails(Answer{"", status}.json(), HTTPErrorCode::EmptyBody)) << status;
     }
-}
-
-TEST_F(ResponseSerializersTest, MalformedJSONIsAnErrorWithItsReason) {
-    for (const char* text : {" ", "{", "<html>", "{\"a\":01}", "\xFF"}) {
-        body = text;
-        ASSERT_TRUE(jsonFails(HTTPErrorCode::BadJson)) << text;
-        EXPECT_EQ(serializeJSON(content()).error().underlying()->domain(),
-                  JsonDocument::errorDomain);
-    }
-}
-
-TEST_F(ResponseSerializersTest, TheExchangesErrorComesFirst) {
-    error = httpError(HTTPErrorCode::TimedOut, "slow");
-    for (const char* text : {"", "{}", "{"}) {
-        body = text;
-        EXPECT_TRUE(jsonFails(HTTPErrorCode::TimedOut));
-        EXPECT_TRUE(textFails(HTTPErrorCode::TimedOut));
-    }
-}
-
-TEST_F(ResponseSerializersTest, TextIsConvertedFromItsCharacterSet) {
-    body = "\xE4";
-    respond(500, {{"content-type", "text/plain; charset=iso-8859-1"}});
-    EXPECT_EQ(serializeText(content()).value(), "\xC3\xA4");
-    respond(200, {{"Content-Type", "text/plain; charset=utf-8"}});
-    EXPECT_TRUE(textFails(HTTPErrorCode::TextEncoding));
-    respond(200, {{"Content-Type", "text/plain; charset=none-such"}});
-    EXPECT_TRUE(textFails(HTTPErrorCode::TextEncoding));
-}
-
-TEST_F(ResponseSerializersTest, TextWithoutACharacterSetIsAsItIs) {
-    body = "\xE4\xFF";
-    EXPECT_EQ(serializeText(content()).value(), body) << "no head";
-    respond(200);
-    EXPECT_EQ(serializeText(content()).value(), body);
-    respond(200, {{"Content-Type", "text/plain"}});
-    EXPECT_EQ(serializeText(content()).value(), body);
-}
-
-TEST_F(ResponseSerializersTest, NoBodyIsAnEmptyText) {
     for (const char* type : {"text/plain", "text/plain; charset=utf-8", "text/plain; charset=x"}) {
-        respond(200, {{"Content-Type", type}});
-        EXPECT_EQ(serializeText(content()).value(), "") << type;
+        EXPECT_EQ((Answer{"", 200, type}.text().value()), "") << type;
+    }
+}
+
+TEST(ResponseSerializersTest, MalformedJSONIsAnErrorWithItsReason) {
+    for (const char* body : {" ", "{", "<html>", "{\"a\":01}", "\xFF"}) {
+        const auto document = Answer{body}.json();
+        ASSERT_TRUE(fails(document, HTTPErrorCode::BadJson)) << body;
+        EXPECT_EQ(document.error().underlying()->domain(), JsonDocument::errorDomain);
+    }
+}
+
+TEST(ResponseSerializersTest, TheExchangesErrorComesFirst) {
+    const Error slow = httpError(HTTPErrorCode::TimedOut, "slow");
+    for (const char* body : {"", "{}", "{"}) {
+        const Answer answer{body, {}, "", slow};
+        EXPECT_TRUE(fails(answer.json(), HTTPErrorCode::TimedOut));
+        EXPECT_TRUE(fails(answer.text(), HTTPErrorCode::TimedOut));
+    }
+}
+
+TEST(ResponseSerializersTest, TextIsConvertedFromTheCharacterSetThatIsNamed) {
+    EXPECT_EQ((Answer{"\xE4", 500, "text/plain; charset=iso-8859-1"}.text().value()), "\xC3\xA4");
+    for (const char* type : {"text/plain; charset=utf-8", "text/plain; charset=none-such"}) {
+        EXPECT_TRUE(fails(Answer{"\xE4", 200, type}.text(), HTTPErrorCode::TextEncoding)) << type;
+    }
+    for (const Answer& unnamed :
+         {Answer{"\xE4\xFF", {}}, Answer{"\xE4\xFF"}, Answer{"\xE4\xFF", 200, "text/plain"}}) {
+        EXPECT_EQ(unnamed.text().value(), "\xE4\xFF") << "as it is";
     }
 }
 
