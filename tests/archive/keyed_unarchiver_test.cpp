@@ -7,6 +7,7 @@
 #include <functional>
 #include <limits>
 #include <random>
+#include <tuple>
 
 namespace KeloAPI {
 
@@ -43,8 +44,29 @@ std::shared_ptr<Everything> everythingReferring(const std::string& key,
     return everythingWith(key, [&](ArchiveFile& file) { return file.object(file.value(value)); });
 }
 
-std::shared_ptr<Everything> copyOf(const std::shared_ptr<Everything>& object) {
-    return KeyedUnarchiver::unarchive<Everything>(KeyedArchiver::archivedData(object));
+/// What is read where the entry is an object of this class, whether its values stand in it or are
+/// referred to.
+std::shared_ptr<Everything>
+everythingHolding(const std::string& key, const std::string& className,
+                  const std::vector<std::pair<std::string, PropertyList::Value>>& values,
+                  const std::string& superclass = "NSObject") {
+    const auto read = [&](bool refers) {
+        return everythingWith(key, [&](ArchiveFile& file) {
+            ArchiveFile::Entries entries;
+            for (const auto& [name, value] : values) {
+                const auto place = file.value(value);
+                entries.emplace_back(name, refers ? file.object(place) : place);
+            }
+            return file.instance(className, entries, superclass);
+        });
+    };
+    EXPECT_EQ(read(false)->contents(), read(true)->contents());
+    return read(false);
+}
+
+template <class T>
+std::shared_ptr<T> copyOf(const std::shared_ptr<T>& object) {
+    return KeyedUnarchiver::unarchive<T>(KeyedArchiver::archivedData(object));
 }
 
 template <class T>
@@ -160,37 +182,26 @@ TEST(KeyedUnarchiverTest, HasDefaultsForWhatIsMissingOrOfAnotherKind) {
 }
 
 TEST(KeyedUnarchiverTest, ReadsScalarsFromAnyNumber) {
-    const std::pair<Number, std::int64_t> integers[] = {{Number::of(5), 5},
-                                                        {Number::of(-2.9), -2},
-                                                        {Number::of(1e300), int64Max},
-                                                        {Number::of(true), 1}};
-    const std::pair<Number, double> reals[] = {{Number::of(3), 3.0}, {Number::of(true), 1.0}};
-    const std::pair<Number, bool> flags[] = {
-        {Number::of(2), true}, {Number::of(true), true}, {Number::of(0.0), false}};
-    for (const auto& read : {everything, everythingReferring}) {
-        for (const auto& [number, expected] : integers) {
-            EXPECT_EQ(read("integer", number)->integer, expected);
-        }
-        for (const auto& [number, expected] : reals) {
-            EXPECT_EQ(read("real", number)->real, expected);
-        }
-        for (const auto& [number, expected] : flags) {
-            EXPECT_EQ(read("flag", number)->flag, expected);
+    const std::tuple<Number, std::int64_t, double, bool> table[] = {
+        {Number::of(5), 5, 5.0, true},
+        {Number::of(-2.9), -2, -2.9, true},
+        {Number::of(1e300), int64Max, 1e300, true},
+        {Number::of(true), 1, 1.0, true},
+        {Number::of(0.0), 0, 0.0, false},
+    };
+    for (const auto& [number, integer, real, flag] : table) {
+        for (const auto& read : {everything, everythingReferring}) {
+            EXPECT_EQ(read("integer", number)->integer, integer);
+            EXPECT_EQ(read("real", number)->real, real);
+            EXPECT_EQ(read("flag", number)->flag, flag);
         }
     }
 }
 
 TEST(KeyedUnarchiverTest, ReadsDatesOfEveryForm) {
-    const auto at = [](Number seconds) -> std::optional<Date> {
-        const auto object = [&](bool refers) {
-            return everythingWith("date", [&](ArchiveFile& file) {
-                const auto value = file.value(seconds);
-                return file.instance("NSDate", {{"NS.time", refers ? file.object(value) : value}});
-            });
-        };
+    const auto at = [](Number seconds) {
         const auto plain = everythingReferring("date", PropertyList::Date{seconds.doubleValue()});
-        EXPECT_EQ(plain->date, object(false)->date) << seconds.stringValue();
-        EXPECT_EQ(plain->date, object(true)->date) << seconds.stringValue();
+        EXPECT_EQ(plain->date, everythingHolding("date", "NSDate", {{"NS.time", seconds}})->date);
         return plain->date;
     };
     EXPECT_EQ(at(Number::of(0)), referenceDate);
@@ -226,16 +237,10 @@ TEST(KeyedUnarchiverTest, ReadsTextsOfEveryForm) {
         {"NSDate", "NS.string", std::string("a"), {}},
     };
     for (const Row& row : table) {
-        for (const bool refers : {false, true}) {
-            const auto object = everythingWith("text", [&](ArchiveFile& file) {
-                const auto value = file.value(row.value);
-                const bool isMutable = row.className == std::string("NSMutableString");
-                return file.instance(row.className,
-                                     {{row.key, refers ? file.object(value) : value}},
-                                     isMutable ? "NSString" : "NSObject");
-            });
-            EXPECT_EQ(object->text, row.expected) << row.className << ' ' << row.key;
-        }
+        const bool isMutable = row.className == std::string("NSMutableString");
+        const auto object = everythingHolding("text", row.className, {{row.key, row.value}},
+                                              isMutable ? "NSString" : "NSObject");
+        EXPECT_EQ(object->text, row.expected) << row.className << ' ' << row.key;
     }
 }
 
@@ -293,18 +298,11 @@ TEST(KeyedUnarchiverTest, ReadsRangesThatCanBe) {
         {Number::of(1), Number::of(1), Number::of(2), {}},
     };
     for (const Row& row : table) {
-        for (const bool refers : {false, true}) {
-            const auto object = everythingWith("range", [&](ArchiveFile& file) {
-                const auto entry = [&](Number number) {
-                    const auto value = file.value(number);
-                    return refers ? file.object(value) : value;
-                };
-                return file.instance("NSValue", {{"NS.special", file.value(row.special)},
-                                                 {"NS.rangeval.location", entry(row.location)},
-                                                 {"NS.rangeval.length", entry(row.length)}});
-            });
-            EXPECT_EQ(object->range, row.expected) << row.location.stringValue();
-        }
+        const auto object = everythingHolding("range", "NSValue",
+                                              {{"NS.special", row.special},
+                                               {"NS.rangeval.location", row.location},
+                                               {"NS.rangeval.length", row.length}});
+        EXPECT_EQ(object->range, row.expected) << row.location.stringValue();
     }
 }
 
@@ -313,7 +311,7 @@ TEST(KeyedUnarchiverTest, GivesTheSameObjectEachTimeAndNullWhereACircleCloses) {
     root->left = root->right = std::make_shared<Node>("s");
     root->left->left = root;
     root->left->right = root->left;
-    const auto again = KeyedUnarchiver::unarchive<Node>(KeyedArchiver::archivedData(root));
+    const auto again = copyOf(root);
     root->left->left = root->left->right = nullptr;
     ASSERT_TRUE(again && again->left);
     EXPECT_EQ(again->left, again->right);
