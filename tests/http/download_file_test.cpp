@@ -44,18 +44,6 @@ TEST_F(DownloadFileTest, TakesItsPlaceOnCommitOnly) {
     EXPECT_THAT(folder.names(), ElementsAre("video"));
 }
 
-TEST_F(DownloadFileTest, LeavesEverythingAsItWasWithoutCommit) {
-    folder.write("video", "old");
-    {
-        DownloadFile file(folder.path("video"));
-        EXPECT_TRUE(file.append(std::string(2'000'000, 'x')));
-    }
-    EXPECT_EQ(folder.read("video"), "old");
-    EXPECT_THAT(folder.names(), ElementsAre("video"));
-    { const DownloadFile file(folder.path("other")); }
-    EXPECT_THAT(folder.names(), ElementsAre("video"));
-}
-
 TEST_F(DownloadFileTest, KeepsContentOfEverySize) {
     constexpr std::size_t small = std::size_t{64} << 10U;
     constexpr std::size_t large = std::size_t{512} << 10U;
@@ -102,17 +90,6 @@ TEST_F(DownloadFileTest, SeveralMayGrowForOneDestination) {
     EXPECT_THAT(folder.names(), ElementsAre("video"));
 }
 
-TEST_F(DownloadFileTest, CannotBeWrittenIntoWhatIsNoFolder) {
-    folder.write("file", "");
-    for (const char* path : {"missing/video", "file/video"}) {
-        DownloadFile file(folder.path(path));
-        expectCannotWrite(file);
-        EXPECT_FALSE(file.append("x"));
-        EXPECT_FALSE(file.commit());
-        EXPECT_THAT(folder.names(), ElementsAre("file"));
-    }
-}
-
 TEST_F(DownloadFileTest, CannotBeWrittenIntoAFolderWithoutRights) {
     folder.write("video", "old");
     // In a process of its own, because the administrator has to become somebody else for it.
@@ -127,17 +104,6 @@ TEST_F(DownloadFileTest, CannotBeWrittenIntoAFolderWithoutRights) {
         ::testing::ExitedWithCode(0), "");
     EXPECT_THAT(folder.names(), ElementsAre("video"));
     EXPECT_EQ(folder.read("video"), "old");
-}
-
-TEST_F(DownloadFileTest, CannotTakeThePlaceOfAFolder) {
-    ASSERT_EQ(mkdir(folder.path("video").c_str(), 0700), 0);
-    {
-        DownloadFile file(folder.path("video"));
-        EXPECT_TRUE(file.append("x"));
-        EXPECT_FALSE(file.commit());
-        expectCannotWrite(file);
-    }
-    EXPECT_THAT(folder.names(), ElementsAre("video")) << "no litter";
 }
 
 TEST_F(DownloadFileTest, CannotBeCommittedWhenItsFolderHasGone) {
