@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <tuple>
 #include <type_traits>
 
 namespace KeloAPI {
@@ -179,12 +180,7 @@ TEST(URLTest, EqualityIsThatOfTheTexts) {
 }
 
 TEST(URLTest, AppendsAPathComponent) {
-    struct Row {
-        const char* base;
-        const char* component;
-        const char* expected;
-    };
-    const Row table[] = {
+    const std::tuple<const char*, const char*, const char*> table[] = {
         {"https://h", "users/me", "https://h/users/me"},
         {"https://h/", "users/me", "https://h/users/me"},
         {"https://h", "/users/me", "https://h/users/me"},
@@ -210,22 +206,17 @@ TEST(URLTest, AppendsAPathComponent) {
         {"https://?q", "users/me", "https:///users/me?q"},
         {"https://u@", "users/me", "https://u@/users/me"},
     };
-    for (const Row& row : table) {
-        const URL joined = url(row.base).appendingPathComponent(row.component);
-        EXPECT_EQ(joined.absoluteString(), row.expected);
-        EXPECT_TRUE(URL::parse(joined.absoluteString())) << row.expected;
+    for (const auto& [base, component, expected] : table) {
+        const URL joined = url(base).appendingPathComponent(component);
+        EXPECT_EQ(joined.absoluteString(), expected);
+        EXPECT_TRUE(URL::parse(joined.absoluteString())) << expected;
     }
     EXPECT_EQ(url("https://h").appendingPathComponent(std::string_view("a\0b", 3)),
               url("https://h/a%00b"));
 }
 
 TEST(URLTest, AppendsAQuery) {
-    struct Row {
-        const char* base;
-        const char* query;
-        const char* expected;
-    };
-    const Row table[] = {
+    const std::tuple<const char*, const char*, const char*> table[] = {
         {"https://h/a", "b=c", "https://h/a?b=c"},
         {"https://h", "b=c", "https://h?b=c"},
         {"https://h/a", "", "https://h/a"},
@@ -236,8 +227,8 @@ TEST(URLTest, AppendsAQuery) {
         {"https://h/a#f?g", "b=c", "https://h/a?b=c#f?g"},
         {"https://h/a?x#f", "b=c", "https://h/a?x&b=c#f"},
     };
-    for (const Row& row : table) {
-        EXPECT_EQ(url(row.base).appendingQuery(row.query).absoluteString(), row.expected);
+    for (const auto& [base, query, expected] : table) {
+        EXPECT_EQ(url(base).appendingQuery(query).absoluteString(), expected);
     }
 }
 
