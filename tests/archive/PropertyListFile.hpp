@@ -13,18 +13,6 @@
 
 namespace KeloAPI::testing {
 
-inline std::string hexadecimalOf(std::string_view bytes) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    std::string text;
-    for (const char c : bytes) {
-        const auto byte = static_cast<unsigned char>(c);
-        text += text.empty() ? "" : " ";
-        text += digits[byte >> 4U];
-        text += digits[byte & 15U];
-    }
-    return text;
-}
-
 /// A file put together by hand, so that every part of it can be wrong.
 struct PropertyListFile {
     std::string magic = "bplist00";

@@ -11,7 +11,6 @@
 namespace KeloAPI {
 
 using testing::bytesOf;
-using testing::hexadecimalOf;
 using testing::PropertyListFile;
 using testing::PropertyListText;
 
@@ -29,7 +28,7 @@ std::string written(PropertyList::Value value) {
     const std::string bytes = BinaryPropertyList::write(list);
     const std::size_t head = 8;
     const std::size_t tail = 32 + (bytes.size() - 33 > 255 ? 2 : 1);
-    return hexadecimalOf(bytes.substr(head, bytes.size() - head - tail));
+    return bytes.substr(head, bytes.size() - head - tail);
 }
 
 /// What is read where these bytes are the only value; "refused" when the file is refused.
@@ -46,14 +45,14 @@ TEST(BinaryPropertyListTest, WritesAWholeFile) {
     PropertyList list;
     list.values = {std::string("a"), Number::of(true), PropertyList::Dictionary{{{0, 1}}}};
     list.root = 2;
-    EXPECT_EQ(hexadecimalOf(BinaryPropertyList::write(list)),
-              "62 70 6C 69 73 74 30 30 " // bplist00
-              "51 61 09 D1 00 01 "       // "a", true, {"a": true}
-              "08 0A 0B "                // where they are
-              "00 00 00 00 00 00 01 01 "
-              "00 00 00 00 00 00 00 03 "
-              "00 00 00 00 00 00 00 02 "
-              "00 00 00 00 00 00 00 0E");
+    EXPECT_EQ(BinaryPropertyList::write(list),
+              bytesOf("62 70 6C 69 73 74 30 30 " // bplist00
+                      "51 61 09 D1 00 01 "       // "a", true, {"a": true}
+                      "08 0A 0B "                // where they are
+                      "00 00 00 00 00 00 01 01 "
+                      "00 00 00 00 00 00 00 03 "
+                      "00 00 00 00 00 00 00 02 "
+                      "00 00 00 00 00 00 00 0E"));
 }
 
 TEST(BinaryPropertyListTest, WritesAndReadsEachKindByteByByte) {
@@ -102,7 +101,7 @@ TEST(BinaryPropertyListTest, WritesAndReadsEachKindByteByByte) {
     for (const auto& [value, bytes] : table) {
         PropertyList list;
         list.values.push_back(value);
-        EXPECT_EQ(written(value), bytes);
+        EXPECT_EQ(written(value), bytesOf(bytes)) << bytes;
         EXPECT_EQ(readText(bytes), PropertyListText::of(list)) << bytes;
     }
 }
@@ -248,8 +247,8 @@ TEST(BinaryPropertyListTest, RefusesAListWithoutItsRootOrValues) {
 }
 
 TEST(BinaryPropertyListTest, WritesReplacementsForWhatIsNoUTF8) {
-    EXPECT_EQ(written(std::string("a\xFF")), "62 00 61 FF FD");
-    EXPECT_EQ(written(std::string("\xED\xA0\x80")), "63 FF FD FF FD FF FD");
+    EXPECT_EQ(written(std::string("a\xFF")), bytesOf("62 00 61 FF FD"));
+    EXPECT_EQ(written(std::string("\xED\xA0\x80")), bytesOf("63 FF FD FF FD FF FD"));
 }
 
 } // namespace KeloAPI

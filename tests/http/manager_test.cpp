@@ -1,3 +1,4 @@
+#include "support/HeardAnswers.hpp"
 #include "support/MainLoop.hpp"
 #include "support/ManualTransport.hpp"
 #include "support/Words.hpp"
@@ -18,26 +19,8 @@ using namespace std::string_view_literals;
 
 class ManagerTest : public ::testing::Test {
 protected:
-    std::shared_ptr<Request> listen(std::shared_ptr<Request> request) {
-        request->response([this](const ResponseContent& content, Timeline) {
-            return [this, body = content.body, error = content.error] {
-                bodies.push_back(body);
-                errors.push_back(error);
-            };
-        });
-        return request;
-    }
-    bool waitForAnswers(std::size_t count) {
-        return runUntil([&] { return errors.size() >= count; });
-    }
-    /// What this error is, of those that have come.
-    bool failed(std::size_t index, HTTPErrorCode code) const {
-        return errors.at(index) && isHTTPError(*errors[index], code);
-    }
-
     std::shared_ptr<ScriptedTransport> transport = std::make_shared<ScriptedTransport>();
-    std::vector<std::string> bodies;
-    std::vector<std::optional<Error>> errors;
+    testing::HeardAnswers answers;
 };
 
 TEST_F(ManagerTest, WhatMustNotBeSentEndsWithAnErrorAndIsNotSent) {
@@ -67,13 +50,14 @@ TEST_F(ManagerTest, WhatMustNotBeSentEndsWithAnErrorAndIsNotSent) {
     for (const auto& [convertible, code] : table) {
         SCOPED_TRACE(::testing::PrintToString(convertible.request.headerFields));
         SCOPED_TRACE(convertible.request.description());
-        errors.clear();
-        listen(manager.request(convertible))->cancel(); // which does nothing
-        listen(manager.upload(convertible, Data("x")));
-        listen(manager.download(convertible, destination));
-        EXPECT_TRUE(errors.empty()) << "never inside the call";
-        ASSERT_TRUE(waitForAnswers(3));
-        EXPECT_TRUE(failed(0, code) && failed(1, code) && failed(2, code));
+        answers.clear();
+        answers.listenTo(manager.request(convertible))->cancel(); // which does nothing
+        answers.listenTo(manager.upload(convertible, Data("x")));
+        answers.listenTo(manager.download(convertible, destination));
+        EXPECT_TRUE(answers.empty()) << "never inside the call";
+        ASSERT_TRUE(answers.waitFor(3));
+        EXPECT_TRUE(answers.at(0).failedWith(code) && answers.at(1).failedWith(code) &&
+                    answers.at(2).failedWith(code));
     }
     EXPECT_TRUE(transport->requests().empty());
 }
@@ -82,23 +66,23 @@ TEST_F(ManagerTest, CancelGivesExactlyOneCompletionAndLeavesTheOthersAlone) {
     Manager manager(transport);
     std::vector<std::shared_ptr<Request>> requests;
     for (int i = 0; i < 10; ++i) {
-        requests.push_back(listen(manager.request(FixedRequest())));
+        requests.push_back(answers.listenTo(manager.request(FixedRequest())));
     }
     requests[4]->cancel();
     requests[4]->cancel();
-    EXPECT_TRUE(errors.empty()) << "asynchronously";
-    ASSERT_TRUE(waitForAnswers(1));
-    EXPECT_TRUE(failed(0, HTTPErrorCode::Cancelled));
+    EXPECT_TRUE(answers.empty()) << "asynchronously";
+    ASSERT_TRUE(answers.waitFor(1));
+    EXPECT_TRUE(answers.at(0).failedWith(HTTPErrorCode::Cancelled));
     EXPECT_EQ(transport->waitingCount(), 9U);
     transport->answerRequest(4, ScriptedAnswer::json("late"));
     requests[4]->cancel();
     for (int i = 0; i < 9; ++i) {
         transport->answer(ScriptedAnswer::json(std::to_string(i)));
     }
-    ASSERT_TRUE(waitForAnswers(10));
+    ASSERT_TRUE(answers.waitFor(10));
     for (std::size_t i = 1; i < 10; ++i) {
-        EXPECT_FALSE(errors[i]);
-        EXPECT_EQ(bodies[i], std::to_string(i - 1));
+        EXPECT_FALSE(answers[i].error);
+        EXPECT_EQ(answers[i].body, std::to_string(i - 1));
     }
 }
 
@@ -107,22 +91,22 @@ TEST_F(ManagerTest, WhenItGoesWithItsTransportThoseInFlightAreCancelled) {
     {
         Manager manager(std::move(transport));
         for (int i = 0; i < 5; ++i) {
-            listen(manager.request(FixedRequest()));
+            answers.listenTo(manager.request(FixedRequest()));
         }
     }
     EXPECT_TRUE(watch.expired());
-    ASSERT_TRUE(waitForAnswers(5));
+    ASSERT_TRUE(answers.waitFor(5));
     for (std::size_t i = 0; i < 5; ++i) {
-        EXPECT_TRUE(failed(i, HTTPErrorCode::Cancelled));
+        EXPECT_TRUE(answers.at(i).failedWith(HTTPErrorCode::Cancelled));
     }
 }
 
 TEST_F(ManagerTest, ATransportThatIsKeptCarriesItsRequestsToTheirEnd) {
-    listen(Manager(transport).request(FixedRequest()));
+    answers.listenTo(Manager(transport).request(FixedRequest()));
     transport->answer(ScriptedAnswer::json("[]"));
-    ASSERT_TRUE(waitForAnswers(1));
-    EXPECT_FALSE(errors[0]);
-    EXPECT_EQ(bodies[0], "[]");
+    ASSERT_TRUE(answers.waitFor(1));
+    EXPECT_FALSE(answers[0].error);
+    EXPECT_EQ(answers[0].body, "[]");
 }
 
 TEST_F(ManagerTest, MayGoInsideACompletion) {
@@ -140,7 +124,7 @@ TEST_F(ManagerTest, TakesRequestsFromManyThreads) {
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&] {
             for (std::size_t n = 0; n < perThread; ++n) {
-                const auto request = listen(manager.request(FixedRequest()));
+                const auto request = answers.listenTo(manager.request(FixedRequest()));
                 if (n % 5 == 0) {
                     request->cancel();
                 }
@@ -151,12 +135,12 @@ TEST_F(ManagerTest, TakesRequestsFromManyThreads) {
     for (auto& thread : threads) {
         thread.join();
     }
-    ASSERT_TRUE(waitForAnswers(4 * perThread));
+    ASSERT_TRUE(answers.waitFor(4 * perThread));
     // One more comes behind them all; an answer to one that was cancelled may be waiting for it.
     transport->answer(ScriptedAnswer::json("{}"));
-    listen(manager.request(FixedRequest()));
-    ASSERT_TRUE(waitForAnswers(4 * perThread + 1));
-    EXPECT_EQ(errors.size(), 4 * perThread + 1) << "once each";
+    answers.listenTo(manager.request(FixedRequest()));
+    ASSERT_TRUE(answers.waitFor(4 * perThread + 1));
+    EXPECT_EQ(answers.size(), 4 * perThread + 1) << "once each";
     EXPECT_EQ(transport->waitingCount(), 0U);
 }
 
@@ -165,11 +149,11 @@ TEST_F(ManagerTest, AnUploadsDataReplacesTheBody) {
     FixedRequest convertible;
     convertible.request.method = Method::PUT;
     convertible.request.body = Data("old");
-    listen(manager.upload(convertible, Data("new")));
+    answers.listenTo(manager.upload(convertible, Data("new")));
     EXPECT_EQ(transport->requests().at(0).body->text(), "new");
     EXPECT_EQ(transport->requests().at(0).method, Method::PUT);
     transport->answer(ScriptedAnswer::json("{}"));
-    ASSERT_TRUE(waitForAnswers(1));
+    ASSERT_TRUE(answers.waitFor(1));
 }
 
 /// Answers have this much memory left: all else has been taken by others.
@@ -193,11 +177,11 @@ TEST_F(ManagerMemoryTest, LargeAnswersHaveALimitForAllOfThem) {
     Manager manager(transport);
     transport->answer(ScriptedAnswer::json(std::string(left, 'x')));
     transport->answer(ScriptedAnswer::json("x"));
-    auto first = listen(manager.request(FixedRequest()));
-    listen(manager.request(FixedRequest()));
-    ASSERT_TRUE(waitForAnswers(2));
-    EXPECT_EQ(errors[0], std::nullopt);
-    EXPECT_TRUE(failed(1, HTTPErrorCode::OutOfResources));
+    auto first = answers.listenTo(manager.request(FixedRequest()));
+    answers.listenTo(manager.request(FixedRequest()));
+    ASSERT_TRUE(answers.waitFor(2));
+    EXPECT_EQ(answers[0].error, std::nullopt);
+    EXPECT_TRUE(answers.at(1).failedWith(HTTPErrorCode::OutOfResources));
     EXPECT_FALSE(allHasComeBack());
     first = nullptr; // and soon the answer with it
     EXPECT_TRUE(runUntil(allHasComeBack));
@@ -208,14 +192,14 @@ TEST_F(ManagerMemoryTest, AnAnswerThatFailsIsNotKept) {
     Manager manager(manual);
     // One whose connection is lost, one that is refused for being too large.
     for (const bool refused : {false, true}) {
-        const auto held = listen(manager.request(FixedRequest()));
+        const auto held = answers.listenTo(manager.request(FixedRequest()));
         manual->head(200);
         EXPECT_TRUE(manual->data(std::string(left, 'x')));
         EXPECT_EQ(refused && manual->data("x"), false);
         manual->complete(httpError(HTTPErrorCode::ConnectionLost, "gone"));
-        ASSERT_TRUE(waitForAnswers(refused ? 2 : 1));
-        EXPECT_TRUE(errors.back());
-        EXPECT_EQ(bodies.back(), "");
+        ASSERT_TRUE(answers.waitFor(refused ? 2 : 1));
+        EXPECT_TRUE(answers.back().error);
+        EXPECT_EQ(answers.back().body, "");
         EXPECT_TRUE(allHasComeBack());
     }
 }

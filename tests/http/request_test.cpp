@@ -1,3 +1,4 @@
+#include "support/HeardAnswers.hpp"
 #include "support/MainLoop.hpp"
 #include "support/ManualTransport.hpp"
 
@@ -20,14 +21,6 @@ using testing::runUntil;
 
 class RequestTest : public ::testing::Test {
 protected:
-    struct Heard {
-        std::string body;
-        std::optional<Error> error;
-        std::optional<int> status;
-        Timeline timeline;
-        std::thread::id serializedOn;
-        std::thread::id completedOn;
-    };
     using Report = std::vector<std::int64_t>;
 
     /// A request whose answers and progress are noted.
@@ -36,20 +29,7 @@ protected:
     }
     std::shared_ptr<Request> listenTo(std::shared_ptr<Request> request) {
         watchProgress(*request);
-        listen(*request);
-        return request;
-    }
-    void listen(Request& request) {
-        request.response([this](const ResponseContent& content, Timeline timeline) {
-            Heard heard{content.body, content.error, {}, timeline, std::this_thread::get_id(), {}};
-            if (content.response) {
-                heard.status = content.response->statusCode;
-            }
-            return [this, heard = std::move(heard)]() mutable {
-                heard.completedOn = std::this_thread::get_id();
-                answers.push_back(std::move(heard));
-            };
-        });
+        return answers.listenTo(std::move(request));
     }
     void watchProgress(Request& request) {
         request.progress([this](std::int64_t bytes, std::int64_t total, std::int64_t expected) {
@@ -58,9 +38,6 @@ protected:
         });
     }
 
-    bool waitForAnswers(std::size_t count) {
-        return runUntil([&] { return answers.size() >= count; });
-    }
     bool waitForReports(std::size_t count) {
         return runUntil([&] { return progress.size() >= count; });
     }
@@ -74,7 +51,7 @@ protected:
     std::shared_ptr<testing::ManualTransport> transport =
         std::make_shared<testing::ManualTransport>();
     Manager manager{transport};
-    std::vector<Heard> answers;
+    testing::HeardAnswers answers;
     std::vector<Report> progress;
     const std::thread::id mainThread = std::this_thread::get_id();
 };
@@ -93,11 +70,11 @@ TEST_F(RequestTest, DeliversTheAnswerOnceToEachHandlerOnTheMainQueue) {
     EXPECT_TRUE(answers.empty());
     settle(*request);
     EXPECT_EQ(answers.size(), 1U);
-    listen(*request);
+    answers.listenTo(request);
     EXPECT_EQ(answers.size(), 1U);
     settle(*request);
     ASSERT_EQ(answers.size(), 2U) << "a handler that comes late is served all the same";
-    for (const Heard& heard : answers) {
+    for (const testing::HeardAnswer& heard : answers) {
         EXPECT_EQ(heard.body, "hello");
         EXPECT_EQ(heard.status, 404) << "a status is no error here";
         EXPECT_FALSE(heard.error);
@@ -128,11 +105,11 @@ TEST_F(RequestTest, HandlersAreServedInTheOrderTheyWereAttached) {
 
 TEST_F(RequestTest, SerializersOfOneManagerShareOneThread) {
     for (int i = 0; i < 5; ++i) {
-        listen(*send());
+        answers.listenTo(send());
         transport->complete();
     }
-    ASSERT_TRUE(waitForAnswers(10));
-    for (const Heard& heard : answers) {
+    ASSERT_TRUE(answers.waitFor(10));
+    for (const testing::HeardAnswer& heard : answers) {
         EXPECT_EQ(heard.serializedOn, answers[0].serializedOn);
         EXPECT_EQ(heard.completedOn, mainThread);
     }
@@ -147,8 +124,8 @@ TEST_F(RequestTest, PassesTheTransportsErrorOn) {
             transport->data("half");
         }
         transport->complete(httpError(HTTPErrorCode::ConnectionLost, "lost"));
-        ASSERT_TRUE(waitForAnswers(1));
-        EXPECT_TRUE(isHTTPError(*answers[0].error, HTTPErrorCode::ConnectionLost));
+        ASSERT_TRUE(answers.waitFor(1));
+        EXPECT_TRUE(answers[0].failedWith(HTTPErrorCode::ConnectionLost));
         EXPECT_EQ(answers[0].status, hasHead ? std::optional(200) : std::nullopt);
     }
     const Timeline& timeline = answers[0].timeline; // without a head
@@ -189,7 +166,7 @@ TEST_F(RequestTest, ReportsWhatMovedAtOnceWhereTheMainQueueIsBusyAndNothingElse)
             transport->data(bytes);
         }
         transport->complete();
-        ASSERT_TRUE(waitForAnswers(1));
+        ASSERT_TRUE(answers.waitFor(1));
         EXPECT_THAT(progress, ElementsAreArray(reports));
     }
 }
@@ -225,7 +202,7 @@ TEST_F(RequestTest, AnUploadReportsSentBytesOnlyAndEachOnce) {
     transport->sent(8, 8);
     transport->sent(1, 8); // before the main queue has told of the 8
     transport->answer("done");
-    ASSERT_TRUE(waitForAnswers(1));
+    ASSERT_TRUE(answers.waitFor(1));
     EXPECT_THAT(progress, ElementsAre(Report{5, 5, 8}, Report{1, 6, 8}, Report{2, 8, 8}));
     EXPECT_EQ(answers[0].body, "done");
 }
@@ -238,7 +215,7 @@ TEST_F(RequestTest, TheProgressObserverCanBeReplaced) {
     listenTo(request);
     transport->data("cd");
     transport->complete();
-    ASSERT_TRUE(waitForAnswers(1));
+    ASSERT_TRUE(answers.waitFor(1));
     EXPECT_THAT(progress, ElementsAre(Report{4, 4, 4}));
 }
 
@@ -274,7 +251,7 @@ TEST_F(RequestTest, StaysAliveUntilItHasCompleted) {
     EXPECT_FALSE(watch.expired());
     transport->head(200);
     transport->complete();
-    ASSERT_TRUE(waitForAnswers(1));
+    ASSERT_TRUE(answers.waitFor(1));
     EXPECT_TRUE(runUntil([&] { return watch.expired(); }));
 }
 
@@ -283,8 +260,8 @@ TEST_F(RequestTest, CancelReachesTheExchangeUntilTheEnd) {
     request->cancel();
     EXPECT_EQ(transport->cancelCount, 1);
     transport->complete(httpError(HTTPErrorCode::Cancelled, "cancelled"));
-    ASSERT_TRUE(waitForAnswers(1));
-    EXPECT_TRUE(isHTTPError(*answers[0].error, HTTPErrorCode::Cancelled));
+    ASSERT_TRUE(answers.waitFor(1));
+    EXPECT_TRUE(answers[0].failedWith(HTTPErrorCode::Cancelled));
     request->cancel();
     EXPECT_EQ(transport->cancelCount, 1) << "after the end it does nothing";
     settle(*request);
