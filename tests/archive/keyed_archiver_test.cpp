@@ -129,14 +129,11 @@ TEST(KeyedArchiverTest, KeepsItsOwnKeysApartFromAModels) {
         archiveOf(", {'$$class': 1, '$$$a': 1, '': 1, '$class': UID(2)}" + classOf("'OtherKeys'")));
 }
 
-TEST(KeyedArchiverTest, EndsTheProcessOverAKeyThatIsUsedTwice) {
+TEST(KeyedArchiverTest, EndsTheProcessOverAKeyThatIsUsedTwiceAndAnObjectWithoutClass) {
     const auto object = std::make_shared<OtherKeys>(std::vector<std::string>{"a", "b", "a"});
     EXPECT_DEATH(KeyedArchiver::archivedData(object), "a key is encoded twice in one object");
-}
-
-TEST(KeyedArchiverTest, EndsTheProcessOverAnObjectWithoutClass) {
-    const auto object = std::make_shared<OtherKeys>(std::vector<std::string>{});
-    object->classes.clear();
+    object->keys = {};
+    object->classes = {};
     EXPECT_DEATH(KeyedArchiver::archivedData(object), "an archivable object without a class name");
 }
 

@@ -1,4 +1,3 @@
-#include "json/json_texts.hpp"
 #include "support/JsonText.hpp"
 
 #include <KeloAPI/json/Json.hpp>
@@ -23,12 +22,6 @@ constexpr double largestDouble = std::numeric_limits<double>::max();
 /// The double that a number's text stands for, never infinite.
 double expectedDouble(const std::string& text) {
     return std::clamp(std::strtod(text.c_str(), nullptr), -largestDouble, largestDouble);
-}
-
-bool readsBoth(std::string_view first, std::string_view second) {
-    std::string text = R"({"a":)";
-    text.append(first).append(R"(,"b":)").append(second).append("}");
-    return static_cast<bool>(JsonDocument::parse(text));
 }
 
 std::vector<std::string> textsOf(const JsonValue& list) {
@@ -74,27 +67,13 @@ TEST(JsonLimitsTest, DoublesReadLikeTheSystemsOwn) {
     }
 }
 
-TEST(JsonLimitsTest, ALargeNumberChangesNothingInWhatIsRefused) {
-    for (const std::string& text : testing::malformedTexts()) {
-        EXPECT_FALSE(readsBoth("1e400", text)) << text;
-        EXPECT_FALSE(readsBoth(text, "1e400")) << text;
-        EXPECT_FALSE(readsBoth("18446744073709551616", text)) << text;
-    }
+TEST(JsonLimitsTest, RefusesLargeNumbersThatAreMalformed) {
     for (const std::string text :
          {"1e400a", "01e400", "1e400.5", "-01e400", "1.e400", "1e400 1", "+1e400", "--1e400",
           "1e400-1", "1e400\"\"", "true1e400", "018446744073709551616", "18446744073709551616x",
           "18446744073709551616 0", "18446744073709551616[]", "- 18446744073709551616"}) {
         EXPECT_FALSE(JsonDocument::parse("[" + text + "]")) << text;
         EXPECT_FALSE(JsonDocument::parse(text)) << text;
-    }
-}
-
-TEST(JsonLimitsTest, ALargeNumberChangesNothingInWhatIsRead) {
-    for (const std::string& text : testing::wellFormedTexts()) {
-        if (!text.starts_with("\xEF")) {
-            EXPECT_TRUE(readsBoth("1e400", text)) << text;
-            EXPECT_TRUE(readsBoth(text, "18446744073709551616")) << text;
-        }
     }
 }
 

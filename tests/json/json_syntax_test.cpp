@@ -20,6 +20,20 @@ bool accepts(std::string_view text) {
     return accepted;
 }
 
+/// The text beside a number that neither 64-bit integers nor doubles hold, which is read another
+/// way, on either side of it.
+bool acceptsBesideALargeNumber(const std::string& text) {
+    const auto reads = [](const std::string& first, const std::string& second) {
+        const std::string both = R"({"a":)" + first + R"(,"b":)" + second + "}";
+        return static_cast<bool>(JsonDocument::parse(both));
+    };
+    const bool accepted = reads("1e400", text);
+    EXPECT_EQ(reads(text, "1e400"), accepted) << text;
+    EXPECT_EQ(reads("18446744073709551616", text), accepted) << text;
+    EXPECT_EQ(reads(text, "18446744073709551616"), accepted) << text;
+    return accepted;
+}
+
 std::string nested(std::size_t depth) {
     return std::string(depth, '[') + std::string(depth, ']');
 }
@@ -30,7 +44,9 @@ TEST(JsonSyntaxTest, AcceptsEveryWellFormedText) {
     const auto texts = testing::wellFormedTexts();
     EXPECT_EQ(texts.size(), 129U);
     for (const std::string& text : texts) {
+        const bool hasByteOrderMark = text.starts_with("\xEF");
         EXPECT_TRUE(accepts(text)) << text;
+        EXPECT_EQ(acceptsBesideALargeNumber(text), !hasByteOrderMark) << text;
     }
 }
 
@@ -39,6 +55,7 @@ TEST(JsonSyntaxTest, RefusesEveryMalformedText) {
     EXPECT_EQ(texts.size(), 219U);
     for (const std::string& text : texts) {
         EXPECT_FALSE(accepts(text)) << text;
+        EXPECT_FALSE(acceptsBesideALargeNumber(text)) << text;
     }
 }
 
