@@ -1,34 +1,31 @@
 #include "service/Service.hpp"
 
+#include "service/routes/Guard.hpp"
 #include "service/routes/Routes.hpp"
+
+#include <stdexcept>
 
 namespace KeloService {
 
 Service::Service(const Settings& settings)
-    : store_(settings.database)
+    : database_(settings.database)
+    , uploadFolder_(settings.database)
+    , uploadTimes_{settings.uploadExpirySeconds, settings.processingSeconds}
     , server_(settings.address, settings.port,
-              makeServerContext(settings.certificate, settings.key), router_, log_, faults_)
-    , context_{store_,
-               log_,
-               faults_,
-               [this] { return server_.counts(); },
-               server_.mediaRate(),
-               server_.uploadRate(),
-               uploadTimes_,
+              makeServerContext(settings.certificate, settings.key), router_)
+    , context_{database_, uploadFolder_, server_, uploadTimes_,
                "https://localhost:" + std::to_string(server_.port())} {
-    server_.mediaRate().set(settings.mediaRate);
-    server_.uploadRate().set(settings.uploadRate);
-    uploadTimes_.expirySeconds = settings.uploadExpirySeconds;
-    uploadTimes_.processingSeconds = settings.processingSeconds;
+    server_.mediaRate() = settings.mediaRate;
+    server_.uploadRate() = settings.uploadRate;
     for (const auto& [username, key] : settings.sessions) {
-        const auto user = store_.users.findByName(username);
-        if (!user) {
-            throw SettingsError("--session names a user that does not exist: " + username);
+        const auto userId = findUser(database_, username);
+        if (!userId) {
+            throw std::runtime_error("--session names a user that does not exist: " + username);
         }
-        store_.sessions.add(user->userId, key);
+        addSession(database_, *userId, key);
     }
     if (!settings.faults.empty()) {
-        faults_.addFile(settings.faults);
+        server_.faults().addFile(settings.faults);
     }
     addAllRoutes(router_, context_);
 }

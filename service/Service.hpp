@@ -1,13 +1,11 @@
 #pragma once
 
-#include "service/http/FaultScript.hpp"
-#include "service/http/RequestLog.hpp"
 #include "service/http/Router.hpp"
 #include "service/http/Server.hpp"
 #include "service/routes/Context.hpp"
-#include "service/store/Store.hpp"
+#include "service/store/Database.hpp"
+#include "service/store/UploadFolder.hpp"
 
-#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -39,17 +37,10 @@ struct Settings {
     double processingSeconds = 2;
 };
 
-/// Settings that name something that does not exist.
-class SettingsError : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
-
 /// The whole stand-in. Listens once constructed, answers once started.
 class Service {
 public:
-    /// Throws CertificateError, DatabaseError, FaultScriptError, ListenError or SettingsError, each
-    /// with a text that says what is wrong.
+    /// Throws a std::runtime_error whose text says what is wrong.
     explicit Service(const Settings& settings);
 
     int port() const { return server_.port(); }
@@ -60,12 +51,11 @@ public:
     void stop() { server_.stop(); }
 
 private:
-    Store store_;
-    RequestLog log_;
-    FaultScript faults_;
+    Database database_;
+    UploadFolder uploadFolder_;
     Router router_;
-    Server server_;
     UploadTimes uploadTimes_;
+    Server server_;
     Context context_;
 };
 

@@ -1,24 +1,121 @@
-#include "service/Options.hpp"
 #include "service/seed/Seed.hpp"
 #include "service/Service.hpp"
 
+#include <CLI/CLI.hpp>
 #include <sys/prctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <exception>
 #include <filesystem>
 #include <iostream>
+#include <optional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace {
 
+using KeloService::developmentPassword;
+using KeloService::developmentSessionKey;
+using KeloService::developmentUser;
+using KeloService::highestByteRate;
+using KeloService::Service;
+using KeloService::Settings;
+
 constexpr int failure = 2;
 
-std::string ownFile() {
+struct Options {
+    Settings settings;
+    bool quiet = false;
+    bool exitWithParent = false;
+    /// What --help or --version asks to be printed instead of serving.
+    std::optional<std::string> information;
+};
+
+/// Beside the folder of the program lie the certificates that serve where none are given.
+std::string developmentFile(const std::string& name) {
     std::error_code error;
-    return std::filesystem::read_symlink("/proc/self/exe", error).string();
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+    return (program.parent_path().parent_path() / "certificates" / name).string();
+}
+
+std::string footer() {
+    return "The seeded user " + std::string(developmentUser) +
+           " is signed in with the session key " + std::string(developmentSessionKey) +
+           ".\nEvery seeded user's password is " + std::string(developmentPassword) +
+           ".\n\nExample:\n  kelo-service --port 0 --session theo.loops=my-own-key";
+}
+
+std::pair<std::string, std::string> parseSession(const std::string& text) {
+    const std::size_t separator = text.find('=');
+    if (separator == std::string::npos || separator == 0 || separator + 1 == text.size()) {
+        throw std::runtime_error("--session: " + text + " is not of the form USERNAME=KEY");
+    }
+    return {text.substr(0, separator), text.substr(separator + 1)};
+}
+
+/// What cannot be used throws, with one line that says why.
+Options parseOptions(int argc, const char* const* argv) {
+    Options options;
+    Settings& settings = options.settings;
+    std::vector<std::string> sessions;
+    CLI::App app("A stand-in of the service: an HTTPS server on this machine's loopback address.",
+                 "kelo-service");
+    app.footer(footer());
+    app.set_version_flag("--version", "kelo-service " KELO_SERVICE_VERSION);
+    app.add_option("--listen", settings.address, "Loopback address to listen on")
+        ->capture_default_str();
+    const auto addNumber = [&app](const char* name, auto& value, auto highest, const char* help) {
+        app.add_option(name, value, help)
+            ->check(CLI::Range(decltype(highest){0}, highest))
+            ->capture_default_str();
+    };
+    addNumber("--port", settings.port, 65535, "Port to listen on; 0 takes any free one");
+    app.add_option("--database", settings.database,
+                   "SQLite file to keep everything in; made and seeded when it does not exist")
+        ->capture_default_str();
+    auto* certificate = app.add_option("--certificate", settings.certificate,
+                                       "Certificate chain (PEM) to serve with");
+    auto* key = app.add_option("--key", settings.key, "Its key (PEM)");
+    certificate->needs(key);
+    key->needs(certificate);
+    app.add_option("--session", sessions, "USERNAME=KEY: a session to add; may be repeated")
+        ->allow_extra_args(false);
+    app.add_option("--faults", settings.faults, "JSON file of faults to begin with");
+    addNumber("--media-rate", settings.mediaRate, highestByteRate,
+              "Bytes per second that each file of media is sent with at most; 0 for no limit");
+    addNumber("--upload-rate", settings.uploadRate, highestByteRate,
+              "Bytes per second that each segment of an upload is read with at most");
+    addNumber("--upload-expiry", settings.uploadExpirySeconds, std::int64_t{1000000000},
+              "Seconds that an upload takes segments");
+    addNumber("--processing-time", settings.processingSeconds, 86400.0,
+              "Seconds that an uploaded video is processed");
+    app.add_flag("--quiet", options.quiet, "Print nothing but the address");
+    app.add_flag("--exit-with-parent", options.exitWithParent,
+                 "End when the process that started this one ends");
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp&) {
+        options.information = app.help();
+    } catch (const CLI::CallForVersion& version) {
+        options.information = std::string(version.what()) + "\n";
+    } catch (const CLI::ParseError& error) {
+        std::string line = error.what();
+        std::replace(line.begin(), line.end(), '\n', ' ');
+        throw std::runtime_error(line);
+    }
+    for (const std::string& session : sessions) {
+        settings.sessions.push_back(parseSession(session));
+    }
+    if (settings.certificate.empty()) {
+        settings.certificate = developmentFile("development-1.pem");
+        settings.key = developmentFile("development-1.key");
+    }
+    return options;
 }
 
 /// Blocks the signals that end the program in this thread and those it starts, so that they can be
@@ -42,13 +139,12 @@ void endWithParent(pid_t parent) {
     }
 }
 
-void printStart(const KeloService::Service& service, bool quiet) {
-    const std::string_view key = KeloService::developmentSessionKey;
+void printStart(const Service& service, bool quiet) {
+    const std::string_view key = developmentSessionKey;
     std::cout << "kelo-service: listening on " << service.url() << '\n';
     if (!quiet) {
-        std::cout << "The user " << KeloService::developmentUser
-                  << " is signed in with the session key " << key
-                  << " (password: " << KeloService::developmentPassword << ").\n"
+        std::cout << "The user " << developmentUser << " is signed in with the session key " << key
+                  << " (password: " << developmentPassword << ").\n"
                   << "Try: curl --insecure -H 'kelo-session-id: " << key << "' " << service.url()
                   << "/users/me\nStop with Ctrl-C.\n";
     }
@@ -57,7 +153,7 @@ void printStart(const KeloService::Service& service, bool quiet) {
 
 int run(int argc, char** argv) {
     const pid_t parent = getppid();
-    const KeloService::Options options = KeloService::parseOptions(argc, argv, ownFile());
+    const Options options = parseOptions(argc, argv);
     if (options.information) {
         std::cout << *options.information;
         return 0;
@@ -66,7 +162,7 @@ int run(int argc, char** argv) {
     if (options.exitWithParent) {
         endWithParent(parent);
     }
-    KeloService::Service service(options.settings);
+    Service service(options.settings);
     service.start();
     printStart(service, options.quiet);
     int signal = 0;

@@ -10,8 +10,8 @@ Answer jsonAnswer(const Json& document, int status) {
     return answer;
 }
 
-Answer dataAnswer(const Json& data, int status) {
-    return jsonAnswer(Json{{"data", data}}, status);
+Answer dataAnswer(const Json& data) {
+    return jsonAnswer({{"data", data}});
 }
 
 Answer errorAnswer(const ServiceError& error) {

@@ -26,35 +26,29 @@ struct Answer {
     int status = 200;
     std::string contentType = "application/json";
     std::string body;
-    /// In place of `body`.
+    /// In place of `body`, and sent no faster than the rate that is set for media.
     std::optional<AnswerStream> stream;
     std::vector<std::pair<std::string, std::string>> headers;
-    /// Whether the rate that is set for media holds for this answer.
-    bool atMediaRate = false;
 };
 
-/// Codes in the envelope's "code" key.
+/// Codes in the envelope's "code" key that are no HTTP statuses.
 namespace ErrorCode {
 inline constexpr int sessionRequired = 100;
 inline constexpr int wrongCredentials = 101;
 inline constexpr int sessionExpired = 103;
 inline constexpr int alreadyFollowing = 230;
 inline constexpr int notFollowing = 231;
-inline constexpr int badRequest = 400;
-inline constexpr int notFound = 404;
-inline constexpr int methodNotAllowed = 405;
-inline constexpr int conflict = 409;
-inline constexpr int gone = 410;
-inline constexpr int rangeNotSatisfiable = 416;
 inline constexpr int captchaRequired = 419;
-inline constexpr int internal = 500;
 } // namespace ErrorCode
 
 /// What a route throws to answer with an error envelope.
 class ServiceError : public std::runtime_error {
 public:
-    /// `data` becomes the envelope's "data" unless it is null.
-    ServiceError(int httpStatus, int errorCode, const std::string& message,
+    /// The HTTP status is the envelope's code, too.
+    ServiceError(int httpStatus, const std::string& message)
+        : ServiceError(httpStatus, message, httpStatus) {}
+    /// `errorData` becomes the envelope's "data" unless it is null.
+    ServiceError(int httpStatus, const std::string& message, int errorCode,
                  Json errorData = nullptr)
         : std::runtime_error(message)
         , status(httpStatus)
@@ -67,9 +61,9 @@ public:
 };
 
 /// A JSON document as it is, without the envelope.
-Answer jsonAnswer(const Json& document, int status = 200);
+Answer jsonAnswer(const Json& document = Json::object(), int status = 200);
 /// {"data": data}
-Answer dataAnswer(const Json& data, int status = 200);
+Answer dataAnswer(const Json& data = Json::object());
 /// {"error": ..., "code": ..., "data": ...}
 Answer errorAnswer(const ServiceError& error);
 

@@ -1,15 +1,16 @@
 #include "service/http/Connection.hpp"
 
 #include <algorithm>
-#include <utility>
 
 namespace KeloService {
 namespace {
 
+using Clock = std::chrono::steady_clock;
+using Kind = FaultAction::Kind;
+
 constexpr std::string_view interimAnswer = "HTTP/1.1 100";
-constexpr std::string_view endOfHead = "\r\n\r\n";
 constexpr std::uint64_t pieceBytes = std::uint64_t{128} << 10;
-/// A limited answer leaves in so many slices per second.
+/// A paced answer leaves in so many slices per second.
 constexpr std::int64_t slicesPerSecond = 20;
 
 } // namespace
@@ -28,58 +29,76 @@ Connection& Connection::of(const httplib::Request& request) {
     return *static_cast<Connection*>(SSL_get_app_data(request.ssl));
 }
 
-void Connection::countUse(std::uint64_t& counter) {
-    counter += used_ ? 0 : 1;
-    used_ = true;
+Request Connection::request() const {
+    Request request = parseHead(recorder_.head());
+    request.ranges = ranges_;
+    request.connection = number_;
+    return request;
 }
 
 void Connection::startRequest() {
-    recorder_.startRequest();
-    answer_ = AnsweredBy::nobody;
+    recorder_ = {};
+    ranges_.clear();
+    answer_ = AnsweredBy::Nobody;
     fault_.reset();
-    held_.clear();
+    heldHead_.clear();
+    heldRest_.clear();
     rest_.reset();
-    rate_ = nullptr;
-    inBody_ = false;
 }
 
-void Connection::arm(WireFault fault, std::function<void()> onFire) {
-    fault_ = std::move(fault);
-    onFire_ = std::move(onFire);
-}
-
-bool Connection::takeBody(std::size_t count, const SendRate& rate) {
-    if (fault_ && fault_->afterBodyBytes && recorder_.bodyBytes() > *fault_->afterBodyBytes) {
+bool Connection::takeBody(std::size_t count, const ByteRate& rate) {
+    if (fault_ && fault_->action.afterBodyBytes &&
+        recorder_.bodyBytes() > *fault_->action.afterBodyBytes) {
         fire();
         return false;
     }
-    waitForTurn(count, rate);
+    // What the client has sent before it left can be read at once.
+    pace(count, rate);
     return isOpen();
 }
 
-void Connection::waitForTurn(std::size_t count, const SendRate& rate) {
+bool Connection::pace(std::size_t count, const ByteRate& rate) {
     // Pieces are small: many pass before a wait is worth it, and a changed rate is seen soon.
     constexpr auto notWorthIt = std::chrono::milliseconds(20);
     constexpr auto longest = std::chrono::milliseconds(50);
-    using Clock = std::chrono::steady_clock;
-    bodyDue_ = std::max(bodyDue_, Clock::now() - notWorthIt);
+    due_ = std::max(due_, Clock::now() - notWorthIt);
     for (;;) {
-        const std::int64_t perSecond = rate.bytesPerSecond();
+        const std::int64_t perSecond = rate;
         if (perSecond == 0) {
-            return;
+            return true;
         }
         const std::chrono::duration<double> time(static_cast<double>(count) /
                                                  static_cast<double>(perSecond));
-        const auto due = bodyDue_ + std::chrono::duration_cast<Clock::duration>(time);
+        const auto due = due_ + std::chrono::duration_cast<Clock::duration>(time);
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(due - Clock::now());
         if (left <= notWorthIt) {
-            bodyDue_ = due;
-            return;
+            due_ = due;
+            return true;
         }
         if (!socket_.waitWhileConnected(std::min(left, longest))) {
-            return; // what the client has sent before it left can be read at once
+            return false;
         }
     }
+}
+
+bool Connection::sendPaced(std::string_view bytes) {
+    while (!bytes.empty()) {
+        const std::int64_t rate = *rate_;
+        const auto slice = bytes.substr(
+            0, rate == 0
+                   ? bytes.size()
+                   : static_cast<std::size_t>(std::max<std::int64_t>(rate / slicesPerSecond, 1)));
+        if (!pace(slice.size(), *rate_) || !socket_.write(slice)) {
+            return false;
+        }
+        bytes.remove_prefix(slice.size());
+    }
+    return isOpen();
+}
+
+void Connection::sendAfterHead(AnswerStream body, const ByteRate& rate) {
+    rest_ = std::move(body);
+    rate_ = &rate;
 }
 
 bool Connection::sendRest() {
@@ -87,10 +106,9 @@ bool Connection::sendRest() {
         return true;
     }
     for (std::uint64_t sent = 0; sent < rest_->bytes;) {
-        const std::string piece = rest_->read(
-            sent,
-            static_cast<std::size_t>(std::min<std::uint64_t>(rest_->bytes - sent, pieceBytes)));
-        if (piece.empty() || write(piece.data(), piece.size()) < 0) {
+        const std::string piece =
+            rest_->read(sent, std::min<std::uint64_t>(rest_->bytes - sent, pieceBytes));
+        if (piece.empty() || !(fault_ ? hold(heldRest_, piece) : sendPaced(piece))) {
             return false;
         }
         sent += piece.size();
@@ -118,95 +136,51 @@ ssize_t Connection::read(char* buffer, size_t size) {
 
 ssize_t Connection::write(const char* bytes, size_t size) {
     const std::string_view answer(bytes, size);
-    if (answer_ == AnsweredBy::nobody && !answer.starts_with(interimAnswer)) {
-        answer_ = AnsweredBy::engine;
+    if (answer_ == AnsweredBy::Nobody && !answer.starts_with(interimAnswer)) {
+        answer_ = AnsweredBy::Engine;
         beforeUnroutedAnswer_(*this);
     }
-    if (!isOpen()) {
-        return -1;
-    }
-    if (fault_) {
-        hold(answer);
-        return isOpen() ? static_cast<ssize_t>(size) : -1;
-    }
-    return send(answer) ? static_cast<ssize_t>(size) : -1;
+    const bool written = fault_ ? hold(heldHead_, answer) : socket_.write(answer);
+    return written ? static_cast<ssize_t>(size) : -1;
 }
 
-void Connection::hold(std::string_view bytes) {
+bool Connection::hold(std::string& part, std::string_view bytes) {
     // The bytes before the fault wait here, so that the fault is counted before a client can see
     // them, however short the answer turns out to be.
-    held_ += bytes;
-    if (fault_->kind != WireFault::Kind::Garbage && held_.size() > fault_->afterBytes) {
+    part += bytes;
+    if (fault_->action.kind != Kind::Garbage &&
+        heldHead_.size() + heldRest_.size() > fault_->action.afterBytes) {
         fire();
     }
+    return isOpen();
 }
 
 void Connection::fire() {
-    const WireFault fault = *std::exchange(fault_, std::nullopt);
-    onFire_();
-    if (fault.kind == WireFault::Kind::Garbage) {
-        socket_.write(fault.bytes);
+    const std::shared_ptr<Fault> fault = std::exchange(fault_, nullptr);
+    ++fault->fired;
+    const FaultAction& action = fault->action;
+    if (action.kind == Kind::Garbage) {
+        socket_.write(action.bytes);
         socket_.closeOrderly();
         return;
     }
-    send(std::string_view(held_).substr(0, fault.afterBytes));
-    switch (fault.kind) {
-    case WireFault::Kind::Stall:
+    const auto head = std::string_view(heldHead_).substr(0, action.afterBytes);
+    socket_.write(head);
+    sendPaced(std::string_view(heldRest_).substr(0, action.afterBytes - head.size()));
+    switch (action.kind) {
+    case Kind::Stall:
         socket_.waitWhileConnected(std::nullopt);
         socket_.closeAbruptly();
         break;
-    case WireFault::Kind::Reset:
+    case Kind::Reset:
         socket_.reset();
         break;
-    case WireFault::Kind::AbruptClose:
+    case Kind::AbruptClose:
         socket_.closeAbruptly();
         break;
     default:
         socket_.closeOrderly();
     }
-}
-
-bool Connection::send(std::string_view bytes) {
-    if (rate_ == nullptr) {
-        return socket_.write(bytes);
-    }
-    // The head leaves at once, so that a client knows what it waits for.
-    const std::size_t headEnd = inBody_ ? 0 : bytes.find(endOfHead);
-    if (headEnd == std::string_view::npos) {
-        return socket_.write(bytes);
-    }
-    const std::size_t headBytes = inBody_ ? 0 : headEnd + endOfHead.size();
-    inBody_ = true;
-    return socket_.write(bytes.substr(0, headBytes)) && sendSlowly(bytes.substr(headBytes));
-}
-
-bool Connection::sendSlowly(std::string_view bytes) {
-    while (!bytes.empty()) {
-        const std::int64_t rate = rate_->bytesPerSecond();
-        if (rate == 0) {
-            return socket_.write(bytes);
-        }
-        if (!waitUntilDue()) {
-            return false;
-        }
-        const auto slice = bytes.substr(
-            0, static_cast<std::size_t>(std::max<std::int64_t>(rate / slicesPerSecond, 1)));
-        if (!socket_.write(slice)) {
-            return false;
-        }
-        const std::chrono::duration<double> time(static_cast<double>(slice.size()) /
-                                                 static_cast<double>(rate));
-        due_ = std::chrono::steady_clock::now() +
-               std::chrono::duration_cast<std::chrono::steady_clock::duration>(time);
-        bytes.remove_prefix(slice.size());
-    }
-    return isOpen();
-}
-
-bool Connection::waitUntilDue() const {
-    const auto left = due_ - std::chrono::steady_clock::now();
-    const auto time = std::chrono::ceil<std::chrono::milliseconds>(left);
-    return time.count() <= 0 || socket_.waitWhileConnected(time);
 }
 
 void Connection::get_remote_ip_and_port(std::string& ip, int& port) const {
@@ -215,8 +189,7 @@ void Connection::get_remote_ip_and_port(std::string& ip, int& port) const {
 }
 
 void Connection::get_local_ip_and_port(std::string& ip, int& port) const {
-    ip = "loopback";
-    port = 0;
+    get_remote_ip_and_port(ip, port);
 }
 
 } // namespace KeloService

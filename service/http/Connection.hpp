@@ -1,20 +1,26 @@
 #pragma once
 
-#include "service/http/FaultAction.hpp"
-#include "service/http/RequestRecorder.hpp"
-#include "service/http/SendRate.hpp"
-#include "service/http/TlsSocket.hpp"
+#include "service/http/FaultScript.hpp"
+#include "service/http/Request.hpp"
+#include "service/http/Tls.hpp"
 
 #include <httplib.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 
 namespace KeloService {
+
+/// Bytes per second that an answer is sent or a segment is read with at most; 0 for as fast as
+/// possible. A change holds for what is under way, too.
+using ByteRate = std::atomic<std::int64_t>;
+inline constexpr std::int64_t highestByteRate = 1000000000;
 
 /// The stream that the HTTP engine reads requests from and writes answers to. It records what
 /// arrives, and lets a wire fault act at any byte of an answer.
@@ -28,29 +34,29 @@ public:
     /// The connection that serves the given request of the HTTP engine.
     static Connection& of(const httplib::Request& request);
 
-    std::uint64_t number() const { return number_; }
-    TlsSocket& socketWithTls() { return socket_; }
+    TlsSocket& tls() { return socket_; }
     const RequestRecorder& recorder() const { return recorder_; }
+    /// What has arrived of the request, without its body.
+    Request request() const;
     bool isOpen() const { return socket_.isOpen(); }
-
-    /// Adds one to the counter, the first time it is called.
-    void countUse(std::uint64_t& counter);
+    /// The ranges that the engine has read from the request's head.
+    void setRanges(const httplib::Ranges& ranges) { ranges_ = ranges; }
+    /// Notes that the connection carried a request of the service. True the first time.
+    bool use() { return !std::exchange(used_, true); }
 
     void startRequest();
     /// The request is understood and its answer comes from us.
-    void startAnswer() { answer_ = AnsweredBy::route; }
+    void startAnswer() { answer_ = AnsweredBy::Route; }
     /// Whether the engine answered by itself; where the next request begins is unknown then.
-    bool wasUnrouted() const { return answer_ == AnsweredBy::engine; }
-    /// Lets the fault act on the answer that comes next; `onFire` is called when it does.
-    void arm(WireFault fault, std::function<void()> onFire);
-    /// Sends the body of the answer that comes next no faster than this. `rate` must outlive the
-    /// answer.
-    void limit(const SendRate& rate) { rate_ = &rate; }
+    bool wasUnrouted() const { return answer_ == AnsweredBy::Engine; }
+    /// Lets the fault act on the bytes of the answer that comes next.
+    void arm(std::shared_ptr<Fault> fault) { fault_ = std::move(fault); }
     /// So many bytes of the request's body were read: lets a fault that waits for them act, and
     /// waits as long as the rate wants. False when the connection has ended.
-    bool takeBody(std::size_t count, const SendRate& rate);
-    /// The answer that comes next is a head, behind which this is to be sent.
-    void sendAfterHead(AnswerStream body) { rest_ = std::move(body); }
+    bool takeBody(std::size_t count, const ByteRate& rate);
+    /// The answer that comes next is a head, behind which this is to be sent, no faster than the
+    /// rate. The rate must outlive the answer.
+    void sendAfterHead(AnswerStream body, const ByteRate& rate);
     /// The engine has written its part: sends the rest, if there is one. False when it cannot be
     /// sent.
     bool sendRest();
@@ -66,32 +72,29 @@ public:
     socket_t socket() const override { return socket_.descriptor(); }
 
 private:
-    enum class AnsweredBy { nobody, route, engine };
+    enum class AnsweredBy { Nobody, Route, Engine };
 
-    void hold(std::string_view bytes);
+    bool hold(std::string& part, std::string_view bytes);
     void fire();
-    void waitForTurn(std::size_t count, const SendRate& rate);
-    /// Writes at the limit, if there is one.
-    bool send(std::string_view bytes);
-    bool sendSlowly(std::string_view bytes);
-    bool waitUntilDue() const;
+    bool sendPaced(std::string_view bytes);
+    /// Waits as long as so many bytes take at the rate. False when the client has left.
+    bool pace(std::size_t count, const ByteRate& rate);
 
     TlsSocket socket_;
     std::uint64_t number_;
     std::function<void(Connection&)> beforeUnroutedAnswer_;
     RequestRecorder recorder_;
-    AnsweredBy answer_ = AnsweredBy::nobody;
+    httplib::Ranges ranges_;
+    AnsweredBy answer_ = AnsweredBy::Nobody;
     bool used_ = false;
-    std::optional<WireFault> fault_;
-    std::function<void()> onFire_;
-    std::string held_;
+    std::shared_ptr<Fault> fault_;
+    /// What of the answer waits for the fault: what the engine wrote, and the rest behind it.
+    std::string heldHead_;
+    std::string heldRest_;
     std::optional<AnswerStream> rest_;
-    const SendRate* rate_ = nullptr;
-    bool inBody_ = false;
-    /// When the next bytes may leave. Kept between answers: short ones come no faster.
+    const ByteRate* rate_ = nullptr;
+    /// When the bytes paced so far are due. Kept between answers: short ones come no faster.
     std::chrono::steady_clock::time_point due_;
-    /// When the body's next bytes may be read.
-    std::chrono::steady_clock::time_point bodyDue_;
 };
 
 } // namespace KeloService

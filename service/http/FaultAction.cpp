@@ -1,125 +1,163 @@
-#include "service/http/FaultAction.hpp"
+#include "service/Encoding.hpp"
+#include "service/http/FaultScript.hpp"
 
-#include "service/http/Base64.hpp"
-
-#include <array>
-#include <string_view>
+#include <limits>
 
 namespace KeloService {
 namespace {
 
-[[noreturn]] void refuse(const std::string& what) {
-    throw FaultScriptError("action." + what);
-}
+using Kind = FaultAction::Kind;
 
-std::int64_t integer(const Json& action, const char* key, std::int64_t lowest,
-                     std::int64_t highest) {
-    const auto found = action.find(key);
-    if (found == action.end() || !found->is_number_integer() || *found < lowest ||
-        *found > highest) {
-        refuse(std::string(key) + " must be an integer from " + std::to_string(lowest) + " to " +
-               std::to_string(highest));
+/// The keys of an action. What is missing or wrong throws.
+class Keys {
+public:
+    explicit Keys(const Json& action)
+        : action_(action) {}
+
+    [[noreturn]] static void refuse(const std::string& what) {
+        throw FaultScriptError("action." + what);
     }
-    return found->get<std::int64_t>();
-}
-
-std::int64_t integerOr(const Json& action, const char* key, std::int64_t otherwise,
-                       std::int64_t lowest, std::int64_t highest) {
-    return action.contains(key) ? integer(action, key, lowest, highest) : otherwise;
-}
-
-std::string text(const Json& action, const char* key) {
-    const auto found = action.find(key);
-    if (found == action.end() || !found->is_string()) {
-        refuse(std::string(key) + " must be a text");
+    bool has(const char* key) const { return action_.contains(key); }
+    std::int64_t integer(const char* key, std::int64_t lowest, std::int64_t highest) const {
+        const Json value = action_.value(key, Json());
+        if (!value.is_number_integer() || value < lowest || value > highest) {
+            refuse(std::string(key) + " must be an integer from " + std::to_string(lowest) +
+                   " to " + std::to_string(highest));
+        }
+        return value.get<std::int64_t>();
     }
-    return found->get<std::string>();
-}
-
-std::string textOr(const Json& action, const char* key, const std::string& otherwise) {
-    return action.contains(key) ? text(action, key) : otherwise;
-}
-
-std::string bytes(const Json& action) {
-    const auto decoded = decodeBase64(text(action, "base64"));
-    if (!decoded) {
-        refuse("base64 is no base64 text");
+    int status(int lowest, int highest) const {
+        return static_cast<int>(integer("status", lowest, highest));
     }
-    return *decoded;
-}
+    int statusOr(int otherwise, int lowest = 200) const {
+        return has("status") ? status(lowest, lowest == 200 ? 599 : 399) : otherwise;
+    }
+    std::string text(const char* key) const {
+        const Json value = action_.value(key, Json());
+        if (!value.is_string()) {
+            refuse(std::string(key) + " must be a text");
+        }
+        return value.get<std::string>();
+    }
+    std::string textOr(const char* key, const std::string& otherwise) const {
+        return has(key) ? text(key) : otherwise;
+    }
+    std::string bytes() const {
+        const auto decoded = decodeBase64(text("base64"));
+        if (!decoded) {
+            refuse("base64 is no base64 text");
+        }
+        return *decoded;
+    }
+    bool isTrue(const char* key) const {
+        const Json value = action_.value(key, Json(false));
+        if (!value.is_boolean()) {
+            refuse(std::string(key) + " must be true or false");
+        }
+        return value.get<bool>();
+    }
+    Json any(const char* key) const { return action_.value(key, Json()); }
 
-int status(const Json& action, int otherwise) {
-    return static_cast<int>(integerOr(action, "status", otherwise, 200, 599));
-}
+private:
+    const Json& action_;
+};
 
-WireFault wireFault(const Json& action, WireFault::Kind kind) {
+FaultAction wireFault(const Keys& keys, Kind kind) {
     constexpr std::int64_t most = std::int64_t{1} << 40;
-    WireFault fault;
+    FaultAction fault;
     fault.kind = kind;
-    fault.afterBytes = static_cast<std::uint64_t>(integerOr(action, "afterBytes", 0, 0, most));
-    if (action.contains("afterBodyBytes")) {
-        fault.afterBodyBytes =
-            static_cast<std::uint64_t>(integer(action, "afterBodyBytes", 0, most));
+    if (keys.has("afterBytes")) {
+        fault.afterBytes = static_cast<std::uint64_t>(keys.integer("afterBytes", 0, most));
+    }
+    if (keys.has("afterBodyBytes")) {
+        fault.afterBodyBytes = static_cast<std::uint64_t>(keys.integer("afterBodyBytes", 0, most));
     }
     return fault;
 }
 
-WireFault closeFault(const Json& action) {
-    const auto abrupt = action.find("abrupt");
-    if (abrupt != action.end() && !abrupt->is_boolean()) {
-        refuse("abrupt must be true or false");
-    }
-    return wireFault(action, abrupt != action.end() && abrupt->get<bool>()
-                                 ? WireFault::Kind::AbruptClose
-                                 : WireFault::Kind::Close);
+FaultAction closeFault(const Keys& keys) {
+    return wireFault(keys, keys.isTrue("abrupt") ? Kind::AbruptClose : Kind::Close);
 }
 
-WireFault garbageFault(const Json& action) {
-    WireFault fault;
-    fault.kind = WireFault::Kind::Garbage;
-    if (action.contains("base64")) {
-        fault.bytes = bytes(action);
+FaultAction garbageFault(const Keys& keys) {
+    FaultAction fault;
+    fault.kind = Kind::Garbage;
+    if (keys.has("base64")) {
+        fault.bytes = keys.bytes();
         return fault;
     }
-    const auto count = integer(action, "bytes", 1, 1 << 24);
+    const auto count = keys.integer("bytes", 1, 1 << 24);
     for (std::int64_t i = 0; i < count; ++i) {
         fault.bytes += static_cast<char>(0x80 + (i * 37) % 128);
     }
     return fault;
 }
 
-AnswerFault statusFault(const Json& action) {
+Answer statusAnswer(const Keys& keys) {
     Answer answer;
-    answer.status = static_cast<int>(integer(action, "status", 200, 599));
-    answer.body = textOr(action, "body", "");
-    answer.contentType = textOr(action, "contentType", "text/plain");
-    return {answer};
+    answer.status = keys.status(200, 599);
+    answer.body = keys.textOr("body", "");
+    answer.contentType = keys.textOr("contentType", "text/plain");
+    return answer;
 }
 
-AnswerFault bodyFault(const Json& action) {
+Answer bodyAnswer(const Keys& keys) {
     Answer answer;
-    answer.status = status(action, 200);
-    answer.body = action.contains("base64") ? bytes(action) : text(action, "body");
-    answer.contentType = textOr(action, "contentType", "application/json");
-    return {answer};
+    answer.status = keys.statusOr(200);
+    answer.body = keys.has("base64") ? keys.bytes() : keys.text("body");
+    answer.contentType = keys.textOr("contentType", "application/json");
+    return answer;
 }
 
-AnswerFault errorFault(const Json& action) {
-    const int code = static_cast<int>(integer(action, "code", INT32_MIN, INT32_MAX));
+Answer envelopeAnswer(const Keys& keys) {
+    using Limits = std::numeric_limits<int>;
+    const int code = static_cast<int>(keys.integer("code", Limits::min(), Limits::max()));
     const int usual = code == ErrorCode::sessionRequired || code == ErrorCode::sessionExpired ? 401
                       : code == ErrorCode::captchaRequired                                    ? 403
                                                                                               : 400;
-    const Json data = action.contains("data") ? action.at("data") : Json(nullptr);
-    return {errorAnswer(ServiceError(status(action, usual), code,
-                                     textOr(action, "message", "A fault script says so"), data))};
+    return errorAnswer(ServiceError(keys.statusOr(usual),
+                                    keys.textOr("message", "A fault script says so"), code,
+                                    keys.any("data")));
 }
 
-AnswerFault redirectFault(const Json& action) {
+Answer redirectAnswer(const Keys& keys) {
     Answer answer;
-    answer.status = static_cast<int>(integerOr(action, "status", 302, 300, 399));
-    answer.headers.emplace_back("Location", text(action, "location"));
-    return {answer};
+    answer.status = keys.statusOr(302, 300);
+    answer.headers.emplace_back("Location", keys.text("location"));
+    return answer;
 }
+
+FaultAction delayFault(const Keys& keys) {
+    FaultAction fault;
+    fault.kind = Kind::Delay;
+    fault.delay = std::chrono::milliseconds(keys.integer("milliseconds", 0, 600000));
+    return fault;
+}
+
+struct Type {
+    const char* name;
+    FaultAction (*parse)(const Keys& keys);
+};
+
+template <Answer (*make)(const Keys&)>
+FaultAction answering(const Keys& keys) {
+    FaultAction fault;
+    fault.kind = Kind::Answer;
+    fault.answer = make(keys);
+    return fault;
+}
+
+constexpr Type types[] = {
+    {"stall", [](const Keys& keys) { return wireFault(keys, Kind::Stall); }},
+    {"reset", [](const Keys& keys) { return wireFault(keys, Kind::Reset); }},
+    {"close", closeFault},
+    {"garbage", garbageFault},
+    {"status", answering<statusAnswer>},
+    {"body", answering<bodyAnswer>},
+    {"error", answering<envelopeAnswer>},
+    {"redirect", answering<redirectAnswer>},
+    {"delay", delayFault},
+};
 
 } // namespace
 
@@ -127,35 +165,14 @@ FaultAction parseFaultAction(const Json& action) {
     if (!action.is_object()) {
         throw FaultScriptError("action must be an object");
     }
-    const std::string type = text(action, "type");
-    if (type == "stall") {
-        return wireFault(action, WireFault::Kind::Stall);
+    const Keys keys(action);
+    const std::string name = keys.text("type");
+    for (const Type& type : types) {
+        if (name == type.name) {
+            return type.parse(keys);
+        }
     }
-    if (type == "reset") {
-        return wireFault(action, WireFault::Kind::Reset);
-    }
-    if (type == "close") {
-        return closeFault(action);
-    }
-    if (type == "garbage") {
-        return garbageFault(action);
-    }
-    if (type == "status") {
-        return statusFault(action);
-    }
-    if (type == "body") {
-        return bodyFault(action);
-    }
-    if (type == "error") {
-        return errorFault(action);
-    }
-    if (type == "redirect") {
-        return redirectFault(action);
-    }
-    if (type == "delay") {
-        return DelayFault{std::chrono::milliseconds(integer(action, "milliseconds", 0, 600000))};
-    }
-    refuse("type " + type + " is not known");
+    Keys::refuse("type " + name + " is not known");
 }
 
 } // namespace KeloService

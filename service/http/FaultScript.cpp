@@ -1,57 +1,48 @@
 #include "service/http/FaultScript.hpp"
 
-#include <algorithm>
 #include <fstream>
 #include <iterator>
 
 namespace KeloService {
-
-struct FaultScript::Fault {
-    int id = 0;
-    Json source;
-    std::string method;
-    std::string path;
-    /// How many requests it applies to; 0 means all.
-    int times = 1;
-    int skip = 0;
-    FaultAction action;
-    int skipped = 0;
-    int taken = 0;
-    int fired = 0;
-
-    bool matches(const Request& request) const {
-        if (!method.empty() && method != request.method) {
-            return false;
-        }
-        if (path.ends_with('*')) {
-            return request.path().starts_with(std::string_view(path).substr(0, path.size() - 1));
-        }
-        return path.empty() || path == request.path();
-    }
-};
-
 namespace {
 
-std::string optionalText(const Json& object, const char* key) {
-    const auto found = object.find(key);
-    if (found == object.end()) {
-        return {};
-    }
-    if (!found->is_string()) {
+std::string optionalText(const Json& match, const char* key) {
+    const Json value = match.value(key, Json(""));
+    if (!value.is_string()) {
         throw FaultScriptError(std::string("match.") + key + " must be a text");
     }
-    return found->get<std::string>();
+    return value.get<std::string>();
 }
 
-int optionalCount(const Json& object, const char* key, int otherwise) {
-    const auto found = object.find(key);
-    if (found == object.end()) {
-        return otherwise;
-    }
-    if (!found->is_number_integer() || *found < 0 || *found > 1000000000) {
+int optionalCount(const Json& fault, const char* key, int otherwise) {
+    const Json value = fault.value(key, Json(otherwise));
+    if (!value.is_number_integer() || value < 0 || value > 1000000000) {
         throw FaultScriptError(std::string(key) + " must be an integer, 0 or more");
     }
-    return found->get<int>();
+    return value.get<int>();
+}
+
+std::shared_ptr<Fault> parseFault(const Json& source) {
+    if (!source.is_object()) {
+        throw FaultScriptError("must be an object");
+    }
+    for (const auto& [key, value] : source.items()) {
+        if (key != "match" && key != "times" && key != "skip" && key != "action") {
+            throw FaultScriptError("key " + key + " is not known");
+        }
+    }
+    const Json match = source.value("match", Json::object());
+    if (!match.is_object()) {
+        throw FaultScriptError("match must be an object");
+    }
+    auto fault = std::make_shared<Fault>();
+    fault->source = source;
+    fault->method = optionalText(match, "method");
+    fault->path = optionalText(match, "path");
+    fault->times = optionalCount(source, "times", 1);
+    fault->skip = optionalCount(source, "skip", 0);
+    fault->action = parseFaultAction(source.value("action", Json()));
+    return fault;
 }
 
 std::string readFile(const std::string& file) {
@@ -71,47 +62,25 @@ std::string readFile(const std::string& file) {
 
 } // namespace
 
-const FaultAction& FaultScript::Taken::action() const {
-    return fault_->action;
-}
-
-void FaultScript::Taken::countFired() const {
-    const std::lock_guard lock(script_->mutex_);
-    ++fault_->fired;
-}
-
-std::shared_ptr<FaultScript::Fault> FaultScript::parse(const Json& source) {
-    if (!source.is_object()) {
-        throw FaultScriptError("must be an object");
+bool Fault::matches(const Request& request) const {
+    if (!method.empty() && method != request.method) {
+        return false;
     }
-    for (const auto& [key, value] : source.items()) {
-        if (key != "match" && key != "times" && key != "skip" && key != "action") {
-            throw FaultScriptError("key " + key + " is not known");
-        }
+    if (path.ends_with('*')) {
+        return request.path().starts_with(std::string_view(path).substr(0, path.size() - 1));
     }
-    auto fault = std::make_shared<Fault>();
-    fault->source = source;
-    if (const auto match = source.find("match"); match != source.end()) {
-        if (!match->is_object()) {
-            throw FaultScriptError("match must be an object");
-        }
-        fault->method = optionalText(*match, "method");
-        fault->path = optionalText(*match, "path");
-    }
-    fault->times = optionalCount(source, "times", 1);
-    fault->skip = optionalCount(source, "skip", 0);
-    fault->action = parseFaultAction(source.contains("action") ? source.at("action") : Json());
-    return fault;
+    return path.empty() || path == request.path();
 }
 
 std::vector<int> FaultScript::add(const Json& faultOrList) {
     const Json list = faultOrList.is_array() ? faultOrList : Json::array({faultOrList});
     std::vector<std::shared_ptr<Fault>> parsed;
-    for (std::size_t i = 0; i < list.size(); ++i) {
+    for (const Json& fault : list) {
         try {
-            parsed.push_back(parse(list[i]));
+            parsed.push_back(parseFault(fault));
         } catch (const FaultScriptError& error) {
-            throw FaultScriptError("fault " + std::to_string(i + 1) + ": " + error.what());
+            throw FaultScriptError("fault " + std::to_string(parsed.size() + 1) + ": " +
+                                   error.what());
         }
     }
     std::vector<int> ids;
@@ -136,9 +105,9 @@ void FaultScript::addFile(const std::string& file) {
     }
 }
 
-std::optional<FaultScript::Taken> FaultScript::take(const Request& request) {
+std::shared_ptr<Fault> FaultScript::take(const Request& request) {
     if (request.isControl()) {
-        return std::nullopt;
+        return nullptr;
     }
     const std::lock_guard lock(mutex_);
     for (const auto& fault : faults_) {
@@ -150,9 +119,9 @@ std::optional<FaultScript::Taken> FaultScript::take(const Request& request) {
             continue;
         }
         ++fault->taken;
-        return Taken(*this, fault);
+        return fault;
     }
-    return std::nullopt;
+    return nullptr;
 }
 
 Json FaultScript::list() const {
@@ -163,7 +132,7 @@ Json FaultScript::list() const {
         entry.update(fault->source);
         entry["skipped"] = fault->skipped;
         entry["taken"] = fault->taken;
-        entry["fired"] = fault->fired;
+        entry["fired"] = fault->fired.load();
         list.push_back(entry);
     }
     return list;

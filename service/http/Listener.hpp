@@ -1,21 +1,14 @@
 #pragma once
 
-#include <stdexcept>
 #include <string>
 
 namespace KeloService {
-
-/// An address or port that cannot be listened on; the text says why.
-class ListenError : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
 
 /// A listening TCP socket on a loopback address.
 class Listener {
 public:
     /// `address` is "localhost" or a loopback address of IPv4 or IPv6; port 0 takes any free one.
-    /// Throws ListenError.
+    /// Throws a std::runtime_error that says why it cannot listen.
     Listener(const std::string& address, int port);
     ~Listener();
     Listener(const Listener&) = delete;
@@ -29,7 +22,6 @@ public:
 
 private:
     int socket_ = -1;
-    int stopped_ = -1;
     int port_ = 0;
 };
 

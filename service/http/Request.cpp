@@ -2,7 +2,7 @@
 
 #include <strings.h>
 
-#include <charconv>
+#include <algorithm>
 
 namespace KeloService {
 namespace {
@@ -22,12 +22,7 @@ std::string_view trimmed(std::string_view text) {
     return text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
 }
 
-bool equalIgnoringCase(std::string_view left, std::string_view right) {
-    return left.size() == right.size() && strncasecmp(left.data(), right.data(), left.size()) == 0;
-}
-
-} // namespace
-
+/// `plusIsBlank` as in query strings. Broken escapes stay as they are.
 std::string percentDecode(std::string_view text, bool plusIsBlank) {
     std::string decoded;
     decoded.reserve(text.size());
@@ -45,19 +40,21 @@ std::string percentDecode(std::string_view text, bool plusIsBlank) {
     return decoded;
 }
 
+} // namespace
+
 std::string_view Request::path() const {
     return std::string_view(target).substr(0, target.find('?'));
 }
 
 std::string_view Request::rawQuery() const {
-    const std::size_t mark = target.find('?');
-    return mark == std::string::npos ? std::string_view()
-                                     : std::string_view(target).substr(mark + 1);
+    std::string_view rest = target;
+    untilSeparator(rest, '?');
+    return rest;
 }
 
 std::optional<std::string> Request::header(std::string_view name) const {
     for (const auto& [key, value] : headers) {
-        if (equalIgnoringCase(key, name)) {
+        if (key.size() == name.size() && strncasecmp(key.data(), name.data(), name.size()) == 0) {
             return value;
         }
     }
@@ -77,19 +74,14 @@ std::optional<std::string> Request::parameter(std::string_view name) const {
 
 std::vector<std::string> Request::segments() const {
     std::vector<std::string> found;
-    std::string_view whole = path();
-    if (!whole.starts_with('/')) {
-        return found;
+    std::string_view rest = path();
+    while (rest.starts_with('/')) {
+        rest.remove_prefix(1);
+        const std::string_view segment = rest.substr(0, rest.find('/'));
+        found.push_back(percentDecode(segment, false));
+        rest.remove_prefix(segment.size());
     }
-    whole.remove_prefix(1);
-    for (;;) {
-        const std::size_t end = whole.find('/');
-        found.push_back(percentDecode(whole.substr(0, end), false));
-        if (end == std::string_view::npos) {
-            return found;
-        }
-        whole.remove_prefix(end + 1);
-    }
+    return found;
 }
 
 bool Request::isControl() const {
@@ -110,6 +102,43 @@ Request parseHead(std::string_view head) {
         request.headers.emplace_back(name, trimmed(field));
     }
     return request;
+}
+
+bool RequestBody::read(const Take& take) {
+    const Source source = std::exchange(source_, nullptr);
+    bool taken = true;
+    // What is not taken comes all the same, so that the next request is found behind it.
+    const bool isWhole = !source || source([&](std::string_view bytes) {
+        taken = taken && take(bytes);
+        return true;
+    });
+    return taken && isWhole;
+}
+
+std::size_t RequestRecorder::mayRead(std::size_t wanted) const {
+    if (!headComplete_) {
+        return std::min<std::size_t>(wanted, 1);
+    }
+    if (chunked_) {
+        return wanted;
+    }
+    return std::min<std::uint64_t>(wanted, announcedBytes_ - std::min(announcedBytes_, bodyBytes_));
+}
+
+void RequestRecorder::record(std::string_view bytes) {
+    if (headComplete_) {
+        bodyBytes_ += bytes.size();
+        body_ += bytes.substr(0, keptBodyBytes - std::min(keptBodyBytes, body_.size()));
+        return;
+    }
+    head_ += bytes;
+    headComplete_ = head_.ends_with("\r\n\r\n");
+    if (headComplete_) {
+        const Request request = parseHead(head_);
+        chunked_ = request.header("Transfer-Encoding").has_value();
+        const std::string length = request.header("Content-Length").value_or("");
+        std::from_chars(length.data(), length.data() + length.size(), announcedBytes_);
+    }
 }
 
 } // namespace KeloService

@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <deque>
 #include <mutex>
-#include <optional>
 #include <string>
 
 namespace KeloService {
@@ -19,25 +18,15 @@ public:
 
     /// `request.body` is the body's first bytes; `bodyBytes` its whole length, and `bodySha256` its
     /// hash where it was taken as it arrived.
-    void add(const Request& request, std::uint64_t bodyBytes,
-             std::optional<std::string> bodySha256 = std::nullopt);
+    void add(const Request& request, std::uint64_t bodyBytes, const std::string& bodySha256 = "");
     /// The entries with a number greater than `since`, and the last number given so far.
     Json list(std::uint64_t since) const;
     /// Forgets the entries; numbers go on.
     void clear();
 
 private:
-    struct Entry {
-        std::uint64_t number;
-        std::string receivedAt;
-        Request request;
-        std::uint64_t bodyBytes;
-        std::optional<std::string> bodySha256;
-    };
-    static Json describe(const Entry& entry);
-
     mutable std::mutex mutex_;
-    std::deque<Entry> entries_;
+    std::deque<Json> entries_;
     std::uint64_t last_ = 0;
 };
 

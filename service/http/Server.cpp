@@ -1,7 +1,6 @@
 #include "service/http/Server.hpp"
 
-#include "service/http/Connection.hpp"
-#include "service/http/Sha256.hpp"
+#include "service/Encoding.hpp"
 
 #include <unistd.h>
 
@@ -19,18 +18,9 @@ constexpr std::time_t announcedKeepAliveSeconds = 75;
 /// What the log keeps of a body that a route takes as it arrives.
 constexpr std::size_t keptStreamBytes = std::size_t{64} << 10;
 
-Request requestOf(const Connection& connection) {
-    Request request = parseHead(connection.recorder().head());
-    request.connection = connection.number();
-    return request;
-}
-
 /// Makes the engine's answer of a route's.
-void fill(httplib::Response& response, const Request& request, const Answer& answer,
-          Connection& connection, const SendRate& mediaRate) {
-    if (answer.atMediaRate) {
-        connection.limit(mediaRate);
-    }
+void fill(httplib::Response& response, const Answer& answer, Connection& connection,
+          const ByteRate& mediaRate) {
     response.status = answer.status;
     for (const auto& [name, value] : answer.headers) {
         response.set_header(name, value);
@@ -42,8 +32,8 @@ void fill(httplib::Response& response, const Request& request, const Answer& ans
     // The engine's own way for such bodies gives up at once: it has no socket that listens.
     response.set_header("Content-Type", answer.contentType);
     response.set_header("Content-Length", std::to_string(answer.stream->bytes));
-    if (request.method != "HEAD") {
-        connection.sendAfterHead(*answer.stream);
+    if (connection.request().method != "HEAD") {
+        connection.sendAfterHead(*answer.stream, mediaRate);
     }
 }
 
@@ -63,16 +53,30 @@ void narrowEncodings(httplib::Headers& headers) {
 /// The HTTP library's parser and writer, without its own sockets, threads and routing.
 class HttpEngine : public httplib::Server {
 public:
-    HttpEngine(const Handler& handler, const HandlerWithContentReader& streamHandler,
-               const Router& router)
-        : router_(router) {
-        Get("/", handler);
-        Post("/", handler);
-        Put("/", handler);
-        Patch("/", handler);
-        Delete("/", handler);
-        Options("/", handler);
-        Put("/stream", streamHandler);
+    explicit HttpEngine(KeloService::Server& server)
+        : server_(server) {
+        const Handler held = [&server](const httplib::Request& request,
+                                       httplib::Response& response) {
+            Connection& connection = Connection::of(request);
+            fill(response, server.answerHeld(connection, request.body), connection,
+                 server.mediaRate());
+        };
+        Get("/", held);
+        Post("/", held);
+        Put("/", held);
+        Patch("/", held);
+        Delete("/", held);
+        Options("/", held);
+        Put("/stream", [&server](const httplib::Request& request, httplib::Response& response,
+                                 const httplib::ContentReader& reader) {
+            Connection& connection = Connection::of(request);
+            const auto source = [&reader](const RequestBody::Take& take) {
+                return reader([&take](const char* bytes, std::size_t count) {
+                    return take({bytes, count});
+                });
+            };
+            fill(response, server.answerStream(connection, source), connection, server.mediaRate());
+        });
         set_keep_alive_max_count(mostRequestsPerConnection);
         set_keep_alive_timeout(announcedKeepAliveSeconds);
     }
@@ -82,14 +86,15 @@ public:
         bool asked = false;
         const bool served =
             process_request(connection, false, asked, [&](httplib::Request& request) {
-                request.ssl = connection.socketWithTls().ssl();
+                request.ssl = connection.tls().ssl();
                 // Routing happens on the target as it was sent; the library's own routing, which
                 // would match regular expressions against it, shall see the paths it knows.
-                request.path = takesStream(connection, request.method) ? "/stream" : "/";
+                request.path = server_.router_.takesStream(connection.request()) ? "/stream" : "/";
                 // Nor shall it take forms apart, or limit their size: bodies are the routes'
                 // matter.
                 request.headers.erase("Content-Type");
                 // Ranges are the routes' matter, too.
+                connection.setRanges(request.ranges);
                 request.ranges.clear();
                 narrowEncodings(request.headers);
             });
@@ -97,40 +102,14 @@ public:
     }
 
 private:
-    bool takesStream(const Connection& connection, const std::string& method) const {
-        return method == "PUT" && router_.takesStream(parseHead(connection.recorder().head()));
-    }
-
-    const Router& router_;
+    KeloService::Server& server_;
 };
 
-Server::Server(const std::string& address, int port, SslContext context, const Router& router,
-               RequestLog& log, FaultScript& faults)
+Server::Server(const std::string& address, int port, SslContext context, const Router& router)
     : listener_(address, port)
     , context_(std::move(context))
     , router_(router)
-    , log_(log)
-    , faults_(faults)
-    , engine_(std::make_unique<HttpEngine>(
-          [this](const httplib::Request& engineRequest, httplib::Response& response) {
-              Connection& connection = Connection::of(engineRequest);
-              Request request = requestOf(connection);
-              request.body = engineRequest.body;
-              fill(response, request, answer(connection, request), connection, mediaRate_);
-          },
-          [this](const httplib::Request& engineRequest, httplib::Response& response,
-                 const httplib::ContentReader& reader) {
-              Connection& connection = Connection::of(engineRequest);
-              const auto source = [&reader](const RequestBody::Take& take) {
-                  return reader([&take](const char* bytes, std::size_t count) {
-                      return take({bytes, count});
-                  });
-              };
-              const Request request = requestOf(connection);
-              fill(response, request, answerStream(connection, request, source), connection,
-                   mediaRate_);
-          },
-          router)) {}
+    , engine_(std::make_unique<HttpEngine>(*this)) {}
 
 Server::~Server() {
     stop();
@@ -152,7 +131,7 @@ void Server::stop() {
         const std::lock_guard lock(mutex_);
         for (const Served& served : served_) {
             if (served.connection) {
-                served.connection->socketWithTls().wake();
+                served.connection->tls().wake();
             }
         }
     }
@@ -163,11 +142,6 @@ void Server::stop() {
     served_.clear();
 }
 
-ConnectionCounts Server::counts() const {
-    const std::lock_guard lock(mutex_);
-    return counts_;
-}
-
 void Server::acceptLoop() {
     for (int descriptor = listener_.accept(); descriptor >= 0; descriptor = listener_.accept()) {
         joinFinished();
@@ -176,27 +150,24 @@ void Server::acceptLoop() {
 }
 
 void Server::startServing(int descriptor) {
-    const std::lock_guard lock(mutex_);
-    ++counts_.accepted;
+    const std::uint64_t number = ++counts_.accepted;
     if (counts_.open == mostOpenConnections) {
         ::close(descriptor);
         return;
     }
     ++counts_.open;
+    const std::lock_guard lock(mutex_);
     Served& served = served_.emplace_back();
     served.connection =
-        std::make_unique<Connection>(descriptor, context_.get(), counts_.accepted,
+        std::make_unique<Connection>(descriptor, context_.get(), number,
                                      [this](Connection& connection) { logUnrouted(connection); });
     served.thread = std::thread([this, &served] { serve(served); });
 }
 
 void Server::serve(Served& served) {
     Connection& connection = *served.connection;
-    if (connection.socketWithTls().handshake()) {
-        {
-            const std::lock_guard lock(mutex_);
-            ++counts_.secured;
-        }
+    if (connection.tls().handshake()) {
+        ++counts_.secured;
         bool more = true;
         while (more && !stopping_) {
             connection.startRequest();
@@ -205,89 +176,86 @@ void Server::serve(Served& served) {
             connection.finishAnswer();
             more = more && connection.isOpen() && !connection.wasUnrouted();
         }
-        connection.socketWithTls().closeOrderly();
+        connection.tls().closeOrderly();
     }
     const std::lock_guard lock(mutex_);
-    --counts_.open;
     served.connection.reset();
+    --counts_.open;
     served.done = true;
 }
 
 void Server::joinFinished() {
-    std::list<Served> finished;
-    {
-        const std::lock_guard lock(mutex_);
-        for (auto at = served_.begin(); at != served_.end();) {
-            const auto next = std::next(at);
-            if (at->done) {
-                finished.splice(finished.end(), served_, at);
-            }
-            at = next;
+    const std::lock_guard lock(mutex_);
+    std::erase_if(served_, [](Served& served) {
+        const bool done = served.done;
+        if (done) {
+            served.thread.join();
         }
-    }
-    for (Served& served : finished) {
-        served.thread.join();
-    }
+        return done;
+    });
 }
 
 void Server::countUse(Connection& connection) {
-    const std::lock_guard lock(mutex_);
-    connection.countUse(counts_.used);
+    if (connection.use()) {
+        ++counts_.used;
+    }
 }
 
-Answer Server::answer(Connection& connection, const Request& request) {
+Answer Server::answerHeld(Connection& connection, const std::string& body) {
     connection.startAnswer();
+    Request request = connection.request();
     if (!request.isControl()) {
-        Request logged = request;
         const RequestRecorder& recorder = connection.recorder();
         // The engine has undone the chunks; everything else is logged as it was on the wire.
-        logged.body = recorder.isChunked() ? request.body.substr(0, RequestRecorder::keptBodyBytes)
-                                           : recorder.body();
-        log_.add(logged, recorder.isChunked() ? request.body.size() : recorder.bodyBytes());
+        request.body =
+            recorder.isChunked() ? body.substr(0, RequestRecorder::keptBodyBytes) : recorder.body();
+        log_.add(request, recorder.isChunked() ? body.size() : recorder.bodyBytes());
         countUse(connection);
     }
-    RequestBody none([](const RequestBody::Take&) { return true; });
+    request.body = body;
+    RequestBody none;
     return answer(connection, request, none);
 }
 
-Answer Server::answerStream(Connection& connection, Request request,
-                            const RequestBody::Source& source) {
+Answer Server::answerStream(Connection& connection, const RequestBody::Source& source) {
     connection.startAnswer();
     countUse(connection);
+    const Request request = connection.request();
+    Request logged = request;
     std::uint64_t bodyBytes = 0;
     Sha256 hash;
     RequestBody body([&](const RequestBody::Take& take) {
         return source([&](std::string_view bytes) {
             bodyBytes += bytes.size();
             hash.add(bytes);
-            request.body +=
-                bytes.substr(0, keptStreamBytes - std::min(keptStreamBytes, request.body.size()));
+            logged.body +=
+                bytes.substr(0, keptStreamBytes - std::min(keptStreamBytes, logged.body.size()));
             return connection.takeBody(bytes.size(), uploadRate_) && take(bytes);
         });
     });
-    // The route shall not mistake the first bytes for all.
-    Request withoutBody = request;
-    Answer answer = this->answer(connection, withoutBody, body);
-    body.skip();
-    log_.add(request, bodyBytes, hash.text());
+    Answer answer = this->answer(connection, request, body);
+    // What no route wanted goes, so that the next request is found behind it.
+    body.read([](std::string_view) { return true; });
+    log_.add(logged, bodyBytes, hash.text());
     return answer;
 }
 
 Answer Server::answer(Connection& connection, const Request& request, RequestBody& body) {
-    const auto taken = faults_.take(request);
-    if (!taken) {
+    const std::shared_ptr<Fault> fault = faults_.take(request);
+    if (!fault) {
         return router_.answer(request, body);
     }
-    if (const auto* fault = std::get_if<AnswerFault>(&taken->action())) {
-        taken->countFired();
-        return fault->answer;
+    const FaultAction& action = fault->action;
+    if (action.kind == FaultAction::Kind::Answer) {
+        ++fault->fired;
+        return action.answer;
     }
-    if (const auto* fault = std::get_if<DelayFault>(&taken->action())) {
-        taken->countFired();
-        connection.socketWithTls().waitWhileConnected(fault->time);
+    if (action.kind == FaultAction::Kind::Delay) {
+        ++fault->fired;
+        connection.tls().waitWhileConnected(action.delay);
         return router_.answer(request, body);
     }
-    connection.arm(std::get<WireFault>(taken->action()), [fault = *taken] { fault.countFired(); });
+    connection.arm(fault);
     if (!request.body.empty() && !connection.takeBody(0, uploadRate_)) {
         return {};
     }
@@ -295,12 +263,9 @@ Answer Server::answer(Connection& connection, const Request& request, RequestBod
 }
 
 void Server::logUnrouted(Connection& connection) {
-    if (connection.recorder().isEmpty()) {
-        return;
+    if (!connection.recorder().head().empty()) {
+        log_.add(connection.request(), connection.recorder().bodyBytes());
     }
-    Request request = parseHead(connection.recorder().head());
-    request.connection = connection.number();
-    log_.add(request, connection.recorder().bodyBytes());
 }
 
 } // namespace KeloService

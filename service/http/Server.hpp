@@ -1,11 +1,11 @@
 #pragma once
 
+#include "service/http/Connection.hpp"
 #include "service/http/FaultScript.hpp"
 #include "service/http/Listener.hpp"
 #include "service/http/RequestLog.hpp"
 #include "service/http/Router.hpp"
-#include "service/http/SendRate.hpp"
-#include "service/http/TlsContext.hpp"
+#include "service/http/Tls.hpp"
 
 #include <atomic>
 #include <cstdint>
@@ -17,27 +17,25 @@
 
 namespace KeloService {
 
-class Connection;
 class HttpEngine;
 
 /// Counters of TCP connections since the start.
 struct ConnectionCounts {
-    std::uint64_t accepted = 0;
+    std::atomic<std::uint64_t> accepted = 0;
     /// Those whose TLS handshake succeeded.
-    std::uint64_t secured = 0;
+    std::atomic<std::uint64_t> secured = 0;
     /// Those that carried at least one request that is no control request.
-    std::uint64_t used = 0;
+    std::atomic<std::uint64_t> used = 0;
     /// Those that are open now.
-    std::uint64_t open = 0;
+    std::atomic<std::uint64_t> open = 0;
 };
 
 /// The HTTPS server: one thread per connection, requests logged, faults applied, answers from the
 /// router.
 class Server {
 public:
-    /// Everything referred to must outlive the server. Throws ListenError.
-    Server(const std::string& address, int port, SslContext context, const Router& router,
-           RequestLog& log, FaultScript& faults);
+    /// The router must outlive the server. Throws a std::runtime_error where it cannot listen.
+    Server(const std::string& address, int port, SslContext context, const Router& router);
     /// Stops first, when `stop` was not called.
     ~Server();
     Server(const Server&) = delete;
@@ -47,13 +45,17 @@ public:
     void start();
     /// Ends all connections, stalled ones too, and waits until their threads are gone.
     void stop();
-    ConnectionCounts counts() const;
-    /// The limit for answers that ask for it; none at first.
-    SendRate& mediaRate() { return mediaRate_; }
+
+    const ConnectionCounts& counts() const { return counts_; }
+    RequestLog& log() { return log_; }
+    FaultScript& faults() { return faults_; }
+    /// The limit for bodies that are streamed out; none at first.
+    ByteRate& mediaRate() { return mediaRate_; }
     /// The limit at which bodies are read that routes take as they arrive; none at first.
-    SendRate& uploadRate() { return uploadRate_; }
+    ByteRate& uploadRate() { return uploadRate_; }
 
 private:
+    friend class HttpEngine;
     struct Served {
         std::unique_ptr<Connection> connection;
         std::atomic<bool> done = false;
@@ -65,22 +67,23 @@ private:
     void serve(Served& served);
     void joinFinished();
     void countUse(Connection& connection);
-    Answer answer(Connection& connection, const Request& request);
+    Answer answerHeld(Connection& connection, const std::string& body);
+    Answer answerStream(Connection& connection, const RequestBody::Source& source);
+    /// The route's answer, or what a fault makes of it.
     Answer answer(Connection& connection, const Request& request, RequestBody& body);
-    Answer answerStream(Connection& connection, Request request, const RequestBody::Source& source);
     void logUnrouted(Connection& connection);
 
     Listener listener_;
     SslContext context_;
     const Router& router_;
-    RequestLog& log_;
-    FaultScript& faults_;
-    SendRate mediaRate_;
-    SendRate uploadRate_;
+    RequestLog log_;
+    FaultScript faults_;
+    ByteRate mediaRate_ = 0;
+    ByteRate uploadRate_ = 0;
     std::unique_ptr<HttpEngine> engine_;
     std::thread acceptor_;
     std::atomic<bool> stopping_ = false;
-    mutable std::mutex mutex_;
+    std::mutex mutex_;
     std::list<Served> served_;
     ConnectionCounts counts_;
 };

@@ -1,169 +1,122 @@
 #include "service/routes/Guard.hpp"
+#include "service/routes/Records.hpp"
 #include "service/routes/Routes.hpp"
+#include "service/seed/Seed.hpp"
 
 namespace KeloService {
 namespace {
 
-Json describe(const Session& session, const Context& context) {
-    Json record{{"key", session.key},
-                {"userId", session.userId},
-                {"username", session.username},
-                {"expired", session.expired}};
-    if (session.captchaToken) {
-        record["captchaUrl"] = captchaUrl(context, *session.captchaToken);
+constexpr double longestProcessing = 86400;
+
+Answer listRequests(const Call& call, const Context& context) {
+    const auto since = parseNumber<std::uint64_t>(call.request.parameter("since").value_or("0"));
+    if (!since) {
+        throw ServiceError(400, "since must be a number");
     }
-    return record;
+    return jsonAnswer(context.server.log().list(*since));
 }
 
-[[noreturn]] void refuseUnknownSession() {
-    throw ServiceError(404, ErrorCode::notFound, "There is no session with this key");
+Answer countConnections(const Call& /*call*/, const Context& context) {
+    const ConnectionCounts& counts = context.server.counts();
+    return jsonAnswer({{"accepted", counts.accepted.load()},
+                       {"secured", counts.secured.load()},
+                       {"used", counts.used.load()},
+                       {"open", counts.open.load()}});
 }
 
-Answer listSessions(const Context& context) {
-    Json sessions = Json::array();
-    for (const Session& session : context.store.sessions.list()) {
-        sessions.push_back(describe(session, context));
-    }
-    return jsonAnswer({{"sessions", sessions}});
-}
+struct ActionKind {
+    const char* name;
+    const char* sql;
+};
 
-Answer addSession(const Call& call, const Context& context) {
-    const Json body = bodyObject(call);
-    const auto user = context.store.users.findByName(requiredText(body, "username"));
-    if (!user) {
-        throw ServiceError(404, ErrorCode::notFound, "There is no user of this name");
-    }
-    const auto key = body.contains("key") ? std::optional(requiredText(body, "key")) : std::nullopt;
-    const std::string added = context.store.sessions.add(user->userId, key);
-    return jsonAnswer(describe(context.store.sessions.find(added).value(), context));
-}
+/// What users did since the seed (?1) and did not take back, oldest first.
+constexpr ActionKind actionKinds[] = {
+    {"likes", "SELECT likeId, postId, userId FROM likes WHERE created > ?1 ORDER BY likeId"},
+    {"reposts",
+     "SELECT repostId, postId, userId FROM reposts WHERE created > ?1 ORDER BY repostId"},
+    {"follows", "SELECT userId, followeeId FROM outsideFollows WHERE created > ?1 "
+                "ORDER BY created, userId, followeeId"},
+    {"feedback", "SELECT userId, kind, targetId, boost FROM feedback WHERE created > ?1 "
+                 "ORDER BY feedbackId"},
+    {"loops", "SELECT userId, postId, count, ts FROM loops WHERE created > ?1 ORDER BY loopsId"},
+    {"views", "SELECT userId, longformId, timestamp FROM views WHERE created > ?1 "
+              "ORDER BY viewId"},
+};
 
-Answer expireSession(const Call& call, const Context& context) {
-    if (!context.store.sessions.expire(call.argument("key"))) {
-        refuseUnknownSession();
+Answer listActions(const Call& /*call*/, const Context& context) {
+    Json actions;
+    for (const ActionKind& kind : actionKinds) {
+        actions[kind.name] = records(context, kind.sql, seededMoment);
     }
-    return jsonAnswer(Json::object());
-}
-
-Answer demandCaptcha(const Call& call, const Context& context) {
-    const auto token = context.store.sessions.demandCaptcha(call.argument("key"));
-    if (!token) {
-        refuseUnknownSession();
-    }
-    return jsonAnswer({{"token", *token}, {"url", captchaUrl(context, *token)}});
+    return jsonAnswer(actions);
 }
 
 Answer addFaults(const Call& call, const Context& context) {
     const Json script = Json::parse(call.request.body, nullptr, false);
     if (script.is_discarded()) {
-        throw ServiceError(400, ErrorCode::badRequest, "The body is no JSON");
+        throw ServiceError(400, "The body is no JSON");
     }
     try {
-        return jsonAnswer({{"ids", context.faults.add(script)}});
+        return jsonAnswer({{"ids", context.server.faults().add(script)}});
     } catch (const FaultScriptError& error) {
-        throw ServiceError(400, ErrorCode::badRequest, error.what());
+        throw ServiceError(400, error.what());
     }
 }
 
-void addSessionControl(Router& router, const Context& context) {
-    router.add("GET", "/_service/sessions",
-               [&context](const Call&) { return listSessions(context); });
-    router.add("POST", "/_service/sessions",
-               [&context](const Call& call) { return addSession(call, context); });
-    router.add("POST", "/_service/sessions/:key/expire",
-               [&context](const Call& call) { return expireSession(call, context); });
-    router.add("POST", "/_service/sessions/:key/captcha",
-               [&context](const Call& call) { return demandCaptcha(call, context); });
-}
-
-void addFaultControl(Router& router, const Context& context) {
-    router.add("POST", "/_service/faults",
-               [&context](const Call& call) { return addFaults(call, context); });
-    router.add("GET", "/_service/faults", [&context](const Call&) {
-        return jsonAnswer({{"faults", context.faults.list()}});
-    });
-    router.add("DELETE", "/_service/faults", [&context](const Call&) {
-        context.faults.clear();
-        return jsonAnswer(Json::object());
+void addRate(Routes& routes, const std::string& path, ByteRate& (Server::*rateOf)()) {
+    const auto describe = [rateOf](const Call& /*call*/, const Context& context) {
+        return jsonAnswer({{"bytesPerSecond", (context.server.*rateOf)().load()}});
+    };
+    routes.add("GET", path, describe);
+    routes.add("POST", path, [rateOf, describe](const Call& call, const Context& context) {
+        const Json rate = bodyObject(call).value("bytesPerSecond", Json());
+        if (!rate.is_number_integer() || rate < 0 || rate > highestByteRate) {
+            throw ServiceError(400, "bytesPerSecond must be an integer from 0 to " +
+                                        std::to_string(highestByteRate));
+        }
+        (context.server.*rateOf)() = rate.get<std::int64_t>();
+        return describe(call, context);
     });
 }
 
-Answer describeRate(const SendRate& rate) {
-    return jsonAnswer({{"bytesPerSecond", rate.bytesPerSecond()}});
-}
-
-Answer setRate(const Call& call, SendRate& rate) {
-    const Json body = bodyObject(call);
-    const auto given = body.find("bytesPerSecond");
-    if (given == body.end() || !given->is_number_integer() || *given < 0 ||
-        *given > highestMediaRate) {
-        throw ServiceError(400, ErrorCode::badRequest,
-                           "bytesPerSecond must be an integer from 0 to " +
-                               std::to_string(highestMediaRate));
-    }
-    rate.set(*given);
-    return describeRate(rate);
-}
-
-void addRateControl(Router& router, const std::string& path, SendRate& rate) {
-    router.add("GET", path, [&rate](const Call&) { return describeRate(rate); });
-    router.add("POST", path, [&rate](const Call& call) { return setRate(call, rate); });
+Answer describeProcessingTime(const Call& /*call*/, const Context& context) {
+    return jsonAnswer({{"seconds", context.uploadTimes.processingSeconds.load()}});
 }
 
 Answer setProcessingTime(const Call& call, const Context& context) {
-    constexpr double longest = 86400;
-    const Json body = bodyObject(call);
-    const auto seconds = body.find("seconds");
-    if (seconds == body.end() || !seconds->is_number() || *seconds < 0 || *seconds > longest) {
-        throw ServiceError(400, ErrorCode::badRequest, "seconds must be a number from 0 to 86400");
+    const Json seconds = bodyObject(call).value("seconds", Json());
+    if (!seconds.is_number() || seconds < 0 || seconds > longestProcessing) {
+        throw ServiceError(400, "seconds must be a number from 0 to 86400");
     }
-    context.uploads.processingSeconds = seconds->get<double>();
-    return jsonAnswer({{"seconds", context.uploads.processingSeconds.load()}});
-}
-
-Answer listUploads(const Context& context) {
-    Json uploads = Json::array();
-    for (const Upload& upload : context.store.uploads.list()) {
-        Json segments = Json::array();
-        for (const UploadSegment& segment : context.store.uploads.segments(upload.mediaId)) {
-            segments.push_back({{"index", segment.index}, {"bytes", segment.file.bytes}});
-        }
-        uploads.push_back({{"mediaId", upload.mediaId},
-                           {"userId", upload.userId},
-                           {"totalBytes", upload.totalBytes},
-                           {"finalized", upload.finalized.has_value()},
-                           {"segments", segments}});
-    }
-    return jsonAnswer({{"uploads", uploads}});
-}
-
-Answer expireUpload(const Call& call, const Context& context) {
-    if (!context.store.uploads.expire(call.argument("id"))) {
-        throw ServiceError(404, ErrorCode::notFound, "There is no such upload");
-    }
-    return jsonAnswer(Json::object());
-}
-
-void addUploadControl(Router& router, const Context& context) {
-    router.add("GET", "/_service/uploads",
-               [&context](const Call&) { return listUploads(context); });
-    router.add("POST", "/_service/uploads/:id/expire",
-               [&context](const Call& call) { return expireUpload(call, context); });
-    router.add("GET", "/_service/processing-time", [&context](const Call&) {
-        return jsonAnswer({{"seconds", context.uploads.processingSeconds.load()}});
-    });
-    router.add("POST", "/_service/processing-time",
-               [&context](const Call& call) { return setProcessingTime(call, context); });
+    context.uploadTimes.processingSeconds = seconds.get<double>();
+    return describeProcessingTime(call, context);
 }
 
 } // namespace
 
-void addControlRoutes(Router& router, const Context& context) {
-    addSessionControl(router, context);
-    addFaultControl(router, context);
-    addRateControl(router, "/_service/media-rate", context.mediaRate);
-    addRateControl(router, "/_service/upload-rate", context.uploadRate);
-    addUploadControl(router, context);
+void addControlRoutes(Routes& routes) {
+    routes.add("GET", "/_service/health", [](const Call&, const Context&) {
+        return jsonAnswer({{"status", "ok"}, {"version", KELO_SERVICE_VERSION}});
+    });
+    routes.add("GET", "/_service/requests", listRequests);
+    routes.add("DELETE", "/_service/requests", [](const Call&, const Context& context) {
+        context.server.log().clear();
+        return jsonAnswer();
+    });
+    routes.add("GET", "/_service/connections", countConnections);
+    routes.add("GET", "/_service/actions", listActions);
+    routes.add("POST", "/_service/faults", addFaults);
+    routes.add("GET", "/_service/faults", [](const Call&, const Context& context) {
+        return jsonAnswer({{"faults", context.server.faults().list()}});
+    });
+    routes.add("DELETE", "/_service/faults", [](const Call&, const Context& context) {
+        context.server.faults().clear();
+        return jsonAnswer();
+    });
+    addRate(routes, "/_service/media-rate", &Server::mediaRate);
+    addRate(routes, "/_service/upload-rate", &Server::uploadRate);
+    routes.add("GET", "/_service/processing-time", describeProcessingTime);
+    routes.add("POST", "/_service/processing-time", setProcessingTime);
 }
 
 } // namespace KeloService

@@ -1,8 +1,8 @@
 #include "service/http/FileAnswer.hpp"
 #include "service/media/MediaLibrary.hpp"
-#include "service/routes/Guard.hpp"
 #include "service/routes/Routes.hpp"
 
+#include <algorithm>
 #include <string_view>
 
 namespace KeloService {
@@ -18,115 +18,126 @@ struct Icon {
 /// The longer endings first: the shortest is the end of each.
 constexpr Icon icons[] = {{"-explore@2x.png", 240}, {"@2x.png", 120}, {".png", 60}};
 
-[[noreturn]] void refuseUnknown() {
-    throw ServiceError(404, ErrorCode::notFound, "There is no such file");
+ServiceError unknownFile() {
+    return {404, "There is no such file"};
 }
 
-Answer answerWith(const Call& call, Media media) {
-    Answer answer = fileAnswer(call.request, media.contentType, std::move(media.bytes));
-    answer.atMediaRate = true;
-    return answer;
-}
-
-std::uint64_t seed(std::int64_t id) {
-    return static_cast<std::uint64_t>(id);
-}
-
-/// The rendition at this path.
-PostRendition requireRendition(const std::string& path, const Context& context) {
-    auto found = context.store.posts.findRendition(path);
-    if (!found) {
-        refuseUnknown();
+/// Changes with every byte of the file: FNV-1a, 64 bits.
+std::string entityTag(const std::string& bytes) {
+    std::uint64_t hash = 0xCBF29CE484222325;
+    for (const char byte : bytes) {
+        hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001B3;
     }
-    return *found;
+    return std::to_string(hash);
+}
+
+Answer mediaAnswer(const Call& call, Media media) {
+    const std::string tag = entityTag(media.bytes);
+    const std::size_t size = media.bytes.size();
+    return fileAnswer(call.request, media.contentType,
+                      {size,
+                       [bytes = std::move(media.bytes)](std::uint64_t offset, std::size_t count) {
+                           return bytes.substr(offset, count);
+                       }},
+                      tag);
+}
+
+/// The number that the statement finds for the value.
+template <typename Value>
+std::uint64_t requireSeed(const Context& context, const char* sql, const Value& value) {
+    const auto found = context.database.number(sql, value);
+    if (!found) {
+        throw unknownFile();
+    }
+    return static_cast<std::uint64_t>(*found);
+}
+
+std::uint64_t postWithRendition(const Context& context, const std::string& path) {
+    return requireSeed(context, "SELECT postId FROM renditions WHERE path = ?1", path);
 }
 
 Answer video(const Call& call, const Context& context) {
     const std::string path = "/media/videos/" + call.argument("file");
-    const auto [postId, rendition] = requireRendition(path, context);
-    return answerWith(call,
-                      findVideo(seed(postId), videoSide(rendition.format, rendition.rate), path));
+    const std::uint64_t seed = postWithRendition(context, path);
+    int side = 0;
+    {
+        Query rendition =
+            context.database.query("SELECT format, rate FROM renditions WHERE path = ?1", path);
+        rendition.next();
+        side = videoSide(rendition.text(0), rendition.real(1));
+    }
+    return mediaAnswer(call, findVideo(seed, side, path));
 }
 
 Answer stream(const Call& call, const Context& context) {
     const std::string playlist = "index.m3u8";
     const std::string folder = "/media/videos/" + call.argument("permalink") + "/";
-    const std::int64_t postId = requireRendition(folder + playlist, context).postId;
+    const std::uint64_t seed = postWithRendition(context, folder + playlist);
     if (call.argument("file") == playlist) {
-        return answerWith(call, makePlaylist(seed(postId)));
+        return mediaAnswer(call, makePlaylist(seed));
     }
-    auto part = findStreamPart(seed(postId), folder + call.argument("file"));
+    auto part = findStreamPart(seed, folder + call.argument("file"));
     if (!part) {
-        refuseUnknown();
+        throw unknownFile();
     }
-    return answerWith(call, std::move(*part));
+    return mediaAnswer(call, std::move(*part));
 }
 
 /// The text without its ending, which it must have.
 std::string without(const std::string& text, std::string_view ending) {
     if (!text.ends_with(ending)) {
-        refuseUnknown();
+        throw unknownFile();
     }
     return text.substr(0, text.size() - ending.size());
 }
 
 Answer thumbnail(const Call& call, const Context& context) {
-    const auto postId = context.store.posts.findByPermalink(without(call.argument("file"), ".png"));
-    if (!postId) {
-        refuseUnknown();
-    }
-    return answerWith(call, findPicture(seed(*postId), thumbnailSide));
+    const std::uint64_t seed =
+        requireSeed(context, "SELECT postId FROM posts WHERE permalinkId = ?1",
+                    without(call.argument("file"), ".png"));
+    return mediaAnswer(call, findPicture(seed, thumbnailSide));
 }
 
 Answer avatar(const Call& call, const Context& context) {
-    const auto userId = context.store.users.findByAvatar("/media/avatars/" + call.argument("file"));
-    if (!userId) {
-        refuseUnknown();
-    }
-    return answerWith(call, findPicture(seed(*userId), avatarSide));
+    const std::uint64_t seed =
+        requireSeed(context, "SELECT userId FROM users WHERE avatarPath = ?1",
+                    "/media/avatars/" + call.argument("file"));
+    return mediaAnswer(call, findPicture(seed, avatarSide));
 }
 
 Answer channelIcon(const Call& call, const Context& context) {
     const std::string& file = call.argument("file");
-    for (const Icon& icon : icons) {
-        if (!file.ends_with(icon.ending)) {
-            continue;
-        }
-        const auto channelId = parseIdentifier(without(file, icon.ending));
-        if (channelId && context.store.channels.find(*channelId)) {
-            return answerWith(call, findPicture(seed(*channelId), icon.side));
-        }
-        break;
+    const auto icon = std::find_if(std::begin(icons), std::end(icons), [&file](const Icon& known) {
+        return file.ends_with(known.ending);
+    });
+    if (icon == std::end(icons)) {
+        throw unknownFile();
     }
-    refuseUnknown();
+    const std::uint64_t seed =
+        requireSeed(context, "SELECT channelId FROM channels WHERE channelId = ?1",
+                    parseNumber<std::int64_t>(without(file, icon->ending)));
+    return mediaAnswer(call, findPicture(seed, icon->side));
 }
 
 /// The image at the request's own path.
 Answer storedImage(const Call& call, const Context& context) {
-    const auto found = context.store.images.find(std::string(call.request.path()));
-    if (!found) {
-        refuseUnknown();
-    }
-    return answerWith(call, findPicture(seed(found->seed), found->side));
+    const std::string path(call.request.path());
+    const std::uint64_t seed =
+        requireSeed(context, "SELECT seed FROM images WHERE path = ?1", path);
+    const auto side = context.database.number("SELECT side FROM images WHERE path = ?1", path);
+    return mediaAnswer(call, findPicture(seed, static_cast<int>(side.value())));
 }
 
 } // namespace
 
-void addMediaRoutes(Router& router, const Context& context) {
-    router.add("GET", "/media/videos/:file",
-               [&context](const Call& call) { return video(call, context); });
-    router.add("GET", "/media/videos/:permalink/:file",
-               [&context](const Call& call) { return stream(call, context); });
-    router.add("GET", "/media/thumbnails/:file",
-               [&context](const Call& call) { return thumbnail(call, context); });
-    router.add("GET", "/media/avatars/:file",
-               [&context](const Call& call) { return avatar(call, context); });
-    router.add("GET", "/media/channels/:file",
-               [&context](const Call& call) { return channelIcon(call, context); });
-    for (const char* images : {"/media/icons/:file", "/media/albums/:file"}) {
-        router.add("GET", images,
-                   [&context](const Call& call) { return storedImage(call, context); });
-    }
+void addMediaRoutes(Routes& routes) {
+    routes.add("GET", "/media/videos/:file", video);
+    routes.add("GET", "/media/videos/:permalink/:file", stream);
+    routes.add("GET", "/media/thumbnails/:file", thumbnail);
+    routes.add("GET", "/media/avatars/:file", avatar);
+    routes.add("GET", "/media/channels/:file", channelIcon);
+    routes.add("GET", "/media/icons/:file", storedImage);
+    routes.add("GET", "/media/albums/:file", storedImage);
 }
 
 } // namespace KeloService

@@ -1,19 +1,29 @@
 #include "service/routes/Pages.hpp"
 
-#include "service/http/Base64.hpp"
+#include "service/Encoding.hpp"
+#include "service/routes/Guard.hpp"
 
 #include <algorithm>
-#include <charconv>
+#include <limits>
+#include <vector>
 
 namespace KeloService {
 namespace {
 
 constexpr std::int64_t usualSize = 20;
 constexpr std::int64_t largestSize = 1000;
+/// Keeps offsets from overflowing.
+constexpr std::int64_t lastPage = 1000000000;
 
-/// How much of likes and comments a record carries, unless the request wants less.
-constexpr std::int64_t usualNested = 3;
-constexpr std::int64_t mostNested = 10;
+/// Where a post stands in a feed.
+struct Position {
+    std::int64_t key = 0;
+    std::int64_t postId = 0;
+};
+
+/// Every post of a feed comes after it.
+constexpr Position beginning = {std::numeric_limits<std::int64_t>::max(),
+                                std::numeric_limits<std::int64_t>::max()};
 
 /// The two ends of a page. Clients send the anchor of a page back for the page behind it and, as
 /// "backAnchor", for the page before it; so an anchor has to know both ends.
@@ -22,179 +32,157 @@ struct Anchor {
     Position last;
 };
 
-[[noreturn]] void refuseAnchor() {
-    throw ServiceError(400, ErrorCode::badRequest, "This anchor is not known");
-}
+/// Reads runs of neighbours in a feed.
+class FeedReader {
+public:
+    using Rows = std::vector<Position>;
 
-std::int64_t nested(const Request& request, const char* name) {
-    return std::clamp<std::int64_t>(readInteger(request, name, usualNested), 0, mostNested);
-}
+    FeedReader(const Context& context, const Feed& feed, std::int64_t size)
+        : database_(context.database)
+        , feed_(feed)
+        , size_(size) {}
 
-std::optional<std::int64_t> integerOf(std::string_view text) {
-    std::int64_t value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size()) {
-        return std::nullopt;
+    Rows fromOffset(std::int64_t offset) const {
+        return select(descending() + " LIMIT ?2 OFFSET ?3", size_, offset);
     }
-    return value;
+    /// The posts that follow the position.
+    Rows after(const Position& position) const {
+        return select(compared("<") + descending() + " LIMIT ?4", position.key, position.postId,
+                      size_);
+    }
+    /// The posts that stand just before the position.
+    Rows before(const Position& position) const {
+        Rows rows = select(compared(">") + " ORDER BY " + feed_.key + " ASC, p.postId ASC LIMIT ?4",
+                           position.key, position.postId, size_);
+        std::reverse(rows.begin(), rows.end());
+        return rows;
+    }
+    /// Whether posts stand before ('>') or behind ('<') the position.
+    bool hasMore(const char* comparison, const Position& position) const {
+        return !select(compared(comparison) + " LIMIT 1", position.key, position.postId).empty();
+    }
+
+private:
+    template <typename... Values>
+    Rows select(const std::string& rest, const Values&... values) const {
+        Query query = database_.query("SELECT " + feed_.key + ", p.postId " + feed_.source + rest,
+                                      feed_.argument, values...);
+        Rows rows;
+        while (query.next()) {
+            rows.push_back({query.integer(0), query.integer(1)});
+        }
+        return rows;
+    }
+    std::string descending() const { return " ORDER BY " + feed_.key + " DESC, p.postId DESC"; }
+    std::string compared(const std::string& comparison) const {
+        return " AND (" + feed_.key + ", p.postId) " + comparison + " (?2, ?3)";
+    }
+
+    Database& database_;
+    const Feed& feed_;
+    std::int64_t size_;
+};
+
+ServiceError unknownAnchor() {
+    return {400, "This anchor is not known"};
 }
 
 /// `direction` is "next" or "back": the two must not be taken for one another.
-std::string encodeAnchor(const std::string& name, const std::string& direction,
-                         const Slice& slice) {
-    const Position& first = slice.rows.front();
-    const Position& last = slice.rows.back();
-    return encodeBase64(direction + '|' + std::to_string(first.key) + '|' +
-                        std::to_string(first.postId) + '|' + std::to_string(last.key) + '|' +
-                        std::to_string(last.postId) + '|' + name);
+std::string encodeAnchor(const std::string& name, const char* direction, const Anchor& ends) {
+    const Json anchor = {direction,     ends.first.key,   ends.first.postId,
+                         ends.last.key, ends.last.postId, name};
+    return encodeBase64(anchor.dump());
 }
 
 Anchor decodeAnchor(const std::string& name, const std::string& text, bool backIsGood) {
-    const auto decoded = decodeBase64(text);
-    std::string_view rest = decoded ? std::string_view(*decoded) : std::string_view();
-    const auto part = [&rest] {
-        const std::string_view found = rest.substr(0, rest.find('|'));
-        rest.remove_prefix(std::min(rest.size(), found.size() + 1));
-        return found;
-    };
-    const std::string_view direction = part();
-    std::int64_t numbers[4] = {};
-    for (std::int64_t& number : numbers) {
-        const auto value = integerOf(part());
-        if (!value) {
-            refuseAnchor();
-        }
-        number = *value;
+    const Json anchor = Json::parse(decodeBase64(text).value_or(""), nullptr, false);
+    const bool isAnchor = anchor.is_array() && anchor.size() == 6 && anchor[5] == name &&
+                          std::all_of(anchor.begin() + 1, anchor.begin() + 5,
+                                      [](const Json& part) { return part.is_number_integer(); });
+    if (!isAnchor || !(anchor[0] == "next" || (anchor[0] == "back" && backIsGood))) {
+        throw unknownAnchor();
     }
-    if (rest != name || !(direction == "next" || (direction == "back" && backIsGood))) {
-        refuseAnchor();
-    }
-    return {{numbers[0], numbers[1]}, {numbers[2], numbers[3]}};
+    return {{anchor[1], anchor[2]}, {anchor[3], anchor[4]}};
 }
 
-PageMetadata commonMetadata(Feeds& feeds, const Feed& feed, std::int64_t size) {
-    PageMetadata metadata;
-    metadata.title = feed.title;
-    metadata.count = feeds.count(feed);
-    metadata.size = size;
-    return metadata;
+/// The page whose last post has the id that the text is.
+Anchor numberAnchor(const FeedReader& reader, const std::string& text) {
+    const auto last = parseNumber<std::int64_t>(text);
+    if (!last) {
+        throw unknownAnchor();
+    }
+    const auto page = reader.before({*last, *last - 1});
+    return {page.empty() ? beginning : page.front(), {*last, *last}};
 }
 
-Page finishPage(const Slice& slice, PageMetadata metadata) {
-    Page page;
-    page.metadata = std::move(metadata);
-    for (const Position& row : slice.rows) {
-        page.postIds.push_back(row.postId);
+FeedReader::Rows anchoredRows(const Call& call, const FeedReader& reader, const Feed& feed,
+                              const std::string& name) {
+    const bool isText = feed.paging == Paging::TextAnchor;
+    if (const auto anchor = call.request.parameter("anchor")) {
+        return reader.after(
+            (isText ? decodeAnchor(name, *anchor, false) : numberAnchor(reader, *anchor)).last);
     }
-    return page;
+    if (const auto anchor = call.request.parameter("backAnchor")) {
+        return reader.before(
+            (isText ? decodeAnchor(name, *anchor, true) : numberAnchor(reader, *anchor)).first);
+    }
+    return reader.after(beginning);
 }
 
-Page readNumberedPage(Feeds& feeds, const Feed& feed, const Request& request) {
-    const std::int64_t size = pageSize(request);
-    // Pages are counted from 1; the upper bound keeps the offset from overflowing.
-    const std::int64_t number =
-        std::clamp<std::int64_t>(readInteger(request, "page", 1), 1, 1000000000);
-    const Slice slice = feeds.fromOffset(feed, (number - 1) * size, size);
-    PageMetadata metadata = commonMetadata(feeds, feed, size);
-    if (slice.moreAfter) {
-        metadata.nextPage = number + 1;
-        metadata.nextAfter = number * size;
+void addAnchors(Json& page, const FeedReader& reader, const FeedReader::Rows& rows,
+                const Feed& feed, const std::string& name) {
+    if (rows.empty()) {
+        return;
     }
-    const std::int64_t lastPage = (metadata.count + size - 1) / size;
-    if (number > 1 && lastPage > 0) {
-        metadata.previousPage = std::min(number - 1, lastPage);
+    const bool isText = feed.paging == Paging::TextAnchor;
+    const Anchor ends{rows.front(), rows.back()};
+    if (reader.hasMore("<", ends.last)) {
+        page["anchor"] = isText ? Json(encodeAnchor(name, "next", ends)) : Json(ends.last.postId);
     }
-    return finishPage(slice, std::move(metadata));
+    if (isText && reader.hasMore(">", ends.first)) {
+        page["backAnchor"] = encodeAnchor(name, "back", ends);
+    }
 }
 
-Page readTextAnchoredPage(Feeds& feeds, const Feed& feed, const std::string& name,
-                          const Request& request) {
-    const std::int64_t size = pageSize(request);
-    Slice slice;
-    if (const auto anchor = request.parameter("anchor")) {
-        slice = feeds.after(feed, decodeAnchor(name, *anchor, false).last, size);
-    } else if (const auto backAnchor = request.parameter("backAnchor")) {
-        slice = feeds.before(feed, decodeAnchor(name, *backAnchor, true).first, size);
-    } else {
-        slice = feeds.after(feed, std::nullopt, size);
+void addNumbers(Json& page, std::int64_t number, std::int64_t size, std::int64_t count) {
+    if (number * size < count) {
+        page["nextPage"] = number + 1;
+        page["nextAfter"] = number * size;
     }
-    PageMetadata metadata = commonMetadata(feeds, feed, size);
-    if (slice.moreAfter) {
-        metadata.anchor = encodeAnchor(name, "next", slice);
+    if (number > 1 && count > 0) {
+        page["previousPage"] = std::min(number - 1, (count + size - 1) / size);
     }
-    if (slice.moreBefore) {
-        metadata.backAnchor = encodeAnchor(name, "back", slice);
-    }
-    return finishPage(slice, std::move(metadata));
 }
 
-/// The anchor is the last post's id: the page that ends there begins `size` posts earlier.
-Slice beforePageEndingAt(Feeds& feeds, const Feed& feed, std::int64_t lastPostId,
-                         std::int64_t size) {
-    const Slice page = feeds.before(feed, {lastPostId, lastPostId - 1}, size);
-    return page.rows.empty() ? page : feeds.before(feed, page.rows.front(), size);
-}
-
-Page readNumberAnchoredPage(Feeds& feeds, const Feed& feed, const Request& request) {
-    const std::int64_t size = pageSize(request);
-    const auto postIdOf = [](const std::string& text) {
-        const auto postId = integerOf(text);
-        if (!postId) {
-            refuseAnchor();
-        }
-        return *postId;
-    };
-    Slice slice;
-    if (const auto anchor = request.parameter("anchor")) {
-        const std::int64_t last = postIdOf(*anchor);
-        slice = feeds.after(feed, Position{last, last}, size);
-    } else if (const auto backAnchor = request.parameter("backAnchor")) {
-        slice = beforePageEndingAt(feeds, feed, postIdOf(*backAnchor), size);
-    } else {
-        slice = feeds.after(feed, std::nullopt, size);
+std::vector<std::int64_t> idsOf(const FeedReader::Rows& rows) {
+    std::vector<std::int64_t> ids;
+    for (const Position& row : rows) {
+        ids.push_back(row.postId);
     }
-    PageMetadata metadata = commonMetadata(feeds, feed, size);
-    if (slice.moreAfter) {
-        metadata.anchor = slice.rows.back().postId;
-    }
-    return finishPage(slice, std::move(metadata));
+    return ids;
 }
 
 } // namespace
 
-std::int64_t readInteger(const Request& request, const char* name, std::int64_t otherwise) {
-    const auto text = request.parameter(name);
-    if (!text) {
-        return otherwise;
+Json readPage(const Call& call, const Context& context, const Feed& feed, const std::string& name,
+              const std::optional<std::int64_t>& user) {
+    const auto size =
+        std::clamp<std::int64_t>(readInteger(call, "size", usualSize), 1, largestSize);
+    const auto count =
+        context.database.number("SELECT count(*) " + feed.source, feed.argument).value();
+    const FeedReader reader(context, feed, size);
+    Json page{{"title", feed.title}, {"count", count}, {"displayCount", count}, {"size", size}};
+    FeedReader::Rows rows;
+    if (feed.paging == Paging::Numbers) {
+        const auto number = std::clamp<std::int64_t>(readInteger(call, "page", 1), 1, lastPage);
+        rows = reader.fromOffset((number - 1) * size);
+        addNumbers(page, number, size, count);
+    } else {
+        rows = anchoredRows(call, reader, feed, name);
+        addAnchors(page, reader, rows, feed, name);
     }
-    const auto value = integerOf(*text);
-    if (!value) {
-        throw ServiceError(400, ErrorCode::badRequest, std::string(name) + " must be an integer");
-    }
-    return *value;
-}
-
-std::int64_t pageSize(const Request& request) {
-    return std::clamp<std::int64_t>(readInteger(request, "size", usualSize), 1, largestSize);
-}
-
-PostView readView(const Request& request, const std::optional<Session>& session) {
-    PostView view;
-    view.viewerId = session ? std::optional(session->userId) : std::nullopt;
-    view.mostComments = nested(request, "c_max");
-    view.mostLikes = nested(request, "l_max");
-    return view;
-}
-
-Page readPage(Feeds& feeds, const Feed& feed, const std::string& name, const Request& request) {
-    switch (feed.paging) {
-    case Paging::TextAnchor:
-        return readTextAnchoredPage(feeds, feed, name, request);
-    case Paging::NumberAnchor:
-        return readNumberAnchoredPage(feeds, feed, request);
-    default:
-        return readNumberedPage(feeds, feed, request);
-    }
+    page["records"] = postRecords(context, idsOf(rows), readView(call, user));
+    return page;
 }
 
 } // namespace KeloService

@@ -2,27 +2,26 @@
 
 namespace KeloService {
 
+void Routes::add(const std::string& method, const std::string& pattern, const Handler& handler,
+                 Router::Body body) {
+    router_.add(
+        method, pattern,
+        [handler, &context = context_](const Call& call) { return handler(call, context); }, body);
+}
+
 void addAllRoutes(Router& router, const Context& context) {
-    addActionRoutes(router, context);
-    addCaptchaRoutes(router, context);
-    addChannelRoutes(router, context);
-    addControlRoutes(router, context);
-    addFeedbackRoutes(router, context);
-    addFollowRoutes(router, context);
-    addInsertRoutes(router, context);
-    addInspectionRoutes(router, context);
-    addLikeRoutes(router, context);
-    addLongformRoutes(router, context);
-    addLoopRoutes(router, context);
-    addMeRoutes(router, context);
-    addMediaRoutes(router, context);
-    addPostRoutes(router, context);
-    addRepostRoutes(router, context);
-    addSessionRoutes(router, context);
-    addSoundboardRoutes(router, context);
-    addTimelineRoutes(router, context);
-    addUploadRoutes(router, context);
-    addVenueRoutes(router, context);
+    Routes routes(router, context);
+    addCatalogueRoutes(routes);
+    addControlRoutes(routes);
+    addInsertRoutes(routes);
+    addMarkRoutes(routes);
+    addMediaRoutes(routes);
+    addPostRoutes(routes);
+    addReportRoutes(routes);
+    addSessionRoutes(routes);
+    addTimelineRoutes(routes);
+    addUploadRoutes(routes);
+    addUserRoutes(routes);
 }
 
 } // namespace KeloService

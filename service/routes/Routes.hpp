@@ -3,30 +3,42 @@
 #include "service/http/Router.hpp"
 #include "service/routes/Context.hpp"
 
+#include <functional>
+#include <string>
+
 namespace KeloService {
 
-// One function and one source file per resource. A new one is declared here, and called in
+/// Adds routes that all work with one context.
+class Routes {
+public:
+    using Handler = std::function<Answer(const Call&, const Context&)>;
+
+    /// Both must outlive the routes.
+    Routes(Router& router, const Context& context)
+        : router_(router)
+        , context_(context) {}
+
+    void add(const std::string& method, const std::string& pattern, const Handler& handler,
+             Router::Body body = Router::Body::Held);
+
+private:
+    Router& router_;
+    const Context& context_;
+};
+
+// One function and one source file per family of routes. A new one is declared here, and called in
 // addAllRoutes.
-void addActionRoutes(Router& router, const Context& context);
-void addCaptchaRoutes(Router& router, const Context& context);
-void addChannelRoutes(Router& router, const Context& context);
-void addControlRoutes(Router& router, const Context& context);
-void addFeedbackRoutes(Router& router, const Context& context);
-void addFollowRoutes(Router& router, const Context& context);
-void addInsertRoutes(Router& router, const Context& context);
-void addInspectionRoutes(Router& router, const Context& context);
-void addLikeRoutes(Router& router, const Context& context);
-void addLongformRoutes(Router& router, const Context& context);
-void addLoopRoutes(Router& router, const Context& context);
-void addMeRoutes(Router& router, const Context& context);
-void addMediaRoutes(Router& router, const Context& context);
-void addPostRoutes(Router& router, const Context& context);
-void addRepostRoutes(Router& router, const Context& context);
-void addSessionRoutes(Router& router, const Context& context);
-void addSoundboardRoutes(Router& router, const Context& context);
-void addTimelineRoutes(Router& router, const Context& context);
-void addUploadRoutes(Router& router, const Context& context);
-void addVenueRoutes(Router& router, const Context& context);
+void addCatalogueRoutes(Routes& routes);
+void addControlRoutes(Routes& routes);
+void addInsertRoutes(Routes& routes);
+void addMarkRoutes(Routes& routes);
+void addMediaRoutes(Routes& routes);
+void addPostRoutes(Routes& routes);
+void addReportRoutes(Routes& routes);
+void addSessionRoutes(Routes& routes);
+void addTimelineRoutes(Routes& routes);
+void addUploadRoutes(Routes& routes);
+void addUserRoutes(Routes& routes);
 
 void addAllRoutes(Router& router, const Context& context);
 

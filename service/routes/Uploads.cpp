@@ -1,232 +1,330 @@
+#include "service/Clock.hpp"
+#include "service/Encoding.hpp"
 #include "service/http/FileAnswer.hpp"
 #include "service/media/Mp4Check.hpp"
 #include "service/routes/Guard.hpp"
+#include "service/routes/Records.hpp"
 #include "service/routes/Routes.hpp"
-#include "service/store/Clock.hpp"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
+#include <vector>
 
 namespace KeloService {
 namespace {
 
-constexpr std::string_view mediaType = "video/mp4";
+constexpr const char* uploadType = "video/mp4";
 /// A terabyte: sums of segments cannot overflow.
 constexpr std::int64_t mostBytes = std::int64_t{1} << 40;
 constexpr std::int64_t mostSegments = 1000000;
 
-[[noreturn]] void refuseUpload(const std::string& what) {
-    throw ServiceError(400, ErrorCode::badRequest, what);
-}
+/// A long-form video on its way to the service. Times are milliseconds since 1970.
+struct Upload {
+    std::string mediaId;
+    std::int64_t userId = 0;
+    std::int64_t totalBytes = 0;
+    std::int64_t expires = 0;
+    /// When the last segment had come; absent as long as segments are taken.
+    std::optional<std::int64_t> finalized;
+    /// How long it is processed from then on.
+    std::int64_t processingMilliseconds = 0;
+    /// Whether that ends well.
+    bool isPlayable = false;
 
-std::int64_t requiredInteger(const Call& call, const char* name, std::int64_t lowest,
-                             std::int64_t highest) {
-    const std::string text = call.request.parameter(name).value_or("");
-    std::int64_t value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size() || value < lowest ||
-        value > highest) {
-        refuseUpload(std::string(name) + " must be an integer from " + std::to_string(lowest) +
-                     " to " + std::to_string(highest));
+    bool isExpired() const { return !finalized && currentMilliseconds() >= expires; }
+};
+
+std::optional<Upload> findUpload(const Context& context, const std::string& mediaId) {
+    Query row = context.database.query(
+        "SELECT userId, totalBytes, expires, processingMilliseconds, isPlayable, finalized "
+        "FROM uploads WHERE mediaId = ?1",
+        mediaId);
+    if (!row.next()) {
+        return std::nullopt;
     }
-    return value;
+    Upload upload{mediaId,      row.integer(0), row.integer(1),     row.integer(2),
+                  std::nullopt, row.integer(3), row.integer(4) != 0};
+    if (!row.isNull(5)) {
+        upload.finalized = row.integer(5);
+    }
+    return upload;
 }
 
-[[noreturn]] void refuseUnknownVideo() {
-    throw ServiceError(404, ErrorCode::notFound, "There is no such upload");
+ServiceError unknownUpload() {
+    return {404, "There is no such upload"};
 }
 
 /// The user's own upload that the path names. Another's is not there for them.
 Upload requireUpload(const Call& call, const Context& context) {
-    const Session session = requireSession(call, context);
-    const auto upload = context.store.uploads.find(call.argument("id"));
-    if (!upload || upload->userId != session.userId) {
-        refuseUnknownVideo();
+    const std::int64_t userId = requireUser(call, context);
+    const auto upload = findUpload(context, call.argument("id"));
+    if (!upload || upload->userId != userId) {
+        throw unknownUpload();
     }
-    if (upload->isExpired(currentMilliseconds())) {
-        throw ServiceError(410, ErrorCode::gone, "The upload has expired");
+    if (upload->isExpired()) {
+        throw ServiceError(410, "The upload has expired");
     }
     return *upload;
 }
 
-[[noreturn]] void refuseClosed() {
-    throw ServiceError(409, ErrorCode::conflict, "The upload takes no segments any more");
+/// One that takes segments.
+Upload requireOpenUpload(const Call& call, const Context& context) {
+    Upload upload = requireUpload(call, context);
+    if (upload.finalized) {
+        throw ServiceError(409, "The upload takes no segments any more");
+    }
+    return upload;
+}
+
+std::int64_t requiredInteger(const Call& call, const char* name, std::int64_t lowest,
+                             std::int64_t highest) {
+    const auto value = parseNumber<std::int64_t>(call.request.parameter(name).value_or(""));
+    if (!value || *value < lowest || *value > highest) {
+        throw ServiceError(400, std::string(name) + " must be an integer from " +
+                                    std::to_string(lowest) + " to " + std::to_string(highest));
+    }
+    return *value;
+}
+
+/// Throws away what expired uploads had.
+void removeExpired(const Context& context) {
+    const std::int64_t now = currentMilliseconds();
+    const std::string expired = "FROM uploadSegments WHERE mediaId IN (SELECT mediaId FROM uploads "
+                                "WHERE finalized IS NULL AND expires <= ?1)";
+    {
+        Query query = context.database.query("SELECT file " + expired, now);
+        while (query.next()) {
+            context.uploadFolder.remove(query.text(0));
+        }
+    }
+    context.database.run("DELETE " + expired, now);
 }
 
 Answer initiate(const Call& call, const Context& context) {
-    const Session session = requireSession(call, context);
+    const std::int64_t userId = requireUser(call, context);
     const std::int64_t totalBytes = requiredInteger(call, "totalBytes", 1, mostBytes);
-    if (call.request.parameter("mediaType") != mediaType) {
-        refuseUpload("mediaType must be " + std::string(mediaType));
+    if (call.request.parameter("mediaType") != uploadType) {
+        throw ServiceError(400, std::string("mediaType must be ") + uploadType);
     }
-    const std::int64_t seconds = context.uploads.expirySeconds;
-    const Upload upload = context.store.uploads.add(session.userId, totalBytes, 1000 * seconds);
-    return dataAnswer({{"mediaId", upload.mediaId}, {"expiresAfterSecs", seconds}});
+    const std::int64_t seconds = context.uploadTimes.expirySeconds;
+    const std::string mediaId = randomText(12);
+    context.database.transact([&] {
+        removeExpired(context);
+        context.database.run("INSERT INTO uploads (mediaId, userId, totalBytes, expires) "
+                             "VALUES (?1, ?2, ?3, ?4)",
+                             mediaId, userId, totalBytes, currentMilliseconds() + 1000 * seconds);
+    });
+    return dataAnswer({{"mediaId", mediaId}, {"expiresAfterSecs", seconds}});
 }
 
-Answer takeSegment(const Call& call, RequestBody& body, const Context& context) {
-    const Upload upload = requireUpload(call, context);
-    if (upload.finalized) {
-        refuseClosed();
+/// Puts the file in the segment's place, if the upload still takes segments.
+void keepSegment(const Call& call, const Context& context, std::int64_t index, FileWriter& file) {
+    const std::string& mediaId = call.argument("id");
+    std::optional<std::string> replaced;
+    context.database.transact([&] {
+        requireOpenUpload(call, context);
+        replaced = context.database.text(
+            "SELECT file FROM uploadSegments WHERE mediaId = ?1 AND segmentIndex = ?2", mediaId,
+            index);
+        context.database.run("INSERT OR REPLACE INTO uploadSegments "
+                             "(mediaId, segmentIndex, file, bytes) VALUES (?1, ?2, ?3, ?4)",
+                             mediaId, index, file.file().name, file.file().bytes);
+    });
+    file.keep();
+    if (replaced) {
+        context.uploadFolder.remove(*replaced);
     }
+}
+
+Answer takeSegment(const Call& call, const Context& context) {
+    const Upload upload = requireOpenUpload(call, context);
     const std::int64_t index = requiredInteger(call, "segmentIndex", 0, mostSegments);
-    FileWriter file(context.store.uploadFolder);
+    FileWriter file(context.uploadFolder);
     std::int64_t bytes = 0;
     bool isStored = true;
-    const bool isWhole = body.read([&](std::string_view piece) {
+    const bool isWhole = call.body.read([&](std::string_view piece) {
         bytes += static_cast<std::int64_t>(piece.size());
         isStored = bytes <= upload.totalBytes && file.write(piece);
         return isStored;
     });
     if (bytes > upload.totalBytes) {
-        refuseUpload("The segment is larger than the video was said to be");
+        throw ServiceError(400, "The segment is larger than the video was said to be");
     }
     if (!isStored) {
-        throw ServiceError(500, ErrorCode::internal, "The segment cannot be stored");
+        throw ServiceError(500, "The segment cannot be stored");
     }
     if (!isWhole) {
-        refuseUpload("The segment broke off");
+        throw ServiceError(400, "The segment broke off");
     }
     if (bytes == 0) {
-        refuseUpload("The segment is empty");
+        throw ServiceError(400, "The segment is empty");
     }
-    if (!context.store.uploads.keep(upload.mediaId, index, file)) {
-        requireUpload(call, context); // it may have expired meanwhile
-        refuseClosed();
+    keepSegment(call, context, index, file);
+    return dataAnswer();
+}
+
+struct Segment {
+    std::int64_t index = 0;
+    StoredFile file;
+};
+
+/// Everything that an upload has, in order.
+std::vector<Segment> segmentsOf(const Context& context, const std::string& mediaId) {
+    std::vector<Segment> segments;
+    Query query = context.database.query("SELECT segmentIndex, file, bytes FROM uploadSegments "
+                                         "WHERE mediaId = ?1 ORDER BY segmentIndex",
+                                         mediaId);
+    while (query.next()) {
+        segments.push_back({query.integer(0), {query.text(1), query.integer(2)}});
     }
-    return dataAnswer(Json::object());
+    return segments;
+}
+
+/// The segments as one file that is read as it is sent.
+AnswerStream joined(const Context& context, const std::vector<Segment>& segments) {
+    AnswerStream video;
+    std::vector<StoredFile> files;
+    for (const Segment& segment : segments) {
+        video.bytes += static_cast<std::uint64_t>(segment.file.bytes);
+        files.push_back(segment.file);
+    }
+    video.read = [files, &folder = context.uploadFolder](std::uint64_t offset, std::size_t count) {
+        return folder.read(files, static_cast<std::int64_t>(offset), count);
+    };
+    return video;
 }
 
 /// Segments are counted from 0 or from 1.
-void checkGapless(const std::vector<UploadSegment>& segments) {
+void checkGapless(const std::vector<Segment>& segments) {
     if (segments.empty()) {
-        refuseUpload("The upload has no segments");
+        throw ServiceError(400, "The upload has no segments");
     }
     std::int64_t expected = segments.front().index == 1 ? 1 : 0;
-    for (const UploadSegment& segment : segments) {
+    for (const Segment& segment : segments) {
         if (segment.index != expected) {
-            refuseUpload("Segment " + std::to_string(expected) + " is missing");
+            throw ServiceError(400, "Segment " + std::to_string(expected) + " is missing");
         }
         ++expected;
     }
 }
 
-struct Progress {
-    const char* state = "pending";
-    std::optional<double> percent;
-    bool isFinal = false;
-};
+/// How much of the processing is done, from 0 to 1.
+double doneOf(const Upload& upload) {
+    const auto elapsed = static_cast<double>(currentMilliseconds() - *upload.finalized);
+    return upload.processingMilliseconds == 0
+               ? 1
+               : std::min(1.0, elapsed / static_cast<double>(upload.processingMilliseconds));
+}
 
 /// A fifth of the time it waits for its turn.
-Progress progressOf(const Upload& upload) {
-    constexpr double waiting = 0.2;
-    const auto elapsed = static_cast<double>(currentMilliseconds() - *upload.finalized);
-    const double done = upload.processingMilliseconds == 0
-                            ? 1
-                            : elapsed / static_cast<double>(upload.processingMilliseconds);
-    if (done < waiting) {
-        return {"pending", 0.0, false};
-    }
-    if (done < 1) {
-        return {"in_progress", std::floor(1000 * (done - waiting) / (1 - waiting)) / 10, false};
-    }
-    return upload.isPlayable ? Progress{"succeeded", 100.0, true}
-                             : Progress{"failed", std::nullopt, true};
-}
-
-std::string videoPath(const Upload& upload) {
-    return "/media/longforms/" + upload.mediaId + ".mp4";
-}
-
 Json processingRecord(const Upload& upload) {
-    const Progress progress = progressOf(upload);
-    Json record{{"state", progress.state}};
-    if (progress.percent) {
-        record["progressPercent"] = *progress.percent;
+    constexpr double waiting = 0.2;
+    const double done = doneOf(upload);
+    if (done == 1) {
+        return upload.isPlayable ? Json{{"state", "succeeded"}, {"progressPercent", 100.0}}
+                                 : Json{{"state", "failed"}};
     }
-    if (!progress.isFinal) {
-        const double seconds = static_cast<double>(upload.processingMilliseconds) / 1000;
-        record["checkAfterSecs"] = std::clamp(seconds / 8, 0.05, 5.0);
-    }
-    return record;
+    const double seconds = static_cast<double>(upload.processingMilliseconds) / 1000;
+    const double percent = std::floor(1000 * (done - waiting) / (1 - waiting)) / 10;
+    return {{"state", done < waiting ? "pending" : "in_progress"},
+            {"progressPercent", std::max(percent, 0.0)},
+            {"checkAfterSecs", std::clamp(seconds / 8, 0.05, 5.0)}};
 }
 
 /// "size" is what the service has of the video; all of it once it is finalized.
-Json uploadRecord(const Upload& upload, const Context& context) {
-    Json record{{"mediaId", upload.mediaId},
-                {"size", context.store.uploads.joined(upload.mediaId).bytes()}};
+Answer uploadAnswer(const Upload& upload, const Context& context) {
+    const AnswerStream video = joined(context, segmentsOf(context, upload.mediaId));
+    Json record{{"mediaId", upload.mediaId}, {"size", video.bytes}};
     if (!upload.finalized) {
         record["expiresAfterSecs"] =
             static_cast<double>(upload.expires - currentMilliseconds()) / 1000;
-        return record;
+        return dataAnswer(record);
     }
     record["processingInfo"] = processingRecord(upload);
     if (record["processingInfo"]["state"] == "succeeded") {
-        record["videoUrl"] = context.baseUrl + videoPath(upload);
+        record["videoUrl"] = context.baseUrl + "/media/longforms/" + upload.mediaId + ".mp4";
     }
-    return record;
+    return dataAnswer(record);
+}
+
+Answer showStatus(const Call& call, const Context& context) {
+    return uploadAnswer(requireUpload(call, context), context);
+}
+
+void finalizeOpen(const Upload& upload, const Context& context) {
+    const auto segments = segmentsOf(context, upload.mediaId);
+    checkGapless(segments);
+    const AnswerStream video = joined(context, segments);
+    const auto bytes = static_cast<std::int64_t>(video.bytes);
+    if (bytes != upload.totalBytes) {
+        throw ServiceError(400, "The segments have " + std::to_string(bytes) + " bytes, not the " +
+                                    std::to_string(upload.totalBytes) + " that were announced");
+    }
+    const bool isPlayable = isMp4(bytes, [&video](std::int64_t offset, std::size_t count) {
+        return video.read(static_cast<std::uint64_t>(offset), count);
+    });
+    context.database.run("UPDATE uploads SET finalized = ?2, processingMilliseconds = ?3, "
+                         "isPlayable = ?4 WHERE mediaId = ?1",
+                         upload.mediaId, currentMilliseconds(),
+                         static_cast<std::int64_t>(1000 * context.uploadTimes.processingSeconds),
+                         isPlayable);
 }
 
 Answer finalize(const Call& call, const Context& context) {
-    const auto lock = context.store.database.lock();
-    const Upload upload = requireUpload(call, context);
-    // Whose first answer was lost may ask again.
-    if (!upload.finalized) {
-        checkGapless(context.store.uploads.segments(upload.mediaId));
-        const JoinedFiles video = context.store.uploads.joined(upload.mediaId);
-        if (video.bytes() != upload.totalBytes) {
-            refuseUpload("The segments have " + std::to_string(video.bytes()) + " bytes, not the " +
-                         std::to_string(upload.totalBytes) + " that were announced");
+    context.database.transact([&] {
+        const Upload upload = requireUpload(call, context);
+        // Whose first answer was lost may ask again.
+        if (!upload.finalized) {
+            finalizeOpen(upload, context);
         }
-        const bool isPlayable =
-            isMp4(video.bytes(), [&video](std::int64_t offset, std::size_t count) {
-                return video.read(offset, count);
-            });
-        context.store.uploads.finalize(
-            upload.mediaId,
-            static_cast<std::int64_t>(1000 * context.uploads.processingSeconds.load()), isPlayable);
-    }
-    return dataAnswer(uploadRecord(*context.store.uploads.find(upload.mediaId), context));
+    });
+    return showStatus(call, context);
 }
 
-Answer uploadedVideo(const Call& call, const Context& context) {
+Answer serveVideo(const Call& call, const Context& context) {
     constexpr std::string_view ending = ".mp4";
     const std::string& file = call.argument("file");
     const std::string mediaId =
         file.ends_with(ending) ? file.substr(0, file.size() - ending.size()) : std::string();
-    const auto upload = context.store.uploads.find(mediaId);
-    if (!upload || !upload->finalized || !upload->isPlayable || !progressOf(*upload).isFinal) {
-        throw ServiceError(404, ErrorCode::notFound, "There is no such file");
+    const auto upload = findUpload(context, mediaId);
+    if (!upload || !upload->finalized || !upload->isPlayable || doneOf(*upload) < 1) {
+        throw ServiceError(404, "There is no such file");
     }
-    const JoinedFiles video = context.store.uploads.joined(mediaId);
-    Answer answer =
-        fileAnswer(call.request, std::string(mediaType),
-                   AnswerStream{static_cast<std::uint64_t>(video.bytes()),
-                                [video](std::uint64_t offset, std::size_t count) {
-                                    return video.read(static_cast<std::int64_t>(offset), count);
-                                }},
-                   mediaId);
-    answer.atMediaRate = true;
-    return answer;
+    return fileAnswer(call.request, uploadType, joined(context, segmentsOf(context, mediaId)),
+                      mediaId);
+}
+
+Answer listUploads(const Call& /*call*/, const Context& context) {
+    Json uploads = records(context, "SELECT mediaId, userId, totalBytes, "
+                                    "finalized IS NOT NULL AS \"finalized?\" "
+                                    "FROM uploads ORDER BY rowid");
+    for (Json& upload : uploads) {
+        upload["segments"] = records(context,
+                                     "SELECT segmentIndex AS \"index\", bytes "
+                                     "FROM uploadSegments WHERE mediaId = ?1 ORDER BY segmentIndex",
+                                     upload["mediaId"].get<std::string>());
+    }
+    return jsonAnswer({{"uploads", uploads}});
+}
+
+Answer expireUpload(const Call& call, const Context& context) {
+    if (context.database.run("UPDATE uploads SET expires = ?2 WHERE mediaId = ?1",
+                             call.argument("id"), currentMilliseconds()) == 0) {
+        throw unknownUpload();
+    }
+    return jsonAnswer();
 }
 
 } // namespace
 
-void addUploadRoutes(Router& router, const Context& context) {
-    router.add("POST", "/upload/longform-videos",
-               [&context](const Call& call) { return initiate(call, context); });
-    router.addStream("PUT", "/upload/longform-videos/:id",
-                     [&context](const Call& call, RequestBody& body) {
-                         return takeSegment(call, body, context);
-                     });
-    router.add("POST", "/upload/longform-videos/:id",
-               [&context](const Call& call) { return finalize(call, context); });
-    router.add("GET", "/upload/longform-videos/:id/status", [&context](const Call& call) {
-        return dataAnswer(uploadRecord(requireUpload(call, context), context));
-    });
-    router.add("GET", "/media/longforms/:file",
-               [&context](const Call& call) { return uploadedVideo(call, context); });
+void addUploadRoutes(Routes& routes) {
+    routes.add("POST", "/upload/longform-videos", initiate);
+    routes.add("PUT", "/upload/longform-videos/:id", takeSegment, Router::Body::Streamed);
+    routes.add("POST", "/upload/longform-videos/:id", finalize);
+    routes.add("GET", "/upload/longform-videos/:id/status", showStatus);
+    routes.add("GET", "/media/longforms/:file", serveVideo);
+    routes.add("GET", "/_service/uploads", listUploads);
+    routes.add("POST", "/_service/uploads/:id/expire", expireUpload);
 }
 
 } // namespace KeloService

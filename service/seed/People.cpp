@@ -1,4 +1,4 @@
-#include "service/seed/People.hpp"
+#include "service/seed/Captions.hpp"
 
 namespace KeloService {
 namespace {

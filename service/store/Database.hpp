@@ -1,6 +1,7 @@
 #pragma once
 
-#include <cstddef>
+#include <sqlite3.h>
+
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -9,10 +10,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <vector>
-
-struct sqlite3;
-struct sqlite3_stmt;
+#include <type_traits>
 
 namespace KeloService {
 
@@ -22,80 +20,105 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+struct SqliteDeleter {
+    void operator()(sqlite3* connection) const { sqlite3_close(connection); }
+    void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+};
+/// Prepared statements by their text.
+using Statements = std::multimap<std::string, std::unique_ptr<sqlite3_stmt, SqliteDeleter>>;
+
 class Database;
 
-/// One run of a prepared statement. Hold the database's lock for as long as it lives.
+/// One run of a statement. Other threads wait for the database as long as it lives.
 class Query {
 public:
+    /// Binds the values to ?1, ?2, ... in order; an absent one is null.
+    template <typename... Values>
+    Query(Database& database, const std::string& sql, const Values&... values)
+        : Query(database, sql) {
+        int position = 0;
+        (bind(++position, values), ...);
+    }
+    Query(Database& database, const std::string& sql);
     ~Query();
     Query(const Query&) = delete;
     Query& operator=(const Query&) = delete;
 
-    /// Binds the values to ?1, ?2, ... in order.
-    template <typename... Values>
-    Query& bind(const Values&... values) {
-        int position = 0;
-        (bindAt(++position, values), ...);
-        return *this;
-    }
     /// Moves to the next row; false after the last.
     bool next();
-    /// Runs a statement that has no rows.
-    void run();
-    /// Makes the statement ready for other values.
-    void reset();
 
-    std::int64_t integer(int column) const;
-    double real(int column) const;
+    int columns() const { return sqlite3_column_count(statement_); }
+    std::string name(int column) const { return sqlite3_column_name(statement_, column); }
+    /// SQLITE_INTEGER, SQLITE_FLOAT, SQLITE_TEXT or SQLITE_NULL.
+    int type(int column) const { return sqlite3_column_type(statement_, column); }
+    bool isNull(int column) const { return type(column) == SQLITE_NULL; }
+    std::int64_t integer(int column) const { return sqlite3_column_int64(statement_, column); }
+    double real(int column) const { return sqlite3_column_double(statement_, column); }
     std::string text(int column) const;
-    bool boolean(int column) const { return integer(column) != 0; }
-    bool isNull(int column) const;
-    int columns() const;
 
 private:
-    friend class Database;
-    Query(Database& database, std::string sql, sqlite3_stmt* statement);
-
-    void bindAt(int position, std::int64_t value);
-    void bindAt(int position, int value) { bindAt(position, static_cast<std::int64_t>(value)); }
-    void bindAt(int position, bool value) { bindAt(position, static_cast<std::int64_t>(value)); }
-    void bindAt(int position, double value);
-    void bindAt(int position, std::string_view value);
-    void bindAt(int position, const std::string& value) {
-        bindAt(position, std::string_view(value));
-    }
-    void bindAt(int /*position*/, std::nullptr_t /*value*/) {}
-    void bindAt(int position, const char* value) { bindAt(position, std::string_view(value)); }
     template <typename Value>
-    void bindAt(int position, const std::optional<Value>& value) {
+    void bind(int position, const Value& value) {
+        if constexpr (std::is_integral_v<Value>) {
+            sqlite3_bind_int64(statement_, position, static_cast<std::int64_t>(value));
+        } else if constexpr (std::is_floating_point_v<Value>) {
+            sqlite3_bind_double(statement_, position, value);
+        } else {
+            const std::string_view text(value);
+            sqlite3_bind_text64(statement_, position, text.data(), text.size(), SQLITE_TRANSIENT,
+                                SQLITE_UTF8);
+        }
+    }
+    template <typename Value>
+    void bind(int position, const std::optional<Value>& value) {
         if (value) {
-            bindAt(position, *value);
+            bind(position, *value);
         }
     }
 
     Database& database_;
-    std::string sql_;
+    std::unique_lock<std::recursive_mutex> lock_;
+    Statements::node_type kept_;
     sqlite3_stmt* statement_;
 };
 
-/// One SQLite database with its prepared statements. Many threads may share it, each under `lock`.
+/// All that the service remembers: one SQLite database. Safe to use from any thread.
 class Database {
 public:
     /// Opens or makes the file (":memory:" for none) and sees to it that it holds this service's
-    /// tables. Throws DatabaseError.
+    /// tables, and the seed where they were empty. Throws DatabaseError.
     explicit Database(const std::string& file);
-    ~Database();
-    Database(const Database&) = delete;
-    Database& operator=(const Database&) = delete;
 
-    /// May be taken again by the thread that holds it.
-    [[nodiscard]] std::unique_lock<std::recursive_mutex> lock() { return std::unique_lock(mutex_); }
-    Query query(const std::string& sql);
-    /// Runs statements that have neither values nor rows.
+    template <typename... Values>
+    Query query(const std::string& sql, const Values&... values) {
+        return Query(*this, sql, values...);
+    }
+    /// Runs a statement that has no rows; how many rows of tables it changed.
+    template <typename... Values>
+    int run(const std::string& sql, const Values&... values) {
+        Query query(*this, sql, values...);
+        while (query.next()) {
+        }
+        return sqlite3_changes(connection_.get());
+    }
+    /// The first column of the first row, if there is one.
+    template <typename... Values>
+    std::optional<std::int64_t> number(const std::string& sql, const Values&... values) {
+        Query query(*this, sql, values...);
+        return query.next() ? std::optional(query.integer(0)) : std::nullopt;
+    }
+    template <typename... Values>
+    std::optional<std::string> text(const std::string& sql, const Values&... values) {
+        Query query(*this, sql, values...);
+        return query.next() ? std::optional(query.text(0)) : std::nullopt;
+    }
+    /// Runs several statements that have neither values nor rows.
     void execute(const std::string& sql);
-    /// Everything that `work` writes is kept, or nothing when it throws. Under the lock.
+    /// Everything that `work` writes is kept, or nothing when it throws. No other thread writes
+    /// meanwhile.
     template <typename Work>
     void transact(Work work) {
+        const std::lock_guard lock(mutex_);
         execute("BEGIN IMMEDIATE");
         try {
             work();
@@ -105,16 +128,16 @@ public:
         }
         execute("COMMIT");
     }
-    std::int64_t lastRowId() const;
 
 private:
     friend class Query;
     [[noreturn]] void fail() const;
-    void giveBack(const std::string& sql, sqlite3_stmt* statement);
+    Statements::node_type take(const std::string& sql);
 
-    sqlite3* connection_ = nullptr;
     std::recursive_mutex mutex_;
-    std::map<std::string, std::vector<sqlite3_stmt*>> idle_;
+    std::unique_ptr<sqlite3, SqliteDeleter> connection_;
+    /// Those that no query uses now.
+    Statements idle_;
 };
 
 /// Makes the tables in an empty database; throws DatabaseError when the database is another's or

@@ -5,7 +5,7 @@ namespace {
 
 /// "KELO", so that another program's database is not mistaken for ours.
 constexpr std::int64_t applicationId = 0x4B454C4F;
-constexpr std::int64_t schemaVersion = 5;
+constexpr std::int64_t schemaVersion = 6;
 
 // Times are milliseconds since 1970 in UTC. Paths are relative to the service's own address, which
 // is not known before it listens.
@@ -57,7 +57,9 @@ CREATE TABLE posts (
     onFire INTEGER NOT NULL,
     likeCount INTEGER NOT NULL,
     commentCount INTEGER NOT NULL,
-    repostCount INTEGER NOT NULL
+    repostCount INTEGER NOT NULL,
+    venueId TEXT REFERENCES venues,
+    trackId INTEGER REFERENCES tracks
 );
 CREATE INDEX postsByCreated ON posts (created, postId);
 CREATE INDEX postsByPopularity ON posts (popularity, postId);
@@ -94,13 +96,6 @@ CREATE TABLE entities (
     title TEXT NOT NULL,
     PRIMARY KEY (postId, start)
 ) WITHOUT ROWID;
-CREATE TABLE venueCategories (
-    categoryId TEXT PRIMARY KEY,
-    shortName TEXT NOT NULL,
-    -- Of the icon's path: the size stands between them.
-    iconPrefix TEXT NOT NULL,
-    iconSuffix TEXT NOT NULL
-) WITHOUT ROWID;
 CREATE TABLE venues (
     venueId TEXT PRIMARY KEY,
     name TEXT NOT NULL,
@@ -110,7 +105,8 @@ CREATE TABLE venues (
     country TEXT NOT NULL,
     latitude REAL NOT NULL,
     longitude REAL NOT NULL,
-    categoryId TEXT REFERENCES venueCategories
+    categoryId TEXT,
+    categoryName TEXT
 ) WITHOUT ROWID;
 CREATE TABLE tracks (
     trackId INTEGER PRIMARY KEY,
@@ -120,12 +116,6 @@ CREATE TABLE tracks (
     affiliateToken TEXT,
     hasTimeline INTEGER NOT NULL,
     artPath TEXT
-);
--- Where posts were made and what is heard in them.
-CREATE TABLE postExtras (
-    postId INTEGER PRIMARY KEY REFERENCES posts,
-    venueId TEXT REFERENCES venues,
-    trackId INTEGER REFERENCES tracks
 );
 -- The stretch that links somewhere, where there is one, in code points.
 CREATE TABLE bylines (
@@ -203,10 +193,6 @@ CREATE TABLE loops (
 );
 CREATE TABLE longforms (
     longformId TEXT PRIMARY KEY,
-    videoPath TEXT NOT NULL,
-    thumbnailPath TEXT NOT NULL,
-    duration REAL NOT NULL,
-    aspectRatio REAL NOT NULL,
     viewCount INTEGER NOT NULL
 ) WITHOUT ROWID;
 CREATE TABLE views (
@@ -242,23 +228,16 @@ CREATE TABLE sounds (
 );
 )sql";
 
-std::int64_t number(Database& database, const std::string& sql) {
-    Query query = database.query(sql);
-    query.next();
-    return query.integer(0);
-}
-
 } // namespace
 
 void prepareSchema(Database& database) {
-    const auto lock = database.lock();
     // The first statement that reads the file: what is no database at all fails here.
-    const std::int64_t objects = number(database, "SELECT count(*) FROM sqlite_master");
-    const std::int64_t owner = number(database, "PRAGMA application_id");
+    const auto objects = database.number("SELECT count(*) FROM sqlite_master");
+    const auto owner = database.number("PRAGMA application_id");
     if (owner != applicationId && (objects != 0 || owner != 0)) {
         throw DatabaseError("it belongs to another program");
     }
-    if (owner == applicationId && number(database, "PRAGMA user_version") != schemaVersion) {
+    if (owner == applicationId && database.number("PRAGMA user_version") != schemaVersion) {
         throw DatabaseError("it was made by another version");
     }
     database.execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL");

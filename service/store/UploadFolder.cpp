@@ -1,42 +1,35 @@
 #include "service/store/UploadFolder.hpp"
 
-#include "service/store/Password.hpp"
+#include "service/Encoding.hpp"
 
 #include <fcntl.h>
 #include <stdlib.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
+#include <fstream>
 #include <stdexcept>
-#include <utility>
 
 namespace KeloService {
-namespace {
-
-std::string makeTemporary() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "kelo-service-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr) {
-        throw std::runtime_error("cannot make the folder " + pattern + " for uploads");
-    }
-    return pattern;
-}
-
-std::string makeBeside(const std::string& database) {
-    std::string path = database + ".uploads";
-    std::error_code error;
-    std::filesystem::create_directories(path, error);
-    if (error) {
-        throw std::runtime_error("cannot make the folder " + path + ": " + error.message());
-    }
-    return path;
-}
-
-} // namespace
 
 UploadFolder::UploadFolder(const std::string& database)
-    : path_(database == ":memory:" ? makeTemporary() : makeBeside(database))
-    , isTemporary_(database == ":memory:") {}
+    : path_(database + ".uploads")
+    , isTemporary_(database == ":memory:") {
+    std::error_code error;
+    if (isTemporary_) {
+        path_ = (std::filesystem::temp_directory_path() / "kelo-service-XXXXXX").string();
+        if (mkdtemp(path_.data()) == nullptr) {
+            error = std::error_code(errno, std::generic_category());
+        }
+    } else {
+        std::filesystem::create_directories(path_, error);
+    }
+    if (error) {
+        throw std::runtime_error("cannot make the folder " + path_ + ": " + error.message());
+    }
+}
 
 UploadFolder::~UploadFolder() {
     if (isTemporary_) {
@@ -47,6 +40,22 @@ UploadFolder::~UploadFolder() {
 
 void UploadFolder::remove(const std::string& name) const {
     ::unlink(path(name).c_str());
+}
+
+std::string UploadFolder::read(const std::vector<StoredFile>& files, std::int64_t offset,
+                               std::size_t count) const {
+    for (const StoredFile& file : files) {
+        if (offset < file.bytes) {
+            std::string bytes(std::min(count, static_cast<std::size_t>(file.bytes - offset)), '\0');
+            std::ifstream stream(path(file.name), std::ios::binary);
+            stream.seekg(offset);
+            stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+            bytes.resize(static_cast<std::size_t>(stream.gcount()));
+            return bytes;
+        }
+        offset -= file.bytes;
+    }
+    return {};
 }
 
 FileWriter::FileWriter(const UploadFolder& folder)
@@ -74,30 +83,6 @@ bool FileWriter::write(std::string_view bytes) {
         bytes.remove_prefix(static_cast<std::size_t>(written));
     }
     return true;
-}
-
-JoinedFiles::JoinedFiles(const UploadFolder& folder, std::vector<StoredFile> files)
-    : folder_(&folder)
-    , files_(std::move(files)) {
-    for (const StoredFile& file : files_) {
-        bytes_ += file.bytes;
-    }
-}
-
-std::string JoinedFiles::read(std::int64_t offset, std::size_t count) const {
-    for (const StoredFile& file : files_) {
-        if (offset >= file.bytes) {
-            offset -= file.bytes;
-            continue;
-        }
-        const int descriptor = ::open(folder_->path(file.name).c_str(), O_RDONLY | O_CLOEXEC);
-        std::string bytes(std::min(count, static_cast<std::size_t>(file.bytes - offset)), '\0');
-        const ssize_t got = ::pread(descriptor, bytes.data(), bytes.size(), offset);
-        ::close(descriptor);
-        bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
-        return bytes;
-    }
-    return {};
 }
 
 } // namespace KeloService

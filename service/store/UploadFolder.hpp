@@ -25,6 +25,10 @@ public:
 
     std::string path(const std::string& name) const { return path_ + "/" + name; }
     void remove(const std::string& name) const;
+    /// At least one and at most `count` bytes from there on of the files, one behind the other;
+    /// empty at the end, and when they cannot be read.
+    std::string read(const std::vector<StoredFile>& files, std::int64_t offset,
+                     std::size_t count) const;
 
 private:
     std::string path_;
@@ -49,22 +53,6 @@ private:
     StoredFile file_;
     int descriptor_;
     bool isKept_ = false;
-};
-
-/// Files of the folder, one behind the other, as if they were one.
-class JoinedFiles {
-public:
-    JoinedFiles(const UploadFolder& folder, std::vector<StoredFile> files);
-
-    std::int64_t bytes() const { return bytes_; }
-    /// At least one and at most `count` bytes from there on; empty at the end, and when they cannot
-    /// be read.
-    std::string read(std::int64_t offset, std::size_t count) const;
-
-private:
-    const UploadFolder* folder_;
-    std::vector<StoredFile> files_;
-    std::int64_t bytes_ = 0;
 };
 
 } // namespace KeloService

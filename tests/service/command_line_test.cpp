@@ -4,15 +4,14 @@
 
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
+#include <filesystem>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace KeloServiceTest {
@@ -20,8 +19,6 @@ namespace {
 
 class CommandLineTest : public ::testing::Test {
 protected:
-    CommandLineTest() { writeCertificate(certificate, key); }
-
     /// The arguments of a service that would run, with others appended.
     std::vector<std::string> with(const std::vector<std::string>& more) const {
         std::vector<std::string> arguments{"--port", "0", "--certificate",     certificate,
@@ -52,80 +49,83 @@ protected:
         return client.readAnswer();
     }
 
+    /// A service that stops in peace at the end, with these arguments more.
+    struct Running {
+        explicit Running(const std::vector<std::string>& arguments, const std::string& program = "")
+            : process(arguments, program)
+            , port(portOf(process.readLine())) {}
+        Process::Outcome stop(int signal = SIGTERM) {
+            process.signal(signal);
+            Process::Outcome outcome = process.wait();
+            EXPECT_EQ(outcome.code, 0);
+            EXPECT_EQ(outcome.errors, "");
+            return outcome;
+        }
+
+        Process process;
+        int port;
+    };
+
     TemporaryFolder folder;
-    std::string certificate = folder.file("certificate.pem");
-    std::string key = folder.file("certificate.key");
+    CertificateFiles files{folder};
+    std::string certificate = files.certificate;
+    std::string key = files.key;
 };
 
 TEST_F(CommandLineTest, ServesUntilToldToStop) {
     for (const int signal : {SIGINT, SIGTERM}) {
-        Process process(with({}));
-        const int port = portOf(process.readLine());
-        EXPECT_NE(ask(port, "/users/me", "kelo-development-session").find("\"mara\""),
+        Running service(with({}));
+        EXPECT_NE(ask(service.port, "/users/me", "kelo-development-session").find("\"mara\""),
                   std::string::npos);
-        process.signal(signal);
-        const Process::Outcome outcome = process.wait();
-        EXPECT_EQ(outcome.code, 0);
-        EXPECT_EQ(outcome.errors, "");
-        EXPECT_NE(outcome.output.find("kelo-development-session"), std::string::npos);
+        EXPECT_NE(service.stop(signal).output.find("kelo-development-session"), std::string::npos);
     }
 }
 
 TEST_F(CommandLineTest, QuietPrintsTheAddressAlone) {
-    Process process(with({"--quiet"}));
-    EXPECT_GT(portOf(process.readLine()), 0);
-    process.signal(SIGTERM);
-    EXPECT_EQ(process.wait().output, "");
+    Running service(with({"--quiet"}));
+    EXPECT_GT(service.port, 0);
+    EXPECT_EQ(service.stop().output, "");
 }
 
 TEST_F(CommandLineTest, StopsAtOnceWhileAConnectionStalls) {
     const std::string faults =
         folder.write("faults.json", R"([{"action":{"type":"stall","afterBytes":3}}])");
-    Process process(with({"--faults", faults}));
-    RawClient client(portOf(process.readLine()));
+    Running service(with({"--faults", faults}));
+    RawClient client(service.port);
     client.send("GET /users/me HTTP/1.1\r\n\r\n");
     EXPECT_EQ(client.readAll(200).bytes, "HTT");
-    process.signal(SIGTERM);
-    EXPECT_EQ(process.wait().code, 0);
+    service.stop();
 }
 
 TEST_F(CommandLineTest, AddsSessions) {
-    Process process(with({"--session", "kofi=one", "--session", "theo.loops=two=three"}));
-    const int port = portOf(process.readLine());
-    EXPECT_NE(ask(port, "/users/me", "one").find("\"kofi\""), std::string::npos);
-    EXPECT_NE(ask(port, "/users/me", "two=three").find("\"theo.loops\""), std::string::npos);
-    process.signal(SIGTERM);
-    EXPECT_EQ(process.wait().code, 0);
+    Running service(with({"--session", "kofi=one", "--session", "theo.loops=two=three"}));
+    EXPECT_NE(ask(service.port, "/users/me", "one").find("\"kofi\""), std::string::npos);
+    EXPECT_NE(ask(service.port, "/users/me", "two=three").find("\"theo.loops\""),
+              std::string::npos);
+    service.stop();
 }
 
-TEST_F(CommandLineTest, BeginsWithAMediaRate) {
-    Process process(with({"--media-rate", "4321"}));
-    const std::string answer = ask(portOf(process.readLine()), "/_service/media-rate", "");
-    EXPECT_TRUE(answer.ends_with(R"({"bytesPerSecond":4321})")) << answer;
-    process.signal(SIGTERM);
-    EXPECT_EQ(process.wait().code, 0);
-}
-
-TEST_F(CommandLineTest, BeginsWithTimesAndARateForUploads) {
-    Process process(
-        with({"--upload-rate", "4321", "--upload-expiry", "77", "--processing-time", "0.5"}));
-    const int port = portOf(process.readLine());
-    const std::string rate = ask(port, "/_service/upload-rate", "");
-    EXPECT_TRUE(rate.ends_with(R"({"bytesPerSecond":4321})")) << rate;
-    const std::string time = ask(port, "/_service/processing-time", "");
-    EXPECT_TRUE(time.ends_with(R"({"seconds":0.5})")) << time;
-    process.signal(SIGTERM);
-    EXPECT_EQ(process.wait().code, 0);
+TEST_F(CommandLineTest, BeginsWithTimesAndRates) {
+    Running service(with({"--media-rate", "4321", "--upload-rate", "1234", "--upload-expiry", "77",
+                          "--processing-time", "0.5"}));
+    const std::pair<const char*, const char*> settings[] = {
+        {"/_service/media-rate", R"({"bytesPerSecond":4321})"},
+        {"/_service/upload-rate", R"({"bytesPerSecond":1234})"},
+        {"/_service/processing-time", R"({"seconds":0.5})"},
+    };
+    for (const auto& [path, value] : settings) {
+        const std::string answer = ask(service.port, path, "");
+        EXPECT_TRUE(answer.ends_with(value)) << answer;
+    }
+    service.stop();
 }
 
 TEST_F(CommandLineTest, KeepsItsStateInAFile) {
-    const std::string database = folder.file("service.db");
+    const std::string database = folder.path("service.db");
     for (const char* more : {"--session=kofi=kept", "--quiet"}) {
-        Process process(with({"--database", database, more}));
-        const int port = portOf(process.readLine());
-        EXPECT_NE(ask(port, "/users/me", "kept").find("\"kofi\""), std::string::npos);
-        process.signal(SIGTERM);
-        EXPECT_EQ(process.wait().code, 0);
+        Running service(with({"--database", database, more}));
+        EXPECT_NE(ask(service.port, "/users/me", "kept").find("\"kofi\""), std::string::npos);
+        service.stop();
     }
 }
 
@@ -140,29 +140,23 @@ TEST_F(CommandLineTest, ListensOnIPv6) {
     if (!available) {
         GTEST_SKIP() << "this machine has no IPv6";
     }
-    Process process(with({"--listen", "::1"}));
-    EXPECT_GT(portOf(process.readLine()), 0);
-    process.signal(SIGTERM);
-    EXPECT_EQ(process.wait().code, 0);
+    Running service(with({"--listen", "::1"}));
+    EXPECT_GT(service.port, 0);
+    service.stop();
 }
 
 TEST_F(CommandLineTest, FindsTheDevelopmentCertificateBesideItsFolder) {
-    const std::string binaries = folder.file("bin");
-    const std::string certificates = folder.file("certificates");
-    mkdir(binaries.c_str(), 0700);
-    mkdir(certificates.c_str(), 0700);
-    std::filesystem::copy_file(KELO_SERVICE_BINARY, binaries + "/kelo-service");
-    {
-        Process process({"--port", "0"}, binaries + "/kelo-service");
-        const Process::Outcome outcome = process.wait();
-        EXPECT_EQ(outcome.code, 2);
-        EXPECT_NE(outcome.errors.find("development-1.pem"), std::string::npos) << outcome.errors;
-    }
-    writeCertificate(certificates + "/development-1.pem", certificates + "/development-1.key");
-    Process process({"--port", "0", "--exit-with-parent"}, binaries + "/kelo-service");
-    EXPECT_GT(portOf(process.readLine()), 0);
-    process.signal(SIGTERM);
-    EXPECT_EQ(process.wait().code, 0);
+    const std::string binary = folder.path("bin") + "/kelo-service";
+    std::filesystem::create_directory(folder.path("bin"));
+    std::filesystem::create_directory(folder.path("certificates"));
+    std::filesystem::copy_file(KELO_SERVICE_BINARY, binary);
+    const Process::Outcome outcome = Process({"--port", "0"}, binary).wait();
+    EXPECT_EQ(outcome.code, 2);
+    EXPECT_NE(outcome.errors.find("development-1.pem"), std::string::npos) << outcome.errors;
+    const CertificateFiles development(folder, "certificates/development-1");
+    Running service({"--port", "0", "--exit-with-parent"}, binary);
+    EXPECT_GT(service.port, 0);
+    service.stop();
 }
 
 TEST_F(CommandLineTest, ExplainsItself) {
@@ -181,39 +175,36 @@ TEST_F(CommandLineTest, ExplainsItself) {
 }
 
 TEST_F(CommandLineTest, RefusesBadArguments) {
-    expectRefusal({"--no-such-option"}, "--no-such-option");
+    const std::vector<std::string> unusable[] = {
+        {"--no-such-option"},      {"--port"},
+        {"--port", "eighty"},      {"--port", "65536"},
+        {"--port", "-1"},          {"--media-rate", "-1"},
+        {"--media-rate", "fast"},  {"--upload-rate", "-1"},
+        {"--upload-expiry", "-1"}, {"--processing-time", "-1"},
+    };
+    for (const auto& arguments : unusable) {
+        expectRefusal(arguments, arguments.front());
+    }
     expectRefusal({"stray"}, "stray");
-    expectRefusal({"--port"}, "--port");
-    expectRefusal({"--port", "eighty"}, "--port");
-    expectRefusal({"--port", "65536"}, "--port");
-    expectRefusal({"--port", "-1"}, "--port");
-    expectRefusal({"--media-rate", "-1"}, "--media-rate");
-    expectRefusal({"--media-rate", "fast"}, "--media-rate");
-    expectRefusal({"--upload-rate", "-1"}, "--upload-rate");
-    expectRefusal({"--upload-expiry", "-1"}, "--upload-expiry");
-    expectRefusal({"--processing-time", "-1"}, "--processing-time");
     expectRefusal({"--certificate", certificate}, "--key");
     expectRefusal({"--key", key}, "--certificate");
-    expectRefusal(with({"--session", "mara"}), "USERNAME=KEY");
-    expectRefusal(with({"--session", "=key"}), "USERNAME=KEY");
-    expectRefusal(with({"--session", "mara="}), "USERNAME=KEY");
+    for (const char* session : {"mara", "=key", "mara="}) {
+        expectRefusal(with({"--session", session}), "USERNAME=KEY");
+    }
     expectRefusal(with({"--session", "nobody=key"}), "nobody");
     expectRefusal(with({"--listen", "0.0.0.0"}), "0.0.0.0");
-}
-
-TEST_F(CommandLineTest, RefusesAPortInUse) {
-    Process first(with({}));
-    const std::string port = std::to_string(portOf(first.readLine()));
-    expectRefusal({"--port", port, "--certificate", certificate, "--key", key}, "in use");
-    first.signal(SIGTERM);
-    EXPECT_EQ(first.wait().code, 0);
+    Running first(with({}));
+    expectRefusal(
+        {"--port", std::to_string(first.port), "--certificate", certificate, "--key", key},
+        "in use");
+    first.stop();
 }
 
 TEST_F(CommandLineTest, RefusesBadDatabases) {
     expectRefusal(with({"--database", folder.write("text.db", std::string(4096, 'x'))}),
                   "not a database");
-    expectRefusal(with({"--database", folder.file("no/such/folder.db")}), "folder.db");
-    expectRefusal(with({"--database", folder.file("")}), "cannot use the database");
+    expectRefusal(with({"--database", folder.path("no/such/folder.db")}), "folder.db");
+    expectRefusal(with({"--database", folder.path("")}), "cannot use the database");
 }
 
 TEST_F(CommandLineTest, RefusesBadCertificatesAndKeys) {
@@ -221,9 +212,8 @@ TEST_F(CommandLineTest, RefusesBadCertificatesAndKeys) {
         return std::vector<std::string>{"--port", "0", "--certificate", pem, "--key", keyFile};
     };
     const std::string text = folder.write("text.pem", "no certificate\n");
-    const std::string absent = folder.file("absent.pem");
-    const std::string other = folder.file("other.key");
-    writeCertificate(folder.file("other.pem"), other);
+    const std::string absent = folder.path("absent.pem");
+    const std::string other = CertificateFiles(folder, "other").key;
     expectRefusal(serve(absent, key), "cannot read the certificate " + absent);
     expectRefusal(serve(certificate, absent), "cannot read the key " + absent);
     expectRefusal(serve(text, key), "the certificate " + text + " is not usable");
@@ -231,15 +221,15 @@ TEST_F(CommandLineTest, RefusesBadCertificatesAndKeys) {
     expectRefusal(serve(certificate, text), "the key " + text);
     expectRefusal(serve(certificate, certificate), "the key " + certificate);
     expectRefusal(serve(certificate, other), "mismatch");
-    expectRefusal(serve(folder.file(""), key), "certificate");
+    expectRefusal(serve(folder.path(""), key), "certificate");
 }
 
 TEST_F(CommandLineTest, RefusesBadFaultsFiles) {
-    expectRefusal(with({"--faults", folder.file("absent.json")}), "absent.json");
+    expectRefusal(with({"--faults", folder.path("absent.json")}), "absent.json");
     expectRefusal(with({"--faults", folder.write("bad.json", "[{]")}), "bad.json is no JSON");
     expectRefusal(with({"--faults", folder.write("wrong.json", R"([{"action":{"type":"x"}}])")}),
                   "fault 1: action.type x is not known");
-    expectRefusal(with({"--faults", folder.file("")}), "cannot read the faults file");
+    expectRefusal(with({"--faults", folder.path("")}), "cannot read the faults file");
 }
 
 TEST_F(CommandLineTest, EndsWithItsParent) {

@@ -18,10 +18,9 @@ protected:
         whole = raw.readAnswer();
     }
 
-    void addWireFault(const std::string& type, std::size_t afterBytes, Json more = Json::object()) {
-        more["type"] = type;
-        more["afterBytes"] = afterBytes;
-        addFault({{"match", {{"path", "/users/me"}}}, {"action", more}});
+    void addWireFault(Json action, std::size_t afterBytes) {
+        action["afterBytes"] = afterBytes;
+        addFault({{"match", {{"path", "/users/me"}}}, {"action", action}});
     }
     RawClient::Received ask(int silentMilliseconds = 5000) {
         RawClient raw = rawClient();
@@ -45,55 +44,35 @@ TEST_F(FaultsTest, AnswersAsUsualWithoutFaults) {
     EXPECT_TRUE(whole.ends_with("}}"));
 }
 
-TEST_F(FaultsTest, ResetsAtEveryByte) {
+struct WireCase {
+    const char* action;
+    End end;
+};
+
+class WireFaultsTest : public FaultsTest, public ::testing::WithParamInterface<WireCase> {};
+
+TEST_P(WireFaultsTest, ActAtEveryByte) {
+    const auto [action, end] = GetParam();
     std::size_t count = 0;
     for (const std::size_t place : places()) {
-        addWireFault("reset", place);
-        const auto received = ask();
-        EXPECT_EQ(received.end, End::Reset) << place;
+        addWireFault(Json::parse(action), place);
+        const auto received = ask(end == End::Silent ? 100 : 5000);
+        EXPECT_EQ(received.end, end) << place;
         EXPECT_EQ(received.bytes, whole.substr(0, place));
         EXPECT_EQ(fired(count++), 1) << place;
     }
     EXPECT_EQ(data("/users/me").at("userId"), 1001);
 }
 
-TEST_F(FaultsTest, ClosesAtEveryByte) {
-    std::size_t count = 0;
-    for (const std::size_t place : places()) {
-        addWireFault("close", place);
-        const auto received = ask();
-        EXPECT_EQ(received.end, End::Closed) << place;
-        EXPECT_EQ(received.bytes, whole.substr(0, place));
-        EXPECT_EQ(fired(count++), 1) << place;
-    }
-}
-
-TEST_F(FaultsTest, ClosesWithoutGoodbye) {
-    std::size_t count = 0;
-    for (const std::size_t place : places()) {
-        addWireFault("close", place, {{"abrupt", true}});
-        const auto received = ask();
-        EXPECT_EQ(received.end, End::Truncated) << place;
-        EXPECT_EQ(received.bytes, whole.substr(0, place));
-        EXPECT_EQ(fired(count++), 1) << place;
-    }
-}
-
-TEST_F(FaultsTest, StallsAtEveryByte) {
-    std::size_t count = 0;
-    for (const std::size_t place : places()) {
-        addWireFault("stall", place);
-        RawClient raw = rawClient();
-        raw.send(meRequest);
-        const auto received = raw.readAll(100);
-        EXPECT_EQ(received.end, End::Silent) << place;
-        EXPECT_EQ(received.bytes, whole.substr(0, place));
-        EXPECT_EQ(fired(count++), 1) << place;
-    }
-}
+INSTANTIATE_TEST_SUITE_P(Actions, WireFaultsTest,
+                         ::testing::Values(WireCase{R"({"type": "reset"})", End::Reset},
+                                           WireCase{R"({"type": "close"})", End::Closed},
+                                           WireCase{R"({"type": "close", "abrupt": true})",
+                                                    End::Truncated},
+                                           WireCase{R"({"type": "stall"})", End::Silent}));
 
 TEST_F(FaultsTest, ActsAtTheEndOfAShorterAnswer) {
-    addWireFault("reset", 1000000);
+    addWireFault({{"type", "reset"}}, 1000000);
     const auto received = ask();
     EXPECT_EQ(received.bytes, whole);
     EXPECT_EQ(received.end, End::Reset);
@@ -110,27 +89,20 @@ TEST_F(FaultsTest, ResetsALargeAnswerWithoutLosingWhatWasSent) {
 }
 
 TEST_F(FaultsTest, AStalledConnectionEndsWithItsClient) {
-    addWireFault("stall", 5);
+    addWireFault({{"type", "stall"}}, 5);
     {
         RawClient raw = rawClient();
         raw.send(meRequest);
         EXPECT_EQ(raw.readAll(100).bytes.size(), 5U);
+        EXPECT_EQ(data("/users/me").at("userId"), 1001); // on another connection
     }
-    // Only the control client's own connection is left.
+    // The two clients' own connections are left.
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
     int open = 0;
     do {
         open = control("GET", "/_service/connections").at("open").get<int>();
-    } while (open != 1 && std::chrono::steady_clock::now() < deadline);
-    EXPECT_EQ(open, 1);
-}
-
-TEST_F(FaultsTest, AStallLeavesOtherConnectionsAlone) {
-    addWireFault("stall", 0);
-    RawClient raw = rawClient();
-    raw.send(meRequest);
-    EXPECT_EQ(raw.readAll(100).bytes, "");
-    EXPECT_EQ(data("/users/me").at("userId"), 1001);
+    } while (open != 2 && std::chrono::steady_clock::now() < deadline);
+    EXPECT_EQ(open, 2);
 }
 
 TEST_F(FaultsTest, SendsGarbage) {
@@ -144,66 +116,56 @@ TEST_F(FaultsTest, SendsGarbage) {
     EXPECT_EQ(fired(0) + fired(1), 2);
 }
 
-TEST_F(FaultsTest, AnswersStatuses) {
-    addFault({{"action", {{"type", "status"}, {"status", 503}}}});
-    addFault({{"action",
-               {{"type", "status"},
-                {"status", 502},
-                {"body", "<h1>no</h1>"},
-                {"contentType", "text/html"}}}});
-    auto result = get("/users/me");
+struct AnswerCase {
+    const char* action;
+    int status;
+    std::string body;
+    std::pair<const char*, const char*> header;
+};
+
+class AnswerFaultsTest : public FaultsTest, public ::testing::WithParamInterface<AnswerCase> {};
+
+TEST_P(AnswerFaultsTest, AnswerOnce) {
+    const auto& [action, status, body, header] = GetParam();
+    addFault({{"action", Json::parse(action)}});
+    const auto result = get("/users/me");
     ASSERT_TRUE(result);
-    EXPECT_EQ(result->status, 503);
-    EXPECT_EQ(result->body, "");
-    result = get("/users/me");
-    EXPECT_EQ(result->status, 502);
-    EXPECT_EQ(result->body, "<h1>no</h1>");
-    EXPECT_EQ(result->get_header_value("Content-Type"), "text/html");
+    EXPECT_EQ(result->status, status);
+    EXPECT_EQ(result->body, body);
+    EXPECT_EQ(result->get_header_value(header.first), header.second);
+    EXPECT_EQ(fired(), 1);
     EXPECT_EQ(get("/users/me")->status, 200);
-    EXPECT_EQ(fired(0) + fired(1), 2);
 }
 
-TEST_F(FaultsTest, AnswersBodies) {
-    addFault({{"action", {{"type", "body"}, {"body", "{\"data\": {"}}}});
-    addFault({{"action", {{"type", "body"}, {"base64", "AP8="}, {"status", 201}}}});
-    auto result = get("/users/me");
-    ASSERT_TRUE(result);
-    EXPECT_EQ(result->status, 200);
-    EXPECT_EQ(result->body, "{\"data\": {");
-    EXPECT_EQ(result->get_header_value("Content-Type"), "application/json");
-    result = get("/users/me");
-    EXPECT_EQ(result->status, 201);
-    EXPECT_EQ(result->body, std::string("\0\xff", 2));
-}
+const std::pair<const char*, const char*> jsonType{"Content-Type", "application/json"};
 
-TEST_F(FaultsTest, AnswersErrors) {
-    addFault({{"action", {{"type", "error"}, {"code", 103}, {"message", "too late"}}}});
-    addFault({{"action", {{"type", "error"}, {"code", 419}, {"data", "no url at all"}}}});
-    addFault({{"action", {{"type", "error"}, {"code", 230}, {"status", 200}}}});
-    auto result = get("/users/me");
-    ASSERT_TRUE(result);
-    EXPECT_EQ(result->status, 401);
-    EXPECT_EQ(result->body, R"({"error":"too late","code":103})");
-    result = get("/users/me");
-    EXPECT_EQ(result->status, 403);
-    EXPECT_EQ(Json::parse(result->body).at("data"), "no url at all");
-    result = get("/users/me");
-    EXPECT_EQ(result->status, 200);
-    EXPECT_EQ(Json::parse(result->body).at("code"), 230);
-}
-
-TEST_F(FaultsTest, Redirects) {
-    addFault({{"action", {{"type", "redirect"}, {"location", "/timelines/empty"}}}});
-    addFault({{"action",
-               {{"type", "redirect"}, {"location", "https://example.invalid/"}, {"status", 307}}}});
-    auto result = get("/users/me");
-    ASSERT_TRUE(result);
-    EXPECT_EQ(result->status, 302);
-    EXPECT_EQ(result->get_header_value("Location"), "/timelines/empty");
-    result = get("/users/me");
-    EXPECT_EQ(result->status, 307);
-    EXPECT_EQ(result->get_header_value("Location"), "https://example.invalid/");
-}
+INSTANTIATE_TEST_SUITE_P(
+    Actions, AnswerFaultsTest,
+    ::testing::Values(
+        AnswerCase{R"({"type":"status","status":503})", 503, "", {"Content-Length", "0"}},
+        AnswerCase{
+            R"({"type":"status","status":502,"body":"<h1>no</h1>","contentType":"text/html"})",
+            502,
+            "<h1>no</h1>",
+            {"Content-Type", "text/html"}},
+        AnswerCase{R"({"type":"body","body":"{\"data\": {"})", 200, "{\"data\": {", jsonType},
+        AnswerCase{R"({"type":"body","base64":"AP8=","status":201})", 201, std::string("\0\xff", 2),
+                   jsonType},
+        AnswerCase{R"({"type":"error","code":103,"message":"too late"})", 401,
+                   R"({"error":"too late","code":103})", jsonType},
+        AnswerCase{R"({"type":"error","code":419,"data":"no url at all"})", 403,
+                   R"({"error":"A fault script says so","code":419,"data":"no url at all"})",
+                   jsonType},
+        AnswerCase{R"({"type":"error","code":230,"status":200})", 200,
+                   R"({"error":"A fault script says so","code":230})", jsonType},
+        AnswerCase{R"({"type":"redirect","location":"/timelines/empty"})",
+                   302,
+                   "",
+                   {"Location", "/timelines/empty"}},
+        AnswerCase{R"({"type":"redirect","location":"https://example.invalid/","status":307})",
+                   307,
+                   "",
+                   {"Location", "https://example.invalid/"}}));
 
 TEST_F(FaultsTest, Delays) {
     addFault({{"action", {{"type", "delay"}, {"milliseconds", 200}}}});
@@ -229,7 +191,7 @@ TEST_F(FaultsTest, FaultsAreCleared) {
 
 TEST_F(FaultsTest, FaultyRequestsAreLoggedToo) {
     control("DELETE", "/_service/requests");
-    addWireFault("reset", 0);
+    addWireFault({{"type", "reset"}}, 0);
     ask();
     EXPECT_EQ(control("GET", "/_service/requests").at("requests").size(), 1U);
 }

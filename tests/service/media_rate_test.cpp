@@ -33,10 +33,6 @@ protected:
     }
 };
 
-TEST_F(MediaRateTest, IsUnlimitedAtFirst) {
-    EXPECT_EQ(control("GET", "/_service/media-rate").at("bytesPerSecond"), 0);
-}
-
 TEST_F(MediaRateTest, DecidesHowLongAFileTakes) {
     const std::string where = videoPath();
     const std::size_t size = fetch(where).second;
@@ -80,11 +76,13 @@ TEST_F(MediaRateTest, HoldsForSmallAnswersInARow) {
 TEST_F(MediaRateTest, HoldsUpNothingElse) {
     const std::string where = videoPath();
     setRate(1);
-    RawClient slow = begin(where);
+    const RawClient slow = begin(where);
     EXPECT_EQ(data("/users/me").at("username"), "mara");
     EXPECT_EQ(get("/timelines/all?size=100")->status, 200);
     EXPECT_EQ(client.Get("/media/nothing")->status, 404);
-    slow.leave();
+    const auto before = Clock::now();
+    service.stop();
+    EXPECT_LT(Seconds(Clock::now() - before).count(), 5);
 }
 
 TEST_F(MediaRateTest, ChangesWhileAFileIsBeingSent) {
@@ -103,15 +101,6 @@ TEST_F(MediaRateTest, ChangesWhileAFileIsBeingSent) {
     EXPECT_LT(Seconds(Clock::now() - before).count(), 10);
 }
 
-TEST_F(MediaRateTest, LetsTheServiceStop) {
-    const std::string where = videoPath();
-    setRate(1);
-    const RawClient slow = begin(where);
-    const auto before = Clock::now();
-    service.stop();
-    EXPECT_LT(Seconds(Clock::now() - before).count(), 5);
-}
-
 TEST_F(MediaRateTest, LetsFaultsCutIn) {
     const std::string where = videoPath();
     setRate(10000);
@@ -121,16 +110,6 @@ TEST_F(MediaRateTest, LetsFaultsCutIn) {
     raw.send("GET " + where + " HTTP/1.1\r\n\r\n");
     EXPECT_EQ(raw.readAll().bytes.size(), 5000U);
     EXPECT_GT(Seconds(Clock::now() - before).count(), 0.4);
-}
-
-TEST_F(MediaRateTest, RefusesWhatIsNoRate) {
-    for (const char* body :
-         {"", "[]", "{}", R"({"bytesPerSecond":-1})", R"({"bytesPerSecond":1.5})",
-          R"({"bytesPerSecond":"9"})", R"({"bytesPerSecond":1000000001})"}) {
-        EXPECT_EQ(client.Post("/_service/media-rate", body, "application/json")->status, 400)
-            << body;
-    }
-    EXPECT_EQ(control("GET", "/_service/media-rate").at("bytesPerSecond"), 0);
 }
 
 } // namespace

@@ -26,7 +26,7 @@ TEST_F(MediaTest, WhatAPostNamesIsThere) {
     std::size_t videos = 0;
     for (const Json& record : records("/timelines/latest?size=30")) {
         for (const Json& offer : record.at("videoUrls")) {
-            const auto found = client.Head(mediaPath(offer.at("videoUrl")));
+            const auto found = client.Head(pathOf(offer.at("videoUrl")));
             ASSERT_TRUE(found && found->status == 200) << offer;
             EXPECT_EQ(found->get_header_value("Content-Type"), types.at(offer.at("format")));
             EXPECT_NE(found->get_header_value("Content-Length"), "0");
@@ -37,7 +37,7 @@ TEST_F(MediaTest, WhatAPostNamesIsThere) {
             }
         }
         for (const char* key : {"thumbnailUrl", "avatarUrl"}) {
-            const auto found = client.Get(mediaPath(record.at(key)));
+            const auto found = client.Get(pathOf(record.at(key)));
             ASSERT_TRUE(found && found->status == 200) << record.at(key);
             EXPECT_EQ(found->get_header_value("Content-Type"), "image/png");
             EXPECT_TRUE(found->body.starts_with("\x89PNG\r\n\x1A\n"));
@@ -51,7 +51,7 @@ TEST_F(MediaTest, ChannelsHaveTheirIcons) {
     const Json channel = data("/timelines/channels/3?size=1").at("channel");
     std::set<std::string> images;
     for (const char* key : {"iconFullUrl", "retinaIconFullUrl", "exploreRetinaIconFullUrl"}) {
-        const auto found = client.Get(mediaPath(channel.at(key)));
+        const auto found = client.Get(pathOf(channel.at(key)));
         ASSERT_TRUE(found && found->status == 200) << channel.at(key);
         EXPECT_EQ(found->get_header_value("Content-Type"), "image/png");
         images.insert(found->body);
@@ -76,7 +76,7 @@ TEST_F(MediaTest, ThumbnailsShowTheVideo) {
     const auto& videos = KeloService::mediaFiles("videos/480");
     const auto& pictures = KeloService::mediaFiles("pictures/480");
     for (const Json& record : records("/timelines/latest?size=5")) {
-        const auto thumbnail = client.Get(mediaPath(record.at("thumbnailUrl")));
+        const auto thumbnail = client.Get(pathOf(record.at("thumbnailUrl")));
         const auto video = client.Get(defaultVideoPath(record));
         ASSERT_TRUE(thumbnail && video);
         std::size_t shown = 0;
@@ -94,7 +94,7 @@ TEST_F(MediaTest, PlaylistsNameFilesThatAreThere) {
         if (offer.at("format") != "hls") {
             continue;
         }
-        std::string folder = mediaPath(offer.at("videoUrl"));
+        std::string folder = pathOf(offer.at("videoUrl"));
         folder.resize(folder.rfind('/') + 1);
         const auto beginning = client.Get(folder + "init.mp4");
         const auto segment = client.Get(folder + "segment2.m4s");
@@ -199,7 +199,7 @@ TEST_F(MediaTest, RefusesWhatIsNotThere) {
         EXPECT_EQ(client.Get(where)->status, 404) << where;
         EXPECT_EQ(client.Head(where)->status, 404) << where;
     }
-    const std::string thumbnail = mediaPath(newestPost().at("thumbnailUrl"));
+    const std::string thumbnail = pathOf(newestPost().at("thumbnailUrl"));
     EXPECT_EQ(client.Get(thumbnail + "x")->status, 404);
     EXPECT_EQ(client.Post(thumbnail, "", "text/plain")->status, 405);
 }

@@ -6,24 +6,7 @@
 namespace KeloServiceTest {
 namespace {
 
-class PostRecordTest : public ServiceTest {
-protected:
-    Json everything() { return records("/timelines/all?size=1000"); }
-};
-
-std::u32string codePoints(const std::string& text) {
-    std::u32string points;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if ((byte & 0xC0) == 0x80) {
-            points.back() = points.back() << 6 | (byte & 0x3F);
-        } else {
-            const unsigned mask = byte < 0x80 ? 0x7F : byte < 0xE0 ? 0x1F : byte < 0xF0 ? 0x0F : 7;
-            points += static_cast<char32_t>(byte & mask);
-        }
-    }
-    return points;
-}
+class PostRecordTest : public ServiceTest {};
 
 /// The text with every digit made 0.
 std::string shape(std::string text) {
@@ -33,14 +16,14 @@ std::string shape(std::string text) {
 }
 
 TEST_F(PostRecordTest, HasTheWiresTypes) {
-    for (const Json& record : everything()) {
+    for (const Json& record : manyPosts()) {
         EXPECT_TRUE(record.at("postId").is_number_integer());
         EXPECT_GT(record.at("postId").get<std::int64_t>(), std::int64_t{1} << 53);
         const auto created = record.at("created").get<std::string>();
         EXPECT_EQ(shape(created), "0000-00-00T00:00:00.000000");
         EXPECT_TRUE(created.ends_with("000"));
         EXPECT_TRUE(record.at("description").is_string());
-        EXPECT_TRUE(record.at("thumbnailUrl").get<std::string>().starts_with(service.url()));
+        pathOf(record.at("thumbnailUrl"));
         EXPECT_TRUE(record.at("liked").is_boolean());
         EXPECT_TRUE(!record.contains("myRepostId") || record.at("myRepostId").is_number_integer());
         EXPECT_TRUE(record.at("username").is_string());
@@ -51,13 +34,12 @@ TEST_F(PostRecordTest, HasTheWiresTypes) {
 }
 
 TEST_F(PostRecordTest, HasSeveralRenditionsAndOneDefault) {
-    for (const Json& record : everything()) {
+    for (const Json& record : manyPosts()) {
         const Json& urls = record.at("videoUrls");
         EXPECT_GE(urls.size(), 2U);
         int defaults = 0;
         for (const Json& url : urls) {
-            EXPECT_TRUE(
-                url.at("videoUrl").get<std::string>().starts_with(service.url() + "/media/"));
+            EXPECT_TRUE(pathOf(url.at("videoUrl")).starts_with("/media/"));
             EXPECT_TRUE(url.at("id").is_string());
             defaults += url.at("rate") == 0 && url.at("format") == "h264" ? 1 : 0;
         }
@@ -74,7 +56,7 @@ TEST_F(PostRecordTest, IsAsLargeAsARealOne) {
 TEST_F(PostRecordTest, EntitiesPointAtTheirWords) {
     int entities = 0;
     int behindEmoji = 0;
-    for (const Json& record : everything()) {
+    for (const Json& record : manyPosts()) {
         const std::u32string caption = codePoints(record.at("description").get<std::string>());
         for (const Json& entity : record.at("entities")) {
             const auto start = entity.at("range").at(0).get<std::size_t>();
@@ -116,10 +98,20 @@ TEST_F(PostRecordTest, LikedAndRepostedAreTheViewers) {
     EXPECT_EQ(liked, data("/users/me").at("likeCount"));
     EXPECT_GT(liked, 50);
     EXPECT_GT(reposted, 20);
-    const Json anonymous = Json::parse(get("/timelines/all?size=1000", "")->body).at("data");
+    const Json anonymous = send("GET", "/timelines/all?size=1000", "", "").data();
     for (const Json& record : anonymous.at("records")) {
         EXPECT_EQ(record.at("liked"), false);
         EXPECT_FALSE(record.contains("myRepostId"));
+    }
+}
+
+TEST_F(PostRecordTest, IsThatOfATimelineWhenAskedForAlone) {
+    for (const char* query : {"", "?c_max=0&l_max=1", "?c_max=10&l_max=10"}) {
+        for (const Json& record : records(std::string("/timelines/popular") + query)) {
+            const std::string path = "/posts/" + record.at("postId").dump() + query;
+            EXPECT_EQ(data(path), record);
+            EXPECT_EQ(send("GET", path, "", "nobody").status, 401);
+        }
     }
 }
 

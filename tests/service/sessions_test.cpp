@@ -6,29 +6,25 @@ namespace KeloServiceTest {
 namespace {
 
 using KeloService::developmentPassword;
-using KeloService::developmentSessionKey;
 
 class SessionsTest : public ServiceTest {
 protected:
-    /// The envelope of a GET, whatever its status.
-    Json envelope(const std::string& path, const std::string& key) {
-        const auto result = get(path, key);
-        status = result ? result->status : 0;
-        return result ? Json::parse(result->body) : Json::object();
+    Reply enter(const std::string& username, const std::string& word) {
+        return send("POST", "/sessions", Json{{"username", username}, {"password", word}}.dump(),
+                    "");
     }
-    httplib::Result signIn(const Json& body) {
-        return client.Post("/sessions", body.dump(), "application/json");
+    void expire(const std::string& key) {
+        control("POST", "/_service/sessions/" + key + "/expire");
     }
 
-    int status = 0;
-    const std::string development{developmentSessionKey};
+    const std::string password{developmentPassword};
 };
 
 TEST_F(SessionsTest, TheSeededUserIsSignedIn) {
     const Json me = data("/users/me");
     EXPECT_EQ(me.at("userId"), 1001);
     EXPECT_EQ(me.at("username"), "mara");
-    EXPECT_TRUE(me.at("avatarUrl").get<std::string>().starts_with(service.url() + "/"));
+    pathOf(me.at("avatarUrl"));
     for (const char* key :
          {"loopCount", "loopVelocity", "followerCount", "followingCount", "postCount"}) {
         EXPECT_TRUE(me.at(key).is_number()) << key;
@@ -36,85 +32,85 @@ TEST_F(SessionsTest, TheSeededUserIsSignedIn) {
     EXPECT_GT(me.at("postCount"), 0);
 }
 
-TEST_F(SessionsTest, NoKeyAsksForSignIn) {
-    const Json answer = envelope("/users/me", "");
-    EXPECT_EQ(status, 401);
-    EXPECT_EQ(answer.at("code"), 100);
-    EXPECT_TRUE(answer.at("error").is_string());
-    EXPECT_FALSE(answer.contains("data"));
-    EXPECT_EQ(envelope("/timelines/home", "").at("code"), 100);
-}
-
-TEST_F(SessionsTest, AnUnknownKeyAsksForSignIn) {
-    EXPECT_EQ(envelope("/users/me", "nobody's").at("code"), 100);
-    EXPECT_EQ(envelope("/timelines/popular", "nobody's").at("code"), 100);
-}
-
-TEST_F(SessionsTest, AnEmptyKeyIsAKeyThatNobodyHolds) {
-    const auto result = client.Get("/timelines/popular", {{sessionHeader, ""}});
-    ASSERT_TRUE(result);
-    EXPECT_EQ(Json::parse(result->body).at("code"), 100);
-}
-
-TEST_F(SessionsTest, PublicTimelinesNeedNoKey) {
-    const Json answer = envelope("/timelines/popular", "");
-    EXPECT_EQ(status, 200);
-    EXPECT_EQ(answer.at("data").at("records").size(), 20U);
+TEST_F(SessionsTest, NoKeyAndAnUnknownKeyAskForSignIn) {
+    const Reply reply = send("GET", "/users/me", "", "");
+    EXPECT_EQ(reply.status, 401);
+    EXPECT_EQ(reply.code(), 100);
+    EXPECT_FALSE(reply.error().empty());
+    EXPECT_FALSE(reply.json.contains("data"));
+    EXPECT_EQ(send("GET", "/timelines/home", "", "").code(), 100);
+    EXPECT_EQ(send("GET", "/users/me", "", "nobody's").code(), 100);
+    EXPECT_EQ(send("GET", "/timelines/popular", "", "nobody's").code(), 100);
+    // An empty key is a key that nobody holds.
+    const auto empty = client.Get("/timelines/popular", {{sessionHeader, ""}});
+    ASSERT_TRUE(empty);
+    EXPECT_EQ(Json::parse(empty->body).at("code"), 100);
+    EXPECT_EQ(send("GET", "/timelines/popular", "", "").data().at("records").size(), 20U);
 }
 
 TEST_F(SessionsTest, AnExpiredKeySaysSo) {
-    control("POST", "/_service/sessions/" + development + "/expire");
-    const Json answer = envelope("/users/me", development);
-    EXPECT_EQ(status, 401);
-    EXPECT_EQ(answer.at("code"), 103);
-    EXPECT_EQ(envelope("/timelines/popular", development).at("code"), 103);
+    expire(developmentKey);
+    const Reply reply = send("GET", "/users/me");
+    EXPECT_EQ(reply.status, 401);
+    EXPECT_EQ(reply.code(), 103);
+    EXPECT_EQ(send("GET", "/timelines/popular").code(), 103);
 }
 
-TEST_F(SessionsTest, SigningInGivesAWorkingKey) {
-    const auto result =
-        signIn({{"username", "theo.loops"}, {"password", std::string(developmentPassword)}});
-    ASSERT_TRUE(result);
-    EXPECT_EQ(result->status, 200);
-    const Json session = Json::parse(result->body).at("data");
-    EXPECT_EQ(session.at("userId"), 1002);
-    const Json me = envelope("/users/me", session.at("key").get<std::string>());
-    EXPECT_EQ(me.at("data").at("username"), "theo.loops");
-}
-
-TEST_F(SessionsTest, EverySignInGivesAnotherKey) {
-    const Json credentials{{"username", "mara"}, {"password", std::string(developmentPassword)}};
+TEST_F(SessionsTest, EverySignInGivesAnotherWorkingKey) {
     std::set<std::string> keys;
     for (int i = 0; i < 10; ++i) {
-        keys.insert(Json::parse(signIn(credentials)->body).at("data").at("key").get<std::string>());
+        const Reply session = enter("theo.loops", password);
+        EXPECT_EQ(session.status, 200);
+        EXPECT_EQ(session.data().at("userId"), 1002);
+        EXPECT_EQ(session.data().at("username"), "theo.loops");
+        const std::string key = session.data().at("key");
+        EXPECT_EQ(send("GET", "/users/me", "", key).data().at("userId"), 1002);
+        keys.insert(key);
     }
     EXPECT_EQ(keys.size(), 10U);
 }
 
-TEST_F(SessionsTest, SigningInRefusesWrongCredentials) {
-    for (const Json& body : {Json{{"username", "mara"}, {"password", "loop-the-looP"}},
-                             Json{{"username", "mara"}, {"password", ""}},
-                             Json{{"username", "nobody"}, {"password", "loop-the-loop"}}}) {
-        const auto result = signIn(body);
-        ASSERT_TRUE(result);
-        EXPECT_EQ(result->status, 401);
-        EXPECT_EQ(Json::parse(result->body).at("code"), 101);
+TEST_F(SessionsTest, SigningInRefusesWrongCredentialsAndOtherBodies) {
+    for (const Reply& reply :
+         {enter("mara", "loop-the-looP"), enter("mara", ""), enter("nobody", password)}) {
+        EXPECT_EQ(reply.status, 401);
+        EXPECT_EQ(reply.code(), 101);
+    }
+    for (const char* body : {"", "[]", "{", "{}", R"({"username":"mara"})",
+                             R"({"username":1,"password":"loop-the-loop"})"}) {
+        const Reply reply = send("POST", "/sessions", body, "");
+        EXPECT_EQ(reply.status, 400) << body;
+        EXPECT_EQ(reply.code(), 400) << body;
     }
 }
 
-TEST_F(SessionsTest, SigningInRefusesOtherBodies) {
-    for (const char* body : {"", "[]", "{", "{}", R"({"username":"mara"})",
-                             R"({"username":1,"password":"loop-the-loop"})"}) {
-        const auto result = client.Post("/sessions", body, "application/json");
-        ASSERT_TRUE(result) << body;
-        EXPECT_EQ(result->status, 400) << body;
-        EXPECT_EQ(Json::parse(result->body).at("code"), 400) << body;
-    }
+TEST_F(SessionsTest, AreAddedUnderGivenAndMadeUpKeys) {
+    const Json given =
+        control("POST", "/_service/sessions", {{"username", "kofi"}, {"key", "kofi's key"}});
+    EXPECT_EQ(given.at("key"), "kofi's key");
+    EXPECT_EQ(given.at("userId"), 1004);
+    const std::string made = signIn("kofi");
+    EXPECT_EQ(made.size(), 32U);
+    EXPECT_EQ(send("GET", "/users/me", "", made).data().at("username"), "kofi");
+}
+
+TEST_F(SessionsTest, AreListed) {
+    control("POST", "/_service/sessions", {{"username", "kofi"}, {"key", "a/b"}});
+    expire("a%2Fb");
+    const Json demand = control("POST", "/_service/sessions/" + developmentKey + "/captcha");
+    const Json sessions = control("GET", "/_service/sessions").at("sessions");
+    ASSERT_EQ(sessions.size(), 2U);
+    EXPECT_EQ(sessions[0].at("key"), "a/b");
+    EXPECT_EQ(sessions[0].at("expired"), true);
+    EXPECT_FALSE(sessions[0].contains("captchaUrl"));
+    EXPECT_EQ(sessions[1].at("username"), "mara");
+    EXPECT_EQ(sessions[1].at("captchaUrl"), demand.at("url"));
 }
 
 class CaptchaTest : public SessionsTest {
 protected:
     CaptchaTest()
-        : demand(control("POST", "/_service/sessions/" + development + "/captcha"))
+        : demand(control("POST", "/_service/sessions/" + developmentKey + "/captcha"))
         , path("/captcha/" + demand.at("token").get<std::string>()) {}
 
     Json demand;
@@ -123,11 +119,11 @@ protected:
 
 TEST_F(CaptchaTest, IsAskedForUntilItIsSolved) {
     for (int i = 0; i < 2; ++i) {
-        const Json answer = envelope("/users/me", development);
-        EXPECT_EQ(status, 403);
-        EXPECT_EQ(answer.at("code"), 419);
-        EXPECT_EQ(answer.at("data"), demand.at("url"));
-        EXPECT_EQ(answer.at("data"), service.url() + path);
+        const Reply reply = send("GET", "/users/me");
+        EXPECT_EQ(reply.status, 403);
+        EXPECT_EQ(reply.code(), 419);
+        EXPECT_EQ(reply.data(), demand.at("url"));
+        EXPECT_EQ(reply.data(), service.url() + path);
     }
     EXPECT_EQ(client.Post(path + "/solve")->status, 200);
     EXPECT_EQ(data("/users/me").at("userId"), 1001);
@@ -144,19 +140,13 @@ TEST_F(CaptchaTest, IsShownAsAPageThatSolvesIt) {
     EXPECT_EQ(client.Get(path)->status, 404);
 }
 
-TEST_F(CaptchaTest, ConcernsOneSessionOnly) {
-    control("POST", "/_service/sessions", {{"username", "mara"}, {"key", "other"}});
-    EXPECT_EQ(envelope("/users/me", "other").at("data").at("userId"), 1001);
-}
-
-TEST_F(CaptchaTest, ComesAfterExpiry) {
-    control("POST", "/_service/sessions/" + development + "/expire");
-    EXPECT_EQ(envelope("/users/me", development).at("code"), 103);
-}
-
-TEST_F(SessionsTest, AnUnknownCaptchaIsNotFound) {
-    EXPECT_EQ(client.Get("/captcha/0123456789abcdef")->status, 404);
-    EXPECT_EQ(client.Post("/captcha/0123456789abcdef/solve")->status, 404);
+TEST_F(CaptchaTest, ConcernsOneSessionOnlyAndComesAfterExpiry) {
+    EXPECT_EQ(send("GET", "/users/me", "", signIn("mara")).data().at("userId"), 1001);
+    expire(developmentKey);
+    EXPECT_EQ(send("GET", "/users/me").code(), 103);
+    // A session that is added again is fresh, and without demands.
+    control("POST", "/_service/sessions", {{"username", "mara"}, {"key", developmentKey}});
+    EXPECT_EQ(data("/users/me").at("username"), "mara");
 }
 
 } // namespace

@@ -33,8 +33,10 @@ public:
     std::string path() const { return _path.string(); }
     std::string path(const std::string& name) const { return (_path / name).string(); }
 
-    void write(const std::string& name, const std::string& content) const {
+    /// Writes a file and returns its path.
+    std::string write(const std::string& name, const std::string& content) const {
         std::ofstream(path(name), std::ios::binary) << content;
+        return path(name);
     }
 
     std::string read(const std::string& name) const {

@@ -14,10 +14,8 @@ namespace {
 
 std::string readToEnd(int descriptor) {
     std::string text;
-    char buffer[4096];
-    for (ssize_t count = ::read(descriptor, buffer, sizeof buffer); count > 0;
-         count = ::read(descriptor, buffer, sizeof buffer)) {
-        text.append(buffer, static_cast<std::size_t>(count));
+    for (char next = 0; ::read(descriptor, &next, 1) == 1;) {
+        text += next;
     }
     return text;
 }

@@ -5,11 +5,9 @@
 #include <netinet/tcp.h>
 #include <openssl/err.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <stdexcept>
-#include <utility>
 
 namespace KeloServiceTest {
 namespace {
@@ -32,51 +30,35 @@ RawClient::End endOf(SSL* ssl, int result) {
 
 } // namespace
 
-RawClient::RawClient(int port)
-    : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
-    , context_(SSL_CTX_new(TLS_client_method())) {
+RawClient::RawClient(int port) {
+    const KeloService::SslContext context(SSL_CTX_new(TLS_client_method()));
+    SSL_CTX_set_alpn_protos(context.get(), offered, sizeof offered);
+    ssl_.reset(SSL_new(context.get()));
+    const int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    BIO* const stream = BIO_new_socket(socket, BIO_CLOSE);
+    SSL_set_bio(ssl_.get(), stream, stream);
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_port = htons(static_cast<std::uint16_t>(port));
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    if (::connect(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+    if (::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
         throw std::runtime_error("cannot connect");
     }
     const int on = 1;
-    setsockopt(socket_, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     setPatience(5000);
-    SSL_CTX_set_alpn_protos(context_, offered, sizeof offered);
-    ssl_ = SSL_new(context_);
-    SSL_set_fd(ssl_, socket_);
-    if (SSL_connect(ssl_) != 1) {
+    if (SSL_connect(ssl_.get()) != 1) {
         leave();
-    }
-}
-
-RawClient::RawClient(RawClient&& other) noexcept
-    : socket_(std::exchange(other.socket_, -1))
-    , context_(std::exchange(other.context_, nullptr))
-    , ssl_(std::exchange(other.ssl_, nullptr)) {}
-
-RawClient::~RawClient() {
-    leave();
-}
-
-void RawClient::leave() {
-    SSL_free(std::exchange(ssl_, nullptr));
-    SSL_CTX_free(std::exchange(context_, nullptr));
-    if (socket_ >= 0) {
-        ::close(std::exchange(socket_, -1));
     }
 }
 
 void RawClient::setPatience(int milliseconds) const {
     const timeval patience{milliseconds / 1000, (milliseconds % 1000) * 1000L};
-    setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+    setsockopt(SSL_get_fd(ssl_.get()), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
 }
 
 void RawClient::send(const std::string& bytes) {
-    SSL_write(ssl_, bytes.data(), static_cast<int>(bytes.size()));
+    SSL_write(ssl_.get(), bytes.data(), static_cast<int>(bytes.size()));
 }
 
 RawClient::Received RawClient::readAll(int silentMilliseconds) {
@@ -86,9 +68,9 @@ RawClient::Received RawClient::readAll(int silentMilliseconds) {
     for (;;) {
         ERR_clear_error();
         errno = 0;
-        const int count = SSL_read(ssl_, buffer, sizeof buffer);
+        const int count = SSL_read(ssl_.get(), buffer, sizeof buffer);
         if (count <= 0) {
-            received.end = endOf(ssl_, count);
+            received.end = endOf(ssl_.get(), count);
             return received;
         }
         received.bytes.append(buffer, static_cast<std::size_t>(count));
@@ -101,7 +83,7 @@ std::string RawClient::readAnswer() {
     std::size_t wanted = std::string::npos;
     char buffer[16384];
     while (answer.size() < wanted) {
-        const int count = SSL_read(ssl_, buffer, sizeof buffer);
+        const int count = SSL_read(ssl_.get(), buffer, sizeof buffer);
         if (count <= 0) {
             break;
         }
@@ -118,7 +100,7 @@ std::string RawClient::readAnswer() {
 std::string RawClient::applicationProtocol() const {
     const unsigned char* name = nullptr;
     unsigned int length = 0;
-    SSL_get0_alpn_selected(ssl_, &name, &length);
+    SSL_get0_alpn_selected(ssl_.get(), &name, &length);
     return {reinterpret_cast<const char*>(name), length};
 }
 

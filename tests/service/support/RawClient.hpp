@@ -1,7 +1,8 @@
 #pragma once
 
-#include <openssl/ssl.h>
+#include "service/http/Tls.hpp"
 
+#include <memory>
 #include <string>
 
 namespace KeloServiceTest {
@@ -24,26 +25,23 @@ public:
     };
 
     explicit RawClient(int port);
-    RawClient(RawClient&& other) noexcept;
-    ~RawClient();
 
     void send(const std::string& bytes);
     /// Reads until the connection ends or nothing came for a while.
     Received readAll(int silentMilliseconds = 5000);
     /// Reads one answer with a Content-Length.
     std::string readAnswer();
-    void leave();
+    void leave() { ssl_.reset(); }
 
     bool isConnected() const { return ssl_ != nullptr; }
-    std::string protocol() const { return SSL_get_version(ssl_); }
+    std::string protocol() const { return SSL_get_version(ssl_.get()); }
     std::string applicationProtocol() const;
 
 private:
     void setPatience(int milliseconds) const;
 
-    int socket_ = -1;
-    SSL_CTX* context_ = nullptr;
-    SSL* ssl_ = nullptr;
+    /// Owns the socket, too.
+    std::unique_ptr<SSL, KeloService::SslDeleter> ssl_;
 };
 
 } // namespace KeloServiceTest

@@ -1,27 +1,24 @@
 #pragma once
 
-#include <filesystem>
+#include "../../support/TemporaryFolder.hpp"
+#include "../../support/TestCertificates.hpp"
+
 #include <string>
 
 namespace KeloServiceTest {
 
-/// A folder that goes with its content at the end of the test.
-class TemporaryFolder {
-public:
-    TemporaryFolder();
-    ~TemporaryFolder();
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+using KeloAPI::testing::TemporaryFolder;
 
-    std::string file(const std::string& name) const { return (path_ / name).string(); }
-    /// Writes a file and returns its path.
-    std::string write(const std::string& name, const std::string& content) const;
+/// The files of a fresh self-signed certificate for "localhost".
+struct CertificateFiles {
+    explicit CertificateFiles(const TemporaryFolder& folder, const std::string& name = "test") {
+        const auto made = KeloAPI::testing::TestCertificate::selfSigned({});
+        certificate = folder.write(name + ".pem", made.pem());
+        key = folder.write(name + ".key", made.keyPem());
+    }
 
-private:
-    std::filesystem::path path_;
+    std::string certificate;
+    std::string key;
 };
-
-/// Writes a fresh self-signed certificate for "localhost" and 127.0.0.1, and its key.
-void writeCertificate(const std::string& certificateFile, const std::string& keyFile);
 
 } // namespace KeloServiceTest
