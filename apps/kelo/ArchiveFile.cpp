@@ -1,7 +1,7 @@
 #include "ArchiveFile.hpp"
 
 #include "Failure.hpp"
-#include "JsonFields.hpp"
+#include "Fields.hpp"
 #include "TextWidth.hpp"
 
 #include <KeloAPI/archive/KeyedArchiver.hpp>
@@ -19,7 +19,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -27,6 +26,8 @@
 #include <fstream>
 #include <iterator>
 #include <optional>
+#include <utility>
+#include <vector>
 
 namespace KeloHost::ArchiveFile {
 
@@ -45,49 +46,33 @@ std::string reasonOf(int problem) {
     return problem == 0 ? "it cannot be read to its end" : std::strerror(problem);
 }
 
-template <class T>
-std::optional<Parameters> fieldsIn(const Data& archive) {
-    const auto model = KeyedUnarchiver::unarchive<T>(archive);
-    return model ? std::optional(fieldsOf(*model)) : std::nullopt;
-}
-
-/// The same, without fields that archives do not keep.
-template <class T>
-std::optional<Parameters> keptFieldsIn(const Data& archive,
-                                       std::initializer_list<const char*> lost) {
-    auto fields = fieldsIn<T>(archive);
-    for (const char* field : lost) {
-        if (fields) {
-            fields->erase(field);
-        }
-    }
-    return fields;
-}
-
-std::optional<Parameters> channelIn(const Data& archive) {
-    return keptFieldsIn<KLChannel>(archive, {"exploreIconRetinaUrl", "following",
-                                             "vanityPathSuffix", "timelineData", "showRecent"});
-}
-
-std::optional<Parameters> tagIn(const Data& archive) {
-    return keptFieldsIn<KLTag>(archive, {"count"});
-}
-
 struct Kind {
     std::string_view className;
     std::optional<Parameters> (*fields)(const Data& archive);
+    /// Fields of the model that archives do not keep.
+    std::vector<const char*> lost;
 };
 
-constexpr std::array kinds = {
-    Kind{KLChannel::archivedClassName, channelIn},
-    Kind{KLEntity::archivedClassName, fieldsIn<KLEntity>},
-    Kind{KLTag::archivedClassName, tagIn},
-    Kind{KLVenue::archivedClassName, fieldsIn<KLVenue>},
-    Kind{KLVenueCategory::archivedClassName, fieldsIn<KLVenueCategory>},
-    Kind{LoopData::archivedClassName, fieldsIn<LoopData>},
-    Kind{PostThumbnail::archivedClassName, fieldsIn<PostThumbnail>},
-    Kind{SoundboardSound::archivedClassName, fieldsIn<SoundboardSound>},
-};
+template <class T>
+Kind kindOf(std::vector<const char*> lost = {}) {
+    const auto fields = [](const Data& archive) {
+        const auto model = KeyedUnarchiver::unarchive<T>(archive);
+        return model ? std::optional(fieldsOf(*model)) : std::nullopt;
+    };
+    return {T::archivedClassName, fields, std::move(lost)};
+}
+
+std::vector<Kind> kinds() {
+    return {kindOf<KLChannel>({"exploreIconRetinaUrl", "following", "vanityPathSuffix",
+                               "timelineData", "showRecent"}),
+            kindOf<KLEntity>(),
+            kindOf<KLTag>({"count"}),
+            kindOf<KLVenue>(),
+            kindOf<KLVenueCategory>(),
+            kindOf<LoopData>(),
+            kindOf<PostThumbnail>(),
+            kindOf<SoundboardSound>()};
+}
 
 std::string contentsOf(const std::string& path) {
     std::error_code error;
@@ -162,9 +147,10 @@ Content read(const std::string& path) {
     if (!className) {
         throw failure("cannot read", path, "it is no archive of a model");
     }
-    const auto kind = std::find_if(kinds.begin(), kinds.end(),
+    const auto known = kinds();
+    const auto kind = std::find_if(known.begin(), known.end(),
                                    [&](const Kind& one) { return one.className == *className; });
-    if (kind == kinds.end()) {
+    if (kind == known.end()) {
         throw failure("cannot read", path,
                       "it is an archive of " + printable(*className) + ", which is unknown here");
     }
@@ -172,6 +158,9 @@ Content read(const std::string& path) {
     if (!fields) {
         throw failure("cannot read", path,
                       "something is missing that every " + *className + " has");
+    }
+    for (const char* name : kind->lost) {
+        fields->erase(name);
     }
     return {*className, *std::move(fields)};
 }

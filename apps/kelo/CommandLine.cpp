@@ -1,5 +1,6 @@
 #include "CommandLine.hpp"
 
+#include "Command.hpp"
 #include "Failure.hpp"
 
 #include <KeloAPI/base/URL.hpp>
@@ -7,7 +8,8 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <string_view>
+#include <map>
+#include <utility>
 
 namespace KeloHost {
 
@@ -66,15 +68,107 @@ void addGlobalOptions(CLI::App& app, Options& options) {
     app.add_flag("--no-input", options.noInput, "Ask nothing, even on a terminal");
 }
 
-/// The command that was chosen. Its own complaint is better than CLI11's where there is none.
-const Command& chosen(const std::vector<Command>& commands) {
-    const auto found = std::find_if(commands.begin(), commands.end(),
-                                    [](const Command& command) { return command.app->parsed(); });
-    if (found == commands.end()) {
-        throw Failure(ExitCode::Usage, "a command is needed, see kelo --help");
+void limit(CLI::Option& option, const Parameter& parameter) {
+    if (parameter.limits) {
+        option.check(CLI::Range(parameter.limits->least, parameter.limits->most));
     }
-    return *found;
+    if (!parameter.choices.empty()) {
+        option.check(CLI::IsMember(parameter.choices));
+    }
+    if (parameter.check != nullptr) {
+        option.check(CLI::Validator(parameter.check, ""));
+    }
+    if (parameter.form == Parameter::Form::Bitrate) {
+        option.check(CLI::NonNegativeNumber);
+    } else if (parameter.form == Parameter::Form::Directory) {
+        option.check(CLI::ExistingDirectory);
+    }
 }
+
+/// A command as CLI11 knows it, and what becomes of its parameters.
+class Reader {
+public:
+    Reader(CLI::App& parent, const Command& command)
+        : _command(command)
+        , _app(*parent.add_subcommand(command.name, command.help)) {
+        _app.group(command.group.empty() ? "Subcommands" : command.group);
+        for (const Parameter& parameter : command.parameters) {
+            add(parameter);
+        }
+        for (const Command& one : command.commands) {
+            _readers.push_back(std::make_unique<Reader>(_app, one));
+        }
+        if (!command.commands.empty()) {
+            _app.require_subcommand(1);
+        }
+        if (command.takesTheRest) {
+            _app.fallthrough(false);
+            _app.set_help_flag();
+            _app.prefix_command();
+        }
+    }
+
+    bool isChosen() const { return _app.parsed(); }
+
+    /// The work of the command, or of the one that follows its name.
+    std::function<void(const std::shared_ptr<Host>& host)> work() const {
+        for (const auto& reader : _readers) {
+            if (reader->isChosen()) {
+                return reader->work();
+            }
+        }
+        const Arguments arguments = given();
+        const std::string problem = _command.check == nullptr ? "" : _command.check(arguments);
+        if (!problem.empty()) {
+            throw Failure(ExitCode::Usage, problem);
+        }
+        return [work = _command.work, arguments](const auto& host) { work(host, arguments); };
+    }
+
+private:
+    void add(const Parameter& parameter) {
+        if (parameter.form == Parameter::Form::Flag) {
+            auto* flag = _app.add_flag(parameter.name, parameter.help);
+            if (!parameter.excluded.empty()) {
+                flag->excludes(_app.get_option(parameter.excluded));
+            }
+            return;
+        }
+        // `given` asks the option for its texts.
+        const CLI::callback_t take = [](const CLI::results_t&) { return true; };
+        auto* option = _app.add_option(parameter.name, take, parameter.help);
+        option->required(!parameter.name.starts_with("--") && !parameter.isOptional)
+            ->type_name(parameter.valueName)
+            ->default_str(parameter.defaultValue);
+        if (parameter.form == Parameter::Form::List) {
+            option->expected(CLI::detail::expected_max_vector_size);
+        }
+        limit(*option, parameter);
+    }
+
+    Arguments given() const {
+        std::map<std::string, Arguments::Value> values;
+        for (const Parameter& parameter : _command.parameters) {
+            const CLI::Option& option = *_app.get_option(parameter.name);
+            if (option.count() != 0) {
+                values[parameter.name] = {option.results(),
+                                          parameter.limits ? option.as<std::int64_t>() : 0};
+            } else if (!parameter.defaultValue.empty()) {
+                values[parameter.name] = {{parameter.defaultValue},
+                                          parameter.limits ? std::stoll(parameter.defaultValue)
+                                                           : 0};
+            }
+        }
+        if (_command.takesTheRest) {
+            values["rest"] = {_app.remaining(), 0};
+        }
+        return Arguments(std::move(values));
+    }
+
+    const Command& _command;
+    CLI::App& _app;
+    std::vector<std::unique_ptr<Reader>> _readers;
+};
 
 } // namespace
 
@@ -87,14 +181,24 @@ Invocation parseCommandLine(int argc, char** argv) {
     app.fallthrough();
     app.require_subcommand(0, 1);
     addGlobalOptions(app, invocation.options);
-    const std::vector<Command> commands = addCommands(app);
+    const std::vector<Command> commands = allCommands();
+    std::vector<std::unique_ptr<Reader>> readers;
+    readers.reserve(commands.size());
+    for (const Command& command : commands) {
+        readers.push_back(std::make_unique<Reader>(app, command));
+    }
     try {
         app.parse(argc, argv);
         // A user who is named outranks the session that is there by default.
         if (app.count("--user") != 0 && app.count("--session") == 0) {
             invocation.options.session.clear();
         }
-        invocation.start = chosen(commands).start;
+        const auto chosen = std::find_if(readers.begin(), readers.end(),
+                                         [](const auto& reader) { return reader->isChosen(); });
+        if (chosen == readers.end()) {
+            throw Failure(ExitCode::Usage, "a command is needed, see kelo --help");
+        }
+        invocation.work = (*chosen)->work();
     } catch (const CLI::CallForHelp&) {
         invocation.information = app.help();
     } catch (const CLI::CallForVersion& version) {

@@ -1,7 +1,6 @@
 #include "Host.hpp"
 
 #include "Explain.hpp"
-#include "Output.hpp"
 #include "Recovery.hpp"
 
 #include <KeloAPI/api/Api.hpp>
@@ -42,16 +41,17 @@ std::shared_ptr<Host> Host::create(const Options& options) {
 
 Host::Host(Options options)
     : _options(std::move(options))
-    , _output(_options.json ? makeJsonOutput() : makeTextOutput())
+    , _output(_options.json)
     , _recovery(std::make_unique<Recovery>(*this)) {}
 
 Host::~Host() = default;
 
 void Host::run(const std::function<void()>& work) {
+    const auto guarded = [&] { hear(nullptr, work); };
     if (_options.session.empty() && !_options.user.empty()) {
-        _recovery->signIn(work);
+        _recovery->signIn(guarded);
     } else {
-        work();
+        guarded();
     }
     MainQueue::main().run();
     if (_failure) {
@@ -79,6 +79,29 @@ void Host::fail(const Error& error) {
         Diagnostics::write(error.description());
     }
     end(explained(error, _options.host));
+}
+
+void Host::hear(const Error* error, const std::function<void()>& use) {
+    if (error != nullptr) {
+        fail(*error);
+        return;
+    }
+    try {
+        use();
+    } catch (const Failure& failure) {
+        end(failure);
+    }
+}
+
+void Host::show(const Parameters& fields, const Lines& lines) {
+    _output.write(fields, lines);
+    end();
+}
+
+void Host::showDone(const std::string& deed, const std::string& id,
+                    const std::optional<std::string>& deedId) {
+    show({{"done", deed}, {"id", id}, {"deedId", valueOf(deedId)}},
+         {deed + " " + id + (deedId ? " (" + *deedId + ")" : "")});
 }
 
 void Host::end(Failure failure) {

@@ -2,6 +2,7 @@
 
 #include "Failure.hpp"
 #include "Options.hpp"
+#include "Output.hpp"
 
 #include <KeloAPI/api/SessionDelegate.hpp>
 #include <KeloAPI/base/Error.hpp>
@@ -15,7 +16,6 @@
 
 namespace KeloHost {
 
-class Output;
 class Recovery;
 
 /// The program as the library sees it: tells its sessions where the service is and who the user is,
@@ -27,10 +27,11 @@ public:
     ~Host() override;
 
     const Options& options() const { return _options; }
-    Output& output() { return *_output; }
+    const Output& output() const { return _output; }
 
     /// Calls `work` (signs the user in first, where the options name one and there is no session)
-    /// and runs the library's main queue until `end`. Throws the `Failure` that the end was.
+    /// and runs the library's main queue until `end`. Throws the `Failure` that the end was, or
+    /// that `work` threw.
     void run(const std::function<void()>& work);
 
     /// True when a call that failed with `error` is going to be sent again, because the user is
@@ -41,10 +42,22 @@ public:
 
     /// Takes what a call reported: ends the program with it, unless the call is heard again.
     void fail(const KeloAPI::Error& error);
+    /// Calls `use` when a call brought no error, else `fail`. A `Failure` that `use` throws ends
+    /// the program.
+    void hear(const KeloAPI::Error* error, const std::function<void()>& use);
+    void hear(const std::optional<KeloAPI::Error>& error, const std::function<void()>& use) {
+        hear(error ? &*error : nullptr, use);
+    }
 
     /// Ends the program: well, or with a failure.
     void end();
     void end(Failure failure);
+    /// Prints one thing and ends the program.
+    void show(const KeloAPI::Parameters& fields, const Lines& lines);
+    /// Something was done: "liked post", its identifier, and the identifier that the service gave
+    /// the deed, where it gave one.
+    void showDone(const std::string& deed, const std::string& id,
+                  const std::optional<std::string>& deedId = std::nullopt);
 
     /// A call has succeeded with the session as it is: when that is refused later, the user may
     /// sign in anew as if for the first time.
@@ -73,7 +86,7 @@ private:
     explicit Host(Options options);
 
     Options _options;
-    std::unique_ptr<Output> _output;
+    const Output _output;
     std::unique_ptr<Recovery> _recovery;
     std::optional<Failure> _failure;
     std::function<std::int64_t()> _callsUnderWay;

@@ -1,12 +1,47 @@
 #include "Output.hpp"
 
+#include "TextWidth.hpp"
+
+#include <KeloAPI/http/ParameterEncoding.hpp>
+
 #include <cstdio>
 
 namespace KeloHost {
 
-Output::~Output() = default;
+using namespace KeloAPI;
 
-void Output::flush() {
+void Output::write(const Parameters& fields, const Lines& lines) const {
+    if (_json) {
+        print(jsonLine(fields));
+    } else {
+        say(lines);
+    }
+}
+
+void Output::say(const Lines& lines) const {
+    if (_json) {
+        return;
+    }
+    std::string text;
+    for (const std::string& line : lines) {
+        text += printable(line) + "\n";
+    }
+    print(text);
+}
+
+void Output::writePath(const Parameters& fields, const std::string& path) const {
+    print(_json ? jsonLine(fields) : path + "\n");
+}
+
+std::string Output::jsonLine(const Parameters& fields) {
+    // The library writes JSON into request bodies; this borrows its writer.
+    URLRequest request;
+    ParameterEncoding::JSON.encode(request, fields);
+    return std::string(request.body ? request.body->text() : "null") + "\n";
+}
+
+void Output::print(const std::string& text) {
+    static_cast<void>(std::fputs(text.c_str(), stdout));
     static_cast<void>(std::fflush(stdout));
 }
 

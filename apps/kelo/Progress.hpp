@@ -12,12 +12,9 @@ class Progress {
 public:
     explicit Progress(bool wanted);
 
-    bool isVisible() const { return _visible; }
-
-    void show(const std::string& line);
-    /// Each must fit the terminal: of lines that wrap, parts would stay.
+    /// Each is cut to the terminal: of lines that wrap, parts would stay.
     void show(const std::vector<std::string>& lines);
-    void clear();
+    void clear() { show({}); }
 
 private:
     bool _visible;

@@ -1,11 +1,12 @@
 #include "Recovery.hpp"
 
 #include "Host.hpp"
-#include "SignIn.hpp"
 #include "Terminal.hpp"
 
 #include <KeloAPI/api/Api.hpp>
+#include <KeloAPI/api/Endpoint.hpp>
 #include <KeloAPI/api/ResponseEnvelope.hpp>
+#include <KeloAPI/parsing/KLClosureParser.hpp>
 #include <KeloAPI/queues/MainQueue.hpp>
 
 #include <utility>
@@ -17,6 +18,19 @@ using namespace KeloAPI;
 namespace {
 
 constexpr int mostAttempts = 3;
+
+/// What the service answers to a user who signs in.
+struct SignedIn {
+    std::string key;
+};
+
+std::shared_ptr<SignedIn> signedInFrom(const JsonObject& json) {
+    const auto key = json["key"].text();
+    if (!key || !json["username"].text()) {
+        throw JsonParseError(JsonParseError::InsufficientData);
+    }
+    return std::make_shared<SignedIn>(SignedIn{std::string(*key)});
+}
 
 void releaseRetries(SessionType type, bool shouldRetry) {
     Api::session(type)->handleQueuedRetries(shouldRetry);
@@ -101,15 +115,25 @@ void Recovery::tryToSignIn() {
         giveUp();
         return;
     }
-    SignInEndpoint::create()->signIn(given->user, given->password,
-                                     [this](const SignInResult& result) {
-                                         if (const auto* success = result.success()) {
-                                             _host.setSessionKey(success->session->key);
-                                             std::exchange(_afterSignIn, nullptr)();
-                                         } else {
-                                             signInFailed(*result.error());
-                                         }
-                                     });
+    // The library leaves this call to the host; this is how a host adds calls of its own to it.
+    const auto endpoint = Endpoint::create(Api::session(SessionType::UnAuthenticated));
+    endpoint->setPath("sessions");
+    endpoint->setMethod(Method::POST);
+    endpoint->setParameterEncoding(ParameterEncoding::JSON);
+    endpoint->setParameters({{"username", given->user}, {"password", given->password}});
+    endpoint->request(std::make_shared<KLClosureParser<SignedIn>>(signedInFrom),
+                      [this](const std::vector<std::shared_ptr<SignedIn>>& sessions, const auto&,
+                             const auto&, const std::optional<Error>& error) {
+                          if (error) {
+                              signInFailed(*error);
+                          } else if (sessions.empty()) {
+                              signInFailed(
+                                  Error::withMessage("kelo", 1, "the service gave no session"));
+                          } else {
+                              _host.setSessionKey(sessions.front()->key);
+                              std::exchange(_afterSignIn, nullptr)();
+                          }
+                      });
 }
 
 void Recovery::giveUp() {

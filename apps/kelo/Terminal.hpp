@@ -16,8 +16,6 @@ bool showsErrors();
 /// Columns of the terminal that standard output, or standard error, is; absent when it is none.
 std::optional<std::size_t> columns();
 std::optional<std::size_t> errorColumns();
-/// Where there is no telling.
-inline constexpr std::size_t usualColumns = 80;
 
 /// A line; what a terminal would take for a command is left out.
 void say(const std::string& text);

@@ -1,17 +1,14 @@
 #include "Uploader.hpp"
 
-#include "Failure.hpp"
-#include "Host.hpp"
-#include "Output.hpp"
-#include "Terminal.hpp"
-#include "TextWidth.hpp"
+#include "commands/Commands.hpp"
+#include "RecordText.hpp"
+#include "TextForms.hpp"
 
 #include <KeloAPI/api/ResponseEnvelope.hpp>
 #include <KeloAPI/http/HTTPError.hpp>
 #include <KeloAPI/queues/MainQueue.hpp>
 
 #include <algorithm>
-#include <cstdio>
 #include <utility>
 
 namespace KeloHost {
@@ -26,7 +23,6 @@ constexpr double firstWait = 0.5;
 constexpr double usualWait = 1;
 /// A year: longer than anybody waits, and within what clocks can tell.
 constexpr double longestWait = 365.0 * 24 * 3600;
-constexpr std::size_t barColumns = 30;
 
 /// Errors that another try may not meet: of the connection, or of the server itself.
 bool isPassing(const Error& error) {
@@ -49,21 +45,6 @@ bool isPassing(const Error& error) {
 
 Events::Seconds waitAfter(int tries) {
     return Events::Seconds(firstWait * tries);
-}
-
-std::string bar(double fraction) {
-    const auto filled = static_cast<std::size_t>(fraction * static_cast<double>(barColumns));
-    return "[" + std::string(filled, '#') + std::string(barColumns - filled, '.') + "]";
-}
-
-std::string megabytes(double bytes) {
-    char text[32];
-    (void)std::snprintf(text, sizeof text, "%.1f", bytes / 1e6);
-    return text;
-}
-
-std::string percentText(double percent) {
-    return std::to_string(static_cast<int>(percent)) + " %";
 }
 
 } // namespace
@@ -196,11 +177,11 @@ void Uploader::heard(const std::shared_ptr<KLVideoUpload>& upload) {
         return;
     }
     if (info && info->state() == KLVideoUploadProcessingState::Succeeded) {
-        _progress.clear();
-        _host->output().upload(*upload);
-        _hasEnded = true;
-        _events.clear();
-        _host->end();
+        close();
+        _host->show({{"mediaId", upload->mediaId()},
+                     {"state", std::string(rawValue(info->state()))},
+                     {"size", valueOf(upload->size)}},
+                    linesOf(*upload));
         return;
     }
     if (info) {
@@ -290,17 +271,19 @@ std::string Uploader::whatBecameOfIt() const {
                    : "the video is not uploaded";
 }
 
-void Uploader::fail(const Error& error) {
+void Uploader::close() {
     _progress.clear();
     _hasEnded = true;
     _events.clear();
+}
+
+void Uploader::fail(const Error& error) {
+    close();
     _host->fail(error);
 }
 
 void Uploader::fail(const Failure& failure) {
-    _progress.clear();
-    _hasEnded = true;
-    _events.clear();
+    close();
     _host->end(failure);
 }
 
@@ -310,21 +293,24 @@ void Uploader::showProgress() {
         sent += segment->sent;
     }
     const auto all = static_cast<double>(_file->size());
-    const std::string line = bar(sent / all) + " " + percentText(100 * sent / all) + ", " +
-                             megabytes(sent) + " of " + megabytes(all) + " MB";
+    const std::string line = barText(sent, all) + " " + percentText(sent, all) +
+                             formatted(", %.1f of %.1f MB", sent / 1e6, all / 1e6);
     if (line != _shown && !_hasEnded && !_isInterrupted) {
         _shown = line;
-        show(line);
+        _progress.show({line});
     }
 }
 
 void Uploader::showProcessing(const KLVideoUploadProcessingInfo& info) {
     const double percent = std::clamp(info.progressPercent.value_or(0), 0.0, 100.0);
-    show(bar(percent / 100) + " " + percentText(percent) + ", the service is at work");
+    _progress.show(
+        {barText(percent, 100) + " " + percentText(percent, 100) + ", the service is at work"});
 }
 
-void Uploader::show(const std::string& line) {
-    _progress.show(clipped(line, Terminal::errorColumns().value_or(Terminal::usualColumns) - 1));
+void uploadVideo(const HostPointer& host, const Arguments& arguments) {
+    auto file =
+        std::make_unique<SegmentedFile>(arguments.text("FILE"), arguments.number("--segment-size"));
+    std::make_shared<Uploader>(host, std::move(file), arguments.number("--parallel"))->start();
 }
 
 } // namespace KeloHost

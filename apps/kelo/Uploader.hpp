@@ -68,12 +68,13 @@ private:
 
     void interrupt();
     void endInterrupted();
+    /// Nothing is shown or begun any more.
+    void close();
     void fail(const KeloAPI::Error& error);
     void fail(const Failure& failure);
     std::string whatBecameOfIt() const;
     void showProgress();
     void showProcessing(const KeloAPI::KLVideoUploadProcessingInfo& info);
-    void show(const std::string& line);
 
     const std::shared_ptr<Host> _host;
     const std::unique_ptr<SegmentedFile> _file;

@@ -1,18 +1,24 @@
 #include "VideoCache.hpp"
 
 #include "Failure.hpp"
+#include "Fields.hpp"
 
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
-#include <optional>
 #include <regex>
 
-namespace KeloHost::VideoCache {
+namespace KeloHost {
 
 using namespace KeloAPI;
+
+Parameters fieldsOf(const CachedFile& file) {
+    return {{"name", file.name}, {"bytes", file.bytes}, {"modified", valueOf(file.modified)}};
+}
+
+namespace VideoCache {
 
 namespace {
 
@@ -22,17 +28,17 @@ bool isInTheMaking(const std::string& name) {
     return std::regex_match(name, pattern);
 }
 
-/// Absent when the file has gone meanwhile. Links are not followed.
-std::optional<CachedFile> describe(const std::filesystem::path& path) {
+/// Null when the file has gone meanwhile. Links are not followed.
+std::shared_ptr<CachedFile> describe(const std::filesystem::path& path) {
     struct stat attributes {};
     if (lstat(path.c_str(), &attributes) != 0) {
-        return std::nullopt;
+        return nullptr;
     }
-    CachedFile file;
-    file.name = path.filename().string();
-    file.bytes = S_ISREG(attributes.st_mode) ? static_cast<std::uintmax_t>(attributes.st_size) : 0;
-    file.modified = Date(std::chrono::seconds(attributes.st_mtim.tv_sec) +
-                         std::chrono::microseconds(attributes.st_mtim.tv_nsec / 1000));
+    const auto file = std::make_shared<CachedFile>();
+    file->name = path.filename().string();
+    file->bytes = S_ISREG(attributes.st_mode) ? static_cast<std::uintmax_t>(attributes.st_size) : 0;
+    file->modified = Date(std::chrono::seconds(attributes.st_mtim.tv_sec) +
+                          std::chrono::microseconds(attributes.st_mtim.tv_nsec / 1000));
     return file;
 }
 
@@ -51,16 +57,16 @@ std::string directory() {
     return *path;
 }
 
-std::vector<CachedFile> files() {
+std::vector<std::shared_ptr<CachedFile>> files() {
     const std::string path = directory();
-    std::vector<CachedFile> files;
+    std::vector<std::shared_ptr<CachedFile>> files;
     try {
         for (const auto& entry : std::filesystem::directory_iterator(path)) {
             if (isInTheMaking(entry.path().filename().string())) {
                 continue;
             }
-            if (auto file = describe(entry.path())) {
-                files.push_back(*std::move(file));
+            if (const auto file = describe(entry.path())) {
+                files.push_back(file);
             }
         }
     } catch (const std::filesystem::filesystem_error& error) {
@@ -68,7 +74,7 @@ std::vector<CachedFile> files() {
                       "cannot read the cache in " + path + ": " + error.code().message());
     }
     std::sort(files.begin(), files.end(),
-              [](const CachedFile& a, const CachedFile& b) { return a.modified > b.modified; });
+              [](const auto& a, const auto& b) { return a->modified > b->modified; });
     return files;
 }
 
@@ -79,4 +85,6 @@ void trim(std::int64_t count) {
     }
 }
 
-} // namespace KeloHost::VideoCache
+} // namespace VideoCache
+
+} // namespace KeloHost

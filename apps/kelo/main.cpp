@@ -19,7 +19,7 @@ int run(int argc, char** argv) {
         std::printf("%s", invocation.information->c_str());
     } else {
         const auto host = Host::create(invocation.options);
-        host->run([&] { invocation.start(host); });
+        host->run([&] { invocation.work(host); });
     }
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
         throw Failure(ExitCode::Failed, "the output cannot be written");

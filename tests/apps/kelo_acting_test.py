@@ -181,6 +181,21 @@ class Effects(Acting):
             self.service.fault("/soundboard", type="body", body='{"data": {"records": []}}')
             self.assertEqual(self.succeeds("sounds", *option), text)
 
+    def test_a_request_of_ones_own(self):
+        health = json.loads(self.succeeds("request", "_service/health"))
+        self.assertEqual(health["status"], "ok")
+        body = '{"username": "kofi", "password": "loop-the-loop"}'
+        text = self.succeeds("request", "sessions", "--method", "POST", "--body", body)
+        self.assertEqual(json.loads(text)["data"]["username"], "kofi")
+        self.assertEqual(self.service.calls("/sessions"), [("POST", body)])
+        self.assertEqual(self.service.requests("/sessions")[0][1]["Content-Type"],
+                         "application/json")
+        answer = json.loads(self.succeeds("request", "posts/5", "--json"))["answer"]
+        self.assertEqual(json.loads(answer)["code"], 404)
+        for path in ("", "https://localhost/users/me"):
+            self.fails(2, "is no path", "request", path)
+        self.fails(2, "--method", "request", "users/me", "--method", "get")
+
     def test_hostile_answers_stay_harmless(self):
         self.service.fault("/soundboard", type="body", body=json.dumps(
             {"data": {"records": [{"soundId": "1\x1b[31m", "name": "a\x07\nb"}]}}))

@@ -449,7 +449,7 @@ class UploadProgress(Upload):
         # Every segment that has arrived is a step of its own, however busy the machine is.
         console = self.console("upload", self.file(mp4(2_000_000)), "--segment-size", "200000")
         self.assertEqual(console.finish(), 0)
-        shown = [int(one) for one in re.findall(r"\] (\d+) %, [\d.]+ of 2\.0 MB", console.output)]
+        shown = [int(one) for one in re.findall(r"[█░] +(\d+) %, [\d.]+ of 2\.0 MB", console.output)]
         self.assertGreater(len(shown), 5)
         self.assertEqual(shown, sorted(shown))
         self.assertEqual(shown[-1], 100)

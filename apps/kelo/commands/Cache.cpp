@@ -1,59 +1,51 @@
 #include "commands/Commands.hpp"
-#include "Failure.hpp"
-#include "Host.hpp"
-#include "Output.hpp"
+#include "TextForms.hpp"
+#include "TextWidth.hpp"
 #include "VideoCache.hpp"
 
-#include <CLI/CLI.hpp>
+#include <algorithm>
 
 namespace KeloHost {
 
 namespace {
 
-using Action = std::function<void(Output& output)>;
-
-void listFiles(Output& output) {
-    output.cachedFiles(VideoCache::files());
+std::string countText(std::size_t files) {
+    return std::to_string(files) + (files == 1 ? " file" : " files");
 }
 
-void trim(Output& output, std::int64_t count) {
-    const std::size_t before = VideoCache::files().size();
-    VideoCache::trim(count);
-    const std::size_t left = VideoCache::files().size();
-    output.trimmed(before - std::min(before, left), left);
-}
-
-void showDirectory(Output& output) {
-    output.directory(VideoCache::directory());
+Lines linesOfFiles(const std::vector<std::shared_ptr<CachedFile>>& files) {
+    Lines lines;
+    std::uint64_t bytes = 0;
+    for (const auto& file : files) {
+        bytes += file->bytes;
+        lines.push_back(rightAligned(ageText(KeloAPI::Date::now() - file->modified), 8) + "  " +
+                        rightAligned(sizeText(file->bytes), 8) + "  " + file->name);
+    }
+    lines.push_back(files.empty() ? "The cache is empty."
+                                  : countText(files.size()) + ", " + sizeText(bytes));
+    return lines;
 }
 
 } // namespace
 
-Command addCache(CLI::App& app) {
-    auto* command = app.add_subcommand("cache", "Look after the videos that were downloaded");
-    command->require_subcommand(1);
-    const auto action = std::make_shared<Action>();
-    const auto count = std::make_shared<std::int64_t>(0);
-    command->add_subcommand("list", "Show the files, newest first, with their age and size")
-        ->callback([action] { *action = listFiles; });
-    auto* trimming = command->add_subcommand(
-        "trim", "Remove the oldest files: the newest N and one more are kept");
-    trimming->add_option("N", *count, "One less than the number of files to keep")
-        ->required()
-        ->type_name("")
-        ->check(CLI::Range(std::int64_t{0}, std::int64_t{1'000'000'000}));
-    trimming->callback([=] { *action = [count](Output& output) { trim(output, *count); }; });
-    command->add_subcommand("path", "Show the directory")->callback([action] {
-        *action = showDirectory;
-    });
-    return {command, [action](const std::shared_ptr<Host>& host) {
-                try {
-                    (*action)(host->output());
-                    host->end();
-                } catch (const Failure& failure) {
-                    host->end(failure);
-                }
-            }};
+void listCache(const HostPointer& host, const Arguments& /*arguments*/) {
+    host->output().writeAll(VideoCache::files(), linesOfFiles);
+    host->end();
+}
+
+void trimCache(const HostPointer& host, const Arguments& arguments) {
+    const std::size_t before = VideoCache::files().size();
+    VideoCache::trim(arguments.number("N"));
+    const std::size_t left = VideoCache::files().size();
+    const std::size_t removed = before - std::min(before, left);
+    host->show({{"removed", removed}, {"left", left}},
+               {"removed " + countText(removed) + ", " + countText(left) + " left"});
+}
+
+void showCachePath(const HostPointer& host, const Arguments& /*arguments*/) {
+    const std::string path = VideoCache::directory();
+    host->output().writePath({{"directory", path}}, path);
+    host->end();
 }
 
 } // namespace KeloHost

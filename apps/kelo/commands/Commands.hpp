@@ -1,56 +1,84 @@
 #pragma once
 
-#include <functional>
-#include <memory>
-#include <vector>
+#include "Command.hpp"
+#include "Failure.hpp"
+#include "Host.hpp"
 
-namespace CLI {
-class App;
-}
+#include <KeloAPI/api/Api.hpp>
+#include <KeloAPI/api/Endpoint.hpp>
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace KeloHost {
 
-class Host;
+using HostPointer = std::shared_ptr<Host>;
 
-/// A command's work. It returns at once; what it started ends the program by `Host::end`.
-using Start = std::function<void(const std::shared_ptr<Host>& host)>;
+// The work of the commands.
+void showMe(const HostPointer& host, const Arguments& arguments);
+void showTimeline(const HostPointer& host, const Arguments& arguments);
+void showChannel(const HostPointer& host, const Arguments& arguments);
+void showInserts(const HostPointer& host, const Arguments& arguments);
+void showVenue(const HostPointer& host, const Arguments& arguments);
+void showSounds(const HostPointer& host, const Arguments& arguments);
+void showOrSubmitViews(const HostPointer& host, const Arguments& arguments);
 
-/// One command: its part of the command line, which is gone after parsing, and its work.
-struct Command {
-    CLI::App* app;
-    Start start;
-};
+void like(const HostPointer& host, const Arguments& arguments, bool on);
+void rekelo(const HostPointer& host, const Arguments& arguments);
+void unrekelo(const HostPointer& host, const Arguments& arguments);
+void follow(const HostPointer& host, const Arguments& arguments, bool on);
+void boost(const HostPointer& host, const Arguments& arguments);
+void submitLoops(const HostPointer& host, const Arguments& arguments);
 
-// One function per command, one source file per command and its undoing. A new one is declared
-// here, and called in `addCommands`.
-Command addMe(CLI::App& app);
-Command addTimeline(CLI::App& app);
-Command addChannel(CLI::App& app);
-Command addInserts(CLI::App& app);
-Command addVenue(CLI::App& app);
-Command addLike(CLI::App& app);
-Command addUnlike(CLI::App& app);
-Command addRekelo(CLI::App& app);
-Command addUnrekelo(CLI::App& app);
-Command addFollow(CLI::App& app);
-Command addUnfollow(CLI::App& app);
-Command addBoost(CLI::App& app);
-Command addLoops(CLI::App& app);
-Command addUpload(CLI::App& app);
-Command addViews(CLI::App& app);
-Command addSounds(CLI::App& app);
-Command addDownload(CLI::App& app);
-Command addCache(CLI::App& app);
-Command addSave(CLI::App& app);
-Command addShow(CLI::App& app);
-Command addServe(CLI::App& app);
+void uploadVideo(const HostPointer& host, const Arguments& arguments);
+void downloadVideos(const HostPointer& host, const Arguments& arguments);
+void listCache(const HostPointer& host, const Arguments& arguments);
+void trimCache(const HostPointer& host, const Arguments& arguments);
+void showCachePath(const HostPointer& host, const Arguments& arguments);
 
-inline std::vector<Command> addCommands(CLI::App& app) {
-    return {addMe(app),       addTimeline(app), addChannel(app), addInserts(app),  addVenue(app),
-            addLike(app),     addUnlike(app),   addRekelo(app),  addUnrekelo(app), addFollow(app),
-            addUnfollow(app), addBoost(app),    addLoops(app),   addUpload(app),   addViews(app),
-            addSounds(app),   addDownload(app), addCache(app),   addSave(app),     addShow(app),
-            addServe(app)};
+void save(const HostPointer& host, const Arguments& arguments);
+void showFile(const HostPointer& host, const Arguments& arguments);
+
+void sendRequest(const HostPointer& host, const Arguments& arguments);
+void serve(const HostPointer& host, const Arguments& arguments);
+
+// What is wrong with an argument; an empty text for a good one.
+
+/// An identifier becomes part of a path, so it may not hold what would lead elsewhere.
+std::string checkIdentifier(const std::string& text);
+/// The library takes a path that holds "http" for a URL; the session key must not go there.
+std::string checkPath(const std::string& path);
+/// POST or POST:PRIORITY.
+std::string checkWish(const std::string& text);
+std::string checkSave(const Arguments& arguments);
+
+/// Reads the records at a path and hands them to `use`, unless the call fails.
+template <class Parser, class Use>
+void readRecords(const HostPointer& host, const std::string& path, std::shared_ptr<Parser> parser,
+                 Use use, KeloAPI::Parameters parameters = {}) {
+    const auto endpoint =
+        KeloAPI::Endpoint::create(KeloAPI::Api::session(KeloAPI::SessionType::Authenticated));
+    endpoint->setPath(path);
+    endpoint->setParameters(std::move(parameters));
+    endpoint->request(std::move(parser),
+                      [=](const auto& records, const auto&, const auto&, const auto& error) {
+                          host->hear(error, [&] { use(records); });
+                      });
+}
+
+/// The same for a path with one record; where there is none, the program ends with the complaint.
+template <class Parser, class Use>
+void readRecord(const HostPointer& host, const std::string& path, std::shared_ptr<Parser> parser,
+                const std::string& complaint, Use use, KeloAPI::Parameters parameters = {}) {
+    const auto useFirst = [=](const auto& records) {
+        if (records.empty()) {
+            throw Failure(ExitCode::Failed, complaint);
+        }
+        use(*records.front());
+    };
+    readRecords(host, path, std::move(parser), useFirst, std::move(parameters));
 }
 
 } // namespace KeloHost

@@ -1,65 +1,63 @@
 #include "commands/Commands.hpp"
-#include "DownloadBars.hpp"
 #include "Explain.hpp"
-#include "Host.hpp"
-#include "Identifier.hpp"
-#include "Output.hpp"
+#include "Progress.hpp"
 #include "Terminal.hpp"
+#include "TextForms.hpp"
+#include "TextWidth.hpp"
 #include "VideoCache.hpp"
-#include "VideoOffers.hpp"
 
-#include <KeloAPI/api/Api.hpp>
 #include <KeloAPI/files/FileQueue.hpp>
-
-#include <CLI/CLI.hpp>
+#include <KeloAPI/files/KLVideoFileFormat.hpp>
+#include <KeloAPI/files/KLVideoUrlBitrateSettings.hpp>
+#include <KeloAPI/parsing/KLClosureParser.hpp>
 
 #include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdlib>
 #include <filesystem>
-#include <utility>
 
 namespace KeloHost {
 
+using namespace KeloAPI;
+
 namespace {
 
-using namespace KeloAPI;
+using Offers = KLVideoUrlBitrateSettings;
 
 /// How many posts are read at a time.
 constexpr std::size_t readers = 4;
-
-struct DownloadArguments {
-    /// POST or POST:PRIORITY.
-    std::vector<std::string> posts;
-    std::optional<double> bitrate;
-    std::string priority = "normal";
-    /// Empty for the cache.
-    std::string directory;
-};
+/// More than that would not fit small terminals.
+constexpr std::size_t mostBars = 10;
+constexpr std::chrono::milliseconds moment(50);
+/// In the order of `QueuePriority`.
+constexpr std::array priorityNames = {"low", "normal", "high"};
 
 struct Wish {
     std::string postId;
     QueuePriority priority = QueuePriority::Normal;
     /// Null before the post has been read, and when it cannot be fetched.
     std::shared_ptr<FileEndpoint> file;
+    std::int64_t received = 0;
+    /// -1 bytes are not known.
+    std::int64_t expected = -1;
 };
 
-QueuePriority priorityOf(const std::string& name) {
-    for (const auto priority : {QueuePriority::Low, QueuePriority::Normal}) {
-        if (name == nameOf(priority)) {
-            return priority;
-        }
-    }
-    return QueuePriority::High;
+std::optional<QueuePriority> priorityOf(const std::string& name) {
+    const auto* found = std::find(priorityNames.begin(), priorityNames.end(), name);
+    return queuePriorityOf(found - priorityNames.begin());
 }
 
 /// A post that is named twice is wanted once, as the last one says.
-std::vector<Wish> wishesIn(const DownloadArguments& arguments) {
+std::vector<Wish> wishesIn(const Arguments& arguments) {
     std::vector<Wish> wishes;
-    for (const std::string& text : arguments.posts) {
+    for (const std::string& text : arguments.texts("POST")) {
         const auto colon = text.find(':');
-        Wish wish{
-            text.substr(0, colon),
-            priorityOf(colon == std::string::npos ? arguments.priority : text.substr(colon + 1)),
-            nullptr};
+        Wish wish;
+        wish.postId = text.substr(0, colon);
+        wish.priority = priorityOf(colon == std::string::npos ? arguments.text("--priority")
+                                                              : text.substr(colon + 1))
+                            .value();
         const auto same = std::find_if(wishes.begin(), wishes.end(), [&](const Wish& other) {
             return other.postId == wish.postId;
         });
@@ -72,22 +70,64 @@ std::vector<Wish> wishesIn(const DownloadArguments& arguments) {
     return wishes;
 }
 
+/// Absent for the best file.
+std::optional<double> bitrateIn(const Arguments& arguments) {
+    return arguments.has("--bitrate")
+               ? std::optional(std::strtod(arguments.text("--bitrate").c_str(), nullptr))
+               : std::nullopt;
+}
+
+/// What a post's record offers under "videoUrls". What is no offer is left out.
+std::shared_ptr<Offers> offersIn(const JsonObject& json, const std::string& postId) {
+    const auto offers = json["videoUrls"].objects().value_or(JsonObjectList());
+    return std::make_shared<Offers>(
+        KLVideoUrlBitrateSettingParser(postId).parseArray(offers, true));
+}
+
+std::shared_ptr<KLVideoUrlBitrateSetting> chosenOffer(const Offers& offers,
+                                                      std::optional<double> bitrate) {
+    return bitrate ? offers.settingForFormat(KLVideoFileFormat::MP4, *bitrate)
+                   : offers.highestSettingForFormat(KLVideoFileFormat::MP4);
+}
+
+bool hasFileName(const KLVideoUrlBitrateSetting& offer) {
+    // The part of the URL that a `FileEndpoint` takes for the name.
+    const std::string url = offer.remoteUrl().absoluteString();
+    const std::string last = url.substr(url.rfind('/') + 1);
+    const std::string name = last.substr(0, last.find('?'));
+    return !name.empty() && name != "." && name != "..";
+}
+
+std::string stateText(const Wish& wish) {
+    if (wish.received == 0) {
+        return "waiting";
+    }
+    const std::string received = sizeText(static_cast<std::uint64_t>(wish.received));
+    if (wish.expected <= 0) {
+        return received;
+    }
+    return percentText(static_cast<double>(wish.received), static_cast<double>(wish.expected)) +
+           ", " + received + " of " + sizeText(static_cast<std::uint64_t>(wish.expected));
+}
+
+/// The line for a file at that place of the queue.
+std::string barLine(std::size_t place, const Wish& wish) {
+    return rightAligned(std::to_string(place), 3) + ". " + wish.postId + " " +
+           padded(priorityNames[static_cast<std::size_t>(wish.priority)], 6) + " " +
+           barText(static_cast<double>(wish.received), static_cast<double>(wish.expected)) + " " +
+           stateText(wish);
+}
+
 /// Reads the posts, chooses a file of each and has the queue fetch what is not there yet.
 class Downloads : public std::enable_shared_from_this<Downloads> {
 public:
-    Downloads(std::shared_ptr<Host> host, const DownloadArguments& arguments)
+    Downloads(HostPointer host, const Arguments& arguments)
         : _host(std::move(host))
-        , _bitrate(arguments.bitrate)
+        , _bitrate(bitrateIn(arguments))
         , _wishes(wishesIn(arguments))
-        , _open(_wishes.size()) {
-        if (!arguments.directory.empty()) {
-            const auto path = std::filesystem::absolute(arguments.directory);
-            VideoCache::manager()->setDocumentsDirectory(path.string() + "/");
-        }
-    }
+        , _open(_wishes.size()) {}
 
     void start() {
-        VideoCache::directory(); // nothing is asked for when there is no place
         for (std::size_t i = 0; i < readers; ++i) {
             readNext();
         }
@@ -98,22 +138,22 @@ private:
         if (_next == _wishes.size()) {
             return;
         }
-        const std::size_t index = _next++;
-        const std::string& postId = _wishes[index].postId;
+        Wish& wish = _wishes[_next++];
         const auto endpoint = Endpoint::create(Api::session(SessionType::Authenticated));
-        endpoint->setPath("posts/" + postId);
-        endpoint->request(std::make_shared<VideoOffersParser>(postId),
-                          [self = shared_from_this(), index](
-                              const std::vector<std::shared_ptr<KLVideoUrlBitrateSettings>>& offers,
-                              const std::optional<Metadata>&, const Timeline&,
-                              const std::optional<Error>& error) {
-                              if (!error || !self->_host->hearsAgain(*error)) {
-                                  self->received(self->_wishes[index], offers, error);
-                              }
-                          });
+        endpoint->setPath("posts/" + wish.postId);
+        endpoint->request(
+            std::make_shared<KLClosureParser<Offers>>(
+                [id = wish.postId](const JsonObject& json) { return offersIn(json, id); }),
+            [self = shared_from_this(), &wish](const std::vector<std::shared_ptr<Offers>>& offers,
+                                               const auto&, const auto&,
+                                               const std::optional<Error>& error) {
+                if (!error || !self->_host->hearsAgain(*error)) {
+                    self->received(wish, offers, error);
+                }
+            });
     }
 
-    void received(Wish& wish, const std::vector<std::shared_ptr<KLVideoUrlBitrateSettings>>& offers,
+    void received(Wish& wish, const std::vector<std::shared_ptr<Offers>>& offers,
                   const std::optional<Error>& error) {
         if (error) {
             failed(wish, explained(*error, _host->options().host));
@@ -141,7 +181,7 @@ private:
         // The queue begins with the first file that it is given.
         std::stable_sort(_wishes.begin(), _wishes.end(),
                          [](const Wish& a, const Wish& b) { return a.priority > b.priority; });
-        for (const Wish& wish : _wishes) {
+        for (Wish& wish : _wishes) {
             if (wish.file != nullptr) {
                 fetch(wish);
             }
@@ -149,15 +189,15 @@ private:
         endWhenDone();
     }
 
-    void fetch(const Wish& wish) {
+    void fetch(Wish& wish) {
         const bool cached = wish.file->localUrl().has_value();
-        _bars.add(*wish.file, {wish.postId, wish.priority});
         wish.file->setDownloadProgressHandler(
-            [weak = weak_from_this(), file = wish.file.get()](std::int64_t, std::int64_t received,
-                                                              std::int64_t expected) {
+            [weak = weak_from_this(), &wish](std::int64_t, std::int64_t received,
+                                             std::int64_t expected) {
                 if (const auto self = weak.lock()) {
-                    self->_bars.progress(*file, received, expected);
-                    self->_bars.show(self->_queue->queuedFiles(), false);
+                    wish.received = received;
+                    wish.expected = expected;
+                    self->showBars(false);
                 }
             });
         _queue->download(wish.file, wish.file->documentsFile().value(), wish.priority,
@@ -171,17 +211,47 @@ private:
             const auto url = URL::parse(wish.file->path());
             failed(wish, explained(*result.error(), url ? hostIn(*url) : ""));
         } else {
-            _bars.clear();
+            _progress.clear();
             const std::string path = wish.file->localUrl()->filePath().value_or("");
             std::error_code ignored;
             const auto bytes = std::filesystem::file_size(path, ignored);
-            _host->output().downloaded({wish.postId, path, ignored ? 0 : bytes, cached});
+            showDownloaded(wish, path, ignored ? 0 : bytes, cached);
             --_open;
         }
         if (!cached) {
-            _bars.show(_queue->queuedFiles(), true);
+            showBars(true);
             endWhenDone();
         }
+    }
+
+    void showDownloaded(const Wish& wish, const std::string& path, std::uint64_t bytes,
+                        bool cached) {
+        _host->output().write(
+            {{"postId", wish.postId}, {"path", path}, {"bytes", bytes}, {"cached", cached}},
+            {"post " + wish.postId + (cached ? ", already cached: " : ": ") + path + " (" +
+             sizeText(bytes) + ")"});
+    }
+
+    /// One bar for each queued file, in the queue's order; when the last time was a moment ago,
+    /// only if `now`.
+    void showBars(bool now) {
+        const auto time = std::chrono::steady_clock::now();
+        if (!now && time - _shown < moment) {
+            return;
+        }
+        _shown = time;
+        const auto queued = _queue->queuedFiles();
+        Lines lines;
+        for (std::size_t i = 0; i < std::min(queued.size(), mostBars); ++i) {
+            const auto wish = std::find_if(_wishes.begin(), _wishes.end(), [&](const Wish& one) {
+                return one.file != nullptr && *one.file == *queued[i];
+            });
+            lines.push_back(barLine(i + 1, *wish));
+        }
+        if (queued.size() > mostBars) {
+            lines.push_back(std::to_string(queued.size() - mostBars) + " more wait");
+        }
+        _progress.show(lines);
     }
 
     static std::string hostIn(const URL& url) {
@@ -189,7 +259,7 @@ private:
     }
 
     void failed(const Wish& wish, const Failure& failure) {
-        _bars.clear();
+        _progress.clear();
         Terminal::say("kelo: post " + wish.postId + ": " + failure.what());
         _worst = std::max(_worst, failure.code());
         --_open;
@@ -199,7 +269,7 @@ private:
         if (_open > 0) {
             return;
         }
-        _bars.clear();
+        _progress.clear();
         if (_worst == ExitCode::Success) {
             _host->end();
         } else {
@@ -207,10 +277,11 @@ private:
         }
     }
 
-    const std::shared_ptr<Host> _host;
+    const HostPointer _host;
     const std::optional<double> _bitrate;
     const std::shared_ptr<FileQueue> _queue = FileQueue::withKey("videos");
-    DownloadBars _bars;
+    Progress _progress{true};
+    std::chrono::steady_clock::time_point _shown;
     std::vector<Wish> _wishes;
     /// Wishes that have neither come true nor failed.
     std::size_t _open;
@@ -219,48 +290,23 @@ private:
     ExitCode _worst = ExitCode::Success;
 };
 
-std::string checkPost(const std::string& text) {
+} // namespace
+
+std::string checkWish(const std::string& text) {
     const auto colon = text.find(':');
-    if (colon != std::string::npos) {
-        const std::string priority = text.substr(colon + 1);
-        if (priority != nameOf(priorityOf(priority))) {
-            return "'" + priority + "' is none of low, normal and high";
-        }
+    if (colon != std::string::npos && !priorityOf(text.substr(colon + 1))) {
+        return "'" + text.substr(colon + 1) + "' is none of low, normal and high";
     }
     return checkIdentifier(text.substr(0, colon));
 }
 
-} // namespace
-
-Command addDownload(CLI::App& app) {
-    auto* command = app.add_subcommand("download", "Download the videos of posts into the cache");
-    const auto arguments = std::make_shared<DownloadArguments>();
-    command
-        ->add_option("POST", arguments->posts,
-                     "The posts' identifiers; POST:PRIORITY gives one a priority of its own")
-        ->required()
-        ->type_name("")
-        ->check(checkPost);
-    command
-        ->add_option("--bitrate", arguments->bitrate,
-                     "Bitrate of the connection, which the files are chosen for; the best one "
-                     "is taken otherwise")
-        ->type_name("RATE")
-        ->check(CLI::NonNegativeNumber);
-    command->add_option("--priority", arguments->priority, "low, normal or high: what comes first")
-        ->type_name("PRIORITY")
-        ->capture_default_str()
-        ->check(CLI::IsMember({"low", "normal", "high"}));
-    command->add_option("--directory", arguments->directory, "Keep them there, not in the cache")
-        ->type_name("DIR")
-        ->check(CLI::ExistingDirectory);
-    return {command, [arguments](const std::shared_ptr<Host>& host) {
-                try {
-                    std::make_shared<Downloads>(host, *arguments)->start();
-                } catch (const Failure& failure) {
-                    host->end(failure);
-                }
-            }};
+void downloadVideos(const HostPointer& host, const Arguments& arguments) {
+    if (arguments.has("--directory")) {
+        const auto path = std::filesystem::absolute(arguments.text("--directory"));
+        VideoCache::manager()->setDocumentsDirectory(path.string() + "/");
+    }
+    VideoCache::directory(); // nothing is asked for when there is no place
+    std::make_shared<Downloads>(host, arguments)->start();
 }
 
 } // namespace KeloHost

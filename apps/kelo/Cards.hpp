@@ -1,9 +1,9 @@
 #pragma once
 
+#include "Output.hpp"
+
 #include <KeloAPI/model/KLFeedInsert.hpp>
 #include <KeloAPI/parsing/JsonParser.hpp>
-
-#include <memory>
 
 namespace KeloHost {
 
@@ -14,5 +14,8 @@ class FeedCardParser final : public KeloAPI::JsonParser<KeloAPI::KLFeedInsert> {
 public:
     std::shared_ptr<KeloAPI::KLFeedInsert> parse(const KeloAPI::JsonObject& json) const override;
 };
+
+/// A line for each card: its reference, what it is and what it says.
+Lines linesOfCards(const std::vector<std::shared_ptr<KeloAPI::KLFeedInsert>>& cards);
 
 } // namespace KeloHost

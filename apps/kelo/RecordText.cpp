@@ -1,0 +1,223 @@
+#include "RecordText.hpp"
+
+#include "FeedPost.hpp"
+#include "Terminal.hpp"
+#include "TextForms.hpp"
+#include "TextWidth.hpp"
+
+#include <KeloAPI/base/Number.hpp>
+#include <KeloAPI/model/KLByline.hpp>
+#include <KeloAPI/model/KLChannel.hpp>
+#include <KeloAPI/model/KLEntity.hpp>
+#include <KeloAPI/model/KLPostAudioMetadata.hpp>
+#include <KeloAPI/model/KLTag.hpp>
+#include <KeloAPI/model/KLVenue.hpp>
+#include <KeloAPI/model/KLVenueCategory.hpp>
+#include <KeloAPI/model/KLVideoUpload.hpp>
+#include <KeloAPI/model/KLWatchPost.hpp>
+#include <KeloAPI/model/KLWatchUser.hpp>
+#include <KeloAPI/model/LoopData.hpp>
+#include <KeloAPI/model/SoundboardSound.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <variant>
+
+namespace KeloHost {
+
+using namespace KeloAPI;
+
+namespace {
+
+// Pages are printed as they come; columns that are wide enough from the start stay in line.
+constexpr std::size_t leastNameWidth = 14;
+constexpr std::size_t leastLoopsWidth = 17;
+constexpr std::size_t leastCaptionWidth = 20;
+/// Behind the dates.
+constexpr std::size_t detailIndent = 18;
+
+std::string loopsText(const std::shared_ptr<KLWatchUser>& user) {
+    return user == nullptr || user->loopData == nullptr
+               ? "-"
+               : groupedText(user->loopData->count.uint64Value()) + " loops";
+}
+
+std::string nameOf(const std::shared_ptr<KLWatchUser>& user) {
+    return user == nullptr ? "?" : user->username.value_or("?");
+}
+
+/// `text`, behind `begin`, cut to the terminal.
+std::string fitted(const std::string& begin, const std::string& text) {
+    const auto columns = Terminal::columns();
+    if (!columns) {
+        return begin + text;
+    }
+    const std::size_t used = displayWidth(begin);
+    const std::size_t room = *columns > used ? *columns - used : 0;
+    return begin + clipped(text, std::max(room, leastCaptionWidth));
+}
+
+/// A heart for a like, an arrow for a repost of the signed-in user.
+std::string lineOf(const KLWatchPost& post, std::size_t nameWidth, std::size_t loopsWidth) {
+    const std::string date = post.created ? shortText(*post.created) : std::string(16, '-');
+    std::string line =
+        fitted(date + "  " + padded(nameOf(post.user), nameWidth) + "  " +
+                   rightAligned(loopsText(post.user), loopsWidth) + "  " +
+                   (post.liked.value_or(false) ? "♥" : " ") + (post.rekeloed() ? "↻" : " ") + "  ",
+               printable(post.caption.value_or("")));
+    line.erase(line.find_last_not_of(' ') + 1);
+    return line;
+}
+
+std::string venueText(const KLVenue& venue) {
+    std::string text = venue.name();
+    for (const auto& part : {venue.address, venue.city, venue.state, venue.country}) {
+        if (part && !part->empty()) {
+            text += ", " + *part;
+        }
+    }
+    return venue.category == nullptr ? text : text + " (" + venue.category->shortName() + ")";
+}
+
+std::string tagsText(const FeedPost& post) {
+    std::string text;
+    for (const auto& tag : post.tags) {
+        text += (text.empty() ? "" : ", ") + tag->name() + " (" + std::to_string(tag->count) +
+                " posts)";
+    }
+    return text;
+}
+
+void addLinks(Lines& lines, const std::string& text,
+              const std::vector<std::shared_ptr<KLEntity>>& entities) {
+    for (const auto& entity : entities) {
+        lines.push_back(stretchOf(text, entity->range) + " → " + entity->applicationLink());
+    }
+}
+
+/// What stands beside a post: its byline, channel, venue, music, tags and links.
+Lines detailsOf(const FeedPost& post) {
+    Lines lines;
+    if (post.byline != nullptr) {
+        lines.push_back(post.byline->text());
+        addLinks(lines, post.byline->text(), post.byline->entities);
+    }
+    if (post.channel) {
+        lines.push_back("in " + *post.channel);
+    }
+    if (post.venue != nullptr) {
+        lines.push_back("at " + venueText(*post.venue) + ", venue " +
+                        post.venue->foursquareVenueId());
+    }
+    if (post.audio != nullptr) {
+        lines.push_back("♪ " + post.audio->trackName + " – " + post.audio->artistName);
+    }
+    if (!post.tags.empty()) {
+        lines.push_back(tagsText(post));
+    }
+    addLinks(lines, post.post->caption.value_or(""), post.entities);
+    for (std::string& line : lines) {
+        line = fitted(std::string(detailIndent, ' '), printable(line));
+    }
+    return lines;
+}
+
+std::string scalarText(const ParameterValue& value) {
+    struct Text {
+        std::string operator()(std::nullptr_t) const { return "-"; }
+        std::string operator()(bool flag) const { return flag ? "yes" : "no"; }
+        std::string operator()(std::int64_t number) const { return std::to_string(number); }
+        std::string operator()(std::uint64_t number) const { return std::to_string(number); }
+        std::string operator()(double number) const { return Number::of(number).stringValue(); }
+        std::string operator()(const std::string& text) const { return text; }
+        std::string operator()(const ParameterList&) const { return "..."; }
+        std::string operator()(const Parameters&) const { return ""; }
+    };
+    return std::visit(Text(), value.held());
+}
+
+} // namespace
+
+Lines linesOf(const KLWatchUser& user) {
+    Lines lines = {user.username.value_or("?")};
+    if (user.loopData != nullptr) {
+        const double velocity = user.loopData->velocity.doubleValue();
+        lines.push_back(groupedText(user.loopData->count.uint64Value()) + " loops, " +
+                        formatted(std::abs(velocity) < 1e15 ? "%.1f" : "%g", velocity) +
+                        " more each second");
+    }
+    return lines;
+}
+
+Lines linesOf(const KLVenue& venue) {
+    Lines lines = {venueText(venue)};
+    if (venue.latitude != 0 || venue.longitude != 0) {
+        lines.push_back(formatted("%.4f, %.4f", venue.latitude, venue.longitude));
+    }
+    return lines;
+}
+
+Lines linesOf(const KLVideoUpload& upload) {
+    std::string line = "video " + upload.mediaId();
+    if (upload.processingInfo) {
+        line += ": " + std::string(rawValue(upload.processingInfo->state()));
+    }
+    if (upload.size) {
+        line += ", " + std::to_string(*upload.size) + " bytes";
+    }
+    return {line};
+}
+
+Lines linesOf(const KLChannel& channel, bool details) {
+    Lines lines = {channel.name + (channel.following ? " (followed)" : "")};
+    if (channel.channelDescription) {
+        lines.push_back(*channel.channelDescription);
+    }
+    if (channel.timelineData != nullptr) {
+        const Lines posts = linesOf(elementsOf<FeedPost>(*channel.timelineData), details);
+        lines.insert(lines.end(), posts.begin(), posts.end());
+    }
+    return lines;
+}
+
+Lines linesOf(const std::vector<std::shared_ptr<FeedPost>>& posts, bool details) {
+    std::size_t nameWidth = leastNameWidth;
+    std::size_t loopsWidth = leastLoopsWidth;
+    for (const auto& shown : posts) {
+        nameWidth = std::max(nameWidth, displayWidth(nameOf(shown->post->user)));
+        loopsWidth = std::max(loopsWidth, displayWidth(loopsText(shown->post->user)));
+    }
+    Lines lines;
+    for (const auto& shown : posts) {
+        lines.push_back(lineOf(*shown->post, nameWidth, loopsWidth));
+        if (details) {
+            const Lines beside = detailsOf(*shown);
+            lines.insert(lines.end(), beside.begin(), beside.end());
+        }
+    }
+    return lines;
+}
+
+Lines linesOf(const std::vector<std::shared_ptr<SoundboardSound>>& sounds) {
+    Lines lines;
+    for (const auto& sound : sounds) {
+        lines.push_back(padded(sound->soundId(), 10) + (sound->featured() ? " ★ " : "   ") +
+                        sound->name());
+    }
+    return lines.empty() ? Lines{"The soundboard is empty."} : lines;
+}
+
+Lines linesOf(const Parameters& fields, const std::string& indent) {
+    Lines lines;
+    for (const auto& [name, value] : fields) {
+        lines.push_back(indent + name + ": " + scalarText(value));
+        if (const auto* inner = std::get_if<Parameters>(&value.held())) {
+            lines.back().pop_back(); // the blank
+            const Lines more = linesOf(*inner, indent + "  ");
+            lines.insert(lines.end(), more.begin(), more.end());
+        }
+    }
+    return lines;
+}
+
+} // namespace KeloHost

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <KeloAPI/base/Date.hpp>
+#include <KeloAPI/base/Range.hpp>
+
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+// How people read dates, sizes and the like.
+namespace KeloHost {
+
+/// As `printf` writes values, up to a hundred bytes.
+template <class... Values>
+std::string formatted(const char* format, Values... values) {
+    std::array<char, 100> text{};
+    static_cast<void>(std::snprintf(text.data(), text.size(), format, values...));
+    return text.data();
+}
+
+/// "2016-03-01T12:00:00.250Z"
+std::string isoText(KeloAPI::Date date);
+/// "2016-03-01 12:00", in UTC.
+std::string shortText(KeloAPI::Date date);
+/// "12 s", "5 min", "3 h", "40 d"; the full units only. What lies ahead is "0 s".
+std::string ageText(std::chrono::microseconds age);
+
+/// "712 B", "45 kB", "3.2 MB": thousands of thousands.
+std::string sizeText(std::uint64_t bytes);
+/// 1234567 as "1,234,567".
+std::string groupedText(std::uint64_t number);
+
+/// A bar for how much of all is done, and the percentage beside it.
+std::string barText(double done, double all);
+std::string percentText(double done, double all);
+
+/// The stretch of a UTF-8 text that a range in UTF-16 code units covers; what lies behind the
+/// text's end is left out.
+std::string stretchOf(std::string_view text, KeloAPI::Range range);
+
+} // namespace KeloHost

@@ -1,0 +1,120 @@
+#include "commands/Commands.hpp"
+
+#include <KeloAPI/endpoints/LikeActionEndpoint.hpp>
+#include <KeloAPI/endpoints/LoopsEndpoint.hpp>
+#include <KeloAPI/endpoints/RecommendationsEndpoint.hpp>
+#include <KeloAPI/endpoints/RekeloActionEndpoint.hpp>
+#include <KeloAPI/endpoints/UserEndpoint.hpp>
+#include <KeloAPI/model/KLEmpty.hpp>
+#include <KeloAPI/model/KLWatchPost.hpp>
+
+namespace KeloHost {
+
+using namespace KeloAPI;
+
+namespace {
+
+using PostPointer = std::shared_ptr<KLWatchPost>;
+
+PostPointer postOf(const Arguments& arguments) {
+    auto post = std::make_shared<KLWatchPost>();
+    post->postId = arguments.text("POST");
+    return post;
+}
+
+/// The endpoint does not keep the post alive; the completion does, for a retry.
+template <class ActionEndpoint, class Identify>
+void act(const HostPointer& host, const PostPointer& post, bool on, const std::string& deed,
+         Identify identify) {
+    ActionEndpoint::create(post)->toggle(on, [=](const auto& result) {
+        host->hear(result.error(), [&] {
+            const auto& item = result.success()->item;
+            host->showDone(deed, *post->postId, item ? identify(*item) : std::nullopt);
+        });
+    });
+}
+
+void toggleRekelo(const HostPointer& host, const PostPointer& post, bool on) {
+    act<RekeloActionEndpoint>(host, post, on, on ? "reposted post" : "took back the repost of post",
+                              [](const KLRekelo& rekelo) { return rekelo.rekeloId; });
+}
+
+/// Reads what the service answers, as other calls do: a `LoopsEndpoint` by itself tells nobody.
+class AnsweredLoopsEndpoint : public LoopsEndpoint {
+public:
+    using Completion = std::function<void(const std::optional<Error>& error)>;
+
+    std::shared_ptr<EndpointRequest> request(TextCompletion /*completionHandler*/) override {
+        return Endpoint::request(
+            std::make_shared<KLEmptyParser>(),
+            [completion = _completion](const auto&, const auto&, const auto&,
+                                       const std::optional<Error>& error) { completion(error); });
+    }
+
+protected:
+    AnsweredLoopsEndpoint(Key key, Completion completion)
+        : LoopsEndpoint(key)
+        , _completion(std::move(completion)) {}
+
+private:
+    Completion _completion;
+};
+
+} // namespace
+
+void like(const HostPointer& host, const Arguments& arguments, bool on) {
+    act<LikeActionEndpoint>(host, postOf(arguments), on, on ? "liked post" : "unliked post",
+                            [](const KLLike& like) { return like.likeId; });
+}
+
+void rekelo(const HostPointer& host, const Arguments& arguments) {
+    toggleRekelo(host, postOf(arguments), true);
+}
+
+void unrekelo(const HostPointer& host, const Arguments& arguments) {
+    const std::string id = arguments.text("POST");
+    // Asks for the post first: only the service knows which repost of it is the user's own.
+    readRecords(host, "posts/" + id, std::make_shared<PostParser>(), [=](const auto& posts) {
+        if (posts.empty() || !posts.front()->rekeloed()) {
+            throw Failure(ExitCode::Failed, "post " + id + " is not reposted by this user");
+        }
+        toggleRekelo(host, posts.front(), false);
+    });
+}
+
+void follow(const HostPointer& host, const Arguments& arguments, bool on) {
+    const std::string id = arguments.text("USER");
+    UserEndpoint::create(id)->setFollowingOnTwitter(on, [=](const UserResult& result) {
+        host->hear(result.error(),
+                   [&] { host->showDone(on ? "following user" : "no longer following user", id); });
+    });
+}
+
+void boost(const HostPointer& host, const Arguments& arguments) {
+    const std::string kind = arguments.text("KIND");
+    const std::string id = arguments.text("ID");
+    const std::string boost = arguments.text("BOOST");
+    const auto completion = [=](const RecommendationResult& result) {
+        host->hear(result.error(), [&] { host->showDone(boost + " feedback on " + kind, id); });
+    };
+    const auto endpoint = RecommendationsEndpoint::create();
+    const auto value = recommendationBoostOf(boost).value();
+    if (kind == "user") {
+        endpoint->addUserFeedback(id, value, completion);
+    } else {
+        endpoint->addPostFeedback(id, value, completion);
+    }
+}
+
+void submitLoops(const HostPointer& host, const Arguments& arguments) {
+    const auto post = postOf(arguments);
+    const std::int64_t count = arguments.number("COUNT");
+    const auto completion = [=](const std::optional<Error>& error) {
+        host->hear(error, [&] {
+            host->showDone("reported " + std::to_string(count) + " loops of post", *post->postId);
+        });
+    };
+    Endpoint::make<AnsweredLoopsEndpoint>(completion)->submit(count, *post);
+}
+
+} // namespace KeloHost

@@ -1,0 +1,88 @@
+#include "Cards.hpp"
+#include "commands/Commands.hpp"
+#include "FeedPost.hpp"
+#include "RecordText.hpp"
+
+#include <KeloAPI/endpoints/LongformViewsEndpoint.hpp>
+#include <KeloAPI/endpoints/MeEndpoint.hpp>
+#include <KeloAPI/endpoints/SoundboardEndpoint.hpp>
+#include <KeloAPI/model/KLChannel.hpp>
+#include <KeloAPI/model/KLLongformViews.hpp>
+#include <KeloAPI/model/KLPagedDataParser.hpp>
+#include <KeloAPI/model/KLVenue.hpp>
+#include <KeloAPI/model/KLWatchUser.hpp>
+#include <KeloAPI/model/SoundboardSound.hpp>
+#include <KeloAPI/parsing/AnyObjectJsonParser.hpp>
+
+namespace KeloHost {
+
+using namespace KeloAPI;
+
+void showMe(const HostPointer& host, const Arguments& /*arguments*/) {
+    MeEndpoint::create()->get([host](const MeResult& result) {
+        host->hear(result.error(), [&] {
+            const KLWatchUser& user = *result.success()->user;
+            host->show(fieldsOf(user), linesOf(user));
+        });
+    });
+}
+
+void showChannel(const HostPointer& host, const Arguments& arguments) {
+    // With the first page of its timeline.
+    const auto parser =
+        std::make_shared<KLChannelParser>(std::make_shared<KLChannelParser::TimelineParser>(
+            std::make_shared<AnyObjectParserAdaptor>(std::make_shared<FeedPostParser>())));
+    const bool details = arguments.has("--details");
+    readRecord(
+        host, "channels/" + arguments.text("ID"), parser, "the service names no channel",
+        [=](const KLChannel& channel) { host->show(fieldsOf(channel), linesOf(channel, details)); },
+        {{"size", arguments.number("--size")}});
+}
+
+void showInserts(const HostPointer& host, const Arguments& arguments) {
+    readRecords(host, "inserts/" + arguments.text("FEED"), std::make_shared<FeedCardParser>(),
+                [host](const auto& cards) {
+                    host->output().writeAll(cards, linesOfCards);
+                    host->end();
+                });
+}
+
+void showVenue(const HostPointer& host, const Arguments& arguments) {
+    readRecord(host, "venues/" + arguments.text("ID"), std::make_shared<KLFoursquareVenueParser>(),
+               "the service names no venue",
+               [host](const KLVenue& venue) { host->show(fieldsOf(venue), linesOf(venue)); });
+}
+
+void showSounds(const HostPointer& host, const Arguments& /*arguments*/) {
+    SoundboardEndpoint::create(Api::session(SessionType::Authenticated))
+        ->fetchSounds([host](const std::vector<std::shared_ptr<SoundboardSound>>& sounds,
+                             const std::optional<Error>& error) {
+            host->hear(error, [&] {
+                host->output().writeAll(sounds, [](const auto& all) { return linesOf(all); });
+                host->end();
+            });
+        });
+}
+
+void showOrSubmitViews(const HostPointer& host, const Arguments& arguments) {
+    const std::string id = arguments.text("ID");
+    const auto endpoint = LongformViewsEndpoint::create(id);
+    if (arguments.has("--submit")) {
+        endpoint->submitView([=](const std::optional<Error>& error) {
+            host->hear(error, [&] { host->showDone("reported a view of video", id); });
+        });
+        return;
+    }
+    endpoint->fetchViews(
+        [host](const std::shared_ptr<KLLongformViews>& views, const std::optional<Error>& error) {
+            host->hear(error, [&] {
+                if (views == nullptr) {
+                    throw Failure(ExitCode::Failed, "the service names no views");
+                }
+                host->show({{"longformId", views->longformId()}, {"count", views->count()}},
+                           {std::to_string(views->count()) + " views"});
+            });
+        });
+}
+
+} // namespace KeloHost
