@@ -1,4 +1,4 @@
-"""kelo and the tour, run as programs against a real kelo-service."""
+"""kelo, run as a program against a real kelo-service."""
 
 import json
 import shutil
@@ -505,25 +505,6 @@ class Serve(Case):
             done = self.run_program(f"{folder}/kelo", "serve", PATH=folder)
         self.assertEqual((done.returncode, done.stderr),
                          (1, "kelo: kelo-service is neither beside kelo nor in PATH\n"))
-
-
-class Tour(Case):
-    def test_every_step(self):
-        done = self.run_program(f"{BIN}/kelo-tour", self.service.host)
-        last = done.stdout.splitlines()[-1]
-        self.assertRegex(last, r"^demo: \d+ steps, 0 failed$", done.stdout)
-        self.assertEqual(done.returncode, 0)
-        steps = int(last.split()[1])
-        self.assertEqual(done.stdout.count("\n    ok"), steps)
-
-    def test_failed_steps_are_counted(self):
-        done = self.run_program(f"{BIN}/kelo-tour", "localhost:1")
-        self.assertRegex(done.stdout.splitlines()[-1], r"^demo: \d+ steps, [1-9]\d* failed$")
-        self.assertEqual(done.returncode, 1)
-
-    def test_usage(self):
-        done = self.run_program(f"{BIN}/kelo-tour")
-        self.assertEqual((done.returncode, done.stderr.count("\n")), (2, 1))
 
 
 if __name__ == "__main__":
