@@ -3,12 +3,7 @@
 #include "FeedPost.hpp"
 #include "TextWidth.hpp"
 
-#include <KeloAPI/model/KLPagedDataParser.hpp>
-#include <KeloAPI/model/KLPostsMosaic.hpp>
-#include <KeloAPI/model/KLSolicitation.hpp>
-#include <KeloAPI/model/KLUrlAction.hpp>
-#include <KeloAPI/model/KLUserMosaic.hpp>
-#include <KeloAPI/model/KLWatchUser.hpp>
+#include <KeloAPI/KeloAPI.hpp>
 
 namespace KeloHost {
 

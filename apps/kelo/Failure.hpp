@@ -1,5 +1,7 @@
 #pragma once
 
+#include <KeloAPI/base/Error.hpp>
+
 #include <stdexcept>
 #include <string>
 
@@ -31,5 +33,8 @@ public:
 private:
     ExitCode _code;
 };
+
+/// What a call's error means to a person, in one line. `host` is where the call went.
+Failure explained(const KeloAPI::Error& error, const std::string& host);
 
 } // namespace KeloHost

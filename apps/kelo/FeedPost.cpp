@@ -1,11 +1,6 @@
 #include "FeedPost.hpp"
 
-#include <KeloAPI/model/KLByline.hpp>
-#include <KeloAPI/model/KLEntity.hpp>
-#include <KeloAPI/model/KLPostAudioMetadata.hpp>
-#include <KeloAPI/model/KLTag.hpp>
-#include <KeloAPI/model/KLVenue.hpp>
-#include <KeloAPI/model/KLWatchPost.hpp>
+#include <KeloAPI/KeloAPI.hpp>
 
 namespace KeloHost {
 

@@ -3,19 +3,7 @@
 #include "FeedPost.hpp"
 #include "TextForms.hpp"
 
-#include <KeloAPI/model/KLByline.hpp>
-#include <KeloAPI/model/KLChannel.hpp>
-#include <KeloAPI/model/KLEntity.hpp>
-#include <KeloAPI/model/KLPostAudioMetadata.hpp>
-#include <KeloAPI/model/KLRekelo.hpp>
-#include <KeloAPI/model/KLTag.hpp>
-#include <KeloAPI/model/KLVenue.hpp>
-#include <KeloAPI/model/KLVenueCategory.hpp>
-#include <KeloAPI/model/KLWatchPost.hpp>
-#include <KeloAPI/model/KLWatchUser.hpp>
-#include <KeloAPI/model/LoopData.hpp>
-#include <KeloAPI/model/PostThumbnail.hpp>
-#include <KeloAPI/model/SoundboardSound.hpp>
+#include <KeloAPI/KeloAPI.hpp>
 
 namespace KeloHost {
 

@@ -1,11 +1,9 @@
 #include "Host.hpp"
 
-#include "Explain.hpp"
 #include "Recovery.hpp"
 
 #include <KeloAPI/api/Api.hpp>
 #include <KeloAPI/queues/Diagnostics.hpp>
-#include <KeloAPI/queues/MainQueue.hpp>
 
 #include <iostream>
 #include <string_view>
@@ -53,7 +51,7 @@ void Host::run(const std::function<void()>& work) {
     } else {
         guarded();
     }
-    MainQueue::main().run();
+    _loop.run();
     if (_failure) {
         throw Failure(*_failure);
     }
@@ -68,7 +66,7 @@ void Host::sessionWorks() {
 }
 
 void Host::end() {
-    MainQueue::main().stop();
+    _loop.stop();
 }
 
 void Host::fail(const Error& error) {

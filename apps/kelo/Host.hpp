@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Failure.hpp"
+#include "Loop.hpp"
 #include "Options.hpp"
 #include "Output.hpp"
 
@@ -28,6 +29,7 @@ public:
 
     const Options& options() const { return _options; }
     const Output& output() const { return _output; }
+    Loop& loop() { return _loop; }
 
     /// Calls `work` (signs the user in first, where the options name one and there is no session)
     /// and runs the library's main queue until `end`. Throws the `Failure` that the end was, or
@@ -87,6 +89,7 @@ private:
 
     Options _options;
     const Output _output;
+    Loop _loop;
     std::unique_ptr<Recovery> _recovery;
     std::optional<Failure> _failure;
     std::function<std::int64_t()> _callsUnderWay;

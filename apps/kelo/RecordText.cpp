@@ -5,19 +5,7 @@
 #include "TextForms.hpp"
 #include "TextWidth.hpp"
 
-#include <KeloAPI/base/Number.hpp>
-#include <KeloAPI/model/KLByline.hpp>
-#include <KeloAPI/model/KLChannel.hpp>
-#include <KeloAPI/model/KLEntity.hpp>
-#include <KeloAPI/model/KLPostAudioMetadata.hpp>
-#include <KeloAPI/model/KLTag.hpp>
-#include <KeloAPI/model/KLVenue.hpp>
-#include <KeloAPI/model/KLVenueCategory.hpp>
-#include <KeloAPI/model/KLVideoUpload.hpp>
-#include <KeloAPI/model/KLWatchPost.hpp>
-#include <KeloAPI/model/KLWatchUser.hpp>
-#include <KeloAPI/model/LoopData.hpp>
-#include <KeloAPI/model/SoundboardSound.hpp>
+#include <KeloAPI/KeloAPI.hpp>
 
 #include <algorithm>
 #include <cmath>

@@ -1,10 +1,10 @@
 #include "TextWidth.hpp"
 
 #include <langinfo.h>
-#include <wchar.h>
 
+#include <algorithm>
 #include <clocale>
-#include <cstdint>
+#include <cwchar>
 
 namespace KeloHost {
 
@@ -18,41 +18,15 @@ struct Character {
 
 constexpr char32_t replacement = 0xFFFD;
 
-/// How many bytes a character that begins so takes; 0 where none does.
-std::size_t lengthOf(unsigned char first) {
-    if (first < 0x80) {
-        return 1;
-    }
-    if (first >= 0xC2 && first < 0xE0) {
-        return 2;
-    }
-    if (first >= 0xE0 && first < 0xF0) {
-        return 3;
-    }
-    return first >= 0xF0 && first < 0xF5 ? 4 : 0;
-}
-
 /// The first character of a text that is not empty.
 Character firstOf(std::string_view text) {
-    const auto first = static_cast<unsigned char>(text[0]);
-    const std::size_t length = lengthOf(first);
-    if (length == 0 || length > text.size()) {
-        return {replacement, 1};
-    }
-    char32_t codePoint = length == 1 ? first : first & (0x7FU >> length);
-    for (std::size_t i = 1; i < length; ++i) {
-        const auto byte = static_cast<unsigned char>(text[i]);
-        if ((byte & 0xC0U) != 0x80U) {
-            return {replacement, 1};
-        }
-        codePoint = codePoint << 6U | (byte & 0x3FU);
-    }
-    constexpr char32_t smallest[] = {0, 0, 0x80, 0x800, 0x10000};
-    const bool surrogate = codePoint >= 0xD800 && codePoint < 0xE000;
-    if (codePoint < smallest[length] || surrogate || codePoint > 0x10FFFF) {
-        return {replacement, 1};
-    }
-    return {codePoint, length};
+    wchar_t character = 0;
+    std::mbstate_t state{};
+    const std::size_t length = std::mbrtowc(&character, text.data(), text.size(), &state);
+    // An incomplete one, and bytes that are none, give the largest numbers there are.
+    return length > text.size()
+               ? Character{replacement, 1}
+               : Character{static_cast<char32_t>(character), std::max<std::size_t>(length, 1)};
 }
 
 bool isControl(char32_t c) {

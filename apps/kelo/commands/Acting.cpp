@@ -1,12 +1,6 @@
 #include "commands/Commands.hpp"
 
-#include <KeloAPI/endpoints/LikeActionEndpoint.hpp>
-#include <KeloAPI/endpoints/LoopsEndpoint.hpp>
-#include <KeloAPI/endpoints/RecommendationsEndpoint.hpp>
-#include <KeloAPI/endpoints/RekeloActionEndpoint.hpp>
-#include <KeloAPI/endpoints/UserEndpoint.hpp>
-#include <KeloAPI/model/KLEmpty.hpp>
-#include <KeloAPI/model/KLWatchPost.hpp>
+#include <KeloAPI/KeloAPI.hpp>
 
 namespace KeloHost {
 

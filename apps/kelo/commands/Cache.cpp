@@ -3,22 +3,100 @@
 #include "TextWidth.hpp"
 #include "VideoCache.hpp"
 
+#include <sys/stat.h>
+
 #include <algorithm>
+#include <filesystem>
+#include <regex>
+
+namespace KeloHost::VideoCache {
+
+std::shared_ptr<KeloAPI::FileManager> manager() {
+    return KeloAPI::FileManager::sharedGroupManager("/videos/");
+}
+
+std::string directory() {
+    const auto path = manager()->documentsDirectory();
+    if (!path) {
+        throw Failure(ExitCode::Failed,
+                      "there is no place for a cache: neither XDG_DATA_HOME nor HOME names one");
+    }
+    return *path;
+}
+
+} // namespace KeloHost::VideoCache
 
 namespace KeloHost {
 
+using namespace KeloAPI;
+
+/// One file of the cache.
+struct CachedFile {
+    std::string name;
+    std::uint64_t bytes = 0;
+    Date modified;
+};
+
+static Parameters fieldsOf(const CachedFile& file) {
+    return {{"name", file.name}, {"bytes", file.bytes}, {"modified", valueOf(file.modified)}};
+}
+
 namespace {
+
+using Files = std::vector<std::shared_ptr<CachedFile>>;
+
+/// Downloads that are still in the making have names of that kind, and no place in the cache yet.
+bool isInTheMaking(const std::string& name) {
+    static const std::regex pattern("\\.download-[0-9a-f]{32}\\.part");
+    return std::regex_match(name, pattern);
+}
+
+/// Null when the file has gone meanwhile. Links are not followed.
+std::shared_ptr<CachedFile> describe(const std::filesystem::path& path) {
+    struct stat attributes {};
+    if (lstat(path.c_str(), &attributes) != 0) {
+        return nullptr;
+    }
+    const auto file = std::make_shared<CachedFile>();
+    file->name = path.filename().string();
+    file->bytes = S_ISREG(attributes.st_mode) ? static_cast<std::uintmax_t>(attributes.st_size) : 0;
+    file->modified = Date(std::chrono::seconds(attributes.st_mtim.tv_sec) +
+                          std::chrono::microseconds(attributes.st_mtim.tv_nsec / 1000));
+    return file;
+}
+
+/// Newest first.
+Files filesInCache() {
+    const std::string path = VideoCache::directory();
+    Files files;
+    try {
+        for (const auto& entry : std::filesystem::directory_iterator(path)) {
+            if (isInTheMaking(entry.path().filename().string())) {
+                continue;
+            }
+            if (const auto file = describe(entry.path())) {
+                files.push_back(file);
+            }
+        }
+    } catch (const std::filesystem::filesystem_error& error) {
+        throw Failure(ExitCode::Failed,
+                      "cannot read the cache in " + path + ": " + error.code().message());
+    }
+    std::sort(files.begin(), files.end(),
+              [](const auto& a, const auto& b) { return a->modified > b->modified; });
+    return files;
+}
 
 std::string countText(std::size_t files) {
     return std::to_string(files) + (files == 1 ? " file" : " files");
 }
 
-Lines linesOfFiles(const std::vector<std::shared_ptr<CachedFile>>& files) {
+Lines linesOfFiles(const Files& files) {
     Lines lines;
     std::uint64_t bytes = 0;
     for (const auto& file : files) {
         bytes += file->bytes;
-        lines.push_back(rightAligned(ageText(KeloAPI::Date::now() - file->modified), 8) + "  " +
+        lines.push_back(rightAligned(ageText(Date::now() - file->modified), 8) + "  " +
                         rightAligned(sizeText(file->bytes), 8) + "  " + file->name);
     }
     lines.push_back(files.empty() ? "The cache is empty."
@@ -29,14 +107,19 @@ Lines linesOfFiles(const std::vector<std::shared_ptr<CachedFile>>& files) {
 } // namespace
 
 void listCache(const HostPointer& host, const Arguments& /*arguments*/) {
-    host->output().writeAll(VideoCache::files(), linesOfFiles);
+    host->output().writeAll(filesInCache(), linesOfFiles);
     host->end();
 }
 
 void trimCache(const HostPointer& host, const Arguments& arguments) {
-    const std::size_t before = VideoCache::files().size();
-    VideoCache::trim(arguments.number("N"));
-    const std::size_t left = VideoCache::files().size();
+    const auto count = static_cast<std::size_t>(arguments.number("N"));
+    const std::size_t before = filesInCache().size();
+    VideoCache::manager()->cleanDirectory(arguments.number("N"));
+    const std::size_t left = filesInCache().size();
+    if (left > count + 1) {
+        throw Failure(ExitCode::Failed,
+                      "some files could not be removed from " + VideoCache::directory());
+    }
     const std::size_t removed = before - std::min(before, left);
     host->show({{"removed", removed}, {"left", left}},
                {"removed " + countText(removed) + ", " + countText(left) + " left"});

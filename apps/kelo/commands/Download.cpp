@@ -1,5 +1,4 @@
 #include "commands/Commands.hpp"
-#include "Explain.hpp"
 #include "Progress.hpp"
 #include "Terminal.hpp"
 #include "TextForms.hpp"

@@ -3,16 +3,7 @@
 #include "FeedPost.hpp"
 #include "RecordText.hpp"
 
-#include <KeloAPI/endpoints/LongformViewsEndpoint.hpp>
-#include <KeloAPI/endpoints/MeEndpoint.hpp>
-#include <KeloAPI/endpoints/SoundboardEndpoint.hpp>
-#include <KeloAPI/model/KLChannel.hpp>
-#include <KeloAPI/model/KLLongformViews.hpp>
-#include <KeloAPI/model/KLPagedDataParser.hpp>
-#include <KeloAPI/model/KLVenue.hpp>
-#include <KeloAPI/model/KLWatchUser.hpp>
-#include <KeloAPI/model/SoundboardSound.hpp>
-#include <KeloAPI/parsing/AnyObjectJsonParser.hpp>
+#include <KeloAPI/KeloAPI.hpp>
 
 namespace KeloHost {
 

@@ -3,22 +3,18 @@
 #include <chrono>
 #include <functional>
 #include <map>
-#include <mutex>
-#include <thread>
 
 namespace KeloHost {
 
-/// Turns moments and Ctrl-C into tasks of the library's main queue, so that a command can wait
-/// while the queue runs. Used on the main thread.
-class Events {
+/// Runs the library's main queue until `stop`, and beside it tasks at their moments and at Ctrl-C.
+/// Used on the main thread.
+class Loop {
 public:
     using Task = std::function<void()>;
     using Seconds = std::chrono::duration<double>;
 
-    Events();
-    ~Events();
-    Events(const Events&) = delete;
-    Events& operator=(const Events&) = delete;
+    void run();
+    void stop();
 
     /// Runs the task when the time has passed.
     void after(Seconds time, Task task);
@@ -30,18 +26,13 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
-    void wait();
-    int millisecondsToNext();
+    int millisecondsToNext() const;
     void postDue();
-    void wake() const;
 
-    std::mutex _mutex;
     std::multimap<Clock::time_point, Task> _tasks;
     Task _atInterruption;
     int _interruption = -1;
-    bool _ends = false;
-    int _woken;
-    std::thread _thread;
+    bool _stopped = false;
 };
 
 } // namespace KeloHost

@@ -1,4 +1,4 @@
-#include "Explain.hpp"
+#include "Failure.hpp"
 
 #include <KeloAPI/api/ResponseEnvelope.hpp>
 #include <KeloAPI/base/URL.hpp>
