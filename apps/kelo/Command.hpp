@@ -68,8 +68,6 @@ struct Parameter {
 /// One command.
 struct Command {
     std::string name;
-    /// The heading that the help text has it under.
-    std::string group;
     std::string help;
     std::vector<Parameter> parameters = {};
     /// Returns at once, and what it started ends the program by `Host::end`; a `Failure` that it
@@ -81,6 +79,8 @@ struct Command {
     std::string (*check)(const Arguments& arguments) = nullptr;
     /// Whatever follows, --help included, becomes the parameter "rest".
     bool takesTheRest = false;
+    /// The heading that the help text has it under.
+    std::string group = "Subcommands";
 };
 
 /// Every command, in the order of the help text.

@@ -91,7 +91,7 @@ public:
     Reader(CLI::App& parent, const Command& command)
         : _command(command)
         , _app(*parent.add_subcommand(command.name, command.help)) {
-        _app.group(command.group.empty() ? "Subcommands" : command.group);
+        _app.group(command.group);
         for (const Parameter& parameter : command.parameters) {
             add(parameter);
         }

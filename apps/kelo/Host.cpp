@@ -109,14 +109,6 @@ void Host::end(Failure failure) {
     end();
 }
 
-std::optional<std::string> Host::hostForSession(Session&) {
-    return _options.host;
-}
-
-std::optional<std::string> Host::schemaForSession(Session&) {
-    return "https://";
-}
-
 std::optional<std::string> Host::sessionKeyForSession(Session& session) {
     return session.sessionType() == SessionType::Authenticated ? unlessEmpty(_options.session)
                                                                : std::nullopt;
@@ -124,18 +116,6 @@ std::optional<std::string> Host::sessionKeyForSession(Session& session) {
 
 std::optional<std::string> Host::acceptLanguageForSession(Session&) {
     return unlessEmpty(_options.language);
-}
-
-std::optional<std::string> Host::userAgentForSession(Session&) {
-    return "kelo/" KELO_VERSION;
-}
-
-std::optional<std::string> Host::keloClientForSession(Session&) {
-    return "command-line/" KELO_VERSION;
-}
-
-bool Host::isPollingForSession(Session&) {
-    return false;
 }
 
 void Host::reauthRequiredForSession(Session& session) {

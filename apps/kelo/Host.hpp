@@ -73,13 +73,14 @@ public:
 
     void setSessionKey(std::string key) { _options.session = std::move(key); }
 
-    std::optional<std::string> hostForSession(KeloAPI::Session& session) override;
-    std::optional<std::string> schemaForSession(KeloAPI::Session& session) override;
-    std::optional<std::string> sessionKeyForSession(KeloAPI::Session& session) override;
-    std::optional<std::string> acceptLanguageForSession(KeloAPI::Session& session) override;
-    std::optional<std::string> userAgentForSession(KeloAPI::Session& session) override;
-    std::optional<std::string> keloClientForSession(KeloAPI::Session& session) override;
-    bool isPollingForSession(KeloAPI::Session& session) override;
+    using Text = std::optional<std::string>;
+    Text hostForSession(KeloAPI::Session&) override { return _options.host; }
+    Text schemaForSession(KeloAPI::Session&) override { return "https://"; }
+    Text sessionKeyForSession(KeloAPI::Session& session) override;
+    Text acceptLanguageForSession(KeloAPI::Session& session) override;
+    Text userAgentForSession(KeloAPI::Session&) override { return "kelo/" KELO_VERSION; }
+    Text keloClientForSession(KeloAPI::Session&) override { return "command-line/" KELO_VERSION; }
+    bool isPollingForSession(KeloAPI::Session&) override { return false; }
     void reauthRequiredForSession(KeloAPI::Session& session) override;
     bool shouldHandleCaptchaForSession(KeloAPI::Session& session,
                                        const KeloAPI::URL& captchaUrl) override;

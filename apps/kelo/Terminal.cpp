@@ -85,10 +85,6 @@ std::optional<std::size_t> columns() {
     return columnsOf(STDOUT_FILENO);
 }
 
-std::optional<std::size_t> errorColumns() {
-    return columnsOf(STDERR_FILENO);
-}
-
 void say(const std::string& text) {
     std::cerr << printable(text) << '\n';
 }
@@ -138,6 +134,24 @@ void endOnSignals() {
             sigaction(number, &action, nullptr);
         }
     }
+}
+
+Progress::Progress(bool wanted)
+    : _visible(wanted && showsErrors()) {}
+
+void Progress::show(const std::vector<std::string>& lines) {
+    if (!_visible) {
+        return;
+    }
+    constexpr std::size_t usualColumns = 80;
+    const std::size_t columns = columnsOf(STDERR_FILENO).value_or(usualColumns);
+    std::string text = _linesAbove == 0 ? "" : "\x1b[" + std::to_string(_linesAbove) + "A";
+    text += "\r\x1b[J";
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        text += (i == 0 ? "" : "\n") + clipped(lines[i], columns - 1);
+    }
+    _linesAbove = lines.empty() ? 0 : lines.size() - 1;
+    std::cerr << text << std::flush;
 }
 
 } // namespace KeloHost::Terminal

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
+#include <vector>
 
 /// Talking to the user. Questions go to standard error, answers come from standard input.
 namespace KeloHost::Terminal {
@@ -13,9 +15,8 @@ bool isInteractive();
 bool showsOutput();
 bool showsErrors();
 
-/// Columns of the terminal that standard output, or standard error, is; absent when it is none.
+/// Columns of the terminal that standard output is; absent when it is none.
 std::optional<std::size_t> columns();
-std::optional<std::size_t> errorColumns();
 
 /// A line; what a terminal would take for a command is left out.
 void say(const std::string& text);
@@ -32,5 +33,20 @@ int catchInterruption();
 /// Makes SIGINT, SIGTERM and SIGHUP end the program with 128 and the signal's number, and leave the
 /// terminal as it was found.
 void endOnSignals();
+
+/// Lines at the end of standard error that are written over as work goes on. Silent unless `wanted`
+/// and standard error is a terminal.
+class Progress {
+public:
+    explicit Progress(bool wanted);
+
+    /// Each is cut to the terminal: of lines that wrap, parts would stay.
+    void show(const std::vector<std::string>& lines);
+    void clear() { show({}); }
+
+private:
+    bool _visible;
+    std::size_t _linesAbove = 0;
+};
 
 } // namespace KeloHost::Terminal

@@ -28,9 +28,19 @@ void act(const HostPointer& host, const PostPointer& post, bool on, const std::s
     });
 }
 
-void toggleRekelo(const HostPointer& host, const PostPointer& post, bool on) {
-    act<RekeloActionEndpoint>(host, post, on, on ? "reposted post" : "took back the repost of post",
-                              [](const KLRekelo& rekelo) { return rekelo.rekeloId; });
+std::optional<std::string> idOfLike(const KLLike& like) {
+    return like.likeId;
+}
+
+std::optional<std::string> idOfRekelo(const KLRekelo& rekelo) {
+    return rekelo.rekeloId;
+}
+
+void setFollowing(const HostPointer& host, const std::string& userId, bool on,
+                  const std::string& deed) {
+    UserEndpoint::create(userId)->setFollowingOnTwitter(on, [=](const UserResult& result) {
+        host->hear(result.error(), [&] { host->showDone(deed, userId); });
+    });
 }
 
 /// Reads what the service answers, as other calls do: a `LoopsEndpoint` by itself tells nobody.
@@ -56,13 +66,16 @@ private:
 
 } // namespace
 
-void like(const HostPointer& host, const Arguments& arguments, bool on) {
-    act<LikeActionEndpoint>(host, postOf(arguments), on, on ? "liked post" : "unliked post",
-                            [](const KLLike& like) { return like.likeId; });
+void like(const HostPointer& host, const Arguments& arguments) {
+    act<LikeActionEndpoint>(host, postOf(arguments), true, "liked post", idOfLike);
+}
+
+void unlike(const HostPointer& host, const Arguments& arguments) {
+    act<LikeActionEndpoint>(host, postOf(arguments), false, "unliked post", idOfLike);
 }
 
 void rekelo(const HostPointer& host, const Arguments& arguments) {
-    toggleRekelo(host, postOf(arguments), true);
+    act<RekeloActionEndpoint>(host, postOf(arguments), true, "reposted post", idOfRekelo);
 }
 
 void unrekelo(const HostPointer& host, const Arguments& arguments) {
@@ -72,16 +85,17 @@ void unrekelo(const HostPointer& host, const Arguments& arguments) {
         if (posts.empty() || !posts.front()->rekeloed()) {
             throw Failure(ExitCode::Failed, "post " + id + " is not reposted by this user");
         }
-        toggleRekelo(host, posts.front(), false);
+        act<RekeloActionEndpoint>(host, posts.front(), false, "took back the repost of post",
+                                  idOfRekelo);
     });
 }
 
-void follow(const HostPointer& host, const Arguments& arguments, bool on) {
-    const std::string id = arguments.text("USER");
-    UserEndpoint::create(id)->setFollowingOnTwitter(on, [=](const UserResult& result) {
-        host->hear(result.error(),
-                   [&] { host->showDone(on ? "following user" : "no longer following user", id); });
-    });
+void follow(const HostPointer& host, const Arguments& arguments) {
+    setFollowing(host, arguments.text("USER"), true, "following user");
+}
+
+void unfollow(const HostPointer& host, const Arguments& arguments) {
+    setFollowing(host, arguments.text("USER"), false, "no longer following user");
 }
 
 void boost(const HostPointer& host, const Arguments& arguments) {

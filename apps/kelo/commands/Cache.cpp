@@ -1,30 +1,12 @@
 #include "commands/Commands.hpp"
 #include "TextForms.hpp"
 #include "TextWidth.hpp"
-#include "VideoCache.hpp"
 
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <regex>
-
-namespace KeloHost::VideoCache {
-
-std::shared_ptr<KeloAPI::FileManager> manager() {
-    return KeloAPI::FileManager::sharedGroupManager("/videos/");
-}
-
-std::string directory() {
-    const auto path = manager()->documentsDirectory();
-    if (!path) {
-        throw Failure(ExitCode::Failed,
-                      "there is no place for a cache: neither XDG_DATA_HOME nor HOME names one");
-    }
-    return *path;
-}
-
-} // namespace KeloHost::VideoCache
 
 namespace KeloHost {
 
@@ -67,7 +49,7 @@ std::shared_ptr<CachedFile> describe(const std::filesystem::path& path) {
 
 /// Newest first.
 Files filesInCache() {
-    const std::string path = VideoCache::directory();
+    const std::string path = videoDirectory();
     Files files;
     try {
         for (const auto& entry : std::filesystem::directory_iterator(path)) {
@@ -106,6 +88,19 @@ Lines linesOfFiles(const Files& files) {
 
 } // namespace
 
+std::shared_ptr<FileManager> videoCache() {
+    return FileManager::sharedGroupManager("/videos/");
+}
+
+std::string videoDirectory() {
+    const auto path = videoCache()->documentsDirectory();
+    if (!path) {
+        throw Failure(ExitCode::Failed,
+                      "there is no place for a cache: neither XDG_DATA_HOME nor HOME names one");
+    }
+    return *path;
+}
+
 void listCache(const HostPointer& host, const Arguments& /*arguments*/) {
     host->output().writeAll(filesInCache(), linesOfFiles);
     host->end();
@@ -114,11 +109,10 @@ void listCache(const HostPointer& host, const Arguments& /*arguments*/) {
 void trimCache(const HostPointer& host, const Arguments& arguments) {
     const auto count = static_cast<std::size_t>(arguments.number("N"));
     const std::size_t before = filesInCache().size();
-    VideoCache::manager()->cleanDirectory(arguments.number("N"));
+    videoCache()->cleanDirectory(arguments.number("N"));
     const std::size_t left = filesInCache().size();
     if (left > count + 1) {
-        throw Failure(ExitCode::Failed,
-                      "some files could not be removed from " + VideoCache::directory());
+        throw Failure(ExitCode::Failed, "some files could not be removed from " + videoDirectory());
     }
     const std::size_t removed = before - std::min(before, left);
     host->show({{"removed", removed}, {"left", left}},
@@ -126,7 +120,7 @@ void trimCache(const HostPointer& host, const Arguments& arguments) {
 }
 
 void showCachePath(const HostPointer& host, const Arguments& /*arguments*/) {
-    const std::string path = VideoCache::directory();
+    const std::string path = videoDirectory();
     host->output().writePath({{"directory", path}}, path);
     host->end();
 }

@@ -6,6 +6,7 @@
 
 #include <KeloAPI/api/Api.hpp>
 #include <KeloAPI/api/Endpoint.hpp>
+#include <KeloAPI/files/FileManager.hpp>
 
 #include <memory>
 #include <string>
@@ -25,10 +26,12 @@ void showVenue(const HostPointer& host, const Arguments& arguments);
 void showSounds(const HostPointer& host, const Arguments& arguments);
 void showOrSubmitViews(const HostPointer& host, const Arguments& arguments);
 
-void like(const HostPointer& host, const Arguments& arguments, bool on);
+void like(const HostPointer& host, const Arguments& arguments);
+void unlike(const HostPointer& host, const Arguments& arguments);
 void rekelo(const HostPointer& host, const Arguments& arguments);
 void unrekelo(const HostPointer& host, const Arguments& arguments);
-void follow(const HostPointer& host, const Arguments& arguments, bool on);
+void follow(const HostPointer& host, const Arguments& arguments);
+void unfollow(const HostPointer& host, const Arguments& arguments);
 void boost(const HostPointer& host, const Arguments& arguments);
 void submitLoops(const HostPointer& host, const Arguments& arguments);
 
@@ -43,6 +46,11 @@ void showFile(const HostPointer& host, const Arguments& arguments);
 
 void sendRequest(const HostPointer& host, const Arguments& arguments);
 void serve(const HostPointer& host, const Arguments& arguments);
+
+/// The cache that downloaded videos are kept in, in the user's data directory.
+std::shared_ptr<KeloAPI::FileManager> videoCache();
+/// Where it is, with a "/" at its end. Throws a `Failure` when there is no place for one.
+std::string videoDirectory();
 
 // What is wrong with an argument; an empty text for a good one.
 

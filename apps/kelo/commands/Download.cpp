@@ -1,9 +1,7 @@
 #include "commands/Commands.hpp"
-#include "Progress.hpp"
 #include "Terminal.hpp"
 #include "TextForms.hpp"
 #include "TextWidth.hpp"
-#include "VideoCache.hpp"
 
 #include <KeloAPI/files/FileQueue.hpp>
 #include <KeloAPI/files/KLVideoFileFormat.hpp>
@@ -24,8 +22,6 @@ namespace {
 
 using Offers = KLVideoUrlBitrateSettings;
 
-/// How many posts are read at a time.
-constexpr std::size_t readers = 4;
 /// More than that would not fit small terminals.
 constexpr std::size_t mostBars = 10;
 constexpr std::chrono::milliseconds moment(50);
@@ -127,17 +123,13 @@ public:
         , _open(_wishes.size()) {}
 
     void start() {
-        for (std::size_t i = 0; i < readers; ++i) {
-            readNext();
+        for (Wish& wish : _wishes) {
+            read(wish);
         }
     }
 
 private:
-    void readNext() {
-        if (_next == _wishes.size()) {
-            return;
-        }
-        Wish& wish = _wishes[_next++];
+    void read(Wish& wish) {
         const auto endpoint = Endpoint::create(Api::session(SessionType::Authenticated));
         endpoint->setPath("posts/" + wish.postId);
         endpoint->request(
@@ -159,7 +151,6 @@ private:
         } else {
             choose(wish, offers.empty() ? nullptr : chosenOffer(*offers.front(), _bitrate));
         }
-        readNext();
         if (++_read == _wishes.size()) {
             fetchAll();
         }
@@ -171,8 +162,7 @@ private:
         } else if (!hasFileName(*offer)) {
             failed(wish, {ExitCode::Failed, "the file that is offered has no name"});
         } else {
-            wish.file =
-                FileEndpoint::create(offer->remoteUrl().absoluteString(), VideoCache::manager());
+            wish.file = FileEndpoint::create(offer->remoteUrl().absoluteString(), videoCache());
         }
     }
 
@@ -279,12 +269,11 @@ private:
     const HostPointer _host;
     const std::optional<double> _bitrate;
     const std::shared_ptr<FileQueue> _queue = FileQueue::withKey("videos");
-    Progress _progress{true};
+    Terminal::Progress _progress{true};
     std::chrono::steady_clock::time_point _shown;
     std::vector<Wish> _wishes;
     /// Wishes that have neither come true nor failed.
     std::size_t _open;
-    std::size_t _next = 0;
     std::size_t _read = 0;
     ExitCode _worst = ExitCode::Success;
 };
@@ -302,9 +291,9 @@ std::string checkWish(const std::string& text) {
 void downloadVideos(const HostPointer& host, const Arguments& arguments) {
     if (arguments.has("--directory")) {
         const auto path = std::filesystem::absolute(arguments.text("--directory"));
-        VideoCache::manager()->setDocumentsDirectory(path.string() + "/");
+        videoCache()->setDocumentsDirectory(path.string() + "/");
     }
-    VideoCache::directory(); // nothing is asked for when there is no place
+    videoDirectory(); // nothing is asked for when there is no place
     std::make_shared<Downloads>(host, arguments)->start();
 }
 

@@ -1,26 +1,39 @@
 #include "commands/Commands.hpp"
 
 #include <algorithm>
-#include <cctype>
 
 namespace KeloHost {
 
 namespace {
 
 using Form = Parameter::Form;
+using Commands = std::vector<Command>;
 
-constexpr const char* reading = "Reading";
-constexpr const char* acting = "Acting";
-constexpr const char* videos = "Videos";
-constexpr const char* files = "Files";
-constexpr const char* developing = "Developing";
+std::string checkRequestPath(const std::string& path) {
+    const bool good = !path.empty() && path.find("http") == std::string::npos;
+    return good ? "" : "'" + path + "' is no path, as users/me is one";
+}
 
 Parameter identifier(const std::string& name, const std::string& help) {
     return {.name = name, .help = help, .check = checkIdentifier};
 }
 
-Parameter countOption(const std::string& name, const std::string& help, std::int64_t most,
-                      const std::string& defaultValue, const std::string& valueName = "N") {
+Parameter post() {
+    return identifier("POST", "The post's identifier");
+}
+
+Parameter user() {
+    return identifier("USER", "The user's identifier");
+}
+
+Parameter oneOf(const std::string& name, const std::vector<std::string>& choices,
+                const std::string& help) {
+    return {.name = name, .help = help, .choices = choices};
+}
+
+/// A whole number from 1 on.
+Parameter count(const std::string& name, std::int64_t most, const std::string& help,
+                const std::string& defaultValue = "", const std::string& valueName = "N") {
     return {.name = name,
             .help = help,
             .valueName = valueName,
@@ -32,204 +45,158 @@ Parameter flag(const std::string& name, const std::string& help, const std::stri
     return {.name = name, .help = help, .form = Form::Flag, .excluded = excluded};
 }
 
-std::string checkRequestPath(const std::string& path) {
-    const bool good = !path.empty() && path.find("http") == std::string::npos;
-    return good ? "" : "'" + path + "' is no path, as users/me is one";
-}
-
-const Parameter post = identifier("POST", "The post's identifier");
-const Parameter user = identifier("USER", "The user's identifier");
-
-std::vector<Command> readingCommands() {
-    return {{"me", reading, "Show the signed-in user", {}, showMe},
+Commands readingCommands() {
+    return {{"me", "Show the signed-in user", {}, showMe},
             {"timeline",
-             reading,
              "Show the posts of a feed",
              {{.name = "PATH",
                .help = "The feed: home, popular, users/1001, channels/1, tags/cats, ...",
                .check = checkPath},
-              countOption("--pages", "How many pages to read", 1'000'000, "1"),
+              count("--pages", 1'000'000, "How many pages to read", "1"),
               flag("--all", "Read on to the feed's end", "--pages"),
-              countOption("--size", "Posts in a page (5)", 1000, ""),
+              count("--size", 1000, "Posts in a page (5)"),
               flag("--details", "Show bylines, channels, venues, music, tags and links, too")},
              showTimeline},
             {"channel",
-             reading,
              "Show a channel and its first posts",
              {identifier("ID", "The channel's identifier"),
-              countOption("--size", "How many posts", 1000, "5"),
+              count("--size", 1000, "How many posts", "5"),
               flag("--details", "Show bylines, venues, music, tags and links, too")},
              showChannel},
             {"inserts",
-             reading,
              "Show the cards between a feed's posts",
              {identifier("FEED", "The feed: home, popular, ...")},
              showInserts},
             {"venue",
-             reading,
              "Show a venue",
              {identifier("ID", "The venue's identifier, as timeline --details names it")},
              showVenue}};
 }
 
-std::vector<Command> actingCommands() {
-    return {{"like",
-             acting,
-             "Like a post",
-             {post},
-             [](const auto& host, const auto& arguments) { like(host, arguments, true); }},
-            {"unlike",
-             acting,
-             "Take a like back",
-             {post},
-             [](const auto& host, const auto& arguments) { like(host, arguments, false); }},
-            {"rekelo", acting, "Repost a post", {post}, rekelo},
-            {"unrekelo", acting, "Take a repost back", {post}, unrekelo},
-            {"follow",
-             acting,
-             "Follow a user's account outside the service",
-             {user},
-             [](const auto& host, const auto& arguments) { follow(host, arguments, true); }},
-            {"unfollow",
-             acting,
-             "Stop following a user's account outside the service",
-             {user},
-             [](const auto& host, const auto& arguments) { follow(host, arguments, false); }},
+Commands actingCommands() {
+    return {{"like", "Like a post", {post()}, like},
+            {"unlike", "Take a like back", {post()}, unlike},
+            {"rekelo", "Repost a post", {post()}, rekelo},
+            {"unrekelo", "Take a repost back", {post()}, unrekelo},
+            {"follow", "Follow a user's account outside the service", {user()}, follow},
+            {"unfollow", "Stop following a user's account outside the service", {user()}, unfollow},
             {"boost",
-             acting,
              "Say whether you want more of a user or post",
-             {{.name = "KIND", .help = "user or post", .choices = {"user", "post"}},
-              identifier("ID", "Its identifier"),
-              {.name = "BOOST",
-               .help = "positive, neutral or negative",
-               .choices = {"positive", "neutral", "negative"}}},
+             {oneOf("KIND", {"user", "post"}, "user or post"), identifier("ID", "Its identifier"),
+              oneOf("BOOST", {"positive", "neutral", "negative"}, "positive, neutral or negative")},
              boost},
             {"loops",
-             acting,
              "Report how often a post has looped",
-             {post, countOption("COUNT", "How often it has looped", 1'000'000'000, "", "")},
+             {post(), count("COUNT", 1'000'000'000, "How often it has looped", "", "")},
              submitLoops}};
 }
 
-Command downloadCommand() {
-    return {"download",
-            videos,
-            "Download the videos of posts into the cache",
-            {{.name = "POST",
-              .help = "The posts' identifiers; POST:PRIORITY gives one a priority of its own",
-              .form = Form::List,
-              .check = checkWish},
-             {.name = "--bitrate",
-              .help = "Bitrate of the connection, which the files are chosen for; the best one "
-                      "is taken otherwise",
-              .form = Form::Bitrate,
-              .valueName = "RATE"},
-             {.name = "--priority",
-              .help = "low, normal or high: what comes first",
-              .valueName = "PRIORITY",
-              .defaultValue = "normal",
-              .choices = {"low", "normal", "high"}},
-             {.name = "--directory",
-              .help = "Keep them there, not in the cache",
-              .form = Form::Directory,
-              .valueName = "DIR"}},
-            downloadVideos};
-}
-
-Command cacheCommand() {
-    const Parameter kept = {.name = "N",
-                            .help = "One less than the number of files to keep",
-                            .limits = Parameter::Limits{0, 1'000'000'000}};
-    return {
-        .name = "cache",
-        .group = videos,
-        .help = "Look after the videos that were downloaded",
-        .commands = {
-            {"list", "", "Show the files, newest first, with their age and size", {}, listCache},
+Commands cacheCommands() {
+    return {{"list", "Show the files, newest first, with their age and size", {}, listCache},
             {"trim",
-             "",
              "Remove the oldest files: the newest N and one more are kept",
-             {kept},
+             {{.name = "N",
+               .help = "One less than the number of files to keep",
+               .limits = Parameter::Limits{0, 1'000'000'000}}},
              trimCache},
-            {"path", "", "Show the directory", {}, showCachePath}}};
+            {"path", "Show the directory", {}, showCachePath}};
 }
 
-std::vector<Command> videoCommands() {
-    return {
-        {"upload",
-         videos,
-         "Upload a long-form video, an MP4 file",
-         {{.name = "FILE", .help = "The video's file"},
-          countOption("--segment-size", "Bytes that are sent at once", 1 << 30, "8388608", "BYTES"),
-          countOption("--parallel", "Segments that are under way together", 16, "4")},
-         uploadVideo},
-        {"views",
-         videos,
-         "Show the views of a long-form video",
-         {identifier("ID", "The video's identifier"),
-          flag("--submit", "Report a view of one's own instead")},
-         showOrSubmitViews},
-        {"sounds", videos, "Show the soundboard", {}, showSounds},
-        downloadCommand(),
-        cacheCommand()};
+Commands videoCommands() {
+    return {{"upload",
+             "Upload a long-form video, an MP4 file",
+             {{.name = "FILE", .help = "The video's file"},
+              count("--segment-size", 1 << 30, "Bytes that are sent at once", "8388608", "BYTES"),
+              count("--parallel", 16, "Segments that are under way together", "4")},
+             uploadVideo},
+            {"views",
+             "Show the views of a long-form video",
+             {identifier("ID", "The video's identifier"),
+              flag("--submit", "Report a view of one's own instead")},
+             showOrSubmitViews},
+            {"sounds", "Show the soundboard", {}, showSounds},
+            {"download",
+             "Download the videos of posts into the cache",
+             {{.name = "POST",
+               .help = "The posts' identifiers; POST:PRIORITY gives one a priority of its own",
+               .form = Form::List,
+               .check = checkWish},
+              {.name = "--bitrate",
+               .help = "Bitrate of the connection, which the files are chosen for; the best one is "
+                       "taken otherwise",
+               .form = Form::Bitrate,
+               .valueName = "RATE"},
+              {.name = "--priority",
+               .help = "low, normal or high: what comes first",
+               .valueName = "PRIORITY",
+               .defaultValue = "normal",
+               .choices = {"low", "normal", "high"}},
+              {.name = "--directory",
+               .help = "Keep them there, not in the cache",
+               .form = Form::Directory,
+               .valueName = "DIR"}},
+             downloadVideos},
+            {"cache", "Look after the videos that were downloaded", {}, {}, cacheCommands()}};
 }
 
-Command saveCommand() {
-    return {.name = "save",
-            .group = files,
-            .help = "Keep something in a file that phones read, too; see show",
-            .parameters = {{.name = "FILE", .help = "The file, which is replaced if it is there"},
-                           {.name = "KIND",
-                            .help = "channel, venue, category (of a venue), sound, thumbnail, tag "
-                                    "or entity (of a post, the first), or loops, which are the "
-                                    "signed-in user's",
-                            .choices = {"channel", "venue", "category", "sound", "thumbnail", "tag",
-                                        "entity", "loops"}},
-                           {.name = "ID",
-                            .help = "The identifier; none for loops",
-                            .check = checkIdentifier,
-                            .isOptional = true}},
-            .work = save,
-            .check = checkSave};
-}
-
-std::vector<Command> otherCommands() {
-    return {saveCommand(),
+Commands fileCommands() {
+    return {{.name = "save",
+             .help = "Keep something in a file that phones read, too; see show",
+             .parameters = {{.name = "FILE", .help = "The file, which is replaced if it is there"},
+                            oneOf("KIND",
+                                  {"channel", "venue", "category", "sound", "thumbnail", "tag",
+                                   "entity", "loops"},
+                                  "channel, venue, category (of a venue), sound, thumbnail, tag or "
+                                  "entity (of a post, the first), or loops, which are the "
+                                  "signed-in user's"),
+                            {.name = "ID",
+                             .help = "The identifier; none for loops",
+                             .check = checkIdentifier,
+                             .isOptional = true}},
+             .work = save,
+             .check = checkSave},
             {"show",
-             files,
              "Show what a file holds that save, or a phone, wrote",
              {{.name = "FILE", .help = "The file"}},
-             showFile},
-            {"request",
-             developing,
-             "Send a request of one's own and show the answer as it came",
-             {{.name = "PATH",
-               .help = "Where to: users/me, _service/health, ...",
-               .check = checkRequestPath},
-              {.name = "--method",
-               .help = "What to ask for",
-               .valueName = "METHOD",
-               .defaultValue = "GET",
-               .choices = {"GET", "POST", "PUT", "DELETE"}},
-              {.name = "--body", .help = "JSON to be sent", .valueName = "JSON"}},
-             sendRequest},
-            {.name = "serve",
-             .group = developing,
-             .help = "Run kelo-service, the local stand-in of the service, with the arguments "
-                     "given",
-             .work = serve,
-             .takesTheRest = true}};
+             showFile}};
+}
+
+Commands developingCommands() {
+    return {
+        {"request",
+         "Send a request of one's own and show the answer as it came",
+         {{.name = "PATH",
+           .help = "Where to: users/me, _service/health, ...",
+           .check = checkRequestPath},
+          {.name = "--method",
+           .help = "What to ask for",
+           .valueName = "METHOD",
+           .defaultValue = "GET",
+           .choices = {"GET", "POST", "PUT", "DELETE"}},
+          {.name = "--body", .help = "JSON to be sent", .valueName = "JSON"}},
+         sendRequest},
+        {.name = "serve",
+         .help = "Run kelo-service, the local stand-in of the service, with the arguments given",
+         .work = serve,
+         .takesTheRest = true}};
 }
 
 } // namespace
 
 std::vector<Command> allCommands() {
-    std::vector<Command> commands;
-    for (const auto& part :
-         {readingCommands(), actingCommands(), videoCommands(), otherCommands()}) {
-        commands.insert(commands.end(), part.begin(), part.end());
+    const std::pair<const char*, Commands> groups[] = {{"Reading", readingCommands()},
+                                                       {"Acting", actingCommands()},
+                                                       {"Videos", videoCommands()},
+                                                       {"Files", fileCommands()},
+                                                       {"Developing", developingCommands()}};
+    Commands all;
+    for (const auto& [heading, commands] : groups) {
+        for (Command command : commands) {
+            command.group = heading;
+            all.push_back(std::move(command));
+        }
     }
-    return commands;
+    return all;
 }
 
 std::string checkIdentifier(const std::string& text) {

@@ -1,6 +1,5 @@
 #include "commands/Commands.hpp"
 #include "FeedPost.hpp"
-#include "Progress.hpp"
 #include "RecordText.hpp"
 #include "Terminal.hpp"
 
@@ -88,7 +87,7 @@ private:
     const std::string _path;
     const bool _details;
     const std::int64_t _mostPages;
-    Progress _progress;
+    Terminal::Progress _progress;
     std::int64_t _pages = 0;
     std::size_t _posts = 0;
 };

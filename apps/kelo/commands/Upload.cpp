@@ -1,8 +1,8 @@
 #include "commands/Commands.hpp"
 #include "Loop.hpp"
-#include "Progress.hpp"
 #include "RecordText.hpp"
 #include "SegmentedFile.hpp"
+#include "Terminal.hpp"
 #include "TextForms.hpp"
 
 #include <KeloAPI/api/ResponseEnvelope.hpp>
@@ -338,7 +338,7 @@ private:
     const HostPointer _host;
     const SegmentedFile _file;
     const std::size_t _parallel;
-    Progress _progress{true};
+    Terminal::Progress _progress{true};
     std::string _mediaId;
     /// The first segment that was not begun yet.
     std::int64_t _next = 0;
