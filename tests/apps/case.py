@@ -1,7 +1,10 @@
 """What the tests of kelo share: a service of their own, and kelo run against it."""
 
+import json
 import os
+import shlex
 import subprocess
+import time
 import unittest
 
 from console import Console
@@ -46,6 +49,11 @@ class Case(unittest.TestCase):
         self.assertEqual((done.returncode, done.stderr), (0, ""), done)
         return done.stdout
 
+    def json(self, *arguments, **more):
+        """What it prints with --json: one object a line."""
+        return [json.loads(line) for line in
+                self.succeeds(*arguments, "--json", **more).splitlines()]
+
     def fails(self, code, line, *arguments, **more):
         """Nothing on standard output, exactly one line on standard error."""
         done = self.kelo(*arguments, **more)
@@ -53,6 +61,25 @@ class Case(unittest.TestCase):
         self.assertEqual(done.stderr.count("\n"), 1, done.stderr)
         self.assertTrue(done.stderr.startswith("kelo: "), done.stderr)
         self.assertIn(line, done.stderr)
+
+    def refuses(self, command_lines):
+        """Command lines that cannot be used, by what is said of them."""
+        for line, commands in command_lines.items():
+            for command in commands:
+                with self.subTest(command=command):
+                    self.fails(2, line, *shlex.split(command))
+        self.assertEqual(self.service.seen(), [])
+
+    def start(self, *arguments):
+        """kelo, which goes on meanwhile."""
+        return subprocess.Popen([KELO, *arguments], stdout=subprocess.PIPE,
+                                stderr=subprocess.PIPE, text=True, env=self.environment)
+
+    def wait_until(self, holds):
+        deadline = time.monotonic() + 20
+        while not holds():
+            self.assertLess(time.monotonic(), deadline)
+            time.sleep(0.02)
 
     def console(self, *arguments, columns=0):
         return Console([KELO, *arguments], self.environment, columns)

@@ -1,6 +1,5 @@
 """The example hosts, run against the real stand-in as their readers would run them."""
 
-import json
 import os
 import re
 import shutil
@@ -29,8 +28,7 @@ class Examples(Case):
         self.assertIn("8443", self.succeeds("serve", "--help"))
         done = self.run_program(f"{BIN}/example-timeline", self.service.host)
         trace, *said = done.stdout.splitlines()
-        captions = [json.loads(line)["caption"] for line in
-                    self.succeeds("timeline", "popular", "--json").splitlines()]
+        captions = [post["caption"] for post in self.json("timeline", "popular")]
         self.assertRegex(trace, "^GET https://")
         self.assertEqual((done.returncode, done.stderr, said), (0, "", captions))
 
@@ -66,8 +64,7 @@ class ObjcExample(Case):
 
     def test_signs_in_pages_and_downloads(self):
         done = self.feed(KELO_USER="kofi", KELO_PASSWORD=PASSWORD)
-        posts = [json.loads(line) for line in
-                 self.succeeds("timeline", "popular", "--pages", "2", "--json").splitlines()]
+        posts = self.json("timeline", "popular", "--pages", "2")
         self.assertGreater(len(posts), 5)  # more than a page
         path = urllib.parse.urlsplit(posts[0]["videoUrl"]).path
         name = path.rsplit("/", 1)[1]
@@ -78,10 +75,10 @@ class ObjcExample(Case):
                 f"{name}: {len(video)} bytes"]
         self.assertEqual((done.returncode, done.stdout), (0, "".join(f"{t}\n" for t in told)))
         self.assertEqual(os.listdir(self.folder), [name])
-        keys = [headers["kelo-session-id"] for _, headers in self.service.requests("/users/me")]
+        keys = [headers["kelo-session-id"] for headers in self.service.headers("/users/me")]
         self.assertEqual(len(keys), 1)
         self.assertNotEqual(keys, [KEY])
-        self.assertEqual(len(self.service.requests(path)), 1)
+        self.assertEqual(len(self.service.seen(path)), 1)
 
     def test_failures(self):
         for environment in ({"KELO_HOST": "localhost:1"}, {"KELO_PASSWORD": "no"}):
@@ -92,7 +89,7 @@ class ObjcExample(Case):
         self.assertEqual(done.stderr, "The service gave no session.\n")
 
     def test_a_video_that_breaks_off(self):
-        video = json.loads(self.succeeds("timeline", "popular", "--json").splitlines()[0])
+        video = self.json("timeline", "popular")[0]
         path = urllib.parse.urlsplit(video["videoUrl"]).path
         self.service.fault(path, type="reset", afterBodyBytes=10)
         done = self.feed()

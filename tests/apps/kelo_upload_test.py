@@ -5,13 +5,11 @@ import json
 import os
 import re
 import signal
-import ssl
 import subprocess
 import sys
 import tempfile
 import time
 import unittest
-import urllib.request
 
 from case import KELO, PASSWORD, Case
 
@@ -33,13 +31,10 @@ def mp4(size):
 class Upload(Case):
     def setUp(self):
         super().setUp()
-        self.set("processing-time", seconds=0)
-        self.set("upload-rate", bytesPerSecond=0)
+        self.service.set("processing-time", seconds=0)
+        self.service.set("upload-rate", bytesPerSecond=0)
         self.folder = tempfile.TemporaryDirectory()
         self.addCleanup(self.folder.cleanup)
-
-    def set(self, what, **value):
-        self.service.control("POST", f"_service/{what}", value)
 
     def file(self, content, name="video.mp4"):
         path = os.path.join(self.folder.name, name)
@@ -50,28 +45,11 @@ class Upload(Case):
     def uploads(self):
         return self.service.control("GET", "_service/uploads")["uploads"]
 
-    def calls(self, method):
-        seen = self.service.control("GET", "_service/requests")["requests"]
-        return [one for one in seen if one["method"] == method]
-
     def puts(self):
-        return self.calls("PUT")
-
-    def wait_until(self, holds):
-        deadline = time.monotonic() + 20
-        while not holds():
-            self.assertLess(time.monotonic(), deadline)
-            time.sleep(0.02)
+        return self.service.seen(method="PUT")
 
     def served(self, media_id):
-        context = ssl.create_default_context()
-        context.check_hostname = False
-        context.verify_mode = ssl.CERT_NONE
-        opener = urllib.request.build_opener(
-            urllib.request.ProxyHandler({}), urllib.request.HTTPSHandler(context=context))
-        url = f"https://{self.service.host}/media/longforms/{media_id}.mp4"
-        with opener.open(url, timeout=20) as answer:
-            return answer.read()
+        return self.service.fetch(f"media/longforms/{media_id}.mp4")
 
     def uploaded(self, content, *arguments):
         """Uploads these bytes, compares what is served, and returns the upload's identifier."""
@@ -81,14 +59,6 @@ class Upload(Case):
         self.assertEqual(int(match[2]), len(content))
         self.assertTrue(self.served(match[1]) == content)
         return match[1]
-
-    def fault(self, match=None, **fault):
-        self.service.control("POST", "_service/faults",
-                             {"match": {"method": "PUT", **(match or {})}, **fault})
-
-    def fired(self):
-        return [fault["fired"] for fault in
-                self.service.control("GET", "_service/faults")["faults"]]
 
 
 class UploadFiles(Upload):
@@ -109,38 +79,31 @@ class UploadFiles(Upload):
     def test_tiny_segments(self):
         media_id = self.uploaded(mp4(400), "--segment-size", "1", "--parallel", "8")
         self.assertEqual(len(self.puts()), 400)
-        self.assertEqual([one["path"] for one in self.calls("POST")],
+        self.assertEqual([one["path"] for one in self.service.seen(method="POST")],
                          ["/upload/longform-videos", f"/upload/longform-videos/{media_id}"])
 
     def test_ends_the_upload_once_however_the_last_segments_end(self):
         content = mp4(800)
         path = self.file(content)
         for run in range(10):
-            self.service.control("GET", "_service/requests")
-            before = len(self.calls("POST"))
+            before = len(self.service.seen(method="POST"))
             self.succeeds("upload", path, "--segment-size", "50", "--parallel", "16")
-            self.assertEqual(len(self.calls("POST")) - before, 2, run)
-
-    def answers(self, info):
-        """What the service says once to the question how far it is."""
-        self.service.control("POST", "_service/faults", {
-            "match": {"method": "GET", "path": "/upload/*"},
-            "action": {"type": "body", "body": json.dumps(
-                {"data": {"mediaId": "m", **({"processingInfo": info} if info else {})}})}})
+            self.assertEqual(len(self.service.seen(method="POST")) - before, 2, run)
 
     def test_waits_as_long_as_the_service_asks(self):
-        self.set("processing-time", seconds=0.01)
+        self.service.set("processing-time", seconds=0.01)
         for info, least in (({"state": "pending", "checkAfterSecs": 2.5}, 2.5),
                             ({"state": "in_progress", "checkAfterSecs": 0}, 0),
                             ({"state": "in_progress", "checkAfterSecs": -5}, 0),
                             ({"state": "pending"}, 1), (None, 1)):
             with self.subTest(info=info):
-                self.answers(info)
+                self.service.answer("/upload/*", {"mediaId": "m", "processingInfo": info} if info
+                                    else {"mediaId": "m"}, method="GET")
                 start = time.monotonic()
                 self.uploaded(mp4(400))
                 self.assertGreaterEqual(time.monotonic() - start, least)
                 self.assertLess(time.monotonic() - start, least + 8)
-        self.assertEqual(self.fired(), [1] * 5)
+        self.assertEqual(self.service.fired(), [1] * 5)
 
     def test_json(self):
         content = mp4(5000)
@@ -164,40 +127,26 @@ class UploadFiles(Upload):
         self.fails(2, "No such file", "upload", "")
         self.assertEqual(len(self.uploads()), before)
 
-    def test_bad_command_lines(self):
-        for arguments, line in ((["upload"], "FILE is required"),
-                                (["upload", "x", "y"], "y"),
-                                (["upload", "x", "--segment-size", "0"], "--segment-size"),
-                                (["upload", "x", "--segment-size", "1073741825"],
-                                 "--segment-size"),
-                                (["upload", "x", "--parallel", "0"], "--parallel"),
-                                (["upload", "x", "--parallel", "17"], "--parallel")):
-            with self.subTest(arguments=arguments):
-                self.fails(2, line, *arguments)
-
     def test_a_file_that_becomes_shorter(self):
         path = self.file(mp4(4 * MEBIBYTE))
-        self.set("upload-rate", bytesPerSecond=1_000_000)
-        process = subprocess.Popen([KELO, "upload", path, "--segment-size", "300000",
-                                    "--parallel", "1"], stderr=subprocess.PIPE, text=True,
-                                   env=self.environment)
+        self.service.set("upload-rate", bytesPerSecond=1_000_000)
+        process = self.start("upload", path, "--segment-size", "300000", "--parallel", "1")
         self.wait_until(self.puts)
         os.truncate(path, 700_000)
         self.assertIn("became shorter while it was uploaded", process.communicate(timeout=30)[1])
         self.assertEqual(process.returncode, 1)
 
     def test_waits_as_the_service_asks(self):
-        self.set("processing-time", seconds=1)
+        self.service.set("processing-time", seconds=1)
         start = time.monotonic()
         self.uploaded(mp4(5000))
         self.assertGreaterEqual(time.monotonic() - start, 1)
-        seen = self.service.control("GET", "_service/requests")["requests"]
-        asked = [one for one in seen if one["path"].endswith("/status")]
+        asked = [one for one in self.service.seen() if one["path"].endswith("/status")]
         # Every eighth of a second.
         self.assertIn(len(asked), range(4, 10))
 
     def test_segments_are_under_way_together(self):
-        self.set("upload-rate", bytesPerSecond=1_000_000)
+        self.service.set("upload-rate", bytesPerSecond=1_000_000)
         content = mp4(4_000_000)
         start = time.monotonic()
         self.uploaded(content, "--segment-size", "500000", "--parallel", "8")
@@ -225,55 +174,48 @@ class UploadFiles(Upload):
 class UploadFailures(Upload):
     def test_a_reset_of_one_segment(self):
         # Each connection's first request is not sent again by the library itself.
-        self.fault(action={"type": "reset", "afterBodyBytes": 50_000}, times=3)
+        self.service.fault(method="PUT", type="reset", afterBodyBytes=50_000, times=3)
         self.uploaded(mp4(1_000_000), "--segment-size", "100000")
-        self.assertEqual(self.fired(), [3])
+        self.assertEqual(self.service.fired(), [3])
         self.assertGreater(len(self.puts()), 11)
 
     def test_a_server_that_fails_for_a_while(self):
-        self.fault(action={"type": "error", "code": 500, "status": 500}, times=2)
+        self.service.fault(method="PUT", type="error", code=500, status=500, times=2)
         self.uploaded(mp4(1000))
         self.assertEqual(len(self.puts()), 3)
 
     def test_a_server_that_goes_on_failing(self):
-        self.fault(action={"type": "error", "code": 500, "status": 500, "message": "Out of order"},
-                   times=0)
+        self.service.fault(method="PUT", type="error", code=500, status=500,
+                           message="Out of order", times=0)
         self.fails(1, "the service says: Out of order", "upload", self.file(mp4(1000)))
         self.assertEqual(len(self.puts()), 3)
         self.assertFalse(self.uploads()[-1]["finalized"])
 
     def test_what_the_service_refuses_is_not_sent_again(self):
-        self.fault(action={"type": "error", "code": 400, "message": "Not so"})
+        self.service.fault(method="PUT", type="error", code=400, message="Not so")
         self.fails(1, "the service says: Not so", "upload", self.file(mp4(1000)))
         self.assertEqual(len(self.puts()), 1)
 
     def test_failing_at_the_end(self):
         # The first POST begins the upload.
-        for action, code in (({"type": "status", "status": 503}, 0),
-                             ({"type": "error", "code": 400, "message": "Segment 3 is missing"},
-                              1)):
-            with self.subTest(action=action):
-                self.service.forget()
-                self.fault({"method": "POST", "path": "/upload/longform-videos/*"}, action=action)
-                path = self.file(mp4(1000))
-                if code == 0:
-                    self.succeeds("upload", path)
-                else:
-                    self.fails(code, "the service says: Segment 3 is missing", "upload", path)
-                self.assertEqual(self.fired(), [1])
+        path = self.file(mp4(1000))
+        end = {"path": "/upload/longform-videos/*", "method": "POST"}
+        self.service.fault(**end, type="status", status=503)
+        self.succeeds("upload", path)
+        self.service.fault(**end, type="error", code=400, message="Segment 3 is missing")
+        self.fails(1, "the service says: Segment 3 is missing", "upload", path)
+        self.assertEqual(self.service.fired(), [1, 1])
 
     def test_failing_while_it_asks(self):
-        self.set("processing-time", seconds=0.5)
-        self.fault({"method": "GET", "path": "/upload/*"},
-                   action={"type": "status", "status": 502})
+        self.service.set("processing-time", seconds=0.5)
+        self.service.fault(method="GET", path="/upload/*", type="status", status=502)
         self.uploaded(mp4(1000))
-        self.assertEqual(self.fired(), [1])
+        self.assertEqual(self.service.fired(), [1])
 
     def test_an_upload_that_expires(self):
-        self.set("upload-rate", bytesPerSecond=200_000)
-        process = subprocess.Popen([KELO, "upload", self.file(mp4(600_000)), "--segment-size",
-                                    "100000", "--parallel", "1"], stderr=subprocess.PIPE,
-                                   text=True, env=self.environment)
+        self.service.set("upload-rate", bytesPerSecond=200_000)
+        process = self.start("upload", self.file(mp4(600_000)), "--segment-size", "100000",
+                             "--parallel", "1")
         self.wait_until(self.puts)
         self.service.control("POST", f"_service/uploads/{self.uploads()[-1]['mediaId']}/expire",
                              {})
@@ -308,7 +250,7 @@ class UploadSessions(Upload):
         for code in (100, 103):
             with self.subTest(code=code):
                 self.service.forget()
-                self.fault(action={"type": "error", "code": code, "message": "Again"}, skip=2)
+                self.service.fault(method="PUT", type="error", code=code, message="Again", skip=2)
                 self.signed_in(content, "--segment-size", "10000", "--parallel", "1",
                                key=self.service.session())
                 sent = [(one["query"], one["bodyBytes"]) for one in self.puts()]
@@ -318,13 +260,11 @@ class UploadSessions(Upload):
                     ("segmentIndex=3", 10000), ("segmentIndex=4", 10000)])
 
     def test_the_session_expires_with_segments_under_way(self):
-        self.set("upload-rate", bytesPerSecond=400_000)
+        self.service.set("upload-rate", bytesPerSecond=400_000)
         content = mp4(2_000_000)
         key = self.service.session()
-        process = subprocess.Popen(
-            [KELO, "--session", key, "--user", "mara", "--password", PASSWORD, "upload",
-             self.file(content), "--segment-size", "100000", "--parallel", "4"],
-            stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, env=self.environment)
+        process = self.start("--session", key, "--user", "mara", "--password", PASSWORD, "upload",
+                             self.file(content), "--segment-size", "100000", "--parallel", "4")
         self.wait_until(lambda: len(self.puts()) >= 6)
         self.service.control("POST", f"_service/sessions/{key}/expire", {})
         output, errors = process.communicate(timeout=60)
@@ -336,42 +276,38 @@ class UploadSessions(Upload):
         self.assertEqual(len(self.service.calls("/sessions")), 1)
 
     def test_expires_twice(self):
-        self.fault(action={"type": "error", "code": 103, "message": "Again"}, skip=1)
-        self.fault(action={"type": "error", "code": 103, "message": "Again"}, skip=6)
+        self.service.fault(method="PUT", type="error", code=103, message="Again", skip=1)
+        self.service.fault(method="PUT", type="error", code=103, message="Again", skip=6)
         self.signed_in(mp4(50_000), "--segment-size", "5000", "--parallel", "1",
                        key=self.service.session())
-        self.assertEqual(self.fired(), [1, 1])
+        self.assertEqual(self.service.fired(), [1, 1])
         self.assertEqual(len(self.service.calls("/sessions")), 2)
 
     def test_every_other_call_is_refused_once(self):
-        for match in ({"method": "POST", "path": "/upload/longform-videos"},
-                      {"method": "POST", "path": "/upload/longform-videos/*"},
-                      {"method": "GET", "path": "/upload/longform-videos/*"}):
-            with self.subTest(match=match):
-                self.set("processing-time", seconds=0.3)
+        for method, path in (("POST", "/upload/longform-videos"),
+                             ("POST", "/upload/longform-videos/*"),
+                             ("GET", "/upload/longform-videos/*")):
+            with self.subTest(method=method, path=path):
+                self.service.set("processing-time", seconds=0.3)
                 self.service.forget()
-                self.fault(match, action={"type": "error", "code": 103, "message": "Again"})
+                self.service.fault(path, method=method, type="error", code=103, message="Again")
                 self.signed_in(mp4(5000), key=self.service.session())
-                self.assertEqual(self.fired(), [1])
+                self.assertEqual(self.service.fired(), [1])
 
     def test_nobody_can_sign_in_again(self):
-        self.fault(action={"type": "error", "code": 103, "message": "Again"}, skip=1)
+        self.service.fault(method="PUT", type="error", code=103, message="Again", skip=1)
         self.fails(3, "Again", "upload", self.file(mp4(50_000)), "--segment-size", "10000")
 
     def test_a_service_that_refuses_every_session(self):
-        self.fault(action={"type": "error", "code": 103, "message": "Again"}, times=0)
+        self.service.fault(method="PUT", type="error", code=103, message="Again", times=0)
         self.fails(3, "Again", "--user", "mara", "--password", PASSWORD, "--session",
                    self.service.session(), "upload", self.file(mp4(50_000)),
                    "--segment-size", "10000", "--parallel", "2")
 
 
 class UploadInterrupted(Upload):
-    def start(self, *arguments):
-        return subprocess.Popen([KELO, "upload", *arguments], stdout=subprocess.PIPE,
-                                stderr=subprocess.PIPE, text=True, env=self.environment)
-
     def interrupted(self, *arguments, until):
-        process = self.start(*arguments)
+        process = self.start("upload", *arguments)
         self.wait_until(until)
         start = time.monotonic()
         process.send_signal(signal.SIGINT)
@@ -385,7 +321,7 @@ class UploadInterrupted(Upload):
         return self.service.control("GET", "_service/connections")["open"] > count
 
     def test_in_the_middle_of_segments(self):
-        self.set("upload-rate", bytesPerSecond=100_000)
+        self.service.set("upload-rate", bytesPerSecond=100_000)
         before = len(self.uploads())
         errors = self.interrupted(self.file(mp4(8 * MEBIBYTE)), "--segment-size", "1000000",
                                   until=lambda: len(self.uploads()) > before
@@ -394,21 +330,21 @@ class UploadInterrupted(Upload):
         self.assertFalse(self.uploads()[-1]["finalized"])
 
     def test_while_the_service_does_not_answer(self):
-        self.fault(action={"type": "stall"}, times=0)
-        errors = self.interrupted(self.file(mp4(5000)), until=lambda: self.fired() == [1])
+        self.service.fault(method="PUT", type="stall", times=0)
+        errors = self.interrupted(self.file(mp4(5000)), until=lambda: self.service.fired() == [1])
         self.assertEqual(errors, "kelo: interrupted; the video is not uploaded\n")
 
     def test_while_the_first_answer_is_awaited(self):
-        self.fault({"method": "POST"}, action={"type": "delay", "milliseconds": 30000})
-        errors = self.interrupted(self.file(mp4(5000)), until=lambda: self.fired() == [1])
+        self.service.fault(method="POST", type="delay", milliseconds=30000)
+        errors = self.interrupted(self.file(mp4(5000)), until=lambda: self.service.fired() == [1])
         self.assertEqual(errors, "kelo: interrupted; the video is not uploaded\n")
 
     def test_between_two_tries(self):
-        self.fault(action={"type": "error", "code": 500, "status": 500}, times=0)
+        self.service.fault(method="PUT", type="error", code=500, status=500, times=0)
         file = self.file(mp4(5000))
         for _ in range(20):  # on a busy machine the moment may pass unseen
             self.service.forget_requests()
-            process = self.start(file)
+            process = self.start("upload", file)
             self.wait_until(lambda: len(self.puts()) >= 2 or process.poll() is not None)
             if len(self.puts()) == 2:
                 process.send_signal(signal.SIGINT)
@@ -419,14 +355,14 @@ class UploadInterrupted(Upload):
         self.assertEqual(errors, "kelo: interrupted; the video is not uploaded\n")
 
     def test_while_the_video_is_processed(self):
-        self.set("processing-time", seconds=60)
+        self.service.set("processing-time", seconds=60)
         errors = self.interrupted(
             self.file(mp4(5000)),
             until=lambda: any(one["finalized"] for one in self.uploads()[-1:]))
         self.assertIn("interrupted; the service has the video and goes on with it", errors)
 
     def test_at_a_terminal(self):
-        self.set("upload-rate", bytesPerSecond=100_000)
+        self.service.set("upload-rate", bytesPerSecond=100_000)
         console = self.console("upload", self.file(mp4(2 * MEBIBYTE)), "--parallel", "2",
                                "--segment-size", "500000")
         console.expect(" MB")
@@ -435,7 +371,7 @@ class UploadInterrupted(Upload):
         self.assertIn("kelo: interrupted; the video is not uploaded", console.output)
 
     def test_at_a_question(self):
-        self.fault(action={"type": "error", "code": 103, "message": "Again"})
+        self.service.fault(method="PUT", type="error", code=103, message="Again")
         console = self.console("upload", self.file(mp4(5000)))
         console.expect("User name")
         console.type("\x03")
@@ -444,8 +380,8 @@ class UploadInterrupted(Upload):
 
 class UploadProgress(Upload):
     def test_one_bar_at_a_terminal(self):
-        self.set("upload-rate", bytesPerSecond=2_000_000)
-        self.set("processing-time", seconds=1)
+        self.service.set("upload-rate", bytesPerSecond=2_000_000)
+        self.service.set("processing-time", seconds=1)
         # Every segment that has arrived is a step of its own, however busy the machine is.
         console = self.console("upload", self.file(mp4(2_000_000)), "--segment-size", "200000")
         self.assertEqual(console.finish(), 0)

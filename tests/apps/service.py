@@ -25,19 +25,25 @@ class Service:
         self.process.wait(timeout=20)
         self.process.stdout.close()
 
-    def control(self, method, path, body=None):
-        """What a control route answers."""
+    def fetch(self, path, method="GET", body=None):
+        """What is at a path, fetched without kelo."""
         context = ssl.create_default_context()
         context.check_hostname = False
         context.verify_mode = ssl.CERT_NONE
-        request = urllib.request.Request(
-            f"https://{self.host}/{path}", method=method,
-            data=None if body is None else json.dumps(body).encode(),
-            headers={"Content-Type": "application/json"})
+        request = urllib.request.Request(f"https://{self.host}/{path}", method=method, data=body,
+                                         headers={"Content-Type": "application/json"})
         opener = urllib.request.build_opener(
             urllib.request.ProxyHandler({}), urllib.request.HTTPSHandler(context=context))
         with opener.open(request, timeout=20) as answer:
-            return json.load(answer)
+            return answer.read()
+
+    def control(self, method, path, body=None):
+        """What a control route answers."""
+        sent = None if body is None else json.dumps(body).encode()
+        return json.loads(self.fetch(path, method, sent))
+
+    def set(self, what, **value):
+        self.control("POST", f"_service/{what}", value)
 
     def session(self, username="mara"):
         return self.control("POST", "_service/sessions", {"username": username})["key"]
@@ -52,8 +58,18 @@ class Service:
         key = self.session()
         return key, self.control("POST", f"_service/sessions/{key}/captcha", {})["url"]
 
-    def fault(self, path, **action):
-        self.control("POST", "_service/faults", {"match": {"path": path}, "action": action})
+    def fault(self, path=None, *, method=None, skip=0, times=1, **action):
+        match = {"path": path, "method": method}
+        self.set("faults", match={key: value for key, value in match.items() if value},
+                 skip=skip, times=times, action=action)
+
+    def answer(self, path, data, **fault):
+        """The next request for the path is answered with this data, in place of its own."""
+        self.fault(path, type="body", body=json.dumps({"data": data}), **fault)
+
+    def fired(self):
+        """How often each fault has happened since `forget`."""
+        return [fault["fired"] for fault in self.control("GET", "_service/faults")["faults"]]
 
     def forget(self):
         """Forgets faults and requests."""
@@ -63,21 +79,19 @@ class Service:
     def forget_requests(self):
         self.control("DELETE", "_service/requests")
 
-    def requests(self, path):
-        """The requests for a path since `forget`, as (query, headers)."""
-        seen = self.control("GET", "_service/requests")["requests"]
-        return [(one["query"], dict(one["headers"])) for one in seen if one["path"] == path]
+    def seen(self, path=None, method=None):
+        """The requests since `forget`."""
+        return [one for one in self.control("GET", "_service/requests")["requests"]
+                if path in (None, one["path"]) and method in (None, one["method"])]
 
-    def asked(self):
-        """What was asked for since `forget`, as (method, path)."""
-        seen = self.control("GET", "_service/requests")["requests"]
-        return [(one["method"], one["path"]) for one in seen]
+    def headers(self, path):
+        """The headers of the requests for a path since `forget`."""
+        return [dict(one["headers"]) for one in self.seen(path)]
 
     def calls(self, path):
         """The calls for a path since `forget`, as (method, body)."""
-        seen = self.control("GET", "_service/requests")["requests"]
         return [(one["method"], base64.b64decode(one["body"]).decode())
-                for one in seen if one["path"] == path]
+                for one in self.seen(path)]
 
     def kept(self, kind):
         """What users did since the service began, oldest first."""
