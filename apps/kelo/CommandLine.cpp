@@ -3,8 +3,6 @@
 #include "Command.hpp"
 #include "Failure.hpp"
 
-#include <KeloAPI/base/URL.hpp>
-
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
@@ -68,54 +66,37 @@ void addGlobalOptions(CLI::App& app, Options& options) {
     app.add_flag("--no-input", options.noInput, "Ask nothing, even on a terminal");
 }
 
-void limit(CLI::Option& option, const Parameter& parameter) {
-    if (parameter.limits) {
-        option.check(CLI::Range(parameter.limits->least, parameter.limits->most));
-    }
-    if (!parameter.choices.empty()) {
-        option.check(CLI::IsMember(parameter.choices));
-    }
-    if (parameter.check != nullptr) {
-        option.check(CLI::Validator(parameter.check, ""));
-    }
-    if (parameter.form == Parameter::Form::Bitrate) {
-        option.check(CLI::NonNegativeNumber);
-    } else if (parameter.form == Parameter::Form::Directory) {
-        option.check(CLI::ExistingDirectory);
-    }
-}
-
-/// A command as CLI11 knows it, and what becomes of its parameters.
+/// A command as CLI11 knows it, and those that may follow its name.
 class Reader {
 public:
-    Reader(CLI::App& parent, const Command& command)
+    Reader(CLI::App& app, const Command& command)
         : _command(command)
-        , _app(*parent.add_subcommand(command.name, command.help)) {
-        _app.group(command.group);
+        , _app(app) {
         for (const Parameter& parameter : command.parameters) {
-            add(parameter);
+            parameter.form == Parameter::Form::Flag ? addFlag(parameter) : addOption(parameter);
         }
         for (const Command& one : command.commands) {
-            _readers.push_back(std::make_unique<Reader>(_app, one));
-        }
-        if (!command.commands.empty()) {
-            _app.require_subcommand(1);
+            auto* subcommand = app.add_subcommand(one.name, one.help)->group(one.group);
+            _readers.push_back(std::make_unique<Reader>(*subcommand, one));
+            // In `cache`, one is needed; where none is at all, `work` says so.
+            app.require_subcommand(app.get_parent() == nullptr ? 0 : 1, 1);
         }
         if (command.takesTheRest) {
-            _app.fallthrough(false);
-            _app.set_help_flag();
-            _app.prefix_command();
+            app.fallthrough(false);
+            app.set_help_flag();
+            app.prefix_command();
         }
     }
 
-    bool isChosen() const { return _app.parsed(); }
-
-    /// The work of the command, or of the one that follows its name.
+    /// The work of the command that was chosen.
     std::function<void(const std::shared_ptr<Host>& host)> work() const {
         for (const auto& reader : _readers) {
-            if (reader->isChosen()) {
+            if (reader->_app.parsed()) {
                 return reader->work();
             }
+        }
+        if (!_command.work) {
+            throw Failure(ExitCode::Usage, "a command is needed, see kelo --help");
         }
         const Arguments arguments = given();
         const std::string problem = _command.check == nullptr ? "" : _command.check(arguments);
@@ -126,14 +107,14 @@ public:
     }
 
 private:
-    void add(const Parameter& parameter) {
-        if (parameter.form == Parameter::Form::Flag) {
-            auto* flag = _app.add_flag(parameter.name, parameter.help);
-            if (!parameter.excluded.empty()) {
-                flag->excludes(_app.get_option(parameter.excluded));
-            }
-            return;
+    void addFlag(const Parameter& parameter) {
+        auto* flag = _app.add_flag(parameter.name, parameter.help);
+        if (!parameter.excluded.empty()) {
+            flag->excludes(_app.get_option(parameter.excluded));
         }
+    }
+
+    void addOption(const Parameter& parameter) {
         // `given` asks the option for its texts.
         const CLI::callback_t take = [](const CLI::results_t&) { return true; };
         auto* option = _app.add_option(parameter.name, take, parameter.help);
@@ -142,21 +123,31 @@ private:
             ->default_str(parameter.defaultValue);
         if (parameter.form == Parameter::Form::List) {
             option->expected(CLI::detail::expected_max_vector_size);
+        } else if (parameter.form == Parameter::Form::Bitrate) {
+            option->check(CLI::NonNegativeNumber);
+        } else if (parameter.form == Parameter::Form::Directory) {
+            option->check(CLI::ExistingDirectory);
         }
-        limit(*option, parameter);
+        if (parameter.limits) {
+            option->check(CLI::Range(parameter.limits->least, parameter.limits->most));
+        }
+        if (!parameter.choices.empty()) {
+            option->check(CLI::IsMember(parameter.choices));
+        }
+        if (parameter.check != nullptr) {
+            option->check(CLI::Validator(parameter.check, ""));
+        }
     }
 
     Arguments given() const {
         std::map<std::string, Arguments::Value> values;
         for (const Parameter& parameter : _command.parameters) {
             const CLI::Option& option = *_app.get_option(parameter.name);
-            if (option.count() != 0) {
-                values[parameter.name] = {option.results(),
+            const bool isGiven = option.count() != 0;
+            if (isGiven || !parameter.defaultValue.empty()) {
+                values[parameter.name] = {isGiven ? option.results()
+                                                  : CLI::results_t{parameter.defaultValue},
                                           parameter.limits ? option.as<std::int64_t>() : 0};
-            } else if (!parameter.defaultValue.empty()) {
-                values[parameter.name] = {{parameter.defaultValue},
-                                          parameter.limits ? std::stoll(parameter.defaultValue)
-                                                           : 0};
             }
         }
         if (_command.takesTheRest) {
@@ -179,26 +170,16 @@ Invocation parseCommandLine(int argc, char** argv) {
     app.set_version_flag("--version", "kelo " KELO_VERSION);
     // Global options may stand behind the command, too.
     app.fallthrough();
-    app.require_subcommand(0, 1);
     addGlobalOptions(app, invocation.options);
-    const std::vector<Command> commands = allCommands();
-    std::vector<std::unique_ptr<Reader>> readers;
-    readers.reserve(commands.size());
-    for (const Command& command : commands) {
-        readers.push_back(std::make_unique<Reader>(app, command));
-    }
+    const Command root = {.name = "kelo", .help = "", .commands = allCommands()};
+    const Reader reader(app, root);
     try {
         app.parse(argc, argv);
         // A user who is named outranks the session that is there by default.
         if (app.count("--user") != 0 && app.count("--session") == 0) {
             invocation.options.session.clear();
         }
-        const auto chosen = std::find_if(readers.begin(), readers.end(),
-                                         [](const auto& reader) { return reader->isChosen(); });
-        if (chosen == readers.end()) {
-            throw Failure(ExitCode::Usage, "a command is needed, see kelo --help");
-        }
-        invocation.work = (*chosen)->work();
+        invocation.work = reader.work();
     } catch (const CLI::CallForHelp&) {
         invocation.information = app.help();
     } catch (const CLI::CallForVersion& version) {

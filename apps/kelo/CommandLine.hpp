@@ -1,7 +1,5 @@
 #pragma once
 
-#include "Options.hpp"
-
 #include <functional>
 #include <memory>
 #include <optional>
@@ -10,6 +8,26 @@
 namespace KeloHost {
 
 class Host;
+
+/// What the command line and the environment say to every command.
+struct Options {
+    /// HOST or HOST:PORT of the service.
+    std::string host = "localhost:8443";
+    /// Session key of the signed-in user; empty for nobody. By default the one that `kelo-service`
+    /// knows from the start, which no real service does.
+    std::string session = "kelo-development-session";
+    /// For signing in; empty where they are to be asked for.
+    std::string user;
+    std::string password;
+    /// Value of "Accept-Language"; empty to send none.
+    std::string language = "en-US";
+    /// JSON instead of text on standard output.
+    bool json = false;
+    /// The library's diagnostics on standard error.
+    bool verbose = false;
+    /// Ask the user nothing, terminal or not.
+    bool noInput = false;
+};
 
 /// What a command line asks for.
 struct Invocation {

@@ -1,9 +1,5 @@
 #include "Failure.hpp"
 
-#include <KeloAPI/api/ResponseEnvelope.hpp>
-#include <KeloAPI/base/URL.hpp>
-#include <KeloAPI/http/HTTPError.hpp>
-
 namespace KeloHost {
 
 using namespace KeloAPI;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <KeloAPI/base/Error.hpp>
+#include <KeloAPI/KeloAPI.hpp>
 
 #include <stdexcept>
 #include <string>

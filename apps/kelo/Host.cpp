@@ -1,10 +1,5 @@
 #include "Host.hpp"
 
-#include "Recovery.hpp"
-
-#include <KeloAPI/api/Api.hpp>
-#include <KeloAPI/queues/Diagnostics.hpp>
-
 #include <iostream>
 #include <string_view>
 #include <utility>
@@ -37,17 +32,10 @@ std::shared_ptr<Host> Host::create(const Options& options) {
     return host;
 }
 
-Host::Host(Options options)
-    : _options(std::move(options))
-    , _output(_options.json)
-    , _recovery(std::make_unique<Recovery>(*this)) {}
-
-Host::~Host() = default;
-
 void Host::run(const std::function<void()>& work) {
     const auto guarded = [&] { hear(nullptr, work); };
     if (_options.session.empty() && !_options.user.empty()) {
-        _recovery->signIn(guarded);
+        signIn(guarded);
     } else {
         guarded();
     }
@@ -55,14 +43,6 @@ void Host::run(const std::function<void()>& work) {
     if (_failure) {
         throw Failure(*_failure);
     }
-}
-
-bool Host::hearsAgain(const Error& error) const {
-    return _recovery->willRetry(error);
-}
-
-void Host::sessionWorks() {
-    _recovery->sessionWorks();
 }
 
 void Host::end() {
@@ -116,14 +96,6 @@ std::optional<std::string> Host::sessionKeyForSession(Session& session) {
 
 std::optional<std::string> Host::acceptLanguageForSession(Session&) {
     return unlessEmpty(_options.language);
-}
-
-void Host::reauthRequiredForSession(Session& session) {
-    _recovery->reauthRequired(session);
-}
-
-bool Host::shouldHandleCaptchaForSession(Session& session, const URL& captchaUrl) {
-    return _recovery->captchaRequired(session, captchaUrl);
 }
 
 } // namespace KeloHost

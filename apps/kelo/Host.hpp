@@ -1,12 +1,11 @@
 #pragma once
 
+#include "CommandLine.hpp"
 #include "Failure.hpp"
 #include "Loop.hpp"
-#include "Options.hpp"
 #include "Output.hpp"
 
-#include <KeloAPI/api/SessionDelegate.hpp>
-#include <KeloAPI/base/Error.hpp>
+#include <KeloAPI/KeloAPI.hpp>
 
 #include <cstdint>
 #include <functional>
@@ -17,15 +16,12 @@
 
 namespace KeloHost {
 
-class Recovery;
-
 /// The program as the library sees it: tells its sessions where the service is and who the user is,
 /// hears when the user has to do something, runs the main loop and knows how the program ends.
 class Host final : public KeloAPI::SessionDelegate {
 public:
     /// Becomes the default delegate of the library's sessions.
     static std::shared_ptr<Host> create(const Options& options);
-    ~Host() override;
 
     const Options& options() const { return _options; }
     const Output& output() const { return _output; }
@@ -40,7 +36,7 @@ public:
     /// being asked to sign in or to solve a captcha. The library calls a completion at once with
     /// the failure and once more with what the retry brings; a command does nothing the first time.
     /// If the user gives up, the program ends without that second call.
-    bool hearsAgain(const KeloAPI::Error& error) const;
+    bool hearsAgain(const KeloAPI::Error& error);
 
     /// Takes what a call reported: ends the program with it, unless the call is heard again.
     void fail(const KeloAPI::Error& error);
@@ -63,15 +59,12 @@ public:
 
     /// A call has succeeded with the session as it is: when that is refused later, the user may
     /// sign in anew as if for the first time.
-    void sessionWorks();
+    void sessionWorks() { _attempts = 0; }
     /// Tells how many calls are under way. Those that are when the user signs in were sent with the
     /// session before, and may be refused without the new one being at fault.
     void setCallsUnderWay(std::function<std::int64_t()> callsUnderWay) {
         _callsUnderWay = std::move(callsUnderWay);
     }
-    std::int64_t callsUnderWay() const { return _callsUnderWay ? _callsUnderWay() : 0; }
-
-    void setSessionKey(std::string key) { _options.session = std::move(key); }
 
     using Text = std::optional<std::string>;
     Text hostForSession(KeloAPI::Session&) override { return _options.host; }
@@ -86,14 +79,42 @@ public:
                                        const KeloAPI::URL& captchaUrl) override;
 
 private:
-    explicit Host(Options options);
+    struct Credentials {
+        std::string user;
+        std::string password;
+    };
+
+    explicit Host(Options options)
+        : _options(std::move(options))
+        , _output(_options.json) {}
+
+    std::int64_t callsUnderWay() const { return _callsUnderWay ? _callsUnderWay() : 0; }
+    bool canAsk() const;
+    /// Signs the user in, then calls `next`.
+    void signIn(std::function<void()> next);
+    /// Lets the calls that were refused be sent again with the session that is new already.
+    void releaseSoon();
+    void tryToSignIn();
+    void giveUp();
+    /// What to sign in with next; absent when there is nothing left to try.
+    std::optional<Credentials> credentials();
+    void signInFailed(const KeloAPI::Error& error);
+    void askForCaptcha(KeloAPI::SessionType type, const KeloAPI::URL& captchaUrl);
 
     Options _options;
     const Output _output;
     Loop _loop;
-    std::unique_ptr<Recovery> _recovery;
     std::optional<Failure> _failure;
     std::function<std::int64_t()> _callsUnderWay;
+    bool _waitsForSignIn = false;
+    bool _waitsForRelease = false;
+    /// Calls under way that still carry the session key from before the user signed in.
+    std::int64_t _stragglers = 0;
+    bool _waitsForCaptcha = false;
+    int _attempts = 0;
+    /// What the service said when it refused the session.
+    std::string _reason;
+    std::function<void()> _afterSignIn;
 };
 
 } // namespace KeloHost

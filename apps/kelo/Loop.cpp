@@ -2,7 +2,7 @@
 
 #include "Terminal.hpp"
 
-#include <KeloAPI/queues/MainQueue.hpp>
+#include <KeloAPI/KeloAPI.hpp>
 
 #include <poll.h>
 

@@ -2,8 +2,6 @@
 
 #include "TextWidth.hpp"
 
-#include <KeloAPI/http/ParameterEncoding.hpp>
-
 #include <cstdio>
 
 namespace KeloHost {
@@ -27,10 +25,6 @@ void Output::say(const Lines& lines) const {
         text += printable(line) + "\n";
     }
     print(text);
-}
-
-void Output::writePath(const Parameters& fields, const std::string& path) const {
-    print(_json ? jsonLine(fields) : path + "\n");
 }
 
 std::string Output::jsonLine(const Parameters& fields) {

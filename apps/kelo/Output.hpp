@@ -1,16 +1,12 @@
 #pragma once
 
-#include "Fields.hpp"
+#include "Records.hpp"
 
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace KeloHost {
-
-/// What people read of something. Each is printed on a line of its own, without what a terminal
-/// would take for a command.
-using Lines = std::vector<std::string>;
 
 /// Standard output: JSON for programs, one object a line, or text for people. What was written is
 /// out at once. What cannot be written stays in the stream's error mark, which `main` looks at in
@@ -30,7 +26,9 @@ public:
     /// For people only.
     void say(const Lines& lines) const;
     /// A path, which has to stay as it is.
-    void writePath(const KeloAPI::Parameters& fields, const std::string& path) const;
+    void writePath(const std::string& name, const std::string& path) const {
+        print(_json ? jsonLine({{name, path}}) : path + "\n");
+    }
 
 private:
     static std::string jsonLine(const KeloAPI::Parameters& fields);

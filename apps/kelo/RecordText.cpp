@@ -1,11 +1,8 @@
-#include "RecordText.hpp"
-
-#include "FeedPost.hpp"
+#include "Feed.hpp"
+#include "Records.hpp"
 #include "Terminal.hpp"
 #include "TextForms.hpp"
 #include "TextWidth.hpp"
-
-#include <KeloAPI/KeloAPI.hpp>
 
 #include <algorithm>
 #include <cmath>
@@ -110,6 +107,31 @@ Lines detailsOf(const FeedPost& post) {
     return lines;
 }
 
+std::string namesIn(const KLPagedData& users) {
+    std::string names;
+    for (const auto& user : elementsOf<KLWatchUser>(users)) {
+        names += (names.empty() ? "" : ", ") + user->username.value_or("?");
+    }
+    return names;
+}
+
+/// The kind of a card, and what it says.
+std::pair<std::string, std::string> described(const KLFeedInsert& insert) {
+    if (const auto* action = dynamic_cast<const KLUrlAction*>(&insert)) {
+        return {"action", action->title() + " – " + action->actionTitle() + ": " +
+                              action->actionUrl().absoluteString()};
+    }
+    if (const auto* mosaic = dynamic_cast<const KLPostsMosaic*>(&insert)) {
+        return {"posts", mosaic->title() + " – " + mosaic->subtitle() + ": " +
+                             std::to_string(mosaic->posts()->count()) + " posts"};
+    }
+    if (const auto* mosaic = dynamic_cast<const KLUserMosaic*>(&insert)) {
+        return {"people",
+                mosaic->title() + " – " + mosaic->subtitle() + ": " + namesIn(*mosaic->users())};
+    }
+    return {dynamic_cast<const KLSolicitation*>(&insert) != nullptr ? "prompt" : "unknown", ""};
+}
+
 std::string scalarText(const ParameterValue& value) {
     struct Text {
         std::string operator()(std::nullptr_t) const { return "-"; }
@@ -184,6 +206,18 @@ Lines linesOf(const std::vector<std::shared_ptr<FeedPost>>& posts, bool details)
         }
     }
     return lines;
+}
+
+Lines linesOf(const std::vector<std::shared_ptr<KLFeedInsert>>& cards) {
+    Lines lines;
+    for (const auto& card : cards) {
+        const auto [kind, text] = described(*card);
+        std::string line = padded(card->reference(), 18) + " " + padded(kind, 8) + " " +
+                           (card->closeable() ? "×" : " ") + " " + text;
+        line.erase(line.find_last_not_of(' ') + 1);
+        lines.push_back(line);
+    }
+    return lines.empty() ? Lines{"This feed has no cards."} : lines;
 }
 
 Lines linesOf(const std::vector<std::shared_ptr<SoundboardSound>>& sounds) {

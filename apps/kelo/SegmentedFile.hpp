@@ -2,7 +2,7 @@
 
 #include "Failure.hpp"
 
-#include <KeloAPI/base/Data.hpp>
+#include <KeloAPI/KeloAPI.hpp>
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -31,7 +31,7 @@ std::string ageText(microseconds age) {
     if (seconds < 3600) {
         return std::to_string(seconds / 60) + " min";
     }
-    constexpr std::int64_t day = 24 * 3600;
+    constexpr std::int64_t day = std::int64_t{24} * 3600;
     return seconds < day ? std::to_string(seconds / 3600) + " h"
                          : std::to_string(seconds / day) + " d";
 }

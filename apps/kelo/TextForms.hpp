@@ -1,7 +1,6 @@
 #pragma once
 
-#include <KeloAPI/base/Date.hpp>
-#include <KeloAPI/base/Range.hpp>
+#include <KeloAPI/KeloAPI.hpp>
 
 #include <array>
 #include <chrono>

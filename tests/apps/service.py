@@ -13,9 +13,9 @@ KEY = "kelo-development-session"
 
 
 class Service:
-    def __init__(self):
+    def __init__(self, *arguments):
         self.process = subprocess.Popen(
-            [f"{BIN}/kelo-service", "--port", "0", "--exit-with-parent"],
+            [f"{BIN}/kelo-service", "--port", "0", "--exit-with-parent", *arguments],
             stdout=subprocess.PIPE, text=True)
         line = self.process.stdout.readline()
         self.host = re.search(r"https://(\S+)", line).group(1)

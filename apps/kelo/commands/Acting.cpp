@@ -1,7 +1,5 @@
 #include "commands/Commands.hpp"
 
-#include <KeloAPI/KeloAPI.hpp>
-
 namespace KeloHost {
 
 using namespace KeloAPI;

@@ -1,9 +1,7 @@
 #include "commands/Commands.hpp"
-#include "FeedPost.hpp"
-#include "RecordText.hpp"
+#include "Feed.hpp"
+#include "Records.hpp"
 #include "TextWidth.hpp"
-
-#include <KeloAPI/KeloAPI.hpp>
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -39,7 +39,7 @@ std::shared_ptr<CachedFile> describe(const std::filesystem::path& path) {
     if (lstat(path.c_str(), &attributes) != 0) {
         return nullptr;
     }
-    const auto file = std::make_shared<CachedFile>();
+    auto file = std::make_shared<CachedFile>();
     file->name = path.filename().string();
     file->bytes = S_ISREG(attributes.st_mode) ? static_cast<std::uintmax_t>(attributes.st_size) : 0;
     file->modified = Date(std::chrono::seconds(attributes.st_mtim.tv_sec) +
@@ -120,8 +120,7 @@ void trimCache(const HostPointer& host, const Arguments& arguments) {
 }
 
 void showCachePath(const HostPointer& host, const Arguments& /*arguments*/) {
-    const std::string path = videoDirectory();
-    host->output().writePath({{"directory", path}}, path);
+    host->output().writePath("directory", videoDirectory());
     host->end();
 }
 

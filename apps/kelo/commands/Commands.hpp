@@ -4,9 +4,7 @@
 #include "Failure.hpp"
 #include "Host.hpp"
 
-#include <KeloAPI/api/Api.hpp>
-#include <KeloAPI/api/Endpoint.hpp>
-#include <KeloAPI/files/FileManager.hpp>
+#include <KeloAPI/KeloAPI.hpp>
 
 #include <memory>
 #include <string>
@@ -18,34 +16,11 @@ namespace KeloHost {
 using HostPointer = std::shared_ptr<Host>;
 
 // The work of the commands.
-void showMe(const HostPointer& host, const Arguments& arguments);
-void showTimeline(const HostPointer& host, const Arguments& arguments);
-void showChannel(const HostPointer& host, const Arguments& arguments);
-void showInserts(const HostPointer& host, const Arguments& arguments);
-void showVenue(const HostPointer& host, const Arguments& arguments);
-void showSounds(const HostPointer& host, const Arguments& arguments);
-void showOrSubmitViews(const HostPointer& host, const Arguments& arguments);
-
-void like(const HostPointer& host, const Arguments& arguments);
-void unlike(const HostPointer& host, const Arguments& arguments);
-void rekelo(const HostPointer& host, const Arguments& arguments);
-void unrekelo(const HostPointer& host, const Arguments& arguments);
-void follow(const HostPointer& host, const Arguments& arguments);
-void unfollow(const HostPointer& host, const Arguments& arguments);
-void boost(const HostPointer& host, const Arguments& arguments);
-void submitLoops(const HostPointer& host, const Arguments& arguments);
-
-void uploadVideo(const HostPointer& host, const Arguments& arguments);
-void downloadVideos(const HostPointer& host, const Arguments& arguments);
-void listCache(const HostPointer& host, const Arguments& arguments);
-void trimCache(const HostPointer& host, const Arguments& arguments);
-void showCachePath(const HostPointer& host, const Arguments& arguments);
-
-void save(const HostPointer& host, const Arguments& arguments);
-void showFile(const HostPointer& host, const Arguments& arguments);
-
-void sendRequest(const HostPointer& host, const Arguments& arguments);
-void serve(const HostPointer& host, const Arguments& arguments);
+using Work = void(const HostPointer& host, const Arguments& arguments);
+Work showMe, showTimeline, showChannel, showInserts, showVenue, showSounds, showOrSubmitViews;
+Work like, unlike, rekelo, unrekelo, follow, unfollow, boost, submitLoops;
+Work uploadVideo, downloadVideos, listCache, trimCache, showCachePath;
+Work save, showFile, sendRequest, serve;
 
 /// The cache that downloaded videos are kept in, in the user's data directory.
 std::shared_ptr<KeloAPI::FileManager> videoCache();

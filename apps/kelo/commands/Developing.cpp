@@ -63,6 +63,7 @@ void serve(const HostPointer& /*host*/, const Arguments& arguments) {
     std::vector<std::string> texts = arguments.texts("rest");
     texts.insert(texts.begin(), program);
     std::vector<char*> words;
+    words.reserve(texts.size() + 1);
     for (std::string& text : texts) {
         words.push_back(text.data());
     }

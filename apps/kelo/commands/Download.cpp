@@ -3,11 +3,6 @@
 #include "TextForms.hpp"
 #include "TextWidth.hpp"
 
-#include <KeloAPI/files/FileQueue.hpp>
-#include <KeloAPI/files/KLVideoFileFormat.hpp>
-#include <KeloAPI/files/KLVideoUrlBitrateSettings.hpp>
-#include <KeloAPI/parsing/KLClosureParser.hpp>
-
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -65,13 +60,6 @@ std::vector<Wish> wishesIn(const Arguments& arguments) {
     return wishes;
 }
 
-/// Absent for the best file.
-std::optional<double> bitrateIn(const Arguments& arguments) {
-    return arguments.has("--bitrate")
-               ? std::optional(std::strtod(arguments.text("--bitrate").c_str(), nullptr))
-               : std::nullopt;
-}
-
 /// What a post's record offers under "videoUrls". What is no offer is left out.
 std::shared_ptr<Offers> offersIn(const JsonObject& json, const std::string& postId) {
     const auto offers = json["videoUrls"].objects().value_or(JsonObjectList());
@@ -97,7 +85,7 @@ std::string stateText(const Wish& wish) {
     if (wish.received == 0) {
         return "waiting";
     }
-    const std::string received = sizeText(static_cast<std::uint64_t>(wish.received));
+    std::string received = sizeText(static_cast<std::uint64_t>(wish.received));
     if (wish.expected <= 0) {
         return received;
     }
@@ -118,9 +106,12 @@ class Downloads : public std::enable_shared_from_this<Downloads> {
 public:
     Downloads(HostPointer host, const Arguments& arguments)
         : _host(std::move(host))
-        , _bitrate(bitrateIn(arguments))
         , _wishes(wishesIn(arguments))
-        , _open(_wishes.size()) {}
+        , _open(_wishes.size()) {
+        if (arguments.has("--bitrate")) {
+            _bitrate = std::strtod(arguments.text("--bitrate").c_str(), nullptr);
+        }
+    }
 
     void start() {
         for (Wish& wish : _wishes) {
@@ -267,7 +258,8 @@ private:
     }
 
     const HostPointer _host;
-    const std::optional<double> _bitrate;
+    /// Absent for the best files.
+    std::optional<double> _bitrate;
     const std::shared_ptr<FileQueue> _queue = FileQueue::withKey("videos");
     Terminal::Progress _progress{true};
     std::chrono::steady_clock::time_point _shown;

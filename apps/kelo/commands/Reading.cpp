@@ -1,9 +1,6 @@
-#include "Cards.hpp"
 #include "commands/Commands.hpp"
-#include "FeedPost.hpp"
-#include "RecordText.hpp"
-
-#include <KeloAPI/KeloAPI.hpp>
+#include "Feed.hpp"
+#include "Records.hpp"
 
 namespace KeloHost {
 
@@ -33,7 +30,7 @@ void showChannel(const HostPointer& host, const Arguments& arguments) {
 void showInserts(const HostPointer& host, const Arguments& arguments) {
     readRecords(host, "inserts/" + arguments.text("FEED"), std::make_shared<FeedCardParser>(),
                 [host](const auto& cards) {
-                    host->output().writeAll(cards, linesOfCards);
+                    host->output().writeAll(cards, [](const auto& all) { return linesOf(all); });
                     host->end();
                 });
 }

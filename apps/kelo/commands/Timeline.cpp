@@ -1,9 +1,7 @@
 #include "commands/Commands.hpp"
-#include "FeedPost.hpp"
-#include "RecordText.hpp"
+#include "Feed.hpp"
+#include "Records.hpp"
 #include "Terminal.hpp"
-
-#include <KeloAPI/endpoints/TimelineEndpoint.hpp>
 
 #include <limits>
 

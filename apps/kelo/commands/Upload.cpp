@@ -1,14 +1,9 @@
 #include "commands/Commands.hpp"
 #include "Loop.hpp"
-#include "RecordText.hpp"
+#include "Records.hpp"
 #include "SegmentedFile.hpp"
 #include "Terminal.hpp"
 #include "TextForms.hpp"
-
-#include <KeloAPI/api/ResponseEnvelope.hpp>
-#include <KeloAPI/endpoints/LongformUploadEndpoint.hpp>
-#include <KeloAPI/http/HTTPError.hpp>
-#include <KeloAPI/queues/MainQueue.hpp>
 
 #include <algorithm>
 

@@ -1,31 +1,12 @@
 #pragma once
 
-#include <KeloAPI/base/Date.hpp>
-#include <KeloAPI/json/Parameters.hpp>
-#include <KeloAPI/model/KLPagedData.hpp>
+#include <KeloAPI/KeloAPI.hpp>
 
 #include <concepts>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
-
-namespace KeloAPI {
-class KLByline;
-class KLChannel;
-class KLEntity;
-class KLFeedInsert;
-class KLPostAudioMetadata;
-class KLRekelo;
-class KLTag;
-class KLVenue;
-class KLVenueCategory;
-class KLWatchUser;
-class LoopData;
-class Number;
-class PostThumbnail;
-class SoundboardSound;
-class URL;
-} // namespace KeloAPI
 
 namespace KeloHost {
 
@@ -88,5 +69,22 @@ std::vector<std::shared_ptr<T>> elementsOf(const KeloAPI::KLPagedData& list) {
     }
     return elements;
 }
+
+/// What people read of something. Each is printed on a line of its own, without what a terminal
+/// would take for a command.
+using Lines = std::vector<std::string>;
+
+Lines linesOf(const KeloAPI::KLWatchUser& user);
+Lines linesOf(const KeloAPI::KLVenue& venue);
+Lines linesOf(const KeloAPI::KLVideoUpload& upload);
+/// A channel with the posts of its timeline, which are `FeedPost`s.
+Lines linesOf(const KeloAPI::KLChannel& channel, bool details);
+/// A page of posts, aligned, as wide as the terminal; with `details`, what stands beside each.
+Lines linesOf(const std::vector<std::shared_ptr<FeedPost>>& posts, bool details);
+Lines linesOf(const std::vector<std::shared_ptr<KeloAPI::SoundboardSound>>& sounds);
+/// The cards of a feed: the reference of each, what it is and what it says.
+Lines linesOf(const std::vector<std::shared_ptr<KeloAPI::KLFeedInsert>>& cards);
+/// One line for each field, those of a field's own further in.
+Lines linesOf(const KeloAPI::Parameters& fields, const std::string& indent);
 
 } // namespace KeloHost

@@ -1,16 +1,16 @@
-#include "Recovery.hpp"
-
 #include "Host.hpp"
 #include "Terminal.hpp"
 
-#include <KeloAPI/api/Api.hpp>
-#include <KeloAPI/api/Endpoint.hpp>
-#include <KeloAPI/api/ResponseEnvelope.hpp>
-#include <KeloAPI/parsing/KLClosureParser.hpp>
-#include <KeloAPI/queues/MainQueue.hpp>
-
 #include <utility>
 
+// What the host does when the service wants the user to sign in again or to solve a captcha.
+// Either way a call has failed and a retry of it waits in its session:
+//  1. The library tells the host, before it calls the failed call's completion. Asking the user
+//     takes long, so it is only noted here and put off to a task of its own.
+//  2. The completion hears of the failure, asks `hearsAgain` and does nothing.
+//  3. The task asks the user and releases the session's queue: `handleQueuedRetries(true)` sends
+//     the call again, and its completion is called a second time. If the user gives up,
+//     `handleQueuedRetries(false)` drops it and the program ends.
 namespace KeloHost {
 
 using namespace KeloAPI;
@@ -19,17 +19,13 @@ namespace {
 
 constexpr int mostAttempts = 3;
 
-/// What the service answers to a user who signs in.
-struct SignedIn {
-    std::string key;
-};
-
-std::shared_ptr<SignedIn> signedInFrom(const JsonObject& json) {
+/// The session key that the service answers to a user who signs in.
+std::shared_ptr<std::string> keyIn(const JsonObject& json) {
     const auto key = json["key"].text();
     if (!key || !json["username"].text()) {
         throw JsonParseError(JsonParseError::InsufficientData);
     }
-    return std::make_shared<SignedIn>(SignedIn{std::string(*key)});
+    return std::make_shared<std::string>(*key);
 }
 
 void releaseRetries(SessionType type, bool shouldRetry) {
@@ -38,7 +34,7 @@ void releaseRetries(SessionType type, bool shouldRetry) {
 
 } // namespace
 
-void Recovery::reauthRequired(Session& session) {
+void Host::reauthRequiredForSession(Session& session) {
     if (session.sessionType() != SessionType::Authenticated) {
         // Nobody is signed in there. The session still holds the retry, and is in the middle of
         // queueing it.
@@ -57,13 +53,13 @@ void Recovery::reauthRequired(Session& session) {
     MainQueue::main().async([this] {
         signIn([this] {
             _waitsForSignIn = false;
-            _stragglers = _host.callsUnderWay();
+            _stragglers = callsUnderWay();
             releaseRetries(SessionType::Authenticated, true);
         });
     });
 }
 
-void Recovery::releaseSoon() {
+void Host::releaseSoon() {
     if (std::exchange(_waitsForRelease, true)) {
         return;
     }
@@ -73,7 +69,7 @@ void Recovery::releaseSoon() {
     });
 }
 
-bool Recovery::captchaRequired(Session& session, const URL& captchaUrl) {
+bool Host::shouldHandleCaptchaForSession(Session& session, const URL& captchaUrl) {
     if (!canAsk()) {
         return false;
     }
@@ -85,7 +81,7 @@ bool Recovery::captchaRequired(Session& session, const URL& captchaUrl) {
     return true;
 }
 
-bool Recovery::willRetry(const Error& error) {
+bool Host::hearsAgain(const Error& error) {
     const std::int64_t code = error.integer(KLAPIStatusCodeKey).value_or(0);
     if (code == 419) {
         return _waitsForCaptcha;
@@ -97,11 +93,11 @@ bool Recovery::willRetry(const Error& error) {
     return signInWanted && (_waitsForSignIn || _waitsForRelease);
 }
 
-bool Recovery::canAsk() const {
-    return !_host.options().noInput && Terminal::isInteractive();
+bool Host::canAsk() const {
+    return !_options.noInput && Terminal::isInteractive();
 }
 
-void Recovery::signIn(std::function<void()> next) {
+void Host::signIn(std::function<void()> next) {
     _afterSignIn = std::move(next);
     if (!_reason.empty() && canAsk()) {
         Terminal::say(_reason + ".");
@@ -109,7 +105,7 @@ void Recovery::signIn(std::function<void()> next) {
     tryToSignIn();
 }
 
-void Recovery::tryToSignIn() {
+void Host::tryToSignIn() {
     const auto given = credentials();
     if (!given) {
         giveUp();
@@ -121,45 +117,44 @@ void Recovery::tryToSignIn() {
     endpoint->setMethod(Method::POST);
     endpoint->setParameterEncoding(ParameterEncoding::JSON);
     endpoint->setParameters({{"username", given->user}, {"password", given->password}});
-    endpoint->request(std::make_shared<KLClosureParser<SignedIn>>(signedInFrom),
-                      [this](const std::vector<std::shared_ptr<SignedIn>>& sessions, const auto&,
+    endpoint->request(std::make_shared<KLClosureParser<std::string>>(keyIn),
+                      [this](const std::vector<std::shared_ptr<std::string>>& keys, const auto&,
                              const auto&, const std::optional<Error>& error) {
                           if (error) {
                               signInFailed(*error);
-                          } else if (sessions.empty()) {
+                          } else if (keys.empty()) {
                               signInFailed(
                                   Error::withMessage("kelo", 1, "the service gave no session"));
                           } else {
-                              _host.setSessionKey(sessions.front()->key);
+                              _options.session = *keys.front();
                               std::exchange(_afterSignIn, nullptr)();
                           }
                       });
 }
 
-void Recovery::giveUp() {
+void Host::giveUp() {
     std::string line = _reason.empty() ? "nobody is signed in" : _reason;
-    if (_host.options().user.empty()) {
+    if (_options.user.empty()) {
         line += " (give --user and --password, or another --session)";
     }
     releaseRetries(SessionType::Authenticated, false);
-    _host.end(Failure(ExitCode::SignIn, line));
+    end(Failure(ExitCode::SignIn, line));
 }
 
-std::optional<Recovery::Credentials> Recovery::credentials() {
-    const Options& options = _host.options();
-    const bool complete = !options.user.empty() && !options.password.empty();
+std::optional<Host::Credentials> Host::credentials() {
+    const bool complete = !_options.user.empty() && !_options.password.empty();
     // What stands on the command line is tried once: it does not get better.
     if (++_attempts > (complete ? 1 : mostAttempts)) {
         return std::nullopt;
     }
     if (complete) {
-        return Credentials{options.user, options.password};
+        return Credentials{_options.user, _options.password};
     }
     if (!canAsk()) {
         return std::nullopt;
     }
-    const auto user = options.user.empty() ? Terminal::ask("User name (empty to give up): ")
-                                           : std::optional(options.user);
+    const auto user = _options.user.empty() ? Terminal::ask("User name (empty to give up): ")
+                                            : std::optional(_options.user);
     if (!user || user->empty()) {
         return std::nullopt;
     }
@@ -167,14 +162,14 @@ std::optional<Recovery::Credentials> Recovery::credentials() {
     return password ? std::optional(Credentials{*user, *password}) : std::nullopt;
 }
 
-void Recovery::signInFailed(const Error& error) {
+void Host::signInFailed(const Error& error) {
     const auto code = error.integer(KLAPIStatusCodeKey);
     if (code == 419 && _waitsForCaptcha) {
         return; // signing in waits for a captcha itself
     }
     if (!code) {
         releaseRetries(SessionType::Authenticated, false);
-        _host.fail(error);
+        fail(error);
         return;
     }
     _reason = error.localizedDescription();
@@ -184,7 +179,7 @@ void Recovery::signInFailed(const Error& error) {
     tryToSignIn();
 }
 
-void Recovery::askForCaptcha(SessionType type, const URL& captchaUrl) {
+void Host::askForCaptcha(SessionType type, const URL& captchaUrl) {
     Terminal::say("The service wants to see that you are human. Solve the captcha at");
     Terminal::say("  " + captchaUrl.absoluteString());
     const auto answer = Terminal::ask("Then press Enter (q gives up): ");
@@ -192,7 +187,7 @@ void Recovery::askForCaptcha(SessionType type, const URL& captchaUrl) {
     _waitsForCaptcha = false;
     releaseRetries(type, solved);
     if (!solved) {
-        _host.end(Failure(ExitCode::SignIn, "the captcha was not solved"));
+        end(Failure(ExitCode::SignIn, "the captcha was not solved"));
     }
 }
 

@@ -1,21 +1,11 @@
 #pragma once
 
-#include <KeloAPI/base/Object.hpp>
-#include <KeloAPI/parsing/JsonParser.hpp>
+#include <KeloAPI/KeloAPI.hpp>
 
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
-
-namespace KeloAPI {
-class KLByline;
-class KLEntity;
-class KLPostAudioMetadata;
-class KLTag;
-class KLVenue;
-class KLWatchPost;
-} // namespace KeloAPI
 
 namespace KeloHost {
 
@@ -31,9 +21,6 @@ public:
     std::vector<std::shared_ptr<KeloAPI::KLTag>> tags;
     /// The linked stretches of the caption.
     std::vector<std::shared_ptr<KeloAPI::KLEntity>> entities;
-
-    FeedPost() = default;
-    ~FeedPost() override;
 };
 
 /// Reads a record as the library's own parser of posts does, and what stands beside it by the
@@ -41,6 +28,14 @@ public:
 class FeedPostParser final : public KeloAPI::JsonParser<FeedPost> {
 public:
     std::shared_ptr<FeedPost> parse(const KeloAPI::JsonObject& json) const override;
+};
+
+/// Reads the cards of a feed: URL actions and solicitations by the library's parsers, mosaics by
+/// its constructors. A card of an unknown type is a bare `KLFeedInsert`, so that it does not spoil
+/// its list; one of a known type that cannot be read fails as the library's parsers do.
+class FeedCardParser final : public KeloAPI::JsonParser<KeloAPI::KLFeedInsert> {
+public:
+    std::shared_ptr<KeloAPI::KLFeedInsert> parse(const KeloAPI::JsonObject& json) const override;
 };
 
 } // namespace KeloHost

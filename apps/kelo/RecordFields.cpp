@@ -1,9 +1,6 @@
-#include "Fields.hpp"
-
-#include "FeedPost.hpp"
+#include "Feed.hpp"
+#include "Records.hpp"
 #include "TextForms.hpp"
-
-#include <KeloAPI/KeloAPI.hpp>
 
 namespace KeloHost {
 
@@ -141,6 +138,41 @@ Parameters fieldsOf(const KLChannel& channel) {
             {"timelineData",
              timeline == nullptr ? ParameterValue() : valueOf(elementsOf<FeedPost>(*timeline))},
             {"showRecent", channel.showRecent}};
+}
+
+Parameters fieldsOf(const KLFeedInsert& card) {
+    Parameters fields = {
+        {"reference", card.reference()}, {"closeable", card.closeable()}, {"kind", nullptr}};
+    Parameters more;
+    if (const auto* action = dynamic_cast<const KLUrlAction*>(&card)) {
+        more = {{"kind", "urlAction"},
+                {"title", action->title()},
+                {"actionTitle", action->actionTitle()},
+                {"actionUrl", valueOf(action->actionUrl())},
+                {"backgroundImage", valueOf(action->backgroundImage())},
+                {"backgroundVideo", valueOf(action->backgroundVideo())},
+                {"details", valueOf(action->details())},
+                {"actionIcon", valueOf(action->actionIcon())},
+                {"closeUrlPath", valueOf(action->closeUrlPath())}};
+    } else if (const auto* prompt = dynamic_cast<const KLSolicitation*>(&card)) {
+        more = {{"kind", "solicitation"}, {"closeUrlPath", valueOf(prompt->closeUrlPath())}};
+    } else if (const auto* mosaic = dynamic_cast<const KLPostsMosaic*>(&card)) {
+        more = {{"kind", "postsMosaic"},
+                {"title", mosaic->title()},
+                {"subtitle", mosaic->subtitle()},
+                {"link", mosaic->link()},
+                {"type", static_cast<int>(mosaic->type())},
+                {"pinnable", mosaic->pinnable()},
+                {"posts", valueOf(elementsOf<FeedPost>(*mosaic->posts()))}};
+    } else if (const auto* people = dynamic_cast<const KLUserMosaic*>(&card)) {
+        more = {{"kind", "userMosaic"},
+                {"title", people->title()},
+                {"subtitle", people->subtitle()},
+                {"link", people->link()},
+                {"users", valueOf(elementsOf<KLWatchUser>(*people->users()))}};
+    }
+    more.merge(fields);
+    return more;
 }
 
 } // namespace KeloHost
