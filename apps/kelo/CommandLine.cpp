@@ -19,11 +19,6 @@ constexpr const char* footer =
     "be used, 3 the user has to sign in or was refused, 130 Ctrl-C.\n\n"
     "Try it: run `kelo serve` in one terminal and `kelo timeline popular` in another.";
 
-std::string oneLine(std::string text) {
-    std::replace(text.begin(), text.end(), '\n', ' ');
-    return text;
-}
-
 /// CLI11's form of a check: an empty text for a good value, what is wrong otherwise.
 std::string checkHost(const std::string& host) {
     const auto url = KeloAPI::URL::parse("https://" + host);
@@ -185,7 +180,9 @@ Invocation parseCommandLine(int argc, char** argv) {
     } catch (const CLI::CallForVersion& version) {
         invocation.information = std::string(version.what()) + "\n";
     } catch (const CLI::ParseError& error) {
-        throw Failure(ExitCode::Usage, oneLine(error.what()));
+        std::string line = error.what();
+        std::replace(line.begin(), line.end(), '\n', ' ');
+        throw Failure(ExitCode::Usage, line);
     }
     return invocation;
 }

@@ -12,11 +12,6 @@ bool isThisMachine(const std::string& host) {
     return name == "localhost" || name == "::1" || name.starts_with("127.");
 }
 
-std::string fileProblem(const Error& error) {
-    const auto& reason = error.underlying();
-    return error.localizedDescription() + (reason ? ": " + reason->localizedDescription() : "");
-}
-
 std::string transportProblem(const Error& error, const std::string& host) {
     switch (static_cast<HTTPErrorCode>(error.code())) {
     case HTTPErrorCode::CannotFindHost:
@@ -38,7 +33,8 @@ std::string transportProblem(const Error& error, const std::string& host) {
         return host + " answers with the status " +
                std::to_string(error.integer(HTTPStatusCodeKey).value_or(0));
     case HTTPErrorCode::CannotWriteFile:
-        return fileProblem(error);
+        return error.localizedDescription() +
+               (error.underlying() ? ": " + error.underlying()->localizedDescription() : "");
     default:
         return host + ": " + error.localizedDescription();
     }

@@ -14,20 +14,16 @@ std::optional<std::string> unlessEmpty(const std::string& text) {
     return text.empty() ? std::nullopt : std::optional(text);
 }
 
-/// The library's diagnostics would spoil standard output.
-void divertDiagnostics(bool verbose) {
-    Diagnostics::setSink([verbose](std::string_view line) {
-        if (verbose) {
-            std::cerr << std::string(line) + '\n';
-        }
-    });
-}
-
 } // namespace
 
 std::shared_ptr<Host> Host::create(const Options& options) {
     std::shared_ptr<Host> host(new Host(options));
-    divertDiagnostics(options.verbose);
+    // They would spoil standard output.
+    Diagnostics::setSink([verbose = options.verbose](std::string_view line) {
+        if (verbose) {
+            std::cerr << std::string(line) + '\n';
+        }
+    });
     Api::setSessionDelegate(host);
     return host;
 }

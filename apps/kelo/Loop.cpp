@@ -25,7 +25,10 @@ void Loop::run() {
                 queue.async(std::exchange(_atInterruption, nullptr));
             }
         }
-        postDue();
+        while (!_tasks.empty() && _tasks.begin()->first <= Clock::now()) {
+            queue.async(std::move(_tasks.begin()->second));
+            _tasks.erase(_tasks.begin());
+        }
         queue.runUntil([this] { return _stopped; }, std::chrono::milliseconds(0));
     }
 }
@@ -52,20 +55,9 @@ void Loop::clear() {
 }
 
 int Loop::millisecondsToNext() const {
-    if (_tasks.empty()) {
-        return -1;
-    }
-    const auto left =
-        std::chrono::ceil<std::chrono::milliseconds>(_tasks.begin()->first - Clock::now());
-    return static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, 3'600'000));
-}
-
-void Loop::postDue() {
-    const auto notDue = _tasks.upper_bound(Clock::now());
-    for (auto task = _tasks.begin(); task != notDue; ++task) {
-        MainQueue::main().async(std::move(task->second));
-    }
-    _tasks.erase(_tasks.begin(), notDue);
+    const auto left = _tasks.empty() ? std::chrono::hours(1) : _tasks.begin()->first - Clock::now();
+    const auto wait = std::chrono::ceil<std::chrono::milliseconds>(left).count();
+    return static_cast<int>(std::clamp<std::int64_t>(wait, 0, 3'600'000));
 }
 
 } // namespace KeloHost

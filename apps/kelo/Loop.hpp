@@ -27,7 +27,6 @@ private:
     using Clock = std::chrono::steady_clock;
 
     int millisecondsToNext() const;
-    void postDue();
 
     std::multimap<Clock::time_point, Task> _tasks;
     Task _atInterruption;

@@ -1,6 +1,6 @@
 #include "Output.hpp"
 
-#include "TextWidth.hpp"
+#include "Text.hpp"
 
 #include <cstdio>
 

@@ -1,6 +1,6 @@
 #include "Feed.hpp"
 #include "Records.hpp"
-#include "TextForms.hpp"
+#include "Text.hpp"
 
 namespace KeloHost {
 

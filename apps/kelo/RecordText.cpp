@@ -1,8 +1,7 @@
 #include "Feed.hpp"
 #include "Records.hpp"
 #include "Terminal.hpp"
-#include "TextForms.hpp"
-#include "TextWidth.hpp"
+#include "Text.hpp"
 
 #include <algorithm>
 #include <cmath>

@@ -1,11 +1,10 @@
 #include "Terminal.hpp"
 
-#include "TextWidth.hpp"
+#include "Text.hpp"
 
 #include <fcntl.h>
 #include <sys/ioctl.h>
 #include <termios.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
@@ -68,18 +67,6 @@ extern "C" void noteInterruption(int number) {
 }
 
 } // namespace
-
-bool isInteractive() {
-    return isatty(STDIN_FILENO) != 0 && showsErrors();
-}
-
-bool showsOutput() {
-    return isatty(STDOUT_FILENO) != 0;
-}
-
-bool showsErrors() {
-    return isatty(STDERR_FILENO) != 0;
-}
 
 std::optional<std::size_t> columns() {
     return columnsOf(STDOUT_FILENO);

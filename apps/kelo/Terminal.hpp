@@ -1,5 +1,7 @@
 #pragma once
 
+#include <unistd.h>
+
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -8,12 +10,17 @@
 /// Talking to the user. Questions go to standard error, answers come from standard input.
 namespace KeloHost::Terminal {
 
-/// True when there is somebody to ask.
-bool isInteractive();
-
 /// True when standard output, or standard error, is a terminal.
-bool showsOutput();
-bool showsErrors();
+inline bool showsOutput() {
+    return isatty(STDOUT_FILENO) != 0;
+}
+inline bool showsErrors() {
+    return isatty(STDERR_FILENO) != 0;
+}
+/// True when there is somebody to ask.
+inline bool isInteractive() {
+    return isatty(STDIN_FILENO) != 0 && showsErrors();
+}
 
 /// Columns of the terminal that standard output is; absent when it is none.
 std::optional<std::size_t> columns();

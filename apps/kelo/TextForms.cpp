@@ -1,4 +1,4 @@
-#include "TextForms.hpp"
+#include "Text.hpp"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "TextWidth.hpp"
+#include "Text.hpp"
 
 #include <langinfo.h>
 

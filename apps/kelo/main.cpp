@@ -2,12 +2,12 @@
 #include "Failure.hpp"
 #include "Host.hpp"
 #include "Terminal.hpp"
-#include "TextWidth.hpp"
+#include "Text.hpp"
 
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <iostream>
+#include <string>
 
 namespace {
 
@@ -27,11 +27,10 @@ int run(int argc, char** argv) {
     return EXIT_SUCCESS;
 }
 
-int complain(const char* line, ExitCode code) {
+int complain(const std::string& line, ExitCode code) {
     static_cast<void>(std::fflush(stdout));
-    if (*line != '\0') {
-        // Part of it may come from the network.
-        std::cerr << "kelo: " << printable(line) << '\n';
+    if (!line.empty()) {
+        Terminal::say("kelo: " + line);
     }
     return static_cast<int>(code);
 }

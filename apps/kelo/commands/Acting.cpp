@@ -15,23 +15,15 @@ PostPointer postOf(const Arguments& arguments) {
 }
 
 /// The endpoint does not keep the post alive; the completion does, for a retry.
-template <class ActionEndpoint, class Identify>
+template <class ActionEndpoint, class Id>
 void act(const HostPointer& host, const PostPointer& post, bool on, const std::string& deed,
-         Identify identify) {
+         Id id) {
     ActionEndpoint::create(post)->toggle(on, [=](const auto& result) {
         host->hear(result.error(), [&] {
             const auto& item = result.success()->item;
-            host->showDone(deed, *post->postId, item ? identify(*item) : std::nullopt);
+            host->showDone(deed, *post->postId, item ? (*item).*id : std::nullopt);
         });
     });
-}
-
-std::optional<std::string> idOfLike(const KLLike& like) {
-    return like.likeId;
-}
-
-std::optional<std::string> idOfRekelo(const KLRekelo& rekelo) {
-    return rekelo.rekeloId;
 }
 
 void setFollowing(const HostPointer& host, const std::string& userId, bool on,
@@ -65,15 +57,15 @@ private:
 } // namespace
 
 void like(const HostPointer& host, const Arguments& arguments) {
-    act<LikeActionEndpoint>(host, postOf(arguments), true, "liked post", idOfLike);
+    act<LikeActionEndpoint>(host, postOf(arguments), true, "liked post", &KLLike::likeId);
 }
 
 void unlike(const HostPointer& host, const Arguments& arguments) {
-    act<LikeActionEndpoint>(host, postOf(arguments), false, "unliked post", idOfLike);
+    act<LikeActionEndpoint>(host, postOf(arguments), false, "unliked post", &KLLike::likeId);
 }
 
 void rekelo(const HostPointer& host, const Arguments& arguments) {
-    act<RekeloActionEndpoint>(host, postOf(arguments), true, "reposted post", idOfRekelo);
+    act<RekeloActionEndpoint>(host, postOf(arguments), true, "reposted post", &KLRekelo::rekeloId);
 }
 
 void unrekelo(const HostPointer& host, const Arguments& arguments) {
@@ -84,7 +76,7 @@ void unrekelo(const HostPointer& host, const Arguments& arguments) {
             throw Failure(ExitCode::Failed, "post " + id + " is not reposted by this user");
         }
         act<RekeloActionEndpoint>(host, posts.front(), false, "took back the repost of post",
-                                  idOfRekelo);
+                                  &KLRekelo::rekeloId);
     });
 }
 

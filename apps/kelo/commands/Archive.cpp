@@ -1,7 +1,7 @@
 #include "commands/Commands.hpp"
 #include "Feed.hpp"
 #include "Records.hpp"
-#include "TextWidth.hpp"
+#include "Text.hpp"
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -1,6 +1,5 @@
 #include "commands/Commands.hpp"
-#include "TextForms.hpp"
-#include "TextWidth.hpp"
+#include "Text.hpp"
 
 #include <sys/stat.h>
 

@@ -1,7 +1,6 @@
 #include "commands/Commands.hpp"
 #include "Terminal.hpp"
-#include "TextForms.hpp"
-#include "TextWidth.hpp"
+#include "Text.hpp"
 
 #include <algorithm>
 #include <array>
@@ -250,11 +249,7 @@ private:
             return;
         }
         _progress.clear();
-        if (_worst == ExitCode::Success) {
-            _host->end();
-        } else {
-            _host->end(Failure(_worst, ""));
-        }
+        _worst == ExitCode::Success ? _host->end() : _host->end(Failure(_worst, ""));
     }
 
     const HostPointer _host;

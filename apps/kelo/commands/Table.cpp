@@ -18,14 +18,6 @@ Parameter identifier(const std::string& name, const std::string& help) {
     return {.name = name, .help = help, .check = checkIdentifier};
 }
 
-Parameter post() {
-    return identifier("POST", "The post's identifier");
-}
-
-Parameter user() {
-    return identifier("USER", "The user's identifier");
-}
-
 Parameter oneOf(const std::string& name, const std::vector<std::string>& choices,
                 const std::string& help) {
     return {.name = name, .help = help, .choices = choices};
@@ -74,12 +66,14 @@ Commands readingCommands() {
 }
 
 Commands actingCommands() {
-    return {{"like", "Like a post", {post()}, like},
-            {"unlike", "Take a like back", {post()}, unlike},
-            {"rekelo", "Repost a post", {post()}, rekelo},
-            {"unrekelo", "Take a repost back", {post()}, unrekelo},
-            {"follow", "Follow a user's account outside the service", {user()}, follow},
-            {"unfollow", "Stop following a user's account outside the service", {user()}, unfollow},
+    const Parameter post = identifier("POST", "The post's identifier");
+    const Parameter user = identifier("USER", "The user's identifier");
+    return {{"like", "Like a post", {post}, like},
+            {"unlike", "Take a like back", {post}, unlike},
+            {"rekelo", "Repost a post", {post}, rekelo},
+            {"unrekelo", "Take a repost back", {post}, unrekelo},
+            {"follow", "Follow a user's account outside the service", {user}, follow},
+            {"unfollow", "Stop following a user's account outside the service", {user}, unfollow},
             {"boost",
              "Say whether you want more of a user or post",
              {oneOf("KIND", {"user", "post"}, "user or post"), identifier("ID", "Its identifier"),
@@ -87,7 +81,7 @@ Commands actingCommands() {
              boost},
             {"loops",
              "Report how often a post has looped",
-             {post(), count("COUNT", 1'000'000'000, "How often it has looped", "", "")},
+             {post, count("COUNT", 1'000'000'000, "How often it has looped", "", "")},
              submitLoops}};
 }
 

@@ -3,7 +3,7 @@
 #include "Records.hpp"
 #include "SegmentedFile.hpp"
 #include "Terminal.hpp"
-#include "TextForms.hpp"
+#include "Text.hpp"
 
 #include <algorithm>
 

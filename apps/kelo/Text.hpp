@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-// How people read dates, sizes and the like.
+// Text for people: dates, sizes and the like, and UTF-8 on a terminal.
 namespace KeloHost {
 
 /// As `printf` writes values, up to a hundred bytes.
@@ -39,5 +39,22 @@ std::string percentText(double done, double all);
 /// The stretch of a UTF-8 text that a range in UTF-16 code units covers; what lies behind the
 /// text's end is left out.
 std::string stretchOf(std::string_view text, KeloAPI::Range range);
+
+/// Makes the functions below know about characters beyond ASCII, whatever the user's locale.
+void useUnicode();
+
+/// `text` on one line, without what a terminal would take for a command: control characters become
+/// blanks, and marks that turn the direction of writing go. Bytes that are no UTF-8 become U+FFFD.
+std::string printable(std::string_view text);
+
+/// The columns that printable text takes.
+std::size_t displayWidth(std::string_view text);
+
+/// Printable text cut to at most `width` columns, its last one "…" when something is missing.
+std::string clipped(std::string_view text, std::size_t width);
+
+/// Printable text with blanks behind it (or in front) to fill `width` columns.
+std::string padded(std::string_view text, std::size_t width);
+std::string rightAligned(std::string_view text, std::size_t width);
 
 } // namespace KeloHost
