@@ -83,3 +83,6 @@ class Case(unittest.TestCase):
 
     def console(self, *arguments, columns=0):
         return Console([KELO, *arguments], self.environment, columns)
+
+    def finishes(self, console, code):
+        self.assertEqual(console.finish(), code, console.output)

@@ -44,6 +44,12 @@ class Console:
     def type(self, text):
         os.write(self.terminal, text.encode())
 
+    def answer(self, question, text, hidden=False):
+        self.expect(question)
+        if hidden:
+            self.expect_echo(False)
+        self.type(text)
+
     def echoes(self):
         return bool(termios.tcgetattr(self.terminal)[3] & termios.ECHO)
 

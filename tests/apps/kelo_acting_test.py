@@ -99,31 +99,20 @@ class Effects(Acting):
         self.fails(1, f"post {post} is not reposted by this user", "unrekelo", post)
         self.fails(1, "There is no such post", "unrekelo", "5")
 
-    def test_follow_and_unfollow(self):
-        for command, path, kept, line in (
-                ("follow", "follow-on-twitter", 1, "following user"),
-                ("unfollow", "unfollow-on-twitter", 0, "no longer following user")):
-            with self.subTest(command=command):
-                self.says(f"{line} {USER}", command, USER)
-                # The second time the service answers 230 or 231, which is a success.
-                self.assertIsNone(self.reports(line, USER, command, USER))
-                self.assertEqual(self.service.calls(f"/users/{USER}/{path}"), [("POST", "")] * 2)
-                self.assertEqual(len(self.service.kept("follows")), kept)
-
-    def test_boost(self):
+    def test_deeds_without_an_identifier_of_their_own(self):
         post = self.untouched()
-        for kind, id_, boost in (("user", USER, "positive"), ("post", post, "neutral"),
-                                 ("post", post, "negative")):
-            with self.subTest(kind=kind, boost=boost):
-                self.service.forget()
-                line = f"{boost} feedback on {kind}"
-                self.says(f"{line} {id_}", "boost", kind, id_, boost)
-                self.assertEqual(self.service.calls(f"/recommendations/feedback/{kind}s/{id_}"),
-                                 [("POST", f'{{"recommendationBoost":"{boost}"}}')])
-                self.assertEqual(self.service.kept("feedback")[-1],
-                                 {"userId": 1001, "kind": kind, "targetId": int(id_),
-                                  "boost": boost})
-                self.assertIsNone(self.reports(line, id_, "boost", kind, id_, boost))
+        for deed, id_, arguments in (
+                ("following user", USER, ["follow", USER]),
+                ("no longer following user", USER, ["unfollow", USER]),
+                ("positive feedback on user", USER, ["boost", "user", USER, "positive"]),
+                ("neutral feedback on post", post, ["boost", "post", post, "neutral"]),
+                ("negative feedback on post", post, ["boost", "post", post, "negative"])):
+            with self.subTest(deed=deed):
+                self.says(f"{deed} {id_}", *arguments)
+                self.assertIsNone(self.reports(deed, id_, *arguments))
+        self.assertEqual([(entry["kind"], entry["boost"])
+                          for entry in self.service.kept("feedback")[::2]],
+                         [("user", "positive"), ("post", "neutral"), ("post", "negative")])
 
     def test_loops(self):
         post = self.untouched()
@@ -305,9 +294,9 @@ class Recovery(Acting):
                 console = self.console("--session", key, *command)
                 console.expect(url)
                 console.expect("Then press Enter (q gives up): ")
-                self.service.control("POST", url.split("/", 3)[3] + "/solve", {})
+                self.service.solve(url)
                 console.type("\n")
-                self.assertEqual(console.finish(), 0, console.output)
+                self.finishes(console, 0)
         self.assertTrue(self.again(post)["liked"])
         self.assertEqual(self.service.kept("loops")[-1]["count"], 3)
 

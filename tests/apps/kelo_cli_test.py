@@ -296,18 +296,12 @@ class SignIn(Case):
 class Terminal(Case):
     """With a terminal, and somebody at it."""
 
-    def finishes(self, console, code):
-        self.assertEqual(console.finish(), code, console.output)
-
     def test_sign_in_again(self):
         key = self.service.expired_session()
         console = self.console("--session", key, "me")
         console.expect("Your session has expired, please sign in again.")
-        console.expect("User name (empty to give up): ")
-        console.type("kofi\n")
-        console.expect("Password of kofi: ")
-        console.expect_echo(False)
-        console.type(PASSWORD + "\n")
+        console.answer("User name (empty to give up): ", "kofi\n")
+        console.answer("Password of kofi: ", PASSWORD + "\n", hidden=True)
         self.finishes(console, 0)
         self.assertIn("loops", console.output)
         self.assertNotIn(PASSWORD, console.output)
@@ -319,9 +313,7 @@ class Terminal(Case):
             console.expect("User name (empty to give up): ")
             console.output = ""
             console.type("kofi\n")
-            console.expect("Password of kofi: ")
-            console.expect_echo(False)
-            console.type(password + "\n")
+            console.answer("Password of kofi: ", password + "\n", hidden=True)
         self.finishes(console, 0)
 
     def test_three_wrong_passwords(self):
@@ -340,8 +332,7 @@ class Terminal(Case):
             with self.subTest(answer=answer):
                 self.service.forget()
                 console = self.console("--session", "bad", "me")
-                console.expect("User name (empty to give up): ")
-                console.type(answer)
+                console.answer("User name (empty to give up): ", answer)
                 self.finishes(console, 3)
                 self.assertIn("kelo: This session is not known", console.output)
                 self.assertEqual(len(self.service.seen("/users/me")), 1)
@@ -361,7 +352,7 @@ class Terminal(Case):
         console = self.console("--session", key, "me")
         console.expect(url)
         console.expect("Then press Enter (q gives up): ")
-        self.service.control("POST", url.split("/", 3)[3] + "/solve", {})
+        self.service.solve(url)
         console.type("\n")
         self.finishes(console, 0)
         self.assertIn("mara", console.output)
@@ -373,8 +364,7 @@ class Terminal(Case):
         console.expect("Then press Enter (q gives up): ")
         console.output = ""
         console.type("\n")  # it was not: the service asks again
-        console.expect("Then press Enter (q gives up): ")
-        console.type("q\n")
+        console.answer("Then press Enter (q gives up): ", "q\n")
         self.finishes(console, 3)
         self.assertIn("kelo: the captcha was not solved", console.output)
         self.assertEqual(len(self.service.seen("/users/me")), 2)
@@ -383,17 +373,14 @@ class Terminal(Case):
         url = f"https://{self.service.host}/captcha/1"
         self.service.fault("/sessions", type="error", code=419, message="Human?", data=url)
         console = self.console("--user", "kofi", "--password", PASSWORD, "me")
-        console.expect(url)
-        console.type("\n")
+        console.answer(url, "\n")
         self.finishes(console, 0)
         self.assertIn("kofi", console.output)
         self.assertEqual(len(self.service.seen("/sessions")), 2)
 
     def test_control_c_at_a_question(self):
         console = self.console("--user", "kofi", "me")
-        console.expect("Password of kofi: ")
-        console.expect_echo(False)
-        console.type("\x03")
+        console.answer("Password of kofi: ", "\x03", hidden=True)
         console.expect_echo(True)
         self.finishes(console, 130)
 

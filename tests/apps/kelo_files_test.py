@@ -287,7 +287,7 @@ class Bars(Files):
         console.expect(" %, ")
         console.expect(f"1. {first} normal")
         console.expect(f"1. {low} low")
-        self.assertEqual(console.finish(), 0)
+        self.finishes(console, 0)
         frames = self.frames(console)
         self.assertTrue(any(
             len(lines) == 3 and f"1. {high} high   █" in lines[0] and
@@ -307,7 +307,7 @@ class Bars(Files):
         console = self.console("download", *posts, "--bitrate", "0", columns=30)
         console.expect("2 more wait")
         console.expect("…")
-        self.assertEqual(console.finish(), 0)
+        self.finishes(console, 0)
         for frame in self.frames(console):
             bars = [line for line in frame.splitlines() if ". 1" in line]
             self.assertLessEqual(len(bars), 10)
@@ -319,9 +319,8 @@ class Bars(Files):
         _, name = self.best(post)
         self.limit_rate(10_000)
         console = self.console("download", post)
-        console.expect(" %, ")
-        console.type("\x03")
-        self.assertEqual(console.finish(), 130)
+        console.answer(" %, ", "\x03")
+        self.finishes(console, 130)
         self.assertNotIn(name, os.listdir(self.cache))
         self.assertEqual(self.succeeds("cache", "list"), "The cache is empty.\n")
         self.assertEqual(os.listdir(self.cache), [])
@@ -329,7 +328,7 @@ class Bars(Files):
     def test_a_failure_at_the_terminal(self):
         (post,) = self.posts(1)
         console = self.console("download", "5", post)
-        self.assertEqual(console.finish(), 1)
+        self.finishes(console, 1)
         self.assertIn("kelo: post 5: the service says: There is no such post\r\n", console.output)
 
 

@@ -365,17 +365,15 @@ class UploadInterrupted(Upload):
         self.service.set("upload-rate", bytesPerSecond=100_000)
         console = self.console("upload", self.file(mp4(2 * MEBIBYTE)), "--parallel", "2",
                                "--segment-size", "500000")
-        console.expect(" MB")
-        console.type("\x03")
-        self.assertEqual(console.finish(), 130)
+        console.answer(" MB", "\x03")
+        self.finishes(console, 130)
         self.assertIn("kelo: interrupted; the video is not uploaded", console.output)
 
     def test_at_a_question(self):
         self.service.fault(method="PUT", type="error", code=103, message="Again")
         console = self.console("upload", self.file(mp4(5000)))
-        console.expect("User name")
-        console.type("\x03")
-        self.assertEqual(console.finish(), 130)
+        console.answer("User name", "\x03")
+        self.finishes(console, 130)
 
 
 class UploadProgress(Upload):
@@ -384,7 +382,7 @@ class UploadProgress(Upload):
         self.service.set("processing-time", seconds=1)
         # Every segment that has arrived is a step of its own, however busy the machine is.
         console = self.console("upload", self.file(mp4(2_000_000)), "--segment-size", "200000")
-        self.assertEqual(console.finish(), 0)
+        self.finishes(console, 0)
         shown = [int(one) for one in re.findall(r"[█░] +(\d+) %, [\d.]+ of 2\.0 MB", console.output)]
         self.assertGreater(len(shown), 5)
         self.assertEqual(shown, sorted(shown))

@@ -58,6 +58,9 @@ class Service:
         key = self.session()
         return key, self.control("POST", f"_service/sessions/{key}/captcha", {})["url"]
 
+    def solve(self, captcha_url):
+        self.control("POST", captcha_url.split("/", 3)[3] + "/solve", {})
+
     def fault(self, path=None, *, method=None, skip=0, times=1, **action):
         match = {"path": path, "method": method}
         self.set("faults", match={key: value for key, value in match.items() if value},
