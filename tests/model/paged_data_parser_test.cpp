@@ -8,15 +8,11 @@
 
 #include <type_traits>
 
-namespace KeloAPI {
-
-using testing::JsonText;
-using testing::Named;
-using testing::NamedParser;
+namespace KeloAPI::testing {
 
 namespace {
 
-std::shared_ptr<KLPagedData> parsed(const std::string& json) {
+std::shared_ptr<KLPagedData> parsedPage(const std::string& json) {
     return KLPagedDataParser<NamedParser>(std::make_shared<NamedParser>())
         .parse(JsonText(json).object());
 }
@@ -41,36 +37,25 @@ TEST(PagedDataParserDeathTest, WithoutAnItemParserStopsTheProcess) {
                  "^KeloAPI: contract violated: a parser of paged data needs an item parser\n$");
 }
 
-TEST(PagedDataParserTest, ReadsRecordsAndMetadata) {
-    const auto list = parsed(R"({"records":[{"name":"a"},{"name":"b"}],"count":50,"nextPage":2,
-        "previousPage":1,"size":2,"anchor":9,"title":"t","displayCount":51})");
-    EXPECT_EQ(names(*list), (std::vector<std::string>{"a", "b"}));
+TEST(PagedDataParserTest, ReadsRecordsAndMetadataAndLeavesOutRecordsThatFail) {
+    const auto list = parsedPage(R"({"records":[{"name":"a"},{},{"name":5},{"throw":4},
+        {"name":"e"}],"count":50,"nextPage":2,"title":"t"})");
+    EXPECT_EQ(names(*list), (std::vector<std::string>{"a", "e"}));
     EXPECT_EQ(list->metadata()->count(), 50) << "what the service says, not what was parsed";
     EXPECT_TRUE(list->hasNextPage());
-    EXPECT_EQ(list->metadata()->previousPage(), 1);
-    EXPECT_EQ(list->metadata()->pageSize(), 2);
-    EXPECT_EQ(list->metadata()->anchor(), "9");
     EXPECT_EQ(list->metadata()->title(), "t");
-    EXPECT_EQ(list->metadata()->displayCount(), 51);
-}
-
-TEST(PagedDataParserTest, LeavesOutRecordsThatFail) {
-    const auto list = parsed(R"({"records":[{"name":"a"},{},{"name":5},{"throw":4},{"name":"e"}],
-        "count":5})");
-    EXPECT_EQ(names(*list), (std::vector<std::string>{"a", "e"}));
-    EXPECT_EQ(list->metadata()->count(), 5);
 }
 
 TEST(PagedDataParserTest, WithoutAListOfObjectsTheListIsEmpty) {
     for (const char* records :
          {"null", "5", "\"x\"", "{}", "{\"name\":\"a\"}", "[1]", "[{\"name\":\"a\"},1]",
           "[{\"name\":\"a\"},null]", "[[{\"name\":\"a\"}]]", "[]"}) {
-        const auto list = parsed(R"({"nextPage":3,"records":)" + std::string(records) + "}");
+        const auto list = parsedPage(R"({"nextPage":3,"records":)" + std::string(records) + "}");
         EXPECT_EQ(list->count(), 0) << records;
         EXPECT_EQ(list->metadata()->nextPage(), 3) << records;
     }
-    EXPECT_EQ(parsed(R"({"nextPage":3})")->count(), 0);
-    EXPECT_EQ(parsed("{}")->metadata()->count(), 0);
+    EXPECT_EQ(parsedPage(R"({"nextPage":3})")->count(), 0);
+    EXPECT_EQ(parsedPage("{}")->metadata()->count(), 0);
 }
 
 TEST(PagedDataParserTest, AParserOfABaseClassIsNotSliced) {
@@ -104,4 +89,4 @@ TEST(PagedDataParserTest, PagesNestInPages) {
     EXPECT_TRUE(dynamic_cast<KLPagedData&>(*(*list)[1]).hasNextPage());
 }
 
-} // namespace KeloAPI
+} // namespace KeloAPI::testing

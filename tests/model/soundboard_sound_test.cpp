@@ -6,31 +6,23 @@
 
 #include <type_traits>
 
-namespace KeloAPI {
-
-using testing::absent;
-using testing::fails;
-using testing::KeyTable;
+namespace KeloAPI::testing {
 
 static_assert(!std::is_default_constructible_v<SoundboardSound>);
 static_assert(
     std::is_constructible_v<SoundboardSound, const char*, const char*, const char*, bool>);
 
 TEST(SoundboardSoundParserTest, EveryKeyWithEveryKindOfValue) {
-    const auto showing = [](auto member) { return testing::showing<SoundboardSound>(member); };
-    testing::Reads sources = testing::identifiers();
+    using S = SoundboardSound;
+    Reads sources = identifiers();
     sources[R"("")"] = absent;
-    const KeyTable<SoundboardSound>::Rules rules = {
-        {"soundId", "8001", "8001", showing(&SoundboardSound::soundId), testing::identifiers(),
-         fails(JsonParseError::InsufficientData)},
-        {"sourcePostId", "12", "12", showing(&SoundboardSound::sourcePostId), sources, absent},
-        {"name", R"("Bell")", "Bell", showing(&SoundboardSound::name), testing::texts(), ""},
-        {"soundUrl", R"("https://s.example/b.m4a")", "https://s.example/b.m4a",
-         showing(&SoundboardSound::soundUrl), testing::urls(), ""},
-        {"featured", "true", "true", showing(&SoundboardSound::featured), testing::flags(),
-         "false"},
-    };
-    KeyTable<SoundboardSound>(testing::parseWith<SoundboardSoundParser>(), rules).check();
+    checkParser<SoundboardSoundParser>({
+        {"soundId", "8001", "8001", &S::soundId, identifiers(), fails(insufficient)},
+        {"sourcePostId", "12", "12", &S::sourcePostId, sources, absent},
+        {"name", R"("Bell")", "Bell", &S::name, texts(), ""},
+        {"soundUrl", R"("b.m4a")", "b.m4a", &S::soundUrl, urls(), ""},
+        {"featured", "true", "true", &S::featured, flags(), "false"},
+    });
 }
 
-} // namespace KeloAPI
+} // namespace KeloAPI::testing

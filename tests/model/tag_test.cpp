@@ -6,29 +6,13 @@
 
 #include <type_traits>
 
-namespace KeloAPI {
-
-using testing::fails;
-using testing::JsonText;
-using testing::KeyTable;
-using testing::Reads;
+namespace KeloAPI::testing {
 
 namespace {
 
-using testing::insufficient;
-
-template <class Member>
-auto showingTag(Member member) {
-    return testing::showing<KLTag>(member);
-}
-
-std::shared_ptr<KLTag> tag(const std::string& json) {
-    return KLTagParser().parse(JsonText(json).object());
-}
-
 /// Texts as names: each gets its "#".
-Reads names() {
-    Reads names = testing::texts();
+Reads tagNames() {
+    Reads names = texts();
     for (auto& [value, shown] : names) {
         shown.insert(0, "#");
     }
@@ -76,33 +60,19 @@ TEST(TagTest, KeptNamesAreTakenAsTheyAre) {
 }
 
 TEST(TagParserTest, EveryKeyWithEveryKindOfValue) {
-    const KeyTable<KLTag>::Rules rules = {
-        {"tag", R"("dogs")", "#dogs", showingTag(&KLTag::name), names(), fails(insufficient)},
-        {"tagId", "5", "5", showingTag(&KLTag::tagId), testing::identifiers(), fails(insufficient)},
-        {"postCount", "42", "42", showingTag(&KLTag::count), testing::integers(), "0"},
-    };
-    KeyTable<KLTag>(testing::parseWith<KLTagParser>(), rules).check();
+    checkParser<KLTagParser>({
+        {"tag", R"("dogs")", "#dogs", &KLTag::name, tagNames(), fails(insufficient)},
+        {"tagId", "5", "5", &KLTag::tagId, identifiers(), fails(insufficient)},
+        {"postCount", "42", "42", &KLTag::count, integers(), "0"},
+    });
 }
 
 TEST(TagParserTest, TagNameGoesBeforeTag) {
-    const KeyTable<KLTag>::Rules beside = {
-        {"tagName", R"("cats")", "#cats", showingTag(&KLTag::name), names(), "#dogs"}};
-    KeyTable<KLTag>(testing::parseWith<KLTagParser>(), beside, [](const std::string& members) {
-        return R"({"tagId":5,"tag":"dogs")" + (members.empty() ? "" : "," + members) + "}";
-    }).check();
-    const KeyTable<KLTag>::Rules alone = {
-        {"tagName", R"("cats")", "#cats", showingTag(&KLTag::name), names(), fails(insufficient)}};
-    KeyTable<KLTag>(testing::parseWith<KLTagParser>(), alone, [](const std::string& members) {
-        return R"({"tagId":5,"tag":7)" + (members.empty() ? "" : "," + members) + "}";
-    }).check();
+    checkParser<KLTagParser>({{"tagName", R"("cats")", "#cats", &KLTag::name, tagNames(), "#dogs"}},
+                             R"({"tagId":5,"tag":"dogs")");
+    checkParser<KLTagParser>(
+        {{"tagName", R"("cats")", "#cats", &KLTag::name, tagNames(), fails(insufficient, "tag")}},
+        R"({"tagId":5,"tag":7)");
 }
 
-TEST(TagParserTest, ReadsATagAndANumber) {
-    const auto cats = tag(R"({"tag":"cats","tagId":5})");
-    EXPECT_EQ(cats->tagId(), "5");
-    EXPECT_EQ(cats->name(), "#cats");
-    EXPECT_EQ(cats->nameWithoutHash(), "cats");
-    EXPECT_EQ(cats->count, 0);
-}
-
-} // namespace KeloAPI
+} // namespace KeloAPI::testing

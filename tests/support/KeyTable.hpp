@@ -13,6 +13,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -23,12 +24,16 @@ using Reads = std::map<std::string, std::string>;
 
 inline constexpr const char* absent = "(absent)";
 
+inline constexpr auto incorrect = JsonParseError::IncorrectType;
 inline constexpr auto insufficient = JsonParseError::InsufficientData;
+inline constexpr auto invalid = JsonParseError::InvalidData;
 
-/// Shown where a parser fails with an error of this case, or makes nothing.
-inline std::string fails(JsonParseError::Case which) {
-    return "(fails with " + std::to_string(which) + ")";
+/// Shown where a parser fails with an error of this case, and names this key; in a rule of a key,
+/// an empty one stands for the rule's own.
+inline std::string fails(JsonParseError::Case which, const std::string& key = "") {
+    return "(fails with " + std::to_string(which) + (key.empty() ? ")" : " at " + key + ")");
 }
+/// Shown where a parser makes nothing.
 inline constexpr const char* nothing = "(nothing)";
 
 // What a property shows.
@@ -145,14 +150,30 @@ inline Reads dates() {
     return {{R"("2015-03-01T12:30:05.250")", "1425213005250000"}};
 }
 
+/// What a property of a model shows.
+template <class Model>
+class Property {
+public:
+    /// A public field, an accessor, or a function.
+    template <class Member>
+    Property(Member member)
+        : _show([member](const Model& model) { return shown(std::invoke(member, model)); }) {}
+
+    std::string operator()(const Model& model) const { return _show(model); }
+
+private:
+    std::function<std::string(const Model&)> _show;
+};
+
 /// One key of a record: a value that is read well and what its property then shows, the property,
-/// what other values show, and what all the rest do.
+/// what other values show, and what all the rest do. Values of `reads` that are not among the tried
+/// ones are tried, too.
 template <class Model>
 struct KeyRule {
     std::string key;
     std::string value;
     std::string shows;
-    std::function<std::string(const Model&)> property;
+    Property<Model> property;
     Reads reads;
     std::string otherwise;
 
@@ -161,33 +182,76 @@ struct KeyRule {
             return shows;
         }
         const auto found = reads.find(tried);
-        return found == reads.end() ? otherwise : found->second;
+        std::string outcome = found == reads.end() ? otherwise : found->second;
+        if (outcome.starts_with("(fails") && outcome.find(" at ") == std::string::npos) {
+            outcome.insert(outcome.size() - 1, " at " + key);
+        }
+        return outcome;
     }
     static bool isFailure(const std::string& outcome) {
         return outcome == nothing || outcome.starts_with("(fails");
     }
     bool required() const { return isFailure(expected("")); }
-};
 
-/// A parser's keys, each of which is tried with every value while the others stand as they should,
-/// once all of them and once only those that are required.
+    std::set<std::string> values() const {
+        std::set<std::string> values(triedValues().begin(), triedValues().end());
+        for (const auto& [text, shown] : reads) {
+            values.insert(text);
+        }
+        return values;
+    }
+};
+template <class Model>
+using KeyRules = std::vector<KeyRule<Model>>;
+
+template <class Model>
+using Parse = std::function<std::shared_ptr<Model>(const JsonObject&)>;
+
+/// The `parse` of a parser that is made without arguments.
+template <class P>
+Parse<typename P::T> parseWith() {
+    return [](const JsonObject& json) { return P().parse(json); };
+}
+
+/// What becomes of a JSON text, which goes before the model is looked at: the model, or how making
+/// it failed.
+template <class Model>
+std::pair<std::shared_ptr<Model>, std::string> parsed(const Parse<Model>& parse,
+                                                      const std::string& json) {
+    const JsonText text(json);
+    try {
+        auto model = parse(text.object());
+        return {model, model ? "" : nothing};
+    } catch (const JsonParseError& error) {
+        const Error value = error.error();
+        const auto key = value.userInfo().find("key");
+        const auto named = key == value.userInfo().end() ? "" : std::get<std::string>(key->second);
+        return {nullptr, fails(static_cast<JsonParseError::Case>(error.code()), named)};
+    }
+}
+
+/// How a parser fails; empty where it does not.
+template <class P>
+std::string failureOf(const std::string& json) {
+    return parsed(parseWith<P>(), json).second;
+}
+
+/// Tries each key with every value while the others stand as they should, once all of them and once
+/// only those that are required. A record is its members between `before` and `after`.
 template <class Model>
 class KeyTable {
 public:
-    using Parse = std::function<std::shared_ptr<Model>(const JsonObject&)>;
-    using Rules = std::vector<KeyRule<Model>>;
-
-    /// `wrap` makes a record of the text of its members.
-    KeyTable(Parse parse, Rules rules, std::function<std::string(const std::string&)> wrap = braced)
+    KeyTable(Parse<Model> parse, KeyRules<Model> rules, std::string before, std::string after)
         : _parse(std::move(parse))
         , _rules(std::move(rules))
-        , _wrap(std::move(wrap)) {}
+        , _before(std::move(before))
+        , _after(std::move(after)) {}
 
     void check() const {
         for (const bool all : {true, false}) {
             check(all, nullptr, "");
             for (const auto& rule : _rules) {
-                for (const auto& value : triedValues()) {
+                for (const auto& value : rule.values()) {
                     check(all, &rule, value);
                 }
             }
@@ -195,20 +259,18 @@ public:
     }
 
 private:
-    static std::string braced(const std::string& members) { return "{" + members + "}"; }
-
     void check(bool all, const KeyRule<Model>* tried, const std::string& value) const {
         std::map<std::string, std::string> values;
-        std::string members;
+        std::string json = _before;
         for (const auto& rule : _rules) {
             const std::string own = all || rule.required() ? rule.value : "";
             const std::string& text = values[rule.key] = &rule == tried ? value : own;
             if (!text.empty()) {
-                members += (members.empty() ? "\"" : ",\"") + rule.key + "\":" + text;
+                json += (json.ends_with('{') ? "\"" : ",\"") + rule.key + "\":" + text;
             }
         }
-        const std::string json = _wrap(members);
-        const auto [model, failure] = parsed(json);
+        json += _after;
+        const auto [model, failure] = parsed(_parse, json);
         const std::string expected = tried == nullptr ? "" : tried->expected(value);
         if (KeyRule<Model>::isFailure(expected)) {
             EXPECT_EQ(failure, expected) << json;
@@ -221,31 +283,21 @@ private:
         }
     }
 
-    std::pair<std::shared_ptr<Model>, std::string> parsed(const std::string& json) const {
-        const JsonText text(json);
-        try {
-            auto model = _parse(text.object());
-            return {model, model ? "" : nothing};
-        } catch (const JsonParseError& error) {
-            return {nullptr, fails(static_cast<JsonParseError::Case>(error.code()))};
-        }
-    }
-
-    Parse _parse;
-    Rules _rules;
-    std::function<std::string(const std::string&)> _wrap;
+    Parse<Model> _parse;
+    KeyRules<Model> _rules;
+    std::string _before;
+    std::string _after;
 };
 
-/// The `parse` of a parser that is made without arguments.
-template <class P>
-std::function<std::shared_ptr<typename P::T>(const JsonObject&)> parseWith() {
-    return [](const JsonObject& json) { return P().parse(json); };
+template <class Model>
+void checkKeys(const Parse<Model>& parse, const KeyRules<Model>& rules,
+               const std::string& before = "{", const std::string& after = "}") {
+    KeyTable<Model>(parse, rules, before, after).check();
 }
-
-/// What a public field or an accessor of a model shows.
-template <class Model, class Member>
-std::function<std::string(const Model&)> showing(Member member) {
-    return [member](const Model& model) { return shown(std::invoke(member, model)); };
+template <class P>
+void checkParser(const KeyRules<typename P::T>& rules, const std::string& before = "{",
+                 const std::string& after = "}") {
+    KeyTable<typename P::T>(parseWith<P>(), rules, before, after).check();
 }
 
 } // namespace KeloAPI::testing
