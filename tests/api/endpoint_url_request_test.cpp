@@ -11,12 +11,6 @@ namespace KeloAPI {
 
 class EndpointURLRequest : public testing::ScriptedSessionTest {
 protected:
-    std::string urlOf(const std::string& path) {
-        endpoint->setPath(path);
-        const auto url = endpoint->URLRequest().url;
-        return url ? url->absoluteString() : "none";
-    }
-
     std::shared_ptr<Endpoint> endpoint = Endpoint::create(session);
 };
 
@@ -73,36 +67,38 @@ TEST_F(EndpointURLRequest, StartsWithTheDefaults) {
     EXPECT_EQ(endpoint->session(), session);
 }
 
-TEST_F(EndpointURLRequest, AppendsThePathToSchemeAndHostWithOneSlash) {
-    EXPECT_EQ(urlOf("users/me"), "https://service.example/users/me");
-    EXPECT_EQ(urlOf("/users/me"), "https://service.example/users/me");
-    EXPECT_EQ(urlOf("posts/1/repost/"), "https://service.example/posts/1/repost/");
-    EXPECT_EQ(urlOf("a//b"), "https://service.example/a//b");
-    EXPECT_EQ(urlOf("a/../b"), "https://service.example/a/../b");
-    EXPECT_EQ(urlOf(""), "https://service.example/");
-}
-
-TEST_F(EndpointURLRequest, EscapesWhatMayNotStandInAPath) {
-    EXPECT_EQ(urlOf("tags/a b?c#d%e"), "https://service.example/tags/a%20b%3Fc%23d%25e");
-    EXPECT_EQ(urlOf("tags/\xC3\xA4"), "https://service.example/tags/%C3%A4");
-    EXPECT_EQ(endpoint->path(), "tags/\xC3\xA4");
-}
-
-TEST_F(EndpointURLRequest, ASlashAtTheHostsEndIsNotDoubled) {
-    delegate->host = "service.example/v1/";
-    EXPECT_EQ(urlOf("users/me"), "https://service.example/v1/users/me");
-}
-
-TEST_F(EndpointURLRequest, AnEmptySchemeLeavesTheHostAlone) {
-    delegate->schema = "";
-    EXPECT_EQ(urlOf("users/me"), "service.example/users/me");
-}
-
-TEST_F(EndpointURLRequest, APathWithHttpInItIsTheWholeURL) {
-    EXPECT_EQ(urlOf("https://cdn.example/v.mp4?sig=1"), "https://cdn.example/v.mp4?sig=1");
-    EXPECT_EQ(urlOf("see http"), "none");
-    EXPECT_EQ(urlOf("users/http"), "users/http");
-    EXPECT_EQ(urlOf("HTTP/x"), "https://service.example/HTTP/x");
+TEST_F(EndpointURLRequest, AppendsThePathToSchemeAndHost) {
+    struct {
+        const char* schema;
+        const char* host;
+        const char* path;
+        const char* url;
+    } const cases[] = {
+        {"https://", "s.example", "users/me", "https://s.example/users/me"},
+        {"https://", "s.example", "/users/me", "https://s.example/users/me"},
+        {"https://", "s.example/v1/", "users/me", "https://s.example/v1/users/me"},
+        {"https://", "s.example", "posts/1/repost/", "https://s.example/posts/1/repost/"},
+        {"https://", "s.example", "a//b", "https://s.example/a//b"},
+        {"https://", "s.example", "a/../b", "https://s.example/a/../b"},
+        {"https://", "s.example", "", "https://s.example/"},
+        {"https://", "s.example", "a b?c#d%e", "https://s.example/a%20b%3Fc%23d%25e"},
+        {"https://", "s.example", "tags/\xC3\xA4", "https://s.example/tags/%C3%A4"},
+        // An empty scheme leaves the host alone.
+        {"", "s.example", "users/me", "s.example/users/me"},
+        // A path with "http" in it is the whole URL.
+        {"https://", "s.example", "https://cdn.example/v?sig=1", "https://cdn.example/v?sig=1"},
+        {"https://", "s.example", "see http", "none"},
+        {"https://", "s.example", "users/http", "users/http"},
+        {"https://", "s.example", "HTTP/x", "https://s.example/HTTP/x"},
+    };
+    for (const auto& one : cases) {
+        delegate->schema = one.schema;
+        delegate->host = one.host;
+        endpoint->setPath(one.path);
+        const auto url = endpoint->URLRequest().url;
+        EXPECT_EQ(url ? url->absoluteString() : "none", one.url);
+        EXPECT_EQ(endpoint->path(), one.path) << "the property stays as it was given";
+    }
 }
 
 TEST_F(EndpointURLRequest, NoPieceOfThePathBecomesTheHost) {
@@ -147,6 +143,8 @@ TEST_F(EndpointURLRequest, ABaseThatIsNoURLStopsTheProcess) {
 
 TEST_F(EndpointURLRequest, CarriesOnlyTheHeaderFieldsThatTheSessionHas) {
     EXPECT_TRUE(endpoint->headerFields().empty());
+    delegate->userAgent = "";
+    EXPECT_EQ(endpoint->headerFields(), (HeaderFields{{"User-Agent", ""}})) << "that is a value";
     delegate->acceptLanguage = "fi";
     delegate->userAgent = "agent/1";
     delegate->keloClient = "phone/2";
@@ -159,15 +157,6 @@ TEST_F(EndpointURLRequest, CarriesOnlyTheHeaderFieldsThatTheSessionHas) {
                                    {"X-Kelo-Polling", "true"}};
     EXPECT_EQ(endpoint->headerFields(), expected);
     EXPECT_EQ(endpoint->URLRequest().headerFields, expected);
-}
-
-TEST_F(EndpointURLRequest, AnEmptyHeaderTextIsAValueAndFalsePollingIsNone) {
-    delegate->userAgent = "";
-    EXPECT_EQ(endpoint->headerFields(), (HeaderFields{{"User-Agent", ""}}));
-}
-
-TEST_F(EndpointURLRequest, TheSessionKeyIsBoundToItsOrigin) {
-    delegate->sessionKey = "key";
     EXPECT_TRUE(endpoint->URLRequest().originBoundFields.contains("Kelo-Session-Id"));
 }
 

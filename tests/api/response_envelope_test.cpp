@@ -80,9 +80,13 @@ TEST(ResponseEnvelope, ANumberOfAnySizeLosesNoRecord) {
     }
 }
 
-TEST(ResponseEnvelope, ARootThatIsNoObjectHasNoDataSection) {
+TEST(ResponseEnvelope, WithoutADataObjectIsAnErrorOfItsOwn) {
     for (const char* body : {"[]", "[{\"data\":{}}]", "1", "\"text\"", "null", "true"}) {
         expectEnvelopeError(read(body), "Data section in response is missing");
+    }
+    for (const char* body : {"{}", R"({"data": null})", R"({"data": []})", R"({"data": "x"})",
+                             R"({"data": 1})", R"({"error": "", "data": [{}]})"}) {
+        expectEnvelopeError(read(body), "Malformed data section in response");
     }
 }
 
@@ -116,32 +120,21 @@ TEST(ResponseEnvelope, AnErrorThatIsEmptyOrNoTextIsIgnored) {
     }
 }
 
-TEST(ResponseEnvelope, ACaptchaErrorCarriesItsURL) {
-    const Read answer =
-        read(R"({"error": "captcha", "code": 419, "data": "https://service.example/c?t=1"})");
-    EXPECT_EQ(answer.error->code(), 419);
-    EXPECT_EQ(answer.error->url(KLCaptchaUrlKey)->absoluteString(),
-              "https://service.example/c?t=1");
-}
-
-TEST(ResponseEnvelope, ACaptchaURLIsLeftOutWhereThereIsNone) {
-    for (const char* data : {R"("not a url")", R"("")", "{}", "5", "null"}) {
-        const Read answer =
-            read(std::string(R"({"error": "captcha", "code": 419, "data": )") + data + "}");
-        EXPECT_EQ(answer.error->code(), 419) << data;
-        EXPECT_FALSE(answer.error->url(KLCaptchaUrlKey).has_value()) << data;
-    }
-}
-
-TEST(ResponseEnvelope, OnlyCode419LooksForACaptchaURL) {
-    const Read answer = read(R"({"error": "no", "code": 100, "data": "https://service.example/"})");
-    EXPECT_FALSE(answer.error->url(KLCaptchaUrlKey).has_value());
-}
-
-TEST(ResponseEnvelope, DataThatIsMissingOrNoObjectIsMalformed) {
-    for (const char* body : {"{}", R"({"data": null})", R"({"data": []})", R"({"data": "x"})",
-                             R"({"data": 1})", R"({"error": "", "data": [{}]})"}) {
-        expectEnvelopeError(read(body), "Malformed data section in response");
+TEST(ResponseEnvelope, OnlyACaptchaErrorCarriesAURL) {
+    const std::pair<const char*, std::optional<std::string>> table[] = {
+        {R"(419, "data": "https://service.example/c?t=1")", "https://service.example/c?t=1"},
+        {R"(419, "data": "not a url")", {}},
+        {R"(419, "data": "")", {}},
+        {R"(419, "data": {})", {}},
+        {R"(419, "data": 5)", {}},
+        {R"(419, "data": null)", {}},
+        {R"(100, "data": "https://service.example/")", {}},
+    };
+    for (const auto& [rest, expected] : table) {
+        const Read answer = read(R"({"error": "no", "code": )" + std::string(rest) + "}");
+        EXPECT_EQ(answer.error->code(), *rest == '4' ? 419 : 100) << rest;
+        const auto url = answer.error->url(KLCaptchaUrlKey);
+        EXPECT_EQ(url ? std::optional(url->absoluteString()) : std::nullopt, expected) << rest;
     }
 }
 
@@ -210,6 +203,12 @@ TEST(ResponseEnvelope, WhateverAParserThrowsIsTheSameError) {
                                  R"({"data": {"records": [{}]}})"),
                             "Unable to parse posts from response");
     }
+    class Idle final : public JsonParser<LoopData> {
+    public:
+        std::shared_ptr<LoopData> parse(const JsonObject&) const override { return nullptr; }
+    };
+    expectEnvelopeError(read(std::make_shared<Idle>(), R"({"data": {"records": [{}]}})"),
+                        "Unable to parse posts from response");
 }
 
 TEST(ResponseEnvelope, AHostsParserFailsWithItsOwnError) {
@@ -224,15 +223,6 @@ TEST(ResponseEnvelope, AHostsParserFailsWithItsOwnError) {
     EXPECT_EQ(std::get<std::string>(cause->userInfo().at("why")), "no name");
     EXPECT_EQ(cause->integer("record"), 0);
     EXPECT_EQ(ParserError(own).what(), own.description());
-}
-
-TEST(ResponseEnvelope, AParserThatMakesNothingHasFailed) {
-    class Idle final : public JsonParser<LoopData> {
-    public:
-        std::shared_ptr<LoopData> parse(const JsonObject&) const override { return nullptr; }
-    };
-    expectEnvelopeError(read(std::make_shared<Idle>(), R"({"data": {"records": [{}]}})"),
-                        "Unable to parse posts from response");
 }
 
 } // namespace KeloAPI

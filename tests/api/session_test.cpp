@@ -33,26 +33,18 @@ static_assert(Session::certificatePinningEnabled);
 static_assert(!std::is_default_constructible_v<Certificates>);
 static_assert(std::is_invocable_v<decltype(Certificates::chain)>);
 
-TEST_F(SessionTest, WithoutDelegateHasTheDefaults) {
-    EXPECT_EQ(session->delegate(), nullptr);
-    EXPECT_EQ(session->host(), Settings::apiHost);
-    EXPECT_EQ(session->schema(), "https://");
-    EXPECT_EQ(session->sessionId(), std::nullopt);
-    EXPECT_EQ(session->acceptLanguage(), std::nullopt);
-    EXPECT_EQ(session->userAgent(), std::nullopt);
-    EXPECT_EQ(session->keloClient(), std::nullopt);
-    EXPECT_FALSE(session->polling());
-}
-
-TEST_F(SessionTest, ADelegateThatAnswersNothingGivesTheDefaultsToo) {
-    session->setDelegate(delegate);
-    EXPECT_EQ(session->host(), Settings::apiHost);
-    EXPECT_EQ(session->schema(), "https://");
-    EXPECT_EQ(session->sessionId(), std::nullopt);
-    EXPECT_EQ(session->acceptLanguage(), std::nullopt);
-    EXPECT_EQ(session->userAgent(), std::nullopt);
-    EXPECT_EQ(session->keloClient(), std::nullopt);
-    EXPECT_FALSE(session->polling());
+TEST_F(SessionTest, WithoutADelegateOrItsAnswersHasTheDefaults) {
+    for (const auto& asked : {std::shared_ptr<RecordingDelegate>(), delegate}) {
+        session->setDelegate(asked);
+        EXPECT_EQ(session->delegate(), asked);
+        EXPECT_EQ(session->host(), Settings::apiHost);
+        EXPECT_EQ(session->schema(), "https://");
+        EXPECT_EQ(session->sessionId(), std::nullopt);
+        EXPECT_EQ(session->acceptLanguage(), std::nullopt);
+        EXPECT_EQ(session->userAgent(), std::nullopt);
+        EXPECT_EQ(session->keloClient(), std::nullopt);
+        EXPECT_FALSE(session->polling());
+    }
 }
 
 TEST_F(SessionTest, AsksItsDelegateAnewAtEveryCall) {
@@ -123,12 +115,9 @@ TEST_F(SessionTest, ReauthenticationWithoutRetryOnlyTells) {
     EXPECT_EQ(session->queuedRetryCount(), 0U);
 }
 
-TEST_F(SessionTest, CaptchaWithoutDelegateDropsTheRetry) {
+TEST_F(SessionTest, CaptchaWithoutDelegateOrAnsweredFalseQueuesNothing) {
     session->endpointRequiresCaptcha(endpoint, captcha, retry(1));
     EXPECT_EQ(session->queuedRetryCount(), 0U);
-}
-
-TEST_F(SessionTest, CaptchaAnsweredFalseQueuesNothing) {
     session->setDelegate(delegate);
     session->endpointRequiresCaptcha(endpoint, captcha, retry(1));
     EXPECT_EQ(delegate->captchaUrls, std::vector{captcha.absoluteString()});
@@ -163,13 +152,8 @@ TEST_F(SessionTest, FalseDropsTheRetriesUnrun) {
     session->handleQueuedRetries(false);
     EXPECT_EQ(session->queuedRetryCount(), 0U);
     session->handleQueuedRetries(true);
-    EXPECT_TRUE(ran.empty());
-}
-
-TEST_F(SessionTest, ReleasingAnEmptyQueueDoesNothing) {
-    session->handleQueuedRetries(true);
     session->handleQueuedRetries(false);
-    EXPECT_EQ(session->queuedRetryCount(), 0U);
+    EXPECT_TRUE(ran.empty()) << "an empty queue releases nothing";
 }
 
 TEST_F(SessionTest, RetriesQueuedDuringTheReleaseAreDroppedWithTheRest) {

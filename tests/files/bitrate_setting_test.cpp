@@ -1,17 +1,13 @@
-#include "support/JsonText.hpp"
+#include "support/KeyTable.hpp"
 
 #include <KeloAPI/files/KLVideoFileFormat.hpp>
 #include <KeloAPI/files/KLVideoUrlBitrateSetting.hpp>
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <limits>
 #include <type_traits>
 
-namespace KeloAPI {
-
-using testing::JsonText;
+namespace KeloAPI::testing {
 
 static_assert(!std::is_default_constructible_v<KLVideoUrlBitrateSetting>);
 static_assert(std::is_constructible_v<KLVideoUrlBitrateSetting, URL, const char*, const char*, int,
@@ -32,21 +28,7 @@ std::shared_ptr<KLVideoUrlBitrateSetting> setting(std::optional<std::string> ide
                                                       std::move(identifier), 500, version);
 }
 
-std::shared_ptr<KLVideoUrlBitrateSetting> parsed(const std::string& json) {
-    const JsonText text(json);
-    return KLVideoUrlBitrateSettingParser("42").parse(text.object());
-}
-
 } // namespace
-
-TEST(BitrateSetting, KeepsWhatItWasMadeOf) {
-    const auto made = setting("1234", "77");
-    EXPECT_EQ(made->remoteUrl().absoluteString(), videoUrl);
-    EXPECT_EQ(made->format(), "h264");
-    EXPECT_EQ(made->identifier(), "1234");
-    EXPECT_EQ(made->minBitrate(), 500);
-    EXPECT_EQ(made->version(), "77");
-}
 
 TEST(BitrateSetting, IsNamedByIdentifierAndVersionUnescaped) {
     EXPECT_EQ(setting("1234", "77")->uniqueId(), "1234-77");
@@ -75,67 +57,16 @@ TEST(BitrateSettingDeathTest, HasAUrlWhereItIsNamedByIt) {
     EXPECT_EQ(KLVideoUrlBitrateSetting(URL::empty(), "h264", "1", 0, "2").uniqueId(), "1-2");
 }
 
-TEST(BitrateSettingParser, ReadsEveryKey) {
-    const auto made = parsed(
-        R"({"videoUrl": "https://media.example/v/abc.mp4", "format": "hls", "rate": 0.5, "id": "7"})");
-    EXPECT_EQ(made->remoteUrl().absoluteString(), videoUrl);
-    EXPECT_EQ(made->format(), "hls");
-    EXPECT_EQ(made->minBitrate(), 0.5);
-    EXPECT_EQ(made->identifier(), "42");
-    EXPECT_EQ(made->version(), "7");
-    EXPECT_EQ(made->uniqueId(), "42-7");
+TEST(BitrateSettingParser, EveryKeyWithEveryKindOfValue) {
+    using S = KLVideoUrlBitrateSetting;
+    const KLVideoUrlBitrateSettingParser parser("42");
+    checkKeys<S>([&](const JsonObject& json) { return parser.parse(json); },
+                 {{"videoUrl", R"("a.mp4")", "a.mp4", &S::remoteUrl, urls(), fails(insufficient)},
+                  {"format", R"("hls")", "hls", &S::format, texts(), fails(insufficient)},
+                  {"rate", "0.5", "0.5", &S::minBitrate, reals(), "0"},
+                  {"id", R"("77")", "77", &S::version, texts(), absent}});
+    const JsonText json(R"({"videoUrl":"a.mp4","format":"hls","id":"7"})");
+    EXPECT_EQ(parser.parse(json.object())->uniqueId(), "42-7");
 }
 
-TEST(BitrateSettingParser, NeedsUrlAndFormatOnly) {
-    const auto made =
-        parsed(R"({"videoUrl": "https://media.example/v/abc.mp4", "format": "h264"})");
-    EXPECT_EQ(made->minBitrate(), 0);
-    EXPECT_FALSE(made->version().has_value());
-    EXPECT_EQ(made->uniqueId(), "-8203470007738517263");
-}
-
-TEST(BitrateSettingParser, ThrowsWithoutUrlOrFormat) {
-    for (const char* json : {
-             R"({"format": "h264"})",
-             R"({"videoUrl": null, "format": "h264"})",
-             R"({"videoUrl": 7, "format": "h264"})",
-             R"({"videoUrl": "", "format": "h264"})",
-             R"({"videoUrl": "no url", "format": "h264"})",
-             R"({"videoUrl": ["https://media.example/a"], "format": "h264"})",
-             R"({"videoUrl": "https://media.example/a"})",
-             R"({"videoUrl": "https://media.example/a", "format": null})",
-             R"({"videoUrl": "https://media.example/a", "format": 264})",
-             R"({"videoUrl": "https://media.example/a", "format": {}})",
-         }) {
-        try {
-            parsed(json);
-            ADD_FAILURE() << json;
-        } catch (const JsonParseError& error) {
-            EXPECT_EQ(error.code(), JsonParseError::InsufficientData) << json;
-        }
-    }
-}
-
-TEST(BitrateSettingParser, TakesNothingButNumbersForTheRate) {
-    const auto rateOf = [](const std::string& rate) {
-        return parsed(R"({"videoUrl": "a", "format": "", "rate": )" + rate + "}")->minBitrate();
-    };
-    EXPECT_EQ(rateOf("500"), 500);
-    EXPECT_EQ(rateOf("-1e3"), -1000);
-    EXPECT_EQ(rateOf("true"), 1);
-    EXPECT_EQ(rateOf(R"("500")"), 0);
-    EXPECT_EQ(rateOf("null"), 0);
-    EXPECT_EQ(rateOf("[500]"), 0);
-}
-
-TEST(BitrateSettingParser, TakesNothingButTextForTheVersion) {
-    const auto versionOf = [](const std::string& id) {
-        return parsed(R"({"videoUrl": "a", "format": "", "id": )" + id + "}")->version();
-    };
-    EXPECT_EQ(versionOf(R"("")"), "");
-    EXPECT_EQ(versionOf("7"), std::nullopt);
-    EXPECT_EQ(versionOf("null"), std::nullopt);
-    EXPECT_EQ(versionOf("{}"), std::nullopt);
-}
-
-} // namespace KeloAPI
+} // namespace KeloAPI::testing

@@ -47,12 +47,6 @@ TEST(BitrateSettings, AreEmptyAtFirst) {
     EXPECT_EQ(none.settingForRemoteURL(*URL::parse("https://media.example/")), nullptr);
 }
 
-TEST(BitrateSettings, AreSortedWhenMade) {
-    const KLVideoUrlBitrateSettings settings(
-        {setting("h264", 1000), setting("h264", 200), setting("h264", 500)});
-    EXPECT_EQ(bitratesOf(settings.settings()), (std::vector<double>{200, 500, 1000}));
-}
-
 TEST(BitrateSettings, AreKeptAsAssigned) {
     KLVideoUrlBitrateSettings settings({setting("h264", 1)});
     settings.setSettings({setting("h264", 1000), setting("h264", 200)});

@@ -14,6 +14,7 @@
 namespace KeloAPI {
 
 using fakes::ScriptedAnswer;
+using testing::comesAbout;
 using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
@@ -110,23 +111,14 @@ TEST_F(FileQueueSingleTest, AnswersOnTheMainQueueWithTheEndpointThatRan) {
     EXPECT_EQ(latest->localUrl(), place("a")) << "found on the disk";
 }
 
-/// Waits for what comes about without the main thread; false when that takes too long.
-bool comes(const std::function<bool()>& about) {
-    for (int tries = 0; tries < 2000 && !about(); ++tries) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    return about();
-}
-
 TEST_F(FileQueueSingleTest, StartsTheNextWithoutTheMainThread) {
     for (const char* name : {"a", "b", "c"}) {
         request(name);
     }
-    for (std::size_t i = 0; i < 3; ++i) {
-        ASSERT_TRUE(comes([&] { return transport->requests().size() == i + 1; }));
-        transport->answerRequest(i, {.body = "video"});
+    for (int i = 0; i < 3; ++i) {
+        transport->answer({.body = "video"});
     }
-    EXPECT_TRUE(comes([this] { return order().empty(); }));
+    EXPECT_TRUE(comesAbout([this] { return order().empty(); }));
     EXPECT_THAT(folder.names(), ElementsAre("a", "b", "c"));
     EXPECT_THAT(answers, IsEmpty());
     EXPECT_TRUE(runUntil([this] { return answers.size() == 3; }));
@@ -139,7 +131,8 @@ TEST_F(FileQueueSingleTest, ADownloadBesidesTheQueueIsAnsweredOnTheMainQueue) {
     endpoint->download(place("a"),
                        [&](const FileDownloadResult&) { answeredOn = std::this_thread::get_id(); });
     transport->answerRequest(0, {.body = "video"});
-    EXPECT_TRUE(comes([this] { return !folder.names().empty() && folder.read("a") == "video"; }));
+    EXPECT_TRUE(
+        comesAbout([this] { return !folder.names().empty() && folder.read("a") == "video"; }));
     EXPECT_TRUE(runUntil([&] { return answeredOn.has_value(); }));
     EXPECT_EQ(answeredOn, std::this_thread::get_id());
 }
@@ -213,8 +206,7 @@ TEST_F(FileQueueSingleTest, HandsAnErrorToAllThatWaitUnchanged) {
         });
         request("b");
     }
-    transport->answerRequest(0, ScriptedAnswer::failure(Error("test", 7)));
-    EXPECT_TRUE(runUntil([&] { return errors.size() == 2; }));
+    finish(0, ScriptedAnswer::failure(Error("test", 7)));
     EXPECT_THAT(errors, ElementsAre("test7", "test7"));
 }
 
@@ -270,13 +262,11 @@ TEST_F(FileQueueSingleTest, TheCacheDirectoryMayBeAskedForFromManyThreads) {
 }
 
 TEST_F(FileQueueSingleTest, ACompletionMayRequestMore) {
-    queue->download(file("a"), place("a"), [&](const FileDownloadResult&) {
-        queue->download(file("b"), place("b"),
-                        [&](const FileDownloadResult&) { answers.emplace_back("b"); });
-    });
-    transport->answer({.body = "video"});
-    transport->answer({.body = "video"});
-    EXPECT_TRUE(runUntil([&] { return !answers.empty(); }));
+    queue->download(file("a"), place("a"), [&](const FileDownloadResult&) { request("b"); });
+    settle();
+    finish(0);
+    finish(1);
+    EXPECT_THAT(answers, ElementsAre("b"));
 }
 
 TEST_F(FileQueueSingleTest, AnswersAFileOfTheSameNameFromTheCache) {
@@ -284,7 +274,7 @@ TEST_F(FileQueueSingleTest, AnswersAFileOfTheSameNameFromTheCache) {
     const auto same = FileEndpoint::create("https://media.example/other/a", manager);
     request(same, place("a"), QueuePriority::Normal);
     finish(0);
-    EXPECT_TRUE(runUntil([&] { return answers.size() == 2; }));
+    EXPECT_EQ(answers.size(), 2U);
     EXPECT_EQ(sent(), "a") << "the first has brought it meanwhile";
     EXPECT_EQ(order(), "");
 }
@@ -306,6 +296,7 @@ TEST_F(FileQueueSingleTest, BearsAnyNumberOfFilesOfTheSameName) {
 
 TEST_F(FileQueueSingleTest, DropsARequestWhoseQueueIsGone) {
     std::promise<void> gone;
+    std::promise<void> dealtWith;
     std::weak_ptr<FileQueue> weak;
     {
         const auto other = FileQueue::withKey("other");
@@ -315,10 +306,12 @@ TEST_F(FileQueueSingleTest, DropsARequestWhoseQueueIsGone) {
         entrance.async([held = gone.get_future().share()] { held.wait(); });
         other->download(file("a"), place("a"),
                         [&](const FileDownloadResult&) { answers.emplace_back("a"); });
+        entrance.async([&] { dealtWith.set_value(); });
     }
     EXPECT_TRUE(weak.expired()) << "a request holds it weakly";
     gone.set_value();
-    testing::runFor(std::chrono::milliseconds(50));
+    dealtWith.get_future().wait();
+    passThrough();
     EXPECT_EQ(sent(), "");
     EXPECT_THAT(answers, IsEmpty());
 }
@@ -334,9 +327,8 @@ TEST_F(FileQueueSingleTest, MayGoWithARunningDownload) {
         other->kill();
     }
     EXPECT_TRUE(runUntil([&] { return weak.expired(); })) << "a download holds it weakly";
-    transport->answerRequest(0, {.body = "video"});
-    EXPECT_TRUE(runUntil([&] { return folder.read("a") == "video"; }));
-    testing::runFor(std::chrono::milliseconds(30));
+    finish(0);
+    EXPECT_EQ(folder.read("a"), "video");
     EXPECT_FALSE(done);
 }
 
@@ -369,7 +361,7 @@ TEST_F(FileQueueSingleTest, TakesRequestsFromManyThreads) {
     }
     settle();
     EXPECT_TRUE(runUntil([&] { return order().empty(); }));
-    testing::runFor(std::chrono::milliseconds(30));
+    passThrough();
     EXPECT_EQ(answered, threads * requests);
     EXPECT_EQ(failed, 0);
 }

@@ -29,17 +29,16 @@ std::vector<std::string> namesOf(const NamedParser& parser, const JsonText& json
 
 } // namespace
 
-TEST(JsonParseErrorTest, TheCodeIsTheCasesPosition) {
-    EXPECT_EQ(JsonParseError(JsonParseError::NotImplemented).code(), 0);
-    EXPECT_EQ(JsonParseError(JsonParseError::NotInitialized).code(), 1);
-    EXPECT_EQ(JsonParseError(JsonParseError::IncorrectType).code(), 2);
-    EXPECT_EQ(JsonParseError(JsonParseError::InsufficientData).code(), 3);
-    EXPECT_EQ(JsonParseError(JsonParseError::InvalidData).code(), 4);
-}
+static_assert(JsonParseError::NotImplemented == 0);
+static_assert(JsonParseError::NotInitialized == 1);
+static_assert(JsonParseError::IncorrectType == 2);
+static_assert(JsonParseError::InsufficientData == 3);
+static_assert(JsonParseError::InvalidData == 4);
 
 TEST(JsonParseErrorTest, SameCasesAreEqualAndHashToTheirCode) {
     for (int a = 0; a <= 4; ++a) {
         const JsonParseError one(static_cast<JsonParseError::Case>(a), "key");
+        EXPECT_EQ(one.code(), a);
         EXPECT_EQ(std::hash<JsonParseError>()(one), static_cast<std::size_t>(a));
         for (int b = 0; b <= 4; ++b) {
             const JsonParseError other(static_cast<JsonParseError::Case>(b));
@@ -71,27 +70,29 @@ TEST(JsonParseErrorTest, NamesItsCaseToWhoCatchesIt) {
 }
 
 TEST(ParserHelpersTest, ParseIdTakesTextAndNumbers) {
-    const JsonText json(R"({"text":"abc","empty":"","seven":7,"one":1.0,"half":1.5,"exp":1e3,
-        "big":18446744073709551615,"low":-9223372036854775808,
-        "beyond":18446744073709551616,"below":-123456789012345678901234567890,"yes":true,"no":false,
-        "null":null,"list":[1],"map":{"a":1}})");
+    const std::pair<const char*, std::optional<std::string>> table[] = {
+        {R"("abc")", "abc"},
+        {R"("")", ""},
+        {"7", "7"},
+        {"1.0", "1"},
+        {"1.5", "1.5"},
+        {"1e3", "1000"},
+        {"18446744073709551615", "18446744073709551615"},
+        {"-9223372036854775808", "-9223372036854775808"},
+        {"18446744073709551616", "18446744073709551616"},
+        {"-123456789012345678901234567890", "-123456789012345678901234567890"},
+        {"true", "1"},
+        {"false", "0"},
+        {"null", std::nullopt},
+        {"[1]", std::nullopt},
+        {R"({"a":1})", std::nullopt},
+    };
     const KLEmptyParser parser;
-    EXPECT_EQ(parser.parseId(json["text"]), "abc");
-    EXPECT_EQ(parser.parseId(json["empty"]), "");
-    EXPECT_EQ(parser.parseId(json["seven"]), "7");
-    EXPECT_EQ(parser.parseId(json["one"]), "1");
-    EXPECT_EQ(parser.parseId(json["half"]), "1.5");
-    EXPECT_EQ(parser.parseId(json["exp"]), "1000");
-    EXPECT_EQ(parser.parseId(json["big"]), "18446744073709551615");
-    EXPECT_EQ(parser.parseId(json["low"]), "-9223372036854775808");
-    EXPECT_EQ(parser.parseId(json["beyond"]), "18446744073709551616");
-    EXPECT_EQ(parser.parseId(json["below"]), "-123456789012345678901234567890");
-    EXPECT_EQ(parser.parseId(json["yes"]), "1");
-    EXPECT_EQ(parser.parseId(json["no"]), "0");
-    EXPECT_EQ(parser.parseId(json["null"]), std::nullopt);
-    EXPECT_EQ(parser.parseId(json["list"]), std::nullopt);
-    EXPECT_EQ(parser.parseId(json["map"]), std::nullopt);
-    EXPECT_EQ(parser.parseId(json["missing"]), std::nullopt);
+    for (const auto& [value, expected] : table) {
+        const JsonText json(R"({"id":)" + std::string(value) + "}");
+        EXPECT_EQ(parser.parseId(json["id"]), expected) << value;
+        EXPECT_EQ(parser.parseId(json["missing"]), std::nullopt);
+    }
     EXPECT_EQ(parser.parseId(JsonValue()), std::nullopt);
 }
 

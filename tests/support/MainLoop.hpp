@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <functional>
+#include <thread>
 
 namespace KeloAPI::testing {
 
@@ -16,6 +17,16 @@ inline bool runUntil(const std::function<bool()>& done,
         if (MainQueue::main().runUntil(done, slice)) {
             return true;
         }
+    }
+    return done();
+}
+
+/// Waits, without running the main queue, for what comes about with no event to wait for; false
+/// when that takes too long.
+inline bool comesAbout(const std::function<bool()>& done) {
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (!done() && std::chrono::steady_clock::now() < limit) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     return done();
 }

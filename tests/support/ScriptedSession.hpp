@@ -38,19 +38,33 @@ protected:
     }
 
     /// Ends the calls that still wait here, where their tests' members live, and not in a later
-    /// test. One more call, which comes behind all of them everywhere, tells when that is done.
+    /// test.
     void endCalls() {
-        bool ended = false;
-        const auto last = httpManager->request(FixedRequest());
-        last->response([&ended](const ResponseContent&, Timeline) -> Request::Completion {
-            return [&ended] { ended = true; };
-        });
         const std::size_t count = transport->requests().size();
         for (std::size_t index = 0; index < count; ++index) {
             transport->answerRequest(index, fakes::ScriptedAnswer::failure(httpError(
                                                 HTTPErrorCode::Cancelled, "test is over")));
         }
-        EXPECT_TRUE(runUntil([&] { return ended; }));
+        passThrough();
+    }
+
+    static constexpr const char* fence = "https://service.example/fence";
+
+    /// Waits until all that was answered before has been dealt with: one more call, which goes
+    /// behind it through every queue, tells when that is so.
+    void passThrough() {
+        bool passed = false;
+        const auto last = httpManager->request(FixedRequest(fence));
+        last->response([&passed](const ResponseContent&, Timeline) -> Request::Completion {
+            return [&passed] { passed = true; };
+        });
+        const auto requests = transport->requests();
+        for (std::size_t index = 0; index < requests.size(); ++index) {
+            if (requests[index].url->absoluteString() == fence) {
+                transport->answerRequest(index, {});
+            }
+        }
+        EXPECT_TRUE(runUntil([&] { return passed; }));
     }
 
     std::shared_ptr<fakes::ScriptedTransport> transport =
