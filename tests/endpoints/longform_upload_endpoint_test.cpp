@@ -30,11 +30,16 @@ protected:
         transport->answer(ScriptedAnswer::json(body));
         EXPECT_TRUE(runUntil([&] { return completions != before; }));
     }
-    void expectInsufficientData(const char* what) const {
-        ASSERT_TRUE(error) << what;
-        EXPECT_EQ(error->code(), -1) << what;
-        ASSERT_TRUE(error->underlying()) << what;
-        EXPECT_EQ(error->underlying()->code(), JsonParseError::InsufficientData) << what;
+    /// The completion of a segment.
+    std::function<void(std::optional<Error>)> noteSegment() {
+        return [this](std::optional<Error> sentError) {
+            error = std::move(sentError);
+            ++completions;
+        };
+    }
+    void expectLast(Method method, const std::string& url) const {
+        EXPECT_EQ(lastRequest().method, method);
+        EXPECT_EQ(lastUrl(), "https://service.example/upload/longform-videos" + url);
     }
     std::string lastUrl() const { return lastRequest().url->absoluteString(); }
 
@@ -53,9 +58,7 @@ TEST_F(LongformUploadEndpointTest, UsesTheRegistrysSession) {
 
 TEST_F(LongformUploadEndpointTest, Initiates) {
     EXPECT_NE(endpoint->initiateUpload(1048576, note()), nullptr);
-    EXPECT_EQ(lastUrl(), "https://service.example/upload/longform-videos"
-                         "?mediaType=video%2Fmp4&totalBytes=1048576");
-    EXPECT_EQ(lastRequest().method, Method::POST);
+    expectLast(Method::POST, "?mediaType=video%2Fmp4&totalBytes=1048576");
     EXPECT_FALSE(lastRequest().body);
     answer(R"({"data": {"mediaId": "m-1", "expiresAfterSecs": 60}})");
     ASSERT_NE(upload, nullptr);
@@ -65,47 +68,38 @@ TEST_F(LongformUploadEndpointTest, Initiates) {
 
 TEST_F(LongformUploadEndpointTest, SendsASegmentAsItIs) {
     const std::string bytes("\0\1\xff\r\n", 5);
-    std::optional<std::optional<Error>> ended;
-    const auto handle = endpoint->uploadSegment(
-        "m-1", Data(bytes), 4, [&](std::optional<Error> sentError) { ended = sentError; });
-    EXPECT_NE(handle, nullptr);
-    EXPECT_EQ(lastUrl(), "https://service.example/upload/longform-videos/m-1?segmentIndex=4");
-    EXPECT_EQ(lastRequest().method, Method::PUT);
+    EXPECT_NE(endpoint->uploadSegment("m-1", Data(bytes), 4, noteSegment()), nullptr);
+    expectLast(Method::PUT, "/m-1?segmentIndex=4");
     EXPECT_EQ(lastRequest().headerFields.find("content-type")->second, "application/octet-stream");
     EXPECT_EQ(lastBody(), bytes);
-    transport->answer(ScriptedAnswer::json(R"({"data": {"ignored": 1}})"));
-    EXPECT_TRUE(runUntil([&] { return ended.has_value(); }));
-    EXPECT_FALSE(*ended);
+    answer(R"({"data": {"ignored": 1}})");
+    EXPECT_FALSE(error);
 }
 
 TEST_F(LongformUploadEndpointTest, DoesNotCopyASegment) {
     const auto owner = std::make_shared<std::string>(1'000'000, 's');
     const Data data(owner, std::as_bytes(std::span(owner->data(), owner->size())));
-    endpoint->uploadSegment("m-1", data, 0, [](std::optional<Error>) {});
+    endpoint->uploadSegment("m-1", data, 0, noteSegment());
     EXPECT_EQ(lastRequest().body->bytes().data(), data.bytes().data());
 }
 
 TEST_F(LongformUploadEndpointTest, PassesAnyIndexOn) {
-    endpoint->uploadSegment("m-1", Data(), -3, [](std::optional<Error>) {});
+    endpoint->uploadSegment("m-1", Data(), -3, noteSegment());
     EXPECT_TRUE(lastUrl().ends_with("?segmentIndex=-3")) << lastUrl();
     EXPECT_EQ(lastBody(), "");
 }
 
 TEST_F(LongformUploadEndpointTest, ReportsASegmentsError) {
-    std::optional<std::optional<Error>> ended;
-    endpoint->uploadSegment("m-1", Data(std::string("s")), 0,
-                            [&](std::optional<Error> sentError) { ended = sentError; });
-    transport->answer(ScriptedAnswer::json(R"({"error": "no such upload", "code": 404})"));
-    EXPECT_TRUE(runUntil([&] { return ended.has_value(); }));
-    ASSERT_TRUE(*ended);
-    EXPECT_EQ((*ended)->code(), 404);
+    endpoint->uploadSegment("m-1", Data(std::string("s")), 0, noteSegment());
+    answer(R"({"error": "no such upload", "code": 404})");
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code(), 404);
 }
 
 TEST_F(LongformUploadEndpointTest, FinalizesWithoutParametersAndBody) {
-    endpoint->uploadSegment("m-1", Data(std::string("s")), 0, [](std::optional<Error>) {});
+    endpoint->uploadSegment("m-1", Data(std::string("s")), 0, noteSegment());
     endpoint->finalizeUpload("m-1", note());
-    EXPECT_EQ(lastUrl(), "https://service.example/upload/longform-videos/m-1");
-    EXPECT_EQ(lastRequest().method, Method::POST);
+    expectLast(Method::POST, "/m-1");
     EXPECT_FALSE(lastRequest().body);
     EXPECT_EQ(lastRequest().headerFields.count("content-type"), 0U);
 }
@@ -113,8 +107,7 @@ TEST_F(LongformUploadEndpointTest, FinalizesWithoutParametersAndBody) {
 TEST_F(LongformUploadEndpointTest, ChecksTheStatus) {
     endpoint->initiateUpload(1, note());
     endpoint->checkStatus("m-1", note());
-    EXPECT_EQ(lastUrl(), "https://service.example/upload/longform-videos/m-1/status");
-    EXPECT_EQ(lastRequest().method, Method::GET);
+    expectLast(Method::GET, "/m-1/status");
     EXPECT_FALSE(lastRequest().body);
     transport->answerRequest(1,
                              ScriptedAnswer::json(R"({"data": {"mediaId": "m-1", "processingInfo":
@@ -130,14 +123,17 @@ TEST_F(LongformUploadEndpointTest, ReportsAnErrorWithoutUpload) {
     EXPECT_EQ(upload, nullptr);
     ASSERT_TRUE(error);
     EXPECT_EQ(error->code(), 410);
-    endpoint->checkStatus("m-1", note());
-    answer(R"({"data": {"processingInfo": {"state": "pending"}}})");
-    EXPECT_EQ(upload, nullptr);
-    expectInsufficientData("an answer without an identifier");
-    endpoint->checkStatus("m-1", note());
-    answer(R"({"data": {"mediaId": "m-1", "processingInfo": {"state": "done"}}})");
-    EXPECT_EQ(upload, nullptr);
-    expectInsufficientData("an unknown state");
+    for (const char* body :
+         {R"({"data": {"processingInfo": {"state": "pending"}}})",
+          R"({"data": {"mediaId": "m-1", "processingInfo": {"state": "done"}}})"}) {
+        endpoint->checkStatus("m-1", note());
+        answer(body);
+        EXPECT_EQ(upload, nullptr) << body;
+        ASSERT_TRUE(error) << body;
+        EXPECT_EQ(error->code(), -1) << body;
+        ASSERT_TRUE(error->underlying()) << body;
+        EXPECT_EQ(error->underlying()->code(), JsonParseError::InsufficientData) << body;
+    }
 }
 
 TEST_F(LongformUploadEndpointTest, EveryHandleCancels) {
@@ -180,16 +176,13 @@ TEST_F(LongformUploadEndpointTest, TakesTheFirstUploadAndDropsAnErrorBesideIt) {
 
 TEST_F(LongformUploadEndpointTest, SendsASegmentAgainWithoutItsBytes) {
     delegate->sessionKey = "old";
-    int ended = 0;
-    endpoint->uploadSegment("m-1", Data(std::string("s")), 4,
-                            [&](std::optional<Error>) { ++ended; });
-    transport->answer(ScriptedAnswer::json(R"({"error": "expired", "code": 103})"));
-    EXPECT_TRUE(runUntil([&] { return ended == 1; }));
+    endpoint->uploadSegment("m-1", Data(std::string("s")), 4, noteSegment());
+    answer(R"({"error": "expired", "code": 103})");
     session->handleQueuedRetries(true);
-    EXPECT_EQ(lastUrl(), "https://service.example/upload/longform-videos/m-1?segmentIndex=4");
+    expectLast(Method::PUT, "/m-1?segmentIndex=4");
     EXPECT_FALSE(lastRequest().body && !lastRequest().body->empty());
-    transport->answer(ScriptedAnswer::json(R"({"data": {}})"));
-    EXPECT_TRUE(runUntil([&] { return ended == 2; }));
+    answer(R"({"data": {}})");
+    EXPECT_EQ(completions, 2);
 }
 
 } // namespace KeloAPI

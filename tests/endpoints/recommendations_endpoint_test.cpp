@@ -27,7 +27,7 @@ protected:
 static_assert(!testing::createdWith<RecommendationsEndpoint, std::shared_ptr<Session>>);
 static_assert(testing::createdWith<RecommendationsEndpoint>);
 
-TEST_F(RecommendationsEndpointTest, SendsFeedbackOnPosts) {
+TEST_F(RecommendationsEndpointTest, SendsFeedbackOnPostsAndUsers) {
     transport->answer(ScriptedAnswer::json(R"({"data": {}})"));
     endpoint->addPostFeedback("555", RecommendationBoost::Negative, noted());
     ASSERT_TRUE(ended());
@@ -38,24 +38,14 @@ TEST_F(RecommendationsEndpointTest, SendsFeedbackOnPosts) {
               "https://service.example/recommendations/feedback/posts/555");
     EXPECT_EQ(lastBody(), R"({"recommendationBoost":"negative"})");
     EXPECT_EQ(lastRequest().headerFields.at("Content-Type"), "application/json");
-}
-
-TEST_F(RecommendationsEndpointTest, SendsFeedbackOnUsers) {
-    transport->answer(ScriptedAnswer::json(R"({"data": {}})"));
+    // What the answer holds is ignored, and each call has its own parameters.
+    outcome.reset();
+    transport->answer(ScriptedAnswer::json(R"({"data": {"anything": 1}})"));
     endpoint->addUserFeedback("9", RecommendationBoost::Neutral, noted());
     ASSERT_TRUE(ended());
+    EXPECT_TRUE(outcome->success());
     EXPECT_EQ(lastRequest().url->path(), "/recommendations/feedback/users/9");
     EXPECT_EQ(lastBody(), R"({"recommendationBoost":"neutral"})");
-}
-
-TEST_F(RecommendationsEndpointTest, EachCallReplacesTheLastOnesParameters) {
-    transport->answer(ScriptedAnswer::json(R"({"data": {}})"));
-    transport->answer(ScriptedAnswer::json(R"({"data": {}})"));
-    endpoint->addPostFeedback("1", RecommendationBoost::Positive, {});
-    endpoint->addUserFeedback("2", RecommendationBoost::Negative, noted());
-    ASSERT_TRUE(ended());
-    EXPECT_EQ(transport->requests().front().body->text(), R"({"recommendationBoost":"positive"})");
-    EXPECT_EQ(lastBody(), R"({"recommendationBoost":"negative"})");
 }
 
 TEST_F(RecommendationsEndpointTest, SetsMethodAndEncodingOnceOnly) {
@@ -82,26 +72,18 @@ TEST_F(RecommendationsEndpointTest, UsesTheSignedInSessionWithTheDefaultDelegate
     EXPECT_EQ(session->delegate(), delegate);
 }
 
-TEST_F(RecommendationsEndpointTest, WhatTheAnswerHoldsIsIgnored) {
-    transport->answer(ScriptedAnswer::json(R"({"data": {"anything": 1}})"));
-    endpoint->addPostFeedback("1", RecommendationBoost::Positive, noted());
-    ASSERT_TRUE(ended());
-    EXPECT_TRUE(outcome->success());
-}
-
-TEST_F(RecommendationsEndpointTest, PassesATransportErrorOn) {
-    transport->answer(ScriptedAnswer::failure(Error("KeloAPI.HTTP", 5)));
-    endpoint->addPostFeedback("1", RecommendationBoost::Positive, noted());
-    ASSERT_TRUE(ended());
-    EXPECT_EQ(*outcome->error(), Error("KeloAPI.HTTP", 5));
-}
-
 TEST_F(RecommendationsEndpointTest, ReportsAnErrorAsFailure) {
-    transport->answer(ScriptedAnswer::json(R"({"error": "no", "code": 5})"));
-    endpoint->addPostFeedback("1", RecommendationBoost::Positive, noted());
-    ASSERT_TRUE(ended());
-    EXPECT_FALSE(outcome->success());
-    EXPECT_EQ(outcome->error()->code(), 5);
+    for (const auto& [answer, error] :
+         {std::pair(ScriptedAnswer::failure(Error("KeloAPI.HTTP", 5)), 5),
+          std::pair(ScriptedAnswer::json(R"({"error": "no", "code": 7})"), 7)}) {
+        outcome.reset();
+        transport->answer(answer);
+        endpoint->addPostFeedback("1", RecommendationBoost::Positive, noted());
+        ASSERT_TRUE(ended());
+        EXPECT_FALSE(outcome->success());
+        EXPECT_EQ(outcome->error()->code(), error);
+        EXPECT_EQ(outcome->error()->domain() == "KeloAPI.HTTP", error == 5);
+    }
 }
 
 TEST_F(RecommendationsEndpointTest, WithoutCompletionSendsAndReportsNothing) {

@@ -95,48 +95,40 @@ TEST_F(TimelineEndpointTest, ParsesPostsInOrder) {
     EXPECT_EQ(posts[1]->postId, "x");
 }
 
-TEST_F(TimelineEndpointTest, APageNumberLeadsOn) {
-    const auto page = fetchPage(R"(, "nextPage": 2, "size": 20)");
-    ASSERT_NE(page.nextPage, nullptr);
-    EXPECT_EQ(page.nextPage->parameters(), defaultsWith({{"page", 2}, {"size", 20}}));
-    EXPECT_EQ(page.nextPage->path(), "timelines/users/42");
-    EXPECT_EQ(page.previousPage, nullptr);
-}
-
-TEST_F(TimelineEndpointTest, AnAnchorLeadsBothWays) {
-    const auto page = fetchPage(R"(, "anchor": "A", "backAnchor": "B", "size": 10)");
-    EXPECT_EQ(page.nextPage->parameters(), defaultsWith({{"anchor", "A"}, {"size", 10}}));
-    EXPECT_EQ(page.previousPage->parameters(), defaultsWith({{"backAnchor", "A"}, {"size", 10}}));
-}
-
-TEST_F(TimelineEndpointTest, PageNumbersAndAnchorsGoTogether) {
-    const auto page = fetchPage(R"(, "nextPage": 3, "previousPage": 1, "anchor": 77, "size": 10)");
-    EXPECT_EQ(page.nextPage->parameters(),
-              defaultsWith({{"page", 3}, {"anchor", "77"}, {"size", 10}}));
-    EXPECT_EQ(page.previousPage->parameters(),
-              defaultsWith({{"page", 1}, {"backAnchor", "77"}, {"size", 10}}));
-}
-
-TEST_F(TimelineEndpointTest, ABackAnchorAloneLeadsNowhere) {
-    const auto page = fetchPage(R"(, "backAnchor": "B", "anchor": "")");
-    EXPECT_EQ(page.nextPage, nullptr);
-    EXPECT_EQ(page.previousPage, nullptr);
-}
-
-TEST_F(TimelineEndpointTest, PresenceOfAPageNumberDecidesNotItsValue) {
-    EXPECT_EQ(fetchPage(R"(, "nextPage": 0)").nextPage->parameters(),
-              defaultsWith({{"page", 0}, {"size", 0}}));
-    EXPECT_EQ(fetchPage(R"(, "nextPage": 2.9)").nextPage->parameters(),
-              defaultsWith({{"page", 2}, {"size", 0}}));
-    EXPECT_EQ(fetchPage(R"(, "nextPage": "2")").nextPage, nullptr);
-    EXPECT_EQ(fetchPage(R"(, "nextPage": null)").nextPage, nullptr);
-}
-
-TEST_F(TimelineEndpointTest, WithoutPagingThereAreNoOtherPages) {
-    const auto page = fetchPage("");
-    EXPECT_EQ(page.posts.size(), 1U);
-    EXPECT_EQ(page.nextPage, nullptr);
-    EXPECT_EQ(page.previousPage, nullptr);
+TEST_F(TimelineEndpointTest, NumbersAndAnchorsLeadToOtherPages) {
+    struct {
+        const char* paging;
+        std::optional<Parameters> next;
+        std::optional<Parameters> previous;
+    } const cases[] = {
+        {"", {}, {}},
+        {R"(, "nextPage": 2, "size": 20)", Parameters{{"page", 2}, {"size", 20}}, {}},
+        {R"(, "anchor": "A", "backAnchor": "B", "size": 10)",
+         Parameters{{"anchor", "A"}, {"size", 10}}, Parameters{{"backAnchor", "A"}, {"size", 10}}},
+        {R"(, "nextPage": 3, "previousPage": 1, "anchor": 77, "size": 10)",
+         Parameters{{"page", 3}, {"anchor", "77"}, {"size", 10}},
+         Parameters{{"page", 1}, {"backAnchor", "77"}, {"size", 10}}},
+        // A back anchor alone leads nowhere.
+        {R"(, "backAnchor": "B", "anchor": "")", {}, {}},
+        // That a number is there decides, not which it is.
+        {R"(, "nextPage": 0)", Parameters{{"page", 0}, {"size", 0}}, {}},
+        {R"(, "nextPage": 2.9)", Parameters{{"page", 2}, {"size", 0}}, {}},
+        {R"(, "nextPage": "2")", {}, {}},
+        {R"(, "nextPage": null)", {}, {}},
+    };
+    for (const auto& one : cases) {
+        SCOPED_TRACE(one.paging);
+        const auto page = fetchPage(one.paging);
+        EXPECT_EQ(page.posts.size(), 1U);
+        for (const auto& [other, expected] :
+             {std::pair(page.nextPage, one.next), std::pair(page.previousPage, one.previous)}) {
+            ASSERT_EQ(other != nullptr, expected.has_value());
+            if (other) {
+                EXPECT_EQ(other->parameters(), defaultsWith(*expected));
+                EXPECT_EQ(other->path(), "timelines/users/42");
+            }
+        }
+    }
 }
 
 TEST_F(TimelineEndpointTest, WithoutMetadataThereAreNoOtherPages) {
