@@ -30,6 +30,10 @@ protected:
         int completions = 0;
     };
     using Outcome = std::shared_ptr<SegmentOutcome>;
+    struct SentSegment {
+        std::shared_ptr<EndpointRequest> handle;
+        Outcome outcome;
+    };
 
     UploadTest() {
         session->handleQueuedRetries(false); // what other tests of this process have left
@@ -83,8 +87,7 @@ protected:
         return answerTo([&](auto completion) { endpoint->checkStatus(mediaId, completion); });
     }
     /// Sends a segment with an endpoint of its own.
-    std::pair<std::shared_ptr<EndpointRequest>, Outcome>
-    start(const std::string& mediaId, const std::string& bytes, std::int64_t index) {
+    SentSegment start(const std::string& mediaId, const std::string& bytes, std::int64_t index) {
         const auto outcome = std::make_shared<SegmentOutcome>();
         auto handle = LongformUploadEndpoint::create()->uploadSegment(
             mediaId, Data(bytes), index, [outcome](std::optional<Error> error) {
@@ -96,7 +99,7 @@ protected:
     /// Sends a segment and waits for its first completion.
     std::optional<Error> segment(const std::string& mediaId, const std::string& bytes,
                                  std::int64_t index) {
-        const Outcome outcome = start(mediaId, bytes, index).second;
+        const Outcome outcome = start(mediaId, bytes, index).outcome;
         EXPECT_TRUE(runUntil([&] { return outcome->completions > 0; }));
         return outcome->error;
     }

@@ -1,5 +1,7 @@
 #include "ActingTest.hpp"
 
+#include <KeloAPI/endpoints/MeEndpoint.hpp>
+
 #include <algorithm>
 
 namespace KeloAPI {
@@ -48,6 +50,8 @@ protected:
         SoundboardEndpoint::create(session)->fetchSounds(
             [&](const auto&, const auto&) { ++answers; });
         EXPECT_TRUE(runUntil([&] { return answers == 3; }));
+        MeEndpoint::create()->get([&](const auto&) { ++answers; });
+        EXPECT_TRUE(runUntil([&] { return answers == 4; }));
     }
     std::vector<Call> calls() const {
         const std::string at = "/posts/" + *post->postId;
@@ -62,7 +66,8 @@ protected:
                 {"POST", "/loops"},
                 {"GET", "/longforms/lf-unseen/views"},
                 {"POST", "/longforms/lf-unseen/views"},
-                {"GET", "/soundboard"}};
+                {"GET", "/soundboard"},
+                {"GET", "/users/me"}};
     }
     static Fields sorted(Fields fields) {
         std::sort(fields.begin(), fields.end());
@@ -90,6 +95,7 @@ protected:
         for (std::size_t i = 0; i < wanted.size(); ++i) {
             EXPECT_EQ(requests[i].method, wanted[i].method) << i;
             EXPECT_EQ(requests[i].path, wanted[i].path) << i;
+            EXPECT_EQ(requests[i].query, "") << i;
             expectFields(requests[i], identifying);
         }
     }

@@ -1,99 +1,133 @@
 #include "support/ServiceTest.hpp"
 
-#include <KeloAPI/endpoints/MeEndpoint.hpp>
+#include <KeloAPI/api/Endpoint.hpp>
 #include <KeloAPI/http/HTTPError.hpp>
-#include <KeloAPI/model/KLWatchUser.hpp>
+#include <KeloAPI/model/KLEmpty.hpp>
 
 namespace KeloAPI {
 
 using Json = nlohmann::json;
-using testing::runFor;
 using testing::runUntil;
 
 /// A call that does not wait for a minute.
-class HastyMeEndpoint : public MeEndpoint {
+class HastyEndpoint : public Endpoint {
 public:
     KeloAPI::URLRequest URLRequest() const override {
-        auto request = MeEndpoint::URLRequest();
-        request.timeoutInterval = std::chrono::milliseconds(300);
+        auto request = Endpoint::URLRequest();
+        request.timeoutInterval = timeout;
         return request;
     }
+    std::chrono::milliseconds timeout{20000};
 
 protected:
-    HastyMeEndpoint(Key key, std::shared_ptr<Session> session)
-        : MeEndpoint(key, std::move(session)) {}
+    HastyEndpoint(Key key, std::shared_ptr<Session> session)
+        : Endpoint(key, std::move(session)) {}
 };
 
-/// A service that misbehaves.
+/// A service that misbehaves, towards a call that reads and one that acts.
 class FaultsAtService : public testing::ServiceTest {
 protected:
-    FaultsAtService()
-        : endpoint(Endpoint::make<HastyMeEndpoint>(session)) {}
-
-    MeResult get() {
-        std::optional<MeResult> outcome;
-        int completions = 0;
-        endpoint->get([&](const MeResult& result) {
-            outcome = result;
-            ++completions;
-        });
-        EXPECT_TRUE(runUntil([&] { return outcome.has_value(); }));
-        runFor(std::chrono::milliseconds(5));
-        EXPECT_EQ(completions, 1);
-        return *outcome;
+    FaultsAtService() {
+        reading->setPath("users/me");
+        const auto page = service.call("GET", "/timelines/all?size=1").at("data").at("records");
+        acting->setPath("posts/" + page.at(0).at("postId").dump() + "/likes");
+        acting->setMethod(Method::POST);
     }
 
+    /// The error of a call, or none.
+    std::optional<Error> call(const std::shared_ptr<HastyEndpoint>& endpoint) {
+        const int before = completions;
+        std::optional<Error> error;
+        endpoint->request(
+            std::make_shared<KLEmptyParser>(),
+            [&](const auto&, const auto&, const Timeline&, const std::optional<Error>& sent) {
+                ++completions;
+                error = sent;
+            });
+        EXPECT_TRUE(runUntil([&] { return completions > before; }));
+        return error;
+    }
     /// The fault strikes once, the call fails once, and the same endpoint works afterwards.
-    Error failedBy(const Json& action) {
+    Error failedBy(const Json& action, const std::shared_ptr<HastyEndpoint>& endpoint) {
         // On a fresh connection: a request that dies with a kept one is sent again on a new one.
         testing::renewManager(*session);
-        service.addFault({{"match", {{"path", "/users/me"}}}, {"action", action}});
-        const MeResult result = get();
-        EXPECT_TRUE(result.error()) << action;
+        service.call("DELETE", "/_service/faults");
+        service.addFault({{"match", {{"path", "/" + endpoint->path()}}}, {"action", action}});
+        completions = 0;
+        const auto error = call(endpoint);
+        EXPECT_TRUE(error) << action;
         EXPECT_EQ(service.faults().back().at("fired"), 1) << action;
-        const MeResult after = get();
-        EXPECT_TRUE(after.success()) << action << " " << after.error()->description();
-        return result.error() ? *result.error() : Error("none", 0);
+        endpoint->timeout = std::chrono::seconds(20);
+        const auto after = call(endpoint);
+        EXPECT_FALSE(after) << action << " " << after->description();
+        EXPECT_EQ(completions, 2) << action;
+        return error.value_or(Error("none", 0));
+    }
+    using Calls = std::vector<std::pair<std::shared_ptr<HastyEndpoint>, int>>;
+    /// The calls, each with less than its answer's length on the wire, and more than that of the
+    /// answer's head.
+    Calls callsWithLengths() {
+        std::optional<std::string> body;
+        acting->request([&](const auto& text, const auto&) { body = text; });
+        EXPECT_TRUE(runUntil([&] { return body.has_value(); }));
+        const int bytes = static_cast<int>(body.value_or("").size()) + 60;
+        EXPECT_GT(bytes, 150);
+        return {{reading, 251}, {acting, bytes}}; // the user's answer is compressed
     }
 
-    std::shared_ptr<HastyMeEndpoint> endpoint;
+    std::shared_ptr<HastyEndpoint> reading = Endpoint::make<HastyEndpoint>(session);
+    std::shared_ptr<HastyEndpoint> acting = Endpoint::make<HastyEndpoint>(session);
+    int completions = 0;
 };
 
 TEST_F(FaultsAtService, AStalledAnswerTimesOutWhereverItStalls) {
-    for (const int bytes : {0, 1, 30, 200}) {
-        const Error error = failedBy({{"type", "stall"}, {"afterBytes", bytes}});
-        EXPECT_TRUE(isHTTPError(error, HTTPErrorCode::TimedOut)) << error.description();
+    for (const auto& [endpoint, bytes] : callsWithLengths()) {
+        for (int at = 0; at < bytes; at += bytes / 7) {
+            endpoint->timeout = std::chrono::milliseconds(400);
+            const Error error = failedBy({{"type", "stall"}, {"afterBytes", at}}, endpoint);
+            EXPECT_TRUE(isHTTPError(error, HTTPErrorCode::TimedOut)) << error.description();
+        }
     }
 }
 
 TEST_F(FaultsAtService, AConnectionThatBreaksOffIsAnErrorWhereverItBreaks) {
-    for (const char* type : {"reset", "close"}) {
-        for (const int bytes : {0, 1, 9, 20, 100, 150, 250}) {
-            const Error error = failedBy({{"type", type}, {"afterBytes", bytes}});
-            EXPECT_EQ(error.domain(), HTTPErrorDomain) << type << " after " << bytes;
+    for (const auto& [endpoint, bytes] : callsWithLengths()) {
+        for (int at = 0; at < bytes; at += at < 20 ? 3 : 11) {
+            for (const Json& action :
+                 {Json{{"type", "reset"}, {"afterBytes", at}},
+                  Json{{"type", "close"}, {"afterBytes", at}},
+                  Json{{"type", "close"}, {"afterBytes", at}, {"abrupt", true}}}) {
+                EXPECT_EQ(failedBy(action, endpoint).domain(), HTTPErrorDomain) << action;
+            }
         }
     }
 }
 
 TEST_F(FaultsAtService, AnAnswerThatIsNoHTTPIsAnError) {
-    const Error error = failedBy({{"type", "garbage"}, {"bytes", 500}});
-    EXPECT_EQ(error.domain(), HTTPErrorDomain) << error.description();
-}
-
-TEST_F(FaultsAtService, BadJsonIsTheHTTPLayersError) {
-    for (const char* body : {"<html>busy</html>", "{\"data\": {", "", "{} {}"}) {
-        const Error error = failedBy({{"type", "body"}, {"body", body}});
-        EXPECT_EQ(error.domain(), HTTPErrorDomain) << body;
+    for (const int bytes : {1, 2, 17, 100, 500, 20000}) {
+        const Error error = failedBy({{"type", "garbage"}, {"bytes", bytes}}, acting);
+        EXPECT_EQ(error.domain(), HTTPErrorDomain) << error.description();
     }
 }
 
-TEST_F(FaultsAtService, AStatusWithoutEnvelopeIsJudgedByItsBody) {
-    const Error error = failedBy({{"type", "status"}, {"status", 503}, {"body", "{}"}});
+TEST_F(FaultsAtService, AnswersThatAreNoEnvelopeAreErrors) {
+    for (const char* body : {"<html>busy</html>", "", "{", "{\"data\":", "{} {}",
+                             "{\"data\":{\"likeId\":1}} and more"}) {
+        const Error error = failedBy({{"type", "body"}, {"body", body}}, reading);
+        EXPECT_EQ(error.domain(), HTTPErrorDomain) << body;
+    }
+    for (const char* body : {"[]", "null", "{\"data\":[]}"}) {
+        const Error error = failedBy({{"type", "body"}, {"body", body}}, acting);
+        EXPECT_EQ(error.code(), -1) << body;
+    }
+    // A status is judged by its body.
+    const Error error = failedBy({{"type", "status"}, {"status", 503}, {"body", "{}"}}, reading);
     EXPECT_EQ(error.localizedDescription(), "Malformed data section in response");
 }
 
 TEST_F(FaultsAtService, AServiceErrorComesThroughWithItsCode) {
-    const Error error = failedBy({{"type", "error"}, {"code", 612}, {"message", "not today"}});
+    const Error error =
+        failedBy({{"type", "error"}, {"code", 612}, {"message", "not today"}}, reading);
     EXPECT_EQ(error.code(), 612);
     EXPECT_EQ(error.localizedDescription(), "not today");
 }
@@ -107,17 +141,17 @@ TEST_F(FaultsAtService, ACancelledCallEndsAtOnce) {
     const auto started = std::chrono::steady_clock::now();
     const auto handle = slow->request(
         [&](std::optional<std::string>, std::optional<Error> sent) { error = std::move(sent); });
-    runFor(std::chrono::milliseconds(100));
+    EXPECT_TRUE(runUntil([&] { return service.faults().back().at("fired") == 1; }));
     handle->cancel();
     ASSERT_TRUE(runUntil([&] { return error.has_value(); }));
     EXPECT_TRUE(isHTTPError(*error, HTTPErrorCode::Cancelled));
     EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(10));
-    EXPECT_TRUE(get().success());
+    EXPECT_FALSE(call(reading));
 }
 
 TEST_F(FaultsAtService, AServiceThatIsNotThereIsAnError) {
     delegate->host = "localhost:1";
-    EXPECT_TRUE(isHTTPError(*get().error(), HTTPErrorCode::CannotConnect));
+    EXPECT_TRUE(isHTTPError(*call(reading), HTTPErrorCode::CannotConnect));
 }
 
 } // namespace KeloAPI

@@ -179,10 +179,7 @@ TEST_F(FilesAtService, AQueueGoesOnWhileTheMainThreadIsBusy) {
         queue->download(endpoint, *endpoint->documentsFile(),
                         [&](const auto&) { heardOn.push_back(std::this_thread::get_id()); });
     }
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    while (folder.names().size() < urls.size() && std::chrono::steady_clock::now() < limit) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
+    EXPECT_TRUE(testing::comesAbout([&] { return folder.names().size() >= urls.size(); }));
     EXPECT_TRUE(heardOn.empty());
     ASSERT_TRUE(runUntil([&] { return heardOn.size() == urls.size(); }));
     EXPECT_EQ(heardOn, std::vector(urls.size(), std::this_thread::get_id()));
@@ -261,6 +258,25 @@ TEST_F(FilesAtService, ADestinationThatIsNoPlaceIsAClearError) {
     expectCannotWrite(endpoint, folder.path("regular/file"), "Not a directory");
     EXPECT_EQ(folder.names(), Strings{"regular"});
     EXPECT_EQ(folder.read("regular"), "file");
+    const auto error = download(endpoint, *URL::parse("https://service.example/x"));
+    EXPECT_TRUE(isHTTPError(error.value(), HTTPErrorCode::CannotWriteFile));
+}
+
+TEST_F(FilesAtService, ADownloadOfAnyAnswerReplacesAnOlderFile) {
+    folder.write("a file", "old");
+    const auto plain = Endpoint::create(session);
+    plain->setPath("timelines/all");
+    const URL destination = URL::fileURL(folder.path("a file"));
+    bool done = false;
+    plain->download(destination, [&](const URL& url, const std::optional<Error>& error) {
+        EXPECT_EQ(url, destination);
+        EXPECT_EQ(error, std::nullopt);
+        done = true;
+    });
+    EXPECT_FALSE(done);
+    EXPECT_TRUE(runUntil([&] { return done; }));
+    EXPECT_TRUE(nlohmann::json::parse(folder.read("a file")).contains("data"));
+    EXPECT_EQ(folder.names(), Strings{"a file"});
 }
 
 TEST_F(FilesAtService, ADirectoryThatVanishesIsAClearError) {
