@@ -1,28 +1,11 @@
 #include "ActingTest.hpp"
 
 #include <array>
-#include <deque>
-#include <map>
 
 namespace KeloAPI {
 
 using testing::runUntil;
 using testing::StandIn;
-
-/// Hands out one session key after the other.
-class KeyringDelegate : public testing::RecordingDelegate {
-public:
-    std::deque<std::string> keys;
-
-    std::optional<std::string> sessionKeyForSession(Session&) override {
-        if (keys.empty()) {
-            return std::nullopt;
-        }
-        auto key = std::move(keys.front());
-        keys.pop_front();
-        return key;
-    }
-};
 
 /// Actions that meet an expired session.
 class ActionRetriesAtService : public testing::ActingTest {
@@ -194,40 +177,6 @@ TEST_F(ActionRetriesAtService, TheSoundboard) {
     EXPECT_GT(sounds, 10U);
 }
 
-TEST_F(ActionRetriesAtService, TwoThatFailTogetherAreReleasedInOrderWithTheNewKey) {
-    const auto posts = newestPosts(2);
-    service.expire(StandIn::sessionKey);
-    like(posts[0], true, "a");
-    like(posts[1], true, "b");
-    ASSERT_TRUE(eventsReach(2));
-    EXPECT_EQ(session->queuedRetryCount(), 2U);
-    EXPECT_EQ(delegate->reauthCount, 2);
-    // The order in which they were queued is the order in which their failures were told.
-    const std::vector<std::shared_ptr<KLWatchPost>> queued =
-        events[0] == "a 103" ? posts : std::vector{posts[1], posts[0]};
-    service.requests();
-    // Two connections may carry them, so that the order of arrival says nothing: each gets its own
-    // new key, in the order in which they are sent.
-    const auto keyring = std::make_shared<KeyringDelegate>();
-    keyring->host = service.host();
-    const std::vector<std::string> keys = {service.signIn(StandIn::username),
-                                           service.signIn(StandIn::username)};
-    keyring->keys.assign(keys.begin(), keys.end());
-    session->setDelegate(keyring);
-    session->handleQueuedRetries(true);
-    ASSERT_TRUE(eventsReach(4));
-    EXPECT_EQ(session->queuedRetryCount(), 0U);
-    std::map<std::string, std::string> pathOfKey;
-    for (const auto& request : service.requests()) {
-        pathOfKey[request.header("kelo-session-id")] = request.path;
-    }
-    EXPECT_EQ(pathOfKey.size(), 2U);
-    EXPECT_EQ(pathOfKey[keys[0]], "/posts/" + *queued[0]->postId + "/likes");
-    EXPECT_EQ(pathOfKey[keys[1]], "/posts/" + *queued[1]->postId + "/likes");
-    EXPECT_THAT((std::vector(events.begin() + 2, events.end())),
-                ::testing::UnorderedElementsAre("a done", "b done"));
-}
-
 TEST_F(ActionRetriesAtService, DroppedRetriesSendNothing) {
     const auto post = untouchedPost();
     service.expire(StandIn::sessionKey);
@@ -245,40 +194,6 @@ TEST_F(ActionRetriesAtService, DroppedRetriesSendNothing) {
     like(post, true, "like");
     ASSERT_TRUE(eventsReach(2));
     EXPECT_EQ(events.back(), "like done");
-}
-
-TEST_F(ActionRetriesAtService, ADelegateMayReleaseFromInsideItsCallback) {
-    const auto post = untouchedPost();
-    service.expire(StandIn::sessionKey);
-    delegate->onReauth = [this](Session& expired) {
-        delegate->sessionKey = service.signIn(StandIn::username);
-        expired.handleQueuedRetries(true);
-    };
-    like(post, true, "like");
-    ASSERT_TRUE(eventsReach(2));
-    passThrough();
-    EXPECT_EQ(events, (std::vector<std::string>{"like 103", "like done"}));
-    EXPECT_EQ(delegate->reauthCount, 1);
-    EXPECT_EQ(again(*post)->liked, true);
-}
-
-TEST_F(ActionRetriesAtService, AnEndpointThatTheHostDroppedIsSentAgain) {
-    auto post = untouchedPost();
-    service.expire(StandIn::sessionKey);
-    auto endpoint = LikeActionEndpoint::create(post);
-    const std::weak_ptr<LikeActionEndpoint> watched = endpoint;
-    const std::string postId = *post->postId;
-    endpoint->toggle(true, noting<PostActionResult<KLLike>>(note("like")));
-    ASSERT_TRUE(eventsReach(1));
-    endpoint.reset();
-    post.reset();
-    EXPECT_FALSE(watched.expired());
-    delegate->sessionKey = service.signIn(StandIn::username);
-    session->handleQueuedRetries(true);
-    ASSERT_TRUE(eventsReach(2));
-    EXPECT_EQ(events.back(), "like done");
-    EXPECT_EQ(kept("likes").at(0).at("postId").dump(), postId);
-    EXPECT_TRUE(runUntil([&] { return watched.expired(); }));
 }
 
 } // namespace KeloAPI

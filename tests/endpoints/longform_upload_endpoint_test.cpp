@@ -56,26 +56,6 @@ TEST_F(LongformUploadEndpointTest, UsesTheRegistrysSession) {
     EXPECT_EQ(endpoint->session(), session);
 }
 
-TEST_F(LongformUploadEndpointTest, Initiates) {
-    EXPECT_NE(endpoint->initiateUpload(1048576, note()), nullptr);
-    expectLast(Method::POST, "?mediaType=video%2Fmp4&totalBytes=1048576");
-    EXPECT_FALSE(lastRequest().body);
-    answer(R"({"data": {"mediaId": "m-1", "expiresAfterSecs": 60}})");
-    ASSERT_NE(upload, nullptr);
-    EXPECT_EQ(upload->mediaId(), "m-1");
-    EXPECT_FALSE(error);
-}
-
-TEST_F(LongformUploadEndpointTest, SendsASegmentAsItIs) {
-    const std::string bytes("\0\1\xff\r\n", 5);
-    EXPECT_NE(endpoint->uploadSegment("m-1", Data(bytes), 4, noteSegment()), nullptr);
-    expectLast(Method::PUT, "/m-1?segmentIndex=4");
-    EXPECT_EQ(lastRequest().headerFields.find("content-type")->second, "application/octet-stream");
-    EXPECT_EQ(lastBody(), bytes);
-    answer(R"({"data": {"ignored": 1}})");
-    EXPECT_FALSE(error);
-}
-
 TEST_F(LongformUploadEndpointTest, DoesNotCopyASegment) {
     const auto owner = std::make_shared<std::string>(1'000'000, 's');
     const Data data(owner, std::as_bytes(std::span(owner->data(), owner->size())));
@@ -89,32 +69,12 @@ TEST_F(LongformUploadEndpointTest, PassesAnyIndexOn) {
     EXPECT_EQ(lastBody(), "");
 }
 
-TEST_F(LongformUploadEndpointTest, ReportsASegmentsError) {
-    endpoint->uploadSegment("m-1", Data(std::string("s")), 0, noteSegment());
-    answer(R"({"error": "no such upload", "code": 404})");
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->code(), 404);
-}
-
 TEST_F(LongformUploadEndpointTest, FinalizesWithoutParametersAndBody) {
     endpoint->uploadSegment("m-1", Data(std::string("s")), 0, noteSegment());
     endpoint->finalizeUpload("m-1", note());
     expectLast(Method::POST, "/m-1");
     EXPECT_FALSE(lastRequest().body);
     EXPECT_EQ(lastRequest().headerFields.count("content-type"), 0U);
-}
-
-TEST_F(LongformUploadEndpointTest, ChecksTheStatus) {
-    endpoint->initiateUpload(1, note());
-    endpoint->checkStatus("m-1", note());
-    expectLast(Method::GET, "/m-1/status");
-    EXPECT_FALSE(lastRequest().body);
-    transport->answerRequest(1,
-                             ScriptedAnswer::json(R"({"data": {"mediaId": "m-1", "processingInfo":
-            {"state": "in_progress", "progressPercent": 42.5, "checkAfterSecs": 5}}})"));
-    EXPECT_TRUE(runUntil([&] { return completions == 1; }));
-    ASSERT_NE(upload, nullptr);
-    EXPECT_EQ(upload->processingInfo->checkAfterSeconds, 5);
 }
 
 TEST_F(LongformUploadEndpointTest, ReportsAnErrorWithoutUpload) {
@@ -172,17 +132,6 @@ TEST_F(LongformUploadEndpointTest, TakesTheFirstUploadAndDropsAnErrorBesideIt) {
     detail::completeUpload({}, Error("test", 1), note());
     EXPECT_EQ(upload, nullptr);
     EXPECT_EQ(error->code(), 1);
-}
-
-TEST_F(LongformUploadEndpointTest, SendsASegmentAgainWithoutItsBytes) {
-    delegate->sessionKey = "old";
-    endpoint->uploadSegment("m-1", Data(std::string("s")), 4, noteSegment());
-    answer(R"({"error": "expired", "code": 103})");
-    session->handleQueuedRetries(true);
-    expectLast(Method::PUT, "/m-1?segmentIndex=4");
-    EXPECT_FALSE(lastRequest().body && !lastRequest().body->empty());
-    answer(R"({"data": {}})");
-    EXPECT_EQ(completions, 2);
 }
 
 } // namespace KeloAPI

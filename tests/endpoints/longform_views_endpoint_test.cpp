@@ -51,18 +51,6 @@ static_assert(std::is_constructible_v<KLLongformViews, const char*, int>);
 static_assert(!testing::createdWith<LongformViewsEndpoint, std::shared_ptr<Session>>);
 static_assert(testing::createdWith<LongformViewsEndpoint, const char*>);
 
-TEST_F(LongformViewsEndpointTest, ReadsViews) {
-    EXPECT_EQ(endpoint->path(), "/longforms/abc/views");
-    fetch(R"({"data": {"longformId": "abc", "count": 12}})");
-    EXPECT_EQ(lastRequest().method, Method::GET);
-    EXPECT_EQ(lastRequest().url->absoluteString(), "https://service.example/longforms/abc/views");
-    EXPECT_FALSE(lastRequest().body.has_value());
-    ASSERT_NE(views, nullptr);
-    EXPECT_EQ(views->longformId(), "abc");
-    EXPECT_EQ(views->count(), 12);
-    EXPECT_FALSE(error.has_value());
-}
-
 TEST_F(LongformViewsEndpointTest, TheFirstItemCountsAndNoneIsNoError) {
     fetch(R"({"data": {"records": [{"longformId": "a", "count": 1},
                                    {"longformId": "b", "count": 2}]}})");
@@ -105,31 +93,6 @@ TEST_F(LongformViewsEndpointTest, WhatTheAnswerToAReportHoldsIsIgnored) {
     EXPECT_FALSE(error.has_value());
     submit(R"({"data": 5})");
     EXPECT_EQ(error->localizedDescription(), "Malformed data section in response");
-}
-
-TEST_F(LongformViewsEndpointTest, SubmitsTheInstantAsText) {
-    const double before = timeIntervalSince1970(Date::now());
-    submit(R"({"data": {}})");
-    EXPECT_FALSE(error.has_value());
-    EXPECT_EQ(lastRequest().method, Method::POST);
-    EXPECT_EQ(lastRequest().url->path(), "/longforms/abc/views");
-    const auto document = JsonDocument::parse(lastBody());
-    const auto body = *document.value().root().object();
-    EXPECT_EQ(body.size(), 1U);
-    const auto timestamp = body["timestamp"].text();
-    ASSERT_TRUE(timestamp.has_value());
-    EXPECT_NE(timestamp->find('.'), std::string_view::npos);
-    EXPECT_GE(std::stod(std::string(*timestamp)), before);
-}
-
-TEST_F(LongformViewsEndpointTest, ReadingAndReportingMayAlternate) {
-    submit(R"({"data": {}})");
-    fetch(R"({"data": {"longformId": "abc", "count": 1}})");
-    EXPECT_EQ(lastRequest().method, Method::GET);
-    EXPECT_EQ(lastRequest().url->query(), std::nullopt);
-    EXPECT_FALSE(lastRequest().body.has_value());
-    submit(R"({"error": "no", "code": 3})");
-    EXPECT_EQ(error->code(), 3);
 }
 
 TEST(LongformViewsParser, EveryKeyWithEveryKindOfValue) {

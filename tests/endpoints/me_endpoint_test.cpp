@@ -34,17 +34,6 @@ static_assert(!testing::madeOnTheStack<MeEndpoint, std::shared_ptr<Session>>);
 static_assert(testing::createdWith<MeEndpoint>);
 static_assert(testing::createdWith<MeEndpoint, std::shared_ptr<Session>>);
 
-TEST_F(MeEndpointTest, AsksForUsersMe) {
-    const auto outcome = get(R"({"data": {"username": "ada"}})");
-    ASSERT_TRUE(outcome && outcome->success());
-    EXPECT_EQ(outcome->success()->user->username, "ada");
-    EXPECT_EQ(outcome->error(), nullptr);
-    const auto request = transport->requests().front();
-    EXPECT_EQ(request.method, Method::GET);
-    EXPECT_EQ(request.url->absoluteString(), "https://service.example/users/me");
-    EXPECT_FALSE(request.body.has_value());
-}
-
 TEST_F(MeEndpointTest, TakesTheFirstOfSeveralUsers) {
     const auto outcome = get(R"({"data": {"records": [{"username": "a"}, {"username": "b"}]}})");
     ASSERT_TRUE(outcome && outcome->success());

@@ -57,29 +57,6 @@ private:
     URLRequest _last;
 };
 
-TEST_F(PostActionEndpointTest, LikesAndUnlikesAtOnePath) {
-    const auto like = LikeActionEndpoint::create(post);
-    const auto liked = toggle(*like, true, R"({"data": {"likeId": 42, "username": "ada"}})");
-    EXPECT_EQ(lastCall(), "POST /posts/123/likes");
-    EXPECT_FALSE(lastRequest().body.has_value());
-    ASSERT_TRUE(liked.success());
-    EXPECT_EQ(liked.success()->item->likeId, "42");
-    EXPECT_EQ(liked.success()->item->user->username, "ada");
-    EXPECT_TRUE(toggle(*like, false).success());
-    EXPECT_EQ(lastCall(), "DELETE /posts/123/likes");
-}
-
-TEST_F(PostActionEndpointTest, RepostsAndTakesThatBackByItsIdentifier) {
-    post->currentUserRekelo = std::make_shared<KLRekelo>();
-    post->currentUserRekelo->rekeloId = "987";
-    const auto rekelo = RekeloActionEndpoint::create(post);
-    const auto result = toggle(*rekelo, true, R"({"data": {"repostId": "abc"}})");
-    EXPECT_EQ(lastCall(), "POST /posts/123/repost");
-    EXPECT_EQ(result.success()->item->rekeloId, "abc");
-    toggle(*rekelo, false);
-    EXPECT_EQ(lastCall(), "DELETE /posts/123/repost/987");
-}
-
 TEST_F(PostActionEndpointTest, TakingBackAnUnknownRepostGoesToThePathOfBefore) {
     const auto fresh = RekeloActionEndpoint::create(post);
     toggle(*fresh, false);

@@ -78,23 +78,6 @@ TEST_F(TimelineEndpointTest, FromASessionHasNeitherPathNorParameters) {
     EXPECT_TRUE(own->parameters().empty());
 }
 
-TEST_F(TimelineEndpointTest, SendsItsParametersInTheQuery) {
-    fetchPage("");
-    EXPECT_EQ(transport->requests().front().url->absoluteString(),
-              "https://service.example/timelines/users/42"
-              "?c_max=3&c_overflow=trunc&l_max=3&l_overflow=trunc&size=5");
-}
-
-TEST_F(TimelineEndpointTest, ParsesPostsInOrder) {
-    const auto outcome =
-        fetch(R"({"data": {"records": [{"postId": 4321, "username": "ada"}, {"postId": "x"}]}})");
-    const auto& posts = outcome->success()->posts;
-    ASSERT_EQ(posts.size(), 2U);
-    EXPECT_EQ(posts[0]->postId, "4321");
-    EXPECT_EQ(posts[0]->user->username, "ada");
-    EXPECT_EQ(posts[1]->postId, "x");
-}
-
 TEST_F(TimelineEndpointTest, NumbersAndAnchorsLeadToOtherPages) {
     struct {
         const char* paging;
