@@ -106,6 +106,7 @@ TEST_F(EndpointRequestTest, APathThatIsNoURLOfHTTPEndsAsTransportErrorWithNothin
     }
     EXPECT_TRUE(transport->requests().empty());
     EXPECT_EQ(lines.front(), "nil");
+    EXPECT_EQ(lines.size(), 4U) << "one line for each call";
 }
 
 TEST_F(EndpointRequestTest, ALineBreakInAHeaderValueIsRefused) {
