@@ -62,10 +62,15 @@ protected:
         return body;
     }
 
-    /// Sends and waits for the end.
-    static Observer send(Transport& transport, const URLRequest& request) {
+    static Observer start(Transport& transport, const URLRequest& request) {
         auto observer = std::make_shared<RecordingObserver>();
         transport.start(request, observer);
+        return observer;
+    }
+
+    /// Sends and waits for the end.
+    static Observer send(Transport& transport, const URLRequest& request) {
+        auto observer = start(transport, request);
         EXPECT_TRUE(observer->wait()) << request.description() << " did not complete";
         EXPECT_EQ(observer->completions, 1);
         EXPECT_EQ(observer->callsAfterEnd, 0);
@@ -91,6 +96,13 @@ protected:
                    << observer->responses.size() << " answers, status " << observer->status();
         }
         return ::testing::AssertionSuccess();
+    }
+
+    static void expectAllSucceeded(const std::vector<Observer>& observers) {
+        for (const Observer& observer : observers) {
+            ASSERT_TRUE(observer->wait());
+            EXPECT_TRUE(succeeded(observer));
+        }
     }
 };
 

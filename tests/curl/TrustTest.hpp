@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/TemporaryFile.hpp"
+#include "support/TemporaryFolder.hpp"
 #include "support/TestServer.hpp"
 #include "TransportTest.hpp"
 
@@ -12,34 +12,29 @@ protected:
     void TearDown() override { unsetenv("SSL_CERT_FILE"); }
 
     void serve(const TestCertificate& certificate) {
+        using httplib::Request;
+        using httplib::Response;
         server = std::make_unique<TestServer>(certificate);
-        server->routes().Get("/", [](const httplib::Request&, httplib::Response& response) {
-            response.set_content("served", "text/plain");
+        server->serve("/", "served");
+        server->routes().Post("/", [](const Request&, Response&) {});
+        server->routes().Get(
+            "/away", [this](const Request&, Response& response) { response.set_redirect(target); });
+        server->routes().Post("/away", [this](const Request&, Response& response) {
+            response.set_redirect(target, 307);
         });
-        server->routes().Get("/away", [this](const httplib::Request&, httplib::Response& response) {
-            response.set_redirect(target);
-        });
-        server->routes().Post("/", [](const httplib::Request&, httplib::Response& response) {
-            response.set_content("taken", "text/plain");
-        });
-        server->routes().Post("/away",
-                              [this](const httplib::Request&, httplib::Response& response) {
-                                  response.set_redirect(target, 307);
-                              });
         server->start();
     }
 
     /// Lets every transport made from now on find this authority in the system's store.
-    void trustBySystem(const TestCertificate& authority) {
-        _systemStore = std::make_unique<TemporaryFile>(authority.pem());
-        setenv("SSL_CERT_FILE", _systemStore->path().c_str(), 1);
+    void trustBySystem(const TestCertificate& authority) const {
+        setenv("SSL_CERT_FILE", _folder.write("store.pem", authority.pem()).c_str(), 1);
     }
 
     std::unique_ptr<TestServer> server;
     std::string target;
 
 private:
-    std::unique_ptr<TemporaryFile> _systemStore;
+    TemporaryFolder _folder;
 };
 
 } // namespace KeloAPI::testing

@@ -1,45 +1,18 @@
-#include "support/Nginx.hpp"
+#include "NginxTest.hpp"
 #include "support/RawServer.hpp"
 #include "support/Sanitizers.hpp"
+#include "support/Shortage.hpp"
 #include "TransportTest.hpp"
 
-#include <sys/resource.h>
-
-#include <algorithm>
-#include <atomic>
+#include <array>
 #include <mutex>
 #include <semaphore>
 #include <set>
-#include <thread>
 
 namespace KeloAPI::testing {
 namespace {
 
 using namespace std::chrono_literals;
-
-constexpr std::string_view limitTestResponse = "HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\nok";
-
-TransportSettings oneConnection() {
-    TransportSettings settings;
-    settings.maxCallConnectionsPerHost = 1;
-    return settings;
-}
-
-/// The descriptors of this process are so few while the object lives.
-class FewDescriptors {
-public:
-    explicit FewDescriptors(rlim_t few) {
-        getrlimit(RLIMIT_NOFILE, &_before);
-        const rlimit limit{few, _before.rlim_max};
-        setrlimit(RLIMIT_NOFILE, &limit);
-    }
-    FewDescriptors(const FewDescriptors&) = delete;
-    FewDescriptors& operator=(const FewDescriptors&) = delete;
-    ~FewDescriptors() { setrlimit(RLIMIT_NOFILE, &_before); }
-
-private:
-    rlimit _before{};
-};
 
 /// A server that answers a request only when it is let, in the connection's turn.
 class ConnectionLimitTest : public TransportTest {
@@ -49,21 +22,36 @@ protected:
         letAnswer(1000);
     }
 
-    void serve(RawConnection& connection) {
-        for (std::string request = connection.readRequest(); !request.empty();
-             request = connection.readRequest()) {
+    /// Notes the request, and answers it once it may.
+    void serve(RawConnection& connection, const std::string& redirectedPath = {}) {
+        connection.serve([&](const std::string& request) {
+            const std::string path = pathOf(request);
             {
                 const std::lock_guard lock(mutex);
-                paths.push_back(request.substr(4, request.find(' ', 4) - 4));
+                paths.push_back(path);
             }
             reached.release();
-            if (!answers.try_acquire_for(30s) || !connection.write(limitTestResponse)) {
-                return;
-            }
-        }
+            EXPECT_TRUE(answers.try_acquire_for(timeLimit));
+            return path == redirectedPath ? "HTTP/1.1 302 Found\r\nLocation: /there\r\n"
+                                            "Content-Length: 0\r\n\r\n"
+                                          : okResponse();
+        });
     }
 
-    std::vector<Observer> start(int count, std::chrono::milliseconds interval = 30s) {
+    void useOneConnection() {
+        TransportSettings settings;
+        settings.maxCallConnectionsPerHost = 1;
+        transport = unpinned(settings);
+    }
+
+    /// Two for calls, as many for downloads.
+    void keepTwoIdleConnections() {
+        TransportSettings settings;
+        settings.maxIdleConnections = 4;
+        transport = unpinned(settings);
+    }
+
+    std::vector<Observer> start(int count, std::chrono::milliseconds interval = timeLimit) {
         std::vector<Observer> observers;
         for (int i = 0; i < count; ++i) {
             auto request = get(server.url("/" + std::to_string(i)));
@@ -74,20 +62,14 @@ protected:
         return observers;
     }
 
-    void awaitRequests(int count) {
+    static void await(std::counting_semaphore<>& event, int count) {
         for (int i = 0; i < count; ++i) {
-            ASSERT_TRUE(reached.try_acquire_for(20s)) << "of " << count << " only " << i;
+            ASSERT_TRUE(event.try_acquire_for(timeLimit)) << "of " << count << " only " << i;
         }
     }
+    void awaitRequests(int count) { await(reached, count); }
 
     void letAnswer(int count) { answers.release(count); }
-
-    static void expectAll(const std::vector<Observer>& observers) {
-        for (const Observer& observer : observers) {
-            ASSERT_TRUE(observer->wait());
-            EXPECT_TRUE(succeeded(observer));
-        }
-    }
 
     std::vector<std::string> requested() {
         const std::lock_guard lock(mutex);
@@ -98,41 +80,30 @@ protected:
     std::vector<std::string> paths;
     std::counting_semaphore<> reached{0};
     std::counting_semaphore<> answers{0};
+    std::counting_semaphore<> closed{0};
     RawServer server{[this](RawConnection& connection) { serve(connection); }};
-    RawServer other{[](RawConnection& connection) {
-        while (!connection.readRequest().empty()) {
-            connection.write(limitTestResponse);
-        }
-    }};
+    RawServer other{answeringAll(okResponse())};
     std::shared_ptr<CurlTransport> transport = unpinned();
     std::vector<std::shared_ptr<Exchange>> exchanges;
 };
 
-TEST_F(ConnectionLimitTest, SixToAHostCarryAnyNumberOfCalls) {
+TEST_F(ConnectionLimitTest, SixToAHostCarryAnyNumberOfCallsAndOtherHostsDoNotWait) {
     const auto observers = start(300);
     awaitRequests(6);
+    EXPECT_TRUE(succeeded(send(*transport, get(other.url("/")))));
+    EXPECT_EQ(requested().size(), 6U);
     letAnswer(300);
-    expectAll(observers);
+    expectAllSucceeded(observers);
     EXPECT_EQ(server.connections(), 6);
     EXPECT_EQ(requested().size(), 300U);
 }
 
-TEST_F(ConnectionLimitTest, CallsToOtherHostsDoNotWait) {
-    const auto observers = start(30);
-    awaitRequests(6);
-    EXPECT_TRUE(succeeded(send(*transport, get(other.url("/")))));
-    EXPECT_EQ(requested().size(), 6U);
-    letAnswer(30);
-    expectAll(observers);
-}
-
 TEST_F(ConnectionLimitTest, CallsToAHostThatDoesNotLetConnectHoldUpNoOther) {
     // TLS that nobody answers: whether calls can share a connection stays unknown.
-    RawServer silent([](RawConnection& connection) { connection.waitForClose(); });
+    RawServer silent(keepingSilent());
     std::vector<Observer> held;
     for (int i = 0; i < 10; ++i) {
-        held.push_back(std::make_shared<RecordingObserver>());
-        exchanges.push_back(transport->start(get(silent.url("/", "https")), held.back()));
+        held.push_back(TransportTest::start(*transport, get(silent.url("/", "https"))));
     }
     for (int i = 0; i < 10; ++i) {
         EXPECT_TRUE(succeeded(send(*transport, get(other.url("/")))));
@@ -141,44 +112,29 @@ TEST_F(ConnectionLimitTest, CallsToAHostThatDoesNotLetConnectHoldUpNoOther) {
 }
 
 TEST_F(ConnectionLimitTest, IsSetPerTransport) {
-    transport = unpinned(oneConnection());
-    const auto observers = start(10);
-    letAnswer(10);
-    expectAll(observers);
+    useOneConnection();
+    const auto observers = start(5);
+    letAnswer(5);
+    expectAllSucceeded(observers);
     EXPECT_EQ(server.connections(), 1);
-    EXPECT_EQ(requested(), (std::vector<std::string>{"/0", "/1", "/2", "/3", "/4", "/5", "/6", "/7",
-                                                     "/8", "/9"}))
+    EXPECT_EQ(requested(), (std::vector<std::string>{"/0", "/1", "/2", "/3", "/4"}))
         << "in the order in which they were started";
 }
 
 TEST_F(ConnectionLimitTest, ARedirectedCallKeepsItsTurn) {
-    RawServer redirecting([this](RawConnection& connection) {
-        for (std::string request = connection.readRequest(); !request.empty();
-             request = connection.readRequest()) {
-            const std::string path = request.substr(4, request.find(' ', 4) - 4);
-            {
-                const std::lock_guard lock(mutex);
-                paths.push_back(path);
-            }
-            answers.try_acquire_for(30s);
-            connection.write(path == "/0" ? "HTTP/1.1 302 Found\r\nLocation: /there\r\n"
-                                            "Content-Length: 0\r\n\r\n"
-                                          : limitTestResponse);
-        }
-    });
-    transport = unpinned(oneConnection());
+    RawServer redirecting([this](RawConnection& connection) { serve(connection, "/0"); });
+    useOneConnection();
     std::vector<Observer> observers;
     for (const char* path : {"/0", "/1", "/2"}) {
-        observers.push_back(std::make_shared<RecordingObserver>());
-        transport->start(get(redirecting.url(path)), observers.back());
+        observers.push_back(TransportTest::start(*transport, get(redirecting.url(path))));
     }
     letAnswer(4);
-    expectAll(observers);
+    expectAllSucceeded(observers);
     EXPECT_EQ(requested(), (std::vector<std::string>{"/0", "/there", "/1", "/2"}));
 }
 
 TEST_F(ConnectionLimitTest, AWaitingCallIsCancelledAtOnce) {
-    transport = unpinned(oneConnection());
+    useOneConnection();
     const auto observers = start(3);
     awaitRequests(1);
     exchanges[1]->cancel();
@@ -186,12 +142,12 @@ TEST_F(ConnectionLimitTest, AWaitingCallIsCancelledAtOnce) {
     EXPECT_TRUE(failedWith(observers[1], HTTPErrorCode::Cancelled));
     EXPECT_FALSE(observers[0]->hasCompleted());
     letAnswer(2);
-    expectAll({observers[0], observers[2]});
+    expectAllSucceeded({observers[0], observers[2]});
     EXPECT_EQ(requested(), (std::vector<std::string>{"/0", "/2"}));
 }
 
 TEST_F(ConnectionLimitTest, WaitingCallsEndWithTheTransport) {
-    transport = unpinned(oneConnection());
+    useOneConnection();
     const auto observers = start(3);
     awaitRequests(1);
     transport.reset();
@@ -202,7 +158,7 @@ TEST_F(ConnectionLimitTest, WaitingCallsEndWithTheTransport) {
 }
 
 TEST_F(ConnectionLimitTest, ACallThatWaitsForAMuteHostTimesOutUnsent) {
-    transport = unpinned(oneConnection());
+    useOneConnection();
     const auto first = start(1);
     awaitRequests(1);
     const auto second = start(1, 300ms);
@@ -210,11 +166,11 @@ TEST_F(ConnectionLimitTest, ACallThatWaitsForAMuteHostTimesOutUnsent) {
     EXPECT_TRUE(failedWith(second[0], HTTPErrorCode::TimedOut));
     EXPECT_FALSE(first[0]->hasCompleted());
     letAnswer(1);
-    expectAll(first);
+    expectAllSucceeded(first);
     // Had the second been sent or were it still to be sent, it would come before this one.
     const auto third = start(1);
     letAnswer(1);
-    expectAll(third);
+    expectAllSucceeded(third);
     EXPECT_EQ(requested().size(), 2U);
 }
 
@@ -232,75 +188,59 @@ TEST_F(ConnectionLimitTest, TheClockOfACallRunsFromWhenItIsSent) {
                          "\r\n\r\nx");
         connection.waitForClose();
     });
-    transport = unpinned(oneConnection());
+    useOneConnection();
     const auto first = std::make_shared<RecordingObserver>();
     first->onData = [&peer, step = 1]() mutable {
         std::this_thread::sleep_for(100ms);
         return step++ == steps || peer.load()->write("x");
     };
     const auto second = std::make_shared<RecordingObserver>();
-    second->onSent = [&peer] { peer.load()->write(limitTestResponse); };
+    second->onSent = [&peer] { peer.load()->write(okResponse()); };
     auto request = with(Method::POST, slow.url("/"), "body");
     request.timeoutInterval = 1s;
     transport->start(get(slow.url("/")), first);
     awaitRequests(1);
     const auto begin = std::chrono::steady_clock::now();
     transport->start(request, second);
-    expectAll({first, second});
+    expectAllSucceeded({first, second});
     EXPECT_GT(std::chrono::steady_clock::now() - begin, request.timeoutInterval);
     EXPECT_EQ(slow.connections(), 1);
 }
 
-TEST_F(ConnectionLimitTest, IdleConnectionsAreLimitedToo) {
-    TransportSettings settings;
-    settings.maxIdleConnections = 4; // two for calls, two for downloads
-    transport = unpinned(settings);
-    std::counting_semaphore<> closed{0};
-    const auto handler = [&closed](RawConnection& connection) {
-        while (!connection.readRequest().empty()) {
-            connection.write(limitTestResponse);
-        }
-        closed.release();
-    };
+TEST_F(ConnectionLimitTest, TheOldestIdleConnectionsAreClosed) {
+    keepTwoIdleConnections();
     std::array<std::unique_ptr<RawServer>, 5> servers;
     for (auto& each : servers) {
-        each = std::make_unique<RawServer>(handler);
+        each = std::make_unique<RawServer>([this](RawConnection& connection) {
+            answeringAll(okResponse())(connection);
+            closed.release();
+        });
         EXPECT_TRUE(succeeded(send(*transport, get(each->url("/")))));
         std::this_thread::sleep_for(5ms); // libcurl tells the oldest connection by milliseconds
     }
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_TRUE(closed.try_acquire_for(20s)) << "connection " << i << " was kept";
+    await(closed, 3);
+    for (const std::size_t last : {3U, 4U}) {
+        EXPECT_TRUE(succeeded(send(*transport, get(servers.at(last)->url("/")))));
+        EXPECT_EQ(servers.at(last)->connections(), 1) << "the last ones were kept";
     }
-    for (int i : {3, 4}) {
-        EXPECT_TRUE(succeeded(send(*transport, get(servers[i]->url("/")))));
-        EXPECT_EQ(servers[i]->connections(), 1) << "the last ones were kept";
-    }
-    transport.reset();
 }
 
 TEST_F(ConnectionLimitTest, ABurstLeavesNoMoreIdleConnectionsThanTheLimit) {
     constexpr int hosts = 12;
-    TransportSettings settings;
-    settings.maxIdleConnections = 4; // two for calls, two for downloads
-    transport = unpinned(settings);
-    std::counting_semaphore<> closed{0};
+    keepTwoIdleConnections();
     std::array<std::unique_ptr<RawServer>, hosts> servers;
     std::vector<Observer> observers;
     for (auto& each : servers) {
-        each = std::make_unique<RawServer>([&](RawConnection& connection) {
+        each = std::make_unique<RawServer>([this](RawConnection& connection) {
             serve(connection);
             closed.release();
         });
-        observers.push_back(std::make_shared<RecordingObserver>());
-        exchanges.push_back(transport->start(get(each->url("/")), observers.back()));
+        observers.push_back(TransportTest::start(*transport, get(each->url("/"))));
     }
     awaitRequests(hosts);
     letAnswer(hosts);
-    expectAll(observers);
-    for (int i = 0; i < hosts - 2; ++i) {
-        EXPECT_TRUE(closed.try_acquire_for(20s)) << "connection " << i << " was kept";
-    }
-    transport.reset();
+    expectAllSucceeded(observers);
+    await(closed, hosts - 2);
 }
 
 TEST_F(ConnectionLimitTest, AFailedPollEndsNoCall) {
@@ -309,39 +249,28 @@ TEST_F(ConnectionLimitTest, AFailedPollEndsNoCall) {
     }
     const auto observers = start(6);
     awaitRequests(6);
-    {
-        // A poll of more than that many descriptors fails. The cancelled call brings the thread to
-        // its next poll, and the first response to the one after it.
-        const FewDescriptors few(4);
-        const auto extra = start(1);
-        exchanges.back()->cancel();
-        ASSERT_TRUE(extra[0]->wait());
-        letAnswer(6);
-        expectAll(observers);
-    }
+    // A poll of more than that many descriptors fails. The cancelled call brings the thread to its
+    // next poll, and the first response to the one after it.
+    const LoweredLimit few(RLIMIT_NOFILE, 4);
+    const auto extra = start(1);
+    exchanges.back()->cancel();
+    ASSERT_TRUE(extra[0]->wait());
+    letAnswer(6);
+    expectAllSucceeded(observers);
 }
 
-TEST(ConnectionLimitHTTP2Test, SixToAHostCarryAnyNumberOfCalls) {
-    if (!Nginx::isInstalled()) {
-        GTEST_SKIP() << "nginx is not installed";
-    }
-    const auto leaf = TestCertificate::selfSigned({});
-    const Nginx nginx(leaf);
-    ASSERT_TRUE(nginx.isServing());
-    const FewDescriptors few(256);
-    CurlTransport transport(
-        ServerTrustPolicyManager({{"localhost", PinCertificates{{leaf.certificate()}}}}));
-    std::vector<std::shared_ptr<RecordingObserver>> observers;
+using ConnectionLimitHTTP2Test = NginxTest;
+
+TEST_F(ConnectionLimitHTTP2Test, SixToAHostCarryAnyNumberOfCalls) {
+    const LoweredLimit few(RLIMIT_NOFILE, 256);
+    const auto transport = pinning("localhost", {leaf.certificate()});
+    std::vector<Observer> observers;
     for (int i = 0; i < 1000; ++i) {
-        URLRequest request;
-        request.url = URL::parse(nginx.url("/quick"));
-        observers.push_back(std::make_shared<RecordingObserver>());
-        transport.start(request, observers.back());
+        observers.push_back(start(*transport, get(nginx->url("/quick"))));
     }
+    expectAllSucceeded(observers);
     std::set<std::string> connections;
-    for (const auto& observer : observers) {
-        ASSERT_TRUE(observer->wait());
-        ASSERT_FALSE(observer->error) << observer->error->description();
+    for (const Observer& observer : observers) {
         connections.insert(observer->responses.at(0).headerFields.find("X-Connection")->second);
     }
     EXPECT_LE(connections.size(), 6U);

@@ -1,38 +1,62 @@
-// Leaves the process by `exit` while requests are in flight. Run by exit_test.
+// Leaves the process by `exit` in the midst of work. Run by exit_test.
 //
-//   exit-in-flight WAY LIFE PORT CERTIFICATE MICROSECONDS
+//   exit-in-flight WORK WAY LIFE PORT CERTIFICATE MICROSECONDS
 //
-// WAY says who calls `exit`, and from where: main, return, thread, response, data or complete. LIFE
-// says when the transport is destroyed: early, which is before the network threads are asked to
-// park, late, which is after that, or never. The exit status is 7.
+// WORK is requests, in flight on two network threads, or parsing, on the response queues of several
+// managers. WAY says who calls `exit`, and from where: main, return, thread, response, data or
+// complete, or queue, which is a response queue between two parses. LIFE says when the transport or
+// the managers are destroyed: early, which is before the library's threads are asked to park, late,
+// which is after that, or never. MICROSECONDS are counted from the first request, or from the first
+// parse that finds the program set up. The exit status is 7.
 
-#include "support/GetRequest.hpp"
+#include "support/FixedRequest.hpp"
+#include "support/TemporaryFolder.hpp"
 
 #include <KeloAPI/curl/internal/CurlTransport.hpp>
+#include <KeloAPI/http/Manager.hpp>
+#include <KeloAPI/http/ResponseSerializers.hpp>
 
 #include <unistd.h>
 
 #include <atomic>
 #include <cstdlib>
+#include <limits>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace {
 
 using namespace KeloAPI;
+using Clock = std::chrono::steady_clock;
 
 constexpr int expectedStatus = 7;
 
+/// Looked at by threads to the very end.
 struct Plan {
     std::string way;
+    std::string life;
     std::string port;
-    std::chrono::steady_clock::time_point when;
-    CurlTransport* transport = nullptr;
-    /// Two network threads may get there; only one thread may call `exit`.
+    std::chrono::microseconds after{0};
+    std::atomic<Clock::rep> when = std::numeric_limits<Clock::rep>::max();
+    /// The main thread is done with the managers: what it would do to them while another thread
+    /// leaves the process is not what is tested here.
+    std::atomic<bool> ready = false;
+    /// Several threads may get there; only one may call `exit`.
     std::atomic<bool> left = false;
 
+    void startClock() {
+        Clock::rep never = std::numeric_limits<Clock::rep>::max();
+        when.compare_exchange_strong(never, (Clock::now() + after).time_since_epoch().count());
+    }
+    bool isDue() const { return Clock::now().time_since_epoch().count() >= when; }
+    void awaitTime() const {
+        while (!isDue()) {
+            std::this_thread::sleep_for(std::chrono::microseconds(50));
+        }
+    }
     void exitIf(std::string_view here) {
-        if (way == here && std::chrono::steady_clock::now() >= when && !left.exchange(true)) {
+        if (way == here && isDue() && !left.exchange(true)) {
             std::exit(expectedStatus);
         }
     }
@@ -41,15 +65,12 @@ struct Plan {
 /// Asks again as soon as it has been answered.
 class Asker : public ExchangeObserver, public std::enable_shared_from_this<Asker> {
 public:
-    Asker(Plan& plan, const std::string& url)
+    Asker(Plan& plan, CurlTransport& transport, const std::string& url)
         : _plan(plan)
+        , _transport(transport)
         , _url(url) {}
 
-    void ask() {
-        URLRequest request;
-        request.url = URL::parse(_url);
-        _plan.transport->start(request, shared_from_this());
-    }
+    void ask() { _transport.start(testing::FixedRequest(_url).request, shared_from_this()); }
 
     void didReceiveResponse(HTTPResponse) override { _plan.exitIf("response"); }
     bool didReceiveData(std::string_view) override {
@@ -66,53 +87,94 @@ public:
 
 private:
     Plan& _plan;
+    CurlTransport& _transport;
     std::string _url;
 };
+
+/// Two lanes: one pinned, one of the system's trust, which the caller sets up.
+void startAsking(Plan& plan, CurlTransport& transport) {
+    plan.startClock();
+    for (const char* host : {"localhost", "127.0.0.1"}) {
+        for (const char* path : {"/quick", "/quick", "/slow"}) {
+            const std::string url = std::string("https://") + host + ":" + plan.port + path;
+            std::make_shared<Asker>(plan, transport, url)->ask();
+        }
+    }
+}
+
+void parse(const ResponseContent& content, Plan& plan) {
+    if (plan.ready) {
+        plan.startClock();
+    }
+    // The exit may have cancelled it.
+    if (!serializeJSON(content) && !content.error) {
+        _exit(4);
+    }
+    plan.exitIf("queue");
+}
+
+/// Parses an answer many times over, as a queue full of answers would.
+void startParsing(Plan& plan, Manager& manager) {
+    const auto request =
+        manager.request(testing::FixedRequest("https://localhost:" + plan.port + "/records"));
+    for (int i = 0; i < 1'000; ++i) {
+        request->response([&plan](const ResponseContent& content, Timeline) {
+            parse(content, plan);
+            return Request::Completion();
+        });
+    }
+}
+
+void startParsing(Plan& plan, const ServerTrustPolicyManager& trust) {
+    static auto& kept = *new std::vector<std::shared_ptr<Manager>>;
+    static std::vector<std::shared_ptr<Manager>> destroyedAtExit;
+    auto& managers = plan.life == "early" ? destroyedAtExit : kept;
+    for (int i = 0; i < 3; ++i) {
+        managers.push_back(std::make_shared<Manager>(trust));
+        startParsing(plan, *managers.back());
+    }
+    plan.ready = true;
+}
 
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 6) {
+    if (argc != 7) {
         return 2;
     }
-    // Observers may look at it to the very end.
     static Plan& plan = *new Plan;
-    const std::string_view life = argv[2];
+    const std::string_view work = argv[1];
+    plan.way = argv[2];
+    plan.life = argv[3];
+    plan.port = argv[4];
+    plan.after = std::chrono::microseconds(std::strtol(argv[6], nullptr, 10));
+    CurlTransport* transport = nullptr;
     // What exit undoes goes in reverse: this one is older than the library's own exit handler.
-    if (life == "late") {
-        static CurlTransport transport{ServerTrustPolicyManager()};
-        plan.transport = &transport;
+    if (plan.life == "late") {
+        static CurlTransport late{ServerTrustPolicyManager()};
+        transport = &late;
     }
-    const auto certificate = Certificate::fromPEM(testing::contentsOf(argv[4]));
+    const auto certificate = Certificate::fromPEM(testing::contentsOf(argv[5]));
     if (!certificate) {
         return 3;
     }
     const ServerTrustPolicyManager trust({{"localhost", PinCertificates{{*certificate}}}});
-    if (life == "early") {
-        static CurlTransport transport(trust);
-        plan.transport = &transport;
-    } else if (life == "never") {
-        plan.transport = new CurlTransport(trust);
-    }
-    plan.way = argv[1];
-    plan.port = argv[3];
-    plan.when = std::chrono::steady_clock::now() +
-                std::chrono::microseconds(std::strtol(argv[5], nullptr, 10));
-
-    // Two lanes: one pinned, one of the system's trust, which the caller sets up.
-    for (const char* host : {"localhost", "127.0.0.1"}) {
-        for (const char* path : {"/quick", "/quick", "/slow"}) {
-            const std::string url = std::string("https://") + host + ":" + plan.port + path;
-            std::make_shared<Asker>(plan, url)->ask();
+    if (work == "parsing") {
+        startParsing(plan, trust);
+    } else {
+        if (plan.life == "early") {
+            static CurlTransport early(trust);
+            transport = &early;
         }
+        startAsking(plan, transport != nullptr ? *transport : *new CurlTransport(trust));
     }
     if (plan.way == "thread") {
         std::thread([] {
-            std::this_thread::sleep_until(plan.when);
+            plan.awaitTime();
             plan.exitIf("thread");
         }).detach();
     } else if (plan.way == "main" || plan.way == "return") {
-        std::this_thread::sleep_until(plan.when);
+        plan.awaitTime();
         plan.exitIf("main");
         return expectedStatus;
     }

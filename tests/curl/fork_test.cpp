@@ -1,5 +1,5 @@
-#include "support/GetRequest.hpp"
-#include "support/MainLoop.hpp"
+#include "support/EndedRequest.hpp"
+#include "support/FixedRequest.hpp"
 #include "support/RawServer.hpp"
 #include "support/Sanitizers.hpp"
 #include "TransportTest.hpp"
@@ -20,27 +20,18 @@ namespace {
 
 class ForkTest : public TransportTest {
 protected:
-    struct Ended {
-        bool inTime = false;
-        std::optional<Error> error;
-
-        bool well() const { return inTime && !error; }
-        bool inherited() const {
-            return inTime && error && isHTTPError(*error, HTTPErrorCode::Inherited);
+    void SetUp() override {
+        if (isSanitized) {
+            GTEST_SKIP() << "sanitizers lose their own threads in a child";
         }
-    };
-
-    Ended ask(Manager& through) const {
-        return ended(through.request(GetRequest(URL::parse(server.url("/")))));
     }
 
-    static Ended ended(const std::shared_ptr<Request>& request) {
-        const auto result = std::make_shared<Ended>();
-        request->response([result](const ResponseContent& content, Timeline) {
-            return [result, error = content.error] { *result = {true, error}; };
-        });
-        runUntil([&] { return result->inTime; });
-        return *result;
+    bool isAnswered(Manager& through) const {
+        return !errorOf(through.request(FixedRequest(server.url("/"))));
+    }
+    static bool isInherited(const std::shared_ptr<Request>& request) {
+        const auto error = errorOf(request);
+        return error && isHTTPError(*error, HTTPErrorCode::Inherited);
     }
 
     /// The exit status of a forked child that does this; it gives up by itself.
@@ -61,60 +52,46 @@ protected:
         return inChild([&]() -> int { std::exit(work()); });
     }
 
-    RawServer server{[](RawConnection& connection) {
-        while (!connection.readRequest().empty()) {
-            connection.write("HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\nok");
-        }
-    }};
+    RawServer server{answeringAll(okResponse())};
     std::unique_ptr<Manager> manager = std::make_unique<Manager>(ServerTrustPolicyManager());
 };
 
 TEST_F(ForkTest, InAChildTheParentsConnectionsSaySoAndNewOnesWork) {
-    if (isSanitized) {
-        GTEST_SKIP() << "sanitizers lose their own threads in a child";
-    }
     // Once before the parent has threads, once with them.
     for (int turn = 0; turn < 2; ++turn) {
         const int status = inChild([this] {
-            if (!ask(*manager).inherited()) {
+            const FixedRequest request(server.url("/"));
+            if (!isInherited(manager->request(request))) {
                 return 1;
             }
-            const auto file = URL::fileURL("/nowhere/video");
-            if (!ended(manager->download(GetRequest(URL::parse(server.url("/"))), file))
-                     .inherited()) {
+            if (!isInherited(manager->download(request, URL::fileURL("/nowhere/video")))) {
                 return 2;
             }
             Manager own{ServerTrustPolicyManager()};
-            if (!ask(own).well()) {
+            if (!isAnswered(own)) {
                 return 3;
             }
             manager.reset();
-            return ask(own).well() ? 0 : 4;
+            return isAnswered(own) ? 0 : 4;
         });
         EXPECT_EQ(status, 0);
-        EXPECT_TRUE(ask(*manager).well());
+        EXPECT_TRUE(isAnswered(*manager));
     }
     EXPECT_EQ(server.connections(), 3) << "the parent goes on over its own";
 }
 
 TEST_F(ForkTest, AChildWithAManagerOfItsOwnMayExit) {
-    if (isSanitized) {
-        GTEST_SKIP() << "sanitizers lose their own threads in a child";
-    }
-    ASSERT_TRUE(ask(*manager).well());
+    ASSERT_TRUE(isAnswered(*manager));
     EXPECT_EQ(inChildThatExits([this] {
                   auto* own = new Manager{ServerTrustPolicyManager()}; // outlives the exit
-                  return ask(*own).well() ? 0 : 1;
+                  return isAnswered(*own) ? 0 : 1;
               }),
               0);
-    EXPECT_TRUE(ask(*manager).well());
+    EXPECT_TRUE(isAnswered(*manager));
 }
 
 TEST_F(ForkTest, AChildsExitAsksTheChildsThreadsToPark) {
-    if (isSanitized) {
-        GTEST_SKIP() << "sanitizers lose their own threads in a child";
-    }
-    ASSERT_TRUE(ask(*manager).well());
+    ASSERT_TRUE(isAnswered(*manager));
     constexpr int asked = 7;
     EXPECT_EQ(inChildThatExits([] {
                   ExitGuard::install();

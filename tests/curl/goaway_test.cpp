@@ -114,19 +114,13 @@ protected:
     GoAwayTest() {
         // OpenSSL writes to a client that has gone in the plain way.
         std::signal(SIGPIPE, SIG_IGN);
-        SSL_CTX_use_certificate(_context.get(), _certificate.x509());
-        SSL_CTX_use_PrivateKey(_context.get(), _certificate.key());
         SSL_CTX_set_alpn_select_cb(_context.get(), &selectHTTP2, nullptr);
     }
 
-    /// What comes of the request where each connection is handled so; connections count from 1.
-    Observer sent(URLRequest request, Handler handler) {
-        serve(std::move(handler));
-        request.url = URL::parse(url());
-        return send(*pinning("127.0.0.1", {certificate()}), request);
-    }
-
+    /// Handles each connection so; connections count from 1.
     void serve(Handler handler) {
+        connections = 0;
+        taken = 0;
         _server =
             std::make_unique<RawServer>([this, handler = std::move(handler)](RawConnection& raw) {
                 const int number = ++connections;
@@ -135,109 +129,101 @@ protected:
             });
     }
 
-    static constexpr std::size_t all = 3;
-
-    /// Reads as many requests; the first one's stream.
-    static std::uint32_t readAll(FrameConnection& connection) {
-        const std::uint32_t first = connection.readRequest();
-        for (std::size_t i = 1; i < all; ++i) {
-            connection.readRequest();
+    void answerAll(FrameConnection& connection) {
+        for (auto stream = connection.readRequest(); stream != 0;
+             stream = connection.readRequest()) {
+            ++taken;
+            connection.answer(stream);
         }
-        return first;
     }
 
-    /// Sends as many requests at once and waits for their ends.
-    std::vector<Observer> sendAll(Method method) {
-        const auto transport = pinning("127.0.0.1", {certificate()});
+    /// What comes of so many requests at once.
+    std::vector<Observer> sent(Method method, std::size_t count) {
+        const auto transport = pinning("127.0.0.1", {_certificate.certificate()});
+        auto request = get(_server->url("/", "https"));
+        request.method = method;
         std::vector<Observer> observers;
-        for (std::size_t i = 0; i < all; ++i) {
-            observers.push_back(std::make_shared<RecordingObserver>());
-            auto request = get(url());
-            request.method = method;
-            transport->start(request, observers.back());
+        for (std::size_t i = 0; i < count; ++i) {
+            observers.push_back(start(*transport, request));
         }
         for (const Observer& observer : observers) {
             EXPECT_TRUE(observer->wait());
         }
         return observers;
     }
+    Observer sent(Method method) { return sent(method, 1).front(); }
 
-    std::string url() const { return _server->url("/", "https"); }
-    Certificate certificate() const { return _certificate.certificate(); }
+    static constexpr std::size_t all = 3;
+
+    /// Reads as many requests; the first one's stream.
+    std::uint32_t readAll(FrameConnection& connection) {
+        const std::uint32_t first = connection.readRequest();
+        for (std::size_t i = 1; i < all; ++i) {
+            connection.readRequest();
+        }
+        taken += all;
+        return first;
+    }
 
     std::atomic<int> connections = 0;
+    std::atomic<std::size_t> taken = 0;
 
 private:
     TestCertificate _certificate = TestCertificate::selfSigned({});
-    std::unique_ptr<SSL_CTX, decltype(&SSL_CTX_free)> _context{SSL_CTX_new(TLS_server_method()),
-                                                               &SSL_CTX_free};
+    std::shared_ptr<SSL_CTX> _context = _certificate.serverContext();
     std::unique_ptr<RawServer> _server; // goes before what its connections use
 };
 
-TEST_F(GoAwayTest, ARequestThatChangesNothingIsSentAgain) {
+TEST_F(GoAwayTest, WhatTheServerHasNotProcessedIsSentAgainUnlessItIsAnAction) {
     for (const bool closesAtOnce : {true, false}) {
         for (const std::uint32_t error : {0U, 11U}) {
-            connections = 0;
-            const auto heard = sent(get("/"), [&](FrameConnection& connection, int number) {
-                const std::uint32_t stream = connection.readRequest();
-                if (number == 1) {
+            for (const Method method : {Method::GET, Method::POST}) {
+                SCOPED_TRACE(::testing::Message() << closesAtOnce << error << name(method));
+                serve([&](FrameConnection& connection, int number) {
+                    if (number > 1) {
+                        answerAll(connection);
+                        return;
+                    }
+                    connection.readRequest();
                     connection.goAway(0, error);
+                    if (!closesAtOnce) {
+                        connection.waitForClose();
+                    }
+                });
+                const auto heard = sent(method);
+                if (method == Method::GET) {
+                    EXPECT_TRUE(succeeded(heard));
+                    EXPECT_EQ(connections, 2);
                 } else {
-                    connection.answer(stream);
+                    EXPECT_TRUE(failedWith(heard, HTTPErrorCode::ConnectionLost));
+                    EXPECT_EQ(connections, 1);
                 }
-                if (number > 1 || !closesAtOnce) {
-                    connection.waitForClose();
-                }
-            });
-            EXPECT_TRUE(succeeded(heard)) << closesAtOnce << error;
-            EXPECT_EQ(connections, 2);
-        }
-    }
-}
-
-TEST_F(GoAwayTest, AnActionIsLost) {
-    for (const bool closesAtOnce : {true, false}) {
-        for (const std::uint32_t error : {0U, 11U}) {
-            connections = 0;
-            const auto action = with(Method::POST, "/", "body");
-            const auto heard = sent(action, [&](FrameConnection& connection, int) {
-                connection.readRequest();
-                connection.goAway(0, error);
-                if (!closesAtOnce) {
-                    connection.waitForClose();
-                }
-            });
-            EXPECT_TRUE(failedWith(heard, HTTPErrorCode::ConnectionLost)) << closesAtOnce << error;
-            EXPECT_EQ(connections, 1);
+            }
         }
     }
 }
 
 TEST_F(GoAwayTest, OfSeveralRequestsOnlyThoseThatWereNotProcessedAreSentAgain) {
-    for (const std::uint32_t processed : {0U, 1U}) {
-        connections = 0;
-        std::atomic<std::size_t> answered = 0;
+    for (const bool processesFirst : {false, true}) {
+        std::atomic<int> answered = 0;
         serve([&](FrameConnection& connection, int number) {
-            if (number == 1) {
-                const std::uint32_t first = readAll(connection);
-                connection.goAway(processed == 0 ? 0 : first, 0);
-                if (processed > 0) {
-                    connection.answer(first);
-                    ++answered;
-                }
+            if (number > 1) {
+                answerAll(connection);
+                return;
             }
-            for (auto stream = connection.readRequest(); number > 1 && stream != 0;
-                 stream = connection.readRequest()) {
-                connection.answer(stream);
+            const std::uint32_t first = readAll(connection);
+            connection.goAway(processesFirst ? first : 0, 0);
+            if (processesFirst) {
+                connection.answer(first);
                 ++answered;
             }
+            connection.waitForClose();
         });
-        const auto start = std::chrono::steady_clock::now();
-        for (const Observer& observer : sendAll(Method::GET)) {
-            EXPECT_TRUE(succeeded(observer)) << processed;
-        }
-        EXPECT_EQ(answered, all);
-        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(12))
+        const auto begin = std::chrono::steady_clock::now();
+        expectAllSucceeded(sent(Method::GET, all));
+        EXPECT_EQ(taken, all + all - (processesFirst ? 1 : 0));
+        EXPECT_EQ(answered, processesFirst ? 1 : 0);
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(12))
             << "none is left lying until just before it times out";
     }
 }
@@ -245,24 +231,17 @@ TEST_F(GoAwayTest, OfSeveralRequestsOnlyThoseThatWereNotProcessedAreSentAgain) {
 TEST_F(GoAwayTest, ActionsThatTheServerHasTakenAreNotSentAgain) {
     // The server has read and may have done them all when it makes a mistake, or just closes.
     for (const bool breaks : {true, false}) {
-        connections = 0;
-        std::atomic<std::size_t> taken = 0;
         serve([&](FrameConnection& connection, int number) {
-            if (number == 1) {
-                readAll(connection);
-                taken += all;
-                if (breaks) {
-                    connection.breakProtocol();
-                }
+            if (number > 1) {
+                answerAll(connection);
                 return;
             }
-            for (auto stream = connection.readRequest(); stream != 0;
-                 stream = connection.readRequest()) {
-                ++taken;
-                connection.answer(stream);
+            readAll(connection);
+            if (breaks) {
+                connection.breakProtocol();
             }
         });
-        for (const Observer& observer : sendAll(Method::POST)) {
+        for (const Observer& observer : sent(Method::POST, all)) {
             EXPECT_TRUE(failedWith(observer, HTTPErrorCode::ConnectionLost)) << breaks;
         }
         EXPECT_EQ(taken, all) << breaks;
@@ -271,21 +250,20 @@ TEST_F(GoAwayTest, ActionsThatTheServerHasTakenAreNotSentAgain) {
 
 TEST_F(GoAwayTest, WhatMayHaveBeenProcessedIsLostAndNotSentAgain) {
     for (const std::uint32_t error : {0U, 1U, 11U}) {
-        connections = 0;
-        const auto heard = sent(get("/"), [&](FrameConnection& connection, int) {
+        serve([&](FrameConnection& connection, int) {
             connection.goAway(connection.readRequest(), error);
         });
-        EXPECT_TRUE(failedWith(heard, HTTPErrorCode::ConnectionLost)) << error;
+        EXPECT_TRUE(failedWith(sent(Method::GET), HTTPErrorCode::ConnectionLost)) << error;
         EXPECT_EQ(connections, 1);
     }
 }
 
 TEST_F(GoAwayTest, AServerThatAlwaysGoesAwayIsGivenUp) {
-    const auto heard = sent(get("/"), [&](FrameConnection& connection, int) {
+    serve([](FrameConnection& connection, int) {
         connection.readRequest();
         connection.goAway(0, 0);
     });
-    EXPECT_TRUE(failedWith(heard, HTTPErrorCode::ConnectionLost));
+    EXPECT_TRUE(failedWith(sent(Method::GET), HTTPErrorCode::ConnectionLost));
     EXPECT_LE(connections, 10);
 }
 

@@ -1,121 +1,118 @@
-#include "support/Nginx.hpp"
-#include "support/TestServer.hpp"
-#include "TransportTest.hpp"
+#include "NginxTest.hpp"
 
 #include <atomic>
-#include <set>
 
 namespace KeloAPI::testing {
 namespace {
 
-class HTTP2Test : public TransportTest {
+class HTTP2Test : public NginxTest {
 protected:
-    void SetUp() override {
-        if (!Nginx::isInstalled()) {
-            GTEST_SKIP() << "nginx is not installed";
+    struct Started {
+        Observer observer;
+        std::shared_ptr<Exchange> exchange;
+    };
+
+    /// Starts slow requests together. `whenBegun` runs once the responses to all have begun.
+    void startSlow(
+        std::size_t count, const std::function<void()>& whenBegun = [] {}) {
+        for (std::size_t i = 0; i < count; ++i) {
+            const auto observer = std::make_shared<RecordingObserver>();
+            observer->onResponse = [this, count, whenBegun] {
+                if (++begun == count) {
+                    whenBegun();
+                }
+            };
+            observer->onComplete = [this, observer = observer.get()] {
+                const std::lock_guard lock(mutex);
+                ended.push_back({observer, begun});
+            };
+            auto exchange = transport->start(get(nginx->url("/slow")), observer);
+            const std::lock_guard lock(mutex);
+            slow.push_back({observer, std::move(exchange)});
         }
-        nginx = std::make_unique<Nginx>(leaf);
-        ASSERT_TRUE(nginx->isServing());
-        transport = pinning("localhost", {leaf.certificate()});
     }
 
-    static std::string connection(const Observer& observer) {
+    void expectWhole(const Observer& observer) const {
+        ASSERT_TRUE(observer->wait());
+        ASSERT_TRUE(succeeded(observer));
+        EXPECT_EQ(observer->body, nginx->slowBody());
+        EXPECT_EQ(field(observer, "X-Connection"), field(slow[0].observer, "X-Connection"));
+    }
+
+    static std::string field(const Observer& observer, std::string_view name) {
         const auto& fields = observer->responses.at(0).headerFields;
-        const auto found = fields.find("X-Connection");
+        const auto found = fields.find(name);
         return found == fields.end() ? "" : found->second;
     }
 
-    TestCertificate leaf = TestCertificate::selfSigned({});
-    std::unique_ptr<Nginx> nginx;
-    std::shared_ptr<CurlTransport> transport;
+    struct End {
+        RecordingObserver* observer;
+        std::size_t begunBefore;
+    };
+
+    std::mutex mutex;
+    std::vector<Started> slow;
+    std::vector<End> ended;
+    std::atomic<std::size_t> begun = 0;
+    std::shared_ptr<CurlTransport> transport = pinning("localhost", {leaf.certificate()});
 };
 
 TEST_F(HTTP2Test, IsSpokenWhereTheServerSpeaksIt) {
     const auto heard = send(*transport, get(nginx->url("/quick")));
     EXPECT_TRUE(succeeded(heard));
     EXPECT_EQ(heard->body, "quick");
-    EXPECT_EQ(heard->responses.at(0).headerFields.find("x-protocol")->second, "HTTP/2.0");
+    EXPECT_EQ(field(heard, "x-protocol"), "HTTP/2.0");
 }
 
 TEST_F(HTTP2Test, SixtyFourRequestsInFlightShareAConnection) {
-    constexpr std::size_t all = 64;
-    std::atomic<int> begun = 0;
-    std::atomic<int> begunAtFirstEnd = -1;
-    std::vector<Observer> observers;
-    for (std::size_t i = 0; i < all; ++i) {
-        observers.push_back(std::make_shared<RecordingObserver>());
-        observers.back()->onResponse = [&] { ++begun; };
-        observers.back()->onComplete = [&] {
-            int none = -1;
-            begunAtFirstEnd.compare_exchange_strong(none, begun);
-        };
-        transport->start(get(nginx->url("/slow")), observers.back());
+    startSlow(64);
+    for (const Started& each : slow) {
+        expectWhole(each.observer);
     }
-    std::set<std::string> connections;
-    for (const Observer& observer : observers) {
-        ASSERT_TRUE(observer->wait());
-        ASSERT_TRUE(succeeded(observer));
-        EXPECT_EQ(observer->body, nginx->slowBody());
-        connections.insert(connection(observer));
-    }
-    EXPECT_EQ(begunAtFirstEnd, 64) << "they were all in flight at once";
-    EXPECT_EQ(connections.size(), 1U);
+    EXPECT_EQ(ended.front().begunBefore, 64U) << "they were all in flight at once";
 }
 
 TEST_F(HTTP2Test, CancellingOneLeavesTheOthersAlone) {
-    std::vector<Observer> observers;
-    std::vector<std::shared_ptr<Exchange>> exchanges;
-    std::atomic<int> begun = 0;
-    for (int i = 0; i < 16; ++i) {
-        observers.push_back(std::make_shared<RecordingObserver>());
-        observers.back()->onResponse = [&] { ++begun; };
-        exchanges.push_back(transport->start(get(nginx->url("/slow")), observers.back()));
-    }
-    for (int i = 0; i < 1000 && begun < 16; ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    ASSERT_EQ(begun, 16);
-    exchanges[7]->cancel();
-    ASSERT_TRUE(observers[7]->wait(std::chrono::milliseconds(500)));
-    EXPECT_TRUE(failedWith(observers[7], HTTPErrorCode::Cancelled));
-    EXPECT_FALSE(observers[6]->hasCompleted()) << "the others are still under way";
-    for (std::size_t i = 0; i < observers.size(); ++i) {
-        ASSERT_TRUE(observers[i]->wait());
+    startSlow(16, [this] {
+        const std::lock_guard lock(mutex);
+        slow.at(7).exchange->cancel();
+    });
+    for (std::size_t i = 0; i < slow.size(); ++i) {
+        ASSERT_TRUE(slow[i].observer->wait());
         if (i != 7) {
-            EXPECT_TRUE(succeeded(observers[i]));
-            EXPECT_EQ(observers[i]->body, nginx->slowBody());
-            EXPECT_EQ(connection(observers[i]), connection(observers[0]));
+            expectWhole(slow[i].observer);
         }
     }
+    EXPECT_TRUE(failedWith(slow[7].observer, HTTPErrorCode::Cancelled));
+    EXPECT_EQ(ended.front().observer, slow[7].observer.get()) << "the others were under way";
     // And the connection goes on being of use.
     const auto next = send(*transport, get(nginx->url("/quick")));
     EXPECT_TRUE(succeeded(next));
-    EXPECT_EQ(connection(next), connection(observers[0]));
+    EXPECT_EQ(field(next, "X-Connection"), field(slow[0].observer, "X-Connection"));
 }
 
 TEST_F(HTTP2Test, TimeOutOfOneLeavesTheOthersAlone) {
-    auto other = std::make_shared<RecordingObserver>();
-    transport->start(get(nginx->url("/slow")), other);
+    startSlow(1);
     auto request = get(nginx->url("/stalling"));
     request.timeoutInterval = std::chrono::milliseconds(300);
     EXPECT_TRUE(failedWith(send(*transport, request), HTTPErrorCode::TimedOut));
-    ASSERT_TRUE(other->wait());
-    EXPECT_TRUE(succeeded(other));
+    expectWhole(slow[0].observer);
 }
 
 TEST_F(HTTP2Test, CarriesBodiesBothWays) {
-    std::string body(2'000'000, '\0');
+    constexpr std::int64_t size = 2'000'000;
+    std::string body(size, '\0');
     for (std::size_t i = 0; i < body.size(); ++i) {
         body[i] = static_cast<char>(i * 7 % 253);
     }
     const auto sent = send(*transport, with(Method::PUT, nginx->url("/files/upload"), body));
     EXPECT_TRUE(succeeded(sent, 201));
     ASSERT_FALSE(sent->sent.empty());
-    EXPECT_EQ(sent->sent.back(), std::make_pair(std::int64_t{2'000'000}, std::int64_t{2'000'000}));
+    EXPECT_EQ(sent->sent.back(), std::make_pair(size, size));
     const auto back = send(*transport, get(nginx->url("/files/upload")));
     EXPECT_TRUE(succeeded(back));
     EXPECT_TRUE(back->body == body);
-    EXPECT_EQ(back->responses.at(0).expectedContentLength, 2'000'000);
+    EXPECT_EQ(back->responses.at(0).expectedContentLength, size);
 }
 
 TEST_F(HTTP2Test, EmptyFieldsAndRedirects) {
@@ -124,7 +121,7 @@ TEST_F(HTTP2Test, EmptyFieldsAndRedirects) {
     const auto heard = send(*transport, request);
     EXPECT_TRUE(succeeded(heard));
     EXPECT_EQ(heard->responses.at(0).url.absoluteString(), nginx->url("/quick"));
-    EXPECT_EQ(heard->responses.at(0).headerFields.find("X-Echo")->second, "[][t]");
+    EXPECT_EQ(field(heard, "X-Echo"), "[][t]");
 }
 
 } // namespace

@@ -1,71 +1,48 @@
-#include "support/Nginx.hpp"
+#include "NginxTest.hpp"
+#include "support/Process.hpp"
 #include "support/Sanitizers.hpp"
-#include "support/TemporaryFile.hpp"
 #include "support/TemporaryFolder.hpp"
-#include "TransportTest.hpp"
 
 #include <gmock/gmock.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <array>
 #include <csignal>
 #include <fstream>
-#include <thread>
 
 namespace KeloAPI::testing {
 namespace {
 
 using ::testing::ElementsAre;
 
-class KilledDownloadTest : public TransportTest {
+class KilledDownloadTest : public NginxTest {
 protected:
     void SetUp() override {
-        if (!Nginx::isInstalled()) {
-            GTEST_SKIP() << "nginx is not installed";
-        }
-        nginx = std::make_unique<Nginx>(leaf);
-        ASSERT_TRUE(nginx->isServing());
+        NginxTest::SetUp();
         for (std::size_t i = 0; whole.size() < std::size_t{8} << 20U; ++i) {
             whole += std::to_string(i);
         }
-        std::ofstream(nginx->files() / "video.mp4", std::ios::binary) << whole;
-    }
-
-    pid_t start() const {
-        const std::string url = nginx->url("/files/video.mp4");
-        const std::string destination = folder.path("video.mp4");
-        const std::array<const char*, 5> arguments = {KELO_DOWNLOAD_ONCE, url.c_str(),
-                                                      certificate.path().c_str(),
-                                                      destination.c_str(), nullptr};
-        pid_t process = -1;
-        posix_spawn(&process, KELO_DOWNLOAD_ONCE, nullptr, nullptr,
-                    const_cast<char* const*>(arguments.data()), environ);
-        return process;
-    }
-
-    /// Waits until the process has written so much of the file, or has ended.
-    void awaitBytes(pid_t process, std::size_t wanted) const {
-        siginfo_t ended{};
-        const auto written = [&] {
-            std::size_t size = 0;
-            for (const auto& entry : std::filesystem::directory_iterator(folder.path())) {
-                std::error_code gone; // renamed meanwhile
-                const auto bytes = entry.file_size(gone);
-                size += gone ? 0 : static_cast<std::size_t>(bytes);
-            }
-            return size;
-        };
-        while (written() < wanted && ended.si_pid == 0) {
-            ::waitid(P_PID, static_cast<id_t>(process), &ended, WEXITED | WNOHANG | WNOWAIT);
+        if (nginx) {
+            std::ofstream(nginx->files() / "video.mp4", std::ios::binary) << whole;
         }
     }
 
-    TestCertificate leaf = TestCertificate::selfSigned({});
-    TemporaryFile certificate{leaf.pem()};
+    std::vector<std::string> download() const {
+        return {KELO_DOWNLOAD_ONCE, nginx->url("/files/video.mp4"), certificate,
+                folder.path("video.mp4")};
+    }
+
+    std::size_t written() const {
+        std::size_t size = 0;
+        for (const auto& entry : std::filesystem::directory_iterator(folder.path())) {
+            std::error_code gone; // renamed meanwhile
+            const auto bytes = entry.file_size(gone);
+            size += gone ? 0 : static_cast<std::size_t>(bytes);
+        }
+        return size;
+    }
+
+    TemporaryFolder certificates;
+    std::string certificate = certificates.write("certificate.pem", leaf.pem());
     TemporaryFolder folder;
-    std::unique_ptr<Nginx> nginx;
     std::string whole;
 };
 
@@ -75,16 +52,15 @@ TEST_F(KilledDownloadTest, NeverLeavesAHalfFileAHundredTimes) {
     int withLitter = 0;
     int complete = 0;
     for (int i = 0; i < all; ++i) {
-        const pid_t process = start();
-        ASSERT_GT(process, 0);
+        Process process(download());
         // From the first steps of the process to the last bytes of the file.
-        awaitBytes(process, whole.size() * static_cast<std::size_t>(i % 10) / 9);
-        ::kill(process, SIGKILL);
-        int status = 0;
-        ::waitpid(process, &status, 0);
-        killed += WIFSIGNALED(status) ? 1 : 0;
+        const std::size_t wanted = whole.size() * static_cast<std::size_t>(i % 10) / 9;
+        while (written() < wanted && !process.hasEnded()) {
+        }
+        process.signal(SIGKILL);
+        killed += process.wait() == 1000 + SIGKILL ? 1 : 0;
         const auto names = folder.names();
-        withLitter += names.empty() || (names.size() == 1 && names[0] == "video.mp4") ? 0 : 1;
+        withLitter += names.empty() || names == std::vector<std::string>{"video.mp4"} ? 0 : 1;
         // Each start clears what the killed ones left.
         EXPECT_LE(names.size(), 2U) << "after " << i << " kills";
         if (std::filesystem::exists(folder.path("video.mp4"))) {
@@ -98,10 +74,7 @@ TEST_F(KilledDownloadTest, NeverLeavesAHalfFileAHundredTimes) {
     std::printf("%d kills: %d in the midst of the file, %d after it was complete\n", killed,
                 withLitter, complete);
 
-    const pid_t last = start();
-    int status = 0;
-    ::waitpid(last, &status, 0);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(Process(download()).wait(), 0);
     EXPECT_THAT(folder.names(), ElementsAre("video.mp4"));
     EXPECT_EQ(folder.read("video.mp4"), whole);
 }

@@ -1,15 +1,12 @@
+#include "support/Loopback.hpp"
 #include "support/RawServer.hpp"
-#include "support/TemporaryFile.hpp"
-#include "support/TestServer.hpp"
-#include "TransportTest.hpp"
+#include "TrustTest.hpp"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <poll.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <array>
+#include <mutex>
 
 namespace KeloAPI::testing {
 namespace {
@@ -32,31 +29,33 @@ void carry(int a, int b) {
     }
 }
 
-class ProxyTest : public TransportTest {
+class ProxyTest : public TrustTest {
 protected:
     void TearDown() override {
         unsetenv("http_proxy");
         unsetenv("https_proxy");
-        unsetenv("SSL_CERT_FILE");
+        TrustTest::TearDown();
     }
 
-    /// Serves CONNECT by a way to `port`, and everything else itself.
-    void serve(RawConnection& connection) {
+    void serveBehindProxy() {
+        serve(leaf);
+        setenv("https_proxy", proxy.url("").c_str(), 1);
+    }
+
+    /// Serves CONNECT by a way to the server, and everything else itself.
+    void serveProxy(RawConnection& connection) {
         const std::string request = connection.readRequest();
         {
             const std::lock_guard lock(_mutex);
             _seen = request;
         }
         if (!request.starts_with("CONNECT ")) {
-            connection.write("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nby proxy!");
+            connection.write(okResponse("by proxy!"));
             return;
         }
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(static_cast<std::uint16_t>(port));
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        const sockaddr_in address = loopbackAddress(server->port());
         const int way = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        if (::connect(way, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) {
+        if (::connect(way, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) {
             connection.write("HTTP/1.1 200 Connected\r\nX-Proxy: yes\r\n\r\n");
             carry(connection.socket(), way);
         }
@@ -68,14 +67,15 @@ protected:
         return _seen;
     }
 
-    int port = 0;
+    TestCertificate leaf = TestCertificate::selfSigned({});
+    Certificate other = TestCertificate::authority().certificate();
 
 private:
     std::mutex _mutex;
     std::string _seen;
 
 protected:
-    RawServer proxy{[this](RawConnection& connection) { serve(connection); }};
+    RawServer proxy{[this](RawConnection& connection) { serveProxy(connection); }};
 };
 
 TEST_F(ProxyTest, OfTheEnvironmentIsUsed) {
@@ -87,40 +87,24 @@ TEST_F(ProxyTest, OfTheEnvironmentIsUsed) {
 }
 
 TEST_F(ProxyTest, PinsHoldThroughATunnel) {
-    const auto leaf = TestCertificate::selfSigned({});
-    TestServer server(leaf);
-    server.routes().Get("/", [](const httplib::Request&, httplib::Response& response) {
-        response.set_content("inside", "text/plain");
-    });
-    server.start();
-    port = server.port();
-    setenv("https_proxy", proxy.url("").c_str(), 1);
-
-    auto request = get(server.url("/"));
+    serveBehindProxy();
+    auto request = get(server->url("/"));
     request.headerFields["X-Session"] = "secret";
     const auto heard = send(*pinning("localhost", {leaf.certificate()}), request);
     EXPECT_TRUE(succeeded(heard));
-    EXPECT_EQ(heard->body, "inside");
+    EXPECT_EQ(heard->body, "served");
     EXPECT_FALSE(heard->responses.front().headerFields.contains("X-Proxy"));
     EXPECT_EQ(seen().find("secret"), std::string::npos) << "the proxy saw " << seen();
-
-    const auto other = TestCertificate::authority().certificate();
     EXPECT_TRUE(
         failedWith(send(*pinning("localhost", {other}), request), HTTPErrorCode::ServerTrust));
 }
 
 TEST_F(ProxyTest, APinnedNameWithADotBehindItIsPinned) {
     // Through the tunnel, because names on loopback have no such spelling.
-    const auto leaf = TestCertificate::selfSigned({});
-    const TemporaryFile store(leaf.pem());
-    setenv("SSL_CERT_FILE", store.path().c_str(), 1);
-    TestServer server(leaf);
-    server.start();
-    port = server.port();
-    setenv("https_proxy", proxy.url("").c_str(), 1);
-    const auto request = get(server.url("/", "localhost."));
-    EXPECT_TRUE(succeeded(send(*unpinned(), request), 404));
-    const auto other = TestCertificate::authority().certificate();
+    trustBySystem(leaf);
+    serveBehindProxy();
+    const auto request = get(server->url("/", "localhost."));
+    EXPECT_TRUE(succeeded(send(*unpinned(), request)));
     EXPECT_TRUE(
         failedWith(send(*pinning("localhost", {other}), request), HTTPErrorCode::ServerTrust));
 }

@@ -1,5 +1,5 @@
-#include "support/GetRequest.hpp"
-#include "support/MainLoop.hpp"
+#include "support/EndedRequest.hpp"
+#include "support/FixedRequest.hpp"
 #include "support/RawServer.hpp"
 #include "support/Sanitizers.hpp"
 #include "support/Shortage.hpp"
@@ -7,7 +7,6 @@
 #include "TransportTest.hpp"
 
 #include <KeloAPI/http/Manager.hpp>
-#include <KeloAPI/http/ResponseSerializers.hpp>
 
 #include <netdb.h>
 #include <unistd.h>
@@ -19,19 +18,15 @@
 namespace KeloAPI::testing {
 namespace {
 
-constexpr std::size_t largeSize = std::size_t{200} << 20U;
-
-/// Serves /large and short answers, one to a connection.
+/// Serves /large, in runs that take little memory, and short bodies, one to a connection.
 void serveSmallAndLarge(RawConnection& connection) {
-    const bool large = connection.readRequest().starts_with("GET /large");
-    const std::size_t size = large ? largeSize : 5;
-    connection.write("HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: " +
-                     std::to_string(size) + "\r\n\r\n");
-    if (!large) {
-        connection.write("small");
+    if (pathOf(connection.readRequest()) != "/large") {
+        connection.write(okResponse("small"));
         return;
     }
+    constexpr std::size_t size = std::size_t{200} << 20U;
     static const std::string run(std::size_t{64} << 10U, 'x');
+    connection.write("HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(size) + "\r\n\r\n");
     for (std::size_t sent = 0; sent < size && connection.write(run); sent += run.size()) {
     }
 }
@@ -60,30 +55,22 @@ protected:
         GTEST_FLAG_SET(death_test_style, "threadsafe");
     }
 
-    /// Sends, and runs the main queue until the answer is there.
-    std::optional<Error> errorOf(const std::string& path) { return errorOfURL(server->url(path)); }
-    std::optional<Error> errorOfURL(const std::string& url) {
-        return ended(manager->request(GetRequest(URL::parse(url))));
-    }
-    std::optional<Error> errorOfDownload(const std::string& destination) {
-        return ended(
-            manager->download(GetRequest(URL::parse(server->url("/"))), URL::fileURL(destination)));
+    /// In the process that is starved: nothing that a test before has left behind is there.
+    void inProcessOfItsOwn(const std::function<void()>& work) {
+        EXPECT_EXIT(
+            {
+                server = std::make_unique<RawServer>(serveSmallAndLarge);
+                manager = std::make_unique<Manager>(ServerTrustPolicyManager());
+                work();
+                std::_Exit(0);
+            },
+            ::testing::ExitedWithCode(0), "");
     }
 
-    static std::optional<Error> ended(const std::shared_ptr<Request>& request) {
-        std::optional<Error> error;
-        bool ended = false;
-        request->response(std::function<Result<std::string>(const ResponseContent&)>(serializeText),
-                          std::function<void(Result<std::string>, Timeline)>(
-                              [&](const Result<std::string>& text, Timeline) {
-                                  if (!text) {
-                                      error = text.error();
-                                  }
-                                  ended = true;
-                              }));
-        expect(runUntil([&] { return ended; }), "the request ends");
-        return error;
+    std::shared_ptr<Request> asked(const std::string& url) const {
+        return manager->request(FixedRequest(url));
     }
+    std::shared_ptr<Request> small() const { return asked(server->url("/")); }
 
     static void expect(bool good, const std::string& what) {
         if (!good) {
@@ -95,94 +82,75 @@ protected:
         expect(error && isHTTPError(*error, HTTPErrorCode::OutOfResources),
                error ? error->description() : "no error");
     }
-    static void expectNone(const std::optional<Error>& error) {
-        expect(!error, error ? error->description() : "");
+    static void expectOutOfResources(const std::shared_ptr<Request>& request) {
+        expectOutOfResources(errorOf(request));
     }
-
-    /// In the process that is starved: nothing that a test before has left behind is there.
-    void begin() {
-        server = std::make_unique<RawServer>(serveSmallAndLarge);
-        manager = std::make_unique<Manager>(ServerTrustPolicyManager());
+    static void expectNone(const std::shared_ptr<Request>& request) {
+        const auto error = errorOf(request);
+        expect(!error, error ? error->description() : "");
     }
 
     std::unique_ptr<RawServer> server;
     std::unique_ptr<Manager> manager;
 };
 
-TEST_F(ShortageDeathTest, NoThreadForTheAnswer) {
-    EXPECT_EXIT(
+TEST_F(ShortageDeathTest, NoThreadForTheResponse) {
+    inProcessOfItsOwn([this] {
         {
-            begin();
-            {
-                const NoRoomForAThread shortage;
-                expectOutOfResources(errorOf("/"));
-            }
-            expectNone(errorOf("/"));
-            std::_Exit(0);
-        },
-        ::testing::ExitedWithCode(0), "");
+            const NoRoomForAThread shortage;
+            expectOutOfResources(small());
+        }
+        expectNone(small());
+    });
 }
 
 TEST_F(ShortageDeathTest, NoThreadForTheNetwork) {
-    EXPECT_EXIT(
+    inProcessOfItsOwn([this] {
+        expectNone(small());
+        const TemporaryFolder folder;
+        const auto download = [&] {
+            return manager->download(FixedRequest(server->url("/")),
+                                     URL::fileURL(folder.path("video")));
+        };
         {
-            begin();
-            expectNone(errorOf("/"));
-            const TemporaryFolder folder;
-            {
-                // That of the answers is there, that of the downloads is not.
-                const NoRoomForAThread shortage;
-                expectOutOfResources(errorOfDownload(folder.path("video")));
-            }
-            expectNone(errorOfDownload(folder.path("video")));
-            expect(folder.read("video") == "small", "the file is there");
-            std::_Exit(0);
-        },
-        ::testing::ExitedWithCode(0), "");
+            // That of the responses is there, that of the downloads is not.
+            const NoRoomForAThread shortage;
+            expectOutOfResources(download());
+        }
+        expectNone(download());
+        expect(folder.read("video") == "small", "the file is there");
+    });
 }
 
 TEST_F(ShortageDeathTest, NoThreadForTheNetworkIsNotToldInsideTheStart) {
-    EXPECT_EXIT(
+    inProcessOfItsOwn([this] {
+        const auto transport = unpinned();
+        Observer observer;
         {
-            begin();
-            const auto transport = unpinned();
-            const auto observer = std::make_shared<RecordingObserver>();
-            {
-                const NoRoomForAThread shortage;
-                transport->start(get(server->url("/")), observer);
-                expect(!observer->hasCompleted(), "the call of start is over first");
-            }
-            expect(runUntil([&] { return observer->hasCompleted(); }), "the exchange ends");
-            expectOutOfResources(observer->error);
-            std::_Exit(0);
-        },
-        ::testing::ExitedWithCode(0), "");
+            const NoRoomForAThread shortage;
+            observer = start(*transport, get(server->url("/")));
+            expect(!observer->hasCompleted(), "the call of start is over first");
+        }
+        expect(runUntil([&] { return observer->hasCompleted(); }), "the exchange ends");
+        expectOutOfResources(observer->error);
+    });
 }
 
 TEST_F(ShortageDeathTest, NoDescriptor) {
-    EXPECT_EXIT(
+    inProcessOfItsOwn([this] {
+        // Keeps its connections, so that no descriptor comes free behind the scenes.
+        RawServer keeping(answeringAll(okResponse()));
         {
-            begin();
-            // Keeps its connections, so that no descriptor comes free behind the scenes.
-            RawServer keeping([](RawConnection& connection) {
-                while (!connection.readRequest().empty()) {
-                    connection.write("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n");
-                }
-            });
-            const GetRequest kept(URL::parse(keeping.url("/")));
-            {
-                const NoDescriptors shortage; // for the network's thread
-                expectOutOfResources(ended(manager->request(kept)));
-            }
-            expectNone(ended(manager->request(kept)));
-            {
-                const NoDescriptors shortage; // for a second connection
-                expectOutOfResources(errorOf("/"));
-            }
-            expectNone(errorOf("/"));
-            std::_Exit(0);
-        },
-        ::testing::ExitedWithCode(0), "");
+            const NoDescriptors shortage; // for the network's thread
+            expectOutOfResources(asked(keeping.url("/")));
+        }
+        expectNone(asked(keeping.url("/")));
+        {
+            const NoDescriptors shortage; // for a second connection
+            expectOutOfResources(small());
+        }
+        expectNone(small());
+    });
 }
 
 TEST_F(ShortageDeathTest, NoDescriptorToLookANameUp) {
@@ -190,55 +158,41 @@ TEST_F(ShortageDeathTest, NoDescriptorToLookANameUp) {
     if (name.empty()) {
         GTEST_SKIP() << "this machine has no name with an address";
     }
-    EXPECT_EXIT(
-        {
-            begin();
-            expectNone(errorOf("/")); // there are threads for the network and the answers
-            const std::string url = "http://" + name + ':' + std::to_string(server->port()) + '/';
-            for (int left = 0; left < 3; ++left) {
-                const FewDescriptorsLeft shortage(left);
-                expectOutOfResources(errorOfURL(url));
-            }
-            const auto error = errorOfURL(url); // its address need not be the server's
-            expect(!error || isHTTPError(*error, HTTPErrorCode::CannotConnect),
-                   "the name is known");
-            std::_Exit(0);
-        },
-        ::testing::ExitedWithCode(0), "");
+    inProcessOfItsOwn([&] {
+        expectNone(small()); // there are threads for the network and the responses
+        const std::string url = "http://" + name + ':' + std::to_string(server->port()) + '/';
+        for (int left = 0; left < 3; ++left) {
+            const FewDescriptorsLeft shortage(left);
+            expectOutOfResources(asked(url));
+        }
+        const auto error = errorOf(asked(url)); // its address need not be the server's
+        expect(!error || isHTTPError(*error, HTTPErrorCode::CannotConnect), "the name is known");
+    });
 }
 
 TEST_F(ShortageDeathTest, NoDescriptorForTheCertificates) {
-    EXPECT_EXIT(
+    inProcessOfItsOwn([this] {
+        expectNone(small());
+        RawServer closing([](RawConnection&) {});
         {
-            begin();
-            expectNone(errorOf("/"));
-            RawServer closing([](RawConnection&) {});
-            const std::string url = closing.url("/", "https");
-            {
-                const FewDescriptorsLeft shortage(1); // for the connection
-                expectOutOfResources(errorOfURL(url));
-            }
-            const auto error = errorOfURL(url);
-            expect(error && !isHTTPError(*error, HTTPErrorCode::OutOfResources), "no shortage");
-            std::_Exit(0);
-        },
-        ::testing::ExitedWithCode(0), "");
+            const FewDescriptorsLeft shortage(1); // for the connection
+            expectOutOfResources(asked(closing.url("/", "https")));
+        }
+        const auto error = errorOf(asked(closing.url("/", "https")));
+        expect(error && !isHTTPError(*error, HTTPErrorCode::OutOfResources), "no shortage");
+    });
 }
 
 TEST_F(ShortageDeathTest, NoMemoryForTheBody) {
-    EXPECT_EXIT(
+    inProcessOfItsOwn([this] {
+        expectNone(small());
         {
-            begin();
-            expectNone(errorOf("/"));
-            {
-                const LittleRoom shortage(std::size_t{60} << 20U);
-                expectOutOfResources(errorOf("/large"));
-                expectNone(errorOf("/"));
-            }
-            expectNone(errorOf("/large"));
-            std::_Exit(0);
-        },
-        ::testing::ExitedWithCode(0), "");
+            const LittleRoom shortage(std::size_t{60} << 20U);
+            expectOutOfResources(asked(server->url("/large")));
+            expectNone(small());
+        }
+        expectNone(asked(server->url("/large")));
+    });
 }
 
 } // namespace

@@ -2,209 +2,145 @@
 #include "TransportTest.hpp"
 
 #include <linux/sockios.h>
-#include <openssl/ssl.h>
 #include <sys/ioctl.h>
 
 #include <atomic>
 #include <functional>
+#include <mutex>
 #include <semaphore>
-#include <thread>
 
 namespace KeloAPI::testing {
 namespace {
 
-constexpr auto strayLimit = std::chrono::seconds(20);
-
-std::string strayTestResponse(const std::string& body) {
-    return "HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
-}
-
-/// Waits until the client's side has everything that was written.
-void awaitArrival(int socket) {
-    int unacknowledged = 1;
-    for (int i = 0; i < 20'000 && unacknowledged > 0; ++i) {
-        ASSERT_EQ(::ioctl(socket, SIOCOUTQ, &unacknowledged), 0);
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    ASSERT_EQ(unacknowledged, 0);
-}
-
-/// A server whose first connection gets one good response, then, in idle time, what the test says;
-/// and no second response. All further connections are well served.
+/// Bytes that a server sends in idle time are not the response to the next request.
 class StrayDataTest : public TransportTest {
 protected:
-    /// Lets the server do it, and waits until the client has it.
-    void disturb() {
-        disturbing.release();
-        ASSERT_TRUE(disturbed.try_acquire_for(strayLimit));
-    }
+    using Disturb = std::function<void()>;
 
-    void serveFirst(RawConnection& connection) {
-        connection.readRequest();
-        connection.write(strayTestResponse("first"));
-        ASSERT_TRUE(disturbing.try_acquire_for(strayLimit));
-        connection.write(surplus);
-        awaitArrival(connection.socket());
-        disturbed.release();
-        while (!connection.readRequest().empty()) {
-            ++requestsAfterwards;
-        }
-    }
-
-    void serveWell(RawConnection& connection) {
-        while (!connection.readRequest().empty()) {
-            beforeResponse();
-            connection.write(strayTestResponse("good"));
-        }
-    }
-
-    std::string surplus;
-    std::function<void()> beforeResponse = [] {};
-    std::atomic<int> requestsAfterwards = 0;
-    std::binary_semaphore disturbing{0};
-    std::binary_semaphore disturbed{0};
-    std::atomic<int> accepted = 0;
-    RawServer server{[this](RawConnection& connection) {
-        if (accepted++ == 0) {
-            serveFirst(connection);
-        } else {
-            serveWell(connection);
-        }
-    }};
-    std::shared_ptr<CurlTransport> transport = unpinned();
-};
-
-TEST_F(StrayDataTest, IsNotTheResponseToTheNextRequest) {
-    surplus = strayTestResponse("a response to nothing");
-    EXPECT_EQ(send(*transport, get(server.url("/")))->body, "first");
-    disturb();
-    const auto second = send(*transport, with(Method::POST, server.url("/"), "once"));
-    EXPECT_TRUE(succeeded(second));
-    EXPECT_EQ(second->body, "good");
-    EXPECT_EQ(send(*transport, get(server.url("/")))->body, "good");
-    EXPECT_EQ(server.connections(), 2);
-    EXPECT_EQ(requestsAfterwards, 0) << "nothing is sent there any more";
-}
-
-TEST_F(StrayDataTest, WhatGoesOutOnAnotherConnectionIsToldOf) {
-    surplus = strayTestResponse("a response to nothing");
-    EXPECT_EQ(send(*transport, get(server.url("/")))->body, "first");
-    std::binary_semaphore told{0};
-    beforeResponse = [&] { EXPECT_TRUE(told.try_acquire_for(std::chrono::seconds(10))); };
-    disturb();
-    const auto second = std::make_shared<RecordingObserver>();
-    second->onRequestSent = [&] { told.release(); };
-    transport->start(get(server.url("/")), second);
-    ASSERT_TRUE(second->wait());
-    EXPECT_TRUE(succeeded(second));
-    EXPECT_EQ(second->requestsSent, 1);
-}
-
-TEST_F(StrayDataTest, ATimeOutOfAnIdleConnectionIsNoResponse) {
-    surplus = "HTTP/1.1 408 Request Timeout\r\nContent-Length: 0\r\nConnection: close\r\n\r\n";
-    EXPECT_EQ(send(*transport, get(server.url("/")))->body, "first");
-    disturb();
-    const auto second = send(*transport, get(server.url("/")));
-    EXPECT_TRUE(succeeded(second));
-    EXPECT_EQ(second->body, "good");
-}
-
-TEST_F(StrayDataTest, WhereNoneWaitsTheConnectionIsUsedAgain) {
-    surplus = "";
-    accepted = 1;
-    for (int i = 0; i < 5; ++i) {
-        EXPECT_EQ(send(*transport, get(server.url("/")))->body, "good");
-    }
-    EXPECT_EQ(server.connections(), 1);
-}
-
-/// The same over TLS, where what waits may be TLS's own.
-class StraySecureDataTest : public TransportTest {
-protected:
-    using Session = std::unique_ptr<SSL, decltype(&SSL_free)>;
-
-    StraySecureDataTest() {
-        SSL_CTX_use_certificate(context.get(), leaf.x509());
-        SSL_CTX_use_PrivateKey(context.get(), leaf.key());
-        transport = pinning("127.0.0.1", {leaf.certificate()});
-    }
-
-    static void write(SSL* session, const std::string& text) {
-        EXPECT_EQ(SSL_write(session, text.data(), static_cast<int>(text.size())),
-                  static_cast<int>(text.size()));
-    }
-
-    /// Answers requests, each of which fits in a record, and disturbs after the first.
-    void serve(RawConnection& connection) {
-        const bool isFirst = accepted++ == 0;
-        const Session session(SSL_new(context.get()), &SSL_free);
-        SSL_set_fd(session.get(), connection.socket());
-        if (SSL_accept(session.get()) != 1) {
-            return;
-        }
-        std::string request(4096, '\0');
-        for (int i = 0; SSL_read(session.get(), request.data(), 4096) > 0; ++i) {
-            write(session.get(),
-                  strayTestResponse(std::to_string(accepted) + "." + std::to_string(i)));
-            if (isFirst && i == 0) {
-                ASSERT_TRUE(disturbing.try_acquire_for(strayLimit));
-                disturbance(session.get());
-                awaitArrival(connection.socket());
+    /// Answers with the number of the connection and of the request on it, and disturbs after the
+    /// very first response.
+    template <class ReadRequest, class Write>
+    void serve(const RawConnection& raw, const ReadRequest& readRequest, const Write& write,
+               const Disturb& disturb) {
+        const int connection = ++accepted;
+        for (int i = 0; readRequest(); ++i) {
+            const int number = ++requests;
+            if (number == 2) {
+                EXPECT_TRUE(told.try_acquire_for(timeLimit)) << "nobody heard that it was sent";
+            }
+            const std::string response = std::to_string(connection) + "." + std::to_string(i);
+            {
+                const std::lock_guard lock(mutex);
+                served += response + " ";
+            }
+            write(okResponse(response));
+            if (number == 1) {
+                EXPECT_TRUE(disturbing.try_acquire_for(timeLimit));
+                disturb();
+                EXPECT_TRUE(eventually([&] { return hasArrived(raw); }));
                 disturbed.release();
             }
         }
     }
 
-    /// The bodies of two responses, with the disturbance between them.
-    std::string bodies() {
-        const auto first = send(*transport, get(server.url("/", "https")));
+    /// Whether the client's side has everything that was written.
+    static bool hasArrived(const RawConnection& connection) {
+        int unacknowledged = 1;
+        return ::ioctl(connection.socket(), SIOCOUTQ, &unacknowledged) == 0 && unacknowledged == 0;
+    }
+
+    /// What the server has served when three requests have had their responses, with the
+    /// disturbance behind the first.
+    std::string servedBy(const RawServer::Handler& handler, const std::string& scheme) {
+        accepted = 0;
+        requests = 0;
+        served.clear();
+        const auto transport = pinning("127.0.0.1", {leaf.certificate()});
+        auto server = std::make_unique<RawServer>(handler);
+        const auto request = get(server->url("/", scheme));
+        std::string bodies = send(*transport, request)->body + " ";
         disturbing.release();
-        EXPECT_TRUE(disturbed.try_acquire_for(strayLimit));
-        const auto second = send(*transport, get(server.url("/", "https")));
-        EXPECT_TRUE(succeeded(second));
-        return first->body + " " + second->body;
+        EXPECT_TRUE(disturbed.try_acquire_for(timeLimit));
+        const auto second = std::make_shared<RecordingObserver>();
+        second->onRequestSent = [this] { told.release(); };
+        transport->start(scheme == "http" ? with(Method::POST, server->url("/"), "once") : request,
+                         second);
+        expectAllSucceeded({second});
+        EXPECT_EQ(second->requestsSent, 1);
+        bodies += second->body + " " + send(*transport, request)->body + " ";
+        server.reset();
+        EXPECT_EQ(bodies, served) << "nothing more was sent anywhere";
+        return served;
     }
 
-    static void sendTicket(SSL* session) {
-        EXPECT_EQ(SSL_new_session_ticket(session), 1);
-        EXPECT_EQ(SSL_do_handshake(session), 1);
-    }
-
-    TestCertificate leaf = TestCertificate::selfSigned({});
-    std::unique_ptr<SSL_CTX, decltype(&SSL_CTX_free)> context{SSL_CTX_new(TLS_server_method()),
-                                                              &SSL_CTX_free};
-    std::function<void(SSL*)> disturbance;
+    std::atomic<int> accepted = 0;
+    std::atomic<int> requests = 0;
+    std::mutex mutex;
+    std::string served;
+    std::counting_semaphore<> told{0};
     std::binary_semaphore disturbing{0};
     std::binary_semaphore disturbed{0};
-    std::atomic<int> accepted = 0;
-    RawServer server{[this](RawConnection& connection) { serve(connection); }};
-    std::shared_ptr<CurlTransport> transport;
+    TestCertificate leaf = TestCertificate::selfSigned({});
+    std::shared_ptr<SSL_CTX> context = leaf.serverContext();
 };
 
-TEST_F(StraySecureDataTest, IsNotTheResponseToTheNextRequest) {
-    disturbance = [](SSL* session) { write(session, strayTestResponse("stray")); };
-    EXPECT_EQ(bodies(), "1.0 2.0");
-}
+constexpr const char* otherConnection = "1.0 2.0 2.1 ";
+constexpr const char* sameConnection = "1.0 1.1 1.2 ";
 
-TEST_F(StraySecureDataTest, NorBehindATicket) {
-    disturbance = [](SSL* session) {
-        sendTicket(session);
-        write(session, strayTestResponse("stray"));
+TEST_F(StrayDataTest, WithoutTLS) {
+    const auto servedAfter = [this](const std::string& stray) {
+        const auto handler = [&](RawConnection& connection) {
+            serve(
+                connection, [&] { return !connection.readRequest().empty(); },
+                [&](const std::string& text) { connection.write(text); },
+                [&] { connection.write(stray); });
+        };
+        return servedBy(handler, "http");
     };
-    EXPECT_EQ(bodies(), "1.0 2.0");
+    EXPECT_EQ(servedAfter(okResponse("a response to nothing")), otherConnection);
+    EXPECT_EQ(servedAfter("HTTP/1.1 408 Request Timeout\r\nContent-Length: 0\r\n"
+                          "Connection: close\r\n\r\n"),
+              otherConnection);
+    EXPECT_EQ(servedAfter(""), sameConnection);
 }
 
-TEST_F(StraySecureDataTest, ATicketAloneIsNone) {
-    disturbance = &sendTicket;
-    EXPECT_EQ(bodies(), "1.0 1.1");
-}
-
-TEST_F(StraySecureDataTest, NorAreNewKeys) {
-    disturbance = [](SSL* session) {
+/// What waits may be TLS's own.
+TEST_F(StrayDataTest, WithTLS) {
+    const auto write = [](SSL* session, const std::string& text) {
+        const int size = static_cast<int>(text.size());
+        EXPECT_EQ(SSL_write(session, text.data(), size), size);
+    };
+    const auto servedAfter = [&](const std::function<void(SSL*)>& disturb) {
+        const auto handler = [&](RawConnection& connection) {
+            const std::unique_ptr<SSL, decltype(&SSL_free)> session(SSL_new(context.get()),
+                                                                    &SSL_free);
+            SSL_set_fd(session.get(), connection.socket());
+            SSL_accept(session.get());
+            std::string request(4096, '\0'); // fits in a record
+            serve(
+                connection, [&] { return SSL_read(session.get(), request.data(), 4096) > 0; },
+                [&](const std::string& text) { write(session.get(), text); },
+                [&] { disturb(session.get()); });
+        };
+        return servedBy(handler, "https");
+    };
+    const auto stray = [&](SSL* session) { write(session, okResponse("stray")); };
+    const auto ticket = [](SSL* session) {
+        EXPECT_EQ(SSL_new_session_ticket(session), 1);
+        EXPECT_EQ(SSL_do_handshake(session), 1);
+    };
+    const auto newKeys = [](SSL* session) {
         EXPECT_EQ(SSL_key_update(session, SSL_KEY_UPDATE_REQUESTED), 1);
         EXPECT_EQ(SSL_do_handshake(session), 1);
     };
-    EXPECT_EQ(bodies(), "1.0 1.1");
+    EXPECT_EQ(servedAfter(stray), otherConnection);
+    EXPECT_EQ(servedAfter([&](SSL* session) {
+                  ticket(session);
+                  stray(session);
+              }),
+              otherConnection);
+    EXPECT_EQ(servedAfter(ticket), sameConnection);
+    EXPECT_EQ(servedAfter(newKeys), sameConnection);
 }
 
 } // namespace

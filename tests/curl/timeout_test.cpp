@@ -1,7 +1,7 @@
 #include "support/RawServer.hpp"
 #include "TransportTest.hpp"
 
-#include <future>
+#include <semaphore>
 
 namespace KeloAPI::testing {
 namespace {
@@ -11,27 +11,31 @@ using Clock = std::chrono::steady_clock;
 
 class TimeoutTest : public TransportTest {
 protected:
-    struct Timed {
-        Observer observer;
-        std::chrono::milliseconds took;
-    };
-
-    Timed timed(URLRequest request, std::chrono::milliseconds interval = 300ms) {
+    /// What the request comes to; `took` is how long that takes.
+    Observer timed(URLRequest request, std::chrono::milliseconds interval = 300ms) {
         request.timeoutInterval = interval;
         const auto begin = Clock::now();
         auto heard = send(*transport, request);
-        return {heard, std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin)};
+        took = Clock::now() - begin;
+        return heard;
     }
 
+    void expectTimedOut(const URLRequest& request) {
+        EXPECT_TRUE(failedWith(timed(request), HTTPErrorCode::TimedOut)) << request.description();
+        EXPECT_GE(took, 300ms);
+        EXPECT_LT(took, 10s);
+    }
+
+    Clock::duration took{};
+    RawServer silent{keepingSilent()};
     std::shared_ptr<CurlTransport> transport = unpinned();
 };
 
-TEST_F(TimeoutTest, WhenNoAnswerComes) {
-    RawServer silent([](RawConnection& connection) { connection.waitForClose(); });
-    const Timed heard = timed(get(silent.url("/")));
-    EXPECT_TRUE(failedWith(heard.observer, HTTPErrorCode::TimedOut));
-    EXPECT_GE(heard.took, 300ms);
-    EXPECT_LT(heard.took, 10s);
+TEST_F(TimeoutTest, WhenNoResponseOrNoConnectionComesOrTheBodyIsNotTaken) {
+    const RawServer deaf(keepingDeaf());
+    expectTimedOut(get(silent.url("/")));
+    expectTimedOut(get(silent.url("/", "https")));
+    expectTimedOut(with(Method::POST, deaf.url("/"), largeBody()));
 }
 
 TEST_F(TimeoutTest, WhenTheBodyStalls) {
@@ -40,23 +44,9 @@ TEST_F(TimeoutTest, WhenTheBodyStalls) {
         connection.write("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nsome");
         connection.waitForClose();
     });
-    const Timed heard = timed(get(stalling.url("/")));
-    EXPECT_TRUE(failedWith(heard.observer, HTTPErrorCode::TimedOut));
-    EXPECT_EQ(heard.observer->body, "some");
-}
-
-TEST_F(TimeoutTest, WhenTheConnectionDoesNotComeAbout) {
-    RawServer silent([](RawConnection& connection) { connection.waitForClose(); });
-    EXPECT_TRUE(failedWith(timed(get(silent.url("/", "https"))).observer, HTTPErrorCode::TimedOut));
-}
-
-TEST_F(TimeoutTest, WhenTheRequestsBodyIsNotTaken) {
-    std::promise<void> hasEnded;
-    RawServer deaf([&](RawConnection&) { hasEnded.get_future().wait_for(10s); });
-    const Timed heard = timed(with(Method::POST, deaf.url("/"), largeBody()));
-    hasEnded.set_value();
-    EXPECT_TRUE(failedWith(heard.observer, HTTPErrorCode::TimedOut));
-    EXPECT_LT(heard.took, 9s);
+    const auto heard = timed(get(stalling.url("/")));
+    EXPECT_TRUE(failedWith(heard, HTTPErrorCode::TimedOut));
+    EXPECT_EQ(heard->body, "some");
 }
 
 TEST_F(TimeoutTest, NotWhileBytesArrive) {
@@ -68,9 +58,8 @@ TEST_F(TimeoutTest, NotWhileBytesArrive) {
             connection.write("x");
         }
     });
-    const Timed heard = timed(get(slow.url("/")), 1s);
-    EXPECT_TRUE(succeeded(heard.observer));
-    EXPECT_GE(heard.took, 1500ms);
+    EXPECT_TRUE(succeeded(timed(get(slow.url("/")), 1s)));
+    EXPECT_GE(took, 1500ms);
 }
 
 TEST_F(TimeoutTest, NotWhileBytesLeave) {
@@ -89,30 +78,28 @@ TEST_F(TimeoutTest, NotWhileBytesLeave) {
                 std::this_thread::sleep_for(50ms);
             }
         }
-        connection.write("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n");
+        connection.write(okResponse());
         connection.waitForClose();
     });
-    const Timed heard = timed(with(Method::POST, sipping.url("/"), body), 3s);
-    EXPECT_TRUE(succeeded(heard.observer));
-    EXPECT_GE(heard.took, 4s);
+    EXPECT_TRUE(succeeded(timed(with(Method::POST, sipping.url("/"), body), 3s)));
+    EXPECT_GE(took, 4s);
 }
 
 TEST_F(TimeoutTest, OneAmongOthersLeavesThemAlone) {
-    RawServer mixed([](RawConnection& connection) {
-        const bool stall = connection.readRequest().starts_with("GET /stall");
-        if (!stall) {
-            std::this_thread::sleep_for(700ms);
-            connection.write("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n");
+    std::binary_semaphore hasTimedOut{0};
+    RawServer mixed([&](RawConnection& connection) {
+        if (pathOf(connection.readRequest()) != "/stall") {
+            EXPECT_TRUE(hasTimedOut.try_acquire_for(timeLimit));
+            connection.write(okResponse());
         }
         connection.waitForClose();
     });
-    auto patient = std::make_shared<RecordingObserver>();
     auto request = get(mixed.url("/patient"));
     request.timeoutInterval = std::chrono::milliseconds::max();
-    transport->start(request, patient);
-    EXPECT_TRUE(failedWith(timed(get(mixed.url("/stall"))).observer, HTTPErrorCode::TimedOut));
-    ASSERT_TRUE(patient->wait());
-    EXPECT_TRUE(succeeded(patient));
+    const auto patient = start(*transport, request);
+    expectTimedOut(get(mixed.url("/stall")));
+    hasTimedOut.release();
+    expectAllSucceeded({patient});
 }
 
 } // namespace

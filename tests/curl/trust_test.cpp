@@ -5,147 +5,97 @@ namespace {
 
 using std::chrono::hours;
 
-TEST_F(TrustTest, PinnedLeafIsAccepted) {
-    const auto leaf = TestCertificate::authority().issue({});
-    serve(leaf);
-    const auto transport = pinning("localhost", {leaf.certificate()});
-    const auto heard = send(*transport, get(server->url("/")));
-    EXPECT_TRUE(succeeded(heard));
-    EXPECT_EQ(heard->body, "served");
+CertificateWish valid(hours from, hours to) {
+    CertificateWish wish;
+    wish.notBefore = from;
+    wish.notAfter = to;
+    return wish;
 }
 
-TEST_F(TrustTest, PinnedSelfSignedLeafIsAccepted) {
-    const auto leaf = TestCertificate::selfSigned({});
-    serve(leaf);
-    EXPECT_TRUE(
-        succeeded(send(*pinning("localhost", {leaf.certificate()}), get(server->url("/")))));
-}
-
-TEST_F(TrustTest, PinnedAuthorityIsAccepted) {
-    const auto authority = TestCertificate::authority();
-    serve(authority.issue({}));
-    const auto transport = pinning("localhost", {authority.certificate()});
-    EXPECT_TRUE(succeeded(send(*transport, get(server->url("/")))));
-}
-
-TEST_F(TrustTest, OneOfSeveralPinsSuffices) {
-    const auto authority = TestCertificate::authority();
-    serve(authority.issue({}));
-    const auto transport = pinning(
-        "localhost", {TestCertificate::authority("other").certificate(), authority.certificate()});
-    EXPECT_TRUE(succeeded(send(*transport, get(server->url("/")))));
-}
-
-TEST_F(TrustTest, PortsPlayNoPartInTheTable) {
-    const auto leaf = TestCertificate::selfSigned({});
-    serve(leaf);
-    const auto transport = pinning("LOCALHOST:1", {leaf.certificate()});
-    EXPECT_TRUE(succeeded(send(*transport, get(server->url("/")))));
-}
-
-TEST_F(TrustTest, WhatOnlyTheSystemTrustsIsRefusedWherePinsAre) {
-    const auto authority = TestCertificate::authority();
-    trustBySystem(authority);
-    serve(authority.issue({}));
-    const auto pinned = pinning("localhost", {TestCertificate::authority("other").certificate()});
-    EXPECT_TRUE(failedWith(send(*pinned, get(server->url("/"))), HTTPErrorCode::ServerTrust));
-    // The same server under the same system store, for a transport without pins.
-    EXPECT_TRUE(succeeded(send(*unpinned(), get(server->url("/")))));
-    EXPECT_EQ(server->requests(), 1);
-}
-
-TEST_F(TrustTest, AnotherSpellingOfThePinnedHostDoesNotEscapeThePins) {
-    const auto authority = TestCertificate::authority();
-    trustBySystem(authority);
-    serve(authority.issue({}));
-    const auto pinned = pinning("localhost", {TestCertificate::authority("other").certificate()});
-    for (const char* host : {"LocalHost", "local%68ost"}) {
-        EXPECT_TRUE(
-            failedWith(send(*pinned, get(server->url("/", host))), HTTPErrorCode::ServerTrust))
-            << host;
-    }
-    EXPECT_EQ(server->requests(), 0);
-}
-
-TEST_F(TrustTest, LeafForAnotherNameIsRefused) {
+CertificateWish forAnotherName() {
     CertificateWish wish;
     wish.commonName = "localhost"; // which is not where names are looked for
     wish.names = "DNS:elsewhere.example";
+    return wish;
+}
+
+/// A server that the system trusts or does not, and the pins of a transport that asks it.
+struct TrustCase {
+    const char* what;
+    TestCertificate leaf;
+    std::vector<TestCertificate> pins;
+    bool isTrustedBySystem = false;
+    bool isAccepted = false;
+    const char* pinnedHost = "localhost";
+};
+
+TEST_F(TrustTest, APinnedHostIsJudgedByItsPinsAloneAndAllOthersByTheSystem) {
     const auto authority = TestCertificate::authority();
-    const auto leaf = authority.issue(wish);
-    serve(leaf);
-    const auto transport = pinning("localhost", {authority.certificate(), leaf.certificate()});
-    EXPECT_TRUE(failedWith(send(*transport, get(server->url("/"))), HTTPErrorCode::ServerTrust));
-    EXPECT_EQ(server->requests(), 0);
+    const auto other = TestCertificate::authority("other");
+    const auto leaf = authority.issue({});
+    const auto lone = TestCertificate::selfSigned({});
+    const auto elsewhere = authority.issue(forAnotherName());
+    const auto expired = authority.issue(valid(-hours(48), -hours(24)));
+    const auto future = authority.issue(valid(hours(24), hours(48)));
+    const std::vector<TrustCase> cases = {
+        {"a pinned leaf", leaf, {leaf}, false, true},
+        {"a pinned self-signed leaf", lone, {lone}, false, true},
+        {"a pinned authority", leaf, {authority}, false, true},
+        {"one of several pins", leaf, {other, authority}, false, true},
+        {"ports play no part", lone, {lone}, false, true, "LOCALHOST:1"},
+        {"pins of another authority", leaf, {other}, true, false},
+        {"no pins at all", leaf, {}, true, false},
+        {"another name", elsewhere, {authority, elsewhere}, true, false},
+        {"expired", expired, {expired}, true, false},
+        {"not valid yet", future, {future}, true, false},
+        {"outside the table", leaf, {other}, false, false, "api.example"},
+        {"outside the table, trusted", leaf, {other}, true, true, "api.example"},
+        {"pins of another host are no trust", lone, {lone}, false, false, "127.0.0.1"}};
+    for (const TrustCase& each : cases) {
+        SCOPED_TRACE(each.what);
+        unsetenv("SSL_CERT_FILE");
+        if (each.isTrustedBySystem) {
+            trustBySystem(authority);
+        }
+        serve(each.leaf);
+        std::vector<Certificate> pins;
+        for (const TestCertificate& pin : each.pins) {
+            pins.push_back(pin.certificate());
+        }
+        const auto heard = send(*pinning(each.pinnedHost, pins), get(server->url("/")));
+        EXPECT_NE(heard->thread, std::this_thread::get_id());
+        if (each.isAccepted) {
+            EXPECT_TRUE(succeeded(heard));
+            EXPECT_EQ(heard->body, "served");
+        } else {
+            EXPECT_TRUE(failedWith(heard, HTTPErrorCode::ServerTrust));
+            EXPECT_EQ(server->requests(), 0);
+        }
+    }
 }
 
-TEST_F(TrustTest, ExpiredLeafIsRefused) {
-    CertificateWish wish;
-    wish.notBefore = -hours(48);
-    wish.notAfter = -hours(24);
-    const auto leaf = TestCertificate::authority().issue(wish);
-    serve(leaf);
-    const auto transport = pinning("localhost", {leaf.certificate()});
-    EXPECT_TRUE(failedWith(send(*transport, get(server->url("/"))), HTTPErrorCode::ServerTrust));
-}
-
-TEST_F(TrustTest, LeafOfTheFutureIsRefused) {
-    CertificateWish wish;
-    wish.notBefore = hours(24);
-    wish.notAfter = hours(48);
-    const auto leaf = TestCertificate::authority().issue(wish);
-    serve(leaf);
-    const auto transport = pinning("localhost", {leaf.certificate()});
-    EXPECT_TRUE(failedWith(send(*transport, get(server->url("/"))), HTTPErrorCode::ServerTrust));
-}
-
-TEST_F(TrustTest, EmptyPinListRefusesEveryServerAndSendsNothing) {
+/// Whatever was connected and trusted before under one policy must not help under another.
+TEST_F(TrustTest, ConnectionsAndTLSSessionsDoNotCrossPolicies) {
     const auto authority = TestCertificate::authority();
     trustBySystem(authority);
     serve(authority.issue({}));
-    const auto transport = pinning("localhost", {});
-    const auto heard = send(*transport, get(server->url("/")));
-    EXPECT_TRUE(failedWith(heard, HTTPErrorCode::ServerTrust));
-    EXPECT_EQ(server->requests(), 0);
-    EXPECT_NE(heard->thread, std::this_thread::get_id());
-}
-
-TEST_F(TrustTest, HostOutsideTheTableIsJudgedByTheSystemsStore) {
-    const auto authority = TestCertificate::authority();
-    serve(authority.issue({}));
-    const auto pins = std::vector{TestCertificate::authority("other").certificate()};
-    EXPECT_TRUE(failedWith(send(*pinning("api.example", pins), get(server->url("/"))),
-                           HTTPErrorCode::ServerTrust));
-    trustBySystem(authority);
-    EXPECT_TRUE(succeeded(send(*pinning("api.example", pins), get(server->url("/")))));
-}
-
-TEST_F(TrustTest, PinsOfOneHostAreNoTrustForAnother) {
-    const auto leaf = TestCertificate::selfSigned({});
-    serve(leaf);
-    const auto transport = pinning("localhost", {leaf.certificate()});
-    EXPECT_TRUE(succeeded(send(*transport, get(server->url("/", "localhost")))));
-    EXPECT_TRUE(failedWith(send(*transport, get(server->url("/", "127.0.0.1"))),
-                           HTTPErrorCode::ServerTrust));
-}
-
-TEST_F(TrustTest, EveryRequestIsJudgedByItsOwnHost) {
-    const auto authority = TestCertificate::authority();
-    trustBySystem(authority);
-    serve(authority.issue({}));
-    const auto pinned = pinning("localhost", {TestCertificate::authority("other").certificate()});
+    const auto transport =
+        pinning("localhost", {TestCertificate::authority("other").certificate()});
     const auto expectRefused = [&] {
-        EXPECT_TRUE(failedWith(send(*pinned, get(server->url("/"))), HTTPErrorCode::ServerTrust));
+        EXPECT_TRUE(
+            failedWith(send(*transport, get(server->url("/"))), HTTPErrorCode::ServerTrust));
     };
     for (int round = 0; round < 3; ++round) {
+        EXPECT_TRUE(succeeded(send(*transport, get(server->url("/", "127.0.0.1")))));
         expectRefused();
-        EXPECT_TRUE(succeeded(send(*pinned, get(server->url("/", "127.0.0.1")))));
     }
-    // More than libcurl takes for a URL: whatever is made of it, the next is judged as before.
+    EXPECT_EQ(server->connections(), 1U);
+    // More than libcurl takes for a URL: the next is judged as before.
     std::string longest = server->url("/?");
     longest.resize(9'000'000, 'q');
-    EXPECT_TRUE(send(*pinned, get(longest))->error);
+    EXPECT_TRUE(failedWith(send(*transport, get(longest)), HTTPErrorCode::UnsupportedURL));
     expectRefused();
+    EXPECT_EQ(server->requests(), 3);
 }
 
 TEST_F(TrustTest, RedirectFromPinnedToUnpinnedIsJudgedByTheSystemsStore) {
@@ -166,25 +116,16 @@ TEST_F(TrustTest, RedirectFromPinnedToUnpinnedIsJudgedByTheSystemsStore) {
 
 TEST_F(TrustTest, RedirectFromUnpinnedToPinnedIsJudgedByThePins) {
     const auto authority = TestCertificate::authority();
+    const auto other = TestCertificate::authority("other").certificate();
     trustBySystem(authority);
     serve(authority.issue({}));
     target = server->url("/", "localhost");
-    const auto strict = pinning("localhost", {TestCertificate::authority("other").certificate()});
-    EXPECT_TRUE(failedWith(send(*strict, get(server->url("/away", "127.0.0.1"))),
-                           HTTPErrorCode::ServerTrust));
-    EXPECT_EQ(server->requests(), 1);
-    const auto fitting = pinning("localhost", {authority.certificate()});
-    EXPECT_TRUE(succeeded(send(*fitting, get(server->url("/away", "127.0.0.1")))));
-}
-
-TEST_F(TrustTest, RedirectToAnEmptyPinListIsRefused) {
-    const auto leaf = TestCertificate::selfSigned({});
-    trustBySystem(leaf);
-    serve(leaf);
-    target = server->url("/", "localhost");
-    EXPECT_TRUE(failedWith(send(*pinning("localhost", {}), get(server->url("/away", "127.0.0.1"))),
-                           HTTPErrorCode::ServerTrust));
-    EXPECT_EQ(server->requests(), 1);
+    const auto request = get(server->url("/away", "127.0.0.1"));
+    for (const auto& strict : {pinning("localhost", {other}), pinning("localhost", {})}) {
+        EXPECT_TRUE(failedWith(send(*strict, request), HTTPErrorCode::ServerTrust));
+    }
+    EXPECT_EQ(server->requests(), 2);
+    EXPECT_TRUE(succeeded(send(*pinning("localhost", {authority.certificate()}), request)));
 }
 
 TEST_F(TrustTest, ARedirectOutOfTLSIsRefusedAndNothingSent) {
@@ -215,22 +156,6 @@ TEST_F(TrustTest, ARedirectIntoTLSIsFollowed) {
     plain.start();
     const auto transport = pinning("localhost", {leaf.certificate()});
     EXPECT_TRUE(succeeded(send(*transport, get(plain.url("/", "127.0.0.1")))));
-}
-
-/// Whatever was connected and trusted before under one policy must not help under another.
-TEST_F(TrustTest, ConnectionsAndTLSSessionsDoNotCrossPolicies) {
-    const auto authority = TestCertificate::authority();
-    trustBySystem(authority);
-    serve(authority.issue({}));
-    const auto transport =
-        pinning("localhost", {TestCertificate::authority("other").certificate()});
-    for (int round = 0; round < 3; ++round) {
-        EXPECT_TRUE(succeeded(send(*transport, get(server->url("/", "127.0.0.1")))));
-        EXPECT_TRUE(failedWith(send(*transport, get(server->url("/", "localhost"))),
-                               HTTPErrorCode::ServerTrust));
-    }
-    EXPECT_EQ(server->connections(), 1U);
-    EXPECT_EQ(server->requests(), 3);
 }
 
 TEST_F(TrustTest, AServerWithoutTLSIsNoTrustedServer) {

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "TimeLimit.hpp"
+
 #include <KeloAPI/queues/MainQueue.hpp>
 
-#include <chrono>
 #include <functional>
 #include <thread>
 
@@ -11,7 +12,7 @@ namespace KeloAPI::testing {
 /// Runs the main queue until `done` says true; false when that takes too long. In short slices,
 /// because what a test waits for may come about on another thread, with no task to tell of it.
 inline bool runUntil(const std::function<bool()>& done,
-                     std::chrono::milliseconds timeout = std::chrono::seconds(20)) {
+                     std::chrono::milliseconds timeout = timeLimit) {
     constexpr std::chrono::milliseconds slice(5);
     for (auto waited = std::chrono::milliseconds(0); waited < timeout; waited += slice) {
         if (MainQueue::main().runUntil(done, slice)) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "FixedRequest.hpp"
+
 #include <KeloAPI/http/HTTPError.hpp>
 #include <KeloAPI/http/Transport.hpp>
 
@@ -68,15 +70,6 @@ private:
     static void step(const Step& work) {
         std::thread(work).join();
     }
-};
-
-/// Any request, as the interface asks for it.
-struct FixedRequest : URLRequestConvertible {
-    explicit FixedRequest(std::string_view url = "https://service.example/a") {
-        request.url = URL::parse(url);
-    }
-    KeloAPI::URLRequest URLRequest() const override { return request; }
-    KeloAPI::URLRequest request;
 };
 
 } // namespace KeloAPI::testing

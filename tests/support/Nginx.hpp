@@ -1,10 +1,11 @@
 #pragma once
 
+#include "Process.hpp"
+#include "TemporaryFolder.hpp"
 #include "TestCertificates.hpp"
 
-#include <sys/types.h>
-
 #include <filesystem>
+#include <memory>
 #include <string>
 
 namespace KeloAPI::testing {
@@ -20,27 +21,20 @@ public:
     static bool isInstalled();
 
     explicit Nginx(const TestCertificate& certificate);
-    Nginx(const Nginx&) = delete;
-    Nginx& operator=(const Nginx&) = delete;
-    ~Nginx();
 
-    bool isServing() const;
     /// The folder that /files serves.
-    std::filesystem::path files() const { return _folder / "files"; }
+    std::filesystem::path files() const { return _folder.path("files"); }
     std::string url(const std::string& path) const;
     /// Where HTTP/1.1 is all that the server speaks.
     std::string serialUrl(const std::string& path) const;
     const std::string& slowBody() const { return _slowBody; }
 
 private:
-    std::string configuration() const;
-    std::string server(int port, const std::string& protocol) const;
-
-    std::filesystem::path _folder;
+    TemporaryFolder _folder;
     int _port = 0;
     int _serialPort = 0;
-    pid_t _process = -1;
-    std::string _slowBody;
+    std::string _slowBody = std::string(20'000, 's');
+    std::unique_ptr<Process> _process;
 };
 
 } // namespace KeloAPI::testing

@@ -1,14 +1,13 @@
 #include "RawServer.hpp"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
+#include "Loopback.hpp"
+
+#include <poll.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
-#include <stdexcept>
 
 namespace KeloAPI::testing {
 
@@ -22,6 +21,15 @@ std::size_t contentLength(std::string head) {
 }
 
 } // namespace
+
+std::string okResponse(const std::string& body) {
+    return "HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
+}
+
+std::string pathOf(const std::string& request) {
+    const auto begin = request.find(' ') + 1;
+    return request.substr(begin, request.find(' ', begin) - begin);
+}
 
 std::string RawConnection::read(std::size_t most) {
     std::string bytes(most, '\0');
@@ -60,6 +68,12 @@ bool RawConnection::write(std::string_view bytes) const {
     return true;
 }
 
+void RawConnection::serve(const std::function<std::string(const std::string& request)>& respond) {
+    for (std::string request = readRequest(); !request.empty(); request = readRequest()) {
+        write(respond(request));
+    }
+}
+
 void RawConnection::waitForClose() {
     while (!read(65536).empty()) {
     }
@@ -71,18 +85,10 @@ void RawConnection::reset() const {
 }
 
 RawServer::RawServer(Handler handler)
-    : _handler(std::move(handler))
-    , _listener(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    auto* generic = reinterpret_cast<sockaddr*>(&address);
-    if (::bind(_listener, generic, size) != 0 || ::listen(_listener, 128) != 0 ||
-        ::getsockname(_listener, generic, &size) != 0) {
-        throw std::runtime_error("the test server cannot listen");
-    }
-    _port = ntohs(address.sin_port);
+    : _handler(std::move(handler)) {
+    const LoopbackListener listener;
+    _listener = listener.socket;
+    _port = listener.port;
     _acceptor = std::thread([this] { accept(); });
 }
 
@@ -125,6 +131,30 @@ void RawServer::accept() {
 
 std::string RawServer::url(const std::string& path, const std::string& scheme) const {
     return scheme + "://127.0.0.1:" + std::to_string(_port) + path;
+}
+
+RawServer::Handler answeringAll(std::string response) {
+    return [response = std::move(response)](RawConnection& connection) {
+        connection.serve([&](const std::string&) { return response; });
+    };
+}
+
+RawServer::Handler answeringOnce(std::string response) {
+    return [response = std::move(response)](RawConnection& connection) {
+        connection.readRequest();
+        connection.write(response);
+    };
+}
+
+RawServer::Handler keepingSilent() {
+    return [](RawConnection& connection) { connection.waitForClose(); };
+}
+
+RawServer::Handler keepingDeaf() {
+    return [](RawConnection& connection) {
+        pollfd end{connection.socket(), 0, 0};
+        ::poll(&end, 1, -1);
+    };
 }
 
 } // namespace KeloAPI::testing

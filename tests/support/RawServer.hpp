@@ -10,6 +10,11 @@
 
 namespace KeloAPI::testing {
 
+/// "200 OK" with this body and its length.
+std::string okResponse(const std::string& body = "ok");
+/// The path that a request asks for.
+std::string pathOf(const std::string& request);
+
 /// One connection of a `RawServer`.
 class RawConnection {
 public:
@@ -22,6 +27,8 @@ public:
     std::string read(std::size_t most);
     /// False when the client has gone.
     bool write(std::string_view bytes) const;
+    /// Answers each request with what `respond` makes of it, until the client has gone.
+    void serve(const std::function<std::string(const std::string& request)>& respond);
     /// Waits until the client closes.
     void waitForClose();
     /// Closes with a reset where the handler's return closes in peace.
@@ -61,5 +68,16 @@ private:
     std::vector<std::thread> _threads;
     std::thread _acceptor;
 };
+
+// Handlers of a `RawServer`.
+
+/// Answers every request alike.
+RawServer::Handler answeringAll(std::string response);
+/// Answers the first request and closes.
+RawServer::Handler answeringOnce(std::string response);
+/// Lets the client wait.
+RawServer::Handler keepingSilent();
+/// Does not even read, until the server goes.
+RawServer::Handler keepingDeaf();
 
 } // namespace KeloAPI::testing

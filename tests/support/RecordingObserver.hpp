@@ -1,8 +1,9 @@
 #pragma once
 
+#include "TimeLimit.hpp"
+
 #include <KeloAPI/http/Transport.hpp>
 
-#include <chrono>
 #include <condition_variable>
 #include <functional>
 #include <mutex>
@@ -40,7 +41,7 @@ public:
     void didComplete(std::optional<Error> failure) override;
 
     /// False when the exchange has not completed in that time.
-    bool wait(std::chrono::milliseconds limit = std::chrono::seconds(20));
+    bool wait(std::chrono::milliseconds limit = timeLimit);
     bool hasCompleted();
     /// The status of the answer; 0 when there was none.
     int status() const { return responses.empty() ? 0 : responses.front().statusCode; }

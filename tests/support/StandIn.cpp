@@ -5,24 +5,19 @@
 
 #include <curl/curl.h>
 #include <strings.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <csignal>
 #include <stdexcept>
 
 namespace KeloAPI::testing {
 
 namespace {
 
-std::string readLine(int file) {
-    std::string line;
-    char c = 0;
-    while (read(file, &c, 1) == 1 && c != '\n') {
-        line += c;
-    }
-    return line;
+std::vector<std::string> command(const std::vector<std::string>& arguments) {
+    std::vector<std::string> words = {KELO_SERVICE_PATH, "--port", "0", "--quiet",
+                                      "--exit-with-parent"};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    return words;
 }
 
 std::size_t gather(char* bytes, std::size_t size, std::size_t count, void* text) {
@@ -47,40 +42,14 @@ bool SeenRequest::hasHeader(std::string_view name) const {
     });
 }
 
-StandIn::StandIn(const std::vector<std::string>& arguments) {
-    int output[2];
-    if (pipe(output) != 0) {
-        throw std::runtime_error("no pipe for the stand-in");
-    }
-    std::vector<std::string> words = {KELO_SERVICE_PATH, "--port", "0", "--quiet",
-                                      "--exit-with-parent"};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<char*> argv;
-    for (std::string& word : words) {
-        argv.push_back(word.data());
-    }
-    argv.push_back(nullptr);
-    _process = fork();
-    if (_process == 0) {
-        dup2(output[1], STDOUT_FILENO);
-        close(output[0]);
-        close(output[1]);
-        execv(argv[0], argv.data());
-        _exit(127);
-    }
-    close(output[1]);
-    const std::string line = readLine(output[0]);
-    close(output[0]);
+StandIn::StandIn(const std::vector<std::string>& arguments)
+    : _process(command(arguments)) {
+    const std::string line = _process.readLine();
     const auto colon = line.rfind(':');
     if (colon == std::string::npos) {
         throw std::runtime_error("the stand-in did not start: " + line);
     }
     _port = std::stoi(line.substr(colon + 1));
-}
-
-StandIn::~StandIn() {
-    kill(_process, SIGTERM);
-    waitpid(_process, nullptr, 0);
 }
 
 std::string StandIn::send(const std::string& method, const std::string& path,

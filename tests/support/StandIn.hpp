@@ -1,7 +1,8 @@
 #pragma once
 
+#include "Process.hpp"
+
 #include <nlohmann/json.hpp>
-#include <sys/types.h>
 
 #include <string>
 #include <string_view>
@@ -39,9 +40,6 @@ public:
     static constexpr const char* password = "loop-the-loop";
 
     explicit StandIn(const std::vector<std::string>& arguments = {});
-    StandIn(const StandIn&) = delete;
-    StandIn& operator=(const StandIn&) = delete;
-    ~StandIn();
 
     int port() const { return _port; }
     /// "localhost:PORT", whose certificate the library has pinned.
@@ -70,7 +68,7 @@ public:
 private:
     std::string send(const std::string& method, const std::string& path, const std::string& body);
 
-    pid_t _process = -1;
+    Process _process;
     int _port = 0;
     std::int64_t _seen = 0;
 };

@@ -12,6 +12,12 @@
 
 namespace KeloAPI::testing {
 
+/// What is in a file; empty where there is none.
+inline std::string contentsOf(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
 /// A folder of a test's own, which goes with it.
 class TemporaryFolder {
 public:
@@ -39,10 +45,7 @@ public:
         return path(name);
     }
 
-    std::string read(const std::string& name) const {
-        std::ifstream file(path(name), std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    }
+    std::string read(const std::string& name) const { return contentsOf(path(name)); }
 
     /// The names of what is in it, sorted.
     std::vector<std::string> names() const {

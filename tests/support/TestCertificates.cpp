@@ -85,6 +85,14 @@ Certificate TestCertificate::certificate() const {
     return *Certificate::fromDER(Data(der));
 }
 
+std::shared_ptr<SSL_CTX> TestCertificate::serverContext() const {
+    std::shared_ptr<SSL_CTX> context(SSL_CTX_new(TLS_server_method()), SSL_CTX_free);
+    check(SSL_CTX_use_certificate(context.get(), x509()) == 1 &&
+              SSL_CTX_use_PrivateKey(context.get(), key()) == 1,
+          "TLS context");
+    return context;
+}
+
 std::string TestCertificate::keyPem() const {
     BIO* bio = BIO_new(BIO_s_mem());
     PEM_write_bio_PrivateKey(bio, key(), nullptr, nullptr, 0, nullptr, nullptr);

@@ -2,7 +2,7 @@
 
 #include <KeloAPI/http/Certificate.hpp>
 
-#include <openssl/x509.h>
+#include <openssl/ssl.h>
 
 #include <chrono>
 #include <memory>
@@ -33,6 +33,9 @@ public:
     Certificate certificate() const;
     std::string pem() const { return certificate().pem(); }
     std::string keyPem() const;
+
+    /// TLS of a server that has this certificate.
+    std::shared_ptr<SSL_CTX> serverContext() const;
 
     X509* x509() const { return _x509.get(); }
     EVP_PKEY* key() const { return _key.get(); }

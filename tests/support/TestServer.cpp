@@ -15,7 +15,10 @@ TestServer::TestServer(std::size_t threads)
 }
 
 TestServer::~TestServer() {
-    stop();
+    if (_thread.joinable()) {
+        _server->stop();
+        _thread.join();
+    }
 }
 
 void TestServer::prepare(std::size_t threads) {
@@ -34,17 +37,16 @@ void TestServer::prepare(std::size_t threads) {
     _port = _server->bind_to_any_port("127.0.0.1");
 }
 
+void TestServer::serve(const std::string& path, const std::string& content) {
+    _server->Get(path, [content](const httplib::Request&, httplib::Response& response) {
+        response.set_content(content, "text/plain");
+    });
+}
+
 void TestServer::start() {
     _thread = std::thread([this] { _server->listen_after_bind(); });
     while (!_server->is_running()) {
         std::this_thread::yield();
-    }
-}
-
-void TestServer::stop() {
-    if (_thread.joinable()) {
-        _server->stop();
-        _thread.join();
     }
 }
 

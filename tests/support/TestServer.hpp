@@ -28,8 +28,9 @@ public:
 
     /// Add routes here, then `start`.
     httplib::Server& routes() { return *_server; }
+    /// A route that serves this to a GET.
+    void serve(const std::string& path, const std::string& content);
     void start();
-    void stop();
 
     int port() const { return _port; }
     std::string url(const std::string& path, const std::string& host = "localhost") const;
