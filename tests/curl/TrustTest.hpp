@@ -1,7 +1,7 @@
 #pragma once
 
+#include "support/RawServer.hpp"
 #include "support/TemporaryFolder.hpp"
-#include "support/TestServer.hpp"
 #include "TransportTest.hpp"
 
 namespace KeloAPI::testing {
@@ -11,18 +11,17 @@ class TrustTest : public TransportTest {
 protected:
     void TearDown() override { unsetenv("SSL_CERT_FILE"); }
 
+    /// Serves /away with a redirect to `target`, and everything else itself.
     void serve(const TestCertificate& certificate) {
-        using httplib::Request;
-        using httplib::Response;
-        server = std::make_unique<TestServer>(certificate);
-        server->serve("/", "served");
-        server->routes().Post("/", [](const Request&, Response&) {});
-        server->routes().Get(
-            "/away", [this](const Request&, Response& response) { response.set_redirect(target); });
-        server->routes().Post("/away", [this](const Request&, Response& response) {
-            response.set_redirect(target, 307);
-        });
-        server->start();
+        server = std::make_unique<RawServer>(
+            certificate.serverContext(), [this](RawConnection& connection) {
+                connection.serve([this](const std::string& request) {
+                    return pathOf(request) != "/away"
+                               ? okResponse("served")
+                               : "HTTP/1.1 307 Temporary Redirect\r\nLocation: " + target +
+                                     "\r\nContent-Length: 0\r\n\r\n";
+                });
+            });
     }
 
     /// Lets every transport made from now on find this authority in the system's store.
@@ -30,8 +29,8 @@ protected:
         setenv("SSL_CERT_FILE", _folder.write("store.pem", authority.pem()).c_str(), 1);
     }
 
-    std::unique_ptr<TestServer> server;
     std::string target;
+    std::unique_ptr<RawServer> server;
 
 private:
     TemporaryFolder _folder;

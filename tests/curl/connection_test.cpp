@@ -1,6 +1,5 @@
 #include "support/RawServer.hpp"
 #include "support/Sanitizers.hpp"
-#include "support/TestServer.hpp"
 #include "TransportTest.hpp"
 
 #include <atomic>
@@ -43,15 +42,17 @@ std::multiset<std::string> threadNames() {
 
 class ConnectionTest : public TransportTest {
 protected:
-    ConnectionTest() {
-        server.serve("/", "a short response");
-        server.start();
-        transport = pinning("localhost", {leaf.certificate()});
-    }
-
     TestCertificate leaf = TestCertificate::selfSigned({});
-    TestServer server{leaf, 80};
-    std::shared_ptr<CurlTransport> transport;
+    /// /late is answered only when it is let.
+    std::counting_semaphore<> answer{0};
+    RawServer server{leaf.serverContext(), [this](RawConnection& connection) {
+                         connection.serve([this](const std::string& request) {
+                             EXPECT_TRUE(pathOf(request) != "/late" ||
+                                         answer.try_acquire_for(timeLimit));
+                             return okResponse(pathOf(request));
+                         });
+                     }};
+    std::shared_ptr<CurlTransport> transport = pinning("localhost", {leaf.certificate()});
 };
 
 TEST_F(ConnectionTest, OneTheServerClosedMeanwhileIsReplaced) {
@@ -61,34 +62,12 @@ TEST_F(ConnectionTest, OneTheServerClosedMeanwhileIsReplaced) {
     }
 }
 
-TEST_F(ConnectionTest, ManyAtOnceFromManyThreads) {
-    std::atomic<int> good = 0;
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 8; ++t) {
-        threads.emplace_back([&] {
-            std::vector<Observer> observers;
-            for (int i = 0; i < 25; ++i) {
-                observers.push_back(start(*transport, get(server.url("/"))));
-            }
-            expectAllSucceeded(observers);
-            for (const Observer& observer : observers) {
-                good += observer->body == "a short response" ? 1 : 0;
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(good, 200);
-    EXPECT_EQ(server.requests(), 200);
-}
-
 TEST_F(ConnectionTest, ThreadsStartWithTheFirstRequestOfTheirPolicy) {
     EXPECT_EQ(threadNames().count("kelo-net") + threadNames().count("kelo-net-pinned"), 0U);
-    send(*transport, get(server.url("/")));
+    send(*transport, get(server.secureUrl("/")));
     EXPECT_EQ(threadNames().count("kelo-net-pinned"), 1U);
     EXPECT_EQ(threadNames().count("kelo-net"), 0U);
-    send(*transport, get(server.url("/", "127.0.0.1")));
+    send(*transport, get(server.secureUrl("/", "127.0.0.1")));
     send(*transport, get("http://127.0.0.1:1/"));
     EXPECT_EQ(threadNames().count("kelo-net"), 1U);
     transport.reset();
@@ -108,10 +87,10 @@ TEST_F(ConnectionTest, AnObserverThatWaitsForADiskHoldsUpNoOther) {
         writing.release();
         return written.try_acquire_for(timeLimit);
     };
-    transport->start(get(server.url("/")), slow);
+    transport->start(get(server.secureUrl("/")), slow);
     ASSERT_TRUE(writing.try_acquire_for(timeLimit));
     EXPECT_EQ(threadNames().count("kelo-disk-pin"), 1U);
-    const auto quick = send(*transport, get(server.url("/")));
+    const auto quick = send(*transport, get(server.secureUrl("/")));
     EXPECT_TRUE(succeeded(quick));
     EXPECT_FALSE(slow->hasCompleted());
     written.release();
@@ -123,27 +102,18 @@ TEST_F(ConnectionTest, AnObserverThatWaitsForADiskHoldsUpNoOther) {
 TEST_F(ConnectionTest, WhatStartsInsideTheEndOfAnotherIsSentAtOnce) {
     const auto second = std::make_shared<RecordingObserver>();
     const auto first = std::make_shared<RecordingObserver>();
-    first->onComplete = [&] { transport->start(get(server.url("/")), second); };
-    transport->start(get(server.url("/")), first);
+    first->onComplete = [&] { transport->start(get(server.secureUrl("/")), second); };
+    transport->start(get(server.secureUrl("/")), first);
     ASSERT_TRUE(first->wait());
     ASSERT_TRUE(second->wait()) << "the thread went to sleep over it";
     EXPECT_TRUE(succeeded(second));
     EXPECT_EQ(second->thread, first->thread);
 }
 
-/// A server that answers /late only when it is let, and a connection to it, on which a request goes
-/// out at once.
+/// With a connection on which a request goes out at once.
 class SentRequestTest : public ConnectionTest {
 protected:
-    SentRequestTest() {
-        // The server's thread may be in there longer than a test.
-        server.routes().Get(
-            "/late", [answer = answer](const httplib::Request&, httplib::Response& response) {
-                EXPECT_TRUE(answer->try_acquire_for(timeLimit));
-                response.set_content("late", "text/plain");
-            });
-        EXPECT_TRUE(succeeded(send(*transport, get(server.url("/")))));
-    }
+    SentRequestTest() { EXPECT_TRUE(succeeded(send(*transport, get(server.secureUrl("/"))))); }
 
     /// Starts a request and does this as it is told that the request was sent.
     void startLate(const std::function<void(Exchange&)>& whenSent) {
@@ -153,20 +123,18 @@ protected:
             EXPECT_TRUE(started.try_acquire_for(timeLimit));
             whenSent(*exchange);
         };
-        exchange = transport->start(get(server.url("/late")), observer);
+        exchange = transport->start(get(server.secureUrl("/late")), observer);
         started.release();
         ASSERT_TRUE(observer->wait()) << "nobody was told, or the thread slept over it";
-        answer->release();
+        answer.release();
     }
 
-    std::shared_ptr<std::counting_semaphore<>> answer =
-        std::make_shared<std::counting_semaphore<>>(0);
     Observer observer = std::make_shared<RecordingObserver>();
 };
 
 TEST_F(SentRequestTest, IsToldOfWhileTheResponseIsAwaited) {
-    startLate([this](Exchange&) { answer->release(); });
-    EXPECT_EQ(observer->body, "late");
+    startLate([this](Exchange&) { answer.release(); });
+    EXPECT_EQ(observer->body, "/late");
     EXPECT_EQ(observer->requestsSent, 1);
     EXPECT_EQ(observer->callsAfterEnd, 0);
     // Where nothing was sent there is nothing to tell.
@@ -188,8 +156,8 @@ TEST_F(SentRequestTest, MayEndTheTransportThere) {
 
 TEST_F(SentRequestTest, MayBeFollowedByAnotherThere) {
     const auto second = std::make_shared<RecordingObserver>();
-    second->onComplete = [this] { answer->release(); };
-    startLate([&](Exchange&) { transport->start(get(server.url("/")), second); });
+    second->onComplete = [this] { answer.release(); };
+    startLate([&](Exchange&) { transport->start(get(server.secureUrl("/")), second); });
     expectAllSucceeded({observer, second});
 }
 
@@ -198,16 +166,16 @@ TEST_F(SentRequestTest, NoMemoryInACallbackEndsThatRequestOnly) {
     EXPECT_TRUE(failedWith(observer, HTTPErrorCode::OutOfResources));
     const auto second = std::make_shared<RecordingObserver>();
     second->onSent = [] { throw std::bad_alloc(); };
-    transport->start(with(Method::POST, server.url("/"), "body"), second);
+    transport->start(with(Method::POST, server.secureUrl("/"), "body"), second);
     ASSERT_TRUE(second->wait());
     EXPECT_TRUE(failedWith(second, HTTPErrorCode::OutOfResources));
-    EXPECT_TRUE(succeeded(send(*transport, get(server.url("/")))));
+    EXPECT_TRUE(succeeded(send(*transport, get(server.secureUrl("/")))));
 }
 
 TEST_F(ConnectionTest, NothingRemainsOfATransport) {
     const auto once = [this] {
         const auto brief = pinning("localhost", {leaf.certificate()});
-        EXPECT_TRUE(succeeded(send(*brief, get(server.url("/")))));
+        EXPECT_TRUE(succeeded(send(*brief, get(server.secureUrl("/")))));
     };
     once();
     const auto before = openDescriptors();
@@ -228,9 +196,9 @@ TEST_F(ConnectionTest, TenThousandRequestsLeaveNoTrace) {
             descriptors = openDescriptors();
             memory = residentMemory();
         }
-        ASSERT_TRUE(succeeded(send(*transport, get(server.url("/"))))) << "request " << i;
+        ASSERT_TRUE(succeeded(send(*transport, get(server.secureUrl("/"))))) << "request " << i;
     }
-    EXPECT_EQ(server.connections(), 1U);
+    EXPECT_EQ(server.connections(), 1);
     EXPECT_LE(openDescriptors(), descriptors);
     const long growth = residentMemory() - memory;
     RecordProperty("growth_kib", static_cast<int>(growth));

@@ -114,7 +114,7 @@ protected:
     }
 
     URLRequest post(const std::string& host) const {
-        URLRequest request = with(Method::POST, server->url("/", host), "body");
+        URLRequest request = with(Method::POST, server->secureUrl("/", host), "body");
         request.headerFields = {{"X-Plain", "p"}, {"X-Blank", ""}};
         return request;
     }
@@ -158,7 +158,7 @@ TEST_F(FailingOptionsTest, EveryHeaderThatCannotBeKeptFailsTheRequest) {
 
 TEST_F(FailingOptionsTest, AShortageAfterTheHeadIsNoLongHead) {
     change([](WrappedCurl& curl) { curl.result = CURLE_OUT_OF_MEMORY; });
-    const auto heard = send(*transport, get(server->url("/", "localhost")));
+    const auto heard = send(*transport, get(server->secureUrl("/", "localhost")));
     EXPECT_EQ(heard->status(), 200);
     EXPECT_TRUE(failedWith(heard, HTTPErrorCode::OutOfResources));
 }

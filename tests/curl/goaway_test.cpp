@@ -1,10 +1,7 @@
 #include "support/RawServer.hpp"
 #include "TransportTest.hpp"
 
-#include <openssl/ssl.h>
-
 #include <atomic>
-#include <csignal>
 #include <cstdint>
 
 namespace KeloAPI::testing {
@@ -13,10 +10,9 @@ namespace {
 /// One HTTP/2 connection, frame by frame, over the server's end of TLS.
 class FrameConnection {
 public:
-    FrameConnection(SSL_CTX* context, const RawConnection& connection)
-        : _ssl(SSL_new(context), &SSL_free) {
-        SSL_set_fd(_ssl.get(), connection.socket());
-        _open = SSL_accept(_ssl.get()) == 1 && read(std::string_view(preface).size()) == preface;
+    explicit FrameConnection(RawConnection& connection)
+        : _connection(connection) {
+        _open = read(std::string_view(preface).size()) == preface;
         write(settings, 0, 0, "");
     }
 
@@ -52,11 +48,7 @@ public:
     /// Sends what no server may: the connection is of no more use to the client.
     void breakProtocol() { write(data, 0, 0, "x"); }
 
-    void waitForClose() {
-        while (_open) {
-            read(1);
-        }
-    }
+    void waitForClose() { _connection.waitForClose(); }
 
 private:
     static constexpr const char* preface = "PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n";
@@ -77,12 +69,11 @@ private:
     }
 
     std::string read(std::size_t size) {
-        std::string bytes(size, '\0');
-        std::size_t at = 0;
-        while (_open && at < size) {
-            const int got = SSL_read(_ssl.get(), bytes.data() + at, static_cast<int>(size - at));
-            _open = got > 0;
-            at += _open ? static_cast<std::size_t>(got) : 0;
+        std::string bytes;
+        while (_open && bytes.size() < size) {
+            const std::string more = _connection.read(size - bytes.size());
+            _open = !more.empty();
+            bytes += more;
         }
         return bytes;
     }
@@ -93,10 +84,10 @@ private:
         frame += static_cast<char>(type);
         frame += static_cast<char>(flags);
         frame += number(stream) + payload;
-        _open = _open && SSL_write(_ssl.get(), frame.data(), static_cast<int>(frame.size())) > 0;
+        _open = _open && _connection.write(frame);
     }
 
-    std::unique_ptr<SSL, decltype(&SSL_free)> _ssl;
+    RawConnection& _connection;
     bool _open = true;
 };
 
@@ -111,20 +102,16 @@ class GoAwayTest : public TransportTest {
 protected:
     using Handler = std::function<void(FrameConnection&, int connection)>;
 
-    GoAwayTest() {
-        // OpenSSL writes to a client that has gone in the plain way.
-        std::signal(SIGPIPE, SIG_IGN);
-        SSL_CTX_set_alpn_select_cb(_context.get(), &selectHTTP2, nullptr);
-    }
+    GoAwayTest() { SSL_CTX_set_alpn_select_cb(_context.get(), &selectHTTP2, nullptr); }
 
     /// Handles each connection so; connections count from 1.
     void serve(Handler handler) {
         connections = 0;
         taken = 0;
-        _server =
-            std::make_unique<RawServer>([this, handler = std::move(handler)](RawConnection& raw) {
+        _server = std::make_unique<RawServer>(
+            _context, [this, handler = std::move(handler)](RawConnection& raw) {
                 const int number = ++connections;
-                FrameConnection connection(_context.get(), raw);
+                FrameConnection connection(raw);
                 handler(connection, number);
             });
     }

@@ -23,7 +23,7 @@ protected:
     std::string logged(const std::string& host) const {
         const std::string certificate = folder.write("certificate.pem", leaf.pem());
         Process program(
-            {KELO_DOWNLOAD_ONCE, server->url("/", host), certificate, folder.path("file")});
+            {KELO_DOWNLOAD_ONCE, server->secureUrl("/", host), certificate, folder.path("file")});
         EXPECT_EQ(program.wait(), 0);
         EXPECT_EQ(server->requests(), 1);
         return folder.read("log");

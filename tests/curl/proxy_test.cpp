@@ -1,5 +1,4 @@
 #include "support/Loopback.hpp"
-#include "support/RawServer.hpp"
 #include "TrustTest.hpp"
 
 #include <poll.h>
@@ -88,7 +87,7 @@ TEST_F(ProxyTest, OfTheEnvironmentIsUsed) {
 
 TEST_F(ProxyTest, PinsHoldThroughATunnel) {
     serveBehindProxy();
-    auto request = get(server->url("/"));
+    auto request = get(server->secureUrl("/"));
     request.headerFields["X-Session"] = "secret";
     const auto heard = send(*pinning("localhost", {leaf.certificate()}), request);
     EXPECT_TRUE(succeeded(heard));
@@ -103,7 +102,7 @@ TEST_F(ProxyTest, APinnedNameWithADotBehindItIsPinned) {
     // Through the tunnel, because names on loopback have no such spelling.
     trustBySystem(leaf);
     serveBehindProxy();
-    const auto request = get(server->url("/", "localhost."));
+    const auto request = get(server->secureUrl("/", "localhost."));
     EXPECT_TRUE(succeeded(send(*unpinned(), request)));
     EXPECT_TRUE(
         failedWith(send(*pinning("localhost", {other}), request), HTTPErrorCode::ServerTrust));

@@ -15,15 +15,13 @@ namespace {
 /// Bytes that a server sends in idle time are not the response to the next request.
 class StrayDataTest : public TransportTest {
 protected:
-    using Disturb = std::function<void()>;
+    using Disturb = std::function<void(RawConnection&)>;
 
     /// Answers with the number of the connection and of the request on it, and disturbs after the
     /// very first response.
-    template <class ReadRequest, class Write>
-    void serve(const RawConnection& raw, const ReadRequest& readRequest, const Write& write,
-               const Disturb& disturb) {
+    void serve(RawConnection& raw, const Disturb& disturb) {
         const int connection = ++accepted;
-        for (int i = 0; readRequest(); ++i) {
+        for (int i = 0; !raw.readRequest().empty(); ++i) {
             const int number = ++requests;
             if (number == 2) {
                 EXPECT_TRUE(told.try_acquire_for(timeLimit)) << "nobody heard that it was sent";
@@ -33,10 +31,10 @@ protected:
                 const std::lock_guard lock(mutex);
                 served += response + " ";
             }
-            write(okResponse(response));
+            raw.write(okResponse(response));
             if (number == 1) {
                 EXPECT_TRUE(disturbing.try_acquire_for(timeLimit));
-                disturb();
+                disturb(raw);
                 EXPECT_TRUE(eventually([&] { return hasArrived(raw); }));
                 disturbed.release();
             }
@@ -51,20 +49,21 @@ protected:
 
     /// What the server has served when three requests have had their responses, with the
     /// disturbance behind the first.
-    std::string servedBy(const RawServer::Handler& handler, const std::string& scheme) {
+    std::string servedAround(const Disturb& disturb, const std::shared_ptr<SSL_CTX>& tls = {}) {
         accepted = 0;
         requests = 0;
         served.clear();
         const auto transport = pinning("127.0.0.1", {leaf.certificate()});
-        auto server = std::make_unique<RawServer>(handler);
-        const auto request = get(server->url("/", scheme));
+        auto server = std::make_unique<RawServer>(
+            tls, [&](RawConnection& connection) { serve(connection, disturb); });
+        const std::string url = server->url("/", tls ? "https" : "http");
+        const auto request = get(url);
         std::string bodies = send(*transport, request)->body + " ";
         disturbing.release();
         EXPECT_TRUE(disturbed.try_acquire_for(timeLimit));
         const auto second = std::make_shared<RecordingObserver>();
         second->onRequestSent = [this] { told.release(); };
-        transport->start(scheme == "http" ? with(Method::POST, server->url("/"), "once") : request,
-                         second);
+        transport->start(with(Method::POST, url, "once"), second);
         expectAllSucceeded({second});
         EXPECT_EQ(second->requestsSent, 1);
         bodies += second->body + " " + send(*transport, request)->body + " ";
@@ -89,13 +88,7 @@ constexpr const char* sameConnection = "1.0 1.1 1.2 ";
 
 TEST_F(StrayDataTest, WithoutTLS) {
     const auto servedAfter = [this](const std::string& stray) {
-        const auto handler = [&](RawConnection& connection) {
-            serve(
-                connection, [&] { return !connection.readRequest().empty(); },
-                [&](const std::string& text) { connection.write(text); },
-                [&] { connection.write(stray); });
-        };
-        return servedBy(handler, "http");
+        return servedAround([&](RawConnection& connection) { connection.write(stray); });
     };
     EXPECT_EQ(servedAfter(okResponse("a response to nothing")), otherConnection);
     EXPECT_EQ(servedAfter("HTTP/1.1 408 Request Timeout\r\nContent-Length: 0\r\n"
@@ -106,41 +99,23 @@ TEST_F(StrayDataTest, WithoutTLS) {
 
 /// What waits may be TLS's own.
 TEST_F(StrayDataTest, WithTLS) {
-    const auto write = [](SSL* session, const std::string& text) {
-        const int size = static_cast<int>(text.size());
-        EXPECT_EQ(SSL_write(session, text.data(), size), size);
+    const auto stray = [](RawConnection& connection) { connection.write(okResponse("stray")); };
+    const auto ticket = [](RawConnection& connection) {
+        EXPECT_EQ(SSL_new_session_ticket(connection.session()), 1);
+        EXPECT_EQ(SSL_do_handshake(connection.session()), 1);
     };
-    const auto servedAfter = [&](const std::function<void(SSL*)>& disturb) {
-        const auto handler = [&](RawConnection& connection) {
-            const std::unique_ptr<SSL, decltype(&SSL_free)> session(SSL_new(context.get()),
-                                                                    &SSL_free);
-            SSL_set_fd(session.get(), connection.socket());
-            SSL_accept(session.get());
-            std::string request(4096, '\0'); // fits in a record
-            serve(
-                connection, [&] { return SSL_read(session.get(), request.data(), 4096) > 0; },
-                [&](const std::string& text) { write(session.get(), text); },
-                [&] { disturb(session.get()); });
-        };
-        return servedBy(handler, "https");
+    const auto newKeys = [](RawConnection& connection) {
+        EXPECT_EQ(SSL_key_update(connection.session(), SSL_KEY_UPDATE_REQUESTED), 1);
+        EXPECT_EQ(SSL_do_handshake(connection.session()), 1);
     };
-    const auto stray = [&](SSL* session) { write(session, okResponse("stray")); };
-    const auto ticket = [](SSL* session) {
-        EXPECT_EQ(SSL_new_session_ticket(session), 1);
-        EXPECT_EQ(SSL_do_handshake(session), 1);
+    const auto ticketAndStray = [&](RawConnection& connection) {
+        ticket(connection);
+        stray(connection);
     };
-    const auto newKeys = [](SSL* session) {
-        EXPECT_EQ(SSL_key_update(session, SSL_KEY_UPDATE_REQUESTED), 1);
-        EXPECT_EQ(SSL_do_handshake(session), 1);
-    };
-    EXPECT_EQ(servedAfter(stray), otherConnection);
-    EXPECT_EQ(servedAfter([&](SSL* session) {
-                  ticket(session);
-                  stray(session);
-              }),
-              otherConnection);
-    EXPECT_EQ(servedAfter(ticket), sameConnection);
-    EXPECT_EQ(servedAfter(newKeys), sameConnection);
+    EXPECT_EQ(servedAround(stray, context), otherConnection);
+    EXPECT_EQ(servedAround(ticketAndStray, context), otherConnection);
+    EXPECT_EQ(servedAround(ticket, context), sameConnection);
+    EXPECT_EQ(servedAround(newKeys, context), sameConnection);
 }
 
 } // namespace

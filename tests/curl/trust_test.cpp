@@ -62,7 +62,7 @@ TEST_F(TrustTest, APinnedHostIsJudgedByItsPinsAloneAndAllOthersByTheSystem) {
         for (const TestCertificate& pin : each.pins) {
             pins.push_back(pin.certificate());
         }
-        const auto heard = send(*pinning(each.pinnedHost, pins), get(server->url("/")));
+        const auto heard = send(*pinning(each.pinnedHost, pins), get(server->secureUrl("/")));
         EXPECT_NE(heard->thread, std::this_thread::get_id());
         if (each.isAccepted) {
             EXPECT_TRUE(succeeded(heard));
@@ -83,15 +83,15 @@ TEST_F(TrustTest, ConnectionsAndTLSSessionsDoNotCrossPolicies) {
         pinning("localhost", {TestCertificate::authority("other").certificate()});
     const auto expectRefused = [&] {
         EXPECT_TRUE(
-            failedWith(send(*transport, get(server->url("/"))), HTTPErrorCode::ServerTrust));
+            failedWith(send(*transport, get(server->secureUrl("/"))), HTTPErrorCode::ServerTrust));
     };
     for (int round = 0; round < 3; ++round) {
-        EXPECT_TRUE(succeeded(send(*transport, get(server->url("/", "127.0.0.1")))));
+        EXPECT_TRUE(succeeded(send(*transport, get(server->secureUrl("/", "127.0.0.1")))));
         expectRefused();
     }
-    EXPECT_EQ(server->connections(), 1U);
+    EXPECT_EQ(server->connections(), 1);
     // More than libcurl takes for a URL: the next is judged as before.
-    std::string longest = server->url("/?");
+    std::string longest = server->secureUrl("/?");
     longest.resize(9'000'000, 'q');
     EXPECT_TRUE(failedWith(send(*transport, get(longest)), HTTPErrorCode::UnsupportedURL));
     expectRefused();
@@ -101,15 +101,15 @@ TEST_F(TrustTest, ConnectionsAndTLSSessionsDoNotCrossPolicies) {
 TEST_F(TrustTest, RedirectFromPinnedToUnpinnedIsJudgedByTheSystemsStore) {
     const auto leaf = TestCertificate::selfSigned({});
     serve(leaf);
-    target = server->url("/", "127.0.0.1");
+    target = server->secureUrl("/", "127.0.0.1");
     const auto transport = pinning("localhost", {leaf.certificate()});
     EXPECT_TRUE(
-        failedWith(send(*transport, get(server->url("/away"))), HTTPErrorCode::ServerTrust));
+        failedWith(send(*transport, get(server->secureUrl("/away"))), HTTPErrorCode::ServerTrust));
     EXPECT_EQ(server->requests(), 1);
 
     trustBySystem(leaf);
     const auto trusting = pinning("localhost", {leaf.certificate()});
-    const auto heard = send(*trusting, get(server->url("/away")));
+    const auto heard = send(*trusting, get(server->secureUrl("/away")));
     EXPECT_TRUE(succeeded(heard));
     EXPECT_EQ(heard->responses.front().url.absoluteString(), target);
 }
@@ -119,8 +119,8 @@ TEST_F(TrustTest, RedirectFromUnpinnedToPinnedIsJudgedByThePins) {
     const auto other = TestCertificate::authority("other").certificate();
     trustBySystem(authority);
     serve(authority.issue({}));
-    target = server->url("/", "localhost");
-    const auto request = get(server->url("/away", "127.0.0.1"));
+    target = server->secureUrl("/", "localhost");
+    const auto request = get(server->secureUrl("/away", "127.0.0.1"));
     for (const auto& strict : {pinning("localhost", {other}), pinning("localhost", {})}) {
         EXPECT_TRUE(failedWith(send(*strict, request), HTTPErrorCode::ServerTrust));
     }
@@ -129,16 +129,16 @@ TEST_F(TrustTest, RedirectFromUnpinnedToPinnedIsJudgedByThePins) {
 }
 
 TEST_F(TrustTest, ARedirectOutOfTLSIsRefusedAndNothingSent) {
-    TestServer plain;
-    plain.start();
+    const RawServer plain(answeringAll(okResponse()));
     const auto leaf = TestCertificate::selfSigned({});
     trustBySystem(leaf);
     serve(leaf);
     target = plain.url("/");
     for (const auto& transport : {pinning("localhost", {leaf.certificate()}), unpinned()}) {
-        EXPECT_TRUE(
-            failedWith(send(*transport, get(server->url("/away"))), HTTPErrorCode::ServerTrust));
-        const auto heard = send(*transport, with(Method::POST, server->url("/away"), "secret"));
+        EXPECT_TRUE(failedWith(send(*transport, get(server->secureUrl("/away"))),
+                               HTTPErrorCode::ServerTrust));
+        const auto heard =
+            send(*transport, with(Method::POST, server->secureUrl("/away"), "secret"));
         EXPECT_TRUE(failedWith(heard, HTTPErrorCode::ServerTrust));
         EXPECT_TRUE(heard->responses.empty());
     }
@@ -149,21 +149,10 @@ TEST_F(TrustTest, ARedirectOutOfTLSIsRefusedAndNothingSent) {
 TEST_F(TrustTest, ARedirectIntoTLSIsFollowed) {
     const auto leaf = TestCertificate::selfSigned({});
     serve(leaf);
-    TestServer plain;
-    plain.routes().Get("/", [this](const httplib::Request&, httplib::Response& response) {
-        response.set_redirect(server->url("/"));
-    });
-    plain.start();
+    const RawServer plain(answeringAll("HTTP/1.1 302 Found\r\nContent-Length: 0\r\nLocation: " +
+                                       server->secureUrl("/") + "\r\n\r\n"));
     const auto transport = pinning("localhost", {leaf.certificate()});
-    EXPECT_TRUE(succeeded(send(*transport, get(plain.url("/", "127.0.0.1")))));
-}
-
-TEST_F(TrustTest, AServerWithoutTLSIsNoTrustedServer) {
-    TestServer plain;
-    plain.start();
-    const std::string url = "https://localhost:" + std::to_string(plain.port()) + "/";
-    const auto transport = pinning("localhost", {TestCertificate::authority().certificate()});
-    EXPECT_TRUE(failedWith(send(*transport, get(url)), HTTPErrorCode::ServerTrust));
+    EXPECT_TRUE(succeeded(send(*transport, get(plain.url("/")))));
 }
 
 } // namespace

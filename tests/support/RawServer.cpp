@@ -2,6 +2,9 @@
 
 #include "Loopback.hpp"
 
+#include <KeloAPI/queues/internal/SignalShield.hpp>
+
+#include <netinet/tcp.h>
 #include <poll.h>
 #include <unistd.h>
 
@@ -31,9 +34,15 @@ std::string pathOf(const std::string& request) {
     return request.substr(begin, request.find(' ', begin) - begin);
 }
 
+RawConnection::RawConnection(int socket, Session session, std::atomic<int>& requests)
+    : _socket(socket)
+    , _session(std::move(session))
+    , _requests(requests) {}
+
 std::string RawConnection::read(std::size_t most) {
     std::string bytes(most, '\0');
-    const auto size = ::recv(_socket, bytes.data(), most, 0);
+    const auto size = _session ? SSL_read(_session.get(), bytes.data(), static_cast<int>(most))
+                               : ::recv(_socket, bytes.data(), most, 0);
     bytes.resize(size > 0 ? static_cast<std::size_t>(size) : 0);
     return bytes;
 }
@@ -46,6 +55,7 @@ std::string RawConnection::readRequest() {
             if (_read.size() >= whole) {
                 std::string request = _read.substr(0, whole);
                 _read.erase(0, whole);
+                ++_requests;
                 return request;
             }
         }
@@ -59,7 +69,9 @@ std::string RawConnection::readRequest() {
 
 bool RawConnection::write(std::string_view bytes) const {
     while (!bytes.empty()) {
-        const auto size = ::send(_socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+        const auto size =
+            _session ? SSL_write(_session.get(), bytes.data(), static_cast<int>(bytes.size()))
+                     : ::send(_socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
         if (size <= 0) {
             return false;
         }
@@ -85,10 +97,16 @@ void RawConnection::reset() const {
 }
 
 RawServer::RawServer(Handler handler)
-    : _handler(std::move(handler)) {
+    : RawServer(nullptr, std::move(handler)) {}
+
+RawServer::RawServer(std::shared_ptr<SSL_CTX> context, Handler handler)
+    : _handler(std::move(handler))
+    , _context(std::move(context)) {
     const LoopbackListener listener;
     _listener = listener.socket;
     _port = listener.port;
+    // TLS writes to a client that has gone in the plain way: no thread here is to hear of it.
+    const SignalShield shield;
     _acceptor = std::thread([this] { accept(); });
 }
 
@@ -97,12 +115,14 @@ RawServer::~RawServer() {
     _acceptor.join();
     {
         const std::lock_guard lock(_mutex);
-        for (const int socket : _sockets) {
-            ::shutdown(socket, SHUT_RDWR);
+        for (const Served& each : _served) {
+            if (!each.isOver) {
+                ::shutdown(each.socket, SHUT_RDWR);
+            }
         }
     }
-    for (std::thread& thread : _threads) {
-        thread.join();
+    for (Served& each : _served) {
+        each.thread.join();
     }
     ::close(_listener);
 }
@@ -116,21 +136,44 @@ void RawServer::accept() {
         if (socket < 0) {
             return;
         }
-        ++_connections;
         const std::lock_guard lock(_mutex);
-        _sockets.push_back(socket);
-        _threads.emplace_back([this, socket] {
-            RawConnection connection(socket);
-            _handler(connection);
-            const std::lock_guard closing(_mutex);
-            std::erase(_sockets, socket);
-            ::close(socket);
+        _served.remove_if([](Served& each) {
+            if (each.isOver) {
+                each.thread.join();
+            }
+            return each.isOver;
         });
+        Served& served = _served.emplace_back();
+        served.socket = socket;
+        served.thread = std::thread([this, &served] { serve(served); });
     }
+}
+
+void RawServer::serve(Served& served) {
+    // Without it, what follows TLS's tickets waits for the client's delayed acknowledgement.
+    const int noDelay = 1;
+    ::setsockopt(served.socket, IPPROTO_TCP, TCP_NODELAY, &noDelay, sizeof noDelay);
+    RawConnection::Session session(nullptr, &SSL_free);
+    if (_context) {
+        session.reset(SSL_new(_context.get()));
+        SSL_set_fd(session.get(), served.socket);
+    }
+    if (!session || SSL_accept(session.get()) == 1) {
+        ++_connections;
+        RawConnection connection(served.socket, std::move(session), _requests);
+        _handler(connection);
+    }
+    const std::lock_guard lock(_mutex);
+    ::close(served.socket);
+    served.isOver = true;
 }
 
 std::string RawServer::url(const std::string& path, const std::string& scheme) const {
     return scheme + "://127.0.0.1:" + std::to_string(_port) + path;
+}
+
+std::string RawServer::secureUrl(const std::string& path, const std::string& host) const {
+    return "https://" + host + ":" + std::to_string(_port) + path;
 }
 
 RawServer::Handler answeringAll(std::string response) {

@@ -1,12 +1,15 @@
 #pragma once
 
+#include <openssl/ssl.h>
+
 #include <atomic>
 #include <functional>
+#include <list>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
 #include <thread>
-#include <vector>
 
 namespace KeloAPI::testing {
 
@@ -18,8 +21,10 @@ std::string pathOf(const std::string& request);
 /// One connection of a `RawServer`.
 class RawConnection {
 public:
-    explicit RawConnection(int socket)
-        : _socket(socket) {}
+    using Session = std::unique_ptr<SSL, decltype(&SSL_free)>;
+
+    /// With TLS where there is a session.
+    RawConnection(int socket, Session session, std::atomic<int>& requests);
 
     /// Reads one request, head and body of a Content-Length; empty when the client has gone.
     std::string readRequest();
@@ -34,19 +39,24 @@ public:
     /// Closes with a reset where the handler's return closes in peace.
     void reset() const;
     int socket() const { return _socket; }
+    SSL* session() const { return _session.get(); }
 
 private:
     int _socket;
+    Session _session;
+    std::atomic<int>& _requests;
     std::string _read;
 };
 
-/// A server without manners of its own, for answers that a well-behaved one does not give: each
-/// connection to a free port of 127.0.0.1 is handed to `handler` on a thread.
+/// A server inside the test without manners of its own: each connection to a free port of 127.0.0.1
+/// is handed to `handler` on a thread.
 class RawServer {
 public:
     using Handler = std::function<void(RawConnection&)>;
 
     explicit RawServer(Handler handler);
+    /// Over TLS: only connections whose handshake succeeds are handed on.
+    RawServer(std::shared_ptr<SSL_CTX> context, Handler handler);
     RawServer(const RawServer&) = delete;
     RawServer& operator=(const RawServer&) = delete;
     /// Closes the connections under the handlers and waits for them.
@@ -54,18 +64,30 @@ public:
 
     int port() const { return _port; }
     std::string url(const std::string& path, const std::string& scheme = "http") const;
+    std::string secureUrl(const std::string& path, const std::string& host = "localhost") const;
+    /// How many were handed to the handler.
     int connections() const { return _connections; }
+    /// How many `readRequest` has read.
+    int requests() const { return _requests; }
 
 private:
+    struct Served {
+        int socket = -1;
+        std::thread thread;
+        bool isOver = false;
+    };
+
     void accept();
+    void serve(Served& served);
 
     Handler _handler;
+    std::shared_ptr<SSL_CTX> _context;
     int _listener = -1;
     int _port = 0;
     std::atomic<int> _connections = 0;
+    std::atomic<int> _requests = 0;
     std::mutex _mutex;
-    std::vector<int> _sockets;
-    std::vector<std::thread> _threads;
+    std::list<Served> _served;
     std::thread _acceptor;
 };
 
