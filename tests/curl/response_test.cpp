@@ -1,11 +1,7 @@
-#include "support/EndedRequest.hpp"
-#include "support/FixedRequest.hpp"
 #include "support/RawServer.hpp"
-#include "support/TemporaryFolder.hpp"
 #include "TransportTest.hpp"
 
 #include <KeloAPI/curl/internal/ResponseHead.hpp>
-#include <KeloAPI/http/Manager.hpp>
 
 #include <zlib.h>
 
@@ -156,17 +152,6 @@ TEST_F(ResponseTest, AHeadThatIsTooLongIsSaidToBe) {
         ASSERT_TRUE(failedWith(heard, HTTPErrorCode::BadServerResponse));
         EXPECT_EQ(heard->error->localizedDescription(), "the answer's head is too long");
     }
-}
-
-TEST_F(ResponseTest, APackedBodyThatIsCutShortIsNoFile) {
-    const std::string half = gzip(std::string(100'000, 'z')).substr(0, 60);
-    RawServer server(answeringOnce(packedResponse(half)));
-    const TemporaryFolder folder;
-    Manager manager(transport);
-    const auto error = errorOf(
-        manager.download(FixedRequest(server.url("/")), URL::fileURL(folder.path("video"))));
-    EXPECT_TRUE(error && isHTTPError(*error, HTTPErrorCode::BadServerResponse));
-    EXPECT_TRUE(folder.names().empty());
 }
 
 TEST_F(ResponseTest, AConnectionThatBreaksOffIsLost) {
