@@ -5,11 +5,9 @@
 #include <KeloAPI/http/Transport.hpp>
 
 #include <condition_variable>
-#include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -19,11 +17,11 @@ namespace KeloAPI::testing {
 /// thread, before the call they belong to is counted as over.
 class RecordingObserver : public ExchangeObserver {
 public:
-    std::function<void()> onRequestSent;
-    std::function<void()> onResponse;
-    std::function<bool()> onData;
-    std::function<void()> onSent;
-    std::function<void()> onComplete;
+    std::function<void()> onRequestSent = [] {};
+    std::function<void()> onResponse = [] {};
+    std::function<bool()> onData = [] { return true; };
+    std::function<void()> onSent = [] {};
+    std::function<void()> onComplete = [] {};
 
     int requestsSent = 0;
     std::vector<HTTPResponse> responses;
@@ -34,20 +32,55 @@ public:
     std::optional<Error> error;
     std::thread::id thread;
 
-    void didSendRequest() override;
-    void didReceiveResponse(HTTPResponse response) override;
-    bool didReceiveData(std::string_view bytes) override;
-    void didSendBody(std::int64_t sentBytes, std::int64_t total) override;
-    void didComplete(std::optional<Error> failure) override;
+    void didSendRequest() override {
+        countCall();
+        ++requestsSent;
+        onRequestSent();
+    }
+    void didReceiveResponse(HTTPResponse response) override {
+        countCall();
+        responses.push_back(std::move(response));
+        onResponse();
+    }
+    bool didReceiveData(std::string_view bytes) override {
+        countCall();
+        body += bytes;
+        return onData();
+    }
+    void didSendBody(std::int64_t sentBytes, std::int64_t total) override {
+        countCall();
+        sent.emplace_back(sentBytes, total);
+        onSent();
+    }
+    void didComplete(std::optional<Error> failure) override {
+        countCall();
+        thread = std::this_thread::get_id();
+        error = std::move(failure);
+        onComplete();
+        // Told under the lock: the waiting test may destroy this object at once.
+        const std::lock_guard lock(_mutex);
+        ++completions;
+        _over = true;
+        _changed.notify_all();
+    }
 
-    /// False when the exchange has not completed in that time.
-    bool wait(std::chrono::milliseconds limit = timeLimit);
-    bool hasCompleted();
-    /// The status of the answer; 0 when there was none.
+    /// False when the exchange does not complete in time.
+    bool wait() {
+        std::unique_lock lock(_mutex);
+        return _changed.wait_for(lock, timeLimit, [this] { return _over; });
+    }
+    bool hasCompleted() {
+        const std::lock_guard lock(_mutex);
+        return _over;
+    }
+    /// The status of the response; 0 when there was none.
     int status() const { return responses.empty() ? 0 : responses.front().statusCode; }
 
 private:
-    void countCall();
+    void countCall() {
+        const std::lock_guard lock(_mutex);
+        callsAfterEnd += _over ? 1 : 0;
+    }
 
     std::mutex _mutex;
     std::condition_variable _changed;
