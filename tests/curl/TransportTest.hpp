@@ -68,6 +68,15 @@ protected:
         return observer;
     }
 
+    static std::vector<Observer> startMany(Transport& transport, const URLRequest& request,
+                                           std::size_t count) {
+        std::vector<Observer> observers(count);
+        for (Observer& each : observers) {
+            each = start(transport, request);
+        }
+        return observers;
+    }
+
     /// Sends and waits for the end.
     static Observer send(Transport& transport, const URLRequest& request) {
         auto observer = start(transport, request);

@@ -118,10 +118,7 @@ TEST_F(CancellationTest, OfARedirectOnItsWayBetweenLanes) {
 }
 
 TEST_F(CancellationTest, ByTheTransportsEnd) {
-    std::vector<Observer> observers;
-    for (int i = 0; i < 10; ++i) {
-        observers.push_back(start(*transport, get(silent.url("/"))));
-    }
+    const auto observers = startMany(*transport, get(silent.url("/")), 10);
     ASSERT_TRUE(reached.try_acquire_for(timeLimit));
     transport.reset();
     for (const Observer& each : observers) {
@@ -148,6 +145,7 @@ TEST_F(CancellationTest, ByTheTransportsEndInsideACallback) {
 TEST_F(CancellationTest, ManyFromManyThreads) {
     constexpr int each = 50;
     std::vector<std::thread> threads;
+    threads.reserve(4);
     std::atomic<int> completed = 0;
     for (int t = 0; t < 4; ++t) {
         threads.emplace_back([&, t] {

@@ -17,7 +17,7 @@ using namespace std::chrono_literals;
 /// A server that answers a request only when it is let, in the connection's turn.
 class ConnectionLimitTest : public TransportTest {
 protected:
-    ~ConnectionLimitTest() override {
+    void TearDown() override {
         transport.reset();
         letAnswer(1000);
     }
@@ -44,15 +44,9 @@ protected:
         transport = unpinned(settings);
     }
 
-    /// Two for calls, as many for downloads.
-    void keepTwoIdleConnections() {
-        TransportSettings settings;
-        settings.maxIdleConnections = 4;
-        transport = unpinned(settings);
-    }
-
     std::vector<Observer> start(int count, std::chrono::milliseconds interval = timeLimit) {
         std::vector<Observer> observers;
+        observers.reserve(static_cast<std::size_t>(count));
         for (int i = 0; i < count; ++i) {
             auto request = get(server.url("/" + std::to_string(i)));
             request.timeoutInterval = interval;
@@ -80,7 +74,6 @@ protected:
     std::vector<std::string> paths;
     std::counting_semaphore<> reached{0};
     std::counting_semaphore<> answers{0};
-    std::counting_semaphore<> closed{0};
     RawServer server{[this](RawConnection& connection) { serve(connection); }};
     RawServer other{answeringAll(okResponse())};
     std::shared_ptr<CurlTransport> transport = unpinned();
@@ -101,27 +94,14 @@ TEST_F(ConnectionLimitTest, SixToAHostCarryAnyNumberOfCallsAndOtherHostsDoNotWai
 TEST_F(ConnectionLimitTest, CallsToAHostThatDoesNotLetConnectHoldUpNoOther) {
     // TLS that nobody answers: whether calls can share a connection stays unknown.
     RawServer silent(keepingSilent());
-    std::vector<Observer> held;
-    for (int i = 0; i < 10; ++i) {
-        held.push_back(TransportTest::start(*transport, get(silent.url("/", "https"))));
-    }
+    const auto held = startMany(*transport, get(silent.url("/", "https")), 10);
     for (int i = 0; i < 10; ++i) {
         EXPECT_TRUE(succeeded(send(*transport, get(other.url("/")))));
     }
     EXPECT_FALSE(held.front()->hasCompleted());
 }
 
-TEST_F(ConnectionLimitTest, IsSetPerTransport) {
-    useOneConnection();
-    const auto observers = start(5);
-    letAnswer(5);
-    expectAllSucceeded(observers);
-    EXPECT_EQ(server.connections(), 1);
-    EXPECT_EQ(requested(), (std::vector<std::string>{"/0", "/1", "/2", "/3", "/4"}))
-        << "in the order in which they were started";
-}
-
-TEST_F(ConnectionLimitTest, ARedirectedCallKeepsItsTurn) {
+TEST_F(ConnectionLimitTest, IsSetPerTransportAndARedirectedCallKeepsItsTurn) {
     RawServer redirecting([this](RawConnection& connection) { serve(connection, "/0"); });
     useOneConnection();
     std::vector<Observer> observers;
@@ -130,31 +110,29 @@ TEST_F(ConnectionLimitTest, ARedirectedCallKeepsItsTurn) {
     }
     letAnswer(4);
     expectAllSucceeded(observers);
-    EXPECT_EQ(requested(), (std::vector<std::string>{"/0", "/there", "/1", "/2"}));
+    EXPECT_EQ(requested(), (std::vector<std::string>{"/0", "/there", "/1", "/2"}))
+        << "in the order in which they were started";
+    EXPECT_EQ(redirecting.connections(), 1);
 }
 
-TEST_F(ConnectionLimitTest, AWaitingCallIsCancelledAtOnce) {
+TEST_F(ConnectionLimitTest, WaitingCallsAreCancelledAtOnceAndEndWithTheTransport) {
     useOneConnection();
-    const auto observers = start(3);
+    const auto observers = start(4);
+    const auto expectCancelled = [&](std::size_t index) {
+        ASSERT_TRUE(observers[index]->wait());
+        EXPECT_TRUE(failedWith(observers[index], HTTPErrorCode::Cancelled));
+    };
     awaitRequests(1);
     exchanges[1]->cancel();
-    ASSERT_TRUE(observers[1]->wait());
-    EXPECT_TRUE(failedWith(observers[1], HTTPErrorCode::Cancelled));
+    expectCancelled(1);
     EXPECT_FALSE(observers[0]->hasCompleted());
-    letAnswer(2);
-    expectAllSucceeded({observers[0], observers[2]});
-    EXPECT_EQ(requested(), (std::vector<std::string>{"/0", "/2"}));
-}
-
-TEST_F(ConnectionLimitTest, WaitingCallsEndWithTheTransport) {
-    useOneConnection();
-    const auto observers = start(3);
+    letAnswer(1);
+    expectAllSucceeded({observers[0]});
     awaitRequests(1);
     transport.reset();
-    for (const Observer& observer : observers) {
-        ASSERT_TRUE(observer->wait());
-        EXPECT_TRUE(failedWith(observer, HTTPErrorCode::Cancelled));
-    }
+    expectCancelled(2);
+    expectCancelled(3);
+    EXPECT_EQ(requested(), (std::vector<std::string>{"/0", "/2"}));
 }
 
 TEST_F(ConnectionLimitTest, ACallThatWaitsForAMuteHostTimesOutUnsent) {
@@ -207,40 +185,47 @@ TEST_F(ConnectionLimitTest, TheClockOfACallRunsFromWhenItIsSent) {
     EXPECT_EQ(slow.connections(), 1);
 }
 
-TEST_F(ConnectionLimitTest, TheOldestIdleConnectionsAreClosed) {
-    keepTwoIdleConnections();
-    std::array<std::unique_ptr<RawServer>, 5> servers;
-    for (auto& each : servers) {
-        each = std::make_unique<RawServer>([this](RawConnection& connection) {
-            answeringAll(okResponse())(connection);
-            closed.release();
-        });
+class IdleConnectionsTest : public ConnectionLimitTest {
+protected:
+    IdleConnectionsTest() {
+        TransportSettings settings;
+        settings.maxIdleConnections = 4; // two for calls, as many for downloads
+        transport = unpinned(settings);
+        for (auto& each : hosts) {
+            each = std::make_unique<RawServer>([this](RawConnection& connection) {
+                serve(connection);
+                closed.release();
+            });
+        }
+    }
+
+    std::counting_semaphore<> closed{0};
+    std::array<std::unique_ptr<RawServer>, 12> hosts;
+};
+
+TEST_F(IdleConnectionsTest, OnlyTheLastAreKept) {
+    letAnswer(14);
+    for (const auto& each : hosts) {
         EXPECT_TRUE(succeeded(send(*transport, get(each->url("/")))));
         std::this_thread::sleep_for(5ms); // libcurl tells the oldest connection by milliseconds
     }
-    await(closed, 3);
-    for (const std::size_t last : {3U, 4U}) {
-        EXPECT_TRUE(succeeded(send(*transport, get(servers.at(last)->url("/")))));
-        EXPECT_EQ(servers.at(last)->connections(), 1) << "the last ones were kept";
+    await(closed, 10);
+    for (const std::size_t last : {10U, 11U}) {
+        EXPECT_TRUE(succeeded(send(*transport, get(hosts.at(last)->url("/")))));
+        EXPECT_EQ(hosts.at(last)->connections(), 1);
     }
 }
 
-TEST_F(ConnectionLimitTest, ABurstLeavesNoMoreIdleConnectionsThanTheLimit) {
-    constexpr int hosts = 12;
-    keepTwoIdleConnections();
-    std::array<std::unique_ptr<RawServer>, hosts> servers;
+TEST_F(IdleConnectionsTest, ABurstLeavesNoMoreThanTheLimit) {
     std::vector<Observer> observers;
-    for (auto& each : servers) {
-        each = std::make_unique<RawServer>([this](RawConnection& connection) {
-            serve(connection);
-            closed.release();
-        });
+    observers.reserve(hosts.size());
+    for (const auto& each : hosts) {
         observers.push_back(TransportTest::start(*transport, get(each->url("/"))));
     }
-    awaitRequests(hosts);
-    letAnswer(hosts);
+    awaitRequests(12);
+    letAnswer(12);
     expectAllSucceeded(observers);
-    await(closed, hosts - 2);
+    await(closed, 10);
 }
 
 TEST_F(ConnectionLimitTest, AFailedPollEndsNoCall) {
@@ -264,10 +249,7 @@ using ConnectionLimitHTTP2Test = NginxTest;
 TEST_F(ConnectionLimitHTTP2Test, SixToAHostCarryAnyNumberOfCalls) {
     const LoweredLimit few(RLIMIT_NOFILE, 256);
     const auto transport = pinning("localhost", {leaf.certificate()});
-    std::vector<Observer> observers;
-    for (int i = 0; i < 1000; ++i) {
-        observers.push_back(start(*transport, get(nginx->url("/quick"))));
-    }
+    const auto observers = startMany(*transport, get(nginx->url("/quick")), 1000);
     expectAllSucceeded(observers);
     std::set<std::string> connections;
     for (const Observer& observer : observers) {

@@ -24,7 +24,8 @@ int main(int argc, char** argv) {
     const auto error =
         testing::errorOf(manager.download(testing::FixedRequest(argv[1]), destination));
     if (error) {
-        std::fprintf(stderr, "download-once: %s\n", error->description().c_str());
+        static_cast<void>(
+            std::fprintf(stderr, "download-once: %s\n", error->description().c_str()));
     }
     return error ? 1 : 0;
 }

@@ -35,6 +35,7 @@ protected:
                 const std::vector<std::string>& lives, int longestMicroseconds) const {
         std::atomic<int> next = 0;
         std::vector<std::thread> runners;
+        runners.reserve(4);
         for (int i = 0; i < 4; ++i) {
             runners.emplace_back([&] {
                 for (int run = next++; run < all; run = next++) {

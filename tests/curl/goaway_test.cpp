@@ -129,10 +129,7 @@ protected:
         const auto transport = pinning("127.0.0.1", {_certificate.certificate()});
         auto request = get(_server->url("/", "https"));
         request.method = method;
-        std::vector<Observer> observers;
-        for (std::size_t i = 0; i < count; ++i) {
-            observers.push_back(start(*transport, request));
-        }
+        auto observers = startMany(*transport, request, count);
         for (const Observer& observer : observers) {
             EXPECT_TRUE(observer->wait());
         }

@@ -19,11 +19,11 @@
 namespace KeloAPI::testing {
 namespace {
 
-using Parts = std::vector<std::string>;
+using Parts = std::initializer_list<const char*>;
 
-const Parts usersOfHosts = {"", "@", "u@", "u:p@", "u:p:q@", "%40:@"};
+constexpr Parts usersOfHosts = {"", "@", "u@", "u:p@", "u:p:q@", "%40:@"};
 
-const Parts spellingsOfHosts = {
+constexpr Parts spellingsOfHosts = {
     "localhost", "LOCALHOST", "LocalHost", "localhost.", "LOCALHOST.", "localhost..", ".localhost",
     "local%68ost", "%4Cocalhost", "localhost%2e", "localhost%00", "localhost%2F",
     // full-width letters, digits and dots
@@ -41,25 +41,25 @@ const Parts spellingsOfHosts = {
     "", ".", "a:b:c@localhost", "a@b@localhost", "localhost\\", "localhost,", "local~host",
     "_a.localhost", "xn--a.localhost", "elsewhere.localhost"};
 
-const Parts portsOfHosts = {"", ":", ":PORT", ":0PORT"};
+constexpr Parts portsOfHosts = {"", ":", ":PORT", ":0PORT"};
 
-const Parts tailsOfHosts = {"",
-                            "/",
-                            "/v1:2",
-                            "?",
-                            "?t=1:2",
-                            "#",
-                            "#a:b",
-                            "/a:b:c@elsewhere.example",
-                            "?@elsewhere.example",
-                            "#@elsewhere.example:1"};
+constexpr Parts tailsOfHosts = {"",
+                                "/",
+                                "/v1:2",
+                                "?",
+                                "?t=1:2",
+                                "#",
+                                "#a:b",
+                                "/a:b:c@elsewhere.example",
+                                "?@elsewhere.example",
+                                "#@elsewhere.example:1"};
 
 /// All spellings with these as they may stand in a URL.
-Parts authorities(const Parts& users, const Parts& ports, const Parts& tails, int port = 8443) {
-    Parts all;
+std::vector<std::string> authorities(Parts users, Parts ports, Parts tails, int port = 8443) {
+    std::vector<std::string> all;
     for (const auto& user : users) {
         for (const auto& host : spellingsOfHosts) {
-            for (auto end : ports) {
+            for (std::string end : ports) {
                 if (const auto at = end.find("PORT"); at != std::string::npos) {
                     end.replace(at, 4, std::to_string(port));
                 }
@@ -158,7 +158,7 @@ protected:
         return curl_easy_perform(_easy.get()) == CURLE_OK;
     }
 
-    Parts spellings() const {
+    std::vector<std::string> spellings() const {
         return authorities({"", "u:p@"}, {":PORT"}, {"", "/v1:2", "?t=1:2"}, server->port());
     }
 

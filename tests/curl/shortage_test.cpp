@@ -74,7 +74,7 @@ protected:
 
     static void expect(bool good, const std::string& what) {
         if (!good) {
-            std::fputs(("wrong: " + what + "\n").c_str(), stderr);
+            static_cast<void>(std::fputs(("wrong: " + what + "\n").c_str(), stderr));
             std::_Exit(1);
         }
     }

@@ -18,6 +18,7 @@ Process::Process(std::vector<std::string> command) {
         throw std::runtime_error("no pipe for " + command.front());
     }
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (std::string& word : command) {
         arguments.push_back(word.data());
     }
