@@ -127,11 +127,14 @@ void startParsing(Plan& plan, Manager& manager) {
 
 void startParsing(Plan& plan, const ServerTrustPolicyManager& trust) {
     static auto& kept = *new std::vector<std::shared_ptr<Manager>>;
-    static std::vector<std::shared_ptr<Manager>> destroyedAtExit;
-    auto& managers = plan.life == "early" ? destroyedAtExit : kept;
     for (int i = 0; i < 3; ++i) {
-        managers.push_back(std::make_shared<Manager>(trust));
-        startParsing(plan, *managers.back());
+        kept.push_back(std::make_shared<Manager>(trust));
+        startParsing(plan, *kept.back());
+    }
+    if (plan.life == "early") {
+        // Younger than the library's exit handler, which came with the first manager.
+        static std::vector<std::shared_ptr<Manager>> destroyedAtExit;
+        destroyedAtExit = std::move(kept);
     }
     plan.ready = true;
 }

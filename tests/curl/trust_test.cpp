@@ -19,6 +19,12 @@ CertificateWish forAnotherName() {
     return wish;
 }
 
+TEST(TestCertificateTest, AKeyIsNoCertificateAndMayStandBeforeOne) {
+    const auto made = TestCertificate::selfSigned({});
+    EXPECT_FALSE(Certificate::fromPEM(made.keyPem()));
+    EXPECT_EQ(Certificate::fromPEM(made.keyPem() + made.pem()), made.certificate());
+}
+
 /// A server that the system trusts or does not, and the pins of a transport that asks it.
 struct TrustCase {
     const char* what;
