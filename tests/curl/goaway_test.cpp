@@ -106,6 +106,7 @@ protected:
 
     /// Handles each connection so; connections count from 1.
     void serve(Handler handler) {
+        _server.reset(); // a connection to it may still come about
         connections = 0;
         taken = 0;
         _server = std::make_unique<RawServer>(
@@ -142,8 +143,9 @@ protected:
     /// Reads as many requests; the first one's stream.
     std::uint32_t readAll(FrameConnection& connection) {
         const std::uint32_t first = connection.readRequest();
+        EXPECT_NE(first, 0U);
         for (std::size_t i = 1; i < all; ++i) {
-            connection.readRequest();
+            EXPECT_NE(connection.readRequest(), 0U);
         }
         taken += all;
         return first;
