@@ -17,7 +17,7 @@ using testing::runUntil;
 class ScriptedTransportTest : public ::testing::Test {
 protected:
     std::shared_ptr<Request> send(const char* url = "https://h/") {
-        const auto request = manager.request(FixedRequest(url));
+        auto request = manager.request(FixedRequest(url));
         request->response([this](const ResponseContent& content, Timeline) {
             std::string line =
                 content.response ? std::to_string(content.response->statusCode) : "-";
