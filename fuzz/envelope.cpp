@@ -154,13 +154,12 @@ std::shared_ptr<KLClosureParser<T>> parserOf(std::shared_ptr<T> (*parse)(const J
 }
 
 template <class T>
-void serialize(const std::string& body, std::shared_ptr<const JsonParser<T>> parser) {
+void serialize(const std::string& body, const std::shared_ptr<const JsonParser<T>>& parser) {
     const URLRequest request;
     const std::optional<HTTPResponse> response;
     const std::optional<Error> error;
-    ItemCollector<T> collector(std::move(parser));
-    const auto outcome = keloModelResponseSerializer({request, response, body, error}, collector);
-    const auto items = collector.take();
+    const auto outcome = keloModelResponseSerializer({request, response, body, error}, *parser);
+    const auto& items = outcome.items;
     if (outcome.error) {
         expect(items.empty() && !outcome.metadata && !outcome.error->description().empty());
     } else {

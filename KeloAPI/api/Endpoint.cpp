@@ -14,7 +14,6 @@ constexpr std::string_view sessionIdField = "kelo-session-id";
 
 } // namespace
 
-EndpointCall::~EndpointCall() = default;
 Endpoint::~Endpoint() = default;
 
 Endpoint::Endpoint(Key, std::shared_ptr<Session> session)
@@ -99,13 +98,12 @@ KeloAPI::URLRequest Endpoint::URLRequest() const {
     return request;
 }
 
-std::shared_ptr<EndpointRequest> Endpoint::send(std::shared_ptr<const EndpointCall> call) {
-    return deliver(_session->request(*this), std::move(call));
+std::shared_ptr<EndpointRequest> Endpoint::send(ResponseReader reader) {
+    return deliver(_session->request(*this), std::move(reader));
 }
 
-std::shared_ptr<EndpointRequest> Endpoint::sendUpload(std::shared_ptr<const EndpointCall> call,
-                                                      Data data) {
-    return deliver(_session->upload(*this, std::move(data)), std::move(call));
+std::shared_ptr<EndpointRequest> Endpoint::sendUpload(ResponseReader reader, Data data) {
+    return deliver(_session->upload(*this, std::move(data)), std::move(reader));
 }
 
 void Endpoint::download(const URL& destinationUrl, DownloadCompletion completionHandler,
@@ -143,33 +141,32 @@ std::shared_ptr<EndpointRequest> Endpoint::request(TextCompletion completionHand
 }
 
 std::shared_ptr<EndpointRequest> Endpoint::deliver(const std::shared_ptr<Request>& request,
-                                                   std::shared_ptr<const EndpointCall> call) {
+                                                   ResponseReader reader) {
     auto handle = AlamofireEndpointRequest::create(request);
     request->response([self = shared_from_this(),
-                       call = std::move(call)](const ResponseContent& content,
-                                               Timeline timeline) -> Request::Completion {
-        const auto items = call->collector();
-        ResponseEnvelope envelope = keloModelResponseSerializer(content, *items);
+                       reader = std::move(reader)](const ResponseContent& content,
+                                                   Timeline timeline) -> Request::Completion {
+        EndpointReport report = reader(content);
         // Behind what may run out of memory and is then asked again: one line for each call.
         Diagnostics::write(content.request.url ? content.request.description() : "nil");
         timeline.serializationCompletedTime = Date::now();
-        return [self, call, items, envelope = std::move(envelope), timeline] {
-            if (envelope.error) {
-                self->handOver(*envelope.error, call);
+        return [self, reader, report = std::move(report), timeline] {
+            if (report.error) {
+                self->reportToSession(*report.error, reader);
             }
-            call->complete(*items, envelope.metadata, timeline, envelope.error);
+            report.complete(timeline);
         };
     });
     return handle;
 }
 
-void Endpoint::handOver(const Error& error, const std::shared_ptr<const EndpointCall>& call) {
+void Endpoint::reportToSession(const Error& error, const ResponseReader& reader) {
     const auto code = error.integer(KLAPIStatusCodeKey);
     if (code != 100 && code != 103 && code != 419) {
         return;
     }
     const auto self = shared_from_this();
-    const EndpointRetry retry = [self, call] { self->send(call); };
+    const EndpointRetry retry = [self, reader] { self->send(reader); };
     if (code != 419) {
         _session->endpointRequiresAuth(self, retry);
     } else if (const auto captchaUrl = error.url(KLCaptchaUrlKey)) {

@@ -28,21 +28,15 @@
 
 namespace KeloAPI {
 
-/// One send of an endpoint, its item type hidden: makes the collector that parses an answer, and
-/// takes that answer in the end. A retry uses the same call again.
-class KELO_API EndpointCall {
-public:
-    EndpointCall() = default;
-    EndpointCall(const EndpointCall&) = delete;
-    EndpointCall& operator=(const EndpointCall&) = delete;
-    virtual ~EndpointCall();
-
-    /// A fresh collector for one answer. On the response queue.
-    virtual std::shared_ptr<RecordCollector> collector() const = 0;
-    /// Hands an answer to the caller. On the main queue.
-    virtual void complete(RecordCollector& items, std::optional<Metadata> metadata,
-                          const Timeline& timeline, std::optional<Error> error) const = 0;
+/// What the host shall be told of a response, on the main queue: the session first of the error,
+/// where there is one, then the caller.
+struct EndpointReport {
+    std::optional<Error> error;
+    std::function<void(const Timeline& timeline)> complete;
 };
+
+/// Reads a response, off the main queue. A retry uses the same reader again.
+using ResponseReader = std::function<EndpointReport(const ResponseContent& content)>;
 
 /// The base of every API call. A derived class says where a call goes (`path`, `method`,
 /// `parameters` and their encoding) and then sends it; this class makes the request, reads the
@@ -94,11 +88,10 @@ public:
     /// The request that is sent, made anew at every call. A base URL that is none stops the
     /// process; a path that should be a URL and is none makes a request without one.
     KeloAPI::URLRequest URLRequest() const override;
-    /// Sends the call, its type hidden; what the `request` template ends in.
-    virtual std::shared_ptr<EndpointRequest> send(std::shared_ptr<const EndpointCall> call);
+    /// Sends the call and has `reader` read the response: what the `request` template ends in.
+    virtual std::shared_ptr<EndpointRequest> send(ResponseReader reader);
     /// The same with `data` as the body.
-    virtual std::shared_ptr<EndpointRequest> sendUpload(std::shared_ptr<const EndpointCall> call,
-                                                        Data data);
+    virtual std::shared_ptr<EndpointRequest> sendUpload(ResponseReader reader, Data data);
     /// Sends the call and keeps the answer as the file `destinationUrl`. No envelope is read, and
     /// no handle is returned; progress goes to the handler that was set before. The completion is
     /// called where `delivery` says.
@@ -155,8 +148,8 @@ private:
     class Maker;
 
     std::shared_ptr<EndpointRequest> deliver(const std::shared_ptr<Request>& request,
-                                             std::shared_ptr<const EndpointCall> call);
-    void handOver(const Error& error, const std::shared_ptr<const EndpointCall>& call);
+                                             ResponseReader reader);
+    void reportToSession(const Error& error, const ResponseReader& reader);
 
     std::string _path;
     Method _method = Method::GET;
@@ -177,33 +170,53 @@ void requireCompletion(const Completion& completion) {
     }
 }
 
-template <class T, class Completion>
-class TypedCall final : public EndpointCall {
-public:
-    TypedCall(std::shared_ptr<const JsonParser<T>> parser, Completion completion)
-        : _parser(std::move(parser))
-        , _completion(std::move(completion)) {}
+// Completions of parsed calls, made of simpler ones.
 
-    std::shared_ptr<RecordCollector> collector() const override {
-        return std::make_shared<ItemCollector<T>>(_parser);
-    }
-    void complete(RecordCollector& items, std::optional<Metadata> metadata,
-                  const Timeline& timeline, std::optional<Error> error) const override {
-        _completion(static_cast<ItemCollector<T>&>(items).take(), std::move(metadata), timeline,
-                    std::move(error));
-    }
+/// Of `completion(item, error)`: the first item, or null.
+template <class Completion>
+auto firstItem(Completion completion) {
+    requireCompletion(completion);
+    return [completion = std::move(completion)](auto items, const std::optional<Metadata>&,
+                                                const Timeline&, std::optional<Error> error) {
+        completion(items.empty() ? nullptr : std::move(items.front()), std::move(error));
+    };
+}
 
-private:
-    std::shared_ptr<const JsonParser<T>> _parser;
-    mutable Completion _completion;
-};
+/// Of `completion(items, error)`.
+template <class Completion>
+auto allItems(Completion completion) {
+    requireCompletion(completion);
+    return [completion = std::move(completion)](auto items, const std::optional<Metadata>&,
+                                                const Timeline&, std::optional<Error> error) {
+        completion(std::move(items), std::move(error));
+    };
+}
+
+/// Of `completion(error)`.
+template <class Completion>
+auto errorOnly(Completion completion) {
+    requireCompletion(completion);
+    return [completion = std::move(completion)](const auto&, const std::optional<Metadata>&,
+                                                const Timeline&, std::optional<Error> error) {
+        completion(std::move(error));
+    };
+}
 
 template <class P, class Completion>
-std::shared_ptr<const EndpointCall> typedCall(std::shared_ptr<P> parser, Completion completion) {
+ResponseReader responseReader(std::shared_ptr<P> parser, Completion completion) {
     require(parser != nullptr, "a call needs a parser");
     requireCompletion(completion);
-    return std::make_shared<TypedCall<typename P::T, Completion>>(std::move(parser),
-                                                                  std::move(completion));
+    return [parser = std::shared_ptr<const JsonParser<typename P::T>>(std::move(parser)),
+            completion = std::make_shared<Completion>(std::move(completion))](
+               const ResponseContent& content) -> EndpointReport {
+        auto response = keloModelResponseSerializer(content, *parser);
+        std::optional<Error> error = response.error;
+        return {std::move(error),
+                [completion, response = std::move(response)](const Timeline& timeline) mutable {
+                    (*completion)(std::move(response.items), std::move(response.metadata), timeline,
+                                  std::move(response.error));
+                }};
+    };
 }
 
 } // namespace detail
@@ -225,14 +238,14 @@ std::shared_ptr<E> Endpoint::make(Arguments&&... arguments) {
 template <class P, class Completion>
 std::shared_ptr<EndpointRequest> Endpoint::request(std::shared_ptr<P> parser,
                                                    Completion completionHandler) {
-    return send(detail::typedCall(std::move(parser), std::move(completionHandler)));
+    return send(detail::responseReader(std::move(parser), std::move(completionHandler)));
 }
 
 template <class P, class Completion>
 std::shared_ptr<EndpointRequest> Endpoint::upload(std::shared_ptr<P> parser, Data data,
                                                   Completion completionHandler) {
-    auto call = detail::typedCall(std::move(parser), std::move(completionHandler));
-    return sendUpload(std::shared_ptr<const EndpointCall>(std::move(call)), std::move(data));
+    return sendUpload(detail::responseReader(std::move(parser), std::move(completionHandler)),
+                      std::move(data));
 }
 
 } // namespace KeloAPI

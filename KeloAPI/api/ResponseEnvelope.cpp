@@ -58,45 +58,41 @@ Error thrownError(std::optional<std::size_t> record) {
     return {cause->domain(), cause->code(), std::move(info)};
 }
 
-ResponseEnvelope parsingFailed(RecordCollector& records, std::optional<std::size_t> record) {
-    const Error cause = thrownError(record);
-    records.clear();
-    return {std::nullopt, envelopeError("Unable to parse posts from response", cause)};
+ResponseEnvelope parsingFailed(std::optional<std::size_t> record) {
+    return {std::nullopt,
+            envelopeError("Unable to parse posts from response", thrownError(record))};
 }
 
+using RecordParser = std::function<void(const JsonObject& record)>;
+
 ResponseEnvelope readList(const JsonObject& data, const JsonObjectList& list,
-                          RecordCollector& records) {
+                          const RecordParser& parseRecord) {
     std::size_t position = 0;
     try {
-        records.reserve(list.size());
         for (const JsonObject record : list) {
-            records.parse(record);
+            parseRecord(record);
             ++position;
         }
     } catch (...) {
-        return parsingFailed(records, position);
+        return parsingFailed(position);
     }
     return {Metadata(data), std::nullopt};
 }
 
-ResponseEnvelope readSingle(const JsonObject& data, RecordCollector& records) {
-    if (data.empty()) {
-        return {};
-    }
+ResponseEnvelope readSingle(const JsonObject& data, const RecordParser& parseRecord) {
     try {
-        records.parse(data);
+        if (!data.empty()) {
+            parseRecord(data);
+        }
     } catch (...) {
-        return parsingFailed(records, std::nullopt);
+        return parsingFailed(std::nullopt);
     }
     return {};
 }
 
 } // namespace
 
-RecordCollector::~RecordCollector() = default;
-
-ResponseEnvelope keloModelResponseSerializer(const ResponseContent& content,
-                                             RecordCollector& records) {
+ResponseEnvelope readEnvelope(const ResponseContent& content, const RecordParser& parseRecord) {
     const auto document = serializeJSON(content);
     if (!document) {
         return {std::nullopt, document.error()};
@@ -114,9 +110,9 @@ ResponseEnvelope keloModelResponseSerializer(const ResponseContent& content,
         return {std::nullopt, envelopeError("Malformed data section in response")};
     }
     if (const auto list = (*object)["records"].objects()) {
-        return readList(*object, *list, records);
+        return readList(*object, *list, parseRecord);
     }
-    return readSingle(*object, records);
+    return readSingle(*object, parseRecord);
 }
 
 } // namespace KeloAPI

@@ -6,11 +6,10 @@
 #include <KeloAPI/model/Metadata.hpp>
 #include <KeloAPI/parsing/JsonParser.hpp>
 
-#include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace KeloAPI {
@@ -21,53 +20,41 @@ inline constexpr std::string_view KLAPIStatusCodeKey = "KLAPIStatusCodeKey";
 /// only when the service sent one.
 inline constexpr std::string_view KLCaptchaUrlKey = "KLCaptchaUrlKey";
 
-/// Gathers the items of one answer; hides their type from the envelope's reader.
-class KELO_API RecordCollector {
-public:
-    RecordCollector() = default;
-    RecordCollector(const RecordCollector&) = delete;
-    RecordCollector& operator=(const RecordCollector&) = delete;
-    virtual ~RecordCollector();
-
-    virtual void reserve(std::size_t count) = 0;
-    /// Parses one record and keeps its item, or throws what the parser throws.
-    virtual void parse(const JsonObject& record) = 0;
-    /// Lets the items go again.
-    virtual void clear() = 0;
-};
-
-/// Gathers the items that one parser makes.
-template <class T>
-class ItemCollector final : public RecordCollector {
-public:
-    explicit ItemCollector(std::shared_ptr<const JsonParser<T>> parser)
-        : _parser(std::move(parser)) {}
-
-    void reserve(std::size_t count) override { _items.reserve(count); }
-    void parse(const JsonObject& record) override {
-        _items.push_back(detail::notNull(_parser->parse(record)));
-    }
-    void clear() override { _items.clear(); }
-
-    std::vector<std::shared_ptr<T>> take() { return std::move(_items); }
-
-private:
-    std::shared_ptr<const JsonParser<T>> _parser;
-    std::vector<std::shared_ptr<T>> _items;
-};
-
-/// What an answer came to beside its items.
+/// What a response came to beside its items.
 struct ResponseEnvelope {
-    /// The paging values; absent where the answer is no list.
+    /// The paging values; absent where the response is no list.
     std::optional<Metadata> metadata;
-    /// Absent for a success. With an error there are no items.
+    /// Absent for a success.
     std::optional<Error> error;
 };
 
-/// Reads an answer: checks the envelope ("error", "code", "data") and parses the records, or the
-/// one object, that "data" holds. Errors of the HTTP layer come through unchanged; the service's
-/// and the envelope's own have the service's error domain.
-KELO_API ResponseEnvelope keloModelResponseSerializer(const ResponseContent& content,
-                                                      RecordCollector& records);
+/// Reads a response: checks the envelope ("error", "code", "data") and has `parseRecord` parse the
+/// records, or the one object, that "data" holds. Errors of the HTTP layer come through unchanged;
+/// the service's and the envelope's own have the service's error domain. What `parseRecord` throws
+/// ends the reading with an error, except a lack of memory, which is thrown on.
+KELO_API ResponseEnvelope
+readEnvelope(const ResponseContent& content,
+             const std::function<void(const JsonObject& record)>& parseRecord);
+
+/// A response and its items; none with an error.
+template <class T>
+struct ModelResponse : ResponseEnvelope {
+    std::vector<std::shared_ptr<T>> items;
+};
+
+/// Reads a response whose records are parsed by `parser`.
+template <class T>
+ModelResponse<T> keloModelResponseSerializer(const ResponseContent& content,
+                                             const JsonParser<T>& parser) {
+    ModelResponse<T> response;
+    static_cast<ResponseEnvelope&>(response) =
+        readEnvelope(content, [&response, &parser](const JsonObject& record) {
+            response.items.push_back(detail::notNull(parser.parse(record)));
+        });
+    if (response.error) {
+        response.items.clear();
+    }
+    return response;
+}
 
 } // namespace KeloAPI

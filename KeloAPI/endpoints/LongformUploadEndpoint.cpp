@@ -1,4 +1,5 @@
 #include <KeloAPI/api/Api.hpp>
+#include <KeloAPI/endpoints/internal/completeUpload.hpp>
 #include <KeloAPI/endpoints/LongformUploadEndpoint.hpp>
 #include <KeloAPI/model/KLEmpty.hpp>
 
@@ -47,10 +48,7 @@ LongformUploadEndpoint::uploadSegment(const std::string& mediaId, Data data,
     setParameterEncoding(ParameterEncoding(encodeForSegment));
     setMethod(Method::PUT);
     return upload(std::make_shared<KLEmptyParser>(), std::move(data),
-                  [completion = std::move(completion)](
-                      const std::vector<std::shared_ptr<KLEmpty>>&, const std::optional<Metadata>&,
-                      const Timeline&,
-                      std::optional<Error> error) { completion(std::move(error)); });
+                  detail::errorOnly(std::move(completion)));
 }
 
 std::shared_ptr<EndpointRequest> LongformUploadEndpoint::finalizeUpload(const std::string& mediaId,
@@ -73,27 +71,12 @@ std::shared_ptr<EndpointRequest> LongformUploadEndpoint::checkStatus(const std::
 
 std::shared_ptr<EndpointRequest> LongformUploadEndpoint::sendForUpload(Completion completion) {
     setParameterEncoding(ParameterEncoding::URL);
-    return request(std::make_shared<KLVideoUploadParser>(),
-                   [completion = std::move(completion)](
-                       const std::vector<std::shared_ptr<KLVideoUpload>>& uploads,
-                       const std::optional<Metadata>&, const Timeline&,
-                       std::optional<Error> error) {
-                       detail::completeUpload(uploads, std::move(error), completion);
-                   });
+    return request(
+        std::make_shared<KLVideoUploadParser>(),
+        detail::firstItem([completion = std::move(completion)](
+                              std::shared_ptr<KLVideoUpload> upload, std::optional<Error> error) {
+            completeUpload(std::move(upload), std::move(error), completion);
+        }));
 }
-
-namespace detail {
-
-void completeUpload(const std::vector<std::shared_ptr<KLVideoUpload>>& uploads,
-                    std::optional<Error> error,
-                    const LongformUploadEndpoint::Completion& completion) {
-    if (uploads.empty()) {
-        completion(nullptr, std::move(error));
-    } else {
-        completion(uploads.front(), std::nullopt);
-    }
-}
-
-} // namespace detail
 
 } // namespace KeloAPI

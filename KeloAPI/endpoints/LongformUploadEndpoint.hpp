@@ -58,14 +58,4 @@ private:
     std::shared_ptr<EndpointRequest> sendForUpload(Completion completion);
 };
 
-namespace detail {
-
-/// How the answer's uploads and error become a completion's arguments: the first upload, and the
-/// error only where there is none.
-KELO_API void completeUpload(const std::vector<std::shared_ptr<KLVideoUpload>>& uploads,
-                             std::optional<Error> error,
-                             const LongformUploadEndpoint::Completion& completion);
-
-} // namespace detail
-
 } // namespace KeloAPI

@@ -25,16 +25,15 @@ std::shared_ptr<MeEndpoint> MeEndpoint::create(std::shared_ptr<Session> session)
 void MeEndpoint::get(std::function<void(const MeResult&)> completion) {
     detail::requireCompletion(completion);
     request(std::make_shared<UserParser>(),
-            [completion = std::move(completion)](std::vector<std::shared_ptr<KLWatchUser>> users,
-                                                 const std::optional<Metadata>&, const Timeline&,
-                                                 std::optional<Error> error) {
+            detail::firstItem([completion = std::move(completion)](
+                                  std::shared_ptr<KLWatchUser> user, std::optional<Error> error) {
                 if (error) {
                     completion(MeResult::Error{*std::move(error)});
                     return;
                 }
-                require(!users.empty(), "users/me answered no user");
-                completion(MeSuccess{std::move(users.front())});
-            });
+                require(user != nullptr, "users/me answered no user");
+                completion(MeSuccess{std::move(user)});
+            }));
 }
 
 } // namespace KeloAPI

@@ -49,21 +49,16 @@ public:
     /// `setPathFor` leaves the path as it was, the request goes there.
     void toggle(bool on,
                 std::function<void(const PostActionResult<typename P::T>& result)> completion) {
-        using Result = PostActionResult<typename P::T>;
         detail::requireCompletion(completion);
         setMethod(on ? Method::POST : deleteMethod);
         setPathFor(on);
-        request(_parser,
-                [completion = std::move(completion)](
-                    std::vector<std::shared_ptr<typename P::T>> items,
-                    const std::optional<Metadata>&, const Timeline&, std::optional<Error> error) {
-                    if (error) {
-                        completion(typename Result::Error{*std::move(error)});
-                    } else {
-                        completion(PostActionSuccess<typename P::T>{items.empty() ? nullptr
-                                                                                  : items.front()});
-                    }
-                });
+        request(_parser, detail::firstItem([completion = std::move(completion)](
+                                               std::shared_ptr<typename P::T> item,
+                                               std::optional<Error> error) {
+                    using Result = PostActionResult<typename P::T>;
+                    completion(error ? Result(typename Result::Error{*std::move(error)})
+                                     : Result(PostActionSuccess<typename P::T>{std::move(item)}));
+                }));
     }
 
 protected:

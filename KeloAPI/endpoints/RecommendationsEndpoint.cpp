@@ -55,9 +55,7 @@ void RecommendationsEndpoint::sendFeedback(std::string path, RecommendationBoost
     setParameters({{"recommendationBoost", rawValue(boost)}});
     setPath(std::move(path));
     request(std::make_shared<KLEmptyParser>(),
-            [completion = std::move(completion)](const std::vector<std::shared_ptr<KLEmpty>>&,
-                                                 const std::optional<Metadata>&, const Timeline&,
-                                                 std::optional<Error> error) {
+            detail::errorOnly([completion = std::move(completion)](std::optional<Error> error) {
                 if (!completion) {
                     return;
                 }
@@ -66,7 +64,7 @@ void RecommendationsEndpoint::sendFeedback(std::string path, RecommendationBoost
                 } else {
                     completion(RecommendationResult::Success{});
                 }
-            });
+            }));
 }
 
 } // namespace KeloAPI

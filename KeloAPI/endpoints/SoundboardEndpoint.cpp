@@ -19,17 +19,11 @@ std::shared_ptr<SoundboardEndpoint> SoundboardEndpoint::create(std::shared_ptr<S
 std::shared_ptr<EndpointRequest> SoundboardEndpoint::fetchSounds(
     std::function<void(std::vector<std::shared_ptr<SoundboardSound>>, std::optional<Error>)>
         completion) {
-    detail::requireCompletion(completion);
     setParameters({});
     setParameterEncoding(ParameterEncoding::URL);
     setMethod(Method::GET);
-    return request(
-        std::make_shared<SoundboardSoundParser>(),
-        [completion = std::move(completion)](std::vector<std::shared_ptr<SoundboardSound>> sounds,
-                                             const std::optional<Metadata>&, const Timeline&,
-                                             std::optional<Error> error) {
-            completion(std::move(sounds), std::move(error));
-        });
+    return request(std::make_shared<SoundboardSoundParser>(),
+                   detail::allItems(std::move(completion)));
 }
 
 } // namespace KeloAPI

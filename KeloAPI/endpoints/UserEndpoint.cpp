@@ -37,15 +37,13 @@ void UserEndpoint::setFollowingOnTwitter(bool following,
     setPath("users/" + _userId + (following ? "/follow-on-twitter" : "/unfollow-on-twitter"));
     setMethod(Method::POST);
     request(std::make_shared<KLEmptyParser>(),
-            [completion = std::move(completion)](const std::vector<std::shared_ptr<KLEmpty>>&,
-                                                 const std::optional<Metadata>&, const Timeline&,
-                                                 std::optional<Error> error) {
+            detail::errorOnly([completion = std::move(completion)](std::optional<Error> error) {
                 if (error && !countsAsSuccess(*error)) {
                     completion(UserResult::Error{*std::move(error)});
                 } else {
                     completion(UserSuccess{});
                 }
-            });
+            }));
 }
 
 } // namespace KeloAPI

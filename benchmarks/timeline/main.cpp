@@ -67,14 +67,12 @@ template <class T>
 void envelope(benchmark::State& state, const std::shared_ptr<const JsonParser<T>>& parser) {
     const Answer answer(state);
     for (auto _ : state) {
-        ItemCollector<T> collector(parser);
-        auto outcome = keloModelResponseSerializer(answer.content(), collector);
-        auto items = collector.take();
-        if (outcome.error || items.size() != static_cast<std::size_t>(state.range(0))) {
+        auto response = keloModelResponseSerializer(answer.content(), *parser);
+        if (response.error || response.items.size() != static_cast<std::size_t>(state.range(0))) {
             state.SkipWithError("the response is not read");
             break;
         }
-        benchmark::DoNotOptimize(items);
+        benchmark::DoNotOptimize(response.items);
     }
     countBytes(state, answer);
 }
@@ -113,13 +111,11 @@ bool clientsAgree() {
     const URLRequest request;
     const std::optional<HTTPResponse> response;
     const std::optional<Error> error;
-    ItemCollector<KLWatchPost> collector(std::make_shared<PostParser>());
-    const auto outcome = keloModelResponseSerializer({request, response, body, error}, collector);
-    const auto ours = collector.take();
+    const auto read = keloModelResponseSerializer({request, response, body, error}, PostParser());
+    const auto& ours = read.items;
     const Page theirs = readWithNlohmann(body);
     if (ours.size() != 100 || theirs.posts.size() != ours.size() ||
-        outcome.metadata->anchor() != theirs.anchor ||
-        outcome.metadata->nextPage() != theirs.nextPage) {
+        read.metadata->anchor() != theirs.anchor || read.metadata->nextPage() != theirs.nextPage) {
         return false;
     }
     for (std::size_t i = 0; i < ours.size(); ++i) {

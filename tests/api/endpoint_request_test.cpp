@@ -294,9 +294,9 @@ public:
         return request;
     }
     int sends = 0;
-    std::shared_ptr<EndpointRequest> send(std::shared_ptr<const EndpointCall> call) override {
+    std::shared_ptr<EndpointRequest> send(ResponseReader reader) override {
         ++sends;
-        return Endpoint::send(std::move(call));
+        return Endpoint::send(std::move(reader));
     }
 
 protected:

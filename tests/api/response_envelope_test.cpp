@@ -14,20 +14,13 @@ namespace KeloAPI {
 
 namespace {
 
-struct Read {
-    std::vector<std::shared_ptr<LoopData>> items;
-    std::optional<Metadata> metadata;
-    std::optional<Error> error;
-};
+using Read = ModelResponse<LoopData>;
 
-Read read(std::shared_ptr<const JsonParser<LoopData>> parser, const std::string& body,
+Read read(const std::shared_ptr<const JsonParser<LoopData>>& parser, const std::string& body,
           const std::optional<Error>& error = std::nullopt) {
     const URLRequest request;
     const std::optional<HTTPResponse> head;
-    ItemCollector<LoopData> collector(std::move(parser));
-    ResponseEnvelope envelope =
-        keloModelResponseSerializer(ResponseContent{request, head, body, error}, collector);
-    return {collector.take(), std::move(envelope.metadata), std::move(envelope.error)};
+    return keloModelResponseSerializer({request, head, body, error}, *parser);
 }
 
 /// Reads an answer whose records are loop counters.

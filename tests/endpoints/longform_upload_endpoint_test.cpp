@@ -2,6 +2,7 @@
 #include "support/MainLoop.hpp"
 #include "support/RegistrySession.hpp"
 
+#include <KeloAPI/endpoints/internal/completeUpload.hpp>
 #include <KeloAPI/endpoints/LongformUploadEndpoint.hpp>
 #include <KeloAPI/http/HTTPError.hpp>
 #include <KeloAPI/parsing/JsonParseError.hpp>
@@ -125,11 +126,10 @@ TEST_F(LongformUploadEndpointTest, HasNeitherUploadNorErrorOfAnEmptyList) {
 
 TEST_F(LongformUploadEndpointTest, TakesTheFirstUploadAndDropsAnErrorBesideIt) {
     const auto first = std::make_shared<KLVideoUpload>("1");
-    const auto second = std::make_shared<KLVideoUpload>("2");
-    detail::completeUpload({first, second}, Error("test", 1), note());
+    completeUpload(first, Error("test", 1), note());
     EXPECT_EQ(upload, first);
     EXPECT_FALSE(error);
-    detail::completeUpload({}, Error("test", 1), note());
+    completeUpload(nullptr, Error("test", 1), note());
     EXPECT_EQ(upload, nullptr);
     EXPECT_EQ(error->code(), 1);
 }

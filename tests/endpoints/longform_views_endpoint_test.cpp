@@ -3,6 +3,7 @@
 #include "support/MainLoop.hpp"
 #include "support/RegistrySession.hpp"
 
+#include <KeloAPI/endpoints/internal/decimalText.hpp>
 #include <KeloAPI/endpoints/LongformViewsEndpoint.hpp>
 #include <KeloAPI/http/HTTPError.hpp>
 #include <KeloAPI/model/KLLongformViews.hpp>
@@ -106,12 +107,12 @@ TEST(LongformViewsParser, EveryKeyWithEveryKindOfValue) {
 }
 
 TEST(DecimalText, HasAPointAndNoExponent) {
-    EXPECT_EQ(detail::decimalText(1447545600.25), "1447545600.25");
-    EXPECT_EQ(detail::decimalText(1447545600), "1447545600.0");
-    EXPECT_EQ(detail::decimalText(0), "0.0");
-    EXPECT_EQ(detail::decimalText(1e22), "10000000000000000000000.0");
-    EXPECT_EQ(detail::decimalText(1e-7), "0.0000001");
-    EXPECT_EQ(detail::decimalText(-0.5), "-0.5");
+    EXPECT_EQ(decimalText(1447545600.25), "1447545600.25");
+    EXPECT_EQ(decimalText(1447545600), "1447545600.0");
+    EXPECT_EQ(decimalText(0), "0.0");
+    EXPECT_EQ(decimalText(1e22), "10000000000000000000000.0");
+    EXPECT_EQ(decimalText(1e-7), "0.0000001");
+    EXPECT_EQ(decimalText(-0.5), "-0.5");
 }
 
 TEST(DecimalText, ReadsBackAsTheSameNumber) {
@@ -119,7 +120,7 @@ TEST(DecimalText, ReadsBackAsTheSameNumber) {
     std::uniform_real_distribution<double> instants(0, 4e9);
     for (int i = 0; i < 10000; ++i) {
         const double value = instants(random);
-        const std::string text = detail::decimalText(value);
+        const std::string text = decimalText(value);
         double back = 0;
         std::from_chars(text.data(), text.data() + text.size(), back);
         ASSERT_EQ(back, value) << text;
