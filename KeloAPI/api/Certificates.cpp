@@ -1,5 +1,6 @@
 #include <KeloAPI/api/Certificates.hpp>
 #include <KeloAPI/api/internal/Base64.hpp>
+#include <KeloAPI/api/internal/ScrambledCertificates.hpp>
 #include <KeloAPI/Settings.hpp>
 
 #include <algorithm>
@@ -8,10 +9,8 @@
 namespace KeloAPI {
 
 std::vector<Certificate> Certificates::chain() {
-    return detail::certificates(Settings::certificates);
+    return certificates(Settings::certificates);
 }
-
-namespace detail {
 
 std::optional<std::string> decoded(std::string_view scrambled) {
     constexpr int radix = 16;
@@ -45,7 +44,5 @@ std::vector<Certificate> certificates(std::span<const std::string_view> scramble
     }
     return chain;
 }
-
-} // namespace detail
 
 } // namespace KeloAPI

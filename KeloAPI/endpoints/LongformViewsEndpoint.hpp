@@ -33,12 +33,4 @@ protected:
     LongformViewsEndpoint(Key key, const std::string& longformId);
 };
 
-namespace detail {
-
-/// The shortest decimal text that reads back as this finite number: always with a point, never with
-/// an exponent.
-KELO_API std::string decimalText(double value);
-
-} // namespace detail
-
 } // namespace KeloAPI

@@ -31,12 +31,8 @@ void KLTag::encodeWithCoder(KeyedArchiver& coder) const {
 }
 
 std::shared_ptr<KLTag> KLTag::initWithCoder(KeyedUnarchiver& coder) {
-    return kept(coder.decodeText("tagId").value_or(""), coder.decodeText("name").value_or(""));
-}
-
-std::shared_ptr<KLTag> KLTag::kept(std::string tagId, std::string name) {
-    auto tag = std::make_shared<KLTag>(std::move(tagId), std::string());
-    tag->_name = std::move(name);
+    auto tag = std::make_shared<KLTag>(coder.decodeText("tagId").value_or(""), std::string());
+    tag->_name = coder.decodeText("name").value_or("");
     return tag;
 }
 

@@ -42,8 +42,6 @@ public:
     void encodeWithCoder(KeyedArchiver& coder) const override;
     /// What is missing becomes an empty text; no "#" is added.
     static std::shared_ptr<KLTag> initWithCoder(KeyedUnarchiver& coder);
-    /// A tag as it was kept: no "#" is added to its name.
-    static std::shared_ptr<KLTag> kept(std::string tagId, std::string name);
 
 private:
     std::string _tagId;

@@ -1,4 +1,5 @@
 #include <KeloAPI/api/Certificates.hpp>
+#include <KeloAPI/api/internal/ScrambledCertificates.hpp>
 #include <KeloAPI/http/Certificate.hpp>
 #include <KeloAPI/Settings.hpp>
 
@@ -33,7 +34,7 @@ TEST(CertificatesTest, TheChainHasBothEntriesInTheirOrder) {
     EXPECT_FALSE(chain[0] == chain[1]);
     EXPECT_EQ(Certificates::chain(), chain) << "made anew, and the same";
     const std::string_view reversed[] = {Settings::certificates[1], Settings::certificates[0]};
-    EXPECT_EQ(detail::certificates(reversed), (std::vector{chain[1], chain[0]}));
+    EXPECT_EQ(certificates(reversed), (std::vector{chain[1], chain[0]}));
 }
 
 TEST(CertificatesTest, ADamagedEntryIsLeftOut) {
@@ -48,25 +49,25 @@ TEST(CertificatesTest, ADamagedEntryIsLeftOut) {
     for (const std::string& damaged :
          {noNumber, otherByte, cutOff, noCertificate, noBase64, std::string()}) {
         const std::string_view entries[] = {damaged, good};
-        EXPECT_EQ(detail::certificates(entries), std::vector{Certificates::chain().at(1)})
+        EXPECT_EQ(certificates(entries), std::vector{Certificates::chain().at(1)})
             << damaged.substr(0, 40);
     }
     const std::string_view none[] = {noBase64, noCertificate};
-    EXPECT_TRUE(detail::certificates(none).empty());
-    EXPECT_TRUE(detail::certificates({}).empty());
+    EXPECT_TRUE(certificates(none).empty());
+    EXPECT_TRUE(certificates({}).empty());
 }
 
 TEST(CertificatesTest, DecodesItsScrambledTexts) {
-    EXPECT_EQ(detail::decoded(scrambled("Zm9vYmFy+/==")), "Zm9vYmFy+/==");
+    EXPECT_EQ(decoded(scrambled("Zm9vYmFy+/==")), "Zm9vYmFy+/==");
     const std::string longText(1000, 'Q');
-    EXPECT_EQ(detail::decoded(scrambled(longText)), longText);
-    EXPECT_EQ(detail::decoded("1b"), "A");
-    EXPECT_EQ(detail::decoded("1B"), "A");
-    EXPECT_EQ(detail::decoded("001b"), "A");
-    EXPECT_EQ(detail::decoded("1b 23"), "AB");
+    EXPECT_EQ(decoded(scrambled(longText)), longText);
+    EXPECT_EQ(decoded("1b"), "A");
+    EXPECT_EQ(decoded("1B"), "A");
+    EXPECT_EQ(decoded("001b"), "A");
+    EXPECT_EQ(decoded("1b 23"), "AB");
     for (const char* text : {"", " ", "1b  23", " 1b", "1g", "g", "0x1b", "-1", "+1", "80", "fff",
                              "1b,23", "1b\n23", "ffffffffffffffffffff"}) {
-        EXPECT_EQ(detail::decoded(text), std::nullopt) << text;
+        EXPECT_EQ(decoded(text), std::nullopt) << text;
     }
 }
 
