@@ -132,7 +132,8 @@ std::size_t ScriptedTransport::waitingCount() const {
 }
 
 std::shared_ptr<Exchange> ScriptedTransport::start(const URLRequest& request,
-                                                   std::shared_ptr<ExchangeObserver> observer) {
+                                                   std::shared_ptr<ExchangeObserver> observer,
+                                                   TransferKind /*kind*/) {
     auto exchange = std::make_shared<ScriptedExchange>(request, std::move(observer), _state);
     const std::lock_guard lock(_state->mutex);
     _state->exchanges.push_back(exchange);

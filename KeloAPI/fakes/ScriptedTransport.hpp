@@ -57,7 +57,8 @@ public:
     std::size_t waitingCount() const;
 
     std::shared_ptr<Exchange> start(const URLRequest& request,
-                                    std::shared_ptr<ExchangeObserver> observer) override;
+                                    std::shared_ptr<ExchangeObserver> observer,
+                                    TransferKind /*kind*/) override;
 
 private:
     class ScriptedExchange;

@@ -1,6 +1,6 @@
-#include <KeloAPI/http/internal/DownloadRequest.hpp>
+#include <KeloAPI/http/internal/FileSink.hpp>
 #include <KeloAPI/http/internal/makeTransport.hpp>
-#include <KeloAPI/http/internal/MemoryRequest.hpp>
+#include <KeloAPI/http/internal/MemorySink.hpp>
 #include <KeloAPI/http/Manager.hpp>
 
 #include <utility>
@@ -17,32 +17,39 @@ Manager::Manager(std::shared_ptr<Transport> transport)
 Manager::~Manager() = default;
 
 std::shared_ptr<Request> Manager::request(const URLRequestConvertible& convertible) {
-    return started(std::make_shared<MemoryRequest>(
-        convertible.URLRequest(), MemoryRequest::Reports::BytesReceived, _responseQueue));
+    return start(convertible.URLRequest(), TransferKind::Call, Request::Counts::BytesReceived,
+                 std::make_unique<MemorySink>());
 }
 
 std::shared_ptr<Request> Manager::upload(const URLRequestConvertible& convertible, Data data) {
     URLRequest request = convertible.URLRequest();
     request.body = std::move(data);
-    return started(std::make_shared<MemoryRequest>(
-        std::move(request), MemoryRequest::Reports::BytesSent, _responseQueue));
+    return start(std::move(request), TransferKind::Call, Request::Counts::BytesSent,
+                 std::make_unique<MemorySink>());
 }
 
 std::shared_ptr<Request> Manager::download(const URLRequestConvertible& convertible,
                                            Destination destination) {
-    return started(std::make_shared<DownloadRequest>(convertible.URLRequest(),
-                                                     std::move(destination), _responseQueue));
+    URLRequest request = convertible.URLRequest();
+    auto sink =
+        std::make_unique<FileSink>(std::move(destination), request.headerFields.contains("Range"));
+    return start(std::move(request), TransferKind::Download, Request::Counts::BytesReceived,
+                 std::move(sink));
 }
 
 std::shared_ptr<Request> Manager::download(const URLRequestConvertible& convertible,
                                            URL destination) {
-    return started(std::make_shared<DownloadRequest>(convertible.URLRequest(),
-                                                     std::move(destination), _responseQueue));
+    return download(convertible, [destination = std::move(destination)](const HTTPResponse&) {
+        return destination;
+    });
 }
 
-std::shared_ptr<Request> Manager::started(std::shared_ptr<Request> request) {
-    request->start(*_transport);
-    return request;
+std::shared_ptr<Request> Manager::start(URLRequest request, TransferKind kind,
+                                        Request::Counts counts, std::unique_ptr<BodySink> sink) {
+    const std::shared_ptr<Request> made(
+        new Request(std::move(request), kind, counts, std::move(sink), _responseQueue));
+    made->start(*_transport);
+    return made;
 }
 
 } // namespace KeloAPI

@@ -43,12 +43,12 @@ public:
     /// without a Range field in the request; any other status is the error `HTTPStatus`.
     std::shared_ptr<Request> download(const URLRequestConvertible& convertible,
                                       Destination destination);
-    /// As above, to a destination that does not depend on the answer: the file beside it may be
-    /// made while the answer is awaited.
+    /// As above, to a destination that does not depend on the response.
     std::shared_ptr<Request> download(const URLRequestConvertible& convertible, URL destination);
 
 private:
-    std::shared_ptr<Request> started(std::shared_ptr<Request> request);
+    std::shared_ptr<Request> start(URLRequest request, TransferKind kind, Request::Counts counts,
+                                   std::unique_ptr<BodySink> sink);
 
     std::shared_ptr<SerialQueue> _responseQueue;
     std::shared_ptr<Transport> _transport;

@@ -1,4 +1,5 @@
 #include <KeloAPI/http/HTTPError.hpp>
+#include <KeloAPI/http/internal/BodySink.hpp>
 #include <KeloAPI/http/Request.hpp>
 #include <KeloAPI/queues/MainQueue.hpp>
 
@@ -23,14 +24,27 @@ Error noMemory() {
 
 } // namespace
 
+namespace {
+
+/// How far a request is; it never goes back.
+enum class Phase : std::uint8_t {
+    Running,
+    /// The exchange is over.
+    Over,
+    /// Its handlers have been served; later ones go by themselves.
+    Served,
+    /// And their completions have run.
+    Delivered
+};
+
+} // namespace
+
 /// What several threads touch.
 struct Request::Guarded {
     std::mutex mutex;
     std::shared_ptr<Exchange> exchange;
     std::vector<Serializer> handlers;
-    bool over = false;      // the exchange is
-    bool served = false;    // and so are the handlers; later ones go by themselves
-    bool delivered = false; // and their completions have run
+    Phase phase = Phase::Running;
 
     Progress progress;
     std::int64_t reported = 0;
@@ -39,34 +53,13 @@ struct Request::Guarded {
     bool reportPosted = false;
 };
 
-/// Keeps the request alive while the transport works on it.
-class Request::Observer final : public ExchangeObserver {
-public:
-    explicit Observer(std::shared_ptr<Request> request)
-        : _request(std::move(request)) {}
-
-    void didSendRequest() override { _request->requestSent(); }
-    void didReceiveResponse(HTTPResponse response) override {
-        _request->_timeline.initialResponseTime = Date::now();
-        _request->_head = std::move(response);
-        _request->receiveResponse(*_request->_head);
-    }
-    bool didReceiveData(std::string_view bytes) override { return _request->receiveData(bytes); }
-    void didSendBody(std::int64_t sent, std::int64_t total) override {
-        _request->bodySent(sent, total);
-    }
-    void didComplete(std::optional<Error> error) override {
-        std::exchange(_request, nullptr)->complete(std::move(error));
-    }
-    bool mayWaitForDisk() const override { return _request->mayWaitForDisk(); }
-
-private:
-    std::shared_ptr<Request> _request;
-};
-
-Request::Request(KeloAPI::URLRequest request, std::shared_ptr<SerialQueue> responseQueue)
+Request::Request(KeloAPI::URLRequest request, TransferKind kind, Counts counts,
+                 std::unique_ptr<BodySink> sink, std::shared_ptr<SerialQueue> responseQueue)
     : _request(std::move(request))
+    , _kind(kind)
+    , _counts(counts)
     , _responseQueue(std::move(responseQueue))
+    , _sink(std::move(sink))
     , _guarded(std::make_unique<Guarded>()) {}
 
 Request::~Request() = default;
@@ -77,13 +70,15 @@ void Request::start(Transport& transport) {
         // Nobody hears of the end inside the call.
         _responseQueue->asyncOrOnMain(
             [self = shared_from_this(), reason = std::move(reason)]() mutable {
-                self->complete(std::move(reason));
+                self->didComplete(std::move(reason));
             });
         return;
     }
-    auto exchange = transport.start(_request, std::make_shared<Observer>(shared_from_this()));
+    // The transport keeps the request alive until it has completed.
+    const std::shared_ptr<ExchangeObserver> self(shared_from_this(), this);
+    auto exchange = transport.start(_request, self, _kind);
     const std::lock_guard lock(_guarded->mutex);
-    if (!_guarded->over) {
+    if (_guarded->phase == Phase::Running) {
         _guarded->exchange = std::move(exchange);
     }
 }
@@ -113,31 +108,17 @@ void Request::cancel() {
 
 void Request::progress(Progress observer) {
     const std::lock_guard lock(_guarded->mutex);
-    if (!_guarded->delivered) {
+    if (_guarded->phase != Phase::Delivered) {
         _guarded->progress.swap(observer); // the old one goes without the lock
         postReport();
     }
-}
-
-/// Where nothing is left for the main queue, it is not woken.
-bool Request::endsUnheard() {
-    const std::lock_guard lock(_guarded->mutex);
-    _guarded->delivered = !_guarded->progress;
-    return _guarded->delivered;
-}
-
-void Request::endProgress() {
-    Progress observer;
-    const std::lock_guard lock(_guarded->mutex);
-    _guarded->delivered = true;
-    _guarded->progress.swap(observer);
 }
 
 void Request::response(Serializer serializer) {
     require(serializer != nullptr, "a response handler must not be empty");
     {
         const std::lock_guard lock(_guarded->mutex);
-        if (!_guarded->served) {
+        if (_guarded->phase < Phase::Served) {
             _guarded->handlers.push_back(std::move(serializer));
             return;
         }
@@ -147,7 +128,30 @@ void Request::response(Serializer serializer) {
     });
 }
 
-void Request::complete(std::optional<Error> error) {
+void Request::didReceiveResponse(HTTPResponse response) {
+    _timeline.initialResponseTime = Date::now();
+    _head = std::move(response);
+    _sink->begin(*_head);
+}
+
+bool Request::didReceiveData(std::string_view bytes) {
+    if (!_sink->take(bytes)) {
+        return false;
+    }
+    _received += static_cast<std::int64_t>(bytes.size());
+    if (_counts == Counts::BytesReceived) {
+        reportProgress(_received, _head->expectedContentLength);
+    }
+    return true;
+}
+
+void Request::didSendBody(std::int64_t sent, std::int64_t total) {
+    if (_counts == Counts::BytesSent) {
+        reportProgress(sent, total);
+    }
+}
+
+void Request::didComplete(std::optional<Error> error) {
     _timeline.requestCompletedTime = Date::now();
     if (!_head) {
         _timeline.initialResponseTime = _timeline.requestCompletedTime;
@@ -155,11 +159,11 @@ void Request::complete(std::optional<Error> error) {
     std::shared_ptr<Exchange> exchange;
     {
         const std::lock_guard lock(_guarded->mutex);
-        _guarded->over = true;
+        _guarded->phase = Phase::Over;
         _guarded->exchange.swap(exchange);
     }
-    if (mayWaitForDisk()) {
-        end(std::move(error));
+    if (_kind == TransferKind::Download) {
+        end(std::move(error)); // which may wait for the disk, as that thread may
         return;
     }
     _responseQueue->asyncOrOnMain([self = shared_from_this(), error = std::move(error)]() mutable {
@@ -169,9 +173,9 @@ void Request::complete(std::optional<Error> error) {
 
 void Request::end(std::optional<Error> error) {
     try {
-        _error = finish(std::move(error));
+        _error = _sink->finish(std::move(error));
     } catch (const std::bad_alloc&) {
-        _error = finish(noMemory());
+        _error = _sink->finish(noMemory());
     }
     Completion last;
     for (auto handlers = takeHandlers(); !handlers.empty(); handlers = takeHandlers()) {
@@ -180,16 +184,27 @@ void Request::end(std::optional<Error> error) {
             last = serve(serializer);
         }
     }
-    if (!last && endsUnheard()) {
-        return;
+    deliver(std::move(last));
+}
+
+/// Progress that was reported is delivered before the last completion; behind it the observer goes,
+/// which may hold the request. Where neither is there, the main queue is not woken.
+void Request::deliver(Completion last) {
+    {
+        const std::lock_guard lock(_guarded->mutex);
+        if (!last && !_guarded->progress) {
+            _guarded->phase = Phase::Delivered;
+            return;
+        }
     }
-    // Progress that was reported is delivered before the completions; behind them its observer,
-    // which may hold the request, goes: by the same task, because a task wakes the main thread.
     MainQueue::main().async([self = shared_from_this(), last = std::move(last)] {
         if (last) {
             last();
         }
-        self->endProgress();
+        Progress observer;
+        const std::lock_guard lock(self->_guarded->mutex);
+        self->_guarded->phase = Phase::Delivered;
+        self->_guarded->progress.swap(observer);
     });
 }
 
@@ -197,18 +212,20 @@ void Request::end(std::optional<Error> error) {
 /// ones go by themselves.
 std::vector<Request::Serializer> Request::takeHandlers() {
     const std::lock_guard lock(_guarded->mutex);
-    _guarded->served = _guarded->handlers.empty();
+    if (_guarded->handlers.empty()) {
+        _guarded->phase = Phase::Served;
+    }
     return std::exchange(_guarded->handlers, {});
 }
 
 Request::Completion Request::serve(const Serializer& serializer) const {
-    const ResponseContent content{_request, _head, _body, _error};
+    const ResponseContent content{_request, _head, _sink->body(), _error};
     Timeline timeline = _timeline;
     timeline.serializationCompletedTime = timeline.requestCompletedTime;
     try {
         return serializer(content, timeline);
     } catch (const std::bad_alloc&) {
-        if (_body.empty()) {
+        if (_sink->body().empty()) {
             throw; // not the answer's doing
         }
     }

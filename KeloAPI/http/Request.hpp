@@ -19,6 +19,8 @@
 
 namespace KeloAPI {
 
+class BodySink;
+
 /// What came of an exchange, as a serializer sees it.
 struct ResponseContent {
     const URLRequest& request;
@@ -38,7 +40,8 @@ struct ResponseContent {
 /// and in the order they were attached. A handler that is attached after the end is served all the
 /// same. Progress is reported on the main queue, before the completions. A request stays alive
 /// until then even where nobody holds it.
-class KELO_API Request : public std::enable_shared_from_this<Request> {
+class KELO_API Request final : public std::enable_shared_from_this<Request>,
+                               private ExchangeObserver {
 public:
     /// Bytes moved since the last report, bytes moved so far, and bytes expected in all (-1 while
     /// that is unknown): sent for an upload, received for others. Reports are made only when bytes
@@ -50,9 +53,7 @@ public:
     /// Runs behind the exchange; what it returns, if anything, runs on the main queue.
     using Serializer = std::function<Completion(const ResponseContent& content, Timeline timeline)>;
 
-    Request(const Request&) = delete;
-    Request& operator=(const Request&) = delete;
-    virtual ~Request();
+    ~Request() override;
 
     /// What was sent, before any redirect.
     const URLRequest& request() const { return _request; }
@@ -74,48 +75,37 @@ public:
     void response(std::function<Result<T>(const ResponseContent&)> serializer,
                   std::function<void(Result<T>, Timeline)> completion);
 
-protected:
-    Request(KeloAPI::URLRequest request, std::shared_ptr<SerialQueue> responseQueue);
-
-    /// The steps in which kinds of request differ. Called on the transport's thread; `bodySent` is
-    /// told of the request's own body, the others of the answer; `requestSent` may not be called,
-    /// or again for a redirect. A false from `receiveData` gives the exchange up.
-    virtual void requestSent() {}
-    virtual void receiveResponse(const HTTPResponse& response) = 0;
-    virtual bool receiveData(std::string_view bytes) = 0;
-    virtual void bodySent(std::int64_t sent, std::int64_t total) = 0;
-    /// The last step, before the serializers and where they run: the error that the request ends
-    /// with, if any. Where it finds no memory it is called again, with that error.
-    virtual std::optional<Error> finish(std::optional<Error> error) = 0;
-    /// Whether these steps may wait for a disk. They are then taken one after another on a thread
-    /// that the answers of others do not need.
-    virtual bool mayWaitForDisk() const { return false; }
-
-    const std::optional<HTTPResponse>& head() const { return _head; }
-    std::string& body() { return _body; }
-    void reportProgress(std::int64_t total, std::int64_t expected);
-
 private:
     friend class Manager;
-    class Observer;
+
+    enum class Counts : std::uint8_t { BytesReceived, BytesSent };
+
+    Request(KeloAPI::URLRequest request, TransferKind kind, Counts counts,
+            std::unique_ptr<BodySink> sink, std::shared_ptr<SerialQueue> responseQueue);
 
     void start(Transport& transport);
     std::optional<Error> obstacle() const;
-    void complete(std::optional<Error> error);
+    void didReceiveResponse(HTTPResponse response) override;
+    bool didReceiveData(std::string_view bytes) override;
+    void didSendBody(std::int64_t sent, std::int64_t total) override;
+    void didComplete(std::optional<Error> error) override;
     void end(std::optional<Error> error);
     std::vector<Serializer> takeHandlers();
     Completion serve(const Serializer& serializer) const;
+    void reportProgress(std::int64_t total, std::int64_t expected);
     void postReport();
     void deliverProgress();
-    bool endsUnheard();
-    void endProgress();
+    void deliver(Completion last);
 
     const KeloAPI::URLRequest _request;
+    const TransferKind _kind;
+    const Counts _counts;
     const std::shared_ptr<SerialQueue> _responseQueue;
 
-    // Written on the transport's thread, read behind the exchange.
+    // Written on the network thread, read behind the exchange.
+    const std::unique_ptr<BodySink> _sink;
     std::optional<HTTPResponse> _head;
-    std::string _body;
+    std::int64_t _received = 0;
     std::optional<Error> _error;
     Timeline _timeline;
 

@@ -17,9 +17,9 @@ namespace KeloAPI {
 struct HTTPResponse {
     /// Where the answer came from, after redirects.
     URL url;
-    /// The status that the server sent, of the last leg where there were redirects.
+    /// The status that the server sent, of the last hop where there were redirects.
     int statusCode = 0;
-    /// The same leg's header fields.
+    /// The same hop's header fields.
     HeaderFields headerFields;
     /// The body's length in bytes; -1 when it is not known before the end.
     std::int64_t expectedContentLength = -1;
@@ -33,9 +33,6 @@ public:
     ExchangeObserver& operator=(const ExchangeObserver&) = delete;
     virtual ~ExchangeObserver();
 
-    /// The request is on its way and nothing of its answer is there: the time for what must be
-    /// ready by then. Comes again for a redirect, or not at all: a transport need not know.
-    virtual void didSendRequest() {}
     /// The head of the final answer; heads of redirects are not reported. At most once.
     virtual void didReceiveResponse(HTTPResponse response) = 0;
     /// A run of the final answer's body, content encodings undone. False gives the exchange up,
@@ -46,10 +43,14 @@ public:
     virtual void didSendBody(std::int64_t sent, std::int64_t total) = 0;
     /// The exchange is over. Exactly once, and the last call.
     virtual void didComplete(std::optional<Error> error) = 0;
+};
 
-    /// True for one that may wait for a disk in its calls: a transport makes them on a thread that
-    /// observers who do not wait have no part in. Asked before the first call; does not change.
-    virtual bool mayWaitForDisk() const { return false; }
+/// What an exchange is for.
+enum class TransferKind : std::uint8_t {
+    /// The observer does not wait in its calls.
+    Call,
+    /// The observer may wait for a disk in its calls: they come on a thread that no call needs.
+    Download
 };
 
 /// An exchange under way.
@@ -74,10 +75,12 @@ public:
     Transport& operator=(const Transport&) = delete;
     virtual ~Transport();
 
-    /// Starts an exchange for a request that has no `problem()`. The transport keeps the observer
-    /// until it has completed. From any thread; the observer is not called inside the call.
+    /// Starts an exchange for a request that has no `problem()`; null where there is nothing to
+    /// cancel. The transport keeps the observer until it has completed. From any thread; the
+    /// observer is not called inside the call.
     virtual std::shared_ptr<Exchange> start(const URLRequest& request,
-                                            std::shared_ptr<ExchangeObserver> observer) = 0;
+                                            std::shared_ptr<ExchangeObserver> observer,
+                                            TransferKind kind = TransferKind::Call) = 0;
 };
 
 } // namespace KeloAPI

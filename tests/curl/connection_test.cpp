@@ -43,12 +43,8 @@ std::multiset<std::string> threadNames() {
 class ConnectionTest : public TransportTest {
 protected:
     TestCertificate leaf = TestCertificate::selfSigned({});
-    /// /late is answered only when it is let.
-    std::counting_semaphore<> answer{0};
-    RawServer server{leaf.serverContext(), [this](RawConnection& connection) {
-                         connection.serve([this](const std::string& request) {
-                             EXPECT_TRUE(pathOf(request) != "/late" ||
-                                         answer.try_acquire_for(timeLimit));
+    RawServer server{leaf.serverContext(), [](RawConnection& connection) {
+                         connection.serve([](const std::string& request) {
                              return okResponse(pathOf(request));
                          });
                      }};
@@ -62,34 +58,27 @@ TEST_F(ConnectionTest, OneTheServerClosedMeanwhileIsReplaced) {
     }
 }
 
-TEST_F(ConnectionTest, ThreadsStartWithTheFirstRequestOfTheirPolicy) {
-    EXPECT_EQ(threadNames().count("kelo-net") + threadNames().count("kelo-net-pinned"), 0U);
+TEST_F(ConnectionTest, TheThreadStartsWithTheFirstRequest) {
+    EXPECT_EQ(threadNames().count("kelo-calls"), 0U);
     send(*transport, get(server.secureUrl("/")));
-    EXPECT_EQ(threadNames().count("kelo-net-pinned"), 1U);
-    EXPECT_EQ(threadNames().count("kelo-net"), 0U);
     send(*transport, get(server.secureUrl("/", "127.0.0.1")));
-    send(*transport, get("http://127.0.0.1:1/"));
-    EXPECT_EQ(threadNames().count("kelo-net"), 1U);
+    EXPECT_EQ(threadNames().count("kelo-calls"), 1U);
+    EXPECT_EQ(threadNames().count("kelo-downloads"), 0U);
     transport.reset();
-    EXPECT_EQ(threadNames().count("kelo-net") + threadNames().count("kelo-net-pinned"), 0U);
+    EXPECT_EQ(threadNames().count("kelo-calls"), 0U);
 }
 
-class DiskObserver : public RecordingObserver {
-public:
-    bool mayWaitForDisk() const override { return true; }
-};
-
-TEST_F(ConnectionTest, AnObserverThatWaitsForADiskHoldsUpNoOther) {
+TEST_F(ConnectionTest, ADownloadThatWaitsForADiskHoldsUpNoCall) {
     std::binary_semaphore writing{0};
     std::binary_semaphore written{0};
-    const auto slow = std::make_shared<DiskObserver>();
+    const auto slow = std::make_shared<RecordingObserver>();
     slow->onData = [&] {
         writing.release();
         return written.try_acquire_for(timeLimit);
     };
-    transport->start(get(server.secureUrl("/")), slow);
+    transport->start(get(server.secureUrl("/")), slow, TransferKind::Download);
     ASSERT_TRUE(writing.try_acquire_for(timeLimit));
-    EXPECT_EQ(threadNames().count("kelo-disk-pin"), 1U);
+    EXPECT_EQ(threadNames().count("kelo-downloads"), 1U);
     const auto quick = send(*transport, get(server.secureUrl("/")));
     EXPECT_TRUE(succeeded(quick));
     EXPECT_FALSE(slow->hasCompleted());
@@ -110,66 +99,32 @@ TEST_F(ConnectionTest, WhatStartsInsideTheEndOfAnotherIsSentAtOnce) {
     EXPECT_EQ(second->thread, first->thread);
 }
 
-/// With a connection on which a request goes out at once.
-class SentRequestTest : public ConnectionTest {
-protected:
-    SentRequestTest() { EXPECT_TRUE(succeeded(send(*transport, get(server.secureUrl("/"))))); }
-
-    /// Starts a request and does this as it is told that the request was sent.
-    void startLate(const std::function<void(Exchange&)>& whenSent) {
-        std::shared_ptr<Exchange> exchange;
-        std::binary_semaphore started{0};
-        observer->onRequestSent = [&] {
-            EXPECT_TRUE(started.try_acquire_for(timeLimit));
-            whenSent(*exchange);
-        };
-        exchange = transport->start(get(server.secureUrl("/late")), observer);
-        started.release();
-        ASSERT_TRUE(observer->wait()) << "nobody was told, or the thread slept over it";
-        answer.release();
-    }
-
-    Observer observer = std::make_shared<RecordingObserver>();
-};
-
-TEST_F(SentRequestTest, IsToldOfWhileTheResponseIsAwaited) {
-    startLate([this](Exchange&) { answer.release(); });
-    EXPECT_EQ(observer->body, "/late");
-    EXPECT_EQ(observer->requestsSent, 1);
-    EXPECT_EQ(observer->callsAfterEnd, 0);
-    // Where nothing was sent there is nothing to tell.
-    const auto unsent = send(*transport, get("https://localhost:1/"));
-    EXPECT_TRUE(unsent->error);
-    EXPECT_EQ(unsent->requestsSent, 0);
-}
-
-TEST_F(SentRequestTest, MayBeCancelledThere) {
-    startLate([](Exchange& exchange) { exchange.cancel(); });
-    EXPECT_TRUE(failedWith(observer, HTTPErrorCode::Cancelled));
-    EXPECT_TRUE(observer->responses.empty());
-}
-
-TEST_F(SentRequestTest, MayEndTheTransportThere) {
-    startLate([this](Exchange&) { transport.reset(); });
+TEST_F(ConnectionTest, MayBeEndedInTheMidstOfAnObserversCall) {
+    const auto observer = std::make_shared<RecordingObserver>();
+    std::binary_semaphore started{0};
+    observer->onResponse = [&] {
+        EXPECT_TRUE(started.try_acquire_for(timeLimit));
+        transport.reset();
+    };
+    transport->start(get(server.secureUrl("/")), observer);
+    started.release();
+    ASSERT_TRUE(observer->wait());
     EXPECT_TRUE(failedWith(observer, HTTPErrorCode::Cancelled));
 }
 
-TEST_F(SentRequestTest, MayBeFollowedByAnotherThere) {
-    const auto second = std::make_shared<RecordingObserver>();
-    second->onComplete = [this] { answer.release(); };
-    startLate([&](Exchange&) { transport->start(get(server.secureUrl("/")), second); });
-    expectAllSucceeded({observer, second});
-}
-
-TEST_F(SentRequestTest, NoMemoryInACallbackEndsThatRequestOnly) {
-    startLate([](Exchange&) { throw std::bad_alloc(); });
-    EXPECT_TRUE(failedWith(observer, HTTPErrorCode::OutOfResources));
-    const auto second = std::make_shared<RecordingObserver>();
-    second->onSent = [] { throw std::bad_alloc(); };
-    transport->start(with(Method::POST, server.secureUrl("/"), "body"), second);
-    ASSERT_TRUE(second->wait());
-    EXPECT_TRUE(failedWith(second, HTTPErrorCode::OutOfResources));
-    EXPECT_TRUE(succeeded(send(*transport, get(server.secureUrl("/")))));
+TEST_F(ConnectionTest, NoMemoryInACallbackEndsThatRequestOnly) {
+    const auto expectShortage = [this](const Observer& observer) {
+        transport->start(with(Method::POST, server.secureUrl("/"), "body"), observer);
+        ASSERT_TRUE(observer->wait());
+        EXPECT_TRUE(failedWith(observer, HTTPErrorCode::OutOfResources));
+        EXPECT_TRUE(succeeded(send(*transport, get(server.secureUrl("/")))));
+    };
+    const auto sending = std::make_shared<RecordingObserver>();
+    sending->onSent = [] { throw std::bad_alloc(); };
+    expectShortage(sending);
+    const auto receiving = std::make_shared<RecordingObserver>();
+    receiving->onResponse = [] { throw std::bad_alloc(); };
+    expectShortage(receiving);
 }
 
 TEST_F(ConnectionTest, NothingRemainsOfATransport) {

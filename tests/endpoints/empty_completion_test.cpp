@@ -27,9 +27,10 @@ namespace {
 class TellingTransport final : public Transport {
 public:
     std::shared_ptr<Exchange> start(const URLRequest& request,
-                                    std::shared_ptr<ExchangeObserver> observer) override {
+                                    std::shared_ptr<ExchangeObserver> observer,
+                                    TransferKind kind) override {
         std::fputs("sent\n", stderr);
-        return _silent.start(request, std::move(observer));
+        return _silent.start(request, std::move(observer), kind);
     }
 
 private:

@@ -46,9 +46,8 @@ protected:
             };
         });
     }
-    /// How the destination is told: when the head is there, or beforehand, with and without word of
-    /// the sending.
-    enum class Way { Chosen, Known, KnownWhenSent };
+    /// How the destination is told: when the head is there, or beforehand.
+    enum class Way { Chosen, Known };
 
     struct Ending {
         URL destination;
@@ -68,9 +67,6 @@ protected:
         ended = false;
         statusSeen.reset();
         way == Way::Chosen ? start(ending.destination) : startTo(ending.destination);
-        if (way == Way::KnownWhenSent) {
-            transport->sent();
-        }
         const auto error = answerAndEnd(ending);
         ASSERT_EQ(error.has_value(), ending.expected.has_value());
         if (error) {
@@ -132,7 +128,6 @@ protected:
 
 TEST_F(DownloadRequestTest, BecomesAFileWhereItIsChosenWithTheAnswer) {
     start();
-    transport->sent();
     transport->sent(10, 10); // which is not reported
     EXPECT_THAT(folder.names(), IsEmpty());
     EXPECT_FALSE(statusSeen);
@@ -177,7 +172,7 @@ TEST_F(DownloadRequestTest, EndsAsItsAnswerAndItsDestinationSay) {
         table.push_back({nowhere, {}, "", TimedOut, TimedOut});
     }
     for (const Ending& ending : table) {
-        for (const Way way : {Way::Chosen, Way::Known, Way::KnownWhenSent}) {
+        for (const Way way : {Way::Chosen, Way::Known}) {
             expectEnding(ending, way);
         }
     }
@@ -190,30 +185,6 @@ TEST_F(DownloadRequestTest, APartThatWasAskedForBecomesTheFile) {
     transport->answer("cde", 206);
     EXPECT_EQ(end(), std::nullopt);
     EXPECT_EQ(folder.read("video"), "cde");
-}
-
-TEST_F(DownloadRequestTest, AKnownDestinationsFileIsMadeWhileTheAnswerIsAwaited) {
-    folder.write("video", "old");
-    startTo(URL::fileURL(folder.path("video")));
-    EXPECT_THAT(folder.names(), ElementsAre("video"));
-    transport->sent();
-    EXPECT_EQ(folder.names().size(), 2U);
-    transport->sent(); // a redirect's
-    EXPECT_EQ(folder.names().size(), 2U) << "one file is enough";
-    EXPECT_EQ(folder.read("video"), "old");
-    transport->answer("new");
-    EXPECT_EQ(end(), std::nullopt);
-    EXPECT_EQ(folder.read("video"), "new");
-    EXPECT_THAT(namesThen, ElementsAre("video"));
-}
-
-TEST_F(DownloadRequestTest, AFileThatCouldNotBeMadeBeforehandIsTriedAgainWithTheAnswer) {
-    startTo(URL::fileURL(folder.path("later/video")));
-    transport->sent();
-    ASSERT_EQ(mkdir(folder.path("later").c_str(), 0700), 0);
-    transport->answer("new");
-    EXPECT_EQ(end(), std::nullopt);
-    EXPECT_EQ(folder.read("later/video"), "new");
 }
 
 TEST_F(DownloadRequestTest, IsSettledWhileTheResponseQueueIsBusy) {

@@ -17,15 +17,13 @@ namespace KeloAPI::testing {
 class ManualTransport : public Transport {
 public:
     std::shared_ptr<Exchange> start(const URLRequest& request,
-                                    std::shared_ptr<ExchangeObserver> newObserver) override {
+                                    std::shared_ptr<ExchangeObserver> newObserver,
+                                    TransferKind /*kind*/) override {
         requests.push_back(request);
         observer = std::move(newObserver);
         return std::make_shared<Handle>(*this);
     }
 
-    void sent() {
-        step([&] { observer->didSendRequest(); });
-    }
     void head(int status, std::int64_t length = -1, HeaderFields fields = {}) {
         const HTTPResponse response{*requests.back().url, status, std::move(fields), length};
         step([&] { observer->didReceiveResponse(response); });

@@ -17,13 +17,11 @@ namespace KeloAPI::testing {
 /// thread, before the call they belong to is counted as over.
 class RecordingObserver : public ExchangeObserver {
 public:
-    std::function<void()> onRequestSent = [] {};
     std::function<void()> onResponse = [] {};
     std::function<bool()> onData = [] { return true; };
     std::function<void()> onSent = [] {};
     std::function<void()> onComplete = [] {};
 
-    int requestsSent = 0;
     std::vector<HTTPResponse> responses;
     std::string body;
     std::vector<std::pair<std::int64_t, std::int64_t>> sent;
@@ -32,11 +30,6 @@ public:
     std::optional<Error> error;
     std::thread::id thread;
 
-    void didSendRequest() override {
-        countCall();
-        ++requestsSent;
-        onRequestSent();
-    }
     void didReceiveResponse(HTTPResponse response) override {
         countCall();
         responses.push_back(std::move(response));

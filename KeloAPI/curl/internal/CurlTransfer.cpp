@@ -1,5 +1,8 @@
 #include <KeloAPI/curl/internal/CurlErrors.hpp>
+#include <KeloAPI/curl/internal/CurlOptions.hpp>
+#include <KeloAPI/curl/internal/CurlSockets.hpp>
 #include <KeloAPI/curl/internal/CurlTransfer.hpp>
+#include <KeloAPI/curl/internal/NetworkThread.hpp>
 #include <KeloAPI/curl/internal/Redirect.hpp>
 #include <KeloAPI/curl/internal/StrayData.hpp>
 #include <KeloAPI/queues/internal/ExitGuard.hpp>
@@ -17,12 +20,12 @@ namespace KeloAPI {
 namespace {
 
 /// More of a redirect's body than this is not worth reading for the sake of its connection.
-constexpr std::size_t mostDiscarded = 64UL * 1024;
+constexpr std::size_t maxDiscarded = 64UL * 1024;
 
 constexpr const char* headTooLong = "the answer's head is too long";
 
 /// No interval beyond this makes a difference, and none overflows the clock.
-constexpr std::chrono::milliseconds longestInterval = std::chrono::hours(24 * 365);
+constexpr std::chrono::milliseconds maxInterval = std::chrono::hours(24 * 365);
 
 bool speaksHTTP2(const SSL* tls) {
     const unsigned char* protocol = nullptr;
@@ -33,33 +36,67 @@ bool speaksHTTP2(const SSL* tls) {
     return std::string_view(reinterpret_cast<const char*>(protocol), length) == "h2";
 }
 
+std::uint64_t nextOrder() {
+    static std::atomic<std::uint64_t> last = 0;
+    return ++last;
+}
+
 bool changesNothing(Method method) {
     return method == Method::GET || method == Method::HEAD;
 }
 
 } // namespace
 
-CurlTransfer::CurlTransfer(std::shared_ptr<CurlExchange> exchange, CurlOrigin& origin,
-                           CurlSockets& sockets)
-    : _exchange(std::move(exchange))
-    , _origin(origin)
-    , _sockets(sockets)
-    , _timeoutInterval(std::min(_exchange->request().timeoutInterval, longestInterval)) {}
+CurlTransfer::CurlTransfer(const URLRequest& request, std::shared_ptr<ExchangeObserver> observer,
+                           std::shared_ptr<NetworkThread> thread)
+    : _order(nextOrder())
+    , _request(request)
+    , _observer(std::move(observer))
+    , _thread(std::move(thread))
+    , _timeoutInterval(std::min(request.timeoutInterval, maxInterval)) {}
 
 CurlTransfer::~CurlTransfer() {
-    curl_easy_cleanup(_easy);
-    curl_slist_free_all(_headers);
+    disarm();
 }
 
-bool CurlTransfer::open(const TrustStore& trust, CURLSH* cookies) {
-    _easy = curl_easy_init();
+void CurlTransfer::cancel() {
+    _cancelled = true;
+    _thread->cancel(shared_from_this());
+}
+
+void CurlTransfer::wait(CurlOrigin& origin) {
+    _origin = &origin;
+    _hop.emplace();
+}
+
+bool CurlTransfer::arm(const TrustStore& trust, CURLSH* cookies, CurlSockets& sockets) {
+    _sockets = &sockets;
+    _hop->lastActivity = Clock::now();
+    _body = {};
+    curl_slist_free_all(std::exchange(_headers, nullptr));
     if (_easy == nullptr) {
-        _failure = curlError(CURLE_OUT_OF_MEMORY, {});
-        return false;
+        _easy = curl_easy_init();
+    } else {
+        curl_easy_reset(_easy);
     }
-    _lastActivity = Clock::now();
-    setUp(trust, cookies);
-    return !_failure;
+    CurlOptions options(_easy);
+    if (_easy == nullptr) {
+        options.fail(CURLE_OUT_OF_MEMORY);
+    }
+    setUpTransfer(options);
+    trust.applyTo(options);
+    setUpCookies(options, cookies);
+    setUpRequest(options);
+    setUpHeaders(options);
+    if (options.code() != CURLE_OK) {
+        _hop->failure = curlError(options.code(), {});
+    }
+    return !_hop->failure;
+}
+
+void CurlTransfer::disarm() {
+    curl_easy_cleanup(std::exchange(_easy, nullptr));
+    curl_slist_free_all(std::exchange(_headers, nullptr));
 }
 
 CurlTransfer& CurlTransfer::of(CURL* easy) {
@@ -78,71 +115,88 @@ bool CurlTransfer::withMemory(Step step) {
     }
 }
 
-bool CurlTransfer::tellWhenSent() {
-    return withMemory([this] {
-        if (_sent && _head.statusCode() == 0 && !_exchange->isCancelled()) {
-            _exchange->observer().didSendRequest();
-            moved(); // what the observer took was not the network's silence
-        }
-        return true;
-    });
-}
-
 void CurlTransfer::distrustConnection() {
-    curl_easy_setopt(_easy, CURLOPT_FORBID_REUSE, 1L);
+    if (_easy != nullptr) {
+        curl_easy_setopt(_easy, CURLOPT_FORBID_REUSE, 1L);
+    }
 }
 
 CurlTransfer::Outcome CurlTransfer::outcome(CURLcode code) const {
     Outcome outcome;
-    if (_redirects) {
+    if (_hop->redirects) {
         // Whatever became of its body, the redirect has said where to go.
         outcome.redirects = true;
-        outcome.statusCode = _head.statusCode();
-        outcome.fields = _head.fields();
-    } else if (_failure) {
-        outcome.error = _failure;
-    } else if (code == CURLE_OUT_OF_MEMORY && _sent && !_head.isFinished()) {
+    } else if (_hop->failure) {
+        outcome.error = _hop->failure;
+    } else if (code == CURLE_OUT_OF_MEMORY && _hop->sent && !_hop->head.isFinished()) {
         // So libcurl says of a single line that is too long.
         outcome.error = httpError(HTTPErrorCode::BadServerResponse, headTooLong);
     } else if (code != CURLE_OK) {
-        outcome.error = curlError(code, _detail.data());
-        if (code == CURLE_COULDNT_CONNECT && _lacksDescriptors) {
+        outcome.error = curlError(code, _hop->detail.data());
+        if (code == CURLE_COULDNT_CONNECT && _hop->lacksDescriptors) {
             outcome.error = httpError(HTTPErrorCode::OutOfResources,
                                       "no descriptor for a connection", std::move(outcome.error));
         }
         // So libcurl says, without further words, of a stream beyond the last one that the server
         // named when it went away; but also of one that was under way when the server broke the
         // protocol. Only what changes nothing can be sent again without knowing which it was.
-        outcome.sendAgain = code == CURLE_HTTP2 && _detail.front() == '\0' &&
-                            _head.statusCode() == 0 && changesNothing(_exchange->request().method);
-    } else if (!_head.isFinished()) {
+        outcome.sendAgain = code == CURLE_HTTP2 && _hop->detail.front() == '\0' &&
+                            _hop->head.statusCode() == 0 && changesNothing(_request.method);
+    } else if (!_hop->head.isFinished()) {
         outcome.error =
             httpError(HTTPErrorCode::ConnectionLost, "the answer ended within its head");
-    } else if (_gzip && !_gzip->isComplete()) {
+    } else if (_hop->gzip && !_hop->gzip->isComplete()) {
         outcome.error =
             httpError(HTTPErrorCode::BadServerResponse, "the answer's body was cut short");
     }
     return outcome;
 }
 
-void CurlTransfer::conclude(CurlExchange& exchange, Outcome outcome) {
+bool CurlTransfer::goOn(Outcome outcome) {
     if (outcome.redirects) {
-        exchange.follow(outcome.statusCode, outcome.fields);
-    } else if (outcome.sendAgain) {
-        exchange.sendAgain(std::move(*outcome.error));
-    } else {
-        exchange.complete(std::move(outcome.error));
+        return follow();
     }
+    // Two servers in a row may go away; a third one that does is not well.
+    constexpr int maxResends = 2;
+    if (outcome.sendAgain && ++_resends <= maxResends) {
+        return true;
+    }
+    complete(std::move(outcome.error));
+    return false;
+}
+
+/// Makes the request of the next hop; false where there is none.
+bool CurlTransfer::follow() {
+    if (++_redirects > maxRedirects) {
+        complete(httpError(HTTPErrorCode::TooManyRedirects, "too many redirects"));
+        return false;
+    }
+    Result<URLRequest> next = redirected(_request, _hop->head.statusCode(), _hop->head.fields());
+    if (!next) {
+        complete(next.error());
+        return false;
+    }
+    _request = std::move(next.value());
+    return true;
+}
+
+void CurlTransfer::complete(std::optional<Error> error) {
+    if (isCancelled() && !(error && isHTTPError(*error, HTTPErrorCode::Cancelled))) {
+        error = httpError(HTTPErrorCode::Cancelled, "the request was cancelled");
+    }
+    std::exchange(_observer, nullptr)->didComplete(std::move(error));
+    disarm();
+    _request = {};
 }
 
 bool CurlTransfer::giveUp(HTTPErrorCode code, const char* message) {
-    _failure = httpError(code, message);
+    _hop->failure = httpError(code, message);
     return false;
 }
 
 bool CurlTransfer::takeHeaderLine(std::string_view line) {
     moved();
-    switch (_head.take(line)) {
+    switch (_hop->head.take(line)) {
     case ResponseHead::Progress::Unfinished:
         return true;
     case ResponseHead::Progress::TooLong:
@@ -150,30 +204,30 @@ bool CurlTransfer::takeHeaderLine(std::string_view line) {
     case ResponseHead::Progress::Finished:
         break;
     }
-    if (isRedirect(_head.statusCode(), _head.fields())) {
-        _redirects = true;
+    if (isRedirect(_hop->head.statusCode(), _hop->head.fields())) {
+        _hop->redirects = true;
         return true;
     }
-    if (_exchange->isCancelled()) {
+    if (isCancelled()) {
         return false;
     }
-    _coding = _head.contentCoding();
-    const std::int64_t length = _head.expectedContentLength();
-    _exchange->observer().didReceiveResponse(
-        {*_exchange->request().url, _head.statusCode(), _head.takeFields(), length});
+    _hop->coding = _hop->head.contentCoding();
+    const std::int64_t length = _hop->head.expectedContentLength();
+    _observer->didReceiveResponse(
+        {*_request.url, _hop->head.statusCode(), _hop->head.takeFields(), length});
     return true;
 }
 
 bool CurlTransfer::takeBody(std::string_view bytes) {
     moved();
-    if (_redirects) {
-        _discarded += bytes.size();
-        return _discarded <= mostDiscarded;
+    if (_hop->redirects) {
+        _hop->discarded += bytes.size();
+        return _hop->discarded <= maxDiscarded;
     }
-    if (_exchange->isCancelled()) {
+    if (isCancelled()) {
         return false;
     }
-    switch (_coding) {
+    switch (_hop->coding) {
     case ResponseHead::ContentCoding::None:
         return deliver(bytes);
     case ResponseHead::ContentCoding::Gzip:
@@ -185,11 +239,11 @@ bool CurlTransfer::takeBody(std::string_view bytes) {
 }
 
 bool CurlTransfer::unpack(std::string_view bytes) {
-    if (!_gzip) {
-        _gzip = std::make_unique<GzipDecoder>();
+    if (!_hop->gzip) {
+        _hop->gzip = std::make_unique<GzipDecoder>();
     }
     const auto result =
-        _gzip->take(bytes, [this](std::string_view unpacked) { return deliver(unpacked); });
+        _hop->gzip->take(bytes, [this](std::string_view unpacked) { return deliver(unpacked); });
     if (result == GzipDecoder::Result::Malformed) {
         return giveUp(HTTPErrorCode::BadServerResponse,
                       "the answer's body is not what its encoding says");
@@ -198,23 +252,23 @@ bool CurlTransfer::unpack(std::string_view bytes) {
 }
 
 bool CurlTransfer::deliver(std::string_view bytes) {
-    if (!_exchange->observer().didReceiveData(bytes)) {
+    if (!_observer->didReceiveData(bytes)) {
         return giveUp(HTTPErrorCode::Unknown, "the receiver gave up");
     }
     return true;
 }
 
 std::size_t CurlTransfer::giveBody(char* buffer, std::size_t room) {
-    if (_exchange->isCancelled()) {
+    if (isCancelled()) {
         return CURL_READFUNC_ABORT;
     }
-    const std::size_t size = std::min(room, _body.size() - _bodySent);
+    const std::size_t size = std::min(room, _body.size() - _hop->bodySent);
     if (size > 0) {
         moved();
-        std::memcpy(buffer, _body.data() + _bodySent, size);
-        _bodySent += size;
-        _exchange->observer().didSendBody(static_cast<std::int64_t>(_bodySent),
-                                          static_cast<std::int64_t>(_body.size()));
+        std::memcpy(buffer, _body.data() + _hop->bodySent, size);
+        _hop->bodySent += size;
+        _observer->didSendBody(static_cast<std::int64_t>(_hop->bodySent),
+                               static_cast<std::int64_t>(_body.size()));
     }
     return size;
 }
@@ -223,8 +277,8 @@ std::size_t CurlTransfer::giveBody(char* buffer, std::size_t room) {
 bool CurlTransfer::acceptConnection(const std::string& ends) {
     // libcurl sends again by itself where a connection ends before the first byte of a response.
     // On a shared one the server may long have been at work on it.
-    if (_sent && _origin.protocol == CurlOrigin::Protocol::Multiplexed &&
-        !changesNothing(_exchange->request().method)) {
+    if (_hop->sent && _origin->protocol == CurlOrigin::Protocol::Multiplexed &&
+        !changesNothing(_request.method)) {
         return giveUp(HTTPErrorCode::ConnectionLost, "the connection was lost");
     }
     curl_tlssessioninfo* session = nullptr;
@@ -232,22 +286,22 @@ bool CurlTransfer::acceptConnection(const std::string& ends) {
     const bool isOpenSSL = session != nullptr && session->backend == CURLSSLBACKEND_OPENSSL;
     auto* tls = isOpenSSL ? static_cast<SSL*>(session->internals) : nullptr;
     const bool multiplexed = speaksHTTP2(tls);
-    _origin.protocol =
+    _origin->protocol =
         multiplexed ? CurlOrigin::Protocol::Multiplexed : CurlOrigin::Protocol::Serial;
 
     long connectionsMade = 0;
     curl_easy_getinfo(_easy, CURLINFO_NUM_CONNECTS, &connectionsMade);
     if (!multiplexed && connectionsMade == 0) {
-        const curl_socket_t socket = _sockets.find(ends);
+        const curl_socket_t socket = _sockets->find(ends);
         if (socket == CURL_SOCKET_BAD || hasStrayData(socket, tls)) {
-            _refusedConnection = true;
-            _sent = false;
-            _bodySent = 0;
+            _hop->refusedConnection = true;
+            _hop->sent = false;
+            _hop->bodySent = 0;
             return false;
         }
     }
-    _sent = true;
-    _lastActivity = Clock::now();
+    _hop->sent = true;
+    _hop->lastActivity = Clock::now();
     return true;
 }
 
@@ -285,7 +339,7 @@ std::size_t CurlTransfer::onRead(char* buffer, std::size_t size, std::size_t cou
 curl_socket_t CurlTransfer::onOpenSocket(void* self, curlsocktype /*purpose*/,
                                          curl_sockaddr* address) noexcept {
     const int made = socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
-    static_cast<CurlTransfer*>(self)->_lacksDescriptors =
+    static_cast<CurlTransfer*>(self)->_hop->lacksDescriptors =
         made < 0 && (errno == EMFILE || errno == ENFILE);
     return made < 0 ? CURL_SOCKET_BAD : made;
 }
@@ -297,7 +351,7 @@ int CurlTransfer::onSeek(void* self, curl_off_t offset, int origin) noexcept {
     if (!possible) {
         return CURL_SEEKFUNC_FAIL;
     }
-    transfer._bodySent = static_cast<std::size_t>(offset);
+    transfer._hop->bodySent = static_cast<std::size_t>(offset);
     return CURL_SEEKFUNC_OK;
 }
 
@@ -306,8 +360,8 @@ int CurlTransfer::onProgress(void* self, curl_off_t /*downTotal*/, curl_off_t do
     // The callbacks above do not see everything that moves: a large read of the body drains into
     // the network later, and compressed bytes may come in for long before one comes out.
     auto& transfer = *static_cast<CurlTransfer*>(self);
-    if (down + up != transfer._moved) {
-        transfer._moved = down + up;
+    if (down + up != transfer._hop->moved) {
+        transfer._hop->moved = down + up;
         transfer.moved();
     }
     return 0;

@@ -1,17 +1,16 @@
 #pragma once
 
-#include <KeloAPI/curl/internal/CurlExchange.hpp>
 #include <KeloAPI/curl/internal/CurlOrigin.hpp>
-#include <KeloAPI/curl/internal/CurlSockets.hpp>
 #include <KeloAPI/curl/internal/GzipDecoder.hpp>
 #include <KeloAPI/curl/internal/ResponseHead.hpp>
-#include <KeloAPI/curl/internal/TrustStore.hpp>
 #include <KeloAPI/http/HTTPError.hpp>
+#include <KeloAPI/http/Transport.hpp>
 
 #include <curl/curl.h>
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <memory>
@@ -23,66 +22,90 @@
 namespace KeloAPI {
 
 class CurlOptions;
+class CurlSockets;
+class NetworkThread;
+class TrustStore;
 
-/// One leg of an exchange: a request to one place and its answer, as one easy handle from
-/// the moment it stops waiting. Lives on its lane's thread.
-class CurlTransfer {
+/// One exchange from its start to its end: an easy handle that is armed anew for each redirect hop.
+/// Lives on its network thread, but for `cancel`.
+class CurlTransfer final : public Exchange, public std::enable_shared_from_this<CurlTransfer> {
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// `origin` and `sockets` must outlive the transfer's time in flight.
-    CurlTransfer(std::shared_ptr<CurlExchange> exchange, CurlOrigin& origin, CurlSockets& sockets);
-    CurlTransfer(const CurlTransfer&) = delete;
-    CurlTransfer& operator=(const CurlTransfer&) = delete;
-    ~CurlTransfer();
+    CurlTransfer(const URLRequest& request, std::shared_ptr<ExchangeObserver> observer,
+                 std::shared_ptr<NetworkThread> thread);
+    ~CurlTransfer() override;
 
-    /// Makes the easy handle. `trust` and `cookies` must outlive the transfer. False where it
-    /// cannot be set up in full; `outcome` then says why.
-    bool open(const TrustStore& trust, CURLSH* cookies);
-    /// Null while the transfer waits.
-    CURL* easy() const { return _easy; }
+    void cancel() override;
+
+    /// What is sent in this hop.
+    const URLRequest& request() const { return _request; }
+    /// Its place among those that wait, from hop to hop the same: earlier ones have lower numbers.
+    std::uint64_t order() const { return _order; }
+    bool isCancelled() const { return _cancelled.load(std::memory_order_relaxed); }
     /// The transfer that an easy handle is of.
     static CurlTransfer& of(CURL* easy);
-    const std::shared_ptr<CurlExchange>& exchange() const { return _exchange; }
-    CurlOrigin& origin() const { return _origin; }
-    /// Its place among the transfers that wait.
-    std::uint64_t order() const { return _exchange->order(); }
+    CURL* easy() const { return _easy; }
+    CurlOrigin& origin() const { return *_origin; }
+
+    /// Begins a hop, which waits until there is room for it. `origin` must outlive the hop.
+    void wait(CurlOrigin& origin);
+    /// Makes the easy handle ready to be sent. The arguments must outlive the hop. False where it
+    /// cannot be set up in full; `outcome` then says why.
+    bool arm(const TrustStore& trust, CURLSH* cookies, CurlSockets& sockets);
 
     /// When the transfer times out if no further byte moves: none of its own, or, as long as it is
     /// not sent, none on any connection to its origin.
     Clock::time_point deadline() const {
-        return (_sent ? _lastActivity : std::max(_lastActivity, _origin.lastMoved)) +
+        return (_hop->sent ? _hop->lastActivity
+                           : std::max(_hop->lastActivity, _origin->lastMoved)) +
                _timeoutInterval;
     }
-    /// Under which time the lane has this transfer in its list of deadlines.
+    /// Under which time the thread has this transfer in its list of deadlines.
     Clock::time_point listedDeadline;
-
-    /// Tells the observer that the request has been sent, if so and if nothing came back yet. False
-    /// where the transfer must end over it; `outcome` then says why.
-    bool tellWhenSent();
-    bool isSent() const { return _sent; }
 
     /// Keeps the connection from being used again: no byte came through it for too long.
     void distrustConnection();
 
     /// True once when the transfer stopped short of sending, because the connection that it was to
     /// use has data waiting on it. libcurl closes that one; the transfer can be started again.
-    bool takeRefusal() { return std::exchange(_refusedConnection, false); }
+    bool takeRefusal() { return std::exchange(_hop->refusedConnection, false); }
 
-    /// What the leg came to, told to the exchange by `conclude` once libcurl is done with it.
+    /// What a hop came to.
     struct Outcome {
         std::optional<Error> error;
         bool redirects = false;
         /// The server went away, and the request does no harm where it had been looked at before.
         bool sendAgain = false;
-        int statusCode = 0;
-        HeaderFields fields;
     };
     Outcome outcome(CURLcode code) const;
-    static void conclude(CurlExchange& exchange, Outcome outcome);
+
+    /// Once libcurl is done with the hop: true where another one follows. Otherwise the transfer is
+    /// complete.
+    bool goOn(Outcome outcome);
+    /// Ends the transfer; a cancellation that came before goes before `error`.
+    void complete(std::optional<Error> error);
 
 private:
-    void setUp(const TrustStore& trust, CURLSH* cookies);
+    /// What is true of one hop only.
+    struct Hop {
+        std::array<char, CURL_ERROR_SIZE> detail{};
+        ResponseHead head;
+        ResponseHead::ContentCoding coding = ResponseHead::ContentCoding::None;
+        std::unique_ptr<GzipDecoder> gzip;
+        bool sent = false;
+        bool refusedConnection = false;
+        bool redirects = false;
+        bool lacksDescriptors = false;
+        std::size_t discarded = 0;
+        std::size_t bodySent = 0;
+        curl_off_t moved = 0;
+        std::optional<Error> failure;
+        Clock::time_point lastActivity = Clock::now();
+    };
+
+    void disarm();
+    bool follow();
     void setUpTransfer(CurlOptions& options);
     void setUpCookies(CurlOptions& options, CURLSH* cookies);
     void setUpRequest(CurlOptions& options);
@@ -93,7 +116,7 @@ private:
     bool unpack(std::string_view bytes);
     bool deliver(std::string_view bytes);
     std::size_t giveBody(char* buffer, std::size_t room);
-    void moved() { _lastActivity = _origin.lastMoved = Clock::now(); }
+    void moved() { _hop->lastActivity = _origin->lastMoved = Clock::now(); }
     bool acceptConnection(const std::string& ends);
     template <class Step>
     bool withMemory(Step step);
@@ -113,26 +136,22 @@ private:
     static int onConnected(void* self, char* address, char* localAddress, int port,
                            int localPort) noexcept;
 
-    std::shared_ptr<CurlExchange> _exchange;
-    CurlOrigin& _origin;
-    CurlSockets& _sockets;
-    std::chrono::milliseconds _timeoutInterval;
+    const std::uint64_t _order;
+    URLRequest _request;
+    std::shared_ptr<ExchangeObserver> _observer;
+    const std::shared_ptr<NetworkThread> _thread;
+    const std::chrono::milliseconds _timeoutInterval;
+    std::atomic<bool> _cancelled = false;
+    int _redirects = 0;
+    int _resends = 0;
+
     CURL* _easy = nullptr;
     curl_slist* _headers = nullptr;
-    std::array<char, CURL_ERROR_SIZE> _detail{};
-    ResponseHead _head;
-    bool _sent = false;
-    bool _refusedConnection = false;
-    bool _redirects = false;
-    ResponseHead::ContentCoding _coding = ResponseHead::ContentCoding::None;
-    std::unique_ptr<GzipDecoder> _gzip;
-    bool _lacksDescriptors = false;
-    std::size_t _discarded = 0;
+    CurlOrigin* _origin = nullptr;
+    CurlSockets* _sockets = nullptr;
+    /// The request's, as libcurl takes it.
     std::string_view _body;
-    std::size_t _bodySent = 0;
-    curl_off_t _moved = 0;
-    std::optional<Error> _failure;
-    Clock::time_point _lastActivity = Clock::now();
+    std::optional<Hop> _hop;
 };
 
 } // namespace KeloAPI

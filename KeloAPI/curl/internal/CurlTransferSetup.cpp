@@ -1,5 +1,5 @@
-#include <KeloAPI/curl/internal/CurlErrors.hpp>
 #include <KeloAPI/curl/internal/CurlOptions.hpp>
+#include <KeloAPI/curl/internal/CurlSockets.hpp>
 #include <KeloAPI/curl/internal/CurlTransfer.hpp>
 
 #include <algorithm>
@@ -36,21 +36,9 @@ bool promisesBody(Method method) {
 
 } // namespace
 
-void CurlTransfer::setUp(const TrustStore& trust, CURLSH* cookies) {
-    CurlOptions options(_easy);
-    setUpTransfer(options);
-    trust.applyTo(options);
-    setUpCookies(options, cookies);
-    setUpRequest(options);
-    setUpHeaders(options);
-    if (options.code() != CURLE_OK) {
-        _failure = curlError(options.code(), {});
-    }
-}
-
 void CurlTransfer::setUpTransfer(CurlOptions& options) {
     options.set(CURLOPT_PRIVATE, this);
-    options.set(CURLOPT_ERRORBUFFER, _detail.data());
+    options.set(CURLOPT_ERRORBUFFER, _hop->detail.data());
     options.set(CURLOPT_NOSIGNAL, 1L);
     options.set(CURLOPT_PROTOCOLS_STR, "http,https");
     options.set(CURLOPT_HTTP09_ALLOWED, 0L);
@@ -76,19 +64,19 @@ void CurlTransfer::setUpTransfer(CurlOptions& options) {
     options.set(CURLOPT_NOPROGRESS, 0L);
     options.set(CURLOPT_PREREQFUNCTION, &CurlTransfer::onConnected);
     options.set(CURLOPT_PREREQDATA, this);
-    _sockets.watch(options);
+    _sockets->watch(options);
 }
 
 void CurlTransfer::setUpCookies(CurlOptions& options, CURLSH* cookies) {
     // A Cookie field that the request brings is all that is sent.
-    if (!_exchange->request().headerFields.contains("Cookie")) {
+    if (!_request.headerFields.contains("Cookie")) {
         options.set(CURLOPT_SHARE, cookies);
         options.set(CURLOPT_COOKIEFILE, ""); // no file: switches cookies on
     }
 }
 
 void CurlTransfer::setUpRequest(CurlOptions& options) {
-    const URLRequest& request = _exchange->request();
+    const URLRequest& request = _request;
     options.set(CURLOPT_URL, request.url->absoluteString().c_str());
     options.set(CURLOPT_PATH_AS_IS, 1L);
     const bool secure = request.url->scheme() == "https"; // HTTP/2 comes with TLS only
@@ -113,7 +101,7 @@ void CurlTransfer::setUpRequest(CurlOptions& options) {
 }
 
 void CurlTransfer::setUpHeaders(CurlOptions& options) {
-    const HeaderFields& fields = _exchange->request().headerFields;
+    const HeaderFields& fields = _request.headerFields;
     for (const auto& [name, value] : fields) {
         if (isFramingField(name)) {
             continue;

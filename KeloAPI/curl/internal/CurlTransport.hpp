@@ -4,19 +4,19 @@
 #include <KeloAPI/http/Transport.hpp>
 #include <KeloAPI/http/TransportSettings.hpp>
 
+#include <sys/types.h>
+
+#include <array>
+#include <memory>
+#include <mutex>
+
 namespace KeloAPI {
 
-class CurlLanes;
+class NetworkThread;
 
-/// The library's own transport: HTTP/1.1 and HTTP/2 over TCP and TLS.
-///
-/// Observers are called on the transport's own threads: one for each policy of the table and one
-/// for all other hosts, and as many again for observers that may wait for a disk, each started when
-/// first needed. Between two legs of an exchange (a redirect to a host of another policy) the calls
-/// move from one to the other.
-///
-/// Each of these threads keeps to the settings' limits by itself, and has its share of the idle
-/// connections. Through a proxy for plain HTTP, all hosts behind it share the connections to it.
+/// The library's own transport: HTTP/1.1 and HTTP/2 over TCP and TLS. It has two network threads,
+/// one for calls and one for downloads, each made when it is first needed; observers are called on
+/// them. Through a proxy for plain HTTP, all hosts behind it share the connections to it.
 class CurlTransport final : public Transport {
 public:
     explicit CurlTransport(const ServerTrustPolicyManager& trust,
@@ -27,10 +27,17 @@ public:
     ~CurlTransport() override;
 
     std::shared_ptr<Exchange> start(const URLRequest& request,
-                                    std::shared_ptr<ExchangeObserver> observer) override;
+                                    std::shared_ptr<ExchangeObserver> observer,
+                                    TransferKind kind = TransferKind::Call) override;
 
 private:
-    std::shared_ptr<CurlLanes> _lanes;
+    std::shared_ptr<NetworkThread> threadFor(TransferKind kind);
+
+    const ServerTrustPolicyManager _trust;
+    const TransportSettings _settings;
+    const pid_t _process;
+    std::mutex _mutex;
+    std::array<std::shared_ptr<NetworkThread>, 2> _threads;
 };
 
 } // namespace KeloAPI

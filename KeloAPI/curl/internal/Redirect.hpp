@@ -7,7 +7,7 @@
 namespace KeloAPI {
 
 /// The most redirects that one exchange follows.
-inline constexpr int mostRedirects = 20;
+inline constexpr int maxRedirects = 20;
 
 /// True for an answer that sends the client elsewhere.
 bool isRedirect(int statusCode, const HeaderFields& fields);

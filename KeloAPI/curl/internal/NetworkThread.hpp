@@ -1,16 +1,17 @@
 #pragma once
 
+#include <KeloAPI/curl/internal/CurlOrigin.hpp>
+#include <KeloAPI/curl/internal/CurlSockets.hpp>
 #include <KeloAPI/curl/internal/CurlTransfer.hpp>
 #include <KeloAPI/curl/internal/TrustStore.hpp>
+#include <KeloAPI/http/ServerTrustPolicy.hpp>
 
 #include <curl/curl.h>
 
 #include <cstddef>
-#include <cstdint>
 #include <map>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <set>
 #include <string>
 #include <thread>
@@ -19,38 +20,40 @@
 
 namespace KeloAPI {
 
-/// A lane: one thread that carries all exchanges with the hosts of one policy. Connections, TLS
-/// sessions and cookies belong to the lane and so never cross from one policy to another.
-class CurlLoop : public std::enable_shared_from_this<CurlLoop> {
+/// One thread that carries transfers over one set of connections. The pins of a transfer's host are
+/// part of what libcurl compares before it uses a connection or a TLS session again, so neither
+/// crosses from one policy to another.
+class NetworkThread : public std::enable_shared_from_this<NetworkThread> {
 public:
     struct Limits {
         std::size_t connectionsPerHost;
         std::size_t idleConnections;
     };
 
-    CurlLoop(TrustStore trust, std::string name, Limits limits);
-    CurlLoop(const CurlLoop&) = delete;
-    CurlLoop& operator=(const CurlLoop&) = delete;
-    ~CurlLoop();
+    /// `name` has 15 characters at most.
+    NetworkThread(std::string name, const ServerTrustPolicyManager& trust, Limits limits);
+    NetworkThread(const NetworkThread&) = delete;
+    NetworkThread& operator=(const NetworkThread&) = delete;
+    ~NetworkThread();
 
     /// Starts the thread; throws `std::system_error` where the system has none to give.
     void open();
-    /// Takes the exchange's next leg over, or refuses because the lane has been stopped.
-    bool start(std::shared_ptr<CurlExchange> exchange);
-    /// Ends the exchange if one of its legs is under way here.
-    void cancel(std::shared_ptr<CurlExchange> exchange);
+    /// Takes the transfer over. Throws `std::bad_alloc`.
+    void start(std::shared_ptr<CurlTransfer> transfer);
+    /// Ends the transfer, unless it is over.
+    void cancel(std::shared_ptr<CurlTransfer> transfer);
     /// Cancels everything and lets the thread end.
     void stop();
     bool isCurrentThread() const { return _thread.get_id() == std::this_thread::get_id(); }
     void join() { _thread.join(); }
-    /// The thread ends by itself, and keeps the lane until then.
+    /// The thread ends by itself, and keeps this object until then.
     void detach() { _thread.detach(); }
 
 private:
     using Deadline = std::pair<CurlTransfer::Clock::time_point, CurlTransfer*>;
     struct Commands {
-        std::vector<std::shared_ptr<CurlExchange>> starts;
-        std::vector<std::shared_ptr<CurlExchange>> cancels;
+        std::vector<std::shared_ptr<CurlTransfer>> starts;
+        std::vector<std::shared_ptr<CurlTransfer>> cancels;
         bool stop = false;
     };
 
@@ -58,10 +61,10 @@ private:
     void loop();
     void wake();
     bool carryOut(const Commands& commands);
-    void useTheWait();
     Commands takeCommands();
     bool hasStarts();
-    void enqueue(const std::shared_ptr<CurlExchange>& exchange);
+    void enqueue(const std::shared_ptr<CurlTransfer>& transfer);
+    const TrustStore& trustFor(const URL& url);
     CurlOrigin& originOf(const URL& url);
     void sendWaiting();
     void send(CurlTransfer& transfer);
@@ -75,8 +78,8 @@ private:
     void pause() const;
     void cleanUp();
 
-    const TrustStore _trust;
     const std::string _name;
+    const ServerTrustPolicyManager _trust;
     const Limits _limits;
     std::thread _thread;
 
@@ -85,14 +88,14 @@ private:
     CURLM* _multi = nullptr;
     bool _stopped = false;
 
-    // Only for the lane's thread:
+    // Only for the thread itself:
     CURLSH* _cookies = nullptr;
     CurlSockets _sockets;
+    /// Of the policies that were needed so far.
+    std::map<const ServerTrustPolicy*, TrustStore> _trustStores;
     /// Those that have transfers.
     std::map<std::string, CurlOrigin> _origins;
-    std::map<CurlExchange*, std::unique_ptr<CurlTransfer>> _transfers;
-    std::vector<CurlTransfer*> _begun;                 // and not yet sent
-    std::vector<std::unique_ptr<CurlTransfer>> _ended; // and told of
+    std::set<std::shared_ptr<CurlTransfer>> _transfers;
     std::set<Deadline> _deadlines;
 };
 

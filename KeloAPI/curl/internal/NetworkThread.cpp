@@ -1,6 +1,6 @@
 #include <KeloAPI/curl/internal/CurlErrors.hpp>
-#include <KeloAPI/curl/internal/CurlLoop.hpp>
 #include <KeloAPI/curl/internal/Libraries.hpp>
+#include <KeloAPI/curl/internal/NetworkThread.hpp>
 #include <KeloAPI/queues/internal/ExitGuard.hpp>
 #include <KeloAPI/queues/internal/SignalShield.hpp>
 
@@ -13,16 +13,16 @@
 
 namespace KeloAPI {
 
-CurlLoop::CurlLoop(TrustStore trust, std::string name, Limits limits)
-    : _trust(std::move(trust))
-    , _name(std::move(name))
+NetworkThread::NetworkThread(std::string name, const ServerTrustPolicyManager& trust, Limits limits)
+    : _name(std::move(name))
+    , _trust(trust)
     , _limits(limits) {}
 
-CurlLoop::~CurlLoop() {
-    curl_multi_cleanup(_multi); // of a lane that had no thread
+NetworkThread::~NetworkThread() {
+    curl_multi_cleanup(_multi); // where there was no thread
 }
 
-void CurlLoop::open() {
+void NetworkThread::open() {
     initialiseNetworkLibraries();
     _multi = curl_multi_init();
     // Without the means to be woken the thread would sleep through everything.
@@ -42,28 +42,24 @@ void CurlLoop::open() {
     _thread = std::thread([self = shared_from_this()] { self->run(); });
 }
 
-bool CurlLoop::start(std::shared_ptr<CurlExchange> exchange) {
+void NetworkThread::start(std::shared_ptr<CurlTransfer> transfer) {
     const std::lock_guard lock(_mutex);
-    if (_stopped) {
-        return false;
-    }
-    _commands.starts.push_back(std::move(exchange));
-    // The lane's own thread looks for commands before it sleeps.
+    _commands.starts.push_back(std::move(transfer));
+    // This thread itself looks for commands before it sleeps.
     if (!isCurrentThread()) {
         curl_multi_wakeup(_multi);
     }
-    return true;
 }
 
-void CurlLoop::cancel(std::shared_ptr<CurlExchange> exchange) {
+void NetworkThread::cancel(std::shared_ptr<CurlTransfer> transfer) {
     const std::lock_guard lock(_mutex);
     if (!_stopped) {
-        _commands.cancels.push_back(std::move(exchange));
+        _commands.cancels.push_back(std::move(transfer));
         curl_multi_wakeup(_multi);
     }
 }
 
-void CurlLoop::stop() {
+void NetworkThread::stop() {
     const std::lock_guard lock(_mutex);
     if (!_stopped) {
         _stopped = true;
@@ -72,14 +68,14 @@ void CurlLoop::stop() {
     }
 }
 
-void CurlLoop::wake() {
+void NetworkThread::wake() {
     const std::lock_guard lock(_mutex);
     if (_multi != nullptr) {
         curl_multi_wakeup(_multi);
     }
 }
 
-void CurlLoop::run() {
+void NetworkThread::run() {
     pthread_setname_np(pthread_self(), _name.c_str());
     const ExitGuard::Member member([this] { wake(); });
     ExitGuard::parkIfExiting();
@@ -89,7 +85,7 @@ void CurlLoop::run() {
     cleanUp();
 }
 
-void CurlLoop::loop() {
+void NetworkThread::loop() {
     while (true) {
         if (!carryOut(takeCommands())) {
             return;
@@ -97,14 +93,12 @@ void CurlLoop::loop() {
         sendWaiting();
         int running = 0;
         curl_multi_perform(_multi, &running);
-        useTheWait();
         finishDone();
         finishOverdue();
         ExitGuard::parkIfExiting();
         if (hasStarts() || hasSendable()) {
             continue; // what has just ended is followed by another
         }
-        _ended.clear();
         const CURLMcode polled = curl_multi_poll(_multi, nullptr, 0, pollTimeout(), nullptr);
         if (polled != CURLM_OK) {
             pause();
@@ -113,14 +107,14 @@ void CurlLoop::loop() {
     }
 }
 
-/// False when the lane is to end.
-bool CurlLoop::carryOut(const Commands& commands) {
-    for (const auto& exchange : commands.starts) {
-        enqueue(exchange);
+/// False when the thread is to end.
+bool NetworkThread::carryOut(const Commands& commands) {
+    for (const auto& transfer : commands.starts) {
+        enqueue(transfer);
     }
-    for (const auto& exchange : commands.cancels) {
-        if (const auto found = _transfers.find(exchange.get()); found != _transfers.end()) {
-            finish(*found->second, {});
+    for (const auto& transfer : commands.cancels) {
+        if (_transfers.contains(transfer)) {
+            finish(*transfer, {});
         }
     }
     if (commands.stop) {
@@ -129,48 +123,42 @@ bool CurlLoop::carryOut(const Commands& commands) {
     return !commands.stop;
 }
 
-/// For what need not come before the next request, and can be done while the server answers it.
-void CurlLoop::useTheWait() {
-    for (CurlTransfer* transfer : std::exchange(_begun, {})) {
-        if (!transfer->tellWhenSent()) {
-            finish(*transfer, transfer->outcome(CURLE_OK));
-        } else if (!transfer->isSent()) {
-            _begun.push_back(transfer);
-        }
-    }
-    ExitGuard::parkIfExiting();
-    _ended.clear();
-}
-
-CurlLoop::Commands CurlLoop::takeCommands() {
+NetworkThread::Commands NetworkThread::takeCommands() {
     const std::lock_guard lock(_mutex);
     return std::exchange(_commands, {});
 }
 
-bool CurlLoop::hasStarts() {
+bool NetworkThread::hasStarts() {
     const std::lock_guard lock(_mutex);
     return !_commands.starts.empty();
 }
 
-void CurlLoop::enqueue(const std::shared_ptr<CurlExchange>& exchange) {
-    if (exchange->isCancelled()) {
-        exchange->complete({});
+/// Lets the transfer's next request wait for its turn.
+void NetworkThread::enqueue(const std::shared_ptr<CurlTransfer>& transfer) {
+    if (transfer->isCancelled()) {
+        transfer->complete({});
         return;
     }
-    if (_trust.rejectsEveryServer()) {
-        exchange->complete(
+    const URL& url = *transfer->request().url;
+    if (trustFor(url).rejectsEveryServer()) {
+        transfer->complete(
             httpError(HTTPErrorCode::ServerTrust, "no certificate is pinned for this host"));
         return;
     }
-    CurlOrigin& origin = originOf(*exchange->request().url);
-    auto transfer = std::make_unique<CurlTransfer>(exchange, origin, _sockets);
+    CurlOrigin& origin = originOf(url);
+    transfer->wait(origin);
     transfer->listedDeadline = transfer->deadline();
     origin.waiting.emplace(transfer->order(), transfer.get());
     _deadlines.emplace(transfer->listedDeadline, transfer.get());
-    _transfers.emplace(exchange.get(), std::move(transfer));
+    _transfers.insert(transfer);
 }
 
-CurlOrigin& CurlLoop::originOf(const URL& url) {
+const TrustStore& NetworkThread::trustFor(const URL& url) {
+    const ServerTrustPolicy* policy = _trust.policyFor(url);
+    return _trustStores.try_emplace(policy, policy).first->second;
+}
+
+CurlOrigin& NetworkThread::originOf(const URL& url) {
     const std::string scheme = url.scheme();
     CurlOrigin& origin =
         _origins[scheme + "://" + url.host() + ':' + std::to_string(url.port().value_or(0))];
@@ -181,7 +169,7 @@ CurlOrigin& CurlLoop::originOf(const URL& url) {
 }
 
 /// Hands libcurl what waits, as far as there is room.
-void CurlLoop::sendWaiting() {
+void NetworkThread::sendWaiting() {
     for (auto entry = _origins.begin(); entry != _origins.end();) {
         CurlOrigin& origin = entry->second;
         for (std::size_t room = origin.room(_limits.connectionsPerHost);
@@ -193,26 +181,25 @@ void CurlLoop::sendWaiting() {
     }
 }
 
-void CurlLoop::send(CurlTransfer& transfer) {
-    CurlOrigin& origin = transfer.origin();
-    if (!transfer.open(_trust, _cookies) ||
+void NetworkThread::send(CurlTransfer& transfer) {
+    if (!transfer.arm(trustFor(*transfer.request().url), _cookies, _sockets) ||
         curl_multi_add_handle(_multi, transfer.easy()) != CURLM_OK) {
         finish(transfer, transfer.outcome(CURLE_OUT_OF_MEMORY));
         return;
     }
+    CurlOrigin& origin = transfer.origin();
     origin.waiting.erase(transfer.order());
     ++origin.inFlight;
-    _begun.push_back(&transfer);
 }
 
-bool CurlLoop::hasSendable() const {
+bool NetworkThread::hasSendable() const {
     return std::any_of(_origins.begin(), _origins.end(), [this](const auto& entry) {
         const CurlOrigin& origin = entry.second;
         return !origin.waiting.empty() && origin.room(_limits.connectionsPerHost) > 0;
     });
 }
 
-void CurlLoop::finishDone() {
+void NetworkThread::finishDone() {
     int left = 0;
     while (const CURLMsg* message = curl_multi_info_read(_multi, &left)) {
         if (message->msg == CURLMSG_DONE) {
@@ -227,14 +214,14 @@ void CurlLoop::finishDone() {
 }
 
 /// On another connection: each refused one has been closed, so there is an end to it.
-void CurlLoop::sendAgain(CurlTransfer& transfer) {
+void NetworkThread::sendAgain(CurlTransfer& transfer) {
     curl_multi_remove_handle(_multi, transfer.easy());
     if (curl_multi_add_handle(_multi, transfer.easy()) != CURLM_OK) {
         finish(transfer, transfer.outcome(CURLE_OUT_OF_MEMORY));
     }
 }
 
-void CurlLoop::finishOverdue() {
+void NetworkThread::finishOverdue() {
     const auto now = CurlTransfer::Clock::now();
     while (!_deadlines.empty() && _deadlines.begin()->first <= now) {
         CurlTransfer& transfer = *_deadlines.begin()->second;
@@ -245,38 +232,36 @@ void CurlLoop::finishOverdue() {
             _deadlines.emplace(transfer.listedDeadline, &transfer);
             continue;
         }
-        if (transfer.easy() != nullptr) {
-            transfer.distrustConnection();
-        }
+        transfer.distrustConnection();
         CurlTransfer::Outcome outcome;
         outcome.error = httpError(HTTPErrorCode::TimedOut, "the request timed out");
         finish(transfer, std::move(outcome));
     }
 }
 
-/// libcurl is done with the transfer before the exchange hears of it: what follows is the
-/// observer's. What is left of it goes when that has been sent.
-void CurlLoop::finish(CurlTransfer& transfer, CurlTransfer::Outcome outcome) {
-    const std::shared_ptr<CurlExchange> exchange = transfer.exchange();
+/// libcurl is done with the transfer before its observer hears of the end.
+void NetworkThread::finish(CurlTransfer& transfer, CurlTransfer::Outcome outcome) {
+    const std::shared_ptr<CurlTransfer> kept = transfer.shared_from_this();
     if (CurlOrigin& origin = transfer.origin(); origin.waiting.erase(transfer.order()) == 0) {
         curl_multi_remove_handle(_multi, transfer.easy());
         --origin.inFlight;
     }
     _deadlines.erase({transfer.listedDeadline, &transfer});
-    std::erase(_begun, &transfer);
-    _ended.push_back(std::move(_transfers.extract(exchange.get()).mapped()));
-    CurlTransfer::conclude(*exchange, std::move(outcome));
-}
-
-void CurlLoop::finishAll(const Error& error) {
-    while (!_transfers.empty()) {
-        CurlTransfer::Outcome outcome;
-        outcome.error = error;
-        finish(*_transfers.begin()->second, std::move(outcome));
+    _transfers.erase(kept);
+    if (transfer.goOn(std::move(outcome))) {
+        enqueue(kept);
     }
 }
 
-int CurlLoop::pollTimeout() const {
+void NetworkThread::finishAll(const Error& error) {
+    while (!_transfers.empty()) {
+        CurlTransfer::Outcome outcome;
+        outcome.error = error;
+        finish(**_transfers.begin(), std::move(outcome));
+    }
+}
+
+int NetworkThread::pollTimeout() const {
     if (_deadlines.empty()) {
         return INT_MAX;
     }
@@ -290,13 +275,12 @@ int CurlLoop::pollTimeout() const {
 
 /// In place of a poll that failed, which says nothing of any transfer: what has come in meanwhile
 /// is taken up at the next turn, and what cannot be served any more times out.
-void CurlLoop::pause() const {
+void NetworkThread::pause() const {
     constexpr int longest = 10; // in milliseconds
     std::this_thread::sleep_for(std::chrono::milliseconds(std::min(pollTimeout(), longest)));
 }
 
-void CurlLoop::cleanUp() {
-    _ended.clear();
+void NetworkThread::cleanUp() {
     CURLM* multi = nullptr;
     {
         const std::lock_guard lock(_mutex);
