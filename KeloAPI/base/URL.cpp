@@ -1,4 +1,5 @@
 #include <KeloAPI/base/Contract.hpp>
+#include <KeloAPI/base/internal/Ascii.hpp>
 #include <KeloAPI/base/URL.hpp>
 
 #include <arpa/inet.h>
@@ -42,16 +43,6 @@ std::string_view view(const UriTextRangeA& range) {
         return {};
     }
     return {range.first, static_cast<std::size_t>(range.afterLast - range.first)};
-}
-
-char lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-std::string lowered(std::string_view text) {
-    std::string result(text);
-    std::transform(result.begin(), result.end(), result.begin(), lower);
-    return result;
 }
 
 /// True for what resolvers take for a number, in lower case.
@@ -185,7 +176,7 @@ URL URL::fileURL(std::string_view path) {
 }
 
 std::string URL::scheme() const {
-    return lowered(schemeOf(_text));
+    return Ascii::lower(schemeOf(_text));
 }
 
 std::string URL::host() const {
@@ -197,7 +188,7 @@ std::string URL::host() const {
     if (data.ipFuture.first != nullptr) {
         return {};
     }
-    std::string name = lowered(view(uri->hostText));
+    std::string name = Ascii::lower(view(uri->hostText));
     if (data.ip4 != nullptr) {
         return name;
     }

@@ -14,17 +14,14 @@ KLBylineParser::~KLBylineParser() = default;
 
 std::shared_ptr<KLByline> KLBylineParser::parse(const JsonObject& json) const {
     const auto [body, entities, iconUrl] = json.values("body", "entities", "iconUrl");
-    auto byline = std::make_shared<KLByline>(requiredText(body, "body"));
+    auto byline = std::make_shared<KLByline>(required(textOf(body), "body"));
     if (byline->text().empty()) {
         throw JsonParseError(JsonParseError::InsufficientData, "body");
     }
     if (const auto list = entities.objects()) {
         byline->entities = KLEntityParser(byline->text()).parseArray(*list, /*ignoreError=*/true);
     }
-    byline->iconUrl = urlOf(iconUrl);
-    if (!byline->iconUrl) {
-        throw JsonParseError(JsonParseError::InsufficientData, "iconUrl");
-    }
+    byline->iconUrl = required(urlOf(iconUrl), "iconUrl");
     return byline;
 }
 

@@ -58,30 +58,29 @@ KLChannelParser::KLChannelParser(std::shared_ptr<const TimelineParser> timelineP
 KLChannelParser::~KLChannelParser() = default;
 
 std::shared_ptr<KLChannel> KLChannelParser::parse(const JsonObject& json) const {
-    const auto values =
+    const auto [channelId, channelName, fontColor, backgroundColor, createdText, iconUrl,
+                iconRetinaUrl, exploreIconRetinaUrl, following, timelineData, showRecent,
+                description, vanityUrl] =
         json.values("channelId", "channel", "fontColor", "backgroundColor", "created",
                     "iconFullUrl", "retinaIconFullUrl", "exploreRetinaIconFullUrl", "following",
                     "timeline", "showRecent", "description", "vanityUrl");
-    auto id = parseId(values[0]);
-    if (!id) {
-        throw JsonParseError(JsonParseError::InsufficientData, "channelId");
-    }
-    auto channel = std::make_shared<KLChannel>(*std::move(id), requiredText(values[1], "channel"),
-                                               textOf(values[2]).value_or(black),
-                                               textOf(values[3]).value_or(black));
-    if (const auto created = values[4].text()) {
+    auto id = required(parseId(channelId), "channelId");
+    auto channel = std::make_shared<KLChannel>(
+        std::move(id), required(textOf(channelName), "channel"), textOf(fontColor).value_or(black),
+        textOf(backgroundColor).value_or(black));
+    if (const auto created = createdText.text()) {
         channel->created = dateFormatter().date(*created);
     }
-    channel->iconUrl = urlOf(values[5]);
-    channel->iconRetinaUrl = urlOf(values[6]);
-    channel->exploreIconRetinaUrl = urlOf(values[7]);
-    channel->following = values[8].boolean().value_or(false);
-    if (const auto timeline = values[9].object(); timeline && _timelineParser) {
+    channel->iconUrl = urlOf(iconUrl);
+    channel->iconRetinaUrl = urlOf(iconRetinaUrl);
+    channel->exploreIconRetinaUrl = urlOf(exploreIconRetinaUrl);
+    channel->following = following.boolean().value_or(false);
+    if (const auto timeline = timelineData.object(); timeline && _timelineParser) {
         channel->timelineData = _timelineParser->parse(*timeline);
     }
-    channel->showRecent = values[10].boolean().value_or(false);
-    channel->channelDescription = textOf(values[11]);
-    channel->vanityPathSuffix = textOf(values[12]);
+    channel->showRecent = showRecent.boolean().value_or(false);
+    channel->channelDescription = textOf(description);
+    channel->vanityPathSuffix = textOf(vanityUrl);
     return channel;
 }
 

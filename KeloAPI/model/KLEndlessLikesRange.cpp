@@ -1,18 +1,7 @@
 #include <KeloAPI/model/KLEndlessLikesRange.hpp>
+#include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
 namespace KeloAPI {
-
-namespace {
-
-double required(const JsonValue& value, const char* key) {
-    const auto number = value.real();
-    if (!number) {
-        throw JsonParseError(JsonParseError::InsufficientData, key);
-    }
-    return *number;
-}
-
-} // namespace
 
 KLEndlessLikesRange::KLEndlessLikesRange(double count, double start, double end, double level)
     : _count(count)
@@ -25,12 +14,13 @@ KLEndlessLikesRangeParser::~KLEndlessLikesRangeParser() = default;
 
 std::shared_ptr<KLEndlessLikesRange>
 KLEndlessLikesRangeParser::parse(const JsonObject& json) const {
-    const auto values = json.values("count", "startTime", "endTime", "level");
-    const double count = required(values[0], "count");
-    const double start = required(values[1], "startTime");
-    const double end = required(values[2], "endTime");
-    const double level = required(values[3], "level");
-    return std::make_shared<KLEndlessLikesRange>(count, start, end, level);
+    const auto [count, startTime, endTime, level] =
+        json.values("count", "startTime", "endTime", "level");
+    const double loops = required(count.real(), "count");
+    const double start = required(startTime.real(), "startTime");
+    const double end = required(endTime.real(), "endTime");
+    return std::make_shared<KLEndlessLikesRange>(loops, start, end,
+                                                 required(level.real(), "level"));
 }
 
 } // namespace KeloAPI

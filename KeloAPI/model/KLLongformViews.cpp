@@ -1,4 +1,5 @@
 #include <KeloAPI/model/KLLongformViews.hpp>
+#include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
 #include <utility>
 
@@ -13,15 +14,9 @@ KLLongformViewsParser::~KLLongformViewsParser() = default;
 
 std::shared_ptr<KLLongformViews> KLLongformViewsParser::parse(const JsonObject& json) const {
     const auto [longformId, count] = json.values("longformId", "count");
-    const auto id = longformId.text();
-    if (!id) {
-        throw JsonParseError(JsonParseError::InsufficientData, "longformId");
-    }
-    const auto views = count.integer();
-    if (!views) {
-        throw JsonParseError(JsonParseError::InsufficientData, "count");
-    }
-    return std::make_shared<KLLongformViews>(std::string(*id), *views);
+    const auto id = required(longformId.text(), "longformId");
+    const auto views = required(count.integer(), "count");
+    return std::make_shared<KLLongformViews>(std::string(id), views);
 }
 
 } // namespace KeloAPI

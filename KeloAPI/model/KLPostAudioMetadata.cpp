@@ -19,20 +19,20 @@ std::shared_ptr<KLPostAudioMetadata> KLPostAudioMetadata::fromJSON(const JsonObj
     if (!object || !id) {
         return nullptr;
     }
-    const auto values =
+    const auto [trackName, artistName, iTunesId, affiliateToken, hasTrackTimeline, albumArtUrl] =
         object->values("trackName", "artistName", "itunesId", "itunes_affiliate_token",
                        "hasAudioTrackTimeline", "albumArtUrl");
-    auto name = textOf(values[0]);
-    auto artist = textOf(values[1]);
+    auto name = textOf(trackName);
+    auto artist = textOf(artistName);
     if (!name || !artist) {
         return nullptr;
     }
     std::shared_ptr<KLPostAudioMetadata> audio(
         new KLPostAudioMetadata(*std::move(artist), *std::move(name), *std::move(id)));
-    audio->_iTunesId = values[2].number();
-    audio->_affiliateToken = textOf(values[3]);
-    audio->_hasTrackTimeline = values[4].boolean().value_or(false);
-    audio->albumArtUrl = urlOf(values[5]);
+    audio->_iTunesId = iTunesId.number();
+    audio->_affiliateToken = textOf(affiliateToken);
+    audio->_hasTrackTimeline = hasTrackTimeline.boolean().value_or(false);
+    audio->albumArtUrl = urlOf(albumArtUrl);
     return audio;
 }
 

@@ -1,4 +1,5 @@
 #include <KeloAPI/model/KLPostProcessStatus.hpp>
+#include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
 #include <string_view>
 
@@ -29,11 +30,8 @@ KLPostProcessStatusParser::~KLPostProcessStatusParser() = default;
 
 std::shared_ptr<KLPostProcessStatus>
 KLPostProcessStatusParser::parse(const JsonObject& json) const {
-    const auto state = json["state"].text();
-    if (!state) {
-        throw JsonParseError(JsonParseError::InsufficientData, "state");
-    }
-    return std::make_shared<KLPostProcessStatus>(stateNamed(*state));
+    const auto state = required(json["state"].text(), "state");
+    return std::make_shared<KLPostProcessStatus>(stateNamed(state));
 }
 
 } // namespace KeloAPI

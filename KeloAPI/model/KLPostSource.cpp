@@ -19,20 +19,21 @@ KLPostSource::KLPostSource(std::string postId, std::string userId)
 KLPostSource::~KLPostSource() = default;
 
 std::shared_ptr<KLPostSource> KLPostSource::fromJSON(const JsonObject& json) {
-    const auto values = json.values("postId", "contentType", "userId", "username", "description",
-                                    "thumbnailUrl", "avatarUrl");
-    auto postId = values[0].numberText();
-    auto userId = values[2].numberText();
+    const auto [postIdNumber, contentType, userIdNumber, username, caption, thumbnailUrl,
+                avatarUrl] = json.values("postId", "contentType", "userId", "username",
+                                         "description", "thumbnailUrl", "avatarUrl");
+    auto postId = postIdNumber.numberText();
+    auto userId = userIdNumber.numberText();
     if (!postId || !userId) {
         return nullptr;
     }
     std::shared_ptr<KLPostSource> source(new KLPostSource(*std::move(postId), *std::move(userId)));
     source->_contentType =
-        contentTypeOf(values[1].integer().value_or(0)).value_or(KLPostSourceContentType::Unknown);
-    source->_username = textOf(values[3]);
-    source->_caption = textOf(values[4]);
-    source->thumbnailUrl = urlOf(values[5]);
-    source->avatarUrl = urlOf(values[6]);
+        contentTypeOf(contentType.integer().value_or(0)).value_or(KLPostSourceContentType::Unknown);
+    source->_username = textOf(username);
+    source->_caption = textOf(caption);
+    source->thumbnailUrl = urlOf(thumbnailUrl);
+    source->avatarUrl = urlOf(avatarUrl);
     return source;
 }
 

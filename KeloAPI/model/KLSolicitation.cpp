@@ -19,7 +19,7 @@ std::shared_ptr<KLSolicitation> KLSolicitationParser::parse(const JsonObject& js
     if (type.text() != "solicitation") {
         throw JsonParseError(JsonParseError::IncorrectType, "type");
     }
-    return std::make_shared<KLSolicitation>(requiredText(reference, "reference"),
+    return std::make_shared<KLSolicitation>(required(textOf(reference), "reference"),
                                             closeable.boolean(), textOf(closeUrlPath));
 }
 

@@ -39,15 +39,9 @@ std::shared_ptr<KLTag> KLTag::initWithCoder(KeyedUnarchiver& coder) {
 std::shared_ptr<KLTag> KLTagParser::parse(const JsonObject& json) const {
     const auto [tagName, tag, tagId, postCount] =
         json.values("tagName", "tag", "tagId", "postCount");
-    auto name = tagName.text() ? textOf(tagName) : textOf(tag);
-    if (!name) {
-        throw JsonParseError(JsonParseError::InsufficientData, "tag");
-    }
-    auto id = parseId(tagId);
-    if (!id) {
-        throw JsonParseError(JsonParseError::InsufficientData, "tagId");
-    }
-    auto made = std::make_shared<KLTag>(*std::move(id), *std::move(name));
+    auto name = required(tagName.text() ? textOf(tagName) : textOf(tag), "tag");
+    auto id = required(parseId(tagId), "tagId");
+    auto made = std::make_shared<KLTag>(std::move(id), std::move(name));
     made->count = postCount.integer().value_or(0);
     return made;
 }

@@ -27,20 +27,19 @@ std::shared_ptr<KLUrlAction> KLUrlActionParser::parse(const JsonObject& json) co
     if (json["type"].text() != "urlAction") {
         throw JsonParseError(JsonParseError::IncorrectType, "type");
     }
-    const auto values = json.values("reference", "title", "actionTitle", "actionLink", "closeable",
-                                    "backgroundImage", "backgroundVideo", "description",
-                                    "actionIcon", "closeUrlPath");
-    auto reference = requiredText(values[0], "reference");
-    auto title = requiredText(values[1], "title");
-    auto actionTitle = requiredText(values[2], "actionTitle");
-    auto actionUrl = urlOf(values[3]);
-    if (!actionUrl) {
-        throw JsonParseError(JsonParseError::InsufficientData, "actionLink");
-    }
-    return std::make_shared<KLUrlAction>(std::move(reference), std::move(title),
-                                         std::move(actionTitle), *std::move(actionUrl),
-                                         values[4].boolean(), urlOf(values[5]), urlOf(values[6]),
-                                         textOf(values[7]), urlOf(values[8]), textOf(values[9]));
+    const auto [referenceText, titleText, actionTitleText, actionLink, closeable, backgroundImage,
+                backgroundVideo, description, actionIcon, closeUrlPath] =
+        json.values("reference", "title", "actionTitle", "actionLink", "closeable",
+                    "backgroundImage", "backgroundVideo", "description", "actionIcon",
+                    "closeUrlPath");
+    auto reference = required(textOf(referenceText), "reference");
+    auto title = required(textOf(titleText), "title");
+    auto actionTitle = required(textOf(actionTitleText), "actionTitle");
+    auto actionUrl = required(urlOf(actionLink), "actionLink");
+    return std::make_shared<KLUrlAction>(
+        std::move(reference), std::move(title), std::move(actionTitle), std::move(actionUrl),
+        closeable.boolean(), urlOf(backgroundImage), urlOf(backgroundVideo), textOf(description),
+        urlOf(actionIcon), textOf(closeUrlPath));
 }
 
 } // namespace KeloAPI

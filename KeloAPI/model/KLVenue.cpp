@@ -99,8 +99,8 @@ KLFoursquareVenueParser::~KLFoursquareVenueParser() = default;
 std::shared_ptr<KLVenue> KLVenueParser::parse(const JsonObject& json) const {
     const auto [id, name, address, city, state] =
         json.values("foursquareVenueId", "venueName", "venueAddress", "venueCity", "venueState");
-    auto venue = std::make_shared<KLVenue>(requiredText(id, "foursquareVenueId"),
-                                           requiredText(name, "venueName"));
+    auto venue = std::make_shared<KLVenue>(required(textOf(id), "foursquareVenueId"),
+                                           required(textOf(name), "venueName"));
     venue->address = textOf(address);
     venue->city = textOf(city);
     venue->state = textOf(state);
@@ -111,7 +111,8 @@ std::shared_ptr<KLVenue> KLVenueParser::parse(const JsonObject& json) const {
 std::shared_ptr<KLVenue> KLFoursquareVenueParser::parse(const JsonObject& json) const {
     const auto [id, name, location, categories] =
         json.values("id", "name", "location", "categories");
-    auto venue = std::make_shared<KLVenue>(requiredText(id, "id"), requiredText(name, "name"));
+    auto venue =
+        std::make_shared<KLVenue>(required(textOf(id), "id"), required(textOf(name), "name"));
     if (const auto place = location.object()) {
         setLocation(*venue, *place);
     }

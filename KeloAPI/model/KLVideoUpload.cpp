@@ -1,4 +1,5 @@
 #include <KeloAPI/model/KLVideoUpload.hpp>
+#include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
 #include <utility>
 
@@ -9,11 +10,8 @@ namespace {
 std::shared_ptr<KLVideoUploadProcessingInfo> processingInfoOf(const JsonObject& json) {
     const auto [state, progressPercent, checkAfterSecs] =
         json.values("state", "progressPercent", "checkAfterSecs");
-    const auto known = videoUploadProcessingStateOf(state.text().value_or(""));
-    if (!known) {
-        throw JsonParseError(JsonParseError::InsufficientData, "state");
-    }
-    auto info = std::make_shared<KLVideoUploadProcessingInfo>(*known);
+    const auto known = required(videoUploadProcessingStateOf(state.text().value_or("")), "state");
+    auto info = std::make_shared<KLVideoUploadProcessingInfo>(known);
     info->progressPercent = progressPercent.real();
     info->checkAfterSeconds = checkAfterSecs.real();
     return info;
@@ -30,11 +28,8 @@ KLVideoUploadParser::~KLVideoUploadParser() = default;
 std::shared_ptr<KLVideoUpload> KLVideoUploadParser::parse(const JsonObject& json) const {
     const auto [mediaId, expiresAfterSecs, size, processingInfo] =
         json.values("mediaId", "expiresAfterSecs", "size", "processingInfo");
-    auto id = parseId(mediaId);
-    if (!id) {
-        throw JsonParseError(JsonParseError::InsufficientData, "mediaId");
-    }
-    auto upload = std::make_shared<KLVideoUpload>(*std::move(id));
+    auto id = required(parseId(mediaId), "mediaId");
+    auto upload = std::make_shared<KLVideoUpload>(std::move(id));
     if (const auto seconds = expiresAfterSecs.real()) {
         upload->expireDate = dateSinceNow(*seconds);
     }

@@ -2,6 +2,7 @@
 #include <KeloAPI/archive/KeyedUnarchiver.hpp>
 #include <KeloAPI/base/Contract.hpp>
 #include <KeloAPI/model/LoopData.hpp>
+#include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
 #include <chrono>
 
@@ -58,15 +59,9 @@ LoopDataParser::~LoopDataParser() = default;
 std::shared_ptr<LoopData> LoopDataParser::parse(const JsonObject& json) const {
     const auto [count, velocity, created, onFire] =
         json.values("count", "velocity", "created", "onFire");
-    const auto loops = count.number();
-    if (!loops) {
-        throw JsonParseError(JsonParseError::InsufficientData, "count");
-    }
-    const auto rate = velocity.number();
-    if (!rate) {
-        throw JsonParseError(JsonParseError::InsufficientData, "velocity");
-    }
-    auto data = std::make_shared<LoopData>(*loops, *rate);
+    const auto loops = required(count.number(), "count");
+    const auto rate = required(velocity.number(), "velocity");
+    auto data = std::make_shared<LoopData>(loops, rate);
     if (const auto text = created.text()) {
         if (const auto date = dateFormatter().date(*text)) {
             data->created = *date;

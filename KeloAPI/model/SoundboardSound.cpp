@@ -1,6 +1,7 @@
 #include <KeloAPI/archive/KeyedArchiver.hpp>
 #include <KeloAPI/archive/KeyedUnarchiver.hpp>
 #include <KeloAPI/model/SoundboardSound.hpp>
+#include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
 #include <utility>
 
@@ -41,15 +42,12 @@ SoundboardSoundParser::~SoundboardSoundParser() = default;
 std::shared_ptr<SoundboardSound> SoundboardSoundParser::parse(const JsonObject& json) const {
     const auto [soundId, sourcePostId, name, soundUrl, featured] =
         json.values("soundId", "sourcePostId", "name", "soundUrl", "featured");
-    auto id = parseId(soundId);
-    if (!id) {
-        throw JsonParseError(JsonParseError::InsufficientData, "soundId");
-    }
+    auto id = required(parseId(soundId), "soundId");
     auto source = parseId(sourcePostId);
     if (source && source->empty()) {
         source.reset();
     }
-    return std::make_shared<SoundboardSound>(std::string(name.text().value_or("")), *std::move(id),
+    return std::make_shared<SoundboardSound>(std::string(name.text().value_or("")), std::move(id),
                                              soundUrl.text().value_or(""),
                                              featured.boolean().value_or(false), std::move(source));
 }

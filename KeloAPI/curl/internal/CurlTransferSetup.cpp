@@ -1,9 +1,9 @@
+#include <KeloAPI/base/internal/Ascii.hpp>
 #include <KeloAPI/curl/internal/CurlOptions.hpp>
 #include <KeloAPI/curl/internal/CurlSockets.hpp>
 #include <KeloAPI/curl/internal/CurlTransfer.hpp>
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 
 namespace KeloAPI {
@@ -12,14 +12,8 @@ namespace {
 
 /// The framing of the message is the transport's own business.
 bool isFramingField(std::string_view name) {
-    constexpr std::array<std::string_view, 2> framing = {"Content-Length", "Transfer-Encoding"};
-    const HeaderNameLess less;
-    for (const std::string_view field : framing) {
-        if (!less(name, field) && !less(field, name)) {
-            return true;
-        }
-    }
-    return false;
+    return Ascii::equalsIgnoringCase(name, "Content-Length") ||
+           Ascii::equalsIgnoringCase(name, "Transfer-Encoding");
 }
 
 /// How much of a body libcurl takes at a time: more than its usual 64 KiB makes a large body

@@ -1,3 +1,4 @@
+#include <KeloAPI/base/internal/Ascii.hpp>
 #include <KeloAPI/curl/internal/Redirect.hpp>
 #include <KeloAPI/http/HTTPError.hpp>
 
@@ -17,11 +18,9 @@ bool becomesGet(int statusCode, Method method) {
 
 void dropBody(URLRequest& request) {
     request.body.reset();
-    const HeaderNameLess less;
-    constexpr std::string_view prefix = "Content-";
-    std::erase_if(request.headerFields, [&](const auto& field) {
-        const std::string_view start = std::string_view(field.first).substr(0, prefix.size());
-        return !less(start, prefix) && !less(prefix, start);
+    static constexpr std::string_view prefix = "Content-";
+    std::erase_if(request.headerFields, [](const auto& field) {
+        return Ascii::equalsIgnoringCase(field.first.substr(0, prefix.size()), prefix);
     });
 }
 

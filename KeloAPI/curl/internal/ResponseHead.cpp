@@ -1,3 +1,4 @@
+#include <KeloAPI/base/internal/Ascii.hpp>
 #include <KeloAPI/curl/internal/ResponseHead.hpp>
 
 #include <algorithm>
@@ -8,21 +9,6 @@ namespace KeloAPI {
 namespace {
 
 constexpr std::size_t longestHead = 256UL * 1024;
-
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view blanks = " \t\r\n";
-    const auto first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos) {
-        return {};
-    }
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
-
-/// Tokens are compared as names of fields are.
-bool isToken(std::string_view text, std::string_view token) {
-    const HeaderNameLess less;
-    return !less(text, token) && !less(token, text);
-}
 
 } // namespace
 
@@ -35,8 +21,8 @@ ResponseHead::Progress ResponseHead::take(std::string_view line) {
         return Progress::Unfinished;
     }
     if (line.starts_with("HTTP/")) {
-        begin(trimmed(line));
-    } else if (!trimmed(line).empty()) {
+        begin(Ascii::trimmed(line));
+    } else if (!Ascii::trimmed(line).empty()) {
         takeField(line);
     } else if (_statusCode >= 200 || _statusCode == 101) {
         _finished = true;
@@ -51,7 +37,7 @@ void ResponseHead::begin(std::string_view statusLine) {
     _lastValue = nullptr;
     const auto blank = statusLine.find(' ');
     if (blank != std::string_view::npos) {
-        const std::string_view code = trimmed(statusLine.substr(blank));
+        const std::string_view code = Ascii::trimmed(statusLine.substr(blank));
         std::from_chars(code.data(), code.data() + code.size(), _statusCode);
     }
 }
@@ -60,7 +46,7 @@ void ResponseHead::takeField(std::string_view line) {
     const bool continued = line.front() == ' ' || line.front() == '\t';
     if (continued) {
         if (_lastValue != nullptr) {
-            _lastValue->append(" ").append(trimmed(line));
+            _lastValue->append(" ").append(Ascii::trimmed(line));
         }
         return;
     }
@@ -68,9 +54,9 @@ void ResponseHead::takeField(std::string_view line) {
     if (colon == std::string_view::npos) {
         return;
     }
-    const std::string_view value = trimmed(line.substr(colon + 1));
+    const std::string_view value = Ascii::trimmed(line.substr(colon + 1));
     const auto [at, isNew] =
-        _fields.try_emplace(std::string(trimmed(line.substr(0, colon))), value);
+        _fields.try_emplace(std::string(Ascii::trimmed(line.substr(0, colon))), value);
     if (!isNew) {
         at->second.append(", ").append(value);
     }
@@ -83,12 +69,13 @@ ResponseHead::ContentCoding ResponseHead::contentCoding() const {
     auto coding = ContentCoding::None;
     while (!list.empty()) {
         const auto end = std::min(list.find(','), list.size());
-        const std::string_view name = trimmed(list.substr(0, end));
+        const std::string_view name = Ascii::trimmed(list.substr(0, end));
         list.remove_prefix(std::min(end + 1, list.size()));
-        if (name.empty() || isToken(name, "identity")) {
+        if (name.empty() || Ascii::equalsIgnoringCase(name, "identity")) {
             continue;
         }
-        const bool gzip = isToken(name, "gzip") || isToken(name, "x-gzip");
+        const bool gzip =
+            Ascii::equalsIgnoringCase(name, "gzip") || Ascii::equalsIgnoringCase(name, "x-gzip");
         coding = gzip && coding == ContentCoding::None ? ContentCoding::Gzip : ContentCoding::Other;
     }
     return coding;

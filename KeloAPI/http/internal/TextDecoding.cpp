@@ -1,3 +1,4 @@
+#include <KeloAPI/base/internal/Ascii.hpp>
 #include <KeloAPI/http/internal/TextDecoding.hpp>
 
 #include <iconv.h>
@@ -10,22 +11,6 @@
 namespace KeloAPI {
 
 namespace {
-
-std::string lowered(std::string_view text) {
-    std::string result(text);
-    for (char& c : result) {
-        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    }
-    return result;
-}
-
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view blank = " \t";
-    const auto first = text.find_first_not_of(blank);
-    return first == std::string_view::npos
-               ? std::string_view()
-               : text.substr(first, text.find_last_not_of(blank) - first + 1);
-}
 
 /// Whether the converter would take `name` as it stands. Behind a slash it takes options, with
 /// which a server could make it drop bytes; other characters it passes over, and takes the locale's
@@ -48,13 +33,13 @@ std::string charsetOf(std::string_view contentType) {
     while (semicolon != std::string_view::npos) {
         contentType.remove_prefix(semicolon + 1);
         semicolon = contentType.find(';');
-        const std::string_view parameter = trimmed(contentType.substr(0, semicolon));
+        const std::string_view parameter = Ascii::trimmed(contentType.substr(0, semicolon));
         const auto equals = parameter.find('=');
         if (equals == std::string_view::npos ||
-            lowered(trimmed(parameter.substr(0, equals))) != "charset") {
+            !Ascii::equalsIgnoringCase(Ascii::trimmed(parameter.substr(0, equals)), "charset")) {
             continue;
         }
-        std::string_view value = trimmed(parameter.substr(equals + 1));
+        std::string_view value = Ascii::trimmed(parameter.substr(equals + 1));
         if (value.size() >= 2 && value.starts_with('"') && value.ends_with('"')) {
             value = value.substr(1, value.size() - 2);
         }

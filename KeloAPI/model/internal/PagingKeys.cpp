@@ -4,21 +4,23 @@
 namespace KeloAPI {
 
 PagingKeys::PagingKeys(const JsonObject& json) {
-    const auto values = json.values("count", "nextPage", "previousPage", "size", "nextAfter",
-                                    "title", "anchor", "backAnchor", "channel", "displayCount");
-    count = values[0].integer();
-    nextPage = values[1].integer();
-    previousPage = values[2].integer();
-    size = values[3].integer();
-    nextAfter = values[4].integer();
-    title = textOf(values[5]);
-    anchor = textOf(values[6]);
+    const auto [countValue, nextPageValue, previousPageValue, sizeValue, nextAfterValue, titleValue,
+                anchorValue, backAnchorValue, channelValue, displayCountValue] =
+        json.values("count", "nextPage", "previousPage", "size", "nextAfter", "title", "anchor",
+                    "backAnchor", "channel", "displayCount");
+    count = countValue.integer();
+    nextPage = nextPageValue.integer();
+    previousPage = previousPageValue.integer();
+    size = sizeValue.integer();
+    nextAfter = nextAfterValue.integer();
+    title = textOf(titleValue);
+    anchor = textOf(anchorValue);
     if (!anchor) {
-        anchor = values[6].numberText();
+        anchor = anchorValue.numberText();
     }
-    backAnchor = textOf(values[7]);
-    channel = values[8];
-    displayCount = values[9].integer();
+    backAnchor = textOf(backAnchorValue);
+    channel = channelValue;
+    displayCount = displayCountValue.integer();
 }
 
 } // namespace KeloAPI

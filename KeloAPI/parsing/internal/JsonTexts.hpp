@@ -2,9 +2,11 @@
 
 #include <KeloAPI/base/URL.hpp>
 #include <KeloAPI/json/Json.hpp>
+#include <KeloAPI/parsing/JsonParseError.hpp>
 
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace KeloAPI {
 
@@ -14,7 +16,13 @@ std::optional<std::string> textOf(const JsonValue& value);
 /// A value that is the text of a URL; absent for any other.
 std::optional<URL> urlOf(const JsonValue& value);
 
-/// A value that must be text: `JsonParseError::InsufficientData` at `key`, a constant, otherwise.
-std::string requiredText(const JsonValue& value, const char* key);
+/// What must be there: `JsonParseError::InsufficientData` at `key`, a constant, where it is absent.
+template <class T>
+T required(std::optional<T> value, const char* key) {
+    if (!value) {
+        throw JsonParseError(JsonParseError::InsufficientData, key);
+    }
+    return *std::move(value);
+}
 
 } // namespace KeloAPI
