@@ -46,8 +46,6 @@ KLVideoUrlBitrateSetting::~KLVideoUrlBitrateSetting() = default;
 KLVideoUrlBitrateSettingParser::KLVideoUrlBitrateSettingParser(std::string identifier)
     : _identifier(std::move(identifier)) {}
 
-KLVideoUrlBitrateSettingParser::~KLVideoUrlBitrateSettingParser() = default;
-
 std::shared_ptr<KLVideoUrlBitrateSetting>
 KLVideoUrlBitrateSettingParser::parse(const JsonObject& json) const {
     const auto [videoUrl, format, rate, id] = json.values("videoUrl", "format", "rate", "id");

@@ -18,7 +18,6 @@ public:
     KLVideoUrlBitrateSetting(URL remoteUrl, std::string format,
                              std::optional<std::string> identifier, double minBitrate,
                              std::optional<std::string> version);
-    KLVideoUrlBitrateSetting() = delete;
     ~KLVideoUrlBitrateSetting() override;
 
     /// "videoUrl": where the file is fetched.
@@ -51,7 +50,6 @@ class KELO_API KLVideoUrlBitrateSettingParser final : public JsonParser<KLVideoU
 public:
     /// `identifier` becomes that of every setting made.
     explicit KLVideoUrlBitrateSettingParser(std::string identifier);
-    ~KLVideoUrlBitrateSettingParser() override;
 
     const std::string& identifier() const { return _identifier; }
     std::shared_ptr<KLVideoUrlBitrateSetting> parse(const JsonObject& json) const override;

@@ -10,7 +10,6 @@ KLByline::KLByline(std::string text)
     : _text(std::move(text)) {}
 
 KLByline::~KLByline() = default;
-KLBylineParser::~KLBylineParser() = default;
 
 std::shared_ptr<KLByline> KLBylineParser::parse(const JsonObject& json) const {
     const auto [body, entities, iconUrl] = json.values("body", "entities", "iconUrl");

@@ -18,7 +18,6 @@ class KLEntity;
 class KELO_API KLByline final : public Object {
 public:
     explicit KLByline(std::string text);
-    KLByline() = delete;
     ~KLByline() override;
 
     /// "body".
@@ -37,8 +36,6 @@ private:
 /// fail to parse are left out.
 class KELO_API KLBylineParser final : public JsonParser<KLByline> {
 public:
-    KLBylineParser() = default;
-    ~KLBylineParser() override;
     std::shared_ptr<KLByline> parse(const JsonObject& json) const override;
 };
 

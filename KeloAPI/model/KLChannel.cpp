@@ -55,8 +55,6 @@ std::shared_ptr<KLChannel> KLChannel::initWithCoder(KeyedUnarchiver& coder) {
 KLChannelParser::KLChannelParser(std::shared_ptr<const TimelineParser> timelineParser)
     : _timelineParser(std::move(timelineParser)) {}
 
-KLChannelParser::~KLChannelParser() = default;
-
 std::shared_ptr<KLChannel> KLChannelParser::parse(const JsonObject& json) const {
     const auto [channelId, channelName, fontColor, backgroundColor, createdText, iconUrl,
                 iconRetinaUrl, exploreIconRetinaUrl, following, timelineData, showRecent,

@@ -83,7 +83,6 @@ public:
     /// `timelineParser` reads "timeline", and what it throws is thrown on; null leaves that key
     /// unread.
     explicit KLChannelParser(std::shared_ptr<const TimelineParser> timelineParser = nullptr);
-    ~KLChannelParser() override;
     std::shared_ptr<KLChannel> parse(const JsonObject& json) const override;
 
 private:

@@ -3,7 +3,6 @@
 namespace KeloAPI {
 
 KLEmpty::~KLEmpty() = default;
-KLEmptyParser::~KLEmptyParser() = default;
 
 std::shared_ptr<KLEmpty> KLEmptyParser::parse(const JsonObject&) const {
     return std::make_shared<KLEmpty>();

@@ -18,8 +18,6 @@ public:
 /// Makes a `KLEmpty` of whatever it is given. Never throws.
 class KELO_API KLEmptyParser final : public JsonParser<KLEmpty> {
 public:
-    KLEmptyParser() = default;
-    ~KLEmptyParser() override;
     std::shared_ptr<KLEmpty> parse(const JsonObject& json) const override;
 };
 

@@ -10,7 +10,6 @@ KLEndlessLikesRange::KLEndlessLikesRange(double count, double start, double end,
     , _level(level) {}
 
 KLEndlessLikesRange::~KLEndlessLikesRange() = default;
-KLEndlessLikesRangeParser::~KLEndlessLikesRangeParser() = default;
 
 std::shared_ptr<KLEndlessLikesRange>
 KLEndlessLikesRangeParser::parse(const JsonObject& json) const {

@@ -12,7 +12,6 @@ namespace KeloAPI {
 class KELO_API KLEndlessLikesRange final : public Object {
 public:
     KLEndlessLikesRange(double count, double start, double end, double level);
-    KLEndlessLikesRange() = delete;
     ~KLEndlessLikesRange() override;
 
     /// "count".
@@ -34,8 +33,6 @@ private:
 /// Needs all four keys as numbers (`InsufficientData`).
 class KELO_API KLEndlessLikesRangeParser final : public JsonParser<KLEndlessLikesRange> {
 public:
-    KLEndlessLikesRangeParser() = default;
-    ~KLEndlessLikesRangeParser() override;
     std::shared_ptr<KLEndlessLikesRange> parse(const JsonObject& json) const override;
 };
 

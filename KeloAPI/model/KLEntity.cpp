@@ -95,8 +95,6 @@ KLEntityParser::KLEntityParser(std::string_view text) {
     }
 }
 
-KLEntityParser::~KLEntityParser() = default;
-
 std::int64_t KLEntityParser::utf16Offset(std::int64_t codePoints) const {
     const auto pairsBefore =
         std::lower_bound(_pairs.begin(), _pairs.end(), codePoints) - _pairs.begin();

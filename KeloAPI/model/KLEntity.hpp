@@ -24,7 +24,6 @@ public:
     /// Stores everything as given.
     KLEntity(std::optional<std::string> idString, std::optional<std::string> type,
              std::string title, std::string link, Range range);
-    KLEntity() = delete;
     ~KLEntity() override;
 
     /// "id", sent as text or as a number.
@@ -65,8 +64,6 @@ class KELO_API KLEntityParser final : public JsonParser<KLEntity> {
 public:
     /// For the entities of this text, in UTF-8.
     explicit KLEntityParser(std::string_view text);
-    KLEntityParser() = delete;
-    ~KLEntityParser() override;
     std::shared_ptr<KLEntity> parse(const JsonObject& json) const override;
 
 private:

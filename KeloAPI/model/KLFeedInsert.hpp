@@ -11,7 +11,6 @@ namespace KeloAPI {
 class KELO_API KLFeedInsert : public Object {
 public:
     KLFeedInsert(std::string reference, bool closeable);
-    KLFeedInsert() = delete;
     ~KLFeedInsert() override;
 
     /// "reference": the service's name of the insert.

@@ -5,7 +5,6 @@
 namespace KeloAPI {
 
 KLLike::~KLLike() = default;
-LikeParser::~LikeParser() = default;
 
 std::shared_ptr<KLLike> LikeParser::parse(const JsonObject& json) const {
     auto like = std::make_shared<KLLike>();

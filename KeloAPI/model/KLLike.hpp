@@ -28,8 +28,6 @@ public:
 /// Never throws. An object without "likeId" stops the process.
 class KELO_API LikeParser final : public JsonParser<KLLike> {
 public:
-    LikeParser() = default;
-    ~LikeParser() override;
     std::shared_ptr<KLLike> parse(const JsonObject& json) const override;
 };
 

@@ -11,7 +11,6 @@ KLLongform::KLLongform(std::string longformId, URL url, double duration)
     , _duration(duration) {}
 
 KLLongform::~KLLongform() = default;
-KLLongformParser::~KLLongformParser() = default;
 
 std::shared_ptr<KLLongform> KLLongformParser::parse(const JsonObject& json) const {
     const auto [longformId, videoUrl, duration, thumbnailUrl, aspectRatio] =

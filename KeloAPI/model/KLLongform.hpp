@@ -15,7 +15,6 @@ namespace KeloAPI {
 class KELO_API KLLongform final : public Object {
 public:
     KLLongform(std::string longformId, URL url, double duration);
-    KLLongform() = delete;
     ~KLLongform() override;
 
     /// "longformId".
@@ -42,8 +41,6 @@ private:
 /// (`InsufficientData`).
 class KELO_API KLLongformParser final : public JsonParser<KLLongform> {
 public:
-    KLLongformParser() = default;
-    ~KLLongformParser() override;
     std::shared_ptr<KLLongform> parse(const JsonObject& json) const override;
 };
 

@@ -10,7 +10,6 @@ KLLongformViews::KLLongformViews(std::string longformId, std::int64_t count)
     , _count(count) {}
 
 KLLongformViews::~KLLongformViews() = default;
-KLLongformViewsParser::~KLLongformViewsParser() = default;
 
 std::shared_ptr<KLLongformViews> KLLongformViewsParser::parse(const JsonObject& json) const {
     const auto [longformId, count] = json.values("longformId", "count");

@@ -14,7 +14,6 @@ namespace KeloAPI {
 class KELO_API KLLongformViews final : public Object {
 public:
     KLLongformViews(std::string longformId, std::int64_t count);
-    KLLongformViews() = delete;
     ~KLLongformViews() override;
 
     /// "longformId".
@@ -30,8 +29,6 @@ private:
 /// Needs "longformId" as text and "count" as a number (`InsufficientData`).
 class KELO_API KLLongformViewsParser final : public JsonParser<KLLongformViews> {
 public:
-    KLLongformViewsParser() = default;
-    ~KLLongformViewsParser() override;
     std::shared_ptr<KLLongformViews> parse(const JsonObject& json) const override;
 };
 

@@ -26,7 +26,6 @@ public:
     /// Null when "trackName" or "artistName" of "track" is missing or no text, or "trackId" missing
     /// or no number.
     static std::shared_ptr<KLPostAudioMetadata> fromJSON(const JsonObject& json);
-    KLPostAudioMetadata() = delete;
     ~KLPostAudioMetadata() override;
 
     /// "itunesId" of "track": the track's number in the music store; absent when missing or no

@@ -26,7 +26,6 @@ KLPostProcessStatus::KLPostProcessStatus(KLPostProcessStatusState state)
     : _state(state) {}
 
 KLPostProcessStatus::~KLPostProcessStatus() = default;
-KLPostProcessStatusParser::~KLPostProcessStatusParser() = default;
 
 std::shared_ptr<KLPostProcessStatus>
 KLPostProcessStatusParser::parse(const JsonObject& json) const {

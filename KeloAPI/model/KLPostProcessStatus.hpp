@@ -25,7 +25,6 @@ constexpr std::optional<KLPostProcessStatusState> postProcessStatusStateOf(std::
 class KELO_API KLPostProcessStatus final : public Object {
 public:
     explicit KLPostProcessStatus(KLPostProcessStatusState state);
-    KLPostProcessStatus() = delete;
     ~KLPostProcessStatus() override;
 
     /// "state", as "started", "completed" or "failed".
@@ -38,8 +37,6 @@ private:
 /// Needs "state" as text (`InsufficientData`), and as one of the three (`InvalidData`).
 class KELO_API KLPostProcessStatusParser final : public JsonParser<KLPostProcessStatus> {
 public:
-    KLPostProcessStatusParser() = default;
-    ~KLPostProcessStatusParser() override;
     std::shared_ptr<KLPostProcessStatus> parse(const JsonObject& json) const override;
 };
 

@@ -32,7 +32,6 @@ public:
 
     /// Null when "postId" or "userId" is missing or no number.
     static std::shared_ptr<KLPostSource> fromJSON(const JsonObject& json);
-    KLPostSource() = delete;
     ~KLPostSource() override;
 
     /// "postId" and "userId", as decimal text.

@@ -20,7 +20,6 @@ public:
     KLPostsMosaic(std::shared_ptr<KLPagedData> posts, std::string title, std::string description,
                   std::string link, std::string reference, bool closeable, KLPostsMosaicType type,
                   bool pinnable);
-    KLPostsMosaic() = delete;
     ~KLPostsMosaic() override;
 
     /// Never null.

@@ -5,7 +5,6 @@
 namespace KeloAPI {
 
 KLRekelo::~KLRekelo() = default;
-RekeloParser::~RekeloParser() = default;
 
 std::shared_ptr<KLRekelo> RekeloParser::parse(const JsonObject& json) const {
     auto rekelo = std::make_shared<KLRekelo>();

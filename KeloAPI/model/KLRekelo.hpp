@@ -30,8 +30,6 @@ public:
 /// Never throws. An object without "repostId" stops the process.
 class KELO_API RekeloParser final : public JsonParser<KLRekelo> {
 public:
-    RekeloParser() = default;
-    ~RekeloParser() override;
     std::shared_ptr<KLRekelo> parse(const JsonObject& json) const override;
 };
 

@@ -11,7 +11,6 @@ KLSolicitation::KLSolicitation(std::string reference, std::optional<bool> closea
     , _closeUrlPath(std::move(closeUrlPath)) {}
 
 KLSolicitation::~KLSolicitation() = default;
-KLSolicitationParser::~KLSolicitationParser() = default;
 
 std::shared_ptr<KLSolicitation> KLSolicitationParser::parse(const JsonObject& json) const {
     const auto [type, reference, closeable, closeUrlPath] =

@@ -16,7 +16,6 @@ public:
     /// An absent `closeable` is false.
     KLSolicitation(std::string reference, std::optional<bool> closeable,
                    std::optional<std::string> closeUrlPath);
-    KLSolicitation() = delete;
     ~KLSolicitation() override;
 
     /// "closeUrlPath": the path to call when the user dismisses the prompt.
@@ -30,8 +29,6 @@ private:
 /// text (`InsufficientData`).
 class KELO_API KLSolicitationParser final : public JsonParser<KLSolicitation> {
 public:
-    KLSolicitationParser() = default;
-    ~KLSolicitationParser() override;
     std::shared_ptr<KLSolicitation> parse(const JsonObject& json) const override;
 };
 

@@ -19,7 +19,6 @@ KLTag::KLTag(std::string name)
     : KLTag(std::string(), std::move(name)) {}
 
 KLTag::~KLTag() = default;
-KLTagParser::~KLTagParser() = default;
 
 std::string KLTag::nameWithoutHash() const {
     return _name.starts_with('#') ? _name.substr(1) : _name;

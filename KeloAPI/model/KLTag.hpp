@@ -21,7 +21,6 @@ public:
     KLTag(std::string tagId, std::string name);
     /// A tag that has no identifier yet: an empty one.
     explicit KLTag(std::string name);
-    KLTag() = delete;
     ~KLTag() override;
 
     /// "tagId", sent as text or as a number.
@@ -51,8 +50,6 @@ private:
 /// Needs "tagId" (text or number) and "tagName", or else "tag", as text (`InsufficientData`).
 class KELO_API KLTagParser final : public JsonParser<KLTag> {
 public:
-    KLTagParser() = default;
-    ~KLTagParser() override;
     std::shared_ptr<KLTag> parse(const JsonObject& json) const override;
 };
 

@@ -21,7 +21,6 @@ KLUrlAction::KLUrlAction(std::string reference, std::string title, std::string a
     , _closeUrlPath(std::move(closeUrlPath)) {}
 
 KLUrlAction::~KLUrlAction() = default;
-KLUrlActionParser::~KLUrlActionParser() = default;
 
 std::shared_ptr<KLUrlAction> KLUrlActionParser::parse(const JsonObject& json) const {
     if (json["type"].text() != "urlAction") {

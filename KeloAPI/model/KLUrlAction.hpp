@@ -19,7 +19,6 @@ public:
                 std::optional<bool> closeable, std::optional<URL> backgroundImage,
                 std::optional<URL> backgroundVideo, std::optional<std::string> details,
                 std::optional<URL> actionIcon, std::optional<std::string> closeUrlPath);
-    KLUrlAction() = delete;
     ~KLUrlAction() override;
 
     /// "title" and "actionTitle".
@@ -52,8 +51,6 @@ private:
 /// "title" and "actionTitle" as texts and "actionLink" as a URL (`InsufficientData`).
 class KELO_API KLUrlActionParser final : public JsonParser<KLUrlAction> {
 public:
-    KLUrlActionParser() = default;
-    ~KLUrlActionParser() override;
     std::shared_ptr<KLUrlAction> parse(const JsonObject& json) const override;
 };
 

@@ -16,7 +16,6 @@ public:
     /// `description` becomes the subtitle. `users` must not be null.
     KLUserMosaic(std::shared_ptr<KLPagedData> users, std::string title, std::string description,
                  std::string link, std::string reference, bool closeable);
-    KLUserMosaic() = delete;
     ~KLUserMosaic() override;
 
     /// Never null.

@@ -93,8 +93,6 @@ std::shared_ptr<KLVenue> KLVenue::initWithCoder(KeyedUnarchiver& coder) {
 }
 
 KLVenue::~KLVenue() = default;
-KLVenueParser::~KLVenueParser() = default;
-KLFoursquareVenueParser::~KLFoursquareVenueParser() = default;
 
 std::shared_ptr<KLVenue> KLVenueParser::parse(const JsonObject& json) const {
     const auto [id, name, address, city, state] =

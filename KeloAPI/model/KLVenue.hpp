@@ -20,7 +20,6 @@ class KLVenueCategory;
 class KELO_API KLVenue final : public Archivable {
 public:
     KLVenue(std::string foursquareVenueId, std::string name);
-    KLVenue() = delete;
     ~KLVenue() override;
 
     const std::string& foursquareVenueId() const { return _foursquareVenueId; }
@@ -55,8 +54,6 @@ private:
 /// "venueCategoryIconUrl". It tells of no country and no coordinates.
 class KELO_API KLVenueParser final : public JsonParser<KLVenue> {
 public:
-    KLVenueParser() = default;
-    ~KLVenueParser() override;
     std::shared_ptr<KLVenue> parse(const JsonObject& json) const override;
 };
 
@@ -66,8 +63,6 @@ public:
 /// "prefix" and "suffix" of its "icon", whose URL is that of 32 pixels.
 class KELO_API KLFoursquareVenueParser final : public JsonParser<KLVenue> {
 public:
-    KLFoursquareVenueParser() = default;
-    ~KLFoursquareVenueParser() override;
     std::shared_ptr<KLVenue> parse(const JsonObject& json) const override;
 };
 

@@ -18,7 +18,6 @@ class KeyedUnarchiver;
 class KELO_API KLVenueCategory final : public Archivable {
 public:
     KLVenueCategory(std::string categoryId, std::string shortName);
-    KLVenueCategory() = delete;
     ~KLVenueCategory() override;
 
     const std::string& categoryId() const { return _categoryId; }

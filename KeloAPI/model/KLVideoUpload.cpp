@@ -23,7 +23,6 @@ KLVideoUpload::KLVideoUpload(std::string mediaId)
     : _mediaId(std::move(mediaId)) {}
 
 KLVideoUpload::~KLVideoUpload() = default;
-KLVideoUploadParser::~KLVideoUploadParser() = default;
 
 std::shared_ptr<KLVideoUpload> KLVideoUploadParser::parse(const JsonObject& json) const {
     const auto [mediaId, expiresAfterSecs, size, processingInfo] =

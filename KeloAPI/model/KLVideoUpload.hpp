@@ -17,7 +17,6 @@ namespace KeloAPI {
 class KELO_API KLVideoUpload final : public Object {
 public:
     explicit KLVideoUpload(std::string mediaId);
-    KLVideoUpload() = delete;
     ~KLVideoUpload() override;
 
     /// "mediaId", sent as text or as a number: names the session in every later call.
@@ -39,8 +38,6 @@ private:
 /// of the service's texts (`InsufficientData`).
 class KELO_API KLVideoUploadParser final : public JsonParser<KLVideoUpload> {
 public:
-    KLVideoUploadParser() = default;
-    ~KLVideoUploadParser() override;
     std::shared_ptr<KLVideoUpload> parse(const JsonObject& json) const override;
 };
 

@@ -23,7 +23,6 @@ videoUploadProcessingStateOf(std::string_view rawValue);
 class KELO_API KLVideoUploadProcessingInfo final : public Object {
 public:
     explicit KLVideoUploadProcessingInfo(KLVideoUploadProcessingState state);
-    KLVideoUploadProcessingInfo() = delete;
     ~KLVideoUploadProcessingInfo() override;
 
     /// "state".

@@ -34,7 +34,6 @@ std::optional<std::string> defaultRendition(const JsonValue& videoUrls) {
 } // namespace
 
 KLWatchPost::~KLWatchPost() = default;
-PostParser::~PostParser() = default;
 
 std::shared_ptr<KLWatchPost> PostParser::parse(const JsonObject& json) const {
     const auto [postId, description, created, thumbnailUrl, liked, myRepostId, videoUrls] =

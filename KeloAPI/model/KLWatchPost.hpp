@@ -47,8 +47,6 @@ public:
 /// video is the first entry of "videoUrls" with a "videoUrl" and the "rate" 0.
 class KELO_API PostParser final : public JsonParser<KLWatchPost> {
 public:
-    PostParser() = default;
-    ~PostParser() override;
     std::shared_ptr<KLWatchPost> parse(const JsonObject& json) const override;
 };
 

@@ -4,7 +4,6 @@
 namespace KeloAPI {
 
 KLWatchUser::~KLWatchUser() = default;
-UserParser::~UserParser() = default;
 
 std::shared_ptr<KLWatchUser> UserParser::parse(const JsonObject& json) const {
     const auto [username, loopCount, loopVelocity] =

@@ -28,8 +28,6 @@ public:
 /// no text is absent. The loop counter takes both of its keys as numbers.
 class KELO_API UserParser final : public JsonParser<KLWatchUser> {
 public:
-    UserParser() = default;
-    ~UserParser() override;
     std::shared_ptr<KLWatchUser> parse(const JsonObject& json) const override;
 };
 

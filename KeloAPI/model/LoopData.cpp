@@ -54,8 +54,6 @@ std::uint64_t LoopData::loopsSinceCreation() const {
     return static_cast<std::uint64_t>(product);
 }
 
-LoopDataParser::~LoopDataParser() = default;
-
 std::shared_ptr<LoopData> LoopDataParser::parse(const JsonObject& json) const {
     const auto [count, velocity, created, onFire] =
         json.values("count", "velocity", "created", "onFire");

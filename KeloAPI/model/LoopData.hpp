@@ -30,7 +30,6 @@ public:
 
     /// A snapshot taken now.
     LoopData(Number count, Number velocity);
-    LoopData() = delete;
     ~LoopData() override;
 
     /// Adds loops that the host has seen itself. A sum beyond 64 bits stops the process. The
@@ -55,8 +54,6 @@ public:
 /// moment of parsing when it is missing or no date) and "onFire" (a boolean; false).
 class KELO_API LoopDataParser final : public JsonParser<LoopData> {
 public:
-    LoopDataParser() = default;
-    ~LoopDataParser() override;
     std::shared_ptr<LoopData> parse(const JsonObject& json) const override;
 };
 

@@ -17,7 +17,6 @@ class KeyedUnarchiver;
 class KELO_API PostThumbnail final : public Archivable {
 public:
     PostThumbnail(URL url, std::int64_t width, std::int64_t height);
-    PostThumbnail() = delete;
     ~PostThumbnail() override;
 
     const URL& url() const { return _url; }

@@ -37,8 +37,6 @@ std::shared_ptr<SoundboardSound> SoundboardSound::initWithCoder(KeyedUnarchiver&
         coder.decodeBool("featured"), coder.decodeText("sourcePostId"));
 }
 
-SoundboardSoundParser::~SoundboardSoundParser() = default;
-
 std::shared_ptr<SoundboardSound> SoundboardSoundParser::parse(const JsonObject& json) const {
     const auto [soundId, sourcePostId, name, soundUrl, featured] =
         json.values("soundId", "sourcePostId", "name", "soundUrl", "featured");

@@ -21,7 +21,6 @@ public:
     /// A text that is no URL makes `soundUrl` an empty one.
     SoundboardSound(std::string name, std::string soundId, std::string_view soundUrl, bool featured,
                     std::optional<std::string> sourcePostId = std::nullopt);
-    SoundboardSound() = delete;
     ~SoundboardSound() override;
 
     /// "name".
@@ -54,8 +53,6 @@ private:
 /// Needs "soundId" (`InsufficientData`); every other key has a default.
 class KELO_API SoundboardSoundParser final : public JsonParser<SoundboardSound> {
 public:
-    SoundboardSoundParser() = default;
-    ~SoundboardSoundParser() override;
     std::shared_ptr<SoundboardSound> parse(const JsonObject& json) const override;
 };
 

@@ -2,7 +2,6 @@
 
 namespace KeloAPI {
 
-AnyObjectJsonParser::~AnyObjectJsonParser() = default;
 AnyObjectParserAdaptor::~AnyObjectParserAdaptor() = default;
 
 std::shared_ptr<Object> AnyObjectJsonParser::parse(const JsonObject&) const {

@@ -15,9 +15,6 @@ namespace KeloAPI {
 /// A parser whose type does not say what it makes. Meant to be derived from.
 class KELO_API AnyObjectJsonParser : public Object, public JsonParser<Object> {
 public:
-    AnyObjectJsonParser() = default;
-    ~AnyObjectJsonParser() override;
-
     /// Throws `JsonParseError::NotImplemented` unless overridden.
     std::shared_ptr<Object> parse(const JsonObject& json) const override;
 };
