@@ -8,24 +8,24 @@
 namespace KeloAPI {
 
 Manager::Manager(const ServerTrustPolicyManager& trust, const TransportSettings& settings)
-    : Manager(makeTransport(trust, settings)) {}
+    : Manager(makeTransport(trust, settings), settings) {}
 
-Manager::Manager(std::shared_ptr<Transport> transport)
-    : _responseQueue(std::make_shared<SerialQueue>("KeloAPI.response"))
+Manager::Manager(std::shared_ptr<Transport> transport, const TransportSettings& settings)
+    : _settings(settings)
+    , _responseQueue(std::make_shared<SerialQueue>("KeloAPI.response"))
     , _transport(std::move(transport)) {}
 
 Manager::~Manager() = default;
 
 std::shared_ptr<Request> Manager::request(const URLRequestConvertible& convertible) {
     return start(convertible.URLRequest(), TransferKind::Call, Request::Counts::BytesReceived,
-                 std::make_unique<MemorySink>());
+                 memorySink());
 }
 
 std::shared_ptr<Request> Manager::upload(const URLRequestConvertible& convertible, Data data) {
     URLRequest request = convertible.URLRequest();
     request.body = std::move(data);
-    return start(std::move(request), TransferKind::Call, Request::Counts::BytesSent,
-                 std::make_unique<MemorySink>());
+    return start(std::move(request), TransferKind::Call, Request::Counts::BytesSent, memorySink());
 }
 
 std::shared_ptr<Request> Manager::download(const URLRequestConvertible& convertible,
@@ -42,6 +42,10 @@ std::shared_ptr<Request> Manager::download(const URLRequestConvertible& converti
     return download(convertible, [destination = std::move(destination)](const HTTPResponse&) {
         return destination;
     });
+}
+
+std::unique_ptr<BodySink> Manager::memorySink() const {
+    return std::make_unique<MemorySink>(_settings.maxBodyBytes, _settings.maxBodyBytesInProcess);
 }
 
 std::shared_ptr<Request> Manager::start(URLRequest request, TransferKind kind,

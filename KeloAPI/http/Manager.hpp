@@ -25,8 +25,9 @@ public:
 
     /// Over HTTP, each host's certificate judged by `trust`.
     explicit Manager(const ServerTrustPolicyManager& trust, const TransportSettings& settings = {});
-    /// Over a transport of the caller's own.
-    explicit Manager(std::shared_ptr<Transport> transport);
+    /// Over a transport of the caller's own, of whose settings the manager itself reads the limits
+    /// of bodies.
+    explicit Manager(std::shared_ptr<Transport> transport, const TransportSettings& settings = {});
     Manager(const Manager&) = delete;
     Manager& operator=(const Manager&) = delete;
     ~Manager();
@@ -50,8 +51,11 @@ private:
     std::shared_ptr<Request> start(URLRequest request, TransferKind kind, Request::Counts counts,
                                    std::unique_ptr<BodySink> sink);
 
-    std::shared_ptr<SerialQueue> _responseQueue;
-    std::shared_ptr<Transport> _transport;
+    std::unique_ptr<BodySink> memorySink() const;
+
+    const TransportSettings _settings;
+    const std::shared_ptr<SerialQueue> _responseQueue;
+    const std::shared_ptr<Transport> _transport;
 };
 
 } // namespace KeloAPI

@@ -180,7 +180,7 @@ TEST_F(ResponseTest, AReceiverThatGivesUpEndsTheExchange) {
 
 TEST(ResponseHeadTest, LengthIsOnlyWhatTheHeadSaysPlainly) {
     const auto length = [](const std::vector<std::string>& fields) {
-        ResponseHead head;
+        ResponseHead head(1000);
         head.take("HTTP/2 200 \r\n");
         for (const std::string& field : fields) {
             head.take(field + "\r\n");
@@ -199,7 +199,7 @@ TEST(ResponseHeadTest, LengthIsOnlyWhatTheHeadSaysPlainly) {
 }
 
 TEST(ResponseHeadTest, AFoldedFieldIsOneValue) {
-    ResponseHead head;
+    ResponseHead head(1000);
     head.take("HTTP/1.1 200 OK\r\n");
     head.take("X-Long: a\r\n");
     head.take("  b\r\n");

@@ -161,11 +161,13 @@ class ManagerMemoryTest : public ManagerTest {
 protected:
     static constexpr std::size_t left = 1000;
 
-    ManagerMemoryTest() { EXPECT_TRUE(BodyMemory::take(BodyMemory::mostOfAll - left)); }
-    ~ManagerMemoryTest() override { BodyMemory::giveBack(BodyMemory::mostOfAll - left); }
+    static constexpr std::size_t maxOfAll = TransportSettings().maxBodyBytesInProcess;
+
+    ManagerMemoryTest() { EXPECT_TRUE(BodyMemory::take(maxOfAll - left, maxOfAll)); }
+    ~ManagerMemoryTest() override { BodyMemory::giveBack(maxOfAll - left); }
 
     static bool allHasComeBack() {
-        const bool hasComeBack = BodyMemory::take(left);
+        const bool hasComeBack = BodyMemory::take(left, maxOfAll);
         if (hasComeBack) {
             BodyMemory::giveBack(left);
         }

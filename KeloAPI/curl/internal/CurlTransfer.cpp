@@ -4,6 +4,7 @@
 #include <KeloAPI/curl/internal/CurlTransfer.hpp>
 #include <KeloAPI/curl/internal/NetworkThread.hpp>
 #include <KeloAPI/curl/internal/Redirect.hpp>
+#include <KeloAPI/curl/internal/Retry.hpp>
 #include <KeloAPI/curl/internal/StrayData.hpp>
 #include <KeloAPI/queues/internal/ExitGuard.hpp>
 
@@ -53,7 +54,9 @@ CurlTransfer::CurlTransfer(const URLRequest& request, std::shared_ptr<ExchangeOb
     , _request(request)
     , _observer(std::move(observer))
     , _thread(std::move(thread))
-    , _timeoutInterval(std::min(request.timeoutInterval, maxInterval)) {}
+    , _settings(_thread->settings())
+    , _timeoutInterval(std::min({request.timeoutInterval, maxInterval,
+                                 _settings.silenceTimeout.value_or(maxInterval)})) {}
 
 CurlTransfer::~CurlTransfer() {
     disarm();
@@ -66,12 +69,22 @@ void CurlTransfer::cancel() {
 
 void CurlTransfer::wait(CurlOrigin& origin) {
     _origin = &origin;
-    _hop.emplace();
+    _hop.emplace(_settings.maxHeadBytes);
+    stage = Stage::Waiting;
+}
+
+CurlTransfer::Clock::time_point CurlTransfer::deadline() const {
+    const auto moved =
+        _hop->sent ? _hop->lastActivity : std::max(_hop->lastActivity, _origin->lastMoved);
+    return std::min(moved + _timeoutInterval, _end);
 }
 
 bool CurlTransfer::arm(const TrustStore& trust, CURLSH* cookies, CurlSockets& sockets) {
     _sockets = &sockets;
     _hop->lastActivity = Clock::now();
+    if (_settings.responseTimeout && _end == Clock::time_point::max()) {
+        _end = _hop->lastActivity + std::min(*_settings.responseTimeout, maxInterval);
+    }
     _body = {};
     curl_slist_free_all(std::exchange(_headers, nullptr));
     if (_easy == nullptr) {
@@ -123,9 +136,10 @@ void CurlTransfer::distrustConnection() {
 
 CurlTransfer::Outcome CurlTransfer::outcome(CURLcode code) const {
     Outcome outcome;
-    if (_hop->redirects) {
-        // Whatever became of its body, the redirect has said where to go.
-        outcome.redirects = true;
+    if (_hop->isPassedOver) {
+        // Whatever became of its body, the head has said what is to be done.
+        outcome.redirects = _hop->redirects;
+        outcome.isPassing = !_hop->redirects;
     } else if (_hop->failure) {
         outcome.error = _hop->failure;
     } else if (code == CURLE_OUT_OF_MEMORY && _hop->sent && !_hop->head.isFinished()) {
@@ -142,6 +156,9 @@ CurlTransfer::Outcome CurlTransfer::outcome(CURLcode code) const {
         // protocol. Only what changes nothing can be sent again without knowing which it was.
         outcome.sendAgain = code == CURLE_HTTP2 && _hop->detail.front() == '\0' &&
                             _hop->head.statusCode() == 0 && changesNothing(_request.method);
+        outcome.isPassing =
+            !_hop->isToldOf && (isHTTPError(*outcome.error, HTTPErrorCode::CannotConnect) ||
+                                isHTTPError(*outcome.error, HTTPErrorCode::ConnectionLost));
     } else if (!_hop->head.isFinished()) {
         outcome.error =
             httpError(HTTPErrorCode::ConnectionLost, "the answer ended within its head");
@@ -152,32 +169,48 @@ CurlTransfer::Outcome CurlTransfer::outcome(CURLcode code) const {
     return outcome;
 }
 
-bool CurlTransfer::goOn(Outcome outcome) {
+CurlTransfer::Next CurlTransfer::goOn(Outcome outcome) {
     if (outcome.redirects) {
         return follow();
     }
     // Two servers in a row may go away; a third one that does is not well.
     constexpr int maxResends = 2;
     if (outcome.sendAgain && ++_resends <= maxResends) {
-        return true;
+        return Next::Request;
+    }
+    if (const auto pause = outcome.isPassing && mayRetry() ? nextPause() : std::nullopt) {
+        ++_retries;
+        stage = Stage::Pausing;
+        listedDeadline = Clock::now() + *pause;
+        return Next::Pause;
     }
     complete(std::move(outcome.error));
-    return false;
+    return Next::Nothing;
 }
 
-/// Makes the request of the next hop; false where there is none.
-bool CurlTransfer::follow() {
+/// Makes the request of the next hop, where there is one.
+CurlTransfer::Next CurlTransfer::follow() {
     if (++_redirects > maxRedirects) {
         complete(httpError(HTTPErrorCode::TooManyRedirects, "too many redirects"));
-        return false;
+        return Next::Nothing;
     }
     Result<URLRequest> next = redirected(_request, _hop->head.statusCode(), _hop->head.fields());
     if (!next) {
         complete(next.error());
-        return false;
+        return Next::Nothing;
     }
     _request = std::move(next.value());
-    return true;
+    return Next::Request;
+}
+
+bool CurlTransfer::mayRetry() const {
+    return _retries < _settings.retries.maxRetries && isRepeatable(_request.method) &&
+           !isCancelled();
+}
+
+std::optional<std::chrono::milliseconds> CurlTransfer::nextPause() const {
+    const auto pause = retryPause(_settings.retries, _retries, _hop->head.fields(), _order);
+    return pause && Clock::now() + *pause < _end ? pause : std::nullopt;
 }
 
 void CurlTransfer::complete(std::optional<Error> error) {
@@ -206,11 +239,17 @@ bool CurlTransfer::takeHeaderLine(std::string_view line) {
     }
     if (isRedirect(_hop->head.statusCode(), _hop->head.fields())) {
         _hop->redirects = true;
+        _hop->isPassedOver = true;
+        return true;
+    }
+    if (isPassingStatus(_hop->head.statusCode()) && mayRetry() && nextPause()) {
+        _hop->isPassedOver = true;
         return true;
     }
     if (isCancelled()) {
         return false;
     }
+    _hop->isToldOf = true;
     _hop->coding = _hop->head.contentCoding();
     const std::int64_t length = _hop->head.expectedContentLength();
     _observer->didReceiveResponse(
@@ -220,7 +259,7 @@ bool CurlTransfer::takeHeaderLine(std::string_view line) {
 
 bool CurlTransfer::takeBody(std::string_view bytes) {
     moved();
-    if (_hop->redirects) {
+    if (_hop->isPassedOver) {
         _hop->discarded += bytes.size();
         return _hop->discarded <= maxDiscarded;
     }

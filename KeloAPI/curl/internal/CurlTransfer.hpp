@@ -5,6 +5,7 @@
 #include <KeloAPI/curl/internal/ResponseHead.hpp>
 #include <KeloAPI/http/HTTPError.hpp>
 #include <KeloAPI/http/Transport.hpp>
+#include <KeloAPI/http/TransportSettings.hpp>
 
 #include <curl/curl.h>
 
@@ -54,14 +55,14 @@ public:
     /// cannot be set up in full; `outcome` then says why.
     bool arm(const TrustStore& trust, CURLSH* cookies, CurlSockets& sockets);
 
+    /// What the thread does with the transfer; it alone changes that.
+    enum class Stage : std::uint8_t { Waiting, InFlight, Pausing };
+    Stage stage = Stage::Waiting;
+
     /// When the transfer times out if no further byte moves: none of its own, or, as long as it is
     /// not sent, none on any connection to its origin.
-    Clock::time_point deadline() const {
-        return (_hop->sent ? _hop->lastActivity
-                           : std::max(_hop->lastActivity, _origin->lastMoved)) +
-               _timeoutInterval;
-    }
-    /// Under which time the thread has this transfer in its list of deadlines.
+    Clock::time_point deadline() const;
+    /// Under which time the thread has this transfer in its list of deadlines, or of pauses.
     Clock::time_point listedDeadline;
 
     /// Keeps the connection from being used again: no byte came through it for too long.
@@ -77,25 +78,34 @@ public:
         bool redirects = false;
         /// The server went away, and the request does no harm where it had been looked at before.
         bool sendAgain = false;
+        /// What happened may pass.
+        bool isPassing = false;
     };
     Outcome outcome(CURLcode code) const;
 
-    /// Once libcurl is done with the hop: true where another one follows. Otherwise the transfer is
-    /// complete.
-    bool goOn(Outcome outcome);
+    /// Once libcurl is done with the hop: what follows. With `Nothing` the transfer is complete;
+    /// `Pause` ends at `listedDeadline` with another request.
+    enum class Next : std::uint8_t { Nothing, Request, Pause };
+    Next goOn(Outcome outcome);
     /// Ends the transfer; a cancellation that came before goes before `error`.
     void complete(std::optional<Error> error);
 
 private:
     /// What is true of one hop only.
     struct Hop {
+        explicit Hop(std::size_t maxHeadBytes)
+            : head(maxHeadBytes) {}
+
         std::array<char, CURL_ERROR_SIZE> detail{};
         ResponseHead head;
+        /// The response is not for the observer: it leads elsewhere, or another is asked for.
+        bool isPassedOver = false;
         ResponseHead::ContentCoding coding = ResponseHead::ContentCoding::None;
         std::unique_ptr<GzipDecoder> gzip;
         bool sent = false;
         bool refusedConnection = false;
         bool redirects = false;
+        bool isToldOf = false;
         bool lacksDescriptors = false;
         std::size_t discarded = 0;
         std::size_t bodySent = 0;
@@ -105,7 +115,10 @@ private:
     };
 
     void disarm();
-    bool follow();
+    Next follow();
+    bool mayRetry() const;
+    /// Of the next retry; absent where there is none.
+    std::optional<std::chrono::milliseconds> nextPause() const;
     void setUpTransfer(CurlOptions& options);
     void setUpCookies(CurlOptions& options, CURLSH* cookies);
     void setUpRequest(CurlOptions& options);
@@ -140,10 +153,13 @@ private:
     URLRequest _request;
     std::shared_ptr<ExchangeObserver> _observer;
     const std::shared_ptr<NetworkThread> _thread;
+    const TransportSettings& _settings;
     const std::chrono::milliseconds _timeoutInterval;
     std::atomic<bool> _cancelled = false;
     int _redirects = 0;
     int _resends = 0;
+    int _retries = 0;
+    Clock::time_point _end = Clock::time_point::max();
 
     CURL* _easy = nullptr;
     curl_slist* _headers = nullptr;

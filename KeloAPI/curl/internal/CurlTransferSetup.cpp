@@ -45,7 +45,13 @@ void CurlTransfer::setUpTransfer(CurlOptions& options) {
     // Time without a byte is counted here, connecting included. libcurl's own limit lies beyond,
     // but follows it: an address that does not answer gets half of it before the next is tried.
     const auto beyond = _timeoutInterval + std::chrono::seconds(10);
-    options.set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(beyond.count()));
+    const auto connecting = _settings.connectTimeout.value_or(beyond);
+    options.set(CURLOPT_CONNECTTIMEOUT_MS,
+                static_cast<long>(std::clamp<std::int64_t>(connecting.count(), 1, beyond.count())));
+    if (_settings.proxy) {
+        options.set(CURLOPT_PROXY, _settings.proxy->c_str());
+        options.set(CURLOPT_NOPROXY, "");
+    }
 
     options.set(CURLOPT_HEADERFUNCTION, &CurlTransfer::onHeader);
     options.set(CURLOPT_HEADERDATA, this);

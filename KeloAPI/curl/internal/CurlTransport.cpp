@@ -16,14 +16,15 @@ namespace KeloAPI {
 
 namespace {
 
-/// A network thread's share of the connections that may be kept for their next use.
-std::size_t idleConnections(const TransportSettings& settings, std::size_t threads) {
-    std::size_t max = settings.maxIdleConnections;
+/// One network thread's share of the settings.
+TransportSettings shareOf(TransportSettings settings, std::size_t threads) {
     rlimit descriptors{};
     if (::getrlimit(RLIMIT_NOFILE, &descriptors) == 0) {
-        max = std::min<std::size_t>(max, descriptors.rlim_cur / 4);
+        settings.maxIdleConnections =
+            std::min<std::size_t>(settings.maxIdleConnections, descriptors.rlim_cur / 4);
     }
-    return max / threads;
+    settings.maxIdleConnections /= threads;
+    return settings;
 }
 
 } // namespace
@@ -86,12 +87,11 @@ std::shared_ptr<NetworkThread> CurlTransport::threadFor(TransferKind kind) {
     auto& thread = _threads.at(static_cast<std::size_t>(kind));
     if (!thread) {
         const bool downloads = kind == TransferKind::Download;
-        const std::size_t max = downloads ? _settings.maxDownloadConnectionsPerHost
-                                          : _settings.maxCallConnectionsPerHost;
-        const NetworkThread::Limits limits = {std::max<std::size_t>(max, 1),
-                                              idleConnections(_settings, _threads.size())};
+        const std::size_t connections = downloads ? _settings.maxDownloadConnectionsPerHost
+                                                  : _settings.maxCallConnectionsPerHost;
         auto made = std::make_shared<NetworkThread>(downloads ? "kelo-downloads" : "kelo-calls",
-                                                    _trust, limits);
+                                                    _trust, shareOf(_settings, _threads.size()),
+                                                    std::max<std::size_t>(connections, 1));
         made->open();
         thread = std::move(made);
     }

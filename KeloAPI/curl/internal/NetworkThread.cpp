@@ -13,10 +13,12 @@
 
 namespace KeloAPI {
 
-NetworkThread::NetworkThread(std::string name, const ServerTrustPolicyManager& trust, Limits limits)
+NetworkThread::NetworkThread(std::string name, const ServerTrustPolicyManager& trust,
+                             TransportSettings settings, std::size_t connectionsPerHost)
     : _name(std::move(name))
     , _trust(trust)
-    , _limits(limits) {}
+    , _settings(std::move(settings))
+    , _connectionsPerHost(connectionsPerHost) {}
 
 NetworkThread::~NetworkThread() {
     curl_multi_cleanup(_multi); // where there was no thread
@@ -34,10 +36,10 @@ void NetworkThread::open() {
     // Transfers wait here, not in libcurl, whose one waiting list is for all hosts together. This
     // is for servers that allow fewer HTTP/2 streams than libcurl expects.
     curl_multi_setopt(_multi, CURLMOPT_MAX_HOST_CONNECTIONS,
-                      static_cast<long>(_limits.connectionsPerHost));
+                      static_cast<long>(_connectionsPerHost));
     // This counts connections in use, too: one that comes to rest while there are more is closed.
     curl_multi_setopt(_multi, CURLMOPT_MAXCONNECTS,
-                      static_cast<long>(std::max<std::size_t>(_limits.idleConnections, 1)));
+                      static_cast<long>(std::max<std::size_t>(_settings.maxIdleConnections, 1)));
     const SignalShield shield;
     _thread = std::thread([self = shared_from_this()] { self->run(); });
 }
@@ -90,6 +92,7 @@ void NetworkThread::loop() {
         if (!carryOut(takeCommands())) {
             return;
         }
+        resumePaused();
         sendWaiting();
         int running = 0;
         curl_multi_perform(_multi, &running);
@@ -147,9 +150,8 @@ void NetworkThread::enqueue(const std::shared_ptr<CurlTransfer>& transfer) {
     }
     CurlOrigin& origin = originOf(url);
     transfer->wait(origin);
-    transfer->listedDeadline = transfer->deadline();
     origin.waiting.emplace(transfer->order(), transfer.get());
-    _deadlines.emplace(transfer->listedDeadline, transfer.get());
+    list(*transfer);
     _transfers.insert(transfer);
 }
 
@@ -172,7 +174,7 @@ CurlOrigin& NetworkThread::originOf(const URL& url) {
 void NetworkThread::sendWaiting() {
     for (auto entry = _origins.begin(); entry != _origins.end();) {
         CurlOrigin& origin = entry->second;
-        for (std::size_t room = origin.room(_limits.connectionsPerHost);
+        for (std::size_t room = origin.room(_connectionsPerHost);
              room > 0 && !origin.waiting.empty(); --room) {
             send(*origin.waiting.begin()->second);
         }
@@ -190,12 +192,21 @@ void NetworkThread::send(CurlTransfer& transfer) {
     CurlOrigin& origin = transfer.origin();
     origin.waiting.erase(transfer.order());
     ++origin.inFlight;
+    transfer.stage = CurlTransfer::Stage::InFlight;
+    list(transfer);
+}
+
+/// Puts the transfer's deadline into the list, or right there.
+void NetworkThread::list(CurlTransfer& transfer) {
+    _deadlines.erase({transfer.listedDeadline, &transfer});
+    transfer.listedDeadline = transfer.deadline();
+    _deadlines.emplace(transfer.listedDeadline, &transfer);
 }
 
 bool NetworkThread::hasSendable() const {
     return std::any_of(_origins.begin(), _origins.end(), [this](const auto& entry) {
         const CurlOrigin& origin = entry.second;
-        return !origin.waiting.empty() && origin.room(_limits.connectionsPerHost) > 0;
+        return !origin.waiting.empty() && origin.room(_connectionsPerHost) > 0;
     });
 }
 
@@ -227,9 +238,7 @@ void NetworkThread::finishOverdue() {
         CurlTransfer& transfer = *_deadlines.begin()->second;
         if (transfer.deadline() > now) {
             // Bytes have moved since: the list is put right only when it matters.
-            _deadlines.erase(_deadlines.begin());
-            transfer.listedDeadline = transfer.deadline();
-            _deadlines.emplace(transfer.listedDeadline, &transfer);
+            list(transfer);
             continue;
         }
         transfer.distrustConnection();
@@ -242,14 +251,40 @@ void NetworkThread::finishOverdue() {
 /// libcurl is done with the transfer before its observer hears of the end.
 void NetworkThread::finish(CurlTransfer& transfer, CurlTransfer::Outcome outcome) {
     const std::shared_ptr<CurlTransfer> kept = transfer.shared_from_this();
-    if (CurlOrigin& origin = transfer.origin(); origin.waiting.erase(transfer.order()) == 0) {
+    switch (transfer.stage) {
+    case CurlTransfer::Stage::Waiting:
+        transfer.origin().waiting.erase(transfer.order());
+        break;
+    case CurlTransfer::Stage::InFlight:
         curl_multi_remove_handle(_multi, transfer.easy());
-        --origin.inFlight;
+        --transfer.origin().inFlight;
+        break;
+    case CurlTransfer::Stage::Pausing:
+        _pauses.erase({transfer.listedDeadline, &transfer});
+        break;
     }
     _deadlines.erase({transfer.listedDeadline, &transfer});
     _transfers.erase(kept);
-    if (transfer.goOn(std::move(outcome))) {
+    switch (transfer.goOn(std::move(outcome))) {
+    case CurlTransfer::Next::Nothing:
+        break;
+    case CurlTransfer::Next::Request:
         enqueue(kept);
+        break;
+    case CurlTransfer::Next::Pause:
+        _pauses.emplace(transfer.listedDeadline, &transfer);
+        _transfers.insert(kept);
+        break;
+    }
+}
+
+void NetworkThread::resumePaused() {
+    const auto now = CurlTransfer::Clock::now();
+    while (!_pauses.empty() && _pauses.begin()->first <= now) {
+        const auto transfer = _pauses.begin()->second->shared_from_this();
+        _pauses.erase(_pauses.begin());
+        _transfers.erase(transfer);
+        enqueue(transfer);
     }
 }
 
@@ -262,11 +297,15 @@ void NetworkThread::finishAll(const Error& error) {
 }
 
 int NetworkThread::pollTimeout() const {
-    if (_deadlines.empty()) {
+    auto next = CurlTransfer::Clock::time_point::max();
+    for (const auto* times : {&_deadlines, &_pauses}) {
+        next = times->empty() ? next : std::min(next, times->begin()->first);
+    }
+    if (next == CurlTransfer::Clock::time_point::max()) {
         return INT_MAX;
     }
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(_deadlines.begin()->first -
-                                                                   CurlTransfer::Clock::now());
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(next - CurlTransfer::Clock::now());
     // libcurl sometimes does not wake a transfer whose HTTP/2 stream a GOAWAY has ended, as long as
     // the server keeps the connection open. A look each second ends it long before its time-out.
     constexpr std::int64_t maxPause = 1000;

@@ -5,6 +5,7 @@
 #include <KeloAPI/curl/internal/CurlTransfer.hpp>
 #include <KeloAPI/curl/internal/TrustStore.hpp>
 #include <KeloAPI/http/ServerTrustPolicy.hpp>
+#include <KeloAPI/http/TransportSettings.hpp>
 
 #include <curl/curl.h>
 
@@ -25,16 +26,14 @@ namespace KeloAPI {
 /// crosses from one policy to another.
 class NetworkThread : public std::enable_shared_from_this<NetworkThread> {
 public:
-    struct Limits {
-        std::size_t connectionsPerHost;
-        std::size_t idleConnections;
-    };
-
-    /// `name` has 15 characters at most.
-    NetworkThread(std::string name, const ServerTrustPolicyManager& trust, Limits limits);
+    /// `name` has 15 characters at most; `connectionsPerHost` is the limit in force here.
+    NetworkThread(std::string name, const ServerTrustPolicyManager& trust,
+                  TransportSettings settings, std::size_t connectionsPerHost);
     NetworkThread(const NetworkThread&) = delete;
     NetworkThread& operator=(const NetworkThread&) = delete;
     ~NetworkThread();
+
+    const TransportSettings& settings() const { return _settings; }
 
     /// Starts the thread; throws `std::system_error` where the system has none to give.
     void open();
@@ -72,6 +71,8 @@ private:
     void finishDone();
     void sendAgain(CurlTransfer& transfer);
     void finishOverdue();
+    void resumePaused();
+    void list(CurlTransfer& transfer);
     void finish(CurlTransfer& transfer, CurlTransfer::Outcome outcome);
     void finishAll(const Error& error);
     int pollTimeout() const;
@@ -80,7 +81,8 @@ private:
 
     const std::string _name;
     const ServerTrustPolicyManager _trust;
-    const Limits _limits;
+    const TransportSettings _settings;
+    const std::size_t _connectionsPerHost;
     std::thread _thread;
 
     std::mutex _mutex; // guards what follows, for the threads that give commands
@@ -97,6 +99,8 @@ private:
     std::map<std::string, CurlOrigin> _origins;
     std::set<std::shared_ptr<CurlTransfer>> _transfers;
     std::set<Deadline> _deadlines;
+    /// When those are sent again that pause before a retry.
+    std::set<Deadline> _pauses;
 };
 
 } // namespace KeloAPI

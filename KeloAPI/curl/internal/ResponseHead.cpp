@@ -6,15 +6,9 @@
 
 namespace KeloAPI {
 
-namespace {
-
-constexpr std::size_t longestHead = 256UL * 1024;
-
-} // namespace
-
 ResponseHead::Progress ResponseHead::take(std::string_view line) {
     _size += line.size();
-    if (_size > longestHead) {
+    if (_size > _maxBytes) {
         return Progress::TooLong;
     }
     if (_finished) {

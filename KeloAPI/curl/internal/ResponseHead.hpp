@@ -23,7 +23,8 @@ public:
         TooLong
     };
 
-    ResponseHead() = default;
+    explicit ResponseHead(std::size_t maxBytes)
+        : _maxBytes(maxBytes) {}
     ResponseHead(const ResponseHead&) = delete;
     ResponseHead& operator=(const ResponseHead&) = delete;
 
@@ -46,6 +47,7 @@ private:
     void begin(std::string_view statusLine);
     void takeField(std::string_view line);
 
+    const std::size_t _maxBytes;
     int _statusCode = 0;
     HeaderFields _fields;
     std::string* _lastValue = nullptr;

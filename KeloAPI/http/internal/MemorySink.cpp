@@ -28,11 +28,11 @@ void MemorySink::begin(const HTTPResponse& head) {
 }
 
 bool MemorySink::take(std::string_view bytes) {
-    if (bytes.size() > BodyMemory::mostOfOne - _body.size()) {
+    if (bytes.size() > _maxBytes - std::min(_maxBytes, _body.size())) {
         _refusal = httpError(HTTPErrorCode::BodyTooLarge, "the answer is too large");
         return false;
     }
-    if (!BodyMemory::take(bytes.size())) {
+    if (!BodyMemory::take(bytes.size(), _maxBytesInProcess)) {
         _refusal = httpError(HTTPErrorCode::OutOfResources, "too many large answers at a time");
         return false;
     }
