@@ -4,8 +4,6 @@
 #include <KeloAPI/Settings.hpp>
 
 #include <cstdint>
-#include <exception>
-#include <new>
 #include <string>
 
 namespace KeloAPI {
@@ -33,34 +31,15 @@ Error serviceError(std::string_view message, const JsonValue& code, const JsonVa
     return {Settings::errorDomain, status, std::move(info)};
 }
 
-/// What a parser has just thrown, as an error value; the record's position goes with it. A lack of
-/// memory is thrown on: it is not the answer's fault.
-Error thrownError(std::optional<std::size_t> record) {
-    std::optional<Error> cause;
-    try {
-        throw;
-    } catch (const std::bad_alloc&) {
-        throw;
-    } catch (const JsonParseError& error) {
-        cause = error.error();
-    } catch (const ParserError& error) {
-        cause = error.error();
-    } catch (const std::exception& error) {
-        cause = Error::withMessage("KeloAPI.Exception", 0, error.what());
-    } catch (...) {
-        cause = Error::withMessage("KeloAPI.Exception", 0, "an exception of an unknown type");
-    }
-    if (!record) {
-        return *cause;
-    }
-    Error::UserInfo info = cause->userInfo();
-    info.emplace("record", Number::of(static_cast<std::uint64_t>(*record)));
-    return {cause->domain(), cause->code(), std::move(info)};
-}
-
+/// What a parser has just thrown as the envelope's error; the record's position goes with it.
 ResponseEnvelope parsingFailed(std::optional<std::size_t> record) {
-    return {std::nullopt,
-            envelopeError("Unable to parse posts from response", thrownError(record))};
+    Error cause = thrownParserError();
+    if (record) {
+        Error::UserInfo info = cause.userInfo();
+        info.emplace("record", Number::of(static_cast<std::uint64_t>(*record)));
+        cause = {cause.domain(), cause.code(), std::move(info)};
+    }
+    return {std::nullopt, envelopeError("Unable to parse posts from response", std::move(cause))};
 }
 
 using RecordParser = std::function<void(const JsonObject& record)>;

@@ -1,5 +1,7 @@
+#include <KeloAPI/parsing/JsonParseError.hpp>
 #include <KeloAPI/parsing/ParserError.hpp>
 
+#include <new>
 #include <utility>
 
 namespace KeloAPI {
@@ -9,5 +11,22 @@ ParserError::ParserError(Error error)
     , _description(std::make_shared<std::string>(_error.description())) {}
 
 ParserError::~ParserError() = default;
+
+Error thrownParserError() {
+    constexpr const char* domain = "KeloAPI.Exception";
+    try {
+        throw;
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const JsonParseError& error) {
+        return error.error();
+    } catch (const ParserError& error) {
+        return error.error();
+    } catch (const std::exception& error) {
+        return Error::withMessage(domain, 0, error.what());
+    } catch (...) {
+        return Error::withMessage(domain, 0, "an exception of an unknown type");
+    }
+}
 
 } // namespace KeloAPI

@@ -27,4 +27,9 @@ private:
     std::shared_ptr<const std::string> _description;
 };
 
+/// What the exception that is being handled says, as an error value: that of a parse error or of a
+/// `ParserError`, otherwise one of the domain "KeloAPI.Exception". A lack of memory is thrown on:
+/// it is not the fault of what was parsed.
+KELO_API Error thrownParserError();
+
 } // namespace KeloAPI

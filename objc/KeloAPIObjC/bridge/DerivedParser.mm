@@ -64,22 +64,6 @@ std::shared_ptr<Object> DerivedParser::parse(const KeloAPI::JsonObject &json) co
     throw JsonParseError(JsonParseError::InsufficientData);
 }
 
-/// What is being handled.
-NSError *thrownError() {
-    try {
-        throw;
-    } catch (const JsonParseError &thrown) {
-        return error(thrown.error());
-    } catch (const ParserError &thrown) {
-        return error(thrown.error());
-    } catch (const std::exception &thrown) {
-        return error(KeloAPI::Error::withMessage("KeloAPI.Exception", 0, thrown.what()));
-    } catch (...) { // also what Objective-C raises, which nobody here can look at
-        return error(
-            KeloAPI::Error::withMessage("KeloAPI.Exception", 0, "an exception of an unknown type"));
-    }
-}
-
 } // namespace
 
 std::shared_ptr<Foreign> derivedParser(id parser) {
@@ -95,7 +79,7 @@ id parsed(const KeloAPI::AnyObjectJsonParser &parser, NSDictionary *json, NSErro
         const auto read = document(json);
         made = parser.parse(*read.root().object());
     } catch (...) {
-        NSError *thrown = thrownError();
+        NSError *thrown = error(KeloAPI::thrownParserError());
         if (failure != nullptr) {
             *failure = thrown;
         }

@@ -1,5 +1,7 @@
 #import <KeloAPIObjC/model/KLTag.h>
 
+#include <KeloAPI/archive/KeyedArchiver.hpp>
+#include <KeloAPI/archive/KeyedUnarchiver.hpp>
 #include <KeloAPI/model/KLTag.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Coding.hpp>
@@ -9,6 +11,23 @@
 
 using namespace KeloBridge;
 using Tag = KeloAPI::KLTag;
+
+namespace {
+
+/// A tag as it is kept. Only an archive makes a tag of it whose name has no "#" added.
+struct KeptTag final : KeloAPI::Archivable {
+    std::vector<std::string_view> archivedClassNames() const override {
+        return {Tag::archivedClassName};
+    }
+    void encodeWithCoder(KeloAPI::KeyedArchiver &coder) const override {
+        coder.encodeText(tagId, "tagId");
+        coder.encodeText(name, "name");
+    }
+    std::string tagId;
+    std::string name;
+};
+
+} // namespace
 
 @implementation KLTag
 
@@ -33,8 +52,10 @@ using Tag = KeloAPI::KLTag;
 - (instancetype)initWithCoder:(NSCoder *)coder {
     self = [super init];
     return holdMade(self, [&] {
-        return Tag::kept(decodedText(coder, @"tagId").value_or(""),
-                         decodedText(coder, @"name").value_or(""));
+        const auto kept = std::make_shared<KeptTag>();
+        kept->tagId = decodedText(coder, @"tagId").value_or("");
+        kept->name = decodedText(coder, @"name").value_or("");
+        return KeloAPI::KeyedUnarchiver::unarchive<Tag>(KeloAPI::KeyedArchiver::archivedData(kept));
     });
 }
 
