@@ -143,10 +143,11 @@ std::shared_ptr<EndpointRequest> Endpoint::request(TextCompletion completionHand
 std::shared_ptr<EndpointRequest> Endpoint::deliver(const std::shared_ptr<Request>& request,
                                                    ResponseReader reader) {
     auto handle = AlamofireEndpointRequest::create(request);
-    request->response([self = shared_from_this(),
+    const ReadingPlace place = reader.place;
+    auto serializer = [self = shared_from_this(),
                        reader = std::move(reader)](const ResponseContent& content,
                                                    Timeline timeline) -> Request::Completion {
-        EndpointReport report = reader(content);
+        EndpointReport report = reader.read(content);
         // Behind what may run out of memory and is then asked again: one line for each call.
         Diagnostics::write(content.request.url ? content.request.description() : "nil");
         timeline.serializationCompletedTime = Date::now();
@@ -156,7 +157,8 @@ std::shared_ptr<EndpointRequest> Endpoint::deliver(const std::shared_ptr<Request
             }
             report.complete(timeline);
         };
-    });
+    };
+    request->response(std::move(serializer), place);
     return handle;
 }
 

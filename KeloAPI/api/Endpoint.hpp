@@ -36,7 +36,10 @@ struct EndpointReport {
 };
 
 /// Reads a response, off the main queue. A retry uses the same reader again.
-using ResponseReader = std::function<EndpointReport(const ResponseContent& content)>;
+struct ResponseReader {
+    std::function<EndpointReport(const ResponseContent& content)> read;
+    ReadingPlace place = ReadingPlace::ResponseQueue;
+};
 
 /// The base of every API call. A derived class says where a call goes (`path`, `method`,
 /// `parameters` and their encoding) and then sends it; this class makes the request, reads the
@@ -206,9 +209,9 @@ template <class P, class Completion>
 ResponseReader responseReader(std::shared_ptr<P> parser, Completion completion) {
     require(parser != nullptr, "a call needs a parser");
     requireCompletion(completion);
-    return [parser = std::shared_ptr<const JsonParser<typename P::T>>(std::move(parser)),
-            completion = std::make_shared<Completion>(std::move(completion))](
-               const ResponseContent& content) -> EndpointReport {
+    auto read = [parser = std::shared_ptr<const JsonParser<typename P::T>>(std::move(parser)),
+                 completion = std::make_shared<Completion>(std::move(completion))](
+                    const ResponseContent& content) -> EndpointReport {
         auto response = keloModelResponseSerializer(content, *parser);
         std::optional<Error> error = response.error;
         return {std::move(error),
@@ -217,6 +220,8 @@ ResponseReader responseReader(std::shared_ptr<P> parser, Completion completion) 
                                   std::move(response.error));
                 }};
     };
+    return {std::move(read),
+            readsOnArrival<P> ? ReadingPlace::WhereItArrives : ReadingPlace::ResponseQueue};
 }
 
 } // namespace detail

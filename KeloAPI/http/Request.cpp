@@ -44,6 +44,7 @@ struct Request::Guarded {
     std::mutex mutex;
     std::shared_ptr<Exchange> exchange;
     std::vector<Serializer> handlers;
+    bool hasSlowHandler = false;
     Phase phase = Phase::Running;
 
     Progress progress;
@@ -114,12 +115,14 @@ void Request::progress(Progress observer) {
     }
 }
 
-void Request::response(Serializer serializer) {
+void Request::response(Serializer serializer, ReadingPlace place) {
     require(serializer != nullptr, "a response handler must not be empty");
     {
         const std::lock_guard lock(_guarded->mutex);
         if (_guarded->phase < Phase::Served) {
             _guarded->handlers.push_back(std::move(serializer));
+            _guarded->hasSlowHandler =
+                _guarded->hasSlowHandler || place == ReadingPlace::ResponseQueue;
             return;
         }
     }
@@ -162,13 +165,24 @@ void Request::didComplete(std::optional<Error> error) {
         _guarded->phase = Phase::Over;
         _guarded->exchange.swap(exchange);
     }
-    if (_kind == TransferKind::Download) {
-        end(std::move(error)); // which may wait for the disk, as that thread may
+    if (isReadWhereItArrived()) {
+        end(std::move(error));
         return;
     }
     _responseQueue->asyncOrOnMain([self = shared_from_this(), error = std::move(error)]() mutable {
         self->end(std::move(error));
     });
+}
+
+/// A download's thread waits for the disk anyway. Of a short response, handing it to the response
+/// queue would cost more than reading it.
+bool Request::isReadWhereItArrived() const {
+    if (_kind == TransferKind::Download) {
+        return true;
+    }
+    constexpr std::int64_t maxShort = 16 << 10;
+    const std::lock_guard lock(_guarded->mutex);
+    return _received <= maxShort && !_guarded->handlers.empty() && !_guarded->hasSlowHandler;
 }
 
 void Request::end(std::optional<Error> error) {

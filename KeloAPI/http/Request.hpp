@@ -32,10 +32,18 @@ struct ResponseContent {
     const std::optional<Error>& error;
 };
 
+/// Where a response is read.
+enum class ReadingPlace : std::uint8_t {
+    /// On the response queue, which a slow reader holds up, but no other call's transfer.
+    ResponseQueue,
+    /// Wherever the response arrives, if it is short: for readers that are quick and call nobody.
+    WhereItArrives
+};
+
 /// One request under way. Made and started by a `Manager`.
 ///
 /// Lifecycle: the exchange runs on the transport's thread. When it is over, each response handler
-/// has its serializer run on the manager's response queue (of a download on the transport's thread,
+/// has its serializer run on the manager's response queue (of a download on the network thread,
 /// which waits for the disk anyway) and then its completion on the main queue, exactly once each
 /// and in the order they were attached. A handler that is attached after the end is served all the
 /// same. Progress is reported on the main queue, before the completions. A request stays alive
@@ -66,8 +74,9 @@ public:
     /// later is not kept.
     void progress(Progress observer);
 
-    /// Attaches a response handler. An empty one stops the process, here and below.
-    void response(Serializer serializer);
+    /// Attaches a response handler. An empty one stops the process, here and below. Where `place`
+    /// allows it, a short response to a call is serialised on the network thread.
+    void response(Serializer serializer, ReadingPlace place = ReadingPlace::ResponseQueue);
 
     /// Attaches a response handler as two steps: a serializer that makes a value of the answer, and
     /// a completion for that value.
@@ -89,6 +98,7 @@ private:
     bool didReceiveData(std::string_view bytes) override;
     void didSendBody(std::int64_t sent, std::int64_t total) override;
     void didComplete(std::optional<Error> error) override;
+    bool isReadWhereItArrived() const;
     void end(std::optional<Error> error);
     std::vector<Serializer> takeHandlers();
     Completion serve(const Serializer& serializer) const;

@@ -36,6 +36,7 @@ private:
 /// fail to parse are left out.
 class KELO_API KLBylineParser final : public JsonParser<KLByline> {
 public:
+    using Reading = detail::OnArrival;
     std::shared_ptr<KLByline> parse(const JsonObject& json) const override;
 };
 

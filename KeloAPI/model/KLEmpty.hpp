@@ -18,6 +18,7 @@ public:
 /// Makes a `KLEmpty` of whatever it is given. Never throws.
 class KELO_API KLEmptyParser final : public JsonParser<KLEmpty> {
 public:
+    using Reading = detail::OnArrival;
     std::shared_ptr<KLEmpty> parse(const JsonObject& json) const override;
 };
 

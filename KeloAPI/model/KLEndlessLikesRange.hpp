@@ -33,6 +33,7 @@ private:
 /// Needs all four keys as numbers (`InsufficientData`).
 class KELO_API KLEndlessLikesRangeParser final : public JsonParser<KLEndlessLikesRange> {
 public:
+    using Reading = detail::OnArrival;
     std::shared_ptr<KLEndlessLikesRange> parse(const JsonObject& json) const override;
 };
 

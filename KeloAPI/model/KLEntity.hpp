@@ -62,6 +62,7 @@ private:
 /// in code points, within the text and in order (`InvalidData`).
 class KELO_API KLEntityParser final : public JsonParser<KLEntity> {
 public:
+    using Reading = detail::OnArrival;
     /// For the entities of this text, in UTF-8.
     explicit KLEntityParser(std::string_view text);
     std::shared_ptr<KLEntity> parse(const JsonObject& json) const override;

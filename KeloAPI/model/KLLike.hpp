@@ -28,6 +28,7 @@ public:
 /// Never throws. An object without "likeId" stops the process.
 class KELO_API LikeParser final : public JsonParser<KLLike> {
 public:
+    using Reading = detail::OnArrival;
     std::shared_ptr<KLLike> parse(const JsonObject& json) const override;
 };
 

@@ -41,6 +41,7 @@ private:
 /// (`InsufficientData`).
 class KELO_API KLLongformParser final : public JsonParser<KLLongform> {
 public:
+    using Reading = detail::OnArrival;
     std::shared_ptr<KLLongform> parse(const JsonObject& json) const override;
 };
 

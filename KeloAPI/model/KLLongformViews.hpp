@@ -29,6 +29,7 @@ private:
 /// Needs "longformId" as text and "count" as a number (`InsufficientData`).
 class KELO_API KLLongformViewsParser final : public JsonParser<KLLongformViews> {
 public:
+    using Reading = detail::OnArrival;
     std::shared_ptr<KLLongformViews> parse(const JsonObject& json) const override;
 };
 

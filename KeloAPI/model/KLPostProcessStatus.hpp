@@ -37,6 +37,7 @@ private:
 /// Needs "state" as text (`InsufficientData`), and as one of the three (`InvalidData`).
 class KELO_API KLPostProcessStatusParser final : public JsonParser<KLPostProcessStatus> {
 public:
+    using Reading = detail::OnArrival;
     std::shared_ptr<KLPostProcessStatus> parse(const JsonObject& json) const override;
 };
 

@@ -30,6 +30,7 @@ public:
 /// Never throws. An object without "repostId" stops the process.
 class KELO_API RekeloParser final : public JsonParser<KLRekelo> {
 public:
+    using Reading = detail::OnArrival;
     std::shared_ptr<KLRekelo> parse(const JsonObject& json) const override;
 };
 

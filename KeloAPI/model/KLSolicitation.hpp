@@ -29,6 +29,7 @@ private:
 /// text (`InsufficientData`).
 class KELO_API KLSolicitationParser final : public JsonParser<KLSolicitation> {
 public:
+    using Reading = detail::OnArrival;
     std::shared_ptr<KLSolicitation> parse(const JsonObject& json) const override;
 };
 

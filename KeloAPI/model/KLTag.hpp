@@ -50,6 +50,7 @@ private:
 /// Needs "tagId" (text or number) and "tagName", or else "tag", as text (`InsufficientData`).
 class KELO_API KLTagParser final : public JsonParser<KLTag> {
 public:
+    using Reading = detail::OnArrival;
     std::shared_ptr<KLTag> parse(const JsonObject& json) const override;
 };
 

@@ -51,6 +51,7 @@ private:
 /// "title" and "actionTitle" as texts and "actionLink" as a URL (`InsufficientData`).
 class KELO_API KLUrlActionParser final : public JsonParser<KLUrlAction> {
 public:
+    using Reading = detail::OnArrival;
     std::shared_ptr<KLUrlAction> parse(const JsonObject& json) const override;
 };
 

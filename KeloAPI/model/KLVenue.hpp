@@ -54,6 +54,7 @@ private:
 /// "venueCategoryIconUrl". It tells of no country and no coordinates.
 class KELO_API KLVenueParser final : public JsonParser<KLVenue> {
 public:
+    using Reading = detail::OnArrival;
     std::shared_ptr<KLVenue> parse(const JsonObject& json) const override;
 };
 
@@ -63,6 +64,7 @@ public:
 /// "prefix" and "suffix" of its "icon", whose URL is that of 32 pixels.
 class KELO_API KLFoursquareVenueParser final : public JsonParser<KLVenue> {
 public:
+    using Reading = detail::OnArrival;
     std::shared_ptr<KLVenue> parse(const JsonObject& json) const override;
 };
 

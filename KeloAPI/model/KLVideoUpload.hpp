@@ -38,6 +38,7 @@ private:
 /// of the service's texts (`InsufficientData`).
 class KELO_API KLVideoUploadParser final : public JsonParser<KLVideoUpload> {
 public:
+    using Reading = detail::OnArrival;
     std::shared_ptr<KLVideoUpload> parse(const JsonObject& json) const override;
 };
 

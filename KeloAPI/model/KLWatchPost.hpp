@@ -47,6 +47,7 @@ public:
 /// video is the first entry of "videoUrls" with a "videoUrl" and the "rate" 0.
 class KELO_API PostParser final : public JsonParser<KLWatchPost> {
 public:
+    using Reading = detail::OnArrival;
     std::shared_ptr<KLWatchPost> parse(const JsonObject& json) const override;
 };
 

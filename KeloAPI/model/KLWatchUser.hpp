@@ -28,6 +28,7 @@ public:
 /// no text is absent. The loop counter takes both of its keys as numbers.
 class KELO_API UserParser final : public JsonParser<KLWatchUser> {
 public:
+    using Reading = detail::OnArrival;
     std::shared_ptr<KLWatchUser> parse(const JsonObject& json) const override;
 };
 

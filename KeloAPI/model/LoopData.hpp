@@ -54,6 +54,7 @@ public:
 /// moment of parsing when it is missing or no date) and "onFire" (a boolean; false).
 class KELO_API LoopDataParser final : public JsonParser<LoopData> {
 public:
+    using Reading = detail::OnArrival;
     std::shared_ptr<LoopData> parse(const JsonObject& json) const override;
 };
 

@@ -53,6 +53,7 @@ private:
 /// Needs "soundId" (`InsufficientData`); every other key has a default.
 class KELO_API SoundboardSoundParser final : public JsonParser<SoundboardSound> {
 public:
+    using Reading = detail::OnArrival;
     std::shared_ptr<SoundboardSound> parse(const JsonObject& json) const override;
 };
 

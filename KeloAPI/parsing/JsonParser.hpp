@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace KeloAPI {
@@ -57,6 +58,19 @@ protected:
 };
 
 namespace detail {
+
+/// The `Reading` of the library's own parsers: they are quick and call nobody, so a short response
+/// is read on the network thread on which it arrives. Not for hosts' parsers.
+struct OnArrival {};
+
+/// Whether all objects of the parser type `P` are of that kind.
+template <class P>
+constexpr bool readsOnArrival = [] {
+    if constexpr (requires { typename P::Reading; }) {
+        return std::is_final_v<P> && std::is_same_v<typename P::Reading, OnArrival>;
+    }
+    return false;
+}();
 
 /// What a parser made; a parser that made nothing without saying why has failed.
 template <class T>

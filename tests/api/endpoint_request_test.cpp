@@ -207,14 +207,15 @@ TEST_F(EndpointRequestTest, NoMemoryForTheRecordsIsNotTheAnswersFault) {
 TEST_F(EndpointRequestTest, AHeldHandleDoesNotKeepTheAnswer) {
     const std::string body = R"({"data": {}})";
     // All but this has been taken by others.
-    ASSERT_TRUE(BodyMemory::take(BodyMemory::mostOfAll - body.size()));
+    const std::size_t maxOfAll = TransportSettings().maxBodyBytesInProcess;
+    ASSERT_TRUE(BodyMemory::take(maxOfAll - body.size(), maxOfAll));
     const auto handle = send();
     transport->answer(ScriptedAnswer::json(body));
     ASSERT_TRUE(completed());
     EXPECT_FALSE(error);
     bool taken = false;
-    EXPECT_TRUE(runUntil([&] { return taken = taken || BodyMemory::take(body.size()); }));
-    BodyMemory::giveBack(BodyMemory::mostOfAll - (taken ? 0 : body.size()));
+    EXPECT_TRUE(runUntil([&] { return taken = taken || BodyMemory::take(body.size(), maxOfAll); }));
+    BodyMemory::giveBack(maxOfAll - (taken ? 0 : body.size()));
 }
 
 TEST_F(EndpointRequestTest, ANullParserStopsTheProcess) {
