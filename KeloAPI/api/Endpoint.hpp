@@ -43,13 +43,14 @@ struct ResponseReader {
 
 /// The base of every API call. A derived class says where a call goes (`path`, `method`,
 /// `parameters` and their encoding) and then sends it; this class makes the request, reads the
-/// answer's envelope and hands the outcome out.
+/// response's envelope and hands the outcome out.
 ///
 /// A call's lifecycle:
 ///  1. The send operation makes the URL request from the endpoint's and the session's values of
 ///     that moment, on the calling thread, and returns the call's handle at once.
 ///  2. While bytes move, the handle's progress handler is called on the main queue.
-///  3. The answer is parsed on the session manager's response queue, and one trace line is written.
+///  3. The response is parsed off the main thread, in the context called the response queue (a short
+///     one, by the library's own parser, on the network thread), and one trace line is written.
 ///  4. On the main queue, the service codes 100 and 103 (sign in again) and 419 (captcha) go to
 ///     the session, together with a retry that sends this endpoint's call again from scratch.
 ///  5. Right after that the completion is called: always, exactly once for each send, and never
@@ -66,7 +67,7 @@ class KELO_API Endpoint : public Object,
                           public URLRequestConvertible,
                           public std::enable_shared_from_this<Endpoint> {
 public:
-    /// Takes the text of an answer, or the error in its place.
+    /// Takes the text of a response, or the error in its place.
     using TextCompletion =
         std::function<void(std::optional<std::string> text, std::optional<Error> error)>;
     using DownloadCompletion = Session::DownloadCompletion;
@@ -95,16 +96,16 @@ public:
     virtual std::shared_ptr<EndpointRequest> send(ResponseReader reader);
     /// The same with `data` as the body.
     virtual std::shared_ptr<EndpointRequest> sendUpload(ResponseReader reader, Data data);
-    /// Sends the call and keeps the answer as the file `destinationUrl`. No envelope is read, and
+    /// Sends the call and keeps the response as the file `destinationUrl`. No envelope is read, and
     /// no handle is returned; progress goes to the handler that was set before. The completion is
     /// called where `delivery` says.
     virtual void download(const URL& destinationUrl, DownloadCompletion completionHandler,
                           DownloadDelivery delivery = DownloadDelivery::MainQueue);
-    /// Sends the call and hands out the answer's body as text, whatever it says.
+    /// Sends the call and hands out the response's body as text, whatever it says.
     virtual std::shared_ptr<EndpointRequest> request(TextCompletion completionHandler);
 
-    /// Sends the call and parses the answer: `completionHandler(items, metadata, timeline, error)`
-    /// with a `std::vector<std::shared_ptr<P::T>>` (empty with an error), a
+    /// Sends the call and parses the response: `completionHandler(items, metadata, timeline,
+    /// error)` with a `std::vector<std::shared_ptr<P::T>>` (empty with an error), a
     /// `std::optional<Metadata>` (present for a list), a `const Timeline&` and a
     /// `std::optional<Error>`. Neither the parser nor the completion may be empty, and the
     /// completion must not throw.

@@ -7,7 +7,7 @@
 
 namespace KeloAPI {
 
-/// The handle of a call under way. Kept beyond the call's end, it keeps nothing of the answer.
+/// The handle of a call under way. Kept beyond the call's end, it keeps nothing of the response.
 class KELO_API EndpointRequest : public Object {
 public:
     /// Takes the handle and the fraction done: moved bytes divided by expected bytes, without any

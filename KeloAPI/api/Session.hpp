@@ -85,7 +85,7 @@ public:
     virtual std::shared_ptr<Request> request(const URLRequestConvertible& convertible);
     /// Sends a request with `data` as its body.
     virtual std::shared_ptr<Request> upload(const URLRequestConvertible& convertible, Data data);
-    /// Sends a request whose answer becomes the file `destinationUrl`. A download keeps what is
+    /// Sends a request whose response becomes the file `destinationUrl`. A download keeps what is
     /// answered with a status of 200 to 299, but not 204, 205, nor a 206 without a Range field in
     /// the request; any other status is the error `HTTPStatus`. The progress is told on the main
     /// queue, and the completion, which must not be empty, called where `delivery` says.

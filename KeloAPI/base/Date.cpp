@@ -15,10 +15,10 @@ public:
     explicit Scanner(std::string_view text)
         : _rest(text) {}
 
-    int number(std::size_t fewestDigits, std::size_t mostDigits) {
+    int number(std::size_t fewestDigits, std::size_t maxDigits) {
         int value = 0;
         std::size_t digits = 0;
-        while (digits < mostDigits && digits < _rest.size() && isDigit(_rest[digits])) {
+        while (digits < maxDigits && digits < _rest.size() && isDigit(_rest[digits])) {
             value = value * 10 + (_rest[digits++] - '0');
         }
         _ok = _ok && digits >= fewestDigits;

@@ -27,7 +27,7 @@ namespace KeloAPI {
 class KELO_API LongformUploadEndpoint : public Endpoint {
 public:
     /// The upload as the service describes it, or the error in its place; null without an error
-    /// where the answer held nothing.
+    /// where the response held nothing.
     using Completion =
         std::function<void(std::shared_ptr<KLVideoUpload> upload, std::optional<Error> error)>;
 

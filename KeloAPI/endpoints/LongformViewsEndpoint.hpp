@@ -19,7 +19,7 @@ public:
     static std::shared_ptr<LongformViewsEndpoint> create(const std::string& longformId);
     ~LongformViewsEndpoint() override;
 
-    /// GET. The completion runs on the main queue, with null views where the answer held none.
+    /// GET. The completion runs on the main queue, with null views where the response held none.
     std::shared_ptr<EndpointRequest> fetchViews(
         std::function<void(std::shared_ptr<KLLongformViews> views, std::optional<Error> error)>
             completion);

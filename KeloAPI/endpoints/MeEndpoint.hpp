@@ -28,7 +28,7 @@ public:
     static std::shared_ptr<MeEndpoint> create(std::shared_ptr<Session> session);
     ~MeEndpoint() override;
 
-    /// The completion runs on the main queue. An answer without error and without a user stops the
+    /// The completion runs on the main queue. A response without error and without a user stops the
     /// process: the service rules it out.
     void get(std::function<void(const MeResult& result)> completion);
 

@@ -17,14 +17,14 @@ namespace KeloAPI {
 /// What an action on a post brings.
 template <class T>
 struct PostActionSuccess {
-    /// The first item of the answer; null when the answer held none.
+    /// The first item of the response; null when the response held none.
     std::shared_ptr<T> item;
 };
 
 template <class T>
 using PostActionResult = Outcome<PostActionSuccess<T>>;
 
-/// Does something to a post, or takes it back; the answer is parsed by a parser of type `P`. Does
+/// Does something to a post, or takes it back; the response is parsed by a parser of type `P`. Does
 /// not keep the post alive, and does not change it: that is the host's business after a success.
 template <class P>
 class PostActionEndpoint : public Endpoint {

@@ -25,7 +25,7 @@ enum class HTTPErrorCode : std::int8_t {
     CannotFindHost = 3,
     /// No connection came about.
     CannotConnect = 4,
-    /// The connection broke off, before the answer was complete or before it was secure.
+    /// The connection broke off, before the response was complete or before it was secure.
     ConnectionLost = 5,
     /// TLS failed, or the server's certificate is not one that the host's policy accepts.
     ServerTrust = 6,
@@ -41,7 +41,7 @@ enum class HTTPErrorCode : std::int8_t {
     BadJson = 11,
     /// There is no body where one was expected.
     EmptyBody = 12,
-    /// The body is not text in the character set that the answer names.
+    /// The body is not text in the character set that the response names.
     TextEncoding = 13,
     /// A download was answered with a status that brings no file: the user info holds it under
     /// `HTTPStatusCodeKey`.
@@ -50,7 +50,7 @@ enum class HTTPErrorCode : std::int8_t {
     CannotWriteFile = 15,
     /// A parameter cannot be encoded.
     ParameterEncoding = 16,
-    /// The body is larger than an answer that is kept in memory may be (256 MiB).
+    /// The body is larger than a response that is kept in memory may be (256 MiB).
     BodyTooLarge = 17,
     /// The system has no memory, thread or descriptor to give for the request, or the bodies that
     /// are kept in memory reach 1 GiB in all. The next request may fare better.

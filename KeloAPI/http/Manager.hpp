@@ -13,7 +13,7 @@
 
 namespace KeloAPI {
 
-/// Makes and starts requests over one transport, with one queue on which their answers are
+/// Makes and starts requests over one transport, with one queue on which their responses are
 /// serialised. Its requests share connections. When it goes and its transport with it, those in
 /// flight end with `Cancelled`; a transport that the caller keeps carries them to their end. Usable
 /// from any thread. In a forked child the managers of its parent do not work: their requests end
@@ -32,13 +32,13 @@ public:
     Manager& operator=(const Manager&) = delete;
     ~Manager();
 
-    /// Sends a request whose answer is gathered in memory.
+    /// Sends a request whose response is gathered in memory.
     std::shared_ptr<Request> request(const URLRequestConvertible& convertible);
 
     /// As `request`, with `data` as the body in place of any that the request has.
     std::shared_ptr<Request> upload(const URLRequestConvertible& convertible, Data data);
 
-    /// Sends a request whose answer becomes a file. It is written beside the destination, flushed
+    /// Sends a request whose response becomes a file. It is written beside the destination, flushed
     /// and renamed over it: unless the download succeeds, the destination stays as it was. A
     /// download keeps what is answered with a status of 200 to 299, but not 204, 205, nor a 206
     /// without a Range field in the request; any other status is the error `HTTPStatus`.

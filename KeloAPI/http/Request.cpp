@@ -19,7 +19,7 @@ void post(Request::Completion completion) {
 }
 
 Error noMemory() {
-    return httpError(HTTPErrorCode::OutOfResources, "there is no memory for the answer");
+    return httpError(HTTPErrorCode::OutOfResources, "there is no memory for the response");
 }
 
 } // namespace
@@ -91,7 +91,7 @@ std::optional<Error> Request::obstacle() const {
                          "the connections belong to the parent of this forked process");
     }
     if (!_responseQueue->open()) {
-        return httpError(HTTPErrorCode::OutOfResources, "no thread can be made for the answer");
+        return httpError(HTTPErrorCode::OutOfResources, "no thread can be made for the response");
     }
     return _request.problem();
 }
@@ -240,7 +240,7 @@ Request::Completion Request::serve(const Serializer& serializer) const {
         return serializer(content, timeline);
     } catch (const std::bad_alloc&) {
         if (_sink->body().empty()) {
-            throw; // not the answer's doing
+            throw; // not the response's doing
         }
     }
     const std::optional<Error> error = noMemory();

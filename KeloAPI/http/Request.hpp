@@ -78,8 +78,8 @@ public:
     /// allows it, a short response to a call is serialised on the network thread.
     void response(Serializer serializer, ReadingPlace place = ReadingPlace::ResponseQueue);
 
-    /// Attaches a response handler as two steps: a serializer that makes a value of the answer, and
-    /// a completion for that value.
+    /// Attaches a response handler as two steps: a serializer that makes a value of the response,
+    /// and a completion for that value.
     template <class T>
     void response(std::function<Result<T>(const ResponseContent&)> serializer,
                   std::function<void(Result<T>, Timeline)> completion);

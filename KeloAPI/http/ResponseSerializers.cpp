@@ -9,11 +9,12 @@ Result<JsonDocument> serializeJSON(const ResponseContent& content) {
         return *content.error;
     }
     if (content.body.empty()) {
-        return httpError(HTTPErrorCode::EmptyBody, "the answer has no body");
+        return httpError(HTTPErrorCode::EmptyBody, "the response has no body");
     }
     auto document = JsonDocument::parse(content.body);
     if (!document) {
-        return httpError(HTTPErrorCode::BadJson, "the answer is no JSON", document.error());
+        return httpError(HTTPErrorCode::BadJson, "the response is not valid JSON",
+                         document.error());
     }
     return document;
 }
@@ -35,7 +36,7 @@ Result<std::string> serializeText(const ResponseContent& content) {
     if (auto text = decodedText(content.body, charset)) {
         return *std::move(text);
     }
-    return httpError(HTTPErrorCode::TextEncoding, "the answer is no text in " + charset);
+    return httpError(HTTPErrorCode::TextEncoding, "the response is not text in " + charset);
 }
 
 } // namespace KeloAPI

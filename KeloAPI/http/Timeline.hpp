@@ -10,24 +10,24 @@ namespace KeloAPI {
 struct Timeline {
     /// The request was sent.
     Date requestStartTime;
-    /// The first byte of the answer came.
+    /// The first byte of the response came.
     Date initialResponseTime;
     /// The exchange ended.
     Date requestCompletedTime;
-    /// The answer was serialised.
+    /// The response was serialised.
     Date serializationCompletedTime;
 
-    /// From the sending to the first byte of the answer.
+    /// From the sending to the first byte of the response.
     std::chrono::microseconds latency() const { return initialResponseTime - requestStartTime; }
     /// From the sending to the end of the exchange.
     std::chrono::microseconds requestDuration() const {
         return requestCompletedTime - requestStartTime;
     }
-    /// From the end of the exchange to the serialised answer.
+    /// From the end of the exchange to the serialised response.
     std::chrono::microseconds serializationDuration() const {
         return serializationCompletedTime - requestCompletedTime;
     }
-    /// From the sending to the serialised answer.
+    /// From the sending to the serialised response.
     std::chrono::microseconds totalDuration() const {
         return serializationCompletedTime - requestStartTime;
     }

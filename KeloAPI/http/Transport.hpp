@@ -13,9 +13,9 @@
 
 namespace KeloAPI {
 
-/// The head of an answer.
+/// The head of a response.
 struct HTTPResponse {
-    /// Where the answer came from, after redirects.
+    /// Where the response came from, after redirects.
     URL url;
     /// The status that the server sent, of the last hop where there were redirects.
     int statusCode = 0;
@@ -33,9 +33,9 @@ public:
     ExchangeObserver& operator=(const ExchangeObserver&) = delete;
     virtual ~ExchangeObserver();
 
-    /// The head of the final answer; heads of redirects are not reported. At most once.
+    /// The head of the final response; heads of redirects are not reported. At most once.
     virtual void didReceiveResponse(HTTPResponse response) = 0;
-    /// A run of the final answer's body, content encodings undone. False gives the exchange up,
+    /// A run of the final response's body, content encodings undone. False gives the exchange up,
     /// which then completes with an error.
     virtual bool didReceiveData(std::string_view bytes) = 0;
     /// More of the request's body was taken: so many bytes of so many in all. Goes back to a

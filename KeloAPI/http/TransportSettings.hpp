@@ -49,7 +49,7 @@ struct TransportSettings {
     /// Bytes in the head of a response, with its interim responses and trailers. More are
     /// `BadServerResponse`.
     std::size_t maxHeadBytes = std::size_t{256} << 10U;
-    /// Bytes in a response that is kept in memory; more are `BodyTooLarge`. No answer of the
+    /// Bytes in a response that is kept in memory; more are `BodyTooLarge`. No response of the
     /// service comes near it: a body that does is an accident or an attack.
     std::size_t maxBodyBytes = std::size_t{256} << 20U;
     /// Bytes of all responses in the memory of this process, of other managers' too; beyond them a

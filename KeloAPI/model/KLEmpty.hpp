@@ -8,7 +8,7 @@
 
 namespace KeloAPI {
 
-/// What an answer without data is parsed into.
+/// What a response without data is parsed into.
 class KELO_API KLEmpty final : public Object {
 public:
     KLEmpty() = default;

@@ -28,7 +28,7 @@ public:
     double aspectRatio = 1;
     /// "thumbnailUrl"; absent where there is none, or no URL.
     std::optional<URL> thumbnailUrl;
-    /// Whether the host may fetch the video before it plays. The host's own: no answer sets it.
+    /// Whether the host may fetch the video before it plays. The host's own: no response sets it.
     bool canPreload = false;
 
 private:

@@ -16,7 +16,7 @@ namespace KeloAPI {
 class KeyedUnarchiver;
 
 /// A snapshot of a loop counter and the rate at which it grows, so that a count can keep rising on
-/// the screen between two answers of the service. One thread at a time.
+/// the screen between two responses of the service. One thread at a time.
 class KELO_API LoopData final : public Archivable {
 public:
     /// Loops counted at the instant `created`; an unsigned 64-bit integer.

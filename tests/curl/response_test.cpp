@@ -150,7 +150,7 @@ TEST_F(ResponseTest, AHeadThatIsTooLongIsSaidToBe) {
           chunkedResponse("2\r\nab\r\n0\r\n" + largeFields(400) + "\r\n")}) {
         const auto heard = answeredWith(bytes);
         ASSERT_TRUE(failedWith(heard, HTTPErrorCode::BadServerResponse));
-        EXPECT_EQ(heard->error->localizedDescription(), "the answer's head is too long");
+        EXPECT_EQ(heard->error->localizedDescription(), "the response's head is too long");
     }
 }
 

@@ -107,7 +107,7 @@ private:
 } // namespace
 
 bool nestsWithin(const PropertyList& list, std::uint8_t levels) {
-    require(levels <= mostLevelsToAskFor, "more levels than a check of nesting can count");
+    require(levels <= maxLevelsToAskFor, "more levels than a check of nesting can count");
     return NestingCheck(list, levels).passes();
 }
 

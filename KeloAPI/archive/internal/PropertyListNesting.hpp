@@ -6,7 +6,7 @@
 
 namespace KeloAPI {
 
-constexpr std::uint8_t mostLevelsToAskFor = 250;
+constexpr std::uint8_t maxLevelsToAskFor = 250;
 
 /// Whether no container of a list holds itself and none has more than so many levels of values
 /// below it.

@@ -87,7 +87,7 @@ HTTPErrorCode httpCode(CURLcode code, std::string_view detail) {
     case CURLE_SSL_ENGINE_SETFAILED:
     case CURLE_SSL_ENGINE_INITFAILED:
         return HTTPErrorCode::ServerTrust;
-    // Every URL is checked to be one of http or https before: this means an answer in no version
+    // Every URL is checked to be one of http or https before: this means a response in no version
     // of HTTP that is spoken.
     case CURLE_UNSUPPORTED_PROTOCOL:
     case CURLE_WEIRD_SERVER_REPLY:
@@ -115,7 +115,7 @@ std::string_view message(HTTPErrorCode code) {
     case HTTPErrorCode::ServerTrust:
         return "no secure connection that the host's policy accepts";
     case HTTPErrorCode::BadServerResponse:
-        return "the server's answer is no HTTP";
+        return "the server's response is not HTTP";
     case HTTPErrorCode::OutOfResources:
         return "there is no memory, thread or descriptor for the request";
     default:

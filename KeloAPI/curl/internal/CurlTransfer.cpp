@@ -23,7 +23,7 @@ namespace {
 /// More of a redirect's body than this is not worth reading for the sake of its connection.
 constexpr std::size_t maxDiscarded = 64UL * 1024;
 
-constexpr const char* headTooLong = "the answer's head is too long";
+constexpr const char* headTooLong = "the response's head is too long";
 
 /// No interval beyond this makes a difference, and none overflows the clock.
 constexpr std::chrono::milliseconds maxInterval = std::chrono::hours(24 * 365);
@@ -161,10 +161,10 @@ CurlTransfer::Outcome CurlTransfer::outcome(CURLcode code) const {
                                 isHTTPError(*outcome.error, HTTPErrorCode::ConnectionLost));
     } else if (!_hop->head.isFinished()) {
         outcome.error =
-            httpError(HTTPErrorCode::ConnectionLost, "the answer ended within its head");
+            httpError(HTTPErrorCode::ConnectionLost, "the response ended within its head");
     } else if (_hop->gzip && !_hop->gzip->isComplete()) {
         outcome.error =
-            httpError(HTTPErrorCode::BadServerResponse, "the answer's body was cut short");
+            httpError(HTTPErrorCode::BadServerResponse, "the response's body was cut short");
     }
     return outcome;
 }
@@ -274,7 +274,7 @@ bool CurlTransfer::takeBody(std::string_view bytes) {
     case ResponseHead::ContentCoding::Other:
         break;
     }
-    return giveUp(HTTPErrorCode::BadServerResponse, "the answer's encoding was not offered");
+    return giveUp(HTTPErrorCode::BadServerResponse, "the response's encoding was not offered");
 }
 
 bool CurlTransfer::unpack(std::string_view bytes) {
@@ -285,7 +285,7 @@ bool CurlTransfer::unpack(std::string_view bytes) {
         _hop->gzip->take(bytes, [this](std::string_view unpacked) { return deliver(unpacked); });
     if (result == GzipDecoder::Result::Malformed) {
         return giveUp(HTTPErrorCode::BadServerResponse,
-                      "the answer's body is not what its encoding says");
+                      "the response's body is not what its encoding says");
     }
     return result == GzipDecoder::Result::Taken;
 }

@@ -19,9 +19,9 @@ bool isFramingField(std::string_view name) {
 /// How much of a body libcurl takes at a time: more than its usual 64 KiB makes a large body
 /// quicker, and less than a sixteenth of the body leaves the progress its steps.
 long uploadBufferFor(std::size_t bodySize) {
-    constexpr std::size_t usual = std::size_t{64} << 10U;
-    constexpr std::size_t most = std::size_t{512} << 10U;
-    return static_cast<long>(std::clamp(bodySize / 16, usual, most));
+    constexpr std::size_t defaultSize = std::size_t{64} << 10U;
+    constexpr std::size_t maxSize = std::size_t{512} << 10U;
+    return static_cast<long>(std::clamp(bodySize / 16, defaultSize, maxSize));
 }
 
 bool promisesBody(Method method) {

@@ -315,8 +315,8 @@ int NetworkThread::pollTimeout() const {
 /// In place of a poll that failed, which says nothing of any transfer: what has come in meanwhile
 /// is taken up at the next turn, and what cannot be served any more times out.
 void NetworkThread::pause() const {
-    constexpr int longest = 10; // in milliseconds
-    std::this_thread::sleep_for(std::chrono::milliseconds(std::min(pollTimeout(), longest)));
+    constexpr int maxPause = 10; // in milliseconds
+    std::this_thread::sleep_for(std::chrono::milliseconds(std::min(pollTimeout(), maxPause)));
 }
 
 void NetworkThread::cleanUp() {

@@ -59,10 +59,11 @@ Result<URLRequest> redirected(const URLRequest& request, int statusCode,
     const std::string& location = fields.find("Location")->second;
     const std::optional<URL> target = request.url->resolve(location);
     if (!target || !target->isHTTP()) {
-        return httpError(HTTPErrorCode::UnsupportedURL, "redirected to no http URL: " + location);
+        return httpError(HTTPErrorCode::UnsupportedURL,
+                         "the redirect does not lead to an http URL: " + location);
     }
     if (request.url->scheme() == "https" && target->scheme() != "https") {
-        return httpError(HTTPErrorCode::ServerTrust, "redirected out of TLS: " + location);
+        return httpError(HTTPErrorCode::ServerTrust, "the redirect leads out of TLS: " + location);
     }
     URLRequest next = request;
     next.url = target;

@@ -9,7 +9,7 @@ namespace KeloAPI {
 /// The most redirects that one exchange follows.
 inline constexpr int maxRedirects = 20;
 
-/// True for an answer that sends the client elsewhere.
+/// True for a response that sends the client elsewhere.
 bool isRedirect(int statusCode, const HeaderFields& fields);
 
 /// The request that follows `request` where a redirect answered it; `UnsupportedURL` when it leads

@@ -10,14 +10,14 @@
 
 namespace KeloAPI {
 
-/// Gathers the head of an answer from its lines. Interim answers (1xx) and what follows the body
+/// Gathers the head of a response from its lines. Interim responses (1xx) and what follows the body
 /// are passed over, but count for its length.
 class ResponseHead {
 public:
     enum class Progress : std::uint8_t {
         /// More lines are due, or the line means nothing here.
         Unfinished,
-        /// This line finished the final answer's head. Once.
+        /// This line finished the final response's head. Once.
         Finished,
         /// Longer than any head has reason to be.
         TooLong

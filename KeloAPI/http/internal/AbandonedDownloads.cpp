@@ -23,7 +23,7 @@ constexpr std::string_view digits = "0123456789abcdef";
 constexpr std::size_t randomBytes = 16;
 /// A folder is cleared when a process starts and when it is trimmed: this many times in a row is no
 /// accident.
-constexpr int mostAttempts = 100;
+constexpr int maxAttempts = 100;
 
 struct Cleared {
     std::mutex mutex;
@@ -63,7 +63,7 @@ int create(const std::string& path) {
     // Opened by hand because the system's temporary files are private, and what this becomes is an
     // ordinary file: the process's mask cannot be read without changing it for all threads.
     constexpr int flags = O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC;
-    for (int attempt = 0; attempt < mostAttempts; ++attempt) {
+    for (int attempt = 0; attempt < maxAttempts; ++attempt) {
         const int file = open(path.c_str(), flags, 0666);
         if (file < 0) {
             return file;

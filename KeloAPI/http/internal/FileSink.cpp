@@ -32,7 +32,7 @@ void FileSink::begin(const HTTPResponse& head) {
         _file.emplace(*path);
     } else {
         _refusal = httpError(HTTPErrorCode::CannotWriteFile,
-                             destination.absoluteString() + " is no file URL");
+                             destination.absoluteString() + " is not a file URL");
     }
 }
 
@@ -42,7 +42,7 @@ bool FileSink::take(std::string_view bytes) {
 
 std::optional<Error> FileSink::finish(std::optional<Error> error) {
     if (!error && !_begun) {
-        error = httpError(HTTPErrorCode::BadServerResponse, "there was no answer");
+        error = httpError(HTTPErrorCode::BadServerResponse, "there was no response");
     }
     if (!error && _file) {
         _file->commit();

@@ -29,11 +29,11 @@ void MemorySink::begin(const HTTPResponse& head) {
 
 bool MemorySink::take(std::string_view bytes) {
     if (bytes.size() > _maxBytes - std::min(_maxBytes, _body.size())) {
-        _refusal = httpError(HTTPErrorCode::BodyTooLarge, "the answer is too large");
+        _refusal = httpError(HTTPErrorCode::BodyTooLarge, "the response is too large");
         return false;
     }
     if (!BodyMemory::take(bytes.size(), _maxBytesInProcess)) {
-        _refusal = httpError(HTTPErrorCode::OutOfResources, "too many large answers at a time");
+        _refusal = httpError(HTTPErrorCode::OutOfResources, "too many large responses at a time");
         return false;
     }
     _counted += bytes.size();
