@@ -1,4 +1,4 @@
-#include "benchmarks/inflight/CurlClient.hpp"
+#include "benchmarks/calls/CurlClient.hpp"
 
 #include <curl/curl.h>
 #include <simdjson.h>
