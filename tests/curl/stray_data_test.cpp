@@ -22,6 +22,7 @@ protected:
     void serve(RawConnection& raw, const Disturb& disturb) {
         const int connection = ++accepted;
         for (int i = 0; !raw.readRequest().empty(); ++i) {
+            const int number = ++requests;
             const std::string response = std::to_string(connection) + "." + std::to_string(i);
             {
                 const std::lock_guard lock(mutex);
