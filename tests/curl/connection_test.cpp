@@ -100,13 +100,18 @@ TEST_F(ConnectionTest, WhatStartsInsideTheEndOfAnotherIsSentAtOnce) {
 }
 
 TEST_F(ConnectionTest, MayBeEndedInTheMidstOfAnObserversCall) {
+    RawServer unfinished(leaf.serverContext(), [](RawConnection& connection) {
+        connection.readRequest();
+        connection.write("HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\n");
+        connection.waitForClose();
+    });
     const auto observer = std::make_shared<RecordingObserver>();
     std::binary_semaphore started{0};
     observer->onResponse = [&] {
         EXPECT_TRUE(started.try_acquire_for(timeLimit));
         transport.reset();
     };
-    transport->start(get(server.secureUrl("/")), observer);
+    transport->start(get(unfinished.secureUrl("/")), observer);
     started.release();
     ASSERT_TRUE(observer->wait());
     EXPECT_TRUE(failedWith(observer, HTTPErrorCode::Cancelled));
