@@ -58,10 +58,6 @@ CurlTransfer::CurlTransfer(const URLRequest& request, std::shared_ptr<ExchangeOb
     , _timeoutInterval(std::min({request.timeoutInterval, maxInterval,
                                  _settings.silenceTimeout.value_or(maxInterval)})) {}
 
-CurlTransfer::~CurlTransfer() {
-    disarm();
-}
-
 void CurlTransfer::cancel() {
     _cancelled = true;
     _thread->cancel(shared_from_this());
@@ -79,26 +75,22 @@ CurlTransfer::Clock::time_point CurlTransfer::deadline() const {
     return std::min(moved + _timeoutInterval, _end);
 }
 
-bool CurlTransfer::arm(const TrustStore& trust, CURLSH* cookies, CurlSockets& sockets) {
-    _sockets = &sockets;
+bool CurlTransfer::arm(const TrustStore& trust, Shared& shared) {
+    _shared = &shared;
     _hop->lastActivity = Clock::now();
     if (_settings.responseTimeout && _end == Clock::time_point::max()) {
         _end = _hop->lastActivity + std::min(*_settings.responseTimeout, maxInterval);
     }
     _body = {};
-    curl_slist_free_all(std::exchange(_headers, nullptr));
-    if (_easy == nullptr) {
-        _easy = curl_easy_init();
-    } else {
-        curl_easy_reset(_easy);
-    }
+    disarm();
+    _easy = shared.easyHandles.take();
     CurlOptions options(_easy);
     if (_easy == nullptr) {
         options.fail(CURLE_OUT_OF_MEMORY);
     }
     setUpTransfer(options);
     trust.applyTo(options);
-    setUpCookies(options, cookies);
+    setUpCookies(options);
     setUpRequest(options);
     setUpHeaders(options);
     if (options.code() != CURLE_OK) {
@@ -108,7 +100,9 @@ bool CurlTransfer::arm(const TrustStore& trust, CURLSH* cookies, CurlSockets& so
 }
 
 void CurlTransfer::disarm() {
-    curl_easy_cleanup(std::exchange(_easy, nullptr));
+    if (_easy != nullptr) {
+        _shared->easyHandles.giveBack(std::exchange(_easy, nullptr));
+    }
     curl_slist_free_all(std::exchange(_headers, nullptr));
 }
 
@@ -331,7 +325,7 @@ bool CurlTransfer::acceptConnection(const std::string& ends) {
     long connectionsMade = 0;
     curl_easy_getinfo(_easy, CURLINFO_NUM_CONNECTS, &connectionsMade);
     if (!multiplexed && connectionsMade == 0) {
-        const curl_socket_t socket = _sockets->find(ends);
+        const curl_socket_t socket = _shared->sockets.find(ends);
         if (socket == CURL_SOCKET_BAD || hasStrayData(socket, tls)) {
             _hop->refusedConnection = true;
             _hop->sent = false;

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <KeloAPI/curl/internal/CurlOrigin.hpp>
+#include <KeloAPI/curl/internal/CurlSockets.hpp>
+#include <KeloAPI/curl/internal/EasyHandles.hpp>
 #include <KeloAPI/curl/internal/GzipDecoder.hpp>
 #include <KeloAPI/curl/internal/ResponseHead.hpp>
 #include <KeloAPI/http/HTTPError.hpp>
@@ -23,7 +25,6 @@
 namespace KeloAPI {
 
 class CurlOptions;
-class CurlSockets;
 class NetworkThread;
 class TrustStore;
 
@@ -33,9 +34,15 @@ class CurlTransfer final : public Exchange, public std::enable_shared_from_this<
 public:
     using Clock = std::chrono::steady_clock;
 
+    /// What the transfers of one network thread share.
+    struct Shared {
+        CURLSH* cookies = nullptr;
+        CurlSockets sockets;
+        EasyHandles easyHandles;
+    };
+
     CurlTransfer(const URLRequest& request, std::shared_ptr<ExchangeObserver> observer,
                  std::shared_ptr<NetworkThread> thread);
-    ~CurlTransfer() override;
 
     void cancel() override;
 
@@ -53,7 +60,7 @@ public:
     void wait(CurlOrigin& origin);
     /// Makes the easy handle ready to be sent. The arguments must outlive the hop. False where it
     /// cannot be set up in full; `outcome` then says why.
-    bool arm(const TrustStore& trust, CURLSH* cookies, CurlSockets& sockets);
+    bool arm(const TrustStore& trust, Shared& shared);
 
     /// What the thread does with the transfer; it alone changes that.
     enum class Stage : std::uint8_t { Waiting, InFlight, Pausing };
@@ -120,7 +127,7 @@ private:
     /// Of the next retry; absent where there is none.
     std::optional<std::chrono::milliseconds> nextPause() const;
     void setUpTransfer(CurlOptions& options);
-    void setUpCookies(CurlOptions& options, CURLSH* cookies);
+    void setUpCookies(CurlOptions& options);
     void setUpRequest(CurlOptions& options);
     void setUpHeaders(CurlOptions& options);
     void appendHeader(CurlOptions& options, const std::string& line);
@@ -164,7 +171,7 @@ private:
     CURL* _easy = nullptr;
     curl_slist* _headers = nullptr;
     CurlOrigin* _origin = nullptr;
-    CurlSockets* _sockets = nullptr;
+    Shared* _shared = nullptr;
     /// The request's, as libcurl takes it.
     std::string_view _body;
     std::optional<Hop> _hop;

@@ -1,6 +1,5 @@
 #include <KeloAPI/base/internal/Ascii.hpp>
 #include <KeloAPI/curl/internal/CurlOptions.hpp>
-#include <KeloAPI/curl/internal/CurlSockets.hpp>
 #include <KeloAPI/curl/internal/CurlTransfer.hpp>
 
 #include <algorithm>
@@ -64,13 +63,13 @@ void CurlTransfer::setUpTransfer(CurlOptions& options) {
     options.set(CURLOPT_NOPROGRESS, 0L);
     options.set(CURLOPT_PREREQFUNCTION, &CurlTransfer::onConnected);
     options.set(CURLOPT_PREREQDATA, this);
-    _sockets->watch(options);
+    _shared->sockets.watch(options);
 }
 
-void CurlTransfer::setUpCookies(CurlOptions& options, CURLSH* cookies) {
+void CurlTransfer::setUpCookies(CurlOptions& options) {
     // A Cookie field that the request brings is all that is sent.
     if (!_request.headerFields.contains("Cookie")) {
-        options.set(CURLOPT_SHARE, cookies);
+        options.set(CURLOPT_SHARE, _shared->cookies);
         options.set(CURLOPT_COOKIEFILE, ""); // no file: switches cookies on
     }
 }

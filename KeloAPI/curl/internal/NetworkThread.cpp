@@ -47,8 +47,8 @@ void NetworkThread::open() {
 void NetworkThread::start(std::shared_ptr<CurlTransfer> transfer) {
     const std::lock_guard lock(_mutex);
     _commands.starts.push_back(std::move(transfer));
-    // This thread itself looks for commands before it sleeps.
-    if (!isCurrentThread()) {
+    if (_resting) {
+        _resting = false;
         curl_multi_wakeup(_multi);
     }
 }
@@ -81,8 +81,8 @@ void NetworkThread::run() {
     pthread_setname_np(pthread_self(), _name.c_str());
     const ExitGuard::Member member([this] { wake(); });
     ExitGuard::parkIfExiting();
-    _cookies = curl_share_init();
-    curl_share_setopt(_cookies, CURLSHOPT_SHARE, CURL_LOCK_DATA_COOKIE);
+    _shared.cookies = curl_share_init();
+    curl_share_setopt(_shared.cookies, CURLSHOPT_SHARE, CURL_LOCK_DATA_COOKIE);
     loop();
     cleanUp();
 }
@@ -99,7 +99,7 @@ void NetworkThread::loop() {
         finishDone();
         finishOverdue();
         ExitGuard::parkIfExiting();
-        if (hasStarts() || hasSendable()) {
+        if (hasSendable() || !mayRest()) {
             continue; // what has just ended is followed by another
         }
         const CURLMcode polled = curl_multi_poll(_multi, nullptr, 0, pollTimeout(), nullptr);
@@ -128,12 +128,15 @@ bool NetworkThread::carryOut(const Commands& commands) {
 
 NetworkThread::Commands NetworkThread::takeCommands() {
     const std::lock_guard lock(_mutex);
+    _resting = false;
     return std::exchange(_commands, {});
 }
 
-bool NetworkThread::hasStarts() {
+/// True where nothing waits to be sent; whoever sends something from then on wakes the thread.
+bool NetworkThread::mayRest() {
     const std::lock_guard lock(_mutex);
-    return !_commands.starts.empty();
+    _resting = _commands.starts.empty();
+    return _resting;
 }
 
 /// Lets the transfer's next request wait for its turn.
@@ -184,7 +187,7 @@ void NetworkThread::sendWaiting() {
 }
 
 void NetworkThread::send(CurlTransfer& transfer) {
-    if (!transfer.arm(trustFor(*transfer.request().url), _cookies, _sockets) ||
+    if (!transfer.arm(trustFor(*transfer.request().url), _shared) ||
         curl_multi_add_handle(_multi, transfer.easy()) != CURLM_OK) {
         finish(transfer, transfer.outcome(CURLE_OUT_OF_MEMORY));
         return;
@@ -326,7 +329,7 @@ void NetworkThread::cleanUp() {
         std::swap(multi, _multi);
     }
     curl_multi_cleanup(multi);
-    curl_share_cleanup(_cookies);
+    curl_share_cleanup(_shared.cookies);
     // Otherwise the thread would do it after the process's exit has ceased to wait for it.
     OPENSSL_thread_stop();
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <KeloAPI/curl/internal/CurlOrigin.hpp>
-#include <KeloAPI/curl/internal/CurlSockets.hpp>
 #include <KeloAPI/curl/internal/CurlTransfer.hpp>
 #include <KeloAPI/curl/internal/TrustStore.hpp>
 #include <KeloAPI/http/ServerTrustPolicy.hpp>
@@ -61,7 +60,7 @@ private:
     void wake();
     bool carryOut(const Commands& commands);
     Commands takeCommands();
-    bool hasStarts();
+    bool mayRest();
     void enqueue(const std::shared_ptr<CurlTransfer>& transfer);
     const TrustStore& trustFor(const URL& url);
     CurlOrigin& originOf(const URL& url);
@@ -89,10 +88,10 @@ private:
     Commands _commands;
     CURLM* _multi = nullptr;
     bool _stopped = false;
+    bool _resting = false; // until it is woken
 
     // Only for the thread itself:
-    CURLSH* _cookies = nullptr;
-    CurlSockets _sockets;
+    CurlTransfer::Shared _shared;
     /// Of the policies that were needed so far.
     std::map<const ServerTrustPolicy*, TrustStore> _trustStores;
     /// Those that have transfers.

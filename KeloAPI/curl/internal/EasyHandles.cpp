@@ -1,0 +1,44 @@
+#include <KeloAPI/curl/internal/EasyHandles.hpp>
+
+#include <cstddef>
+
+namespace KeloAPI {
+
+namespace {
+
+constexpr std::size_t maxIdle = 64;
+
+} // namespace
+
+EasyHandles::~EasyHandles() {
+    for (CURL* easy : _idle) {
+        curl_easy_cleanup(easy);
+    }
+}
+
+CURL* EasyHandles::take() {
+    if (_idle.empty()) {
+        _idle.reserve(maxIdle); // so that none is lost where there is no memory any more
+        return curl_easy_init();
+    }
+    CURL* easy = _idle.back();
+    _idle.pop_back();
+    return easy;
+}
+
+void EasyHandles::giveBack(CURL* easy) noexcept {
+    if (easy == nullptr) {
+        return;
+    }
+    if (_idle.size() == _idle.capacity()) {
+        curl_easy_cleanup(easy);
+        return;
+    }
+    // A reset would leave the shared cookies with the handle, and lose the list of their files.
+    curl_easy_setopt(easy, CURLOPT_SHARE, nullptr);
+    curl_easy_setopt(easy, CURLOPT_COOKIEFILE, nullptr);
+    curl_easy_reset(easy);
+    _idle.push_back(easy);
+}
+
+} // namespace KeloAPI
