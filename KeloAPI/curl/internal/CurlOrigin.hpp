@@ -9,6 +9,7 @@
 namespace KeloAPI {
 
 class CurlTransfer;
+class TrustStore;
 
 /// What a network thread knows of one origin (scheme, host and port) while transfers to it are in
 /// flight or wait.
@@ -27,6 +28,8 @@ struct CurlOrigin {
     /// What libcurl puts on one HTTP/2 connection, where the server allows as many.
     static constexpr std::size_t streams = 100;
 
+    /// What its servers are judged by.
+    const TrustStore* trust = nullptr;
     Protocol protocol = Protocol::Unknown;
     std::size_t inFlight = 0;
     /// When a byte last moved on any connection to the origin.

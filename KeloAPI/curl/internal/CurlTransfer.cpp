@@ -75,7 +75,7 @@ CurlTransfer::Clock::time_point CurlTransfer::deadline() const {
     return std::min(moved + _timeoutInterval, _end);
 }
 
-bool CurlTransfer::arm(const TrustStore& trust, Shared& shared) {
+bool CurlTransfer::arm(Shared& shared) {
     _shared = &shared;
     _hop->lastActivity = Clock::now();
     if (_settings.responseTimeout && _end == Clock::time_point::max()) {
@@ -89,7 +89,7 @@ bool CurlTransfer::arm(const TrustStore& trust, Shared& shared) {
         options.fail(CURLE_OUT_OF_MEMORY);
     }
     setUpTransfer(options);
-    trust.applyTo(options);
+    _origin->trust->applyTo(options);
     setUpCookies(options);
     setUpRequest(options);
     setUpHeaders(options);

@@ -26,7 +26,6 @@ namespace KeloAPI {
 
 class CurlOptions;
 class NetworkThread;
-class TrustStore;
 
 /// One exchange from its start to its end: an easy handle that is armed anew for each redirect hop.
 /// Lives on its network thread, but for `cancel`.
@@ -58,9 +57,9 @@ public:
 
     /// Begins a hop, which waits until there is room for it. `origin` must outlive the hop.
     void wait(CurlOrigin& origin);
-    /// Makes the easy handle ready to be sent. The arguments must outlive the hop. False where it
+    /// Makes the easy handle ready to be sent. `shared` must outlive the hop. False where it
     /// cannot be set up in full; `outcome` then says why.
-    bool arm(const TrustStore& trust, Shared& shared);
+    bool arm(Shared& shared);
 
     /// What the thread does with the transfer; it alone changes that.
     enum class Stage : std::uint8_t { Waiting, InFlight, Pausing };

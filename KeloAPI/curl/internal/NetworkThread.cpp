@@ -145,13 +145,12 @@ void NetworkThread::enqueue(const std::shared_ptr<CurlTransfer>& transfer) {
         transfer->complete({});
         return;
     }
-    const URL& url = *transfer->request().url;
-    if (trustFor(url).rejectsEveryServer()) {
+    CurlOrigin& origin = originOf(*transfer->request().url);
+    if (origin.trust->rejectsEveryServer()) {
         transfer->complete(
             httpError(HTTPErrorCode::ServerTrust, "no certificate is pinned for this host"));
         return;
     }
-    CurlOrigin& origin = originOf(url);
     transfer->wait(origin);
     origin.waiting.emplace(transfer->order(), transfer.get());
     list(*transfer);
@@ -167,8 +166,10 @@ CurlOrigin& NetworkThread::originOf(const URL& url) {
     const std::string scheme = url.scheme();
     CurlOrigin& origin =
         _origins[scheme + "://" + url.host() + ':' + std::to_string(url.port().value_or(0))];
-    if (scheme == "http") {
-        origin.protocol = CurlOrigin::Protocol::Serial;
+    if (origin.trust == nullptr) {
+        origin.trust = &trustFor(url);
+        origin.protocol =
+            scheme == "http" ? CurlOrigin::Protocol::Serial : CurlOrigin::Protocol::Unknown;
     }
     return origin;
 }
@@ -187,8 +188,7 @@ void NetworkThread::sendWaiting() {
 }
 
 void NetworkThread::send(CurlTransfer& transfer) {
-    if (!transfer.arm(trustFor(*transfer.request().url), _shared) ||
-        curl_multi_add_handle(_multi, transfer.easy()) != CURLM_OK) {
+    if (!transfer.arm(_shared) || curl_multi_add_handle(_multi, transfer.easy()) != CURLM_OK) {
         finish(transfer, transfer.outcome(CURLE_OUT_OF_MEMORY));
         return;
     }
