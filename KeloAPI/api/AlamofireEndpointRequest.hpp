@@ -26,6 +26,7 @@ private:
     explicit AlamofireEndpointRequest(const std::shared_ptr<Request>& request);
 
     ProgressHandler _progressHandler;
+    bool _isObserving = false;
     /// Lives by itself until it has completed; whoever keeps the handle does not keep the response.
     const std::weak_ptr<Request> _request;
 };

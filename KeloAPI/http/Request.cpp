@@ -47,6 +47,7 @@ struct Request::Guarded {
     bool hasSlowHandler = false;
     Phase phase = Phase::Running;
 
+    std::shared_ptr<const void> companion;
     Progress progress;
     std::int64_t reported = 0;
     std::int64_t total = 0;
@@ -112,6 +113,13 @@ void Request::progress(Progress observer) {
     if (_guarded->phase != Phase::Delivered) {
         _guarded->progress.swap(observer); // the old one goes without the lock
         postReport();
+    }
+}
+
+void Request::keep(std::shared_ptr<const void> companion) {
+    const std::lock_guard lock(_guarded->mutex);
+    if (_guarded->phase != Phase::Delivered) {
+        _guarded->companion.swap(companion); // the old one goes without the lock
     }
 }
 
@@ -201,12 +209,12 @@ void Request::end(std::optional<Error> error) {
     deliver(std::move(last));
 }
 
-/// Progress that was reported is delivered before the last completion; behind it the observer goes,
-/// which may hold the request. Where neither is there, the main queue is not woken.
+/// Progress that was reported is delivered before the last completion; behind it go the observer and
+/// the companion, which may hold the request. Where none is there, the main queue is not woken.
 void Request::deliver(Completion last) {
     {
         const std::lock_guard lock(_guarded->mutex);
-        if (!last && !_guarded->progress) {
+        if (!last && !_guarded->progress && !_guarded->companion) {
             _guarded->phase = Phase::Delivered;
             return;
         }
@@ -216,7 +224,9 @@ void Request::deliver(Completion last) {
             last();
         }
         Progress observer;
+        std::shared_ptr<const void> companion;
         const std::lock_guard lock(self->_guarded->mutex);
+        self->_guarded->companion.swap(companion);
         self->_guarded->phase = Phase::Delivered;
         self->_guarded->progress.swap(observer);
     });

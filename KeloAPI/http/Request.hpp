@@ -74,6 +74,9 @@ public:
     /// later is not kept.
     void progress(Progress observer);
 
+    /// Keeps `companion` until the request has completed.
+    void keep(std::shared_ptr<const void> companion);
+
     /// Attaches a response handler. An empty one stops the process, here and below. Where `place`
     /// allows it, a short response to a call is serialised on the network thread.
     void response(Serializer serializer, ReadingPlace place = ReadingPlace::ResponseQueue);
