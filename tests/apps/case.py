@@ -4,7 +4,6 @@ import json
 import os
 import shlex
 import subprocess
-import time
 import unittest
 
 from console import Console
@@ -74,12 +73,6 @@ class Case(unittest.TestCase):
         """kelo, which goes on meanwhile."""
         return subprocess.Popen([KELO, *arguments], stdout=subprocess.PIPE,
                                 stderr=subprocess.PIPE, text=True, env=self.environment)
-
-    def wait_until(self, holds):
-        deadline = time.monotonic() + 20
-        while not holds():
-            self.assertLess(time.monotonic(), deadline)
-            time.sleep(0.02)
 
     def console(self, *arguments, columns=0):
         return Console([KELO, *arguments], self.environment, columns)

@@ -10,7 +10,7 @@ import unittest
 import unicodedata
 
 from case import KELO, PASSWORD, Case
-from service import KEY, Service
+from service import KEY, Service, wait_until
 
 USER_FIELDS = {"username", "loopData"}
 POST_FIELDS = {"postId", "user", "caption", "created", "videoUrl", "thumbnailUrl", "liked",
@@ -387,7 +387,7 @@ class Terminal(Case):
     def test_control_c_while_a_request_is_under_way(self):
         self.service.fault("/users/me", type="delay", milliseconds=30000)
         console = self.console("me")
-        self.wait_until(lambda: self.service.seen("/users/me"))
+        wait_until(lambda: self.service.seen("/users/me"))
         start = time.monotonic()
         console.type("\x03")
         self.finishes(console, 130)

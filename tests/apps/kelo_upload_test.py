@@ -12,6 +12,7 @@ import time
 import unittest
 
 from case import KELO, PASSWORD, Case
+from service import wait_until
 
 MEBIBYTE = 1 << 20
 
@@ -131,7 +132,7 @@ class UploadFiles(Upload):
         path = self.file(mp4(4 * MEBIBYTE))
         self.service.set("upload-rate", bytesPerSecond=1_000_000)
         process = self.start("upload", path, "--segment-size", "300000", "--parallel", "1")
-        self.wait_until(self.puts)
+        wait_until(self.puts)
         os.truncate(path, 700_000)
         self.assertIn("became shorter while it was uploaded", process.communicate(timeout=30)[1])
         self.assertEqual(process.returncode, 1)
@@ -216,7 +217,7 @@ class UploadFailures(Upload):
         self.service.set("upload-rate", bytesPerSecond=200_000)
         process = self.start("upload", self.file(mp4(600_000)), "--segment-size", "100000",
                              "--parallel", "1")
-        self.wait_until(self.puts)
+        wait_until(self.puts)
         self.service.control("POST", f"_service/uploads/{self.uploads()[-1]['mediaId']}/expire",
                              {})
         self.assertEqual(process.communicate(timeout=30)[1],
@@ -265,7 +266,7 @@ class UploadSessions(Upload):
         key = self.service.session()
         process = self.start("--session", key, "--user", "mara", "--password", PASSWORD, "upload",
                              self.file(content), "--segment-size", "100000", "--parallel", "4")
-        self.wait_until(lambda: len(self.puts()) >= 6)
+        wait_until(lambda: len(self.puts()) >= 6)
         self.service.control("POST", f"_service/sessions/{key}/expire", {})
         output, errors = process.communicate(timeout=60)
         self.assertEqual((process.returncode, errors), (0, ""))
@@ -308,7 +309,7 @@ class UploadSessions(Upload):
 class UploadInterrupted(Upload):
     def interrupted(self, *arguments, until):
         process = self.start("upload", *arguments)
-        self.wait_until(until)
+        wait_until(until)
         start = time.monotonic()
         process.send_signal(signal.SIGINT)
         output, errors = process.communicate(timeout=20)
@@ -345,7 +346,7 @@ class UploadInterrupted(Upload):
         for _ in range(20):  # on a busy machine the moment may pass unseen
             self.service.forget_requests()
             process = self.start("upload", file)
-            self.wait_until(lambda: len(self.puts()) >= 2 or process.poll() is not None)
+            wait_until(lambda: len(self.puts()) >= 2 or process.poll() is not None)
             if len(self.puts()) == 2:
                 process.send_signal(signal.SIGINT)
             output, errors = process.communicate(timeout=20)

@@ -6,10 +6,25 @@ import os
 import re
 import ssl
 import subprocess
+import time
 import urllib.request
 
 BIN = os.environ.get("KELO_BIN", "build/dev/bin")
 KEY = "kelo-development-session"
+
+# Whose certificate is the service's own is what other tests are about.
+CONTEXT = ssl.create_default_context()
+CONTEXT.check_hostname = False
+CONTEXT.verify_mode = ssl.CERT_NONE
+
+
+def wait_until(holds):
+    """Polls for what happens in another process."""
+    deadline = time.monotonic() + 20
+    while not holds():
+        if time.monotonic() > deadline:
+            raise AssertionError("it did not happen in time")
+        time.sleep(0.02)
 
 
 class Service:
@@ -27,13 +42,10 @@ class Service:
 
     def fetch(self, path, method="GET", body=None):
         """What is at a path, fetched without kelo."""
-        context = ssl.create_default_context()
-        context.check_hostname = False
-        context.verify_mode = ssl.CERT_NONE
         request = urllib.request.Request(f"https://{self.host}/{path}", method=method, data=body,
                                          headers={"Content-Type": "application/json"})
         opener = urllib.request.build_opener(
-            urllib.request.ProxyHandler({}), urllib.request.HTTPSHandler(context=context))
+            urllib.request.ProxyHandler({}), urllib.request.HTTPSHandler(context=CONTEXT))
         with opener.open(request, timeout=20) as answer:
             return answer.read()
 
