@@ -1,5 +1,4 @@
 #include "service/http/FaultScript.hpp"
-#include "support/TestCertificate.hpp"
 
 #include <gtest/gtest.h>
 
@@ -129,23 +128,6 @@ TEST(FaultScript, SaysWhatIsWrong) {
         }
     }
     EXPECT_EQ(script.list(), Json::array());
-}
-
-TEST(FaultScript, ReadsFiles) {
-    const TemporaryFolder folder;
-    FaultScript script;
-    script.addFile(folder.write("good.json", R"([{"action":{"type":"stall"}}])"));
-    EXPECT_EQ(script.list().size(), 1U);
-    for (const std::string& file :
-         {folder.path("absent.json"), folder.write("bad.json", "{"), folder.write("empty.json", ""),
-          folder.write("wrong.json", "[{}]"), folder.path(".")}) {
-        try {
-            script.addFile(file);
-            ADD_FAILURE() << file;
-        } catch (const FaultScriptError& error) {
-            EXPECT_NE(std::string(error.what()).find(file), std::string::npos) << error.what();
-        }
-    }
 }
 
 } // namespace

@@ -73,9 +73,7 @@ TEST_F(RequestLogTest, AnswersARequestThatAnnouncesNoBody) {
 }
 
 TEST_F(RequestLogTest, KeepsRequestsThatAreNotUnderstood) {
-    RawClient raw = rawClient();
-    raw.send("BREW /tea HTTP/1.1\r\nA: b\r\n\r\n");
-    EXPECT_TRUE(raw.readAll().bytes.starts_with("HTTP/1.1 400"));
+    EXPECT_TRUE(exchange("BREW /tea HTTP/1.1\r\nA: b\r\n\r\n").bytes.starts_with("HTTP/1.1 400"));
     EXPECT_EQ(only().at("method"), "BREW");
 }
 

@@ -16,19 +16,26 @@ TEST_F(ServerTest, SpeaksHttp11OverCurrentTls) {
     EXPECT_EQ(raw.applicationProtocol(), "http/1.1");
 }
 
-TEST_F(ServerTest, KeepsConnections) {
-    RawClient raw = rawClient();
+TEST_F(ServerTest, IsHealthy) {
+    const Json health = control("GET", "/_service/health");
+    EXPECT_EQ(health.at("status"), "ok");
+    EXPECT_TRUE(health.at("version").is_string());
+}
+
+TEST_F(ServerTest, CountsConnections) {
+    // The control client's connection is there, but serves no request of the service.
+    Json counts = control("GET", "/_service/connections");
+    EXPECT_EQ(counts, Json({{"accepted", 1}, {"secured", 1}, {"used", 0}, {"open", 1}}));
     for (int i = 0; i < 300; ++i) {
-        raw.send("GET /_service/health HTTP/1.1\r\n\r\n");
-        ASSERT_TRUE(raw.readAnswer().starts_with("HTTP/1.1 200")) << i;
+        data("/users/me");
     }
+    counts = control("GET", "/_service/connections");
+    EXPECT_EQ(counts, Json({{"accepted", 2}, {"secured", 2}, {"used", 1}, {"open", 2}}));
 }
 
 TEST_F(ServerTest, AnswersPipelinedRequestsInOrderAndClosesWhenAsked) {
-    RawClient raw = rawClient();
-    raw.send(
+    const auto received = exchange(
         "GET /users/me?1 HTTP/1.1\r\n\r\nGET /timelines/x HTTP/1.1\r\nConnection: close\r\n\r\n");
-    const auto received = raw.readAll();
     EXPECT_TRUE(received.bytes.starts_with("HTTP/1.1 401"));
     EXPECT_NE(received.bytes.find("HTTP/1.1 404"), std::string::npos);
     EXPECT_EQ(received.end, RawClient::End::Closed);
@@ -37,16 +44,15 @@ TEST_F(ServerTest, AnswersPipelinedRequestsInOrderAndClosesWhenAsked) {
 TEST_F(ServerTest, AsksForABodyThatWaits) {
     RawClient raw = rawClient();
     raw.send("POST /sessions HTTP/1.1\r\nExpect: 100-continue\r\nContent-Length: 2\r\n\r\n");
-    const auto interim = raw.readAll(300);
-    EXPECT_EQ(interim.bytes, "HTTP/1.1 100 Continue\r\n\r\n");
+    const std::string interim = "HTTP/1.1 100 Continue\r\n\r\n";
+    EXPECT_EQ(raw.readAll(interim.size()).bytes, interim);
     raw.send("{}");
     EXPECT_TRUE(raw.readAnswer().starts_with("HTTP/1.1 400"));
 }
 
 TEST_F(ServerTest, AnswersHeadWithoutABody) {
-    RawClient raw = rawClient();
-    raw.send("HEAD /timelines/all HTTP/1.1\r\nConnection: close\r\n\r\n");
-    const std::string answer = raw.readAll().bytes;
+    const std::string answer =
+        exchange("HEAD /timelines/all HTTP/1.1\r\nConnection: close\r\n\r\n").bytes;
     EXPECT_TRUE(answer.starts_with("HTTP/1.1 200"));
     EXPECT_TRUE(answer.ends_with("\r\n\r\n"));
 }
@@ -66,7 +72,7 @@ TEST_F(ServerTest, TakesLongTargets) {
     raw.send("GET /" + std::string(8000, 'a') + " HTTP/1.1\r\n\r\n");
     EXPECT_TRUE(raw.readAnswer().starts_with("HTTP/1.1 404"));
     raw.send("GET /" + std::string(9000, 'a') + " HTTP/1.1\r\n\r\n");
-    EXPECT_TRUE(raw.readAll(500).bytes.starts_with("HTTP/1.1 414"));
+    EXPECT_TRUE(raw.readAnswer().starts_with("HTTP/1.1 414"));
 }
 
 TEST_F(ServerTest, SurvivesGarbageAndAbandonedConnections) {
@@ -79,15 +85,18 @@ TEST_F(ServerTest, SurvivesGarbageAndAbandonedConnections) {
 }
 
 TEST_F(ServerTest, ServesManyClientsAtOnce) {
+    const std::string views = "/longforms/lf-unseen/views";
     std::atomic<int> good = 0;
     std::vector<std::thread> threads;
     threads.reserve(32);
     for (int t = 0; t < 32; ++t) {
-        threads.emplace_back([this, &good] {
+        threads.emplace_back([&] {
             Client own = makeClient();
             for (int i = 0; i < 10; ++i) {
-                const auto result = own.Get("/timelines/popular?size=5");
-                good += result && result->status == 200 ? 1 : 0;
+                const auto page = own.Get("/timelines/popular?size=5");
+                const auto view = own.Post(views, {{sessionHeader, developmentKey}},
+                                           R"({"timestamp":"1.5"})", "application/json");
+                good += page && page->status == 200 && view && view->status == 200 ? 1 : 0;
             }
         });
     }
@@ -96,6 +105,7 @@ TEST_F(ServerTest, ServesManyClientsAtOnce) {
     }
     EXPECT_EQ(good, 320);
     EXPECT_EQ(control("GET", "/_service/connections").at("used"), 32);
+    EXPECT_EQ(data(views).at("count"), 320);
 }
 
 TEST_F(ServerTest, StopsWithConnectionsOpen) {
@@ -109,21 +119,10 @@ TEST_F(ServerTest, StopsWithConnectionsOpen) {
                             : i == 3 ? "GET /timelines/all HTTP/1.1\r\n\r\n"
                                      : "GET /half");
     }
-    while (fired() < 3 || fired(1) < 1) {
-        std::this_thread::yield();
-    }
+    ASSERT_TRUE(eventually([this] { return fired() == 3 && fired(1) == 1; }));
     const auto before = std::chrono::steady_clock::now();
     service.stop();
-    EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(5));
-}
-
-TEST(Listener, ListensOnLoopbackOnly) {
-    using KeloService::Listener;
-    for (const char* address : {"0.0.0.0", "::", "192.0.2.1", "nonsense", ""}) {
-        EXPECT_THROW(Listener(address, 0), std::runtime_error) << address;
-    }
-    EXPECT_GT(Listener("127.0.0.1", 0).port(), 0);
-    EXPECT_GT(Listener("localhost", 0).port(), 0);
+    EXPECT_LT(std::chrono::steady_clock::now() - before, timeLimit);
 }
 
 } // namespace

@@ -1,17 +1,23 @@
+#include "../support/TemporaryFolder.hpp"
+#include "service/media/MediaFiles.hpp"
+#include "service/media/Mp4Box.hpp"
+#include "service/media/Mp4Check.hpp"
 #include "service/seed/Captions.hpp"
 #include "service/store/Database.hpp"
-#include "support/TestCertificate.hpp"
+#include "service/store/UploadFolder.hpp"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <filesystem>
 #include <optional>
+#include <stdexcept>
 #include <string>
-#include <thread>
-#include <vector>
 
 namespace KeloServiceTest {
 namespace {
 
+using KeloAPI::testing::TemporaryFolder;
 using KeloService::Database;
 using KeloService::DatabaseError;
 using KeloService::Query;
@@ -23,15 +29,6 @@ std::string errorFor(const std::string& file) {
     } catch (const DatabaseError& error) {
         return error.what();
     }
-}
-
-TEST(Store, RefusesWhatIsNoDatabase) {
-    const TemporaryFolder folder;
-    const std::string file = folder.write("text.db", std::string(5000, 'x'));
-    EXPECT_EQ(errorFor(file), "cannot use the database " + file + ": file is not a database");
-    EXPECT_NE(errorFor(folder.path("none/at/all.db")).find("unable to open"), std::string::npos);
-    EXPECT_NE(errorFor("/").find("unable to open"), std::string::npos);
-    EXPECT_EQ(errorFor(folder.write("empty.db", "")), "none");
 }
 
 TEST(Store, RefusesDatabasesOfOthers) {
@@ -73,26 +70,6 @@ TEST(Store, KeepsAllOfATransactionOrNothing) {
     }),
                  DatabaseError);
     EXPECT_EQ(database.number("SELECT count(*) FROM follows"), before);
-}
-
-TEST(Store, IsUsedFromManyThreads) {
-    Database database(":memory:");
-    std::vector<std::thread> threads;
-    threads.reserve(8);
-    for (int t = 0; t < 8; ++t) {
-        threads.emplace_back([&database, t] {
-            for (int i = 0; i < 20; ++i) {
-                const std::string key = std::to_string(t) + "-" + std::to_string(i);
-                database.run("INSERT INTO sessions (key, userId) VALUES (?1, ?2)", key, 1001 + t);
-                EXPECT_EQ(database.number("SELECT userId FROM sessions WHERE key = ?1", key),
-                          1001 + t);
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(database.number("SELECT count(*) FROM sessions"), 161);
 }
 
 /// Everything that the seed decides, as one text.
@@ -163,6 +140,69 @@ TEST(Captions, MarksAreCountedInCodePoints) {
     EXPECT_EQ(marks[1].start, 7);
     EXPECT_EQ(marks[1].end, 18);
     EXPECT_EQ(marks[2].word, "é\u0301");
+}
+
+TEST(MediaFiles, HasNoOtherSizes) {
+    EXPECT_THROW(KeloService::mediaFiles("videos/64"), std::out_of_range);
+    EXPECT_THROW(KeloService::mediaFiles("pictures"), std::out_of_range);
+}
+
+TEST(UploadFolder, IsTemporaryWithoutADatabaseFile) {
+    std::string path;
+    {
+        const KeloService::UploadFolder folder(":memory:");
+        path = folder.path("");
+        for (const bool isKept : {true, false}) {
+            std::string name;
+            {
+                KeloService::FileWriter file(folder);
+                EXPECT_TRUE(file.write("abc"));
+                name = folder.path(file.file().name);
+                if (isKept) {
+                    file.keep();
+                }
+            }
+            EXPECT_EQ(std::filesystem::exists(name), isKept);
+        }
+    }
+    EXPECT_FALSE(std::filesystem::exists(path));
+}
+
+bool isMp4(const std::string& bytes) {
+    return KeloService::isMp4(
+        static_cast<std::int64_t>(bytes.size()), [&](std::int64_t offset, std::size_t count) {
+            // Piece by piece, as from files that are joined.
+            return bytes.substr(static_cast<std::size_t>(offset), std::min<std::size_t>(count, 3));
+        });
+}
+
+TEST(Mp4Check, LooksAtTheOutermostBoxes) {
+    using KeloService::box;
+    const std::string ftyp = box("ftyp", "isom");
+    const std::string moov = box("moov", "index");
+    const std::string mdat = box("mdat", "media");
+    // A length in 64 bits behind the kind.
+    const std::string longHead("\0\0\0\1mdat\0\0\0\0\0\0\0\x12", 16);
+    const std::pair<std::string, bool> files[] = {
+        {ftyp + moov + mdat, true},
+        {ftyp + mdat + box("free", "") + moov, true},
+        {"", false},
+        {ftyp, false},
+        {ftyp + moov, false},
+        {ftyp + mdat, false},
+        {moov + ftyp + mdat, false},
+        {ftyp + moov + mdat + "1234567", false},
+        {ftyp + moov + mdat.substr(0, mdat.size() - 1), false},
+        {ftyp + moov + std::string("\0\0\0\7mdat", 8), false},
+        {ftyp + moov + std::string("\0\0\0\0mdat to the end", 19), true},
+        {ftyp + moov + longHead + "ab", true},
+        {ftyp + moov + longHead + "a", false},
+        {ftyp + moov + longHead + "abc", false},
+        {ftyp + moov + std::string("\0\0\0\1mdat\xff\xff\xff\xff\xff\xff\xff\xff", 16), false},
+    };
+    for (const auto& [bytes, expected] : files) {
+        EXPECT_EQ(isMp4(bytes), expected) << bytes;
+    }
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "support/RawClient.hpp"
 
+#include "../../support/TimeLimit.hpp"
+
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -12,6 +14,9 @@
 namespace KeloServiceTest {
 namespace {
 
+using KeloAPI::testing::timeLimit;
+
+constexpr std::chrono::milliseconds silence(100);
 constexpr unsigned char offered[] = {2, 'h', '2', 8, 'h', 't', 't', 'p', '/', '1', '.', '1'};
 
 RawClient::End endOf(SSL* ssl, int result) {
@@ -46,26 +51,26 @@ RawClient::RawClient(int port) {
     }
     const int on = 1;
     setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-    setPatience(5000);
+    setPatience(timeLimit);
     if (SSL_connect(ssl_.get()) != 1) {
         leave();
     }
 }
 
-void RawClient::setPatience(int milliseconds) const {
-    const timeval patience{milliseconds / 1000, (milliseconds % 1000) * 1000L};
-    setsockopt(SSL_get_fd(ssl_.get()), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+void RawClient::setPatience(std::chrono::milliseconds patience) const {
+    const timeval time{patience.count() / 1000, (patience.count() % 1000) * 1000L};
+    setsockopt(SSL_get_fd(ssl_.get()), SOL_SOCKET, SO_RCVTIMEO, &time, sizeof time);
 }
 
 void RawClient::send(const std::string& bytes) {
     SSL_write(ssl_.get(), bytes.data(), static_cast<int>(bytes.size()));
 }
 
-RawClient::Received RawClient::readAll(int silentMilliseconds) {
-    setPatience(silentMilliseconds);
+RawClient::Received RawClient::readAll(std::size_t enough) {
     Received received;
     char buffer[16384];
     for (;;) {
+        setPatience(received.bytes.size() < enough ? timeLimit : silence);
         ERR_clear_error();
         errno = 0;
         const int count = SSL_read(ssl_.get(), buffer, sizeof buffer);
@@ -78,7 +83,7 @@ RawClient::Received RawClient::readAll(int silentMilliseconds) {
 }
 
 std::string RawClient::readAnswer() {
-    setPatience(5000);
+    setPatience(timeLimit);
     std::string answer;
     std::size_t wanted = std::string::npos;
     char buffer[16384];

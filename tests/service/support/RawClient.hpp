@@ -2,6 +2,7 @@
 
 #include "service/http/Tls.hpp"
 
+#include <chrono>
 #include <memory>
 #include <string>
 
@@ -16,7 +17,7 @@ public:
         /// TCP's goodbye without TLS's.
         Truncated,
         Reset,
-        /// Nothing came for the time given to `readAll`.
+        /// Enough came, and then nothing for a while.
         Silent,
     };
     struct Received {
@@ -27,8 +28,8 @@ public:
     explicit RawClient(int port);
 
     void send(const std::string& bytes);
-    /// Reads until the connection ends or nothing came for a while.
-    Received readAll(int silentMilliseconds = 5000);
+    /// Reads until the connection ends; once so many bytes have come, until it falls silent.
+    Received readAll(std::size_t enough = std::string::npos);
     /// Reads one answer with a Content-Length.
     std::string readAnswer();
     void leave() { ssl_.reset(); }
@@ -38,7 +39,7 @@ public:
     std::string applicationProtocol() const;
 
 private:
-    void setPatience(int milliseconds) const;
+    void setPatience(std::chrono::milliseconds patience) const;
 
     /// Owns the socket, too.
     std::unique_ptr<SSL, KeloService::SslDeleter> ssl_;
