@@ -1,7 +1,7 @@
 #include "service/media/MediaLibrary.hpp"
 
 #include "service/media/MediaFiles.hpp"
-#include "service/media/Mp4Box.hpp"
+#include "service/media/Mp4.hpp"
 
 #include <string_view>
 #include <vector>

@@ -1,7 +1,7 @@
 #include "service/Clock.hpp"
 #include "service/Encoding.hpp"
 #include "service/http/FileAnswer.hpp"
-#include "service/media/Mp4Check.hpp"
+#include "service/media/Mp4.hpp"
 #include "service/routes/Guard.hpp"
 #include "service/routes/Records.hpp"
 #include "service/routes/Routes.hpp"

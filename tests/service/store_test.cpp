@@ -1,7 +1,6 @@
 #include "../support/TemporaryFolder.hpp"
 #include "service/media/MediaFiles.hpp"
-#include "service/media/Mp4Box.hpp"
-#include "service/media/Mp4Check.hpp"
+#include "service/media/Mp4.hpp"
 #include "service/seed/Captions.hpp"
 #include "service/store/Database.hpp"
 #include "service/store/UploadFolder.hpp"

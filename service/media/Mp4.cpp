@@ -1,6 +1,4 @@
-#include "service/media/Mp4Check.hpp"
-
-#include "service/media/Mp4Box.hpp"
+#include "service/media/Mp4.hpp"
 
 #include <optional>
 #include <set>
