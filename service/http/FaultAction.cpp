@@ -26,11 +26,8 @@ public:
         }
         return value.get<std::int64_t>();
     }
-    int status(int lowest, int highest) const {
-        return static_cast<int>(integer("status", lowest, highest));
-    }
-    int statusOr(int otherwise, int lowest = 200) const {
-        return has("status") ? status(lowest, lowest == 200 ? 599 : 399) : otherwise;
+    int statusOr(int otherwise, int lowest = 200, int highest = 599) const {
+        return has("status") ? static_cast<int>(integer("status", lowest, highest)) : otherwise;
     }
     std::string text(const char* key) const {
         const Json value = action_.value(key, Json());
@@ -62,101 +59,74 @@ private:
     const Json& action_;
 };
 
-FaultAction wireFault(const Keys& keys, Kind kind) {
+void readPlace(const Keys& keys, FaultAction& fault) {
     constexpr std::int64_t most = std::int64_t{1} << 40;
-    FaultAction fault;
-    fault.kind = kind;
     if (keys.has("afterBytes")) {
         fault.afterBytes = static_cast<std::uint64_t>(keys.integer("afterBytes", 0, most));
     }
     if (keys.has("afterBodyBytes")) {
         fault.afterBodyBytes = static_cast<std::uint64_t>(keys.integer("afterBodyBytes", 0, most));
     }
-    return fault;
+    if (fault.kind == Kind::Close && keys.isTrue("abrupt")) {
+        fault.kind = Kind::AbruptClose;
+    }
 }
 
-FaultAction closeFault(const Keys& keys) {
-    return wireFault(keys, keys.isTrue("abrupt") ? Kind::AbruptClose : Kind::Close);
-}
-
-FaultAction garbageFault(const Keys& keys) {
-    FaultAction fault;
-    fault.kind = Kind::Garbage;
+void readGarbage(const Keys& keys, FaultAction& fault) {
     if (keys.has("base64")) {
         fault.bytes = keys.bytes();
-        return fault;
+        return;
     }
     const auto count = keys.integer("bytes", 1, 1 << 24);
     for (std::int64_t i = 0; i < count; ++i) {
         fault.bytes += static_cast<char>(0x80 + (i * 37) % 128);
     }
-    return fault;
 }
 
-Answer statusAnswer(const Keys& keys) {
-    Answer answer;
-    answer.status = keys.status(200, 599);
-    answer.body = keys.textOr("body", "");
-    answer.contentType = keys.textOr("contentType", "text/plain");
-    return answer;
+void readDelay(const Keys& keys, FaultAction& fault) {
+    fault.delay = std::chrono::milliseconds(keys.integer("milliseconds", 0, 600000));
 }
 
-Answer bodyAnswer(const Keys& keys) {
-    Answer answer;
-    answer.status = keys.statusOr(200);
-    answer.body = keys.has("base64") ? keys.bytes() : keys.text("body");
-    answer.contentType = keys.textOr("contentType", "application/json");
-    return answer;
+void readStatus(const Keys& keys, FaultAction& fault) {
+    fault.answer.status = static_cast<int>(keys.integer("status", 200, 599));
+    fault.answer.body = keys.textOr("body", "");
+    fault.answer.contentType = keys.textOr("contentType", "text/plain");
 }
 
-Answer envelopeAnswer(const Keys& keys) {
+void readBody(const Keys& keys, FaultAction& fault) {
+    fault.answer.status = keys.statusOr(200);
+    fault.answer.body = keys.has("base64") ? keys.bytes() : keys.text("body");
+    fault.answer.contentType = keys.textOr("contentType", "application/json");
+}
+
+void readError(const Keys& keys, FaultAction& fault) {
     using Limits = std::numeric_limits<int>;
     const int code = static_cast<int>(keys.integer("code", Limits::min(), Limits::max()));
     const int usual = code == ErrorCode::sessionRequired || code == ErrorCode::sessionExpired ? 401
                       : code == ErrorCode::captchaRequired                                    ? 403
                                                                                               : 400;
-    return errorAnswer(ServiceError(keys.statusOr(usual),
-                                    keys.textOr("message", "A fault script says so"), code,
-                                    keys.any("data")));
+    fault.answer =
+        errorAnswer({keys.statusOr(usual), keys.textOr("message", "A fault script says so"), code,
+                     keys.any("data")});
 }
 
-Answer redirectAnswer(const Keys& keys) {
-    Answer answer;
-    answer.status = keys.statusOr(302, 300);
-    answer.headers.emplace_back("Location", keys.text("location"));
-    return answer;
-}
-
-FaultAction delayFault(const Keys& keys) {
-    FaultAction fault;
-    fault.kind = Kind::Delay;
-    fault.delay = std::chrono::milliseconds(keys.integer("milliseconds", 0, 600000));
-    return fault;
+void readRedirect(const Keys& keys, FaultAction& fault) {
+    fault.answer.status = keys.statusOr(302, 300, 399);
+    fault.answer.headers.emplace_back("Location", keys.text("location"));
 }
 
 struct Type {
     const char* name;
-    FaultAction (*parse)(const Keys& keys);
+    Kind kind;
+    void (*read)(const Keys& keys, FaultAction& fault);
 };
 
-template <Answer (*make)(const Keys&)>
-FaultAction answering(const Keys& keys) {
-    FaultAction fault;
-    fault.kind = Kind::Answer;
-    fault.answer = make(keys);
-    return fault;
-}
-
 constexpr Type types[] = {
-    {"stall", [](const Keys& keys) { return wireFault(keys, Kind::Stall); }},
-    {"reset", [](const Keys& keys) { return wireFault(keys, Kind::Reset); }},
-    {"close", closeFault},
-    {"garbage", garbageFault},
-    {"status", answering<statusAnswer>},
-    {"body", answering<bodyAnswer>},
-    {"error", answering<envelopeAnswer>},
-    {"redirect", answering<redirectAnswer>},
-    {"delay", delayFault},
+    {"stall", Kind::Stall, readPlace},        {"reset", Kind::Reset, readPlace},
+    {"close", Kind::Close, readPlace},        {"garbage", Kind::Garbage, readGarbage},
+    {"delay", Kind::Delay, readDelay},        {"status", Kind::Answer, readStatus},
+    {"body", Kind::Answer, readBody},         {"error", Kind::Answer, readError},
+    {"redirect", Kind::Answer, readRedirect},
 };
 
 } // namespace
@@ -169,7 +139,10 @@ FaultAction parseFaultAction(const Json& action) {
     const std::string name = keys.text("type");
     for (const Type& type : types) {
         if (name == type.name) {
-            return type.parse(keys);
+            FaultAction fault;
+            fault.kind = type.kind;
+            type.read(keys, fault);
+            return fault;
         }
     }
     Keys::refuse("type " + name + " is not known");

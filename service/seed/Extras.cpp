@@ -42,19 +42,6 @@ INSERT INTO tracks VALUES
     (3004, '手をたたく', '夜の線路', 5500127, 'kelo-10', 1, '/media/albums/3004.png'),
     (3005, 'Kitchen Drums, Vol. 2', 'Oskar', NULL, NULL, 1, NULL),
     (3006, 'Loop de Loop 🎢', 'DJ Ampersand', 18446744073, 'kelo-10', 0, '/media/albums/3006.png');
-INSERT INTO images VALUES
-    ('/media/icons/category-4bf58dd8d48988d1e0931735_32.png', 32, 70001),
-    ('/media/icons/category-4bf58dd8d48988d163941735_32.png', 32, 70002),
-    ('/media/icons/category-4bf58dd8d48988d1e2931735_32.png', 32, 70003),
-    ('/media/icons/category-4bf58dd8d48988d15e941735_32.png', 32, 70004),
-    ('/media/icons/category-4bf58dd8d48988d129951735_32.png', 32, 70005),
-    ('/media/albums/3001.png', 300, 70006),
-    ('/media/albums/3002.png', 300, 70007),
-    ('/media/albums/3004.png', 300, 70008),
-    ('/media/albums/3006.png', 300, 70009),
-    ('/media/icons/byline-pick.png', 40, 70010),
-    ('/media/icons/byline-fan.png', 40, 70011),
-    ('/media/icons/byline-fire.png', 40, 70012);
 INSERT INTO sounds
 SELECT column1, column2, '/media/sounds/' || column1 || '.m4a', column3,
     (SELECT min(postId) FROM posts) + column4 * 4111 FROM (VALUES

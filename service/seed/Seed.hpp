@@ -21,7 +21,7 @@ inline constexpr std::int64_t firstSeededPostId = 1150000000000000001;
 inline constexpr std::int64_t seededPostIdStep = 4111;
 inline constexpr std::int64_t firstSeededUserId = 1001;
 
-/// Adds the places, music, images, sounds and long-form videos to a database that has its posts,
+/// Adds the places, music, sounds and long-form videos to a database that has its posts,
 /// and gives posts what stands beside their texts: places, music and bylines.
 void seedExtras(Database& database);
 

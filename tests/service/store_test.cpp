@@ -76,7 +76,7 @@ std::string content(Database& database) {
     std::string text;
     for (const char* table : {"users", "channels", "posts", "renditions", "tags", "postTags",
                               "entities", "likes", "comments", "reposts", "follows", "sessions",
-                              "longforms", "sounds", "venues", "tracks", "bylines", "images"}) {
+                              "longforms", "sounds", "venues", "tracks", "bylines"}) {
         Query query = database.query("SELECT * FROM " + std::string(table) + " ORDER BY 1, 2");
         while (query.next()) {
             for (int column = 0; column < query.columns(); ++column) {
