@@ -15,6 +15,7 @@ from case import KELO, PASSWORD, Case
 from service import wait_until
 
 MEBIBYTE = 1 << 20
+NOT_UPLOADED = "kelo: interrupted; the video is not uploaded\n"
 
 
 def box(kind, content):
@@ -103,7 +104,7 @@ class UploadFiles(Upload):
                 start = time.monotonic()
                 self.uploaded(mp4(400))
                 self.assertGreaterEqual(time.monotonic() - start, least)
-                self.assertLess(time.monotonic() - start, least + 8)
+                self.assertLess(time.monotonic() - start, least + 20)
         self.assertEqual(self.service.fired(), [1] * 5)
 
     def test_json(self):
@@ -148,10 +149,8 @@ class UploadFiles(Upload):
 
     def test_segments_are_under_way_together(self):
         self.service.set("upload-rate", bytesPerSecond=1_000_000)
-        content = mp4(4_000_000)
-        start = time.monotonic()
-        self.uploaded(content, "--segment-size", "500000", "--parallel", "8")
-        self.assertLess(time.monotonic() - start, 3.8)  # one after the other takes four seconds
+        self.uploaded(mp4(4_000_000), "--segment-size", "500000", "--parallel", "8")
+        # One after the other they would need no more than one connection.
         self.assertGreater(len({one["connection"] for one in self.puts()}), 4)
 
     @unittest.skipIf(os.environ.get("KELO_SANITIZE"), "sanitizers take memory of their own")
@@ -180,22 +179,20 @@ class UploadFailures(Upload):
         self.assertEqual(self.service.fired(), [3])
         self.assertGreater(len(self.puts()), 11)
 
-    def test_a_server_that_fails_for_a_while(self):
-        self.service.fault(method="PUT", type="error", code=500, status=500, times=2)
-        self.uploaded(mp4(1000))
-        self.assertEqual(len(self.puts()), 3)
-
-    def test_a_server_that_goes_on_failing(self):
-        self.service.fault(method="PUT", type="error", code=500, status=500,
-                           message="Out of order", times=0)
-        self.fails(1, "the service says: Out of order", "upload", self.file(mp4(1000)))
-        self.assertEqual(len(self.puts()), 3)
-        self.assertFalse(self.uploads()[-1]["finalized"])
-
-    def test_what_the_service_refuses_is_not_sent_again(self):
-        self.service.fault(method="PUT", type="error", code=400, message="Not so")
-        self.fails(1, "the service says: Not so", "upload", self.file(mp4(1000)))
-        self.assertEqual(len(self.puts()), 1)
+    def test_a_segment_is_sent_three_times_unless_the_service_refuses_it(self):
+        for times, error, line, sent in (
+                (2, {"code": 500, "status": 500}, None, 3),
+                (0, {"code": 500, "status": 500, "message": "Out of order"}, "Out of order", 3),
+                (1, {"code": 400, "message": "Not so"}, "Not so", 1)):
+            with self.subTest(times=times, error=error):
+                self.service.forget()
+                self.service.fault(method="PUT", type="error", times=times, **error)
+                if line:
+                    self.fails(1, f"the service says: {line}", "upload", self.file(mp4(1000)))
+                else:
+                    self.uploaded(mp4(1000))
+                self.assertEqual(len(self.puts()), sent)
+                self.assertEqual(self.uploads()[-1]["finalized"], line is None)
 
     def test_failing_at_the_end(self):
         # The first POST begins the upload.
@@ -327,18 +324,18 @@ class UploadInterrupted(Upload):
         errors = self.interrupted(self.file(mp4(8 * MEBIBYTE)), "--segment-size", "1000000",
                                   until=lambda: len(self.uploads()) > before
                                   and self.under_way(3))
-        self.assertEqual(errors, "kelo: interrupted; the video is not uploaded\n")
+        self.assertEqual(errors, NOT_UPLOADED)
         self.assertFalse(self.uploads()[-1]["finalized"])
 
-    def test_while_the_service_does_not_answer(self):
-        self.service.fault(method="PUT", type="stall", times=0)
-        errors = self.interrupted(self.file(mp4(5000)), until=lambda: self.service.fired() == [1])
-        self.assertEqual(errors, "kelo: interrupted; the video is not uploaded\n")
-
-    def test_while_the_first_answer_is_awaited(self):
-        self.service.fault(method="POST", type="delay", milliseconds=30000)
-        errors = self.interrupted(self.file(mp4(5000)), until=lambda: self.service.fired() == [1])
-        self.assertEqual(errors, "kelo: interrupted; the video is not uploaded\n")
+    def test_while_an_answer_is_awaited(self):
+        for fault in ({"method": "PUT", "type": "stall", "times": 0},
+                      {"method": "POST", "type": "delay", "milliseconds": 30000}):
+            with self.subTest(fault=fault):
+                self.service.forget()
+                self.service.fault(**fault)
+                errors = self.interrupted(self.file(mp4(5000)),
+                                          until=lambda: self.service.fired() == [1])
+                self.assertEqual(errors, NOT_UPLOADED)
 
     def test_between_two_tries(self):
         self.service.fault(method="PUT", type="error", code=500, status=500, times=0)
@@ -353,7 +350,7 @@ class UploadInterrupted(Upload):
             if process.returncode == 130:
                 break
         self.assertEqual((process.returncode, output), (130, ""))
-        self.assertEqual(errors, "kelo: interrupted; the video is not uploaded\n")
+        self.assertEqual(errors, NOT_UPLOADED)
 
     def test_while_the_video_is_processed(self):
         self.service.set("processing-time", seconds=60)
