@@ -9,12 +9,15 @@ set(KELO_ENTERPRISE_APPLICATION_GROUP "group.example.kelo.enterprise" CACHE STRI
 set(KELO_QUEUE_LABEL_PREFIX "example.kelo." CACHE STRING "What labels of file queues begin with")
 set(KELO_CERTIFICATE_1 "" CACHE FILEPATH "First pinned certificate (PEM)")
 set(KELO_CERTIFICATE_2 "" CACHE FILEPATH "Second pinned certificate (PEM)")
+option(KELO_DEVELOPMENT_CERTIFICATES
+  "Without these two: pin certificates made for this build, as the tests need; never to be packaged"
+  ${KELO_BUILD_TESTS})
 
 set(KELO_GENERATED_DIR ${PROJECT_BINARY_DIR}/generated)
 set(KELO_CERTIFICATE_DIR ${PROJECT_BINARY_DIR}/certificates)
 
-# A build without certificates of its own makes two, with keys that exist nowhere else: the
-# stand-in serves with the first, and the second shows that a rotation needs no new library.
+# The tests' certificates, with keys that exist nowhere else: their stand-in serves with the first,
+# and the second shows that a rotation needs no new library.
 function(kelo_make_development_certificate name)
   set(pem ${KELO_CERTIFICATE_DIR}/${name}.pem)
   set(key ${KELO_CERTIFICATE_DIR}/${name}.key)
@@ -74,14 +77,20 @@ if(KELO_CERTIFICATE_1 AND KELO_CERTIFICATE_2)
   set(kelo_pem_2 ${KELO_CERTIFICATE_2})
 elseif(KELO_CERTIFICATE_1 OR KELO_CERTIFICATE_2)
   message(FATAL_ERROR "KELO_CERTIFICATE_1 and KELO_CERTIFICATE_2 are set together or not at all")
-else()
+elseif(KELO_DEVELOPMENT_CERTIFICATES)
   kelo_make_development_certificate(development-1)
   kelo_make_development_certificate(development-2)
   set(kelo_pem_1 ${KELO_CERTIFICATE_DIR}/development-1.pem)
   set(kelo_pem_2 ${KELO_CERTIFICATE_DIR}/development-2.pem)
+  install(CODE "message(WARNING \"The installed library pins certificates that were made for tests\")")
 endif()
-set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${kelo_pem_1} ${kelo_pem_2})
-kelo_scramble(${kelo_pem_1} KELO_SCRAMBLED_1)
-kelo_scramble(${kelo_pem_2} KELO_SCRAMBLED_2)
+if(kelo_pem_1)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${kelo_pem_1} ${kelo_pem_2})
+  kelo_scramble(${kelo_pem_1} KELO_SCRAMBLED_1)
+  kelo_scramble(${kelo_pem_2} KELO_SCRAMBLED_2)
+else()
+  message(STATUS "No certificates to pin (KELO_CERTIFICATE_1 and KELO_CERTIFICATE_2): "
+    "no server is accepted but by managers that a host gives its sessions")
+endif()
 configure_file(${CMAKE_CURRENT_LIST_DIR}/Settings.hpp.in
   ${KELO_GENERATED_DIR}/KeloAPI/Settings.hpp @ONLY)

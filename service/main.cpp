@@ -1,3 +1,4 @@
+#include "service/OwnCertificate.hpp"
 #include "service/seed/Seed.hpp"
 #include "service/Service.hpp"
 
@@ -8,7 +9,6 @@
 #include <algorithm>
 #include <csignal>
 #include <exception>
-#include <filesystem>
 #include <iostream>
 #include <optional>
 #include <stdexcept>
@@ -35,13 +35,6 @@ struct Options {
     /// What --help or --version asks to be printed instead of serving.
     std::optional<std::string> information;
 };
-
-/// Beside the folder of the program lie the certificates that serve where none are given.
-std::string developmentFile(const std::string& name) {
-    std::error_code error;
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
-    return (program.parent_path().parent_path() / "certificates" / name).string();
-}
 
 std::string footer() {
     return "The seeded user " + std::string(developmentUser) +
@@ -78,8 +71,10 @@ Options parseOptions(int argc, const char* const* argv) {
     app.add_option("--database", settings.database,
                    "SQLite file to keep everything in; made and seeded when it does not exist")
         ->capture_default_str();
-    auto* certificate = app.add_option("--certificate", settings.certificate,
-                                       "Certificate chain (PEM) to serve with");
+    auto* certificate =
+        app.add_option("--certificate", settings.certificate,
+                       "Certificate chain (PEM) to serve with; by default one that it makes itself "
+                       "and keeps with the user's state");
     auto* key = app.add_option("--key", settings.key, "Its key (PEM)");
     certificate->needs(key);
     key->needs(certificate);
@@ -112,8 +107,9 @@ Options parseOptions(int argc, const char* const* argv) {
         settings.sessions.push_back(parseSession(session));
     }
     if (settings.certificate.empty()) {
-        settings.certificate = developmentFile("development-1.pem");
-        settings.key = developmentFile("development-1.key");
+        const KeloService::CertificateFiles own = KeloService::ownCertificate();
+        settings.certificate = own.certificate;
+        settings.key = own.key;
     }
     return options;
 }
@@ -139,14 +135,15 @@ void endWithParent(pid_t parent) {
     }
 }
 
-void printStart(const Service& service, bool quiet) {
+void printStart(const Service& service, const std::string& certificate, bool quiet) {
     const std::string_view key = developmentSessionKey;
     std::cout << "kelo-service: listening on " << service.url() << '\n';
     if (!quiet) {
         std::cout << "The user " << developmentUser << " is signed in with the session key " << key
                   << " (password: " << developmentPassword << ").\n"
-                  << "Try: curl --insecure -H 'kelo-session-id: " << key << "' " << service.url()
-                  << "/users/me\nStop with Ctrl-C.\n";
+                  << "Its certificate: " << certificate << '\n'
+                  << "Try: curl --cacert " << certificate << " -H 'kelo-session-id: " << key << "' "
+                  << service.url() << "/users/me\nStop with Ctrl-C.\n";
     }
     std::cout.flush();
 }
@@ -164,7 +161,7 @@ int run(int argc, char** argv) {
     }
     Service service(options.settings);
     service.start();
-    printStart(service, options.quiet);
+    printStart(service, options.settings.certificate, options.quiet);
     int signal = 0;
     sigwait(&signals, &signal);
     service.stop();

@@ -52,6 +52,9 @@ void addGlobalOptions(CLI::App& app, Options& options) {
     app.add_option("--password", options.password, "The user's password; asked for otherwise")
         ->type_name("PASSWORD")
         ->needs(user);
+    app.add_option("--pin", options.pin, "The service's certificate (PEM); no other is accepted")
+        ->envname("KELO_PIN")
+        ->type_name("FILE");
     app.add_option("--language", options.language, "Languages to be answered in")
         ->type_name("LANGUAGES")
         ->capture_default_str()

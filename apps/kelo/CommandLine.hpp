@@ -19,6 +19,8 @@ struct Options {
     /// For signing in; empty where they are to be asked for.
     std::string user;
     std::string password;
+    /// File (PEM) of the one certificate that the service may have; empty where nobody names one.
+    std::string pin;
     /// Value of "Accept-Language"; empty to send none.
     std::string language = "en-US";
     /// JSON instead of text on standard output.

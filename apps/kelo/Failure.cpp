@@ -1,18 +1,15 @@
 #include "Failure.hpp"
 
+#include "Pins.hpp"
+
 namespace KeloHost {
 
 using namespace KeloAPI;
 
 namespace {
 
-bool isThisMachine(const std::string& host) {
-    const auto url = URL::parse("https://" + host);
-    const std::string name = url ? url->host() : "";
-    return name == "localhost" || name == "::1" || name.starts_with("127.");
-}
-
-std::string transportProblem(const Error& error, const std::string& host) {
+std::string transportProblem(const Error& error, const std::string& host,
+                             const std::string& expectedPins) {
     switch (static_cast<HTTPErrorCode>(error.code())) {
     case HTTPErrorCode::CannotFindHost:
         return "there is no host named " + host;
@@ -24,7 +21,8 @@ std::string transportProblem(const Error& error, const std::string& host) {
     case HTTPErrorCode::ConnectionLost:
         return "the connection to " + host + " broke off";
     case HTTPErrorCode::ServerTrust:
-        return "the server at " + host + " cannot prove that it is the service";
+        return "the server at " + host + " cannot prove that it is the service; expected was " +
+               expectedPins + "; name the service's own with --pin FILE";
     case HTTPErrorCode::BadServerResponse:
     case HTTPErrorCode::BadJson:
     case HTTPErrorCode::EmptyBody:
@@ -56,9 +54,9 @@ Failure serviceProblem(const Error& error, std::int64_t code) {
 
 } // namespace
 
-Failure explained(const Error& error, const std::string& host) {
+Failure explained(const Error& error, const std::string& host, const std::string& expectedPins) {
     if (error.domain() == HTTPErrorDomain) {
-        return {ExitCode::Failed, transportProblem(error, host)};
+        return {ExitCode::Failed, transportProblem(error, host, expectedPins)};
     }
     if (const auto code = error.integer(KLAPIStatusCodeKey)) {
         return serviceProblem(error, *code);

@@ -35,6 +35,7 @@ private:
 };
 
 /// What a call's error means to a person, in one line. `host` is where the call went.
-Failure explained(const KeloAPI::Error& error, const std::string& host);
+Failure explained(const KeloAPI::Error& error, const std::string& host,
+                  const std::string& expectedPins);
 
 } // namespace KeloHost

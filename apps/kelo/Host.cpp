@@ -1,5 +1,7 @@
 #include "Host.hpp"
 
+#include "Pins.hpp"
+
 #include <iostream>
 #include <string_view>
 #include <utility>
@@ -25,6 +27,7 @@ std::shared_ptr<Host> Host::create(const Options& options) {
         }
     });
     Api::setSessionDelegate(host);
+    host->_expectedPins = usePins(options);
     return host;
 }
 
@@ -52,7 +55,7 @@ void Host::fail(const Error& error) {
     if (_options.verbose) {
         Diagnostics::write(error.description());
     }
-    end(explained(error, _options.host));
+    end(explained(error, _options.host, _expectedPins));
 }
 
 void Host::hear(const Error* error, const std::function<void()>& use) {

@@ -25,6 +25,8 @@ public:
 
     const Options& options() const { return _options; }
     const Output& output() const { return _output; }
+    /// Which certificates the service may have, and where they come from, in words.
+    const std::string& expectedPins() const { return _expectedPins; }
     Loop& loop() { return _loop; }
 
     /// Calls `work` (signs the user in first, where the options name one and there is no session)
@@ -103,6 +105,7 @@ private:
 
     Options _options;
     const Output _output;
+    std::string _expectedPins;
     Loop _loop;
     std::optional<Failure> _failure;
     std::function<std::int64_t()> _callsUnderWay;

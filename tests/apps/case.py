@@ -4,6 +4,7 @@ import json
 import os
 import shlex
 import subprocess
+import tempfile
 import unittest
 
 from console import Console
@@ -26,7 +27,9 @@ class Case(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.service = Service()
-        cls.environment = environment(KELO_HOST=cls.service.host)
+        # Not the developer's own.
+        state = cls.enterClassContext(tempfile.TemporaryDirectory())
+        cls.environment = environment(KELO_HOST=cls.service.host, XDG_STATE_HOME=state)
 
     @classmethod
     def tearDownClass(cls):

@@ -208,8 +208,24 @@ class Failures(Case):
                            check=True, capture_output=True)
             other = Service("--certificate", f"{folder}/pem", "--key", f"{folder}/key")
             self.addCleanup(other.stop)
+            to_other = ("--host", other.host, "me")
             self.fails(1, f"the server at {other.host} cannot prove that it is the service",
-                       "--host", other.host, "me")
+                       *to_other)
+            pem = f"{folder}/pem"
+            self.assertIn("mara", self.succeeds("--pin", pem, *to_other))
+            self.assertIn("mara", self.succeeds(*to_other, KELO_PIN=pem))
+            self.fails(1, f"expected was the certificate in {pem} (--pin or KELO_PIN)",
+                       "--pin", pem, "me")
+            self.fails(2, "does not hold a certificate", "--pin", f"{folder}/key", "me")
+            self.fails(2, "No such file", "--pin", f"{folder}/none", "me")
+
+    def test_the_certificate_that_the_service_made_itself(self):
+        with tempfile.TemporaryDirectory() as state:
+            own = Service(XDG_STATE_HOME=state)
+            self.addCleanup(own.stop)
+            self.assertIn("mara", self.succeeds("--host", own.host, "me", XDG_STATE_HOME=state))
+            self.fails(1, "expected was a certificate built into kelo;", "--host", own.host, "me",
+                       XDG_STATE_HOME=f"{state}/none")
 
     def test_service_error(self):
         self.service.fault("/users/me", type="error", code=777, message="Later,\nplease\x1b[2J")

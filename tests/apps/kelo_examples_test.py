@@ -8,7 +8,7 @@ import unittest
 import urllib.parse
 
 from case import PASSWORD, Case
-from service import BIN, KEY
+from service import BIN, CERTIFICATES, KEY
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 
@@ -26,7 +26,8 @@ class Examples(Case):
         # Without an argument it looks where kelo serve listens without one.
         self.assertIn('"localhost:8443"; // kelo serve', printed)
         self.assertIn("8443", self.succeeds("serve", "--help"))
-        done = self.run_program(f"{BIN}/example-timeline", self.service.host)
+        done = self.run_program(f"{BIN}/example-timeline", self.service.host,
+                                KELO_PIN=f"{CERTIFICATES}/development-1.pem")
         trace, *said = done.stdout.splitlines()
         captions = [post["caption"] for post in self.json("timeline", "popular")]
         self.assertRegex(trace, "^GET https://")

@@ -27,11 +27,19 @@ def wait_until(holds):
         time.sleep(0.02)
 
 
+# Of the build, which pins the first.
+CERTIFICATES = f"{BIN}/../certificates"
+
+
 class Service:
-    def __init__(self, *arguments):
+    def __init__(self, *arguments, **environment):
+        """Serves with a certificate of the build, unless an environment says where its own is."""
+        if not environment and "--certificate" not in arguments:
+            development = f"{CERTIFICATES}/development-1"
+            arguments += ("--certificate", f"{development}.pem", "--key", f"{development}.key")
         self.process = subprocess.Popen(
             [f"{BIN}/kelo-service", "--port", "0", "--exit-with-parent", *arguments],
-            stdout=subprocess.PIPE, text=True)
+            stdout=subprocess.PIPE, text=True, env={**os.environ, **environment})
         line = self.process.stdout.readline()
         self.host = re.search(r"https://(\S+)", line).group(1)
 

@@ -5,11 +5,14 @@ import os
 import shutil
 import signal
 import socket
+import ssl
+import stat
 import subprocess
 import tempfile
 import types
 import unittest
 import urllib.request
+from unittest import mock
 
 from route_case import CONTEXT, KEY
 from service import BIN
@@ -137,17 +140,45 @@ class CommandLine(unittest.TestCase):
         with self.running("--listen", "::1"):
             pass
 
-    def test_finds_the_development_certificate_beside_its_folder(self):
-        program = f"{self.folder}/bin/kelo-service"
-        for folder in "bin", "certificates":
-            os.mkdir(f"{self.folder}/{folder}")
-        shutil.copy(SERVICE, program)
-        done = run("--port", "0", program=program)
-        self.assertEqual(done.returncode, 2)
-        self.assertIn("development-1.pem", done.stderr)
-        self.make_certificate("certificates/development-1")
-        with self.running(program=program, served=["--port", "0"]):
-            pass
+    def serve_with_own(self, state):
+        """The certificate that it makes itself, or has made before."""
+        with mock.patch.dict(os.environ, XDG_STATE_HOME=state):
+            with self.running(served=["--port", "0"]) as service:
+                pem = ssl.get_server_certificate(("localhost", service.port))
+        with open(f"{state}/kelo-service/certificate.pem", encoding="utf-8") as file:
+            self.assertEqual(file.read(), pem)
+        return pem
+
+    def test_makes_a_certificate_of_its_own_once(self):
+        state = f"{self.folder}/state/home"
+        first = self.serve_with_own(state)
+        kept = f"{state}/kelo-service"
+        self.assertEqual([stat.S_IMODE(os.stat(path).st_mode) for path in (kept, f"{kept}/key.pem")],
+                         [0o700, 0o600])
+        self.assertEqual(self.serve_with_own(state), first)
+        self.assertNotEqual(self.serve_with_own(f"{self.folder}/elsewhere"), first)
+
+    def test_replaces_a_certificate_that_does_not_serve(self):
+        state = f"{self.folder}/damaged"
+        kept = f"{state}/kelo-service"
+        pem = self.serve_with_own(state)
+        expiring, its_key = self.make_certificate("expiring")  # in two days
+        for damage in (lambda: os.remove(f"{kept}/key.pem"),
+                       lambda: open(f"{kept}/certificate.pem", "w").close(),
+                       lambda: shutil.copy(self.key, f"{kept}/key.pem"),
+                       lambda: (shutil.copy(expiring, f"{kept}/certificate.pem"),
+                                shutil.copy(its_key, f"{kept}/key.pem"))):
+            damage()
+            made = self.serve_with_own(state)
+            self.assertNotEqual(made, pem)
+            pem = made
+
+    def test_says_why_it_has_no_certificate(self):
+        file = self.write("file", "")
+        for environment, says in (({"XDG_STATE_HOME": file}, "Not a directory"),
+                                  ({"XDG_STATE_HOME": "", "HOME": ""}, "XDG_STATE_HOME")):
+            with mock.patch.dict(os.environ, environment):
+                self.refuses(says, "--port", "0")
 
     def test_explains_itself(self):
         told = run("--help")

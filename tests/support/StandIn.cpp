@@ -14,8 +14,13 @@ namespace KeloAPI::testing {
 namespace {
 
 std::vector<std::string> command(const std::vector<std::string>& arguments) {
+    const std::string certificate = KELO_CERTIFICATES_PATH "/development-1";
     std::vector<std::string> words = {KELO_SERVICE_PATH, "--port", "0", "--quiet",
                                       "--exit-with-parent"};
+    if (std::find(arguments.begin(), arguments.end(), "--certificate") == arguments.end()) {
+        words.insert(words.end(),
+                     {"--certificate", certificate + ".pem", "--key", certificate + ".key"});
+    }
     words.insert(words.end(), arguments.begin(), arguments.end());
     return words;
 }

@@ -137,7 +137,7 @@ private:
     void received(Wish& wish, const std::vector<std::shared_ptr<Offers>>& offers,
                   const std::optional<Error>& error) {
         if (error) {
-            failed(wish, explained(*error, _host->options().host));
+            failed(wish, explained(*error, _host->options().host, _host->expectedPins()));
         } else {
             choose(wish, offers.empty() ? nullptr : chosenOffer(*offers.front(), _bitrate));
         }
@@ -188,7 +188,8 @@ private:
     void ended(const Wish& wish, const FileDownloadResult& result, bool cached) {
         if (result.error() != nullptr) {
             const auto url = URL::parse(wish.file->path());
-            failed(wish, explained(*result.error(), url ? hostIn(*url) : ""));
+            failed(wish,
+                   explained(*result.error(), url ? hostIn(*url) : "", _host->expectedPins()));
         } else {
             _progress.clear();
             const std::string path = wish.file->localUrl()->filePath().value_or("");
