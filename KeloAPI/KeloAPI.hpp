@@ -3,6 +3,7 @@
 // The whole library.
 #include <KeloAPI/api/AlamofireEndpointRequest.hpp>
 #include <KeloAPI/api/Api.hpp>
+#include <KeloAPI/api/BasicSessionDelegate.hpp>
 #include <KeloAPI/api/Certificates.hpp>
 #include <KeloAPI/api/Endpoint.hpp>
 #include <KeloAPI/api/EndpointErrorHandler.hpp>

@@ -2,32 +2,52 @@
 // environment; nothing else is told, and nobody is there to sign in again.
 #pragma once
 
-#include <KeloAPI/api/SessionDelegate.hpp>
+#include <KeloAPI/KeloAPI.hpp>
 
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
 
-class ExampleHost final : public KeloAPI::SessionDelegate {
+class ExampleHost final : public KeloAPI::BasicSessionDelegate {
 public:
-    using Text = std::optional<std::string>;
-    using Session = KeloAPI::Session;
-
-    Text hostForSession(Session&) override {
-        return fromEnvironment("KELO_HOST", "localhost:8443");
+    /// Makes one the delegate of the library's sessions.
+    static void use() {
+        const auto host = std::make_shared<ExampleHost>();
+        KeloAPI::Api::setSessionDelegate(host);
+        host->pinCertificate();
     }
-    Text sessionKeyForSession(Session&) override {
+
+    std::optional<std::string> hostForSession(KeloAPI::Session&) override { return _host; }
+    std::optional<std::string> sessionKeyForSession(KeloAPI::Session&) override {
         return fromEnvironment("KELO_SESSION", "kelo-development-session");
     }
-    Text schemaForSession(Session&) override { return "https://"; }
-    Text acceptLanguageForSession(Session&) override { return "en-US"; }
-    Text userAgentForSession(Session&) override { return "example/1.0"; }
-    Text keloClientForSession(Session&) override { return std::nullopt; }
-    bool isPollingForSession(Session&) override { return false; }
-    void reauthRequiredForSession(Session&) override {}
-    bool shouldHandleCaptchaForSession(Session&, const KeloAPI::URL&) override { return false; }
 
 private:
-    static Text fromEnvironment(const char* name, const char* otherwise) {
+    static std::string fromEnvironment(const char* name, const std::string& otherwise) {
         const char* value = std::getenv(name);
         return value != nullptr ? value : otherwise;
     }
+
+    /// The certificate that KELO_PIN names or that `kelo serve` made, where there is one, is
+    /// accepted beside those that are built into the library.
+    void pinCertificate() const {
+        using namespace KeloAPI;
+        const std::string state =
+            fromEnvironment("XDG_STATE_HOME", fromEnvironment("HOME", "") + "/.local/state");
+        std::ifstream file(fromEnvironment("KELO_PIN", state + "/kelo-service/certificate.pem"));
+        const std::string pem(std::istreambuf_iterator<char>(file), {});
+        if (const auto certificate = Certificate::fromPEM(pem)) {
+            std::vector<Certificate> pins = Certificates::chain();
+            pins.push_back(*certificate);
+            const ServerTrustPolicyManager trust({{_host, PinCertificates{std::move(pins)}}});
+            Api::session(SessionType::Authenticated)
+                ->setSessionManager(std::make_shared<Manager>(trust));
+        }
+    }
+
+    const std::string _host = fromEnvironment("KELO_HOST", "localhost:8443");
 };

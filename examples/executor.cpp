@@ -2,12 +2,6 @@
 // through it, and the main queue is never run.
 #include "ExampleHost.hpp"
 
-#include <KeloAPI/api/Api.hpp>
-#include <KeloAPI/endpoints/MeEndpoint.hpp>
-#include <KeloAPI/model/KLWatchUser.hpp>
-#include <KeloAPI/queues/Diagnostics.hpp>
-#include <KeloAPI/queues/MainQueue.hpp>
-
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -60,7 +54,7 @@ int main() {
     MainQueue::main().setExecutor(
         [&framework](MainQueue::Task task) { framework.runOnMainThread(std::move(task)); });
     Diagnostics::setSink([](std::string_view line) { std::clog << line << '\n'; });
-    Api::setSessionDelegate(std::make_shared<ExampleHost>());
+    ExampleHost::use();
     bool ok = false;
     MeEndpoint::create()->get([&](const MeResult& result) {
         ok = result.success() != nullptr;

@@ -2,12 +2,6 @@
 // descriptor beside the host's own sources (here a timer) and drains the queue when it is readable.
 #include "ExampleHost.hpp"
 
-#include <KeloAPI/api/Api.hpp>
-#include <KeloAPI/endpoints/MeEndpoint.hpp>
-#include <KeloAPI/model/KLWatchUser.hpp>
-#include <KeloAPI/queues/Diagnostics.hpp>
-#include <KeloAPI/queues/MainQueue.hpp>
-
 #include <glib-unix.h>
 
 #include <iostream>
@@ -34,7 +28,7 @@ struct UnrefLoop {
 
 int main() {
     Diagnostics::setSink([](std::string_view line) { std::clog << line << '\n'; });
-    Api::setSessionDelegate(std::make_shared<ExampleHost>());
+    ExampleHost::use();
     const std::unique_ptr<GMainLoop, UnrefLoop> loop(g_main_loop_new(nullptr, FALSE));
     const guint queue = g_unix_fd_add(MainQueue::main().fileDescriptor(), G_IO_IN, &drain, nullptr);
     const guint timer = g_timeout_add(100, &tick, nullptr);

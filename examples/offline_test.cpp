@@ -1,11 +1,6 @@
 // How a host tests its own code without a network: a scripted transport takes the place of HTTP,
 // answers what the test says and remembers what was sent.
-#include <KeloAPI/api/Session.hpp>
-#include <KeloAPI/endpoints/TimelineEndpoint.hpp>
-#include <KeloAPI/fakes/ScriptedTransport.hpp>
-#include <KeloAPI/model/KLWatchPost.hpp>
-#include <KeloAPI/queues/Diagnostics.hpp>
-#include <KeloAPI/queues/MainQueue.hpp>
+#include <KeloAPI/KeloAPI.hpp>
 
 #include <iostream>
 

@@ -2,12 +2,6 @@
 // other ones (here a timer), and drained when it becomes readable.
 #include "ExampleHost.hpp"
 
-#include <KeloAPI/api/Api.hpp>
-#include <KeloAPI/endpoints/MeEndpoint.hpp>
-#include <KeloAPI/model/KLWatchUser.hpp>
-#include <KeloAPI/queues/Diagnostics.hpp>
-#include <KeloAPI/queues/MainQueue.hpp>
-
 #include <poll.h>
 #include <sys/timerfd.h>
 #include <unistd.h>
@@ -34,7 +28,7 @@ void clear(int timer) {
 
 int main() {
     Diagnostics::setSink([](std::string_view line) { std::clog << line << '\n'; });
-    Api::setSessionDelegate(std::make_shared<ExampleHost>());
+    ExampleHost::use();
     bool done = false;
     bool ok = false;
     MeEndpoint::create()->get([&](const MeResult& result) {

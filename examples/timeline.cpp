@@ -1,35 +1,41 @@
-// Prints the captions of a feed's first page.
-#include <KeloAPI/api/Api.hpp>
-#include <KeloAPI/endpoints/TimelineEndpoint.hpp>
-#include <KeloAPI/model/KLWatchPost.hpp>
-#include <KeloAPI/queues/MainQueue.hpp>
+// Prints the captions of a feed's first page, from the service that `kelo serve` runs.
+#include <KeloAPI/KeloAPI.hpp>
 
+#include <cstdlib>
+#include <fstream>
 #include <iostream>
+#include <iterator>
 
 using namespace KeloAPI;
 
-// What the library asks its host: where the service is, and who the user is.
-struct Host final : SessionDelegate {
-    using Text = std::optional<std::string>;
+// What the library asks its host; BasicSessionDelegate leaves the rest unsaid.
+struct Host final : BasicSessionDelegate {
     std::string service = "localhost:8443"; // kelo serve
 
-    Text hostForSession(Session&) override { return service; }
-    Text schemaForSession(Session&) override { return {}; }
-    Text sessionKeyForSession(Session&) override { return "kelo-development-session"; }
-    Text acceptLanguageForSession(Session&) override { return {}; }
-    Text userAgentForSession(Session&) override { return {}; }
-    Text keloClientForSession(Session&) override { return {}; }
-    bool isPollingForSession(Session&) override { return false; }
-    void reauthRequiredForSession(Session&) override {}
-    bool shouldHandleCaptchaForSession(Session&, const URL&) override { return false; }
+    std::optional<std::string> hostForSession(Session&) override { return service; }
 };
+
+// The library reads no files: it is handed the certificate that the service must have. `kelo serve`
+// makes one for itself and says where it is.
+void pinCertificate(const std::string& host) {
+    const char* pin = std::getenv("KELO_PIN");
+    const std::string home = std::getenv("HOME");
+    std::ifstream file(pin ? pin : home + "/.local/state/kelo-service/certificate.pem");
+    const std::string pem(std::istreambuf_iterator<char>(file), {});
+    if (const auto certificate = Certificate::fromPEM(pem)) {
+        const ServerTrustPolicyManager trust({{host, PinCertificates{{*certificate}}}});
+        Api::session(SessionType::Authenticated)
+            ->setSessionManager(std::make_shared<Manager>(trust));
+    }
+}
 
 int main(int argc, char** argv) {
     const auto host = std::make_shared<Host>();
     if (argc > 1) {
         host->service = argv[1];
     }
-    Api::setSessionDelegate(host);
+    Api::setSessionDelegate(host); // this keeps it; sessions hold their delegate weakly
+    pinCertificate(host->service);
 
     int exitCode = 0;
     TimelineEndpoint::create("popular")->fetch([&exitCode](const TimelineResult& result) {

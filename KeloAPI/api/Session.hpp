@@ -59,6 +59,7 @@ public:
 
     /// Held weakly: null when there is none or it has gone.
     virtual std::shared_ptr<SessionDelegate> delegate() const;
+    /// The host keeps it as long as it is to be asked.
     virtual void setDelegate(const std::shared_ptr<SessionDelegate>& delegate);
     /// The service's host; by default the built-in one.
     virtual std::string host();

@@ -12,7 +12,8 @@ class Session;
 
 /// What a host tells its sessions about the service, the user and the device, and what it hears of
 /// them. A session asks anew for every request and keeps nothing. The first seven members are
-/// asked on the thread that sends; the last two are called on the main queue.
+/// asked on the thread that sends; the last two are called on the main queue. A session holds its
+/// delegate weakly: the host, or `Api::setSessionDelegate`, keeps it.
 class KELO_API SessionDelegate {
 public:
     SessionDelegate() = default;

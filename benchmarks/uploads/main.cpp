@@ -57,17 +57,10 @@ const CutVideo& video() {
     return instance;
 }
 
-class Delegate final : public SessionDelegate {
+class Delegate final : public BasicSessionDelegate {
 public:
     std::optional<std::string> hostForSession(Session&) override { return server().authority(); }
-    std::optional<std::string> schemaForSession(Session&) override { return std::nullopt; }
     std::optional<std::string> sessionKeyForSession(Session&) override { return "key"; }
-    std::optional<std::string> acceptLanguageForSession(Session&) override { return std::nullopt; }
-    std::optional<std::string> userAgentForSession(Session&) override { return std::nullopt; }
-    std::optional<std::string> keloClientForSession(Session&) override { return std::nullopt; }
-    bool isPollingForSession(Session&) override { return false; }
-    void reauthRequiredForSession(Session&) override {}
-    bool shouldHandleCaptchaForSession(Session&, const URL&) override { return false; }
 };
 
 /// Reads ahead: while one segment is under way, the next is read into the other buffer.
