@@ -1,8 +1,7 @@
 #import <KeloAPIObjC/api/AlamofireEndpointRequest.h>
 
 #include <KeloAPI/api/AlamofireEndpointRequest.hpp>
-#include <KeloAPIObjC/bridge/Bridge.hpp>
-#include <KeloAPIObjC/bridge/Completion.hpp>
+#include <KeloAPIObjC/bridge/Table.hpp>
 
 using namespace KeloBridge;
 using Native = KeloAPI::AlamofireEndpointRequest;
@@ -32,30 +31,20 @@ void setProgress(AlamofireEndpointRequest *request, const Completion &heard) {
 
 @implementation AlamofireEndpointRequest
 
-+ (void)load {
-    add<Native>(self);
-}
+KELO_STANDS_FOR(AlamofireEndpointRequest, Native)
+KELO_CALLS(void, (), setProgressTarget, setProgressHandler, setProgress(self, heard))
 
 - (instancetype)init {
-    self = [super init];
-    return self == nil ? nil : hold(self, Native::create(nullptr));
+    return holdMade(self, [] { return Native::create(nullptr); });
 }
 
-- (void)setProgressTarget:(id)target action:(SEL)action {
-    setProgress(self, Completion(target, action));
-}
-
-- (void)setProgressHandler:(KELO_BLOCK(id<EndpointRequest>, double))progressHandler {
-    setProgress(self, Completion(progressHandler));
-}
-
-- (KELO_BLOCK(id<EndpointRequest>, double))progressHandler {
-    const auto *progress = held<Native>(self).progressHandler().target<Progress>();
+- (id)progressHandler {
+    const auto *progress = native(self).progressHandler().target<Progress>();
     return progress == nullptr ? nil : progress->heard.block();
 }
 
 - (void)cancel {
-    held<Native>(self).cancel();
+    native(self).cancel();
 }
 
 @end

@@ -23,9 +23,13 @@ id wrapValue(Value value) {
     return wrap(std::make_shared<Boxed<Value>>(std::move(value)));
 }
 
-template <class Value>
-Value &heldValue(KLBridged *object) {
-    return held<Boxed<Value>>(object).value;
-}
-
 } // namespace KeloBridge
+
+/// The same as `KELO_STANDS_FOR` for a C++ class that is a value.
+#define KELO_STANDS_FOR_VALUE(Face, Value)                                                         \
+    [[maybe_unused]] static Value &native(Face *face) {                                            \
+        return held<Boxed<Value>>(face).value;                                                     \
+    }                                                                                              \
+    +(void)load {                                                                                  \
+        add<Boxed<Value>>(self);                                                                   \
+    }

@@ -24,6 +24,9 @@ void add(Class made) {
     add(made, [](const Object &object) { return dynamic_cast<const T *>(&object) != nullptr; });
 }
 
+/// The nearest class that was added: `one`, or one that it is derived from; `one` where none was.
+Class libraryClass(Class one);
+
 /// What stands in C++ for an Objective-C object and keeps it alive. `wrap` gives that very object.
 class Foreign {
 public:

@@ -1,33 +1,56 @@
 #pragma once
 
-#include <KeloAPI/api/Endpoint.hpp>
-#include <KeloAPIObjC/bridge/Completion.hpp>
+#import <KeloAPIObjC/api/EndpointResult.h>
 
-#include <functional>
-#include <memory>
+#include <KeloAPI/http/Timeline.hpp>
+#include <KeloAPI/model/Metadata.hpp>
+#include <KeloAPIObjC/bridge/Boxed.hpp>
+#include <KeloAPIObjC/bridge/Completion.hpp>
+#include <KeloAPIObjC/bridge/Convert.hpp>
+
 #include <optional>
 
-/// What an endpoint's calls tell, as the library's functions that pass it on.
 namespace KeloBridge {
 
-using NativeEndpoint = KeloAPI::Endpoint;
+inline id toObjC(const std::optional<KeloAPI::Metadata> &value) {
+    return value ? wrapValue(*value) : nil;
+}
+inline id toObjC(const KeloAPI::Timeline &value) {
+    return wrapValue(value);
+}
 
-/// The method of this name; any other text raises `NSInvalidArgumentException`.
-KeloAPI::Method methodOf(NSString *name);
+/// Tells a completion what the C++ library tells, each value as its counterpart.
+struct Telling {
+    Completion heard;
 
-/// Tells the error.
-std::function<void(std::optional<KeloAPI::Error> failure)> errorCompletion(const Completion &heard);
-/// Tells the text, and the error.
-NativeEndpoint::TextCompletion textCompletion(const Completion &heard);
-/// Tells the file's address, and the error.
-NativeEndpoint::DownloadCompletion downloadCompletion(const Completion &heard);
-/// Tells the three counts of bytes; empty where nothing would hear of it.
-KeloAPI::Session::DownloadProgress downloadProgress(const Completion &heard);
+    template <class... Values>
+    void operator()(const Values &...values) const {
+        const Pool pool;
+        heard(toObjC(values)...);
+    }
+};
 
-/// Sends and tells the items, the metadata, the timeline and the error.
-std::shared_ptr<KeloAPI::EndpointRequest> sendParsed(NativeEndpoint &endpoint, id parser,
-                                                     const Completion &heard);
-std::shared_ptr<KeloAPI::EndpointRequest> uploadParsed(NativeEndpoint &endpoint, id parser,
-                                                       NSData *data, const Completion &heard);
+/// An object of class `made`, autoreleased, that tells of an error, or where that is null of what
+/// the success brought.
+inline id toResult(Class made, const KeloAPI::Error *failure, id content) {
+    NSError *told = failure == nullptr ? nil : error(*failure);
+    return [[[made alloc] initWithContent:content error:told] autorelease];
+}
+
+/// Tells an outcome as an object of class `made`; `content` gives what a success brings.
+template <class Content>
+auto tellingOutcome(const Completion &heard, Class made, Content content) {
+    return [=](const auto &result) {
+        const Pool pool;
+        const auto *failure = result.error();
+        heard(toResult(made, failure, failure == nullptr ? toObjC(content(result)) : nil));
+    };
+}
+
+/// A C++ function that tells; empty where nothing would hear of it.
+template <class Function>
+Function tellingIfHeard(const Completion &heard) {
+    return heard ? Function(Telling{heard}) : nullptr;
+}
 
 } // namespace KeloBridge

@@ -1,5 +1,6 @@
 #include <KeloAPIObjC/bridge/Coding.hpp>
 
+#include <KeloAPIObjC/bridge/RangeCoding.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
@@ -30,6 +31,54 @@ std::optional<KeloAPI::Date> decodedDate(NSCoder *coder, NSString *key) {
 std::optional<KeloAPI::Number> decodedNumber(NSCoder *coder, NSString *key) {
     NSNumber *value = decoded(coder, key, [NSNumber class]);
     return value == nil ? std::nullopt : std::optional(number(value));
+}
+
+void decode(NSCoder *coder, std::string &member, NSString *key) {
+    member = decodedText(coder, key).value_or(member);
+}
+
+void decode(NSCoder *coder, std::optional<std::string> &member, NSString *key) {
+    member = decodedText(coder, key);
+}
+
+void decode(NSCoder *coder, std::optional<KeloAPI::URL> &member, NSString *key) {
+    member = decodedURL(coder, key);
+}
+
+void decode(NSCoder *coder, KeloAPI::Date &member, NSString *key) {
+    member = decodedDate(coder, key).value_or(member);
+}
+
+void decode(NSCoder *coder, std::optional<KeloAPI::Date> &member, NSString *key) {
+    member = decodedDate(coder, key);
+}
+
+void decode(NSCoder *coder, bool &member, NSString *key) {
+    member = [coder decodeBoolForKey:key] != NO;
+}
+
+void decode(NSCoder *coder, double &member, NSString *key) {
+    member = [coder decodeDoubleForKey:key];
+}
+
+void encode(NSCoder *coder, id value, NSString *key) {
+    [coder encodeObject:value forKey:key];
+}
+
+void encode(NSCoder *coder, BOOL value, NSString *key) {
+    [coder encodeBool:value forKey:key];
+}
+
+void encode(NSCoder *coder, double value, NSString *key) {
+    [coder encodeDouble:value forKey:key];
+}
+
+void encode(NSCoder *coder, int64_t value, NSString *key) {
+    [coder encodeInt64:value forKey:key];
+}
+
+void encode(NSCoder *coder, NSRange value, NSString *key) {
+    encodeRange(coder, value, key);
 }
 
 } // namespace KeloBridge

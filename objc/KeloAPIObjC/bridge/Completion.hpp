@@ -6,14 +6,6 @@
 
 #include <memory>
 
-/// The type of a block without a result, for implementations: the methods that take one are there
-/// also where the library's own compiler has no blocks.
-#if __has_feature(blocks)
-#define KELO_BLOCK(...) void (^)(__VA_ARGS__)
-#else
-#define KELO_BLOCK(...) id
-#endif
-
 namespace KeloBridge {
 
 /// A block that stays, by `copy`, which is null in a process without a blocks runtime: there, one

@@ -3,8 +3,8 @@
 #import <KeloAPIObjC/api/Endpoint.h>
 
 #include <KeloAPI/api/Endpoint.hpp>
-#include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Pool.hpp>
+#include <KeloAPIObjC/bridge/Table.hpp>
 
 #include <memory>
 #include <utility>
@@ -14,6 +14,8 @@
 /// nothing, the endpoint itself knows.
 namespace KeloBridge {
 
+/// The method of this name; any other text raises `NSInvalidArgumentException`.
+KeloAPI::Method methodOf(NSString *name);
 KeloAPI::HeaderFields headerFields(NSDictionary *fields);
 NSDictionary *headerFields(const KeloAPI::HeaderFields &fields);
 NSMutableURLRequest *urlRequest(const KeloAPI::URLRequest &request);
@@ -61,3 +63,7 @@ std::shared_ptr<E> makeEndpoint(Arguments &&...arguments) {
 }
 
 } // namespace KeloBridge
+
+/// `KELO_MAKE` of an endpoint.
+#define KELO_MAKE_ENDPOINT(...)                                                                    \
+    holdMade(self, [&] { return makeEndpoint<KELO_NATIVE>(__VA_ARGS__); })

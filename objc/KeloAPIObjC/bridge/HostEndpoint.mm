@@ -1,13 +1,26 @@
 #include <KeloAPIObjC/bridge/HostEndpoint.hpp>
 
 #include <KeloAPIObjC/bridge/Bytes.hpp>
-#include <KeloAPIObjC/bridge/Calls.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
 #include <cmath>
 
 namespace KeloBridge {
+
+using KeloAPI::Method;
+
+Method methodOf(NSString *known) {
+    for (const Method method :
+         {Method::OPTIONS, Method::GET, Method::HEAD, Method::POST, Method::PUT, Method::PATCH,
+          Method::DELETE, Method::TRACE, Method::CONNECT}) {
+        if (known != nil && text(known) == name(method)) {
+            return method;
+        }
+    }
+    [NSException raise:NSInvalidArgumentException format:@"no HTTP method: %@", known];
+    __builtin_unreachable();
+}
 
 KeloAPI::HeaderFields headerFields(NSDictionary *fields) {
     KeloAPI::HeaderFields made;

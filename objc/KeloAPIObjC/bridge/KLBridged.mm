@@ -2,6 +2,7 @@
 
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Pool.hpp>
+#include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/RuntimeName.hpp>
 
 #include <mutex>
@@ -90,6 +91,10 @@ Class classFor(const Object &object) {
     return NSAllocateObject(KeloBridge::instanceClass(self), 0, zone);
 }
 
+- (instancetype)init {
+    KeloBridge::refuse(self, "init()");
+}
+
 - (oneway void)release {
     {
         const std::lock_guard lock(pairs().mutex);
@@ -167,6 +172,18 @@ void addDerivable(Class made, Stand stand) {
 void add(Class made, Test test) {
     const std::lock_guard lock(pairs().mutex);
     pairs().classes.push_back({made, test});
+}
+
+Class libraryClass(Class one) {
+    const std::lock_guard lock(pairs().mutex);
+    for (Class known = one; known != Nil; known = class_getSuperclass(known)) {
+        for (const Made &added : pairs().classes) {
+            if (added.made == known) {
+                return known;
+            }
+        }
+    }
+    return one;
 }
 
 id hold(KLBridged *made, std::shared_ptr<Object> object) {

@@ -1,9 +1,7 @@
 #pragma once
 
-#import <KeloAPIObjC/bridge/KLBridged.h>
-
 #include <KeloAPI/parsing/AnyObjectJsonParser.hpp>
-#include <KeloAPIObjC/bridge/Making.hpp>
+#include <KeloAPIObjC/bridge/Table.hpp>
 
 #include <memory>
 #include <utility>
@@ -26,16 +24,19 @@ private:
     const std::shared_ptr<const P> _parser;
 };
 
-template <class P>
-void addParser(Class made) {
-    add<NativeParser<P>>(made);
-}
-
-/// Lets an object that has just been allocated stand for a parser made of `arguments`.
 template <class P, class... Arguments>
-id holdParser(KLBridged *made, Arguments &&...arguments) {
-    return hold(made, std::make_shared<NativeParser<P>>(
-                          std::make_shared<const P>(std::forward<Arguments>(arguments)...)));
+std::shared_ptr<NativeParser<P>> makeParser(Arguments &&...arguments) {
+    return std::make_shared<NativeParser<P>>(
+        std::make_shared<const P>(std::forward<Arguments>(arguments)...));
 }
 
 } // namespace KeloBridge
+
+/// The whole class of a parser that is made of nothing.
+#define KELO_PARSER(Parser)                                                                        \
+    @implementation Parser                                                                         \
+    KELO_STANDS_FOR(Parser, NativeParser<KeloAPI::Parser>)                                         \
+    -(instancetype)init {                                                                          \
+        return holdMade(self, [] { return makeParser<KeloAPI::Parser>(); });                       \
+    }                                                                                              \
+    @end

@@ -3,10 +3,8 @@
 #import <KeloAPIObjC/endpoints/PostActionEndpoint.h>
 
 #include <KeloAPI/endpoints/PostActionEndpoint.hpp>
-#include <KeloAPIObjC/bridge/Bridge.hpp>
-#include <KeloAPIObjC/bridge/Completion.hpp>
+#include <KeloAPIObjC/bridge/Calls.hpp>
 #include <KeloAPIObjC/bridge/HostEndpoint.hpp>
-#include <KeloAPIObjC/bridge/Outcomes.hpp>
 
 namespace KeloBridge {
 
@@ -54,7 +52,6 @@ struct PostAction {
 template <class E, class Item>
 PostAction postAction() {
     using Result = KeloAPI::PostActionResult<Item>;
-    using Success = KeloAPI::PostActionSuccess<Item>;
     PostAction action;
     action.post = [](Object &endpoint) { return wrap(dynamic_cast<E &>(endpoint).post()); };
     action.setPath = [](Object &endpoint, bool on) {
@@ -65,11 +62,9 @@ PostAction postAction() {
         }
     };
     action.toggle = [](Object &endpoint, bool on, const Completion &heard) {
-        dynamic_cast<E &>(endpoint).toggle(on, [heard](const Result &result) {
-            const Pool pool;
-            heard(outcome([PostActionResult class], result,
-                          [](const Success &success) { return wrap(success.item); }));
-        });
+        dynamic_cast<E &>(endpoint).toggle(
+            on, tellingOutcome(heard, [PostActionResult class],
+                               [](const Result &result) { return result.success()->item; }));
     };
     return action;
 }

@@ -5,21 +5,28 @@
 #include <KeloAPI/base/Date.hpp>
 #include <KeloAPI/base/Number.hpp>
 #include <KeloAPI/base/URL.hpp>
+#include <KeloAPIObjC/bridge/Bridge.hpp>
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 
 /// What must be there where an object is made or changed, and what need not.
 namespace KeloBridge {
 
-/// An empty URL crosses as one. Nil, and what is no URL to the C++ library, raise
-/// `NSInvalidArgumentException`.
-KeloAPI::URL requiredURL(NSURL *url);
+/// Nil raises `NSInvalidArgumentException` that names the argument; so does what is no URL to the
+/// C++ library. An empty URL crosses as one.
+KeloAPI::URL requiredURL(NSURL *url, NSString *name);
+KeloAPI::Number requiredNumber(NSNumber *number, NSString *name);
+KeloAPI::Date requiredDate(NSDate *date, NSString *name);
+void requireArgument(id value, NSString *name);
 
-/// Nil raises `NSInvalidArgumentException`.
-KeloAPI::Number requiredNumber(NSNumber *number);
-
-KeloAPI::Date requiredDate(NSDate *date);
+/// The C++ object of class `T`. One of another class raises, too.
+template <class T>
+std::shared_ptr<T> required(id object, NSString *name) {
+    requireArgument(object, name);
+    return shared<T>(object);
+}
 
 /// Absent for nil.
 std::optional<bool> optionalBool(NSNumber *number);
@@ -30,10 +37,6 @@ std::optional<KeloAPI::Date> optionalDate(NSDate *date);
 /// a second "#") is escaped. Absent also for what is no URL to the C++ library all the same, as one
 /// with a port above 65535.
 std::optional<KeloAPI::URL> optionalURL(NSURL *url);
-
-/// Nil for what is absent.
-NSNumber *number(const std::optional<double> &number);
-NSNumber *number(const std::optional<std::int64_t> &number);
 
 /// The case of enumeration `To` in the place of `value`. A number beyond `last`, or below 0, raises
 /// `NSInvalidArgumentException`, which names `what` it should be.
@@ -49,5 +52,8 @@ To requiredCase(NSInteger value, NSInteger last, NSString *what) {
 /// Ends the process where an initialiser is called that `className` does not offer; both are named
 /// as in the native form, "init()" and "KeloAPI.KLVenue".
 [[noreturn]] void unimplemented(const char *initialiser, const char *className);
+
+/// The same of the class of `object`, or the one of this library that it is derived from.
+[[noreturn]] void refuse(id object, const char *initialiser);
 
 } // namespace KeloBridge

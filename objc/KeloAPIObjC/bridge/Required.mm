@@ -7,25 +7,29 @@
 
 namespace KeloBridge {
 
-KeloAPI::URL requiredURL(NSURL *address) {
+void requireArgument(id value, NSString *name) {
+    if (value == nil) {
+        [NSException raise:NSInvalidArgumentException format:@"the argument %@ is nil", name];
+    }
+}
+
+KeloAPI::URL requiredURL(NSURL *address, NSString *name) {
+    requireArgument(address, name);
     const auto known = optionalURL(address);
     if (!known) {
-        [NSException raise:NSInvalidArgumentException format:@"no URL: %@", address];
+        [NSException raise:NSInvalidArgumentException
+                    format:@"the argument %@ is no URL: %@", name, address];
     }
     return *known;
 }
 
-KeloAPI::Number requiredNumber(NSNumber *value) {
-    if (value == nil) {
-        [NSException raise:NSInvalidArgumentException format:@"there must be a number"];
-    }
+KeloAPI::Number requiredNumber(NSNumber *value, NSString *name) {
+    requireArgument(value, name);
     return number(value);
 }
 
-KeloAPI::Date requiredDate(NSDate *instant) {
-    if (instant == nil) {
-        [NSException raise:NSInvalidArgumentException format:@"there must be a date"];
-    }
+KeloAPI::Date requiredDate(NSDate *instant, NSString *name) {
+    requireArgument(instant, name);
     return date(instant);
 }
 
@@ -45,17 +49,15 @@ std::optional<KeloAPI::Date> optionalDate(NSDate *instant) {
     return instant == nil ? std::nullopt : std::optional(date(instant));
 }
 
-NSNumber *number(const std::optional<double> &value) {
-    return value ? [NSNumber numberWithDouble:*value] : nil;
-}
-
-NSNumber *number(const std::optional<std::int64_t> &value) {
-    return value ? [NSNumber numberWithLongLong:*value] : nil;
-}
-
 void unimplemented(const char *initialiser, const char *className) {
     KeloAPI::contractViolation(std::string("unimplemented initialiser ") + initialiser +
                                " of class " + className);
+}
+
+void refuse(id object, const char *initialiser) {
+    const std::string name = class_getName(libraryClass([object class]));
+    const std::string module = "KeloAPI.";
+    unimplemented(initialiser, (name.starts_with(module) ? name : module + name).c_str());
 }
 
 } // namespace KeloBridge

@@ -3,9 +3,7 @@
 #import <KeloAPIObjC/parsing/KLPagingMetadata.h>
 
 #include <KeloAPI/model/KLPagedData.hpp>
-#include <KeloAPIObjC/bridge/Bridge.hpp>
-#include <KeloAPIObjC/bridge/Lists.hpp>
-#include <KeloAPIObjC/bridge/Making.hpp>
+#include <KeloAPIObjC/bridge/Table.hpp>
 
 #include <algorithm>
 
@@ -32,117 +30,90 @@ NSArray *&enumerated(NSFastEnumerationState &state) {
 
 @implementation KLPagedData
 
-+ (void)load {
-    add<PagedData>(self);
-}
+KELO_STANDS_FOR(KLPagedData, PagedData)
+KELO_READS(KLPagingMetadata *, metadata)
+KELO_READS(NSArray *, data)
+KELO_READS(NSInteger, count, startIndex, endIndex)
+KELO_READS(BOOL, hasNextPage)
 
 - (instancetype)init {
-    self = [super init];
-    return self == nil ? nil : hold(self, std::make_shared<PagedData>());
+    return KELO_MAKE();
 }
 
 - (instancetype)initWithData:(NSArray *)data {
-    self = [super init];
-    return holdMade(self, [&] { return std::make_shared<PagedData>(objects<Object>(data)); });
+    return KELO_MAKE(objects<Object>(data));
 }
 
 - (instancetype)initWithData:(NSArray *)data metadata:(KLPagingMetadata *)metadata {
-    self = [super init];
-    return holdMade(self, [&] {
-        return std::make_shared<PagedData>(objects<Object>(data), shared<PagingMetadata>(metadata));
-    });
+    return KELO_MAKE(objects<Object>(data), shared<PagingMetadata>(metadata));
 }
 
 - (id)copyWithZone:(NSZone *)zone {
-    return hold([[self class] allocWithZone:zone], held<PagedData>(self).copy());
-}
-
-- (KLPagingMetadata *)metadata {
-    return wrap(held<PagedData>(self).metadata());
+    return hold([[self class] allocWithZone:zone], native(self).copy());
 }
 
 - (void)setMetadata:(KLPagingMetadata *)metadata {
-    held<PagedData>(self).setMetadata(shared<PagingMetadata>(metadata));
-}
-
-- (NSArray *)data {
-    return array(held<PagedData>(self).data());
+    native(self).setMetadata(shared<PagingMetadata>(metadata));
 }
 
 - (void)setData:(NSArray *)data {
-    held<PagedData>(self).setData(objects<Object>(data));
-}
-
-- (NSInteger)count {
-    return held<PagedData>(self).count();
-}
-
-- (NSInteger)startIndex {
-    return held<PagedData>(self).startIndex();
-}
-
-- (NSInteger)endIndex {
-    return held<PagedData>(self).endIndex();
-}
-
-- (BOOL)hasNextPage {
-    return held<PagedData>(self).hasNextPage();
+    native(self).setData(objects<Object>(data));
 }
 
 - (id)objectAtIndexedSubscript:(NSInteger)index {
-    return wrap(held<PagedData>(self)[index]);
+    return wrap(native(self)[index]);
 }
 
 - (void)setObject:(id)object atIndexedSubscript:(NSInteger)index {
-    held<PagedData>(self)[index] = element(object);
+    native(self)[index] = element(object);
 }
 
 - (id)objectAtIndex:(NSInteger)index {
-    return wrap(held<PagedData>(self).objectAtIndex(index));
+    return wrap(native(self).objectAtIndex(index));
 }
 
 - (void)append:(id)object {
-    held<PagedData>(self).append(element(object));
+    native(self).append(element(object));
 }
 
 - (void)addObject:(id)object {
-    held<PagedData>(self).addObject(element(object));
+    native(self).addObject(element(object));
 }
 
 - (void)insert:(id)object atIndex:(NSInteger)index {
-    held<PagedData>(self).insert(element(object), index);
+    native(self).insert(element(object), index);
 }
 
 - (void)insertObject:(id)object atIndex:(NSInteger)index {
-    held<PagedData>(self).insertObject(element(object), index);
+    native(self).insertObject(element(object), index);
 }
 
 - (id)removeAtIndex:(NSInteger)index {
-    return wrap(held<PagedData>(self).removeAtIndex(index));
+    return wrap(native(self).removeAtIndex(index));
 }
 
 - (id)removeObjectAtIndex:(NSInteger)index {
-    return wrap(held<PagedData>(self).removeObjectAtIndex(index));
+    return wrap(native(self).removeObjectAtIndex(index));
 }
 
 - (BOOL)remove:(id)object {
-    return held<PagedData>(self).remove(shared(object));
+    return native(self).remove(shared(object));
 }
 
 - (BOOL)removeObject:(id)object {
-    return held<PagedData>(self).removeObject(shared(object));
+    return native(self).removeObject(shared(object));
 }
 
 - (void)addPagedData:(KLPagedData *)other {
-    held<PagedData>(self).addPagedData(shared<PagedData>(other));
+    native(self).addPagedData(shared<PagedData>(other));
 }
 
 - (void)appendPagedData:(KLPagedData *)other {
-    held<PagedData>(self).appendPagedData(held<PagedData>(other));
+    native(self).appendPagedData(native(other));
 }
 
 - (void)prependPagedData:(KLPagedData *)other {
-    held<PagedData>(self).prependPagedData(held<PagedData>(other));
+    native(self).prependPagedData(native(other));
 }
 
 - (NSUInteger)countByEnumeratingWithState:(NSFastEnumerationState *)state

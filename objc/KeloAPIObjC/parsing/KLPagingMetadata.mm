@@ -1,95 +1,76 @@
-#import <KeloAPIObjC/parsing/KLPagingMetadata.h>
-
 #import <KeloAPIObjC/model/KLChannel.h>
+#import <KeloAPIObjC/parsing/KLPagingMetadata.h>
+#import <KeloAPIObjC/parsing/Metadata.h>
 
 #include <KeloAPI/model/KLChannel.hpp>
 #include <KeloAPI/model/KLPagingMetadata.hpp>
-#include <KeloAPIObjC/bridge/Bridge.hpp>
-#include <KeloAPIObjC/bridge/Making.hpp>
-#include <KeloAPIObjC/bridge/Required.hpp>
-#include <KeloAPIObjC/bridge/Values.hpp>
+#include <KeloAPI/model/Metadata.hpp>
+#include <KeloAPIObjC/bridge/Boxed.hpp>
+#include <KeloAPIObjC/bridge/Parameters.hpp>
+#include <KeloAPIObjC/bridge/Table.hpp>
 
 using namespace KeloBridge;
-using Metadata = KeloAPI::KLPagingMetadata;
+
+static NSDictionary *known(const std::optional<KeloAPI::Parameters> &page) {
+    return page ? parameters(*page) : nil;
+}
 
 @implementation KLPagingMetadata
 
-+ (void)load {
-    add<Metadata>(self);
-}
-
-- (instancetype)init {
-    unimplemented("init()", "KeloAPI.KLPagingMetadata");
-}
+KELO_STANDS_FOR(KLPagingMetadata, KeloAPI::KLPagingMetadata)
+KELO_NO_INIT()
+KELO_READS(NSInteger, count, nextPage, previousPage, pageSize, nextAfter, displayCount)
+KELO_READS(NSString *, anchor, backAnchor, title)
+KELO_READS(KLChannel *, channel)
 
 - (instancetype)initWithJson:(NSDictionary *)json {
-    self = [super init];
-    return holdMade(self, [&] {
-        const auto read = document(json);
-        return std::make_shared<Metadata>(*read.root().object());
-    });
+    return KELO_MAKE(*JsonOf(json));
 }
 
 - (instancetype)initWithMetadata:(KLPagingMetadata *)metadata {
-    self = [super init];
-    return holdMade(self, [&] { return std::make_shared<Metadata>(held<Metadata>(metadata)); });
+    return KELO_MAKE(native(metadata));
 }
 
 - (instancetype)initWithCount:(NSInteger)count
                      metadata:(KLPagingMetadata *)metadata
                       prepend:(KLPagingMetadata *)prepend {
-    self = [super init];
-    return holdMade(self, [&] {
-        return std::make_shared<Metadata>(count, held<Metadata>(metadata), held<Metadata>(prepend));
-    });
-}
-
-- (NSInteger)count {
-    return held<Metadata>(self).count();
+    return KELO_MAKE(count, native(metadata), native(prepend));
 }
 
 - (void)setCount:(NSInteger)count {
-    held<Metadata>(self).setCount(count);
-}
-
-- (NSInteger)nextPage {
-    return held<Metadata>(self).nextPage();
-}
-
-- (NSInteger)previousPage {
-    return held<Metadata>(self).previousPage();
-}
-
-- (NSInteger)pageSize {
-    return held<Metadata>(self).pageSize();
-}
-
-- (NSString *)anchor {
-    return string(held<Metadata>(self).anchor());
-}
-
-- (NSString *)backAnchor {
-    return string(held<Metadata>(self).backAnchor());
-}
-
-- (NSString *)title {
-    return string(held<Metadata>(self).title());
-}
-
-- (NSInteger)nextAfter {
-    return held<Metadata>(self).nextAfter();
-}
-
-- (KLChannel *)channel {
-    return wrap(held<Metadata>(self).channel());
-}
-
-- (NSInteger)displayCount {
-    return held<Metadata>(self).displayCount();
+    native(self).setCount(count);
 }
 
 - (void)setDisplayCount:(NSInteger)displayCount {
-    held<Metadata>(self).setDisplayCount(displayCount);
+    native(self).setDisplayCount(displayCount);
+}
+
+@end
+
+@implementation Metadata
+
+KELO_STANDS_FOR_VALUE(Metadata, KeloAPI::Metadata)
+KELO_NO_INIT()
+KELO_READS(NSInteger, count, pageSize, nextAfter, displayCount)
+KELO_READS(NSNumber *, nextPage, previousPage)
+KELO_READS(NSString *, anchor, backAnchor, title)
+
+- (instancetype)initWithJson:(NSDictionary *)json {
+    return holdMade(self, [&] {
+        return std::make_shared<Boxed<KeloAPI::Metadata>>(KeloAPI::Metadata(*JsonOf(json)));
+    });
+}
+
+- (void)setDisplayCount:(NSInteger)displayCount {
+    native(self).setDisplayCount(displayCount);
+}
+
+- (NSDictionary *)nextPageParameters:(NSInteger)size {
+    return known(native(self).nextPageParameters(size));
+}
+
+- (NSDictionary *)previousPageParameters:(NSInteger)size {
+    return known(native(self).previousPageParameters(size));
 }
 
 @end

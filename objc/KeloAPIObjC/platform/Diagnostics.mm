@@ -1,20 +1,12 @@
 #import <KeloAPIObjC/platform/Diagnostics.h>
 
 #include <KeloAPI/queues/Diagnostics.hpp>
-#include <KeloAPIObjC/bridge/Completion.hpp>
-#include <KeloAPIObjC/bridge/Values.hpp>
+#include <KeloAPIObjC/bridge/Calls.hpp>
 
 using namespace KeloBridge;
 
 static void setSink(const Completion &heard) {
-    if (!heard) {
-        KeloAPI::Diagnostics::setSink({});
-        return;
-    }
-    KeloAPI::Diagnostics::setSink([heard](std::string_view line) {
-        const Pool pool;
-        heard(string(line));
-    });
+    KeloAPI::Diagnostics::setSink(tellingIfHeard<KeloAPI::Diagnostics::Sink>(heard));
 }
 
 @implementation Diagnostics
@@ -23,7 +15,7 @@ static void setSink(const Completion &heard) {
     setSink(Completion(target, action));
 }
 
-+ (void)setSink:(KELO_BLOCK(NSString *))sink {
++ (void)setSink:(id)sink {
     setSink(Completion(sink));
 }
 

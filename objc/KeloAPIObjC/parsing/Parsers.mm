@@ -1,0 +1,49 @@
+#import <KeloAPIObjC/parsing/AnyObjectJsonParser.h>
+#import <KeloAPIObjC/parsing/KLEmpty.h>
+#import <KeloAPIObjC/parsing/KLPagedDataParser.h>
+
+#include <KeloAPI/model/KLEmpty.hpp>
+#include <KeloAPI/model/KLPagedDataParser.hpp>
+#include <KeloAPIObjC/bridge/DerivedParser.hpp>
+#include <KeloAPIObjC/bridge/NativeParser.hpp>
+
+using namespace KeloBridge;
+using ItemParser = KeloAPI::AnyObjectJsonParser;
+using PageParser = KeloAPI::KLPagedDataParser<ItemParser>;
+
+@implementation AnyObjectJsonParser
+
+KELO_STANDS_FOR(AnyObjectJsonParser, ItemParser, addDerivable(self, derivedParser))
+
+- (instancetype)init {
+    return KELO_MAKE();
+}
+
+- (id)parse:(NSDictionary *)json error:(NSError **)error {
+    return parsed(native(self), json, error);
+}
+
+@end
+
+@implementation KLEmpty
+
+KELO_STANDS_FOR(KLEmpty, KeloAPI::KLEmpty)
+
+- (instancetype)init {
+    return KELO_MAKE();
+}
+
+@end
+
+KELO_PARSER(KLEmptyParser)
+
+@implementation KLPagedDataParser
+
+KELO_STANDS_FOR(KLPagedDataParser, NativeParser<PageParser>)
+KELO_NO_INIT()
+
+- (instancetype)initWithItemParser:(AnyObjectJsonParser *)itemParser {
+    return holdMade(self, [&] { return makeParser<PageParser>(shared<ItemParser>(itemParser)); });
+}
+
+@end
