@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 namespace KeloObjcTest {
 
 /// What the call raises; nil when it raises nothing.
@@ -13,6 +15,9 @@ template <class Call>
 NSException *raised(Call call) {
     return KLCaught([](void *context) { (*static_cast<Call *>(context))(); }, &call);
 }
+
+/// Makes the call, whose leaks are the Foundation's own and not told.
+void lettingLeak(const std::function<void()> &call);
 
 /// The object that a JSON text is.
 inline NSDictionary *json(const char *text) {

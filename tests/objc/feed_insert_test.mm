@@ -216,9 +216,3 @@ TEST(KLFeedInsertDeathTest, TheBaseClassesInitialiserIsNotInherited) {
     EXPECT_DEATH([[KLSolicitation alloc] initWithReference:@"r" closeable:YES],
                  "init\\(reference:closeable:\\) of class KeloAPI.KLSolicitation\n");
 }
-
-TEST(KLFeedInsertDeathTest, MosaicsNeedTheirLists) {
-    EXPECT_DEATH(postsMosaic(nil, KLPostsMosaicTypeDefault),
-                 "a mosaic of posts needs a list of posts");
-    EXPECT_DEATH(userMosaic(nil, YES), "a mosaic of users needs a list of users");
-}

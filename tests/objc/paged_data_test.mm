@@ -204,9 +204,3 @@ TEST(KLPagedDataDeathTest, IndexesOutside) {
     EXPECT_DEATH([data insert:@"x" atIndex:4],
                  "^KeloAPI: contract violated: index of an insertion outside the paged data\n$");
 }
-
-TEST(KLPagedDataDeathTest, WithoutMetadata) {
-    const char *needed = "^KeloAPI: contract violated: paged data needs metadata\n$";
-    EXPECT_DEATH(numbers(0, 1, nil), needed);
-    EXPECT_DEATH(texts().metadata = nil, needed);
-}

@@ -30,8 +30,8 @@ extern NSString *const KLCaptchaUrlKey;
 /// again. They do not ask what else it overrides.
 @interface Endpoint : KLBridged
 
-/// An endpoint of no particular kind: set its properties, then send. A nil session stops the
-/// process.
+/// An endpoint of no particular kind: set its properties, then send. A nil session raises
+/// `NSInvalidArgumentException`.
 - (instancetype)initWithSession:(Session *)session;
 /// Not offered where a derived class says nothing else: stops the process.
 - (instancetype)init;
@@ -59,7 +59,7 @@ extern NSString *const KLCaptchaUrlKey;
 - (id<EndpointRequest>)requestWithTarget:(id)target action:(SEL)action;
 /// Sends the call and parses the answer: `action` takes the items (an NSArray, empty with an
 /// error), the `Metadata` (nil unless it was a list), the `Timeline` and the NSError, nil without.
-/// A nil parser stops the process.
+/// A nil parser raises `NSInvalidArgumentException`.
 - (id<EndpointRequest>)requestWithParser:(AnyObjectJsonParser *)parser
                                   target:(id)target
                                   action:(SEL)action;

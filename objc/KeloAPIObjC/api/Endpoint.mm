@@ -36,11 +36,13 @@ KELO_READS(Session *, session)
 KELO_CALLS(id<EndpointRequest>, (), requestWithTarget, requestWithCompletionHandler,
            wrap(native(self).request(Telling{heard})))
 KELO_CALLS(id<EndpointRequest>, (requestWithParser, AnyObjectJsonParser *, parser), target,
-           completionHandler, wrap(native(self).request(shared<Parser>(parser), Telling{heard})))
+           completionHandler,
+           wrap(native(self).request(required<Parser>(parser, @"parser"), Telling{heard})))
 KELO_CALLS(id<EndpointRequest>,
            (uploadWithParser, AnyObjectJsonParser *, parser, data, NSData *, data), target,
            completionHandler,
-           wrap(native(self).upload(shared<Parser>(parser), bytes(data), Telling{heard})))
+           wrap(native(self).upload(required<Parser>(parser, @"parser"), bytes(data),
+                                    Telling{heard})))
 KELO_CALLS(void, (downloadWithDestinationUrl, NSURL *, destinationUrl), target, completionHandler,
            native(self).download(requiredURL(destinationUrl, @"destinationUrl"), Telling{heard}))
 KELO_CALLS(void, (), setDownloadProgressTarget, setDownloadProgressHandler,
@@ -48,7 +50,7 @@ KELO_CALLS(void, (), setDownloadProgressTarget, setDownloadProgressHandler,
                tellingIfHeard<KeloAPI::Session::DownloadProgress>(heard)))
 
 - (instancetype)initWithSession:(Session *)session {
-    return KELO_MAKE_ENDPOINT(shared<KeloAPI::Session>(session));
+    return KELO_MAKE_ENDPOINT(required<KeloAPI::Session>(session, @"session"));
 }
 
 - (void)setPath:(NSString *)path {
@@ -60,6 +62,7 @@ KELO_CALLS(void, (), setDownloadProgressTarget, setDownloadProgressHandler,
 }
 
 - (void)setMethod:(NSString *)method {
+    requireArgument(method, @"method");
     native(self).setMethod(methodOf(method));
 }
 

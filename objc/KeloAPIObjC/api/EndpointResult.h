@@ -6,6 +6,7 @@
 @private
     id _content;
     NSError *_error;
+    BOOL _isMade;
 }
 
 /// A host makes some in its own tests. `error` is nil for a success; so is `content` where a

@@ -5,8 +5,13 @@
 @implementation EndpointResult
 
 - (instancetype)initWithContent:(id)content error:(NSError *)error {
+    if (_isMade) {
+        [NSException raise:NSInvalidArgumentException
+                    format:@"an object of class %@ is initialised already", [self class]];
+    }
     self = [super init];
     if (self != nil) {
+        _isMade = YES;
         _content = error == nil ? [content retain] : nil;
         _error = [error retain];
     }

@@ -75,7 +75,12 @@ std::shared_ptr<T> shared(id object);
 template <class T>
 std::shared_ptr<T> sharedAlone(id object);
 
+/// Tells apart nil, an object that was never initialised and one of a class without a place.
 [[noreturn]] void raiseWrongClass(id object);
+
+/// Raises `NSInvalidArgumentException` for an object that stands for another already: an
+/// initialiser was called twice.
+void requireNew(KLBridged *made);
 
 template <class T>
 std::shared_ptr<T> typedOrRaise(id object, const std::shared_ptr<Object> &crossed) {

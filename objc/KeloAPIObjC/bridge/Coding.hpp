@@ -37,6 +37,9 @@ void decode(NSCoder *coder, std::shared_ptr<T> &member, NSString *key) {
     member = std::dynamic_pointer_cast<T>(shared([coder decodeObjectForKey:key]));
 }
 
+/// Raises `NSInvalidArgumentException` for an object whose class is not archived.
+[[noreturn]] void raiseNotArchived(id object, NSCoder *coder);
+
 void encode(NSCoder *coder, id value, NSString *key);
 void encode(NSCoder *coder, BOOL value, NSString *key);
 void encode(NSCoder *coder, double value, NSString *key);

@@ -61,6 +61,18 @@ void decode(NSCoder *coder, double &member, NSString *key) {
     member = [coder decodeDoubleForKey:key];
 }
 
+void raiseNotArchived(id object, NSCoder *coder) {
+    // GNUstep's archiver releases the dictionary that it is writing into, which it does not own,
+    // when it goes after an object has raised.
+    if ([coder isKindOfClass:[NSKeyedArchiver class]]) {
+        Ivar written = class_getInstanceVariable([NSKeyedArchiver class], "_enc");
+        [(written == nullptr ? nil : object_getIvar(coder, written)) retain];
+    }
+    [NSException raise:NSInvalidArgumentException
+                format:@"objects of class %@ are not archived", [object class]];
+    __builtin_unreachable();
+}
+
 void encode(NSCoder *coder, id value, NSString *key) {
     [coder encodeObject:value forKey:key];
 }

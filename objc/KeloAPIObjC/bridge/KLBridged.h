@@ -7,6 +7,11 @@
 /// An address that is no URL to the C++ library, as one with a port above 65535, counts as nil:
 /// where there need not be one it is absent, where there must be one it raises
 /// `NSInvalidArgumentException`.
+///
+/// Nil for an argument that must be there raises `NSInvalidArgumentException`, whose reason names
+/// the argument. So do a message to an object that was never initialised, and a second
+/// initialisation, which leaves the object as it is. Objects of a class that does not say that it
+/// is archived raise it when they are encoded.
 @interface KLBridged : NSObject {
 @private
     void *_held;

@@ -1,6 +1,7 @@
 #import <KeloAPIObjC/bridge/KLBridged.h>
 
 #include <KeloAPIObjC/bridge/Bridge.hpp>
+#include <KeloAPIObjC/bridge/Coding.hpp>
 #include <KeloAPIObjC/bridge/Pool.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/RuntimeName.hpp>
@@ -93,6 +94,10 @@ Class classFor(const Object &object) {
 
 - (instancetype)init {
     KeloBridge::refuse(self, "init()");
+}
+
+- (void)encodeWithCoder:(NSCoder *)coder {
+    KeloBridge::raiseNotArchived(self, coder);
 }
 
 - (oneway void)release {
@@ -241,9 +246,23 @@ std::size_t aliveCount() {
 }
 
 void raiseWrongClass(id object) {
+    if (object == nil) {
+        [NSException raise:NSInvalidArgumentException format:@"nil has no place here"];
+    }
+    if ([object isKindOfClass:[KLBridged class]] && keptBy(object) == nullptr) {
+        [NSException raise:NSInvalidArgumentException
+                    format:@"an object of class %@ was never initialised", [object class]];
+    }
     [NSException raise:NSInvalidArgumentException
                 format:@"an object of class %@ has no place here", [object class]];
     __builtin_unreachable();
+}
+
+void requireNew(KLBridged *made) {
+    if (keptBy(made) != nullptr) {
+        [NSException raise:NSInvalidArgumentException
+                    format:@"an object of class %@ is initialised already", [made class]];
+    }
 }
 
 } // namespace KeloBridge

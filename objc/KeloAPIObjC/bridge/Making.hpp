@@ -7,9 +7,11 @@
 namespace KeloBridge {
 
 /// Lets an object that has just been allocated stand for the C++ object that `make` gives, and
-/// returns it. Where `make` raises, or gives null, it is released; for null, nil is returned.
+/// returns it. Where `make` raises, or gives null, it is released; for null, nil is returned. One
+/// that is initialised already is refused and stays as it is.
 template <class Make>
 id holdMade(KLBridged *made, Make make) {
+    requireNew(made);
     struct Unfinished {
         KLBridged *object;
         ~Unfinished() { [object release]; }

@@ -38,15 +38,23 @@ std::optional<KeloAPI::Date> optionalDate(NSDate *date);
 /// with a port above 65535.
 std::optional<KeloAPI::URL> optionalURL(NSURL *url);
 
-/// The case of enumeration `To` in the place of `value`. A number beyond `last`, or below 0, raises
-/// `NSInvalidArgumentException`, which names `what` it should be.
+/// The case of enumeration `To` in the place of `value`; absent for a number beyond `last`, or
+/// below 0.
+template <class To>
+std::optional<To> optionalCase(NSInteger value, NSInteger last) {
+    return value < 0 || value > last ? std::nullopt : std::optional(static_cast<To>(value));
+}
+
+/// The same; a number that is none raises `NSInvalidArgumentException`, which names `what` it
+/// should be.
 template <class To>
 To requiredCase(NSInteger value, NSInteger last, NSString *what) {
-    if (value < 0 || value > last) {
+    const auto known = optionalCase<To>(value, last);
+    if (!known) {
         [NSException raise:NSInvalidArgumentException
                     format:@"no %@: %ld", what, static_cast<long>(value)];
     }
-    return static_cast<To>(value);
+    return *known;
 }
 
 /// Ends the process where an initialiser is called that `className` does not offer; both are named

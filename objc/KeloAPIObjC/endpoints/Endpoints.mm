@@ -77,7 +77,7 @@ KELO_CALLS(void, (), getWithTarget, get,
 }
 
 - (instancetype)initWithSession:(Session *)session {
-    return KELO_MAKE_ENDPOINT(shared<KeloAPI::Session>(session));
+    return KELO_MAKE_ENDPOINT(required<KeloAPI::Session>(session, @"session"));
 }
 
 @end
@@ -97,7 +97,7 @@ KELO_CALLS(void, (setFollowingOnTwitter, BOOL, following), target, completion,
 }
 
 - (instancetype)initWithSession:(Session *)session userId:(NSString *)userId {
-    return KELO_MAKE_ENDPOINT(shared<KeloAPI::Session>(session), text(userId));
+    return KELO_MAKE_ENDPOINT(required<KeloAPI::Session>(session, @"session"), text(userId));
 }
 
 - (instancetype)initWithSession:(Session *)session {
@@ -113,7 +113,7 @@ KELO_CALLS(id<EndpointRequest>, (), fetchSoundsWithTarget, fetchSoundsWithComple
            wrap(native(self).fetchSounds(Telling{heard})))
 
 - (instancetype)initWithSession:(Session *)session {
-    return KELO_MAKE_ENDPOINT(shared<KeloAPI::Session>(session));
+    return KELO_MAKE_ENDPOINT(required<KeloAPI::Session>(session, @"session"));
 }
 
 @end
@@ -161,7 +161,7 @@ KELO_CALLS(void, (), fetchWithTarget, fetch, fetch(native(self), heard))
 }
 
 - (instancetype)initWithSession:(Session *)session {
-    return KELO_MAKE_ENDPOINT(shared<KeloAPI::Session>(session));
+    return KELO_MAKE_ENDPOINT(required<KeloAPI::Session>(session, @"session"));
 }
 
 @end
@@ -183,8 +183,9 @@ KELO_CALLS(void, (addPostFeedback, NSString *, postId, boost, RecommendationBoos
                                         tellingSuccess(heard, [RecommendationResult class])))
 
 + (NSString *)rawValueOfBoost:(RecommendationBoost)boost {
-    const bool isKnown = boost >= 0 && boost <= RecommendationBoostNegative;
-    return isKnown ? string(KeloAPI::rawValue(requiredBoost(boost))) : nil;
+    const auto known =
+        optionalCase<KeloAPI::RecommendationBoost>(boost, RecommendationBoostNegative);
+    return known ? string(KeloAPI::rawValue(*known)) : nil;
 }
 
 + (NSNumber *)boostWithRawValue:(NSString *)rawValue {

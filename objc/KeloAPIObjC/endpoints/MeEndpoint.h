@@ -15,7 +15,7 @@
 
 /// On the authenticated session, with `Api.sessionDelegate`.
 - (instancetype)init;
-/// On a session of the caller's choice; nil stops the process.
+/// On a session of the caller's choice; nil raises `NSInvalidArgumentException`.
 - (instancetype)initWithSession:(Session *)session;
 
 /// `action` takes a `MeResult`. An answer without error and without a user stops the process.

@@ -15,7 +15,7 @@
 @interface PostActionEndpoint : Endpoint
 
 /// An endpoint without a path of its own, on the authenticated session with `Api.sessionDelegate`.
-/// A nil parser stops the process; a nil post counts as one that has gone.
+/// A nil parser raises `NSInvalidArgumentException`; a nil post counts as one that has gone.
 - (instancetype)initWithPost:(KLWatchPost *)post parser:(AnyObjectJsonParser *)parser;
 /// Not offered: stops the process.
 - (instancetype)initWithSession:(Session *)session;

@@ -49,7 +49,7 @@ KELO_CALLS(void, (toggleOn, BOOL, on), target, completion,
 - (instancetype)initWithPost:(KLWatchPost *)post parser:(AnyObjectJsonParser *)parser {
     return holdMade(self, [&] {
         return makePostAction<KELO_NATIVE>(sharedAlone<KeloAPI::KLWatchPost>(post),
-                                           shared<Parser>(parser));
+                                           required<Parser>(parser, @"parser"));
     });
 }
 

@@ -3,7 +3,7 @@
 /// Reads the sounds that users can put into their videos: GET /soundboard.
 @interface SoundboardEndpoint : Endpoint
 
-/// On a session of the caller's choice; a nil one stops the process.
+/// On a session of the caller's choice; nil raises `NSInvalidArgumentException`.
 - (instancetype)initWithSession:(Session *)session;
 
 /// `action` takes the sounds (an NSArray of `SoundboardSound`, empty with an error) and the

@@ -29,8 +29,8 @@
 /// On the authenticated session, with `Api.sessionDelegate`. A path that holds "timelines/"
 /// anywhere is complete; any other is put behind it.
 - (instancetype)initWithPath:(NSString *)path;
-/// Without a path and without parameters, on a session of the caller's choice; a nil one stops the
-/// process.
+/// Without a path and without parameters, on a session of the caller's choice; nil raises
+/// `NSInvalidArgumentException`.
 - (instancetype)initWithSession:(Session *)session;
 
 /// Sends the request; may be called again. `action` takes a `TimelineResult`, whose endpoints have

@@ -10,7 +10,7 @@
 
 /// On the authenticated session, with `Api.sessionDelegate`.
 - (instancetype)initWithUserId:(NSString *)userId;
-/// On a session of the caller's choice; a nil one stops the process.
+/// On a session of the caller's choice; nil raises `NSInvalidArgumentException`.
 - (instancetype)initWithSession:(Session *)session userId:(NSString *)userId;
 /// The same with the empty text as the user's id.
 - (instancetype)initWithSession:(Session *)session;

@@ -14,7 +14,8 @@
 /// same file.
 @interface FileEndpoint : Endpoint
 
-/// On the authenticated session, with `Api.sessionDelegate`. A nil manager stops the process.
+/// On the authenticated session, with `Api.sessionDelegate`. A nil manager raises
+/// `NSInvalidArgumentException`.
 - (instancetype)initWithPath:(NSString *)path fileManager:(FileManager *)fileManager;
 /// Not offered: stops the process.
 - (instancetype)initWithSession:(Session *)session;

@@ -67,7 +67,8 @@ KELO_CALLS(void, (downloadTo, NSURL *, destination), target, completion,
            native(self).download(requiredURL(destination, @"destination"), downloaded(heard)))
 
 - (instancetype)initWithPath:(NSString *)path fileManager:(FileManager *)fileManager {
-    return KELO_MAKE_ENDPOINT(text(path), shared<KeloAPI::FileManager>(fileManager));
+    return KELO_MAKE_ENDPOINT(text(path),
+                              required<KeloAPI::FileManager>(fileManager, @"fileManager"));
 }
 
 - (void)delete {

@@ -16,11 +16,11 @@ typedef NS_ENUM(NSInteger, KLVideoUploadProcessingState) {
 /// Stops the process.
 - (instancetype)init;
 
-/// The state's text on the wire: "in_progress", "pending", "succeeded", "failed". What is no state
-/// raises `NSInvalidArgumentException`.
+/// The state's text on the wire: "in_progress", "pending", "succeeded", "failed"; nil for
+/// any other number.
 + (NSString *)rawValueOfState:(KLVideoUploadProcessingState)state;
-/// Whether a state has this text, to the letter; it is put into `state`, which may be null.
-+ (BOOL)getState:(KLVideoUploadProcessingState *)state ofRawValue:(NSString *)rawValue;
+/// The state with this text, to the letter, as an NSNumber; nil for any other.
++ (NSNumber *)stateWithRawValue:(NSString *)rawValue;
 
 /// "state".
 @property(nonatomic, readonly) KLVideoUploadProcessingState state;

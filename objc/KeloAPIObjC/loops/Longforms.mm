@@ -17,6 +17,8 @@
 
 using namespace KeloBridge;
 using KeloAPI::LoopData;
+using StatusState = KeloAPI::KLPostProcessStatusState;
+using ProcessingState = KeloAPI::KLVideoUploadProcessingState;
 
 namespace {
 
@@ -33,16 +35,6 @@ std::shared_ptr<LoopData> decodedLoopData(NSCoder *coder) {
     const auto velocity = decodedNumber(coder, @"velocity");
     return count && velocity ? std::make_shared<LoopData>(unsignedCount(*count), *velocity)
                              : nullptr;
-}
-
-KeloAPI::KLPostProcessStatusState statusState(KLPostProcessStatusState state) {
-    return requiredCase<KeloAPI::KLPostProcessStatusState>(state, KLPostProcessStatusStateFailed,
-                                                           @"state of a post");
-}
-
-KeloAPI::KLVideoUploadProcessingState processingState(KLVideoUploadProcessingState state) {
-    return requiredCase<KeloAPI::KLVideoUploadProcessingState>(
-        state, KLVideoUploadProcessingStateFailed, @"state of processing");
 }
 
 } // namespace
@@ -126,7 +118,8 @@ KELO_NO_INIT()
 KELO_READS(KLPostProcessStatusState, state)
 
 - (instancetype)initWithState:(KLPostProcessStatusState)state {
-    return KELO_MAKE(statusState(state));
+    return KELO_MAKE(
+        requiredCase<StatusState>(state, KLPostProcessStatusStateFailed, @"state of a post"));
 }
 
 @end
@@ -155,19 +148,18 @@ KELO_FIELD(NSNumber *, checkAfterSeconds, setCheckAfterSeconds)
 KELO_FIELD(NSNumber *, progressPercent, setProgressPercent)
 
 - (instancetype)initWithState:(KLVideoUploadProcessingState)state {
-    return KELO_MAKE(processingState(state));
+    return KELO_MAKE(requiredCase<ProcessingState>(state, KLVideoUploadProcessingStateFailed,
+                                                   @"state of processing"));
 }
 
 + (NSString *)rawValueOfState:(KLVideoUploadProcessingState)state {
-    return string(KeloAPI::rawValue(processingState(state)));
+    const auto known = optionalCase<ProcessingState>(state, KLVideoUploadProcessingStateFailed);
+    return known ? string(KeloAPI::rawValue(*known)) : nil;
 }
 
-+ (BOOL)getState:(KLVideoUploadProcessingState *)state ofRawValue:(NSString *)rawValue {
++ (NSNumber *)stateWithRawValue:(NSString *)rawValue {
     const auto known = KeloAPI::videoUploadProcessingStateOf(text(rawValue));
-    if (known && state != nullptr) {
-        *state = static_cast<KLVideoUploadProcessingState>(*known);
-    }
-    return known.has_value();
+    return known ? [NSNumber numberWithInteger:static_cast<NSInteger>(*known)] : nil;
 }
 
 @end

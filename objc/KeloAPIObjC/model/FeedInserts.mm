@@ -52,8 +52,8 @@ KELO_READS(BOOL, pinnable)
                     closeable:(BOOL)closeable
                          type:(KLPostsMosaicType)type
                      pinnable:(BOOL)pinnable {
-    return KELO_MAKE(shared<PagedData>(posts), text(title), text(description), text(link),
-                     text(reference), closeable != NO, layout(type), pinnable != NO);
+    return KELO_MAKE(required<PagedData>(posts, @"posts"), text(title), text(description),
+                     text(link), text(reference), closeable != NO, layout(type), pinnable != NO);
 }
 
 @end
@@ -73,8 +73,8 @@ KELO_READS(NSString *, title, subtitle, link)
                          link:(NSString *)link
                     reference:(NSString *)reference
                     closeable:(BOOL)closeable {
-    return KELO_MAKE(shared<PagedData>(users), text(title), text(description), text(link),
-                     text(reference), closeable != NO);
+    return KELO_MAKE(required<PagedData>(users, @"users"), text(title), text(description),
+                     text(link), text(reference), closeable != NO);
 }
 
 @end

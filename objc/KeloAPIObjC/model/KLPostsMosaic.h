@@ -13,8 +13,8 @@ typedef NS_ENUM(NSInteger, KLPostsMosaicType) {
 /// A card of several posts, made by the host. Does not change once made, but for its list.
 @interface KLPostsMosaic : KLFeedInsert
 
-/// `description` becomes the subtitle. Nil for `posts` stops the process; a type that is none of
-/// the enumeration raises `NSInvalidArgumentException`.
+/// `description` becomes the subtitle. Nil for `posts`, and a type that is none of the
+/// enumeration, raise `NSInvalidArgumentException`.
 - (instancetype)initWithPosts:(KLPagedData *)posts
                         title:(NSString *)title
                   description:(NSString *)description

@@ -5,7 +5,8 @@
 /// A card of several users, made by the host. Does not change once made, but for its list.
 @interface KLUserMosaic : KLFeedInsert
 
-/// `description` becomes the subtitle. Nil for `users` stops the process.
+/// `description` becomes the subtitle. Nil for `users` raises
+/// `NSInvalidArgumentException`.
 - (instancetype)initWithUsers:(KLPagedData *)users
                         title:(NSString *)title
                   description:(NSString *)description

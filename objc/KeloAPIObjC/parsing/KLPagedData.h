@@ -14,10 +14,10 @@
 - (instancetype)init;
 /// A list whose metadata has the number of elements as its count and nothing else.
 - (instancetype)initWithData:(NSArray *)data;
-/// Nil for metadata stops the process.
+/// Nil for metadata raises `NSInvalidArgumentException`.
 - (instancetype)initWithData:(NSArray *)data metadata:(KLPagingMetadata *)metadata;
 
-/// Nil stops the process.
+/// Nil raises `NSInvalidArgumentException`.
 @property(nonatomic, retain) KLPagingMetadata *metadata;
 @property(nonatomic, copy) NSArray *data;
 

@@ -13,14 +13,6 @@ using PagingMetadata = KeloAPI::KLPagingMetadata;
 
 namespace {
 
-PagedData::Element element(id object) {
-    auto crossed = shared(object);
-    if (crossed == nullptr) {
-        raiseWrongClass(object);
-    }
-    return crossed;
-}
-
 /// Where an enumeration keeps the list that it goes over.
 NSArray *&enumerated(NSFastEnumerationState &state) {
     return *reinterpret_cast<NSArray **>(&state.extra[0]);
@@ -45,7 +37,7 @@ KELO_READS(BOOL, hasNextPage)
 }
 
 - (instancetype)initWithData:(NSArray *)data metadata:(KLPagingMetadata *)metadata {
-    return KELO_MAKE(objects<Object>(data), shared<PagingMetadata>(metadata));
+    return KELO_MAKE(objects<Object>(data), required<PagingMetadata>(metadata, @"metadata"));
 }
 
 - (id)copyWithZone:(NSZone *)zone {
@@ -53,7 +45,7 @@ KELO_READS(BOOL, hasNextPage)
 }
 
 - (void)setMetadata:(KLPagingMetadata *)metadata {
-    native(self).setMetadata(shared<PagingMetadata>(metadata));
+    native(self).setMetadata(required<PagingMetadata>(metadata, @"metadata"));
 }
 
 - (void)setData:(NSArray *)data {
@@ -65,7 +57,7 @@ KELO_READS(BOOL, hasNextPage)
 }
 
 - (void)setObject:(id)object atIndexedSubscript:(NSInteger)index {
-    native(self)[index] = element(object);
+    native(self)[index] = required<Object>(object, @"object");
 }
 
 - (id)objectAtIndex:(NSInteger)index {
@@ -73,19 +65,19 @@ KELO_READS(BOOL, hasNextPage)
 }
 
 - (void)append:(id)object {
-    native(self).append(element(object));
+    native(self).append(required<Object>(object, @"object"));
 }
 
 - (void)addObject:(id)object {
-    native(self).addObject(element(object));
+    native(self).addObject(required<Object>(object, @"object"));
 }
 
 - (void)insert:(id)object atIndex:(NSInteger)index {
-    native(self).insert(element(object), index);
+    native(self).insert(required<Object>(object, @"object"), index);
 }
 
 - (void)insertObject:(id)object atIndex:(NSInteger)index {
-    native(self).insertObject(element(object), index);
+    native(self).insertObject(required<Object>(object, @"object"), index);
 }
 
 - (id)removeAtIndex:(NSInteger)index {
@@ -109,11 +101,11 @@ KELO_READS(BOOL, hasNextPage)
 }
 
 - (void)appendPagedData:(KLPagedData *)other {
-    native(self).appendPagedData(native(other));
+    native(self).appendPagedData(*required<PagedData>(other, @"other"));
 }
 
 - (void)prependPagedData:(KLPagedData *)other {
-    native(self).prependPagedData(native(other));
+    native(self).prependPagedData(*required<PagedData>(other, @"other"));
 }
 
 - (NSUInteger)countByEnumeratingWithState:(NSFastEnumerationState *)state

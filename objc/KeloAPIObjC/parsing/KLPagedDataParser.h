@@ -4,7 +4,7 @@
 /// records. Records that fail to parse are left out.
 @interface KLPagedDataParser : AnyObjectJsonParser
 
-/// `itemParser` parses each of the records; nil stops the process.
+/// `itemParser` parses each of the records; nil raises `NSInvalidArgumentException`.
 - (instancetype)initWithItemParser:(AnyObjectJsonParser *)itemParser;
 /// Stops the process.
 - (instancetype)init;

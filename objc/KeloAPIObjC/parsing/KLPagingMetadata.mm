@@ -28,13 +28,14 @@ KELO_READS(KLChannel *, channel)
 }
 
 - (instancetype)initWithMetadata:(KLPagingMetadata *)metadata {
-    return KELO_MAKE(native(metadata));
+    return KELO_MAKE(*required<KELO_NATIVE>(metadata, @"metadata"));
 }
 
 - (instancetype)initWithCount:(NSInteger)count
                      metadata:(KLPagingMetadata *)metadata
                       prepend:(KLPagingMetadata *)prepend {
-    return KELO_MAKE(count, native(metadata), native(prepend));
+    return KELO_MAKE(count, *required<KELO_NATIVE>(metadata, @"metadata"),
+                     *required<KELO_NATIVE>(prepend, @"prepend"));
 }
 
 - (void)setCount:(NSInteger)count {

@@ -43,7 +43,9 @@ KELO_STANDS_FOR(KLPagedDataParser, NativeParser<PageParser>)
 KELO_NO_INIT()
 
 - (instancetype)initWithItemParser:(AnyObjectJsonParser *)itemParser {
-    return holdMade(self, [&] { return makeParser<PageParser>(shared<ItemParser>(itemParser)); });
+    return holdMade(self, [&] {
+        return makeParser<PageParser>(required<ItemParser>(itemParser, @"itemParser"));
+    });
 }
 
 @end

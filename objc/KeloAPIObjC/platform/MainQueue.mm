@@ -1,6 +1,7 @@
 #import <KeloAPIObjC/platform/MainQueue.h>
 
 #include <KeloAPI/queues/MainQueue.hpp>
+#include <KeloAPIObjC/bridge/Required.hpp>
 
 #include <algorithm>
 #include <chrono>
@@ -45,6 +46,7 @@ static void *descriptor() {
 }
 
 + (void)runUntilDate:(NSDate *)date {
+    KeloBridge::requireArgument(date, @"date");
     constexpr double longest = 1e9; // seconds
     const std::chrono::duration<double> left(
         std::clamp<double>([date timeIntervalSinceNow], 0, longest));
@@ -61,10 +63,12 @@ static void *descriptor() {
 }
 
 + (void)addToRunLoop:(NSRunLoop *)runLoop forMode:(NSString *)mode {
+    KeloBridge::requireArgument(runLoop, @"runLoop");
     [runLoop addEvent:descriptor() type:ET_RDESC watcher:[KLMainQueueWatcher shared] forMode:mode];
 }
 
 + (void)removeFromRunLoop:(NSRunLoop *)runLoop forMode:(NSString *)mode {
+    KeloBridge::requireArgument(runLoop, @"runLoop");
     [runLoop removeEvent:descriptor() type:ET_RDESC forMode:mode all:NO];
 }
 
