@@ -37,7 +37,8 @@ function(kelo_gnustep_flags variable question)
     OUTPUT_VARIABLE flags OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
   separate_arguments(flags UNIX_COMMAND "${flags}")
   list(REMOVE_ITEM flags -MMD -MP -g -O2 -I. -Wall -fPIC)
-  list(FILTER flags EXCLUDE REGEX "^-I.*/GNUstep/Library/Headers$") # the user's own
+  list(FILTER flags EXCLUDE REGEX "^-[IL].*/GNUstep/Library/(Headers|Libraries)$") # the user's own
+  list(REMOVE_DUPLICATES flags)
   list(TRANSFORM flags REPLACE "^-I/" "-isystem/")
   set(${variable} ${flags} PARENT_SCOPE)
 endfunction()

@@ -21,8 +21,8 @@ install(FILES
   ${PROJECT_BINARY_DIR}/package/KeloAPIConfigVersion.cmake
   DESTINATION ${kelo_package_dir})
 
-# The Objective-C face is a package of its own beside it. Its users compile with what
-# `gnustep-config --objc-flags` says, as for any library over the Foundation.
+# The Objective-C face is a package of its own beside it. Its pkg-config file also tells what the
+# Foundation's headers and library need; a CMake project asks gnustep-config.
 if(TARGET KeloAPIObjC)
   install(TARGETS KeloAPIObjC EXPORT KeloAPIObjCTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
@@ -39,6 +39,8 @@ foreach(name LIBDIR INCLUDEDIR)
   file(RELATIVE_PATH relative ${kelo_pkgconfig_full_dir} ${CMAKE_INSTALL_FULL_${name}})
   string(REGEX REPLACE "/$" "" KELO_PC_${name} "\${pcfiledir}/${relative}")
 endforeach()
+list(JOIN kelo_gnustep_compile_flags " " KELO_PC_GNUSTEP_CFLAGS)
+list(JOIN kelo_gnustep_link_flags " " KELO_PC_GNUSTEP_LIBS)
 foreach(package KeloAPI:kelo-api KeloAPIObjC:kelo-api-objc)
   string(REPLACE ":" ";" package ${package})
   list(GET package 0 target)
@@ -51,6 +53,7 @@ foreach(package KeloAPI:kelo-api KeloAPIObjC:kelo-api-objc)
 endforeach()
 
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
 # The executables find the library beside them, wherever the tree lies.
 file(RELATIVE_PATH kelo_bin_to_lib ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})

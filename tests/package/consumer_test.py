@@ -29,6 +29,10 @@ class InstalledConsumer(unittest.TestCase):
         texts = "".join(path.read_text() for path in folder.glob("*.cmake"))
         self.assertNotRegex(texts, "(?i)find_dependency|CURL::|OpenSSL::|simdjson|uriparser")
 
+    def test_documentation_is_there(self):
+        for name in ("architecture.md", "objective-c.md"):
+            self.assertGreater(package.installed(name).stat().st_size, 0)
+
     def test_refuses_another_major_version(self):
         project = package.fresh(package.WORK / "wrong_version")
         (project / "CMakeLists.txt").write_text(
@@ -62,28 +66,19 @@ class ObjectiveCConsumer(unittest.TestCase):
         if not list(package.MOVED.rglob("libKeloAPIObjC.so")):
             self.skipTest("the Objective-C face is not built")
 
-    def compiled(self, *flags):
-        made = package.fresh(package.WORK / "objective_c") / "consumer"
-        asked = (
-            package.run("gnustep-config", question)
-            for question in ("--objc-flags", "--base-libs")
-        )
-        compiler_flags, libraries = (shlex.split(text) for text in asked)
-        # What writes files of dependencies beside the program is the build's own affair.
-        compiler_flags = [flag for flag in compiler_flags if flag not in ("-MMD", "-MP")]
-        package.run(
-            os.environ.get("OBJC", "gcc"), *compiler_flags, CONSUMER / "main.m", "-o", made,
-            *flags, *libraries,
-        )
-        return made
-
     def test_pkg_config(self):
+        """Its flags are all that a host compiles and links with."""
         file = package.installed("kelo-api-objc.pc")
         environment = {**os.environ, "PKG_CONFIG_PATH": str(file.parent)}
         flags = package.run("pkg-config", "--cflags", "--libs", "kelo-api-objc", env=environment)
         library = package.installed("libKeloAPIObjC.so").parent
-        made = self.compiled(*shlex.split(flags), f"-Wl,-rpath,{library.resolve()}")
+        made = package.fresh(package.WORK / "objective_c") / "consumer"
+        package.run(
+            os.environ.get("OBJC", "gcc"), "-Wall", "-Wextra", "-Werror", CONSUMER / "main.m",
+            "-o", made, *shlex.split(flags), f"-Wl,-rpath,{library.resolve()}",
+        )
         self.assertEqual(last_line(made), "1 of 3 read")
+        self.assertNotIn("GNUstep/Library", flags)  # the folder of whoever built the package
 
     def test_find_package(self):
         project = package.fresh(package.WORK / "find_objective_c")

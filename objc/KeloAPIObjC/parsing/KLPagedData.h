@@ -57,3 +57,8 @@
 - (void)prependPagedData:(KLPagedData *)other;
 
 @end
+
+/// `alloc` with its type, by which a compiler tells `initWithData:` from that of other classes.
+@interface KLPagedData (Typed)
++ (KLPagedData *)alloc;
+@end

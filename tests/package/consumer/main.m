@@ -8,8 +8,9 @@ int main(void) {
                                                      forKey:@"count"];
     KLPagingMetadata *metadata = [[[KLPagingMetadata alloc] initWithJson:json] autorelease];
     NSArray *posts = [NSArray arrayWithObject:[[KLEmpty new] autorelease]];
+    KLPagedData *alone = [[[KLPagedData alloc] initWithData:posts] autorelease];
     KLPagedData *page = [[[KLPagedData alloc] initWithData:posts metadata:metadata] autorelease];
-    printf("%d of %d read\n", (int)[[page data] count], (int)[[page metadata] count]);
+    printf("%d of %d read\n", (int)[[alone data] count], (int)[[page metadata] count]);
     [pool drain];
     return 0;
 }
