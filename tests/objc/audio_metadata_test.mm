@@ -81,8 +81,3 @@ TEST(KLPostAudioMetadataTest, KeepsWhatIsSet) {
     one.albumArtUrl = nil;
     EXPECT_EQ(one.albumArtUrl, nil);
 }
-
-TEST(KLPostAudioMetadataDeathTest, NeedsJson) {
-    EXPECT_DEATH([[KLPostAudioMetadata alloc] init],
-                 "unimplemented initialiser init\\(\\) of class KeloAPI.KLPostAudioMetadata\n");
-}

@@ -198,13 +198,6 @@ TEST(KLVideoUrlBitrateSettingParserTest, TellsWhatIsMissing) {
     }
 }
 
-TEST(KLVideoUrlBitrateSettingDeathTest, InitialisersThatAreNotOffered) {
-    EXPECT_DEATH([[KLVideoUrlBitrateSetting alloc] init],
-                 "init\\(\\) of class KeloAPI.KLVideoUrlBitrateSetting\n");
-    EXPECT_DEATH([[KLVideoUrlBitrateSettingParser alloc] init],
-                 "init\\(\\) of class KeloAPI.KLVideoUrlBitrateSettingParser\n");
-}
-
 TEST(KLVideoUrlBitrateSettingDeathTest, NeedsAnIdentityOrAURL) {
     EXPECT_DEATH(setting([NSURL URLWithString:@""], @"1234", nil), "a bitrate setting needs a URL");
 }

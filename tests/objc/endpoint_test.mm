@@ -321,8 +321,3 @@ TEST_F(ObjcEndpointTest, ABlockThatCannotBeCopiedIsRefused) {
     Block<id> onHeap([](id) {}, HeapBlock);
     EXPECT_EQ(blockToKeep(onHeap.object(), nullptr), onHeap.object());
 }
-
-TEST_F(ObjcEndpointTest, InitialisersThatAreNotOffered) {
-    EXPECT_DEATH([[Endpoint alloc] init],
-                 "unimplemented initialiser init\\(\\) of class KeloAPI.Endpoint");
-}

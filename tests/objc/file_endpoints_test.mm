@@ -45,8 +45,6 @@ TEST_F(FilesTest, ManagersAreRegistered) {
     [[FileManager sharedGroupManager:@"/objc-tests/"] kill];
     manager.documentsDirectory = nil;
     EXPECT_EQ(manager.documentsDirectory, nil);
-    EXPECT_DEATH([[FileManager alloc] init],
-                 "unimplemented initialiser init\\(\\) of class KeloAPI.FileManager");
 }
 
 TEST_F(FilesTest, ManagersCleanTheirDirectory) {
@@ -149,8 +147,6 @@ TEST_F(FilesTest, QueuesAreRegistered) {
     [queue kill];
     EXPECT_NE([FileQueue withKey:@"objc-tests"], queue);
     [[FileQueue withKey:@"objc-tests"] kill];
-    EXPECT_DEATH([[FileQueue alloc] init],
-                 "unimplemented initialiser init\\(\\) of class KeloAPI.FileQueue");
 }
 
 TEST_F(FilesTest, QueuesByPriority) {
@@ -220,10 +216,4 @@ TEST_F(FilesTest, Blocks) {
                  completion:heard.object()];
     transport->answer(ScriptedAnswer::json("video"));
     EXPECT_TRUE(KeloAPI::testing::runUntil([&] { return count == 3; }));
-}
-
-TEST_F(FilesTest, InitialisersThatAreNotOffered) {
-    EXPECT_DEATH([[FileEndpoint alloc] initWithSession:registrySession()],
-                 "init\\(session:\\) of class KeloAPI.FileEndpoint");
-    EXPECT_DEATH([[FileEndpoint alloc] init], "init\\(\\) of class KeloAPI.FileEndpoint");
 }

@@ -68,8 +68,6 @@ TEST_F(LoopEndpointsTest, Views) {
                                                                     count:-2] autorelease];
     EXPECT_TRUE(same(views.longformId, @"x"));
     EXPECT_EQ(views.count, -2);
-    EXPECT_DEATH([[KLLongformViews alloc] init],
-                 "unimplemented initialiser init\\(\\) of class KeloAPI.KLLongformViews");
 }
 
 TEST_F(LoopEndpointsTest, Uploads) {
@@ -133,16 +131,4 @@ TEST_F(LoopEndpointsTest, Blocks) {
     EXPECT_TRUE(hears(R"({"data": {"mediaId": "m1"}})"));
     EXPECT_NE([blocks(upload) checkStatusWithMediaId:@"m1" completion:two.object()], nil);
     EXPECT_TRUE(hears(R"({"data": {"mediaId": "m1"}})"));
-}
-
-TEST_F(LoopEndpointsTest, InitialisersThatAreNotOffered) {
-    Session *own = registrySession();
-    EXPECT_DEATH([[LoopsEndpoint alloc] initWithSession:own],
-                 "unimplemented initialiser init\\(session:\\) of class KeloAPI.LoopsEndpoint");
-    EXPECT_DEATH([[LongformViewsEndpoint alloc] initWithSession:own],
-                 "init\\(session:\\) of class KeloAPI.LongformViewsEndpoint");
-    EXPECT_DEATH([[LongformViewsEndpoint alloc] init],
-                 "init\\(\\) of class KeloAPI.LongformViewsEndpoint");
-    EXPECT_DEATH([[LongformUploadEndpoint alloc] initWithSession:own],
-                 "init\\(session:\\) of class KeloAPI.LongformUploadEndpoint");
 }

@@ -209,8 +209,3 @@ TEST_F(NativeParsersEndpointTest, ParseAnswers) {
     KLTag *tag = [[[listener.calls lastObject] objectAtIndex:0] lastObject];
     EXPECT_TRUE(same(tag.name, @"#a"));
 }
-
-TEST(NativeParsersDeathTest, WhatTheyNeed) {
-    EXPECT_DEATH([KLPagedDataParser new], "init\\(\\) of class KeloAPI.KLPagedDataParser");
-    EXPECT_DEATH([KLEntityParser new], "init\\(\\) of class KeloAPI.KLEntityParser");
-}

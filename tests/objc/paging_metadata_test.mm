@@ -77,10 +77,3 @@ TEST(KLPagingMetadataTest, ReadsItsChannel) {
     EXPECT_EQ(unreadable.channel, nil);
     EXPECT_EQ(unreadable.count, 3);
 }
-
-using KLPagingMetadataDeathTest = testing::Test;
-
-TEST(KLPagingMetadataDeathTest, IsMadeOfSomething) {
-    EXPECT_DEATH([[KLPagingMetadata alloc] init],
-                 "unimplemented initialiser init\\(\\) of class KeloAPI\\.KLPagingMetadata\n$");
-}

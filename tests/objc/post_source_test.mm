@@ -1,14 +1,8 @@
-#include "objc/KeyedArchives.hpp"
 #include "objc/ObjcTest.hpp"
 
-#include <KeloAPI/model/KLPostSource.hpp>
-#include <KeloAPI/model/PostThumbnail.hpp>
-#include <KeloAPIObjC/bridge/Bridge.hpp>
-
-#include <limits>
+#include <cmath>
 
 using namespace KeloObjcTest;
-using Thumbnail = KeloAPI::PostThumbnail;
 
 namespace {
 
@@ -16,61 +10,11 @@ NSURL *address(NSString *text) {
     return [NSURL URLWithString:text];
 }
 
-PostThumbnail *thumbnail() {
-    return [[[PostThumbnail alloc] initWithUrl:address(@"https://cdn.example/a.jpg")
-                                         width:640
-                                        height:std::numeric_limits<int64_t>::max()] autorelease];
-}
-
 KLPostSource *source(const char *text) {
     return [[[KLPostSource alloc] initWithJSON:json(text)] autorelease];
 }
 
 } // namespace
-
-TEST(PostThumbnailTest, HoldsItsValues) {
-    EXPECT_TRUE(same(thumbnail().url, address(@"https://cdn.example/a.jpg")));
-    EXPECT_EQ(thumbnail().width, 640);
-    EXPECT_EQ(thumbnail().height, std::numeric_limits<int64_t>::max());
-    PostThumbnail *unmade = [PostThumbnail alloc]; // raising, it lets itself go
-    NSException *exception = raised([&] { [unmade initWithUrl:nil width:1 height:1]; });
-    EXPECT_TRUE(same([exception name], NSInvalidArgumentException));
-}
-
-TEST(PostThumbnailTest, IsArchived) {
-    PostThumbnail *read = archivedAndBack(thumbnail());
-    EXPECT_TRUE([read isMemberOfClass:[PostThumbnail class]]);
-    EXPECT_TRUE(same(read.url, thumbnail().url));
-    EXPECT_EQ(read.width, 640);
-    EXPECT_EQ(read.height, std::numeric_limits<int64_t>::max());
-    EXPECT_TRUE(same(KeloEncodedKeys(thumbnail()),
-                     @"object url, integer width 640, integer height 9223372036854775807"));
-}
-
-TEST(PostThumbnailTest, ArchivesCrossTheLanguages) {
-    const auto native = readThere<Thumbnail>(thumbnail());
-    ASSERT_NE(native, nullptr);
-    EXPECT_EQ(native->url().absoluteString(), "https://cdn.example/a.jpg");
-    EXPECT_EQ(native->width(), 640);
-    EXPECT_EQ(native->height(), std::numeric_limits<int64_t>::max());
-    PostThumbnail *read = readHere(std::make_shared<Thumbnail>(native->url(), -3, 4));
-    EXPECT_TRUE(same(read.url, thumbnail().url));
-    EXPECT_EQ(read.width, -3);
-    EXPECT_EQ(read.height, 4);
-}
-
-TEST(PostThumbnailTest, ReadsIncompleteArchives) {
-    EXPECT_EQ(readOf("PostThumbnail"), nil);
-    EXPECT_EQ(readOf("PostThumbnail",
-                     [](auto &coder) { coder.encodeText("https://cdn.example/", "url"); }),
-              nil);
-    PostThumbnail *read = readOf("PostThumbnail", [](auto &coder) {
-        coder.encodeURL(KeloAPI::URL::parse("https://cdn.example/"), "url");
-    });
-    EXPECT_TRUE(same(read.url, address(@"https://cdn.example/")));
-    EXPECT_EQ(read.width, 0);
-    EXPECT_EQ(read.height, 0);
-}
 
 TEST(KLPostSourceTest, ReadsJson) {
     KLPostSource *read = source(
@@ -139,13 +83,4 @@ TEST(KLPostSourceTest, ContentTypesAreTheWires) {
               KLPostSourceContentTypeAudio);
     EXPECT_EQ(type(R"({"postId": 1, "userId": 3, "contentType": 2})"),
               KLPostSourceContentTypeVideo);
-}
-
-using PostDeathTest = testing::Test;
-
-TEST(PostDeathTest, InitialisersThatAreNotOffered) {
-    EXPECT_DEATH([[PostThumbnail alloc] init],
-                 "unimplemented initialiser init\\(\\) of class KeloAPI\\.PostThumbnail\n$");
-    EXPECT_DEATH([[KLPostSource alloc] init],
-                 "unimplemented initialiser init\\(\\) of class KeloAPI\\.KLPostSource\n$");
 }
