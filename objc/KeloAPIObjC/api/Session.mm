@@ -1,17 +1,26 @@
+#import <KeloAPIObjC/api/Api.h>
 #import <KeloAPIObjC/api/Session.h>
 
+#include <KeloAPI/api/Api.hpp>
 #include <KeloAPI/api/Endpoint.hpp>
 #include <KeloAPI/api/Session.hpp>
 #include <KeloAPIObjC/bridge/Calls.hpp>
 #include <KeloAPIObjC/bridge/Delegates.hpp>
 #include <KeloAPIObjC/bridge/RuntimeName.hpp>
-#include <KeloAPIObjC/bridge/SessionTypes.hpp>
 #include <KeloAPIObjC/bridge/Table.hpp>
 
 using namespace KeloBridge;
 using Native = KeloAPI::Session;
 
 namespace {
+
+/// Keeps alive what the C++ registry holds a delegate for.
+id<SessionDelegate> heldDelegate = nil;
+
+/// A number that is no type raises `NSInvalidArgumentException`.
+KeloAPI::SessionType nativeType(SessionType type) {
+    return requiredCase<KeloAPI::SessionType>(type, SessionTypeUnAuthenticated, @"session type");
+}
 
 void requireAuth(Native &session, Endpoint *endpoint, const Completion &retry) {
     session.endpointRequiresAuth(shared<KeloAPI::Endpoint>(endpoint),
@@ -57,6 +66,33 @@ KELO_CALLS(void, (endpointRequiresCaptcha, Endpoint *, endpoint, captchaUrl, NSU
 
 - (void)handleQueuedRetriesWithShouldRetry:(BOOL)shouldRetry {
     native(self).handleQueuedRetries(shouldRetry);
+}
+
+@end
+
+@implementation Api
+
+- (instancetype)init {
+    unimplemented("init()", "KeloAPI.Api");
+}
+
++ (Session *)session:(SessionType)type {
+    return wrap(KeloAPI::Api::session(nativeType(type)));
+}
+
++ (Session *)session:(SessionType)type delegate:(id<SessionDelegate>)delegate {
+    return wrap(KeloAPI::Api::session(nativeType(type), sessionDelegate(delegate)));
+}
+
++ (id<SessionDelegate>)sessionDelegate {
+    return sessionDelegate(KeloAPI::Api::sessionDelegate());
+}
+
++ (void)setSessionDelegate:(id<SessionDelegate>)delegate {
+    KeloAPI::Api::setSessionDelegate(sessionDelegate(delegate));
+    id<SessionDelegate> before = heldDelegate;
+    heldDelegate = [delegate retain];
+    [before release];
 }
 
 @end

@@ -2,10 +2,7 @@
 
 #import <Foundation/Foundation.h>
 
-#include <KeloAPI/base/Date.hpp>
-#include <KeloAPI/base/Number.hpp>
-#include <KeloAPI/base/URL.hpp>
-#include <KeloAPIObjC/bridge/Bridge.hpp>
+#include <KeloAPIObjC/bridge/Convert.hpp>
 
 #include <memory>
 #include <optional>
@@ -14,28 +11,48 @@
 /// What stands under a key of a keyed coder.
 namespace KeloBridge {
 
-/// Absent for a missing key, for null and for what is of another kind.
-std::optional<std::string> decodedText(NSCoder *coder, NSString *key);
-/// An empty URL is one.
-std::optional<KeloAPI::URL> decodedURL(NSCoder *coder, NSString *key);
-std::optional<KeloAPI::Date> decodedDate(NSCoder *coder, NSString *key);
-std::optional<KeloAPI::Number> decodedNumber(NSCoder *coder, NSString *key);
+/// The Foundation's class of a value.
+inline Class foundationClass(const std::string *) {
+    return [NSString class];
+}
+inline Class foundationClass(const KeloAPI::URL *) {
+    return [NSURL class];
+}
+inline Class foundationClass(const KeloAPI::Date *) {
+    return [NSDate class];
+}
+inline Class foundationClass(const KeloAPI::Number *) {
+    return [NSNumber class];
+}
 
-// Members that are read: one that cannot be absent stays what it is where the archive lacks it.
+/// Nil for a missing key, for null and for an object of another class.
+id decodedObject(NSCoder *coder, NSString *key, Class expected);
 
-void decode(NSCoder *coder, std::string &member, NSString *key);
-void decode(NSCoder *coder, std::optional<std::string> &member, NSString *key);
-void decode(NSCoder *coder, std::optional<KeloAPI::URL> &member, NSString *key);
-void decode(NSCoder *coder, KeloAPI::Date &member, NSString *key);
-void decode(NSCoder *coder, std::optional<KeloAPI::Date> &member, NSString *key);
-/// No and 0 where the archive lacks it.
-void decode(NSCoder *coder, bool &member, NSString *key);
-void decode(NSCoder *coder, double &member, NSString *key);
+/// The value; absent where there is none. An empty URL is one.
+template <class T>
+std::optional<T> decoded(NSCoder *coder, NSString *key) {
+    std::optional<T> made;
+    assign(made, decodedObject(coder, key, foundationClass(static_cast<const T *>(nullptr))), key);
+    return made;
+}
 
+/// Reads a member, which stays what it is where the archive lacks it.
+template <class T>
+void decode(NSCoder *coder, T &member, NSString *key) {
+    member = decoded<T>(coder, key).value_or(member);
+}
+/// The same for one that may be absent, and then is.
+template <class T>
+void decode(NSCoder *coder, std::optional<T> &member, NSString *key) {
+    member = decoded<T>(coder, key);
+}
 template <class T>
 void decode(NSCoder *coder, std::shared_ptr<T> &member, NSString *key) {
     member = std::dynamic_pointer_cast<T>(shared([coder decodeObjectForKey:key]));
 }
+/// No and 0 where the archive lacks them.
+void decode(NSCoder *coder, bool &member, NSString *key);
+void decode(NSCoder *coder, double &member, NSString *key);
 
 /// Raises `NSInvalidArgumentException` for an object whose class is not archived.
 [[noreturn]] void raiseNotArchived(id object, NSCoder *coder);

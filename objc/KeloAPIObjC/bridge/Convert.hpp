@@ -1,13 +1,15 @@
 #pragma once
 
 #include <KeloAPI/base/Range.hpp>
-#include <KeloAPIObjC/bridge/Lists.hpp>
+#include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
 #include <chrono>
+#include <memory>
 #include <string_view>
 #include <type_traits>
+#include <vector>
 
 /// Between the values of both languages, chosen by the C++ type: `toObjC` gives what a property is
 /// read as, nil for what is absent, and `assign` changes a member. Nil for a member that cannot do
@@ -63,6 +65,27 @@ inline NSRange toObjC(KeloAPI::Range value) {
 inline NSTimeInterval toObjC(std::chrono::microseconds value) {
     return std::chrono::duration<double>(value).count();
 }
+/// No element is null.
+template <class T>
+NSArray *array(const std::vector<std::shared_ptr<T>> &objects) {
+    NSMutableArray *made = [NSMutableArray arrayWithCapacity:objects.size()];
+    for (const auto &object : objects) {
+        [made addObject:wrap(object)];
+    }
+    return made;
+}
+
+/// Nil is no objects. One that is no `T` raises `NSInvalidArgumentException`.
+template <class T>
+std::vector<std::shared_ptr<T>> objects(NSArray *array) {
+    std::vector<std::shared_ptr<T>> made;
+    made.reserve([array count]);
+    for (NSUInteger i = 0; i < [array count]; ++i) {
+        made.push_back(shared<T>([array objectAtIndex:i]));
+    }
+    return made;
+}
+
 template <class T>
 id toObjC(const std::shared_ptr<T> &value) {
     return wrap(value);
@@ -104,6 +127,9 @@ inline void assign(std::optional<KeloAPI::Date> &member, NSDate *value, NSString
 }
 inline void assign(KeloAPI::Number &member, NSNumber *value, NSString *name) {
     member = requiredNumber(value, name);
+}
+inline void assign(std::optional<KeloAPI::Number> &member, NSNumber *value, NSString *) {
+    member = value == nil ? std::nullopt : std::optional(number(value));
 }
 inline void assign(std::optional<bool> &member, NSNumber *value, NSString *) {
     member = optionalBool(value);

@@ -93,14 +93,14 @@
 #define KELO_DECODES(made, ...)                                                                    \
     -(instancetype)initWithCoder : (NSCoder *)coder {                                              \
         return holdMade(self, [&] {                                                                \
-            const auto decoded = made;                                                             \
-            if (decoded != nullptr) {                                                              \
+            const auto kept = made;                                                                \
+            if (kept != nullptr) {                                                                 \
                 KELO_FOR_EACH(KELO_DECODE, coder, __VA_ARGS__)                                     \
             }                                                                                      \
-            return decoded;                                                                        \
+            return kept;                                                                           \
         });                                                                                        \
     }
-#define KELO_DECODE(coder, name) decode(coder, decoded->name, @ #name);
+#define KELO_DECODE(coder, name) decode(coder, kept->name, @ #name);
 
 /// A call in both forms: `selector`, in parentheses, with a target and its action behind `byTarget`
 /// or a block behind `byBlock`. The expression knows what hears of it as `heard`.

@@ -31,8 +31,8 @@ KeloAPI::Number unsignedCount(KeloAPI::Number count) {
 
 /// Null unless count and velocity are there.
 std::shared_ptr<LoopData> decodedLoopData(NSCoder *coder) {
-    const auto count = decodedNumber(coder, @"count");
-    const auto velocity = decodedNumber(coder, @"velocity");
+    const auto count = decoded<KeloAPI::Number>(coder, @"count");
+    const auto velocity = decoded<KeloAPI::Number>(coder, @"velocity");
     return count && velocity ? std::make_shared<LoopData>(unsignedCount(*count), *velocity)
                              : nullptr;
 }

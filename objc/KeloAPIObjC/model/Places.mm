@@ -59,10 +59,10 @@ KELO_FIELD(double, latitude, setLatitude)
 KELO_FIELD(double, longitude, setLongitude)
 KELO_FIELD(KLVenueCategory *, category, setCategory)
 KELO_ENCODES(foursquareVenueId, name, address, city, state, country, latitude, longitude, category)
-KELO_DECODES(
-    std::make_shared<KeloAPI::KLVenue>(decodedText(coder, @"foursquareVenueId").value_or(""),
-                                       decodedText(coder, @"name").value_or("")),
-    address, city, state, country, latitude, longitude, category)
+KELO_DECODES(std::make_shared<KeloAPI::KLVenue>(
+                 decoded<std::string>(coder, @"foursquareVenueId").value_or(""),
+                 decoded<std::string>(coder, @"name").value_or("")),
+             address, city, state, country, latitude, longitude, category)
 
 - (instancetype)initWithFoursquareVenueId:(NSString *)foursquareVenueId name:(NSString *)name {
     return KELO_MAKE(text(foursquareVenueId), text(name));
@@ -77,10 +77,10 @@ KELO_NO_INIT()
 KELO_READS(NSString *, categoryId, shortName)
 KELO_FIELD(NSURL *, iconUrl, setIconUrl)
 KELO_ENCODES(categoryId, shortName, iconUrl)
-KELO_DECODES(
-    std::make_shared<KeloAPI::KLVenueCategory>(decodedText(coder, @"categoryId").value_or(""),
-                                               decodedText(coder, @"shortName").value_or("")),
-    iconUrl)
+KELO_DECODES(std::make_shared<KeloAPI::KLVenueCategory>(
+                 decoded<std::string>(coder, @"categoryId").value_or(""),
+                 decoded<std::string>(coder, @"shortName").value_or("")),
+             iconUrl)
 
 - (instancetype)initWithCategoryId:(NSString *)categoryId shortName:(NSString *)shortName {
     return KELO_MAKE(text(categoryId), text(shortName));

@@ -28,7 +28,7 @@ using Thumbnail = KeloAPI::PostThumbnail;
 
 /// Null without an address.
 std::shared_ptr<Thumbnail> decodedThumbnail(NSCoder *coder) {
-    const auto address = decodedURL(coder, @"url");
+    const auto address = decoded<KeloAPI::URL>(coder, @"url");
     return address ? std::make_shared<Thumbnail>(*address, [coder decodeInt64ForKey:@"width"],
                                                  [coder decodeInt64ForKey:@"height"])
                    : nullptr;
@@ -36,15 +36,15 @@ std::shared_ptr<Thumbnail> decodedThumbnail(NSCoder *coder) {
 
 /// Null unless the address, the identifier and the name are there.
 std::shared_ptr<Sound> decodedSound(NSCoder *coder) {
-    const auto soundUrl = decodedURL(coder, @"soundUrl");
-    const auto soundId = decodedText(coder, @"soundId");
-    const auto name = decodedText(coder, @"name");
+    const auto soundUrl = decoded<KeloAPI::URL>(coder, @"soundUrl");
+    const auto soundId = decoded<std::string>(coder, @"soundId");
+    const auto name = decoded<std::string>(coder, @"name");
     if (!soundUrl || !soundId || !name) {
         return nullptr;
     }
     return std::make_shared<Sound>(*name, *soundId, soundUrl->absoluteString(),
                                    [coder decodeBoolForKey:@"featured"] != NO,
-                                   decodedText(coder, @"sourcePostId"));
+                                   decoded<std::string>(coder, @"sourcePostId"));
 }
 
 } // namespace

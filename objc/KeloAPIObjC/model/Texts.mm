@@ -17,9 +17,9 @@ namespace {
 std::shared_ptr<KeloAPI::KLEntity> decodedEntity(NSCoder *coder) {
     const NSRange stretch = decodedRange(coder, @"range").value_or(NSMakeRange(0, 0));
     return std::make_shared<KeloAPI::KLEntity>(
-        decodedText(coder, @"idString"), decodedText(coder, @"type"),
-        decodedText(coder, @"title").value_or(""), decodedText(coder, @"link").value_or(""),
-        range(stretch));
+        decoded<std::string>(coder, @"idString"), decoded<std::string>(coder, @"type"),
+        decoded<std::string>(coder, @"title").value_or(""),
+        decoded<std::string>(coder, @"link").value_or(""), range(stretch));
 }
 
 /// A tag as it is kept. Only an archive makes a tag of it whose name has no "#" added.
