@@ -37,14 +37,22 @@ inline id toResult(Class made, const KeloAPI::Error *failure, id content) {
     return [[[made alloc] initWithContent:content error:told] autorelease];
 }
 
+/// Tells what `convert` makes of what the C++ library tells.
+template <class Convert>
+auto telling(const Completion &heard, Convert convert) {
+    return [=](const auto &...told) {
+        const Pool pool;
+        heard(convert(told...));
+    };
+}
+
 /// Tells an outcome as an object of class `made`; `content` gives what a success brings.
 template <class Content>
 auto tellingOutcome(const Completion &heard, Class made, Content content) {
-    return [=](const auto &result) {
-        const Pool pool;
+    return telling(heard, [=](const auto &result) {
         const auto *failure = result.error();
-        heard(toResult(made, failure, failure == nullptr ? toObjC(content(result)) : nil));
-    };
+        return toResult(made, failure, failure == nullptr ? toObjC(content(result)) : nil);
+    });
 }
 
 /// A C++ function that tells; empty where nothing would hear of it.

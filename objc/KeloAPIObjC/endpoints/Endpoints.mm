@@ -26,22 +26,14 @@ std::shared_ptr<KeloAPI::Session> authenticated() {
     return KeloAPI::Api::session(KeloAPI::SessionType::Authenticated);
 }
 
-TimelineResult *resultOf(const KeloAPI::TimelineResult &result) {
+id timelineResult(const KeloAPI::TimelineResult &result) {
     if (result.error() != nullptr) {
-        return [[[TimelineResult alloc] initWithContent:nil
-                                                  error:error(*result.error())] autorelease];
+        return toResult([TimelineResult class], result.error(), nil);
     }
     const auto &page = *result.success();
     return [[[TimelineResult alloc] initWithPosts:array(page.posts)
                                          nextPage:wrap(page.nextPage)
                                      previousPage:wrap(page.previousPage)] autorelease];
-}
-
-void fetch(KeloAPI::TimelineEndpoint &endpoint, const Completion &heard) {
-    endpoint.fetch([heard](const KeloAPI::TimelineResult &result) {
-        const Pool pool;
-        heard(resultOf(result));
-    });
 }
 
 KeloAPI::RecommendationBoost requiredBoost(RecommendationBoost boost) {
@@ -154,7 +146,7 @@ KELO_CALLS(id<EndpointRequest>, (), fetchSoundsWithTarget, fetchSoundsWithComple
 @implementation TimelineEndpoint
 
 KELO_STANDS_FOR(TimelineEndpoint, KeloAPI::TimelineEndpoint)
-KELO_CALLS(void, (), fetchWithTarget, fetch, fetch(native(self), heard))
+KELO_CALLS(void, (), fetchWithTarget, fetch, native(self).fetch(telling(heard, timelineResult)))
 
 - (instancetype)initWithPath:(NSString *)path {
     return KELO_MAKE_ENDPOINT(text(path));
