@@ -29,6 +29,7 @@ const OwnEndpoint *own(const Native &endpoint) {
 @implementation Endpoint
 
 KELO_STANDS_FOR(Endpoint, Native)
+KELO_INIT_WITH_SESSION()
 KELO_NO_INIT()
 KELO_COMPARES(Endpoint)
 KELO_READS(NSString *, path)
@@ -48,10 +49,6 @@ KELO_CALLS(void, (downloadWithDestinationUrl, NSURL *, destinationUrl), target, 
 KELO_CALLS(void, (), setDownloadProgressTarget, setDownloadProgressHandler,
            native(self).setDownloadProgressHandler(
                tellingIfHeard<KeloAPI::Session::DownloadProgress>(heard)))
-
-- (instancetype)initWithSession:(Session *)session {
-    return KELO_MAKE_ENDPOINT(required<KeloAPI::Session>(session, @"session"));
-}
 
 - (void)setPath:(NSString *)path {
     native(self).setPath(text(path));

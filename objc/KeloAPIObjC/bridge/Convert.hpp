@@ -17,9 +17,9 @@
 namespace KeloBridge {
 
 template <class T>
-concept Plain = std::is_arithmetic_v<T> || std::is_enum_v<T>;
+concept Scalar = std::is_arithmetic_v<T> || std::is_enum_v<T>;
 
-template <Plain T>
+template <Scalar T>
 T toObjC(T value) {
     return value;
 }
@@ -51,7 +51,7 @@ inline NSNumber *toObjC(const KeloAPI::Number &value) {
 inline NSNumber *toObjC(const std::optional<KeloAPI::Number> &value) {
     return number(value);
 }
-template <Plain T>
+template <Scalar T>
 NSNumber *toObjC(const std::optional<T> &value) {
     return value ? number(KeloAPI::Number::of(*value)) : nil;
 }
@@ -106,7 +106,7 @@ private:
     const KeloAPI::JsonDocument _read;
 };
 
-template <Plain T, class Given>
+template <Scalar T, class Given>
 void assign(T &member, Given value, NSString *) {
     member = static_cast<T>(value);
 }

@@ -67,3 +67,9 @@ std::shared_ptr<E> makeEndpoint(Arguments &&...arguments) {
 /// `KELO_MAKE` of an endpoint.
 #define KELO_MAKE_ENDPOINT(...)                                                                    \
     holdMade(self, [&] { return makeEndpoint<KELO_NATIVE>(__VA_ARGS__); })
+
+/// `initWithSession:`, where the session is all that the endpoint is made of.
+#define KELO_INIT_WITH_SESSION()                                                                   \
+    -(instancetype)initWithSession : (Session *)session {                                          \
+        return KELO_MAKE_ENDPOINT(required<KeloAPI::Session>(session, @"session"));                \
+    }

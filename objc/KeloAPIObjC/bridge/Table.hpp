@@ -60,6 +60,12 @@
 /// while they are told lets the receiver go.
 #define KELO_MAKE(...) holdMade(self, [&] { return std::make_shared<KELO_NATIVE>(__VA_ARGS__); })
 
+/// `init`, where the C++ object is made of nothing.
+#define KELO_INIT()                                                                                \
+    -(instancetype)init {                                                                          \
+        return KELO_MAKE();                                                                        \
+    }
+
 /// An initialiser of this selector that the class does not offer. It stops the process with a text
 /// that names it in the native form, as "init(session:)".
 #define KELO_REFUSES(nativeForm, ...)                                                              \

@@ -58,6 +58,7 @@ auto tellingSuccess(const Completion &heard, Class made) {
 @implementation MeEndpoint
 
 KELO_STANDS_FOR(MeEndpoint, KeloAPI::MeEndpoint, nameAtRuntime(self, "KeloAPI.MeEndpoint"))
+KELO_INIT_WITH_SESSION()
 KELO_CALLS(void, (), getWithTarget, get,
            native(self).get(tellingOutcome(heard, [MeResult class],
                                            [](const KeloAPI::MeResult &result) {
@@ -66,10 +67,6 @@ KELO_CALLS(void, (), getWithTarget, get,
 
 - (instancetype)init {
     return KELO_MAKE_ENDPOINT(authenticated());
-}
-
-- (instancetype)initWithSession:(Session *)session {
-    return KELO_MAKE_ENDPOINT(required<KeloAPI::Session>(session, @"session"));
 }
 
 @end
@@ -101,12 +98,9 @@ KELO_CALLS(void, (setFollowingOnTwitter, BOOL, following), target, completion,
 @implementation SoundboardEndpoint
 
 KELO_STANDS_FOR(SoundboardEndpoint, KeloAPI::SoundboardEndpoint)
+KELO_INIT_WITH_SESSION()
 KELO_CALLS(id<EndpointRequest>, (), fetchSoundsWithTarget, fetchSoundsWithCompletion,
            wrap(native(self).fetchSounds(Telling{heard})))
-
-- (instancetype)initWithSession:(Session *)session {
-    return KELO_MAKE_ENDPOINT(required<KeloAPI::Session>(session, @"session"));
-}
 
 @end
 
@@ -146,14 +140,11 @@ KELO_CALLS(id<EndpointRequest>, (), fetchSoundsWithTarget, fetchSoundsWithComple
 @implementation TimelineEndpoint
 
 KELO_STANDS_FOR(TimelineEndpoint, KeloAPI::TimelineEndpoint)
+KELO_INIT_WITH_SESSION()
 KELO_CALLS(void, (), fetchWithTarget, fetch, native(self).fetch(telling(heard, timelineResult)))
 
 - (instancetype)initWithPath:(NSString *)path {
     return KELO_MAKE_ENDPOINT(text(path));
-}
-
-- (instancetype)initWithSession:(Session *)session {
-    return KELO_MAKE_ENDPOINT(required<KeloAPI::Session>(session, @"session"));
 }
 
 @end

@@ -65,11 +65,8 @@ KELO_NO_INIT()
 @implementation KLVideoUrlBitrateSettings
 
 KELO_STANDS_FOR(KLVideoUrlBitrateSettings, KeloAPI::KLVideoUrlBitrateSettings)
+KELO_INIT()
 KELO_READS(NSArray *, settings)
-
-- (instancetype)init {
-    return KELO_MAKE();
-}
 
 - (instancetype)initWithBitrateSettings:(NSArray *)settings {
     return KELO_MAKE(objects<Setting>(settings));

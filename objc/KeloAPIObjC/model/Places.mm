@@ -14,6 +14,7 @@ using namespace KeloBridge;
 @implementation KLChannel
 
 KELO_STANDS_FOR(KLChannel, KeloAPI::KLChannel)
+KELO_INIT()
 KELO_FIELD(NSString *, channelId, setChannelId)
 KELO_FIELD(NSString *, name, setName)
 KELO_FIELD(NSString *, fontColorHex, setFontColorHex)
@@ -32,10 +33,6 @@ KELO_ENCODES(channelId, name, created, iconUrl, iconRetinaUrl, fontColorHex, bac
              channelDescription)
 KELO_DECODES(std::make_shared<KeloAPI::KLChannel>(), channelId, name, created, iconUrl,
              iconRetinaUrl, fontColorHex, backgroundColorHex, channelDescription)
-
-- (instancetype)init {
-    return KELO_MAKE();
-}
 
 - (instancetype)initWithChannelId:(NSString *)channelId
                              name:(NSString *)name

@@ -52,6 +52,7 @@ std::shared_ptr<Sound> decodedSound(NSCoder *coder) {
 @implementation KLWatchPost
 
 KELO_STANDS_FOR(KLWatchPost, KeloAPI::KLWatchPost)
+KELO_INIT()
 KELO_FIELD(NSString *, postId, setPostId)
 KELO_FIELD(KLWatchUser *, user, setUser)
 KELO_FIELD(NSString *, caption, setCaption)
@@ -62,45 +63,32 @@ KELO_FIELD(NSNumber *, liked, setLiked)
 KELO_FIELD(KLRekelo *, currentUserRekelo, setCurrentUserRekelo)
 KELO_READS(BOOL, rekeloed)
 
-- (instancetype)init {
-    return KELO_MAKE();
-}
-
 @end
 
 @implementation KLWatchUser
 
 KELO_STANDS_FOR(KLWatchUser, KeloAPI::KLWatchUser)
+KELO_INIT()
 KELO_FIELD(NSString *, username, setUsername)
 KELO_FIELD(KLLoopData *, loopData, setLoopData)
-
-- (instancetype)init {
-    return KELO_MAKE();
-}
 
 @end
 
 @implementation KLLike
 
 KELO_STANDS_FOR(KLLike, KeloAPI::KLLike)
+KELO_INIT()
 KELO_FIELD(NSString *, likeId, setLikeId)
 KELO_FIELD(KLWatchUser *, user, setUser)
-
-- (instancetype)init {
-    return KELO_MAKE();
-}
 
 @end
 
 @implementation KLRekelo
 
 KELO_STANDS_FOR(KLRekelo, KeloAPI::KLRekelo)
+KELO_INIT()
 KELO_FIELD(NSString *, rekeloId, setRekeloId)
 KELO_FIELD(KLWatchUser *, user, setUser)
-
-- (instancetype)init {
-    return KELO_MAKE();
-}
 
 @end
 

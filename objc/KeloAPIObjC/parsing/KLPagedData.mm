@@ -23,14 +23,11 @@ NSArray *&enumerated(NSFastEnumerationState &state) {
 @implementation KLPagedData
 
 KELO_STANDS_FOR(KLPagedData, PagedData)
+KELO_INIT()
 KELO_READS(KLPagingMetadata *, metadata)
 KELO_READS(NSArray *, data)
 KELO_READS(NSInteger, count, startIndex, endIndex)
 KELO_READS(BOOL, hasNextPage)
-
-- (instancetype)init {
-    return KELO_MAKE();
-}
 
 - (instancetype)initWithData:(NSArray *)data {
     return KELO_MAKE(objects<Object>(data));

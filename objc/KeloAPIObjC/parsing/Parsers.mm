@@ -14,10 +14,7 @@ using PageParser = KeloAPI::KLPagedDataParser<ItemParser>;
 @implementation AnyObjectJsonParser
 
 KELO_STANDS_FOR(AnyObjectJsonParser, ItemParser, addDerivable(self, derivedParser))
-
-- (instancetype)init {
-    return KELO_MAKE();
-}
+KELO_INIT()
 
 - (id)parse:(NSDictionary *)json error:(NSError **)error {
     return parsed(native(self), json, error);
@@ -28,10 +25,7 @@ KELO_STANDS_FOR(AnyObjectJsonParser, ItemParser, addDerivable(self, derivedParse
 @implementation KLEmpty
 
 KELO_STANDS_FOR(KLEmpty, KeloAPI::KLEmpty)
-
-- (instancetype)init {
-    return KELO_MAKE();
-}
+KELO_INIT()
 
 @end
 
