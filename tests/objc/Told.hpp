@@ -14,4 +14,7 @@ std::string told(id value);
 /// The properties of an object with these names, in order, with blanks between.
 std::string told(id object, const char *names);
 
+/// Whether the date is of now, or of the last ten seconds.
+bool isNow(NSDate *date);
+
 } // namespace KeloObjcTest

@@ -61,4 +61,9 @@ std::string told(id object, const char *names) {
     return text;
 }
 
+bool isNow(NSDate *date) {
+    const double age = -[date timeIntervalSinceNow];
+    return age > -1e-3 && age < 10;
+}
+
 } // namespace KeloObjcTest

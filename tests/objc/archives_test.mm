@@ -108,12 +108,6 @@ id unarchivedWith(NSString *className, const char *members, NSString *key = nil)
     return unarchived(KeloArchiveOf(className, all));
 }
 
-/// Whether the date is of now, or of the last ten seconds.
-bool isNow(NSDate *date) {
-    const double age = -[date timeIntervalSinceNow];
-    return age > -1e-3 && age < 10;
-}
-
 constexpr uint64_t most = std::numeric_limits<uint64_t>::max();
 
 } // namespace

@@ -1,4 +1,6 @@
+#include "objc/Models.hpp"
 #include "objc/ObjcTest.hpp"
+#include "objc/Told.hpp"
 
 #include <functional>
 #include <string>
@@ -18,10 +20,6 @@ std::string reasonOf(const Call &call) {
     NSException *exception = raised(call.make);
     return [[exception name] isEqual:NSInvalidArgumentException] ? [[exception reason] UTF8String]
                                                                  : "";
-}
-
-KLPagedData *emptyPage() {
-    return [[KLPagedData new] autorelease];
 }
 
 Session *anySession() {
@@ -67,6 +65,12 @@ std::vector<Call> callsThatNeed() {
                                         captchaUrl:none
                                        retryTarget:target
                                             action:nullptr];
+         }},
+        {"destination",
+         [=] {
+             [[[[FileEndpoint alloc] initWithPath:@"a"
+                                      fileManager:[FileManager sharedGroupManager:@"/none/"]]
+                 autorelease] downloadTo:none target:target action:nullptr];
          }},
         {"endpoint", [=] { [anyQueue() download:nil to:none target:target action:nullptr]; }},
         {"post", [] { [[[LoopsEndpoint new] autorelease] submitWithCount:1 post:nil]; }},
@@ -117,20 +121,23 @@ std::vector<Call> callsThatNeed() {
          [] { [[KLLoopData alloc] initWithCount:nil velocity:[NSNumber numberWithInt:1]]; }},
         {"velocity",
          [] { [[KLLoopData alloc] initWithCount:[NSNumber numberWithInt:1] velocity:nil]; }},
+        {"count", [] { wholeLoops().count = nil; }},
+        {"velocity", [] { wholeLoops().velocity = nil; }},
+        {"created", [] { wholeLoops().created = nil; }},
         {"metadata", [] { [[KLPagingMetadata alloc] initWithMetadata:nil]; }},
         {"metadata",
          [] { [[KLPagingMetadata alloc] initWithCount:1 metadata:nil prepend:anyMetadata()]; }},
         {"prepend",
          [] { [[KLPagingMetadata alloc] initWithCount:1 metadata:anyMetadata() prepend:nil]; }},
         {"metadata", [] { [[KLPagedData alloc] initWithData:[NSArray array] metadata:nil]; }},
-        {"metadata", [] { emptyPage().metadata = nil; }},
-        {"object", [] { [emptyPage() append:nil]; }},
-        {"object", [] { [emptyPage() addObject:nil]; }},
-        {"object", [] { [emptyPage() insert:nil atIndex:0]; }},
-        {"object", [] { [emptyPage() insertObject:nil atIndex:0]; }},
-        {"object", [] { [emptyPage() setObject:nil atIndexedSubscript:0]; }},
-        {"other", [] { [emptyPage() appendPagedData:nil]; }},
-        {"other", [] { [emptyPage() prependPagedData:nil]; }},
+        {"metadata", [] { page().metadata = nil; }},
+        {"object", [] { [page() append:nil]; }},
+        {"object", [] { [page() addObject:nil]; }},
+        {"object", [] { [page() insert:nil atIndex:0]; }},
+        {"object", [] { [page() insertObject:nil atIndex:0]; }},
+        {"object", [] { [page() setObject:nil atIndexedSubscript:0]; }},
+        {"other", [] { [page() appendPagedData:nil]; }},
+        {"other", [] { [page() prependPagedData:nil]; }},
         {"date", [] { [MainQueue runUntilDate:nil]; }},
         {"runLoop", [] { [MainQueue addToRunLoop:nil forMode:NSDefaultRunLoopMode]; }},
         {"runLoop", [] { [MainQueue removeFromRunLoop:nil forMode:NSDefaultRunLoopMode]; }},
@@ -145,10 +152,18 @@ TEST(ArgumentsTest, NilForOneThatMustBeThereIsTold) {
     }
 }
 
+TEST(ArgumentsTest, WhatIsRefusedChangesNothing) {
+    KLLoopData *data = wholeLoops();
+    raised([=] { data.count = nil; });
+    raised([=] { data.velocity = nil; });
+    raised([=] { data.created = nil; });
+    EXPECT_EQ(told(data, loopKeys), "42 2.5 1400000000.25s 1");
+}
+
 TEST(ArgumentsTest, NilIsTakenWhereAbsenceHasAMeaning) {
-    KLPagedData *page = emptyPage();
-    [page addPagedData:nil];
-    EXPECT_FALSE([page remove:nil]);
+    KLPagedData *empty = page();
+    [empty addPagedData:nil];
+    EXPECT_FALSE([empty remove:nil]);
     Session *session = anySession();
     session.delegate = nil;
     [session endpointRequiresAuth:nil retryTarget:nil action:nullptr];
@@ -156,7 +171,7 @@ TEST(ArgumentsTest, NilIsTakenWhereAbsenceHasAMeaning) {
         [[[PostActionEndpoint alloc] initWithPost:nil
                                            parser:[[KLEmptyParser new] autorelease]] autorelease],
         nil);
-    EXPECT_EQ(page.count, 0);
+    EXPECT_EQ(empty.count, 0);
 }
 
 TEST(ArgumentsTest, WhatHasNoPlaceIsTold) {
@@ -166,7 +181,7 @@ TEST(ArgumentsTest, WhatHasNoPlaceIsTold) {
                   " has no place here");
     EXPECT_EQ(reasonOf({"", [] { [[[KLLike alloc] autorelease] user]; }}),
               "an object of class KLLike was never initialised");
-    EXPECT_EQ(reasonOf({"", [] { [emptyPage() append:[[KLLike alloc] autorelease]]; }}),
+    EXPECT_EQ(reasonOf({"", [] { [page() append:[[KLLike alloc] autorelease]]; }}),
               "an object of class KLLike was never initialised");
 }
 

@@ -19,12 +19,6 @@ KLLoopData *snapshot(double velocity, double age) {
     return data;
 }
 
-/// Whether the date is of now, or of the last ten seconds.
-bool isNow(NSDate *date) {
-    const double age = -[date timeIntervalSinceNow];
-    return age > -1e-3 && age < 10;
-}
-
 } // namespace
 
 TEST(KLLoopDataTest, IsASnapshotOfNow) {
@@ -33,20 +27,6 @@ TEST(KLLoopDataTest, IsASnapshotOfNow) {
     EXPECT_TRUE(same(data.velocity, [NSNumber numberWithDouble:2.5]));
     EXPECT_TRUE(isNow(data.created));
     EXPECT_FALSE(data.onFire);
-}
-
-TEST(KLLoopDataTest, NothingIsEverNil) {
-    KLLoopData *data = wholeLoops();
-    NSNumber *one = [NSNumber numberWithInt:1];
-    NSException *const exceptions[] = {
-        raised([&] { data.count = nil; }), raised([&] { data.velocity = nil; }),
-        raised([&] { data.created = nil; }),
-        raised([&] { [[[KLLoopData alloc] initWithCount:nil velocity:one] autorelease]; }),
-        raised([&] { [[[KLLoopData alloc] initWithCount:one velocity:nil] autorelease]; })};
-    for (NSException *exception : exceptions) {
-        EXPECT_TRUE(same([exception name], NSInvalidArgumentException));
-    }
-    EXPECT_EQ(told(data, loopKeys), "42 2.5 1400000000.25s 1");
 }
 
 TEST(KLLoopDataTest, EstimatesVelocityTimesElapsedSeconds) {
