@@ -177,8 +177,13 @@ TEST_F(FilesTest, KillDropsRequests) {
     EXPECT_EQ([queue.queuedFiles count], 0U);
     transport->answer(ScriptedAnswer::json("video"));
     ASSERT_TRUE(KeloAPI::testing::runUntil([&] { return [file localUrl] != nil; }));
-    KeloAPI::testing::runFor(std::chrono::milliseconds(20));
-    EXPECT_EQ([listener.calls count], 0U);
+    // Another file's answer would come behind that of the first.
+    FileEndpoint *next = endpointOf(@"https://media.example/b");
+    [next downloadTo:place(@"b") target:listener action:@selector(heard:)];
+    transport->answer(ScriptedAnswer::json("video"));
+    ASSERT_TRUE(hears(1));
+    EXPECT_EQ([listener.calls count], 1U);
+    EXPECT_EQ([(FileDownloadResult *)listener.object endpoint], next);
 }
 
 TEST_F(FilesTest, QueuesRefuseWhatIsNoRequest) {
