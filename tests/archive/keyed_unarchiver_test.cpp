@@ -15,6 +15,7 @@ using testing::ArchiveFile;
 using testing::Everything;
 using testing::Node;
 using testing::ReadOnly;
+using testing::referenceDate;
 using testing::SpecialNode;
 
 namespace {
@@ -23,7 +24,6 @@ using namespace std::chrono_literals;
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
-constexpr Date referenceDate = std::chrono::sys_days(std::chrono::January / 1 / 2001);
 constexpr auto int64Max = std::numeric_limits<std::int64_t>::max();
 
 /// What is read where an `Everything` has this one entry.

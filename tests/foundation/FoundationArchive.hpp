@@ -3,9 +3,7 @@
 #include "support/TemporaryFolder.hpp"
 
 #include <KeloAPI/base/Data.hpp>
-#include <KeloAPI/base/Date.hpp>
 
-#include <chrono>
 #include <cstdlib>
 #include <sstream>
 #include <stdexcept>
@@ -14,9 +12,6 @@
 #include <vector>
 
 namespace KeloAPI::testing {
-
-/// From which the platform counts its dates.
-inline constexpr Date referenceDate = std::chrono::sys_days(std::chrono::January / 1 / 2001);
 
 /// A real Foundation's archives. The languages of objects and classes stand at the head of
 /// foundation-archive.m. What it refuses is thrown with its own words.

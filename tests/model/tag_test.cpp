@@ -1,7 +1,5 @@
 #include "support/KeyTable.hpp"
 
-#include <KeloAPI/archive/KeyedArchiver.hpp>
-#include <KeloAPI/archive/KeyedUnarchiver.hpp>
 #include <KeloAPI/model/KLTag.hpp>
 
 #include <gtest/gtest.h>
@@ -51,25 +49,6 @@ TEST(TagTest, OfANameAloneHasNoIdentifier) {
     EXPECT_EQ(tag.tagId(), "");
     EXPECT_EQ(tag.name(), "#cats");
     EXPECT_EQ(tag.count, 0);
-}
-
-/// A tag as another writer may have kept it.
-struct KeptTag final : Archivable {
-    std::vector<std::string_view> archivedClassNames() const override {
-        return {KLTag::archivedClassName};
-    }
-    void encodeWithCoder(KeyedArchiver& coder) const override {
-        coder.encodeText("5", "tagId");
-        coder.encodeText("cats", "name");
-    }
-};
-
-TEST(TagTest, KeptNamesAreTakenAsTheyAre) {
-    const Data archive = KeyedArchiver::archivedData(std::make_shared<KeptTag>());
-    const auto tag = KeyedUnarchiver::unarchive<KLTag>(archive);
-    ASSERT_NE(tag, nullptr);
-    EXPECT_EQ(tag->tagId(), "5");
-    EXPECT_EQ(tag->name(), "cats");
 }
 
 TEST(TagParserTest, EveryKeyWithEveryKindOfValue) {

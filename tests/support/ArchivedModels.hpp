@@ -3,6 +3,7 @@
 #include <KeloAPI/archive/KeyedArchiver.hpp>
 #include <KeloAPI/archive/KeyedUnarchiver.hpp>
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -11,6 +12,9 @@
 #include <vector>
 
 namespace KeloAPI::testing {
+
+/// From which the platform counts its dates.
+inline constexpr Date referenceDate = std::chrono::sys_days(std::chrono::January / 1 / 2001);
 
 /// Has an entry of every kind.
 class Everything final : public Archivable {
