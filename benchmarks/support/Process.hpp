@@ -3,7 +3,6 @@
 #include <benchmark/benchmark.h>
 
 #include <string>
-#include <vector>
 
 namespace KeloBenchmark {
 
@@ -13,8 +12,8 @@ struct Spent {
     double processorSeconds = 0;
 };
 
-/// Runs a program; its output goes nowhere.
-Spent run(const std::vector<std::string>& command);
+/// Runs a command of the shell; its output goes nowhere.
+Spent run(const std::string& command);
 
 /// The processor's time that this process has taken, all threads together.
 double processorSeconds();

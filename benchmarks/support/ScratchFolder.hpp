@@ -1,25 +1,25 @@
 #pragma once
 
-#include <filesystem>
-#include <string>
+#include "tests/support/TemporaryFolder.hpp"
+
+#include <unistd.h>
 
 namespace KeloBenchmark {
 
 /// A folder that goes with the object, in memory where the system has such a place: what is
 /// measured is the way through the library, not the disk.
-class ScratchFolder {
+class ScratchFolder : public KeloAPI::testing::TemporaryFolder {
 public:
-    ScratchFolder();
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
-    ~ScratchFolder();
+    ScratchFolder()
+        : TemporaryFolder(access("/dev/shm", W_OK) == 0 ? "/dev/shm"
+                                                        : std::filesystem::temp_directory_path()) {}
 
-    std::string path(const std::string& name) const { return (_path / name).string(); }
     /// Removes what is in it.
-    void empty() const;
-
-private:
-    std::filesystem::path _path;
+    void empty() const {
+        for (const auto& entry : std::filesystem::directory_iterator(path())) {
+            std::filesystem::remove_all(entry);
+        }
+    }
 };
 
 } // namespace KeloBenchmark

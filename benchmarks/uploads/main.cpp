@@ -4,6 +4,7 @@
 #include "benchmarks/support/Process.hpp"
 #include "benchmarks/support/RatioReporter.hpp"
 #include "benchmarks/support/ScratchFolder.hpp"
+#include "tests/support/RecordingDelegate.hpp"
 
 #include <KeloAPI/api/Api.hpp>
 #include <KeloAPI/endpoints/LongformUploadEndpoint.hpp>
@@ -57,12 +58,6 @@ const CutVideo& video() {
     return instance;
 }
 
-class Delegate final : public BasicSessionDelegate {
-public:
-    std::optional<std::string> hostForSession(Session&) override { return server().authority(); }
-    std::optional<std::string> sessionKeyForSession(Session&) override { return "key"; }
-};
-
 /// Reads ahead: while one segment is under way, the next is read into the other buffer.
 class SegmentReader {
 public:
@@ -103,7 +98,9 @@ bool uploadSegments() {
 }
 
 void upload(benchmark::State& state) {
-    const auto delegate = std::make_shared<Delegate>();
+    const auto delegate = std::make_shared<testing::RecordingDelegate>();
+    delegate->host = server().authority();
+    delegate->sessionKey = "key";
     Api::setSessionDelegate(delegate);
     Diagnostics::setSink([](std::string_view) {});
     const auto session = Api::session(SessionType::Authenticated);
@@ -123,13 +120,11 @@ void upload(benchmark::State& state) {
     session->setSessionManager(std::make_shared<Manager>(server().trust()));
 }
 
-std::vector<std::string> curlCommand() {
-    std::vector<std::string> command = {"curl", "--silent", "--fail", "--cacert",
-                                        server().certificatePath()};
+std::string curlCommand() {
+    std::string command = "exec curl --silent --fail --cacert " + server().certificatePath();
     for (int i = 0; i < segments; ++i) {
-        command.insert(command.end(),
-                       {"--upload-file", video().segment(i),
-                        server().uploadUrl("video?segmentIndex=" + std::to_string(i))});
+        command += " --upload-file " + video().segment(i) + " '" +
+                   server().uploadUrl("video?segmentIndex=" + std::to_string(i)) + "'";
     }
     return command;
 }
