@@ -1,3 +1,5 @@
+#include "support/Words.hpp"
+
 #include <KeloAPI/archive/internal/UTF16.hpp>
 
 #include <gtest/gtest.h>
@@ -5,22 +7,6 @@
 namespace KeloAPI {
 
 namespace {
-
-/// One code point in UTF-8, by the definition of its ranges.
-std::string encoded(char32_t point) {
-    const auto byte = [](char32_t value) { return static_cast<char>(value); };
-    if (point < 0x80) {
-        return {byte(point)};
-    }
-    if (point < 0x800) {
-        return {byte(0xC0 + point / 64), byte(0x80 + point % 64)};
-    }
-    if (point < 0x10000) {
-        return {byte(0xE0 + point / 4096), byte(0x80 + point / 64 % 64), byte(0x80 + point % 64)};
-    }
-    return {byte(0xF0 + point / 262144), byte(0x80 + point / 4096 % 64),
-            byte(0x80 + point / 64 % 64), byte(0x80 + point % 64)};
-}
 
 bool isSurrogate(char32_t point) {
     return point >= 0xD800 && point <= 0xDFFF;
@@ -30,7 +16,7 @@ bool isSurrogate(char32_t point) {
 
 TEST(UTF16Test, ConvertsEveryCodePointThereAndBack) {
     for (char32_t point = 0; point <= 0x10FFFF; ++point) {
-        const std::string text = encoded(point);
+        const std::string text = testing::utf8Of(point);
         ASSERT_EQ(isUTF8(text), !isSurrogate(point)) << static_cast<std::uint32_t>(point);
         if (isSurrogate(point)) {
             EXPECT_EQ(utf16(text), u"\uFFFD\uFFFD\uFFFD");

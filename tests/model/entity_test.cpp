@@ -1,11 +1,11 @@
 #include "support/KeyTable.hpp"
+#include "support/Words.hpp"
 
 #include <KeloAPI/model/KLEntity.hpp>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <type_traits>
 
 namespace KeloAPI::testing {
@@ -17,21 +17,6 @@ static_assert(!std::is_default_constructible_v<KLEntityParser>);
 static_assert(std::is_constructible_v<KLEntityParser, const char*>);
 
 namespace {
-
-/// A text of code points in UTF-8.
-std::string utf8(std::u32string_view points) {
-    constexpr std::array<unsigned, 4> heads = {0, 0xC0, 0xE0, 0xF0};
-    std::string text;
-    for (const char32_t point : points) {
-        unsigned tails =
-            unsigned{point >= 0x80} + unsigned{point >= 0x800} + unsigned{point >= 0x10000};
-        text += static_cast<char>(heads.at(tails) | (point >> (6 * tails)));
-        while (tails-- > 0) {
-            text += static_cast<char>(0x80U | ((point >> (6 * tails)) & 0x3FU));
-        }
-    }
-    return text;
-}
 
 /// How many units code points take in UTF-16.
 std::int64_t unitsOf(std::u32string_view points) {
@@ -172,7 +157,10 @@ TEST(EntityParserTest, EveryOffsetAgreesWithThePlainConversion) {
         std::u32string(U"\u05E9\u05DC\u05D5\u05DD") + U'\0' + U"\U0001F642",
     };
     for (const std::u32string_view caption : captions) {
-        const std::string text = utf8(caption);
+        std::string text;
+        for (const char32_t point : caption) {
+            text += utf8Of(point);
+        }
         for (std::size_t start = 0; start <= caption.size(); ++start) {
             for (std::size_t end = start; end <= caption.size(); ++end) {
                 const std::string range =
