@@ -32,6 +32,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -147,12 +148,6 @@ std::shared_ptr<KLChannelParser> channelsWithTimelines() {
         std::make_shared<AnyObjectParserAdaptor>(std::make_shared<ContractualPostParser>())));
 }
 
-/// A parser of a function, whose type is the parser's.
-template <class T>
-std::shared_ptr<KLClosureParser<T>> parserOf(std::shared_ptr<T> (*parse)(const JsonObject&)) {
-    return std::make_shared<KLClosureParser<T>>(parse);
-}
-
 template <class T>
 void serialize(const std::string& body, const std::shared_ptr<const JsonParser<T>>& parser) {
     const URLRequest request;
@@ -175,84 +170,56 @@ void serialize(const std::string& body, const std::shared_ptr<const JsonParser<T
     }
 }
 
+/// With a parser that is made of these.
+template <class P, class... Arguments>
+void run(const std::string& body, Arguments... arguments) {
+    serialize<typename P::T>(body, std::make_shared<P>(std::move(arguments)...));
+}
+
+/// With a parser that is made of another one.
+template <class P, class Inner>
+void runOver(const std::string& body) {
+    run<P>(body, std::make_shared<Inner>());
+}
+
+/// With a parser of a function.
+template <auto parse>
+void runFunction(const std::string& body) {
+    using T = typename decltype(parse(std::declval<JsonObject>()))::element_type;
+    run<KLClosureParser<T>>(body, parse);
+}
+
 using Run = void (*)(const std::string& body);
 constexpr std::array<Run, 29> runs = {
-    [](const std::string& body) {
-        serialize<KLWatchPost>(body, std::make_shared<ContractualPostParser>());
-    },
-    [](const std::string& body) { serialize<KLWatchUser>(body, std::make_shared<UserParser>()); },
-    [](const std::string& body) { serialize<LoopData>(body, std::make_shared<LoopDataParser>()); },
-    [](const std::string& body) { serialize<KLEmpty>(body, std::make_shared<KLEmptyParser>()); },
-    [](const std::string& body) {
-        serialize<KLPagedData>(body, std::make_shared<KLPagedDataParser<ContractualPostParser>>(
-                                         std::make_shared<ContractualPostParser>()));
-    },
-    [](const std::string& body) {
-        serialize<KLPagedData>(body, std::make_shared<KLPagedDataParser<LoopDataParser>>(
-                                         std::make_shared<LoopDataParser>()));
-    },
-    [](const std::string& body) {
-        serialize<Object>(
-            body, std::make_shared<AnyObjectParserAdaptor>(std::make_shared<LoopDataParser>()));
-    },
-    [](const std::string& body) {
-        serialize<Object>(body, std::make_shared<AnyObjectParserAdaptor>(
-                                    std::make_shared<ContractualPostParser>()));
-    },
-    [](const std::string& body) {
-        serialize<Object>(body, std::make_shared<AnyObjectJsonParser>());
-    },
-    [](const std::string& body) {
-        serialize<Object>(body, std::make_shared<KLClosureParser<Object>>(readAsAnything));
-    },
-    [](const std::string& body) {
-        serialize<KLLike>(body, std::make_shared<Identified<LikeParser>>("likeId"));
-    },
-    [](const std::string& body) {
-        serialize<KLRekelo>(body, std::make_shared<Identified<RekeloParser>>("repostId"));
-    },
-    [](const std::string& body) {
-        serialize<SoundboardSound>(body, std::make_shared<SoundboardSoundParser>());
-    },
-    [](const std::string& body) {
-        serialize<KLLongformViews>(body, std::make_shared<KLLongformViewsParser>());
-    },
-    [](const std::string& body) {
-        serialize<KLVideoUrlBitrateSetting>(body,
-                                            std::make_shared<KLVideoUrlBitrateSettingParser>("1"));
-    },
-    [](const std::string& body) {
-        serialize<KLLongform>(body, std::make_shared<KLLongformParser>());
-    },
-    [](const std::string& body) {
-        serialize<KLEndlessLikesRange>(body, std::make_shared<KLEndlessLikesRangeParser>());
-    },
-    [](const std::string& body) {
-        serialize<KLVideoUpload>(body, std::make_shared<KLVideoUploadParser>());
-    },
-    [](const std::string& body) {
-        serialize<KLPostProcessStatus>(body, std::make_shared<KLPostProcessStatusParser>());
-    },
-    [](const std::string& body) {
-        serialize<KLChannel>(body, std::make_shared<KLChannelParser>());
-    },
+    run<ContractualPostParser>,
+    run<UserParser>,
+    run<LoopDataParser>,
+    run<KLEmptyParser>,
+    runOver<KLPagedDataParser<ContractualPostParser>, ContractualPostParser>,
+    runOver<KLPagedDataParser<LoopDataParser>, LoopDataParser>,
+    runOver<AnyObjectParserAdaptor, LoopDataParser>,
+    runOver<AnyObjectParserAdaptor, ContractualPostParser>,
+    run<AnyObjectJsonParser>,
+    runFunction<readAsAnything>,
+    [](const std::string& body) { run<Identified<LikeParser>>(body, "likeId"); },
+    [](const std::string& body) { run<Identified<RekeloParser>>(body, "repostId"); },
+    run<SoundboardSoundParser>,
+    run<KLLongformViewsParser>,
+    [](const std::string& body) { run<KLVideoUrlBitrateSettingParser>(body, "1"); },
+    run<KLLongformParser>,
+    run<KLEndlessLikesRangeParser>,
+    run<KLVideoUploadParser>,
+    run<KLPostProcessStatusParser>,
+    run<KLChannelParser>,
     [](const std::string& body) { serialize<KLChannel>(body, channelsWithTimelines()); },
-    [](const std::string& body) { serialize<KLTag>(body, parserOf(readAsTag)); },
-    [](const std::string& body) { serialize<KLEntity>(body, parserOf(readAsEntity)); },
-    [](const std::string& body) { serialize<KLByline>(body, parserOf(readAsByline)); },
-    [](const std::string& body) { serialize<KLVenue>(body, std::make_shared<KLVenueParser>()); },
-    [](const std::string& body) {
-        serialize<KLVenue>(body, std::make_shared<KLFoursquareVenueParser>());
-    },
-    [](const std::string& body) {
-        serialize<KLUrlAction>(body, std::make_shared<KLUrlActionParser>());
-    },
-    [](const std::string& body) {
-        serialize<KLSolicitation>(body, std::make_shared<KLSolicitationParser>());
-    },
-    [](const std::string& body) {
-        serialize<KLPostAudioMetadata>(body, parserOf(KLPostAudioMetadata::fromJSON));
-    },
+    runFunction<readAsTag>,
+    runFunction<readAsEntity>,
+    runFunction<readAsByline>,
+    run<KLVenueParser>,
+    run<KLFoursquareVenueParser>,
+    run<KLUrlActionParser>,
+    run<KLSolicitationParser>,
+    runFunction<KLPostAudioMetadata::fromJSON>,
 };
 
 } // namespace
