@@ -1,5 +1,7 @@
-"""What the release library shows to the linker and the loader."""
+"""What the installed headers show to the compiler, and the release library to the linker and the
+loader."""
 
+import os
 import re
 import shutil
 import unittest
@@ -35,6 +37,18 @@ def initialiser_sections(path):
 
 
 class Library(unittest.TestCase):
+    def test_installs_all_public_headers_and_no_others(self):
+        # It includes every public header; that each compiles alone is shown before installing.
+        everything = package.installed("KeloAPI/KeloAPI.hpp")
+        folder = everything.parent
+        headers = list(folder.rglob("*.hpp"))
+        self.assertGreater(len(headers), 40)
+        self.assertEqual([header for header in headers if "internal" in header.parts], [])
+        package.run(
+            package.CXX, "-std=c++20", "-fsyntax-only", "-Wall", "-Wextra", "-Wpedantic",
+            "-Werror", f"-I{folder.parent}", "-include", everything, "-x", "c++", os.devnull,
+        )
+
     def test_exports_only_its_own_names(self):
         lines = package.run("nm", "-DC", "--defined-only", package.LIBRARY).splitlines()
         names = [line.split(maxsplit=2)[2] for line in lines]
