@@ -17,20 +17,21 @@ constexpr const char* success = R"({"data": {}})";
 /// What happens when the service wants the user to sign in again or to solve a captcha.
 class EndpointRetryTest : public testing::ScriptedSessionTest {
 protected:
-    void send(const std::string& name, const std::shared_ptr<Endpoint>& by) {
-        by->request(std::make_shared<KLEmptyParser>(),
-                    [this, name](std::vector<std::shared_ptr<KLEmpty>>, std::optional<Metadata>,
-                                 const Timeline&, std::optional<Error> error) {
-                        const auto code = error ? std::to_string(error->code()) : "ok";
-                        events.push_back(name + " " + code);
-                    });
+    void send(const std::string& name) {
+        endpoint->request(std::make_shared<KLEmptyParser>(),
+                          [this, name](std::vector<std::shared_ptr<KLEmpty>>,
+                                       std::optional<Metadata>, const Timeline&,
+                                       std::optional<Error> error) {
+                              const auto code = error ? std::to_string(error->code()) : "ok";
+                              events.push_back(name + " " + code);
+                          });
     }
     void answer(const std::string& body) { transport->answer(ScriptedAnswer::json(body)); }
     /// Sends a call that is answered thus, and waits for its completion.
     void sendAnswered(const std::string& body) {
         const std::size_t before = events.size();
         answer(body);
-        send("call", endpoint);
+        send("call");
         ASSERT_TRUE(eventsReach(before + 1));
     }
     /// Releases what is queued, answers the retry thus, and waits for its completion.
@@ -51,10 +52,10 @@ protected:
 TEST_F(EndpointRetryTest, Codes100And103AreHandedOverBeforeTheCompletionHears) {
     delegate->onReauth = [this](Session&) { events.emplace_back("reauth"); };
     answer(R"({"error": "sign in", "code": 100})");
-    send("first", endpoint);
+    send("first");
     ASSERT_TRUE(eventsReach(2));
     answer(expired);
-    send("second", endpoint);
+    send("second");
     ASSERT_TRUE(eventsReach(4));
     EXPECT_EQ(events, (std::vector<std::string>{"reauth", "first 100", "reauth", "second 103"}));
     EXPECT_EQ(session->queuedRetryCount(), 2U);
@@ -74,32 +75,6 @@ TEST_F(EndpointRetryTest, TheRetryIsSentWithTheValuesOfThenAndCompletesASecondTi
     EXPECT_EQ(requests[1].url->path(), "/later");
 }
 
-TEST_F(EndpointRetryTest, DroppedRetriesAreNeverSent) {
-    sendAnswered(expired);
-    session->handleQueuedRetries(false);
-    EXPECT_EQ(transport->requests().size(), 1U);
-    passThrough();
-    EXPECT_EQ(events.size(), 1U);
-}
-
-TEST_F(EndpointRetryTest, CallsThatFailTogetherAreReleasedTogetherInOrder) {
-    const auto other = Endpoint::create(session);
-    endpoint->setPath("one");
-    other->setPath("two");
-    answer(expired);
-    answer(expired);
-    send("one", endpoint);
-    send("two", other);
-    ASSERT_TRUE(eventsReach(2));
-    answer(success);
-    answer(success);
-    session->handleQueuedRetries(true);
-    ASSERT_TRUE(eventsReach(4));
-    EXPECT_EQ(events, (std::vector<std::string>{"one 103", "two 103", "one ok", "two ok"}));
-    EXPECT_EQ(transport->requests()[2].url->path(), "/one");
-    EXPECT_EQ(transport->requests()[3].url->path(), "/two");
-}
-
 TEST_F(EndpointRetryTest, ADelegateMayReleaseTheQueueInsideItsOwnCallback) {
     delegate->onReauth = [this](Session& asked) {
         answer(success);
@@ -107,7 +82,7 @@ TEST_F(EndpointRetryTest, ADelegateMayReleaseTheQueueInsideItsOwnCallback) {
         events.push_back("sent " + std::to_string(transport->requests().size()));
     };
     answer(expired);
-    send("call", endpoint);
+    send("call");
     ASSERT_TRUE(eventsReach(3));
     // The retry is on its way before the first completion hears of the failure.
     EXPECT_EQ(events, (std::vector<std::string>{"sent 2", "call 103", "call ok"}));
@@ -152,12 +127,6 @@ TEST_F(EndpointRetryTest, ACaptchaIsOfferedAndItsRetrySentOnceSolved) {
     EXPECT_EQ(delegate->captchaUrls, std::vector<std::string>{"https://service.example/c"});
     releaseAnswered(success);
     EXPECT_EQ(events, (std::vector<std::string>{"call 419", "call ok"}));
-}
-
-TEST_F(EndpointRetryTest, ACaptchaThatTheHostDeclinesQueuesNothing) {
-    sendAnswered(R"({"error": "captcha", "code": 419, "data": "https://service.example/c"})");
-    EXPECT_EQ(delegate->captchaUrls.size(), 1U);
-    EXPECT_EQ(session->queuedRetryCount(), 0U);
 }
 
 TEST_F(EndpointRetryTest, ACaptchaWithoutURLIsOnlyNoted) {

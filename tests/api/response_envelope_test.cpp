@@ -84,23 +84,22 @@ TEST(ResponseEnvelope, WithoutADataObjectIsAnErrorOfItsOwn) {
 }
 
 TEST(ResponseEnvelope, ANonEmptyErrorTextIsAServiceError) {
-    const Read answer = read(R"({"error": "no such post", "code": 602, "data": {}})");
-    ASSERT_TRUE(answer.error.has_value());
-    EXPECT_EQ(answer.error->domain(), Settings::errorDomain);
-    EXPECT_EQ(answer.error->code(), 602);
-    EXPECT_EQ(answer.error->localizedDescription(), "no such post");
-    EXPECT_EQ(answer.error->integer(KLAPIStatusCodeKey), 602);
-    EXPECT_FALSE(answer.error->url(KLCaptchaUrlKey).has_value());
-    EXPECT_TRUE(answer.items.empty());
-}
-
-TEST(ResponseEnvelope, AServiceErrorWithoutCodeHasMinusOneAndStillItsKey) {
-    for (const char* body :
-         {R"({"error": "bad"})", R"({"error": "bad", "code": "7"})",
-          R"({"error": "bad", "code": null})", R"({"error": "bad", "code": {}})"}) {
-        const Read answer = read(body);
-        EXPECT_EQ(answer.error->code(), -1) << body;
-        EXPECT_EQ(answer.error->integer(KLAPIStatusCodeKey), -1) << body;
+    const std::pair<const char*, std::int64_t> table[] = {
+        {R"(, "code": 602, "data": {})", 602},
+        {"", -1},
+        {R"(, "code": "7")", -1},
+        {R"(, "code": null)", -1},
+        {R"(, "code": {})", -1},
+    };
+    for (const auto& [rest, code] : table) {
+        const Read answer = read(R"({"error": "no such post")" + std::string(rest) + "}");
+        ASSERT_TRUE(answer.error.has_value()) << rest;
+        EXPECT_EQ(answer.error->domain(), Settings::errorDomain);
+        EXPECT_EQ(answer.error->code(), code) << rest;
+        EXPECT_EQ(answer.error->localizedDescription(), "no such post");
+        EXPECT_EQ(answer.error->integer(KLAPIStatusCodeKey), code) << rest;
+        EXPECT_FALSE(answer.error->url(KLCaptchaUrlKey).has_value());
+        EXPECT_TRUE(answer.items.empty());
     }
 }
 
@@ -138,22 +137,24 @@ TEST(ResponseEnvelope, EmptyDataIsAnEmptySuccessWithoutMetadata) {
     EXPECT_FALSE(answer.metadata.has_value());
 }
 
-TEST(ResponseEnvelope, EmptyRecordsAreAnEmptySuccessWithMetadata) {
-    const Read answer = read(R"({"data": {"records": [], "count": 7}})");
-    EXPECT_FALSE(answer.error.has_value());
-    EXPECT_TRUE(answer.items.empty());
-    ASSERT_TRUE(answer.metadata.has_value());
-    EXPECT_EQ(answer.metadata->count(), 7);
-}
-
-TEST(ResponseEnvelope, RecordsAreParsedInOrder) {
-    const Read answer = read(
-        R"({"data": {"records": [{"count": 1, "velocity": 0}, {"count": 2, "velocity": 0}],
-            "nextPage": 2}})");
-    ASSERT_EQ(answer.items.size(), 2U);
-    EXPECT_EQ(answer.items[0]->count, Number::of(1));
-    EXPECT_EQ(answer.items[1]->count, Number::of(2));
-    EXPECT_EQ(answer.metadata->nextPage(), 2);
+TEST(ResponseEnvelope, RecordsAreParsedInOrderAndHaveMetadata) {
+    const std::pair<const char*, std::vector<std::string>> table[] = {
+        {"", {}},
+        {R"({"count": 1, "velocity": 0}, {"count": 2, "velocity": 0})", {"1", "2"}},
+    };
+    for (const auto& [records, counts] : table) {
+        const Read answer = read(R"({"data": {"count": 7, "nextPage": 2, "records": [)" +
+                                 std::string(records) + "]}}");
+        EXPECT_FALSE(answer.error.has_value());
+        std::vector<std::string> found;
+        for (const auto& item : answer.items) {
+            found.push_back(item->count.stringValue());
+        }
+        EXPECT_EQ(found, counts);
+        ASSERT_TRUE(answer.metadata.has_value());
+        EXPECT_EQ(answer.metadata->count(), 7);
+        EXPECT_EQ(answer.metadata->nextPage(), 2);
+    }
 }
 
 TEST(ResponseEnvelope, OneBadRecordFailsTheWholeAnswer) {
