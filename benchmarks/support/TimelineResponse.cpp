@@ -1,32 +1,12 @@
 #include "benchmarks/support/TimelineResponse.hpp"
 
-#include <nlohmann/json.hpp>
-
-#include <array>
 #include <cstdint>
-#include <cstdio>
 #include <string_view>
+#include <vector>
 
 namespace KeloBenchmark {
 
 namespace {
-
-// The service writes the keys of a record in an order of its own, so this keeps them as inserted.
-using Json = nlohmann::ordered_json;
-
-constexpr std::string_view mediaHost = "https://v.cdn.kelo.example/";
-constexpr std::string_view imageHost = "https://images.cdn.kelo.example/";
-
-constexpr std::array<std::string_view, 24> words = {
-    "when",    "your",  "dog",    "steals", "the",   "last",     "slice",  "of",
-    "pizza",   "and",   "nobody", "saw",    "it",    "happen",   "wait",   "for",
-    "the end", "again", "loop",   "this",   "until", "tomorrow", "“okay”", "naïve"};
-constexpr std::array<std::string_view, 10> emoji = {"😂", "🔥", "🐶", "👀",  "💯",
-                                                    "🎉", "✨", "🏀", "🇧🇷", "👩‍🚀"};
-constexpr std::array<std::string_view, 8> tagNames = {"comedy", "dogs",  "loop",       "basketball",
-                                                      "music",  "dance", "stopmotion", "6sekunden"};
-constexpr std::array<std::string_view, 8> names = {"Ana Ruiz", "Sam 🎬",  "DJ Lindqvist",  "marcus",
-                                                   "Zoë K.",   "김민준", "The Trick Lab", "Priya"};
 
 /// SplitMix64: a few lines that give the same numbers everywhere, unlike the standard's
 /// distributions.
@@ -35,193 +15,127 @@ public:
     explicit Dice(std::uint64_t seed)
         : _state(seed) {}
 
-    std::uint64_t number() {
+    std::uint64_t below(std::uint64_t bound) {
         std::uint64_t z = (_state += 0x9E3779B97F4A7C15ULL);
         z = (z ^ (z >> 30U)) * 0xBF58476D1CE4E5B9ULL;
         z = (z ^ (z >> 27U)) * 0x94D049BB133111EBULL;
-        return z ^ (z >> 31U);
-    }
-    std::uint64_t below(std::uint64_t bound) { return number() % bound; }
-    std::uint64_t between(std::uint64_t low, std::uint64_t high) {
-        return low + below(high - low + 1);
-    }
-    bool oneIn(std::uint64_t chances) { return below(chances) == 0; }
-    template <class List>
-    std::string pick(const List& list) {
-        return std::string(list[below(list.size())]);
-    }
-    /// So many characters of a file name as the storage hands them out.
-    std::string token(std::size_t length) {
-        constexpr std::string_view letters = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnop";
-        std::string text(length, ' ');
-        for (char& c : text) {
-            c = letters[below(letters.size())];
-        }
-        return text;
+        return (z ^ (z >> 31U)) % bound;
     }
 
 private:
     std::uint64_t _state;
 };
 
-std::string date(Dice& dice) {
-    char text[40];
-    std::snprintf(text, sizeof text, "201%u-%02u-%02uT%02u:%02u:%02u.%06u",
-                  static_cast<unsigned>(dice.between(3, 6)),
-                  static_cast<unsigned>(dice.between(1, 12)),
-                  static_cast<unsigned>(dice.between(1, 28)), static_cast<unsigned>(dice.below(24)),
-                  static_cast<unsigned>(dice.below(60)), static_cast<unsigned>(dice.below(60)),
-                  static_cast<unsigned>(dice.below(1000) * 1000));
+/// What stands for "#12", twelve characters of a file name as the storage hands them out, or for
+/// "3-6", a number between these.
+std::string valueOf(const std::string& wanted, Dice& dice) {
+    constexpr std::string_view letters = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnop";
+    if (wanted.front() == '#') {
+        std::string token(std::stoul(wanted.substr(1)), ' ');
+        for (char& c : token) {
+            c = letters[dice.below(letters.size())];
+        }
+        return token;
+    }
+    const std::uint64_t low = std::stoull(wanted);
+    const std::uint64_t high = std::stoull(wanted.substr(wanted.find('-') + 1));
+    return std::to_string(low + dice.below(high - low + 1));
+}
+
+/// Fills a form up to its end, or to that of the choice that it stands in: of "<a|b>" one text is
+/// taken, which is a form as well; "<3-6>" and "<#12>" become such a value.
+std::string filled(std::string_view& form, Dice& dice) {
+    std::string text;
+    while (!form.empty() && form.front() != '|' && form.front() != '>') {
+        if (form.front() != '<') {
+            text += form.front();
+            form.remove_prefix(1);
+            continue;
+        }
+        std::vector<std::string> choices;
+        do {
+            form.remove_prefix(1);
+            choices.push_back(filled(form, dice));
+        } while (form.front() == '|');
+        form.remove_prefix(1);
+        text +=
+            choices.size() == 1 ? valueOf(choices[0], dice) : choices[dice.below(choices.size())];
+    }
     return text;
 }
 
-/// Identifiers of this service need the whole 64 bits.
-std::int64_t identifier(Dice& dice) {
-    return static_cast<std::int64_t>(dice.between(900000000000000000, 1400000000000000000));
-}
-
-std::string avatarUrl(Dice& dice) {
-    return std::string(imageHost) + "avatars/" + dice.token(34) +
-           ".jpg?versionId=" + dice.token(32);
-}
-
-std::string caption(Dice& dice, const std::string& tag) {
-    std::string text;
-    for (std::uint64_t left = dice.between(4, 16); left > 0; --left) {
-        text += dice.pick(words) + ' ';
-    }
-    if (dice.oneIn(6)) {
-        text += "\"quoted\"\nsecond line ";
-    }
-    for (std::uint64_t left = dice.below(4); left > 0; --left) {
-        text += dice.pick(emoji);
-    }
-    return text + " #" + tag;
-}
-
-Json videoUrls(Dice& dice) {
-    struct Rendition {
-        const char* format;
-        int rate;
+/// A record in the service's own order of its keys. Identifiers need the whole 64 bits.
+std::string recordForm(const std::string& tag) {
+    const std::string id = "<900000000000000000-1400000000000000000>";
+    const std::string date = R"("201<3-6>-<10-12>-<10-28>T<10-23>:<10-59>:<10-59>.<100-999>000")";
+    const std::string version = "?versionId=<#32>";
+    const std::string images = R"("https://images.cdn.kelo.example/)";
+    const std::string name =
+        R"("<Ana Ruiz|Sam 🎬|DJ Lindqvist|marcus|Zoë K.|김민준|The Trick Lab|Priya>")";
+    const std::string word =
+        "<when|your|dog|steals|the|last|slice|of|pizza|and|nobody|saw|it|"
+        "happen|wait|for|the end|again|loop|this|until|tomorrow|“okay”|naïve> ";
+    const std::string words = word + word + word + word;
+    const std::string emoji = "<|😂|🔥|🐶|👀|💯|🎉|✨|🏀|🇧🇷|👩‍🚀>";
+    const std::string caption = words + "<|" + words + "|" + words + words + "|" + words + words +
+                                words + R"(><|||||\"quoted\"\nsecond line >)" + emoji + emoji +
+                                "#" + tag;
+    const std::string person = R"("userId":)" + id + R"(,"username":)" + name +
+                               R"(,"verified":<0|0|0|0|1>,"avatarUrl":)" + images +
+                               "avatars/<#34>.jpg" + version + '"';
+    const auto reactions = [&](const std::string& key) {
+        return R"({"count":<0-89999>,"size":10,"nextPage":null,"records":[<||{)" + person + ",\"" +
+               key + "\":" + id + R"(,"created":)" + date + "}>]}";
     };
-    constexpr std::array<Rendition, 4> renditions = {
-        {{"h264", 2}, {"h264c", 1}, {"h264", 0}, {"webm", 3}}};
-    Json list = Json::array();
-    for (const Rendition& rendition : renditions) {
-        list.push_back({{"videoUrl", std::string(mediaHost) + "r/videos_" + rendition.format + "/" +
-                                         dice.token(36) + ".mp4?versionId=" + dice.token(32)},
-                        {"format", rendition.format},
-                        {"rate", rendition.rate},
-                        {"id", rendition.rate == 0 ? "original" : "r" + dice.token(6)},
-                        {"default", rendition.rate == 0 ? 1 : 0}});
-    }
-    return list;
-}
-
-Json person(Dice& dice) {
-    return {{"userId", identifier(dice)},
-            {"username", dice.pick(names)},
-            {"verified", dice.oneIn(5) ? 1 : 0},
-            {"avatarUrl", avatarUrl(dice)}};
-}
-
-Json reactions(Dice& dice, const char* idKey) {
-    Json records = Json::array();
-    if (dice.oneIn(3)) {
-        Json record = person(dice);
-        record[idKey] = identifier(dice);
-        record["created"] = date(dice);
-        records.push_back(std::move(record));
-    }
-    return {{"count", dice.below(90000)},
-            {"size", 10},
-            {"nextPage", nullptr},
-            {"records", std::move(records)}};
-}
-
-Json entities(Dice& dice, const std::string& tag, std::size_t end) {
-    Json list = Json::array();
-    list.push_back({{"type", "tag"},
-                    {"id", identifier(dice)},
-                    {"title", tag},
-                    {"link", "kelo://tag/" + tag},
-                    {"range", {end - tag.size() - 1, end}}});
-    if (dice.oneIn(3)) {
-        list.push_back({{"type", "mention"},
-                        {"id", identifier(dice)},
-                        {"title", dice.pick(names)},
-                        {"link", "kelo://user-id/" + std::to_string(identifier(dice))},
-                        {"range", {0, 4}}});
-    }
-    return list;
-}
-
-Json record(Dice& dice) {
-    const std::string tag = dice.pick(tagNames);
-    const std::string text = caption(dice, tag);
-    const std::string permalink = dice.token(11);
-    Json post = {{"liked", dice.oneIn(4)},
-                 {"foursquareVenueId", nullptr},
-                 {"userId", identifier(dice)},
-                 {"private", 0},
-                 {"likes", reactions(dice, "likeId")},
-                 {"loops",
-                  {{"count", dice.below(40000000)},
-                   {"velocity", static_cast<double>(dice.below(100000)) / 128.0},
-                   {"onFire", dice.oneIn(9)}}},
-                 {"thumbnailUrl", std::string(imageHost) + "thumbs/" + dice.token(40) +
-                                      ".mp4.jpg?versionId=" + dice.token(32)},
-                 {"explicitContent", 0},
-                 {"vanityUrls", Json::array()},
-                 {"verified", dice.oneIn(5) ? 1 : 0},
-                 {"avatarUrl", avatarUrl(dice)},
-                 {"comments", reactions(dice, "commentId")},
-                 {"entities", entities(dice, tag, text.size())},
-                 {"videoUrls", videoUrls(dice)},
-                 {"permalinkUrl", "https://kelo.example/v/" + permalink},
-                 {"shareUrl", "https://kelo.example/v/" + permalink + "?via=share"},
-                 {"username", dice.pick(names)},
-                 {"description", text},
-                 {"tags", Json::array({{{"tagId", identifier(dice)}, {"tag", tag}}})},
-                 {"postId", identifier(dice)},
-                 {"created", date(dice)},
-                 {"reposts", {{"count", dice.below(30000)}, {"size", 10}}},
-                 {"profileBackground", "0x33ccbf"},
-                 {"promoted", 0},
-                 {"loopCount", dice.below(900000000)},
-                 {"loopVelocity", static_cast<double>(dice.below(1000000)) / 256.0}};
-    if (dice.oneIn(5)) {
-        post["myRepostId"] = identifier(dice);
-    }
-    if (dice.oneIn(3)) {
-        post["channelId"] = dice.between(1, 16);
-    }
-    return post;
+    const auto video = [&](const std::string& format, const std::string& rest) {
+        return R"({"videoUrl":"https://v.cdn.kelo.example/r/videos_)" + format + "/<#36>.mp4" +
+               version + R"(","format":")" + format + "\"," + rest + '}';
+    };
+    const auto entity = [&](const std::string& type, const std::string& rest) {
+        return R"({"type":")" + type + R"(","id":)" + id + ',' + rest + '}';
+    };
+    return R"({"liked":<true|false|false|false>,"foursquareVenueId":null,"private":0,"likes":)" +
+           reactions("likeId") +
+           R"(,"loops":{"count":<0-39999999>,"velocity":<0-780>.<1-9>546875,"onFire":<true|false>})"
+           R"(,"thumbnailUrl":)" +
+           images + "thumbs/<#40>.mp4.jpg" + version +
+           R"(","explicitContent":0,"vanityUrls":[],"comments":)" + reactions("commentId") +
+           R"(,"entities":[)" +
+           entity("tag", R"("title":")" + tag + R"(","link":"kelo://tag/)" + tag +
+                             R"(","range":[20,30])") +
+           "<||," +
+           entity("mention", R"("title":)" + name + R"(,"link":"kelo://user-id/)" + id +
+                                 R"(","range":[0,4])") +
+           R"(>],"videoUrls":[)" + video("h264", R"("rate":2,"id":"r<#6>","default":0)") + ',' +
+           video("h264c", R"("rate":1,"id":"r<#6>","default":0)") + ',' +
+           video("h264", R"("rate":0,"id":"original","default":1)") + ',' +
+           video("webm", R"("rate":3,"id":"r<#6>","default":0)") +
+           R"(],"permalinkUrl":"https://kelo.example/v/<#11>","shareUrl":)"
+           R"("https://kelo.example/v/<#11>?via=share",)" +
+           person + R"(,"description":")" + caption + R"(","tags":[{"tagId":)" + id +
+           R"(,"tag":")" + tag + R"("}],"postId":)" + id + R"(,"created":)" + date +
+           R"(,"reposts":{"count":<0-29999>,"size":10},"profileBackground":"0x33ccbf","promoted":0)"
+           R"(,"loopCount":<0-899999999>,"loopVelocity":<0-3900>.<1-9>796875)"
+           R"(<||||,"myRepostId":)" +
+           id + R"(><||,"channelId":<1-16>>})";
 }
 
 } // namespace
 
 std::string timelineResponse(std::size_t records) {
     Dice dice(20130124);
-    Json list = Json::array();
+    std::string text =
+        R"({"code":"","data":{"count":4711,"anchorStr":"1134567890123456789","records":[)";
     for (std::size_t i = 0; i < records; ++i) {
-        list.push_back(record(dice));
+        std::string_view tags = "<comedy|dogs|loop|basketball|music|dance|stopmotion|6sekunden>";
+        const std::string form = recordForm(filled(tags, dice));
+        std::string_view rest = form;
+        text += (i == 0 ? "" : ",") + filled(rest, dice);
     }
-    const Json response = {{"code", ""},
-                           {"data",
-                            {{"count", 4711},
-                             {"anchorStr", "1134567890123456789"},
-                             {"records", std::move(list)},
-                             {"nextPage", 2},
-                             {"previousPage", nullptr},
-                             {"size", records},
-                             {"anchor", 1134567890123456789},
-                             {"backAnchor", "x7fA20"}}},
-                           {"success", true},
-                           {"error", ""}};
-    std::string text = response.dump();
-    constexpr std::size_t spare = 64;
-    text.reserve(text.size() + spare);
+    text += R"(],"nextPage":2,"previousPage":null,"size":)" + std::to_string(records) +
+            R"(,"anchor":1134567890123456789,"backAnchor":"x7fA20"},"success":true,"error":""})";
+    text.shrink_to_fit();
+    text.reserve(text.size() + 64);
     return text;
 }
 
