@@ -1,7 +1,9 @@
 #include "support/KeyTable.hpp"
 #include "support/Words.hpp"
 
+#include <KeloAPI/model/KLByline.hpp>
 #include <KeloAPI/model/KLEntity.hpp>
+#include <KeloAPI/model/KLTag.hpp>
 
 #include <gtest/gtest.h>
 
@@ -181,6 +183,111 @@ TEST(EntityParserTest, TextThatIsNoUTF8IsCountedWithoutHarm) {
     EXPECT_EQ(outcome("\x80\xBF", "[0,1]"), outside);
     EXPECT_EQ(outcome("a\xF0\x9F", "[0,2]"), "0+3");
     EXPECT_EQ(outcome("\xFF\xFE", "[1,2]"), "2+2");
+}
+
+static_assert(!std::is_default_constructible_v<KLByline>);
+static_assert(std::is_constructible_v<KLByline, const char*>);
+
+namespace {
+
+/// The titles of a byline's entities.
+std::string titles(const KLByline& byline) {
+    std::string titles;
+    for (const auto& entity : byline.entities) {
+        titles += entity->title() + ";";
+    }
+    return titles;
+}
+
+} // namespace
+
+TEST(BylineTest, StartsWithItsTextAlone) {
+    const KLByline byline("Featured");
+    EXPECT_EQ(byline.text(), "Featured");
+    EXPECT_EQ(byline.iconUrl, std::nullopt);
+    EXPECT_TRUE(byline.entities.empty());
+}
+
+TEST(BylineParserTest, EveryKeyWithEveryKindOfValue) {
+    Reads bodies = texts();
+    bodies[R"("")"] = fails(insufficient);
+    const Reads mixedLists = {{R"([{"range":[0,1],"title":"a"},1])", ""}, {"[null]", ""}};
+    const std::string icon = "https://i.example/b.png";
+    checkParser<KLBylineParser>(
+        {{"body", R"("Ann")", "Ann", &KLByline::text, bodies, fails(insufficient)},
+         {"entities", R"([{"range":[0,1],"title":"a"}])", "a;", titles, mixedLists, ""},
+         {"iconUrl", '"' + icon + '"', icon, &KLByline::iconUrl, urls(), fails(insufficient)}});
+}
+
+TEST(BylineParserTest, LeavesOutEntitiesThatFail) {
+    const JsonText json(R"({"iconUrl":"b.png","body":"\ud83d\ude02 by ann","entities":[
+        {"range":[5,8],"title":"ann","link":"kelo://user/1"}, {"title":"no range"},
+        {"range":[0,99],"title":"too long"}, {"range":[2,1],"title":"reversed"},
+        {"range":[0,1],"title":"emoji"}]})");
+    const auto made = KLBylineParser().parse(json.object());
+    ASSERT_EQ(titles(*made), "ann;emoji;");
+    EXPECT_EQ(made->entities[0]->range, (Range{6, 3}));
+    EXPECT_EQ(made->entities[0]->applicationLink(), "kelo://user/1");
+    EXPECT_EQ(made->entities[1]->range, (Range{0, 2}));
+}
+
+namespace {
+
+/// Texts as names: each gets its "#".
+Reads tagNames() {
+    Reads names = texts();
+    for (auto& [value, shown] : names) {
+        shown.insert(0, "#");
+    }
+    return names;
+}
+
+} // namespace
+
+static_assert(!std::is_default_constructible_v<KLTag>);
+static_assert(std::is_constructible_v<KLTag, const char*>);
+
+TEST(TagTest, StoresItsNameWithAHash) {
+    const std::tuple<const char*, const char*, const char*> table[] = {
+        {"cats", "#cats", "cats"},
+        {"#cats", "#cats", "cats"},
+        {"##cats", "##cats", "#cats"},
+        {"", "#", ""},
+        {"#", "#", ""},
+        {" #cats", "# #cats", " #cats"},
+        {"c#", "#c#", "c#"},
+        {"\xEF\xBC\x83x", "#\xEF\xBC\x83x", "\xEF\xBC\x83x"},
+    };
+    for (const auto& [given, name, withoutHash] : table) {
+        const KLTag tag("5", given);
+        EXPECT_EQ(tag.tagId(), "5");
+        EXPECT_EQ(tag.name(), name);
+        EXPECT_EQ(tag.nameWithoutHash(), withoutHash);
+        EXPECT_EQ(tag.count, 0);
+    }
+}
+
+TEST(TagTest, OfANameAloneHasNoIdentifier) {
+    const KLTag tag("cats");
+    EXPECT_EQ(tag.tagId(), "");
+    EXPECT_EQ(tag.name(), "#cats");
+    EXPECT_EQ(tag.count, 0);
+}
+
+TEST(TagParserTest, EveryKeyWithEveryKindOfValue) {
+    checkParser<KLTagParser>({
+        {"tag", R"("dogs")", "#dogs", &KLTag::name, tagNames(), fails(insufficient)},
+        {"tagId", "5", "5", &KLTag::tagId, identifiers(), fails(insufficient)},
+        {"postCount", "42", "42", &KLTag::count, integers(), "0"},
+    });
+}
+
+TEST(TagParserTest, TagNameGoesBeforeTag) {
+    checkParser<KLTagParser>({{"tagName", R"("cats")", "#cats", &KLTag::name, tagNames(), "#dogs"}},
+                             R"({"tagId":5,"tag":"dogs")");
+    checkParser<KLTagParser>(
+        {{"tagName", R"("cats")", "#cats", &KLTag::name, tagNames(), fails(insufficient, "tag")}},
+        R"({"tagId":5,"tag":7)");
 }
 
 } // namespace KeloAPI::testing

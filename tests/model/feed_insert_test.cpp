@@ -48,38 +48,30 @@ KeyRule<Model> typeRule(const std::string& type, const std::string& others) {
 } // namespace
 
 TEST(FeedInsertTest, KeepsWhatItWasMadeOf) {
-    const KLFeedInsert insert("r1", true);
-    EXPECT_EQ(insert.reference(), "r1");
-    EXPECT_TRUE(insert.closeable());
-    EXPECT_FALSE(KLFeedInsert("r1", false).closeable());
-}
+    const auto list = std::make_shared<KLPagedData>();
+    const auto expectKept = [&](const auto& mosaic) {
+        EXPECT_EQ(mosaic.title(), "Title");
+        EXPECT_EQ(mosaic.subtitle(), "Description");
+        EXPECT_EQ(mosaic.link(), "kelo://x");
+        EXPECT_EQ(mosaic.reference(), "r1");
+        EXPECT_TRUE(mosaic.closeable());
+    };
+    const KLPostsMosaic posts(list, "Title", "Description", "kelo://x", "r1", true,
+                              KLPostsMosaicType::SmallThumbnails, false);
+    expectKept(posts);
+    EXPECT_EQ(posts.posts(), list);
+    EXPECT_EQ(posts.type(), KLPostsMosaicType::SmallThumbnails);
+    EXPECT_FALSE(posts.pinnable());
+    const KLUserMosaic users(list, "Title", "Description", "kelo://x", "r1", true);
+    expectKept(users);
+    EXPECT_EQ(users.users(), list);
 
-TEST(PostsMosaicTest, KeepsWhatItWasMadeOf) {
-    const auto posts = std::make_shared<KLPagedData>();
-    const KLPostsMosaic mosaic(posts, "Title", "Description", "kelo://x", "r1", true,
-                               KLPostsMosaicType::SmallThumbnails, true);
-    EXPECT_EQ(mosaic.posts(), posts);
-    EXPECT_EQ(mosaic.title(), "Title");
-    EXPECT_EQ(mosaic.subtitle(), "Description");
-    EXPECT_EQ(mosaic.link(), "kelo://x");
-    EXPECT_EQ(mosaic.reference(), "r1");
-    EXPECT_TRUE(mosaic.closeable());
-    EXPECT_EQ(mosaic.type(), KLPostsMosaicType::SmallThumbnails);
-    EXPECT_TRUE(mosaic.pinnable());
-    const KLPostsMosaic other(posts, "", "", "", "", false, KLPostsMosaicType::Unknown, true);
+    const KLPostsMosaic other(list, "", "", "", "", false, KLPostsMosaicType::Unknown, true);
     EXPECT_FALSE(other.closeable());
     EXPECT_TRUE(other.pinnable());
-}
-
-TEST(UserMosaicTest, KeepsWhatItWasMadeOf) {
-    const auto users = std::make_shared<KLPagedData>();
-    const KLUserMosaic mosaic(users, "Title", "Description", "kelo://x", "r1", true);
-    EXPECT_EQ(mosaic.users(), users);
-    EXPECT_EQ(mosaic.title(), "Title");
-    EXPECT_EQ(mosaic.subtitle(), "Description");
-    EXPECT_EQ(mosaic.link(), "kelo://x");
-    EXPECT_EQ(mosaic.reference(), "r1");
-    EXPECT_TRUE(mosaic.closeable());
+    EXPECT_EQ(KLFeedInsert("r1", true).reference(), "r1");
+    EXPECT_TRUE(KLFeedInsert("r1", true).closeable());
+    EXPECT_FALSE(KLFeedInsert("r1", false).closeable());
 }
 
 TEST(MosaicDeathTest, WithoutAListStopsTheProcess) {

@@ -59,15 +59,7 @@ TEST(PagedDataParserTest, WithoutAListOfObjectsTheListIsEmpty) {
 }
 
 TEST(PagedDataParserTest, AParserOfABaseClassIsNotSliced) {
-    struct Louder final : NamedParser {
-        std::shared_ptr<Named> parse(const JsonObject& json) const override {
-            auto named = NamedParser::parse(json);
-            named->name += "!";
-            return named;
-        }
-    };
-    const std::shared_ptr<NamedParser> items = std::make_shared<Louder>();
-    const KLPagedDataParser<NamedParser> parser(items);
+    const KLPagedDataParser<NamedParser> parser(std::make_shared<LouderParser>());
     EXPECT_EQ(names(*parser.parse(JsonText(R"({"records":[{"name":"a"}]})").object())),
               std::vector<std::string>{"a!"});
 }

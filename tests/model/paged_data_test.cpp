@@ -24,21 +24,6 @@ std::shared_ptr<KLPagingMetadata> elementsMetadata(const std::string& json) {
     return std::make_shared<KLPagingMetadata>(JsonText(json).object());
 }
 
-/// How often a list moves to new room while `grow(list, page)` adds a thousand pages.
-template <class Grow>
-int movesToNewRoom(Grow grow) {
-    const KLPagedData page(elements(20));
-    KLPagedData list;
-    int moves = 0;
-    for (int i = 0; i < 1000; ++i) {
-        const auto* const before = list.data().data();
-        grow(list, page);
-        moves += list.data().data() != before ? 1 : 0;
-    }
-    EXPECT_EQ(list.count(), 20'000);
-    return moves;
-}
-
 KLPagedData::Elements joined(KLPagedData::Elements a, const KLPagedData::Elements& b) {
     a.insert(a.end(), b.begin(), b.end());
     return a;
@@ -50,26 +35,21 @@ static_assert(!std::is_copy_constructible_v<KLPagedData>);
 static_assert(
     std::is_constructible_v<KLPagedData, KLPagedData::Elements, std::shared_ptr<KLPagingMetadata>>);
 
-TEST(PagedDataTest, IsEmptyByDefault) {
-    const KLPagedData list;
-    EXPECT_EQ(list.count(), 0);
-    EXPECT_EQ(list.startIndex(), 0);
-    EXPECT_EQ(list.endIndex(), 0);
-    EXPECT_TRUE(list.begin() == list.end());
-    EXPECT_EQ(list.metadata()->count(), 0);
-    EXPECT_FALSE(list.hasNextPage());
-}
-
 TEST(PagedDataTest, OfElementsCountsThemAndKnowsNoMore) {
-    const auto three = elements(3);
-    const KLPagedData list(three);
-    EXPECT_EQ(list.count(), 3);
-    EXPECT_EQ(list.endIndex(), 3);
-    EXPECT_EQ(list.metadata()->count(), 3);
-    EXPECT_FALSE(list.hasNextPage());
-    EXPECT_EQ(list.metadata()->pageSize(), 0);
-    EXPECT_EQ(list.metadata()->anchor(), std::nullopt);
-    EXPECT_EQ(KLPagedData::Elements(list.begin(), list.end()), three);
+    for (const int count : {0, 3}) {
+        const auto given = elements(count);
+        const KLPagedData list(given);
+        EXPECT_EQ(list.count(), count);
+        EXPECT_EQ(list.startIndex(), 0);
+        EXPECT_EQ(list.endIndex(), count);
+        EXPECT_EQ(list.metadata()->count(), count);
+        EXPECT_FALSE(list.hasNextPage());
+        EXPECT_EQ(list.metadata()->pageSize(), 0);
+        EXPECT_EQ(list.metadata()->anchor(), std::nullopt);
+        EXPECT_EQ(KLPagedData::Elements(list.begin(), list.end()), given);
+    }
+    EXPECT_EQ(KLPagedData().metadata()->count(), 0);
+    EXPECT_EQ(KLPagedData().count(), 0);
 }
 
 TEST(PagedDataTest, StoresElementsAndMetadataAsGiven) {
@@ -101,46 +81,25 @@ TEST(PagedDataTest, HasANextPageWhereItsNumberIsAboveZero) {
     }
 }
 
-TEST(PagedDataTest, ReadsAndReplacesElementsByIndex) {
-    const auto three = elements(3);
-    KLPagedData list(three);
-    EXPECT_EQ(list[0], three[0]);
-    EXPECT_EQ(list.objectAtIndex(2), three[2]);
-    const auto other = std::make_shared<Named>("other");
-    list[1] = other;
-    EXPECT_EQ(list.objectAtIndex(1), other);
-    EXPECT_EQ(list.count(), 3);
-    EXPECT_EQ(list.metadata()->count(), 3);
-}
-
-TEST(PagedDataTest, InsertsAtEveryPlace) {
-    const auto parts = elements(4);
+TEST(PagedDataTest, ReadsReplacesInsertsAndRemovesAtEveryPlace) {
+    const auto parts = elements(5);
     KLPagedData list({parts[1]});
+    const auto expectParts = [&](const KLPagedData::Elements& expected) {
+        EXPECT_EQ(list.data(), expected);
+        EXPECT_EQ(list.metadata()->count(), list.count());
+    };
     list.insert(parts[0], 0);
     list.insertObject(parts[3], 2);
     list.insert(parts[2], 2);
-    EXPECT_EQ(list.data(), parts);
-    EXPECT_EQ(list.metadata()->count(), 4);
-}
-
-TEST(PagedDataTest, AppendsBehindTheLast) {
-    const auto parts = elements(2);
-    KLPagedData list;
-    list.append(parts[0]);
-    list.addObject(parts[1]);
-    EXPECT_EQ(list.data(), parts);
-    EXPECT_EQ(list.metadata()->count(), 2);
-    list.append(list[0]);
-    EXPECT_EQ(list[2], parts[0]) << "an element of its own";
-}
-
-TEST(PagedDataTest, RemovesByIndex) {
-    const auto parts = elements(3);
-    KLPagedData list(parts);
-    EXPECT_EQ(list.removeAtIndex(1), parts[1]);
-    EXPECT_EQ(list.removeObjectAtIndex(1), parts[2]);
-    EXPECT_EQ(list.data(), KLPagedData::Elements{parts[0]});
-    EXPECT_EQ(list.metadata()->count(), 1);
+    list.append(parts[4]);
+    list.addObject(list[0]); // an element of its own
+    expectParts({parts[0], parts[1], parts[2], parts[3], parts[4], parts[0]});
+    EXPECT_EQ(list.objectAtIndex(2), parts[2]);
+    list[1] = parts[4];
+    EXPECT_EQ(list.objectAtIndex(1), parts[4]);
+    EXPECT_EQ(list.removeAtIndex(2), parts[2]);
+    EXPECT_EQ(list.removeObjectAtIndex(4), parts[0]);
+    expectParts({parts[0], parts[4], parts[3], parts[4]});
 }
 
 TEST(PagedDataTest, ACountOfZeroStaysThereWhenAnElementGoes) {
@@ -190,7 +149,7 @@ TEST(PagedDataTest, ListsThatShareTheirMetadataSeeEachOthersCounts) {
     EXPECT_EQ(page.count(), 2);
 }
 
-TEST(PagedDataTest, AppendedToItselfItDoubles) {
+TEST(PagedDataTest, AppendedOrPrependedToItselfItDoubles) {
     const auto three = elements(3);
     KLPagedData list(three, elementsMetadata(R"({"count":9,"nextPage":2})"));
     const auto before = list.metadata();
@@ -198,6 +157,9 @@ TEST(PagedDataTest, AppendedToItselfItDoubles) {
     EXPECT_EQ(list.data(), joined(three, three));
     EXPECT_EQ(list.metadata(), before);
     EXPECT_EQ(list.metadata()->count(), 9);
+    list.prependPagedData(list);
+    EXPECT_EQ(list.data(), joined(joined(three, three), joined(three, three)));
+    EXPECT_EQ(list.metadata()->count(), 12);
 }
 
 TEST(PagedDataTest, AddingNothingDoesNothing) {
@@ -229,21 +191,19 @@ TEST(PagedDataTest, PrependingAPageMergesAndRecounts) {
     EXPECT_EQ(page.count(), 5);
 }
 
-TEST(PagedDataTest, PrependedToItselfItDoublesToo) {
-    const auto two = elements(2);
-    KLPagedData list(two);
-    list.prependPagedData(list);
-    EXPECT_EQ(list.data(), joined(two, two));
-    EXPECT_EQ(list.metadata()->count(), 4);
-}
-
 TEST(PagedDataTest, DoesNotMoveToNewRoomWithEveryPage) {
-    EXPECT_LE(movesToNewRoom(
-                  [](KLPagedData& list, const KLPagedData& page) { list.appendPagedData(page); }),
-              20);
-    EXPECT_LE(movesToNewRoom(
-                  [](KLPagedData& list, const KLPagedData& page) { list.prependPagedData(page); }),
-              20);
+    const KLPagedData page(elements(20));
+    for (const auto grow : {&KLPagedData::appendPagedData, &KLPagedData::prependPagedData}) {
+        KLPagedData list;
+        int moves = 0;
+        for (int i = 0; i < 1000; ++i) {
+            const auto* const before = list.data().data();
+            (list.*grow)(page);
+            moves += list.data().data() != before ? 1 : 0;
+        }
+        EXPECT_EQ(list.count(), 20'000);
+        EXPECT_LE(moves, 20);
+    }
 }
 
 TEST(PagedDataTest, ACopySharesTheElementsOnly) {

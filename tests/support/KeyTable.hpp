@@ -1,6 +1,7 @@
 #pragma once
 
 #include "support/JsonText.hpp"
+#include "support/Words.hpp"
 
 #include <KeloAPI/base/Date.hpp>
 #include <KeloAPI/base/Number.hpp>
@@ -69,44 +70,27 @@ std::string shown(const std::optional<T>& value) {
 
 /// Every value that a key is tried with: the key missing, null, and some of each other kind.
 inline const std::vector<std::string>& triedValues() {
-    static const std::vector<std::string> values = {"",
-                                                    "null",
-                                                    "true",
-                                                    "false",
-                                                    "0",
-                                                    "7",
-                                                    "-3",
-                                                    "2.5",
-                                                    "1e300",
-                                                    "18446744073709551615",
-                                                    R"("")",
-                                                    R"("text")",
-                                                    R"("7")",
-                                                    R"("true")",
-                                                    R"("a b")",
-                                                    R"("https://media.example/x?y=%20")",
-                                                    R"("2015-03-01T12:30:05.250")",
-                                                    R"("2015-02-30T12:30:05.250")",
-                                                    "[]",
-                                                    R"(["text"])",
-                                                    "[1,2]",
-                                                    "[{}]",
-                                                    "{}",
-                                                    R"({"text":"text"})"};
+    static const std::vector<std::string> values = [] {
+        auto tried = wordsOf(R"x(null true false 0 7 -3 2.5 1e300 18446744073709551615
+            "" "text" "7" "true" "https://media.example/x?y=%20"
+            "2015-03-01T12:30:05.250" "2015-02-30T12:30:05.250"
+            [] ["text"] [1,2] [{}] {} {"text":"text"})x");
+        tried.insert(tried.end(), {"", R"("a b")"});
+        return tried;
+    }();
     return values;
 }
 
 // What the tried values show where a key is read as this kind. A value that is not listed is of
 // another kind.
 inline Reads texts() {
-    return {{R"("")", ""},
-            {R"("text")", "text"},
-            {R"("7")", "7"},
-            {R"("true")", "true"},
-            {R"("a b")", "a b"},
-            {R"("https://media.example/x?y=%20")", "https://media.example/x?y=%20"},
-            {R"("2015-03-01T12:30:05.250")", "2015-03-01T12:30:05.250"},
-            {R"("2015-02-30T12:30:05.250")", "2015-02-30T12:30:05.250"}};
+    Reads reads;
+    for (const std::string& value : triedValues()) {
+        if (value.starts_with('"')) {
+            reads[value] = value.substr(1, value.size() - 2);
+        }
+    }
+    return reads;
 }
 inline Reads numberTexts() {
     return {{"true", "1"},       {"false", "0"},
@@ -120,25 +104,22 @@ inline Reads identifiers() {
     return both;
 }
 inline Reads flags() {
-    return {
-        {"true", "true"}, {"false", "false"}, {"0", "false"},    {"7", "true"},
-        {"-3", "true"},   {"2.5", "true"},    {"1e300", "true"}, {"18446744073709551615", "true"}};
+    Reads reads = numberTexts();
+    for (auto& [value, shown] : reads) {
+        shown = shown == "0" ? "false" : "true";
+    }
+    return reads;
 }
 inline Reads integers() {
-    return {{"true", "1"},
-            {"false", "0"},
-            {"0", "0"},
-            {"7", "7"},
-            {"-3", "-3"},
-            {"2.5", "2"},
-            {"1e300", "9223372036854775807"},
-            {"18446744073709551615", "9223372036854775807"}};
+    Reads reads = numberTexts();
+    reads["2.5"] = "2";
+    reads["1e300"] = reads["18446744073709551615"] = "9223372036854775807";
+    return reads;
 }
 inline Reads reals() {
-    return {{"true", "1"},       {"false", "0"},
-            {"0", "0"},          {"7", "7"},
-            {"-3", "-3"},        {"2.5", "2.5"},
-            {"1e300", "1e+300"}, {"18446744073709551615", shown(18446744073709551615.0)}};
+    Reads reads = numberTexts();
+    reads["18446744073709551615"] = shown(18446744073709551615.0);
+    return reads;
 }
 inline Reads urls() {
     return {{R"("text")", "text"},

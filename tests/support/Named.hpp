@@ -36,4 +36,13 @@ public:
     mutable int count = 0;
 };
 
+/// Makes the name louder: which of the two has parsed is to be seen.
+struct LouderParser final : NamedParser {
+    std::shared_ptr<Named> parse(const JsonObject& json) const override {
+        auto named = NamedParser::parse(json);
+        named->name += "!";
+        return named;
+    }
+};
+
 } // namespace KeloAPI::testing
