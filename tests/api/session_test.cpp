@@ -27,10 +27,8 @@ protected:
 };
 
 static_assert(!std::is_default_constructible_v<Session>);
-static_assert(std::is_constructible_v<Session, SessionType>);
 static_assert(Session::certificatePinningEnabled);
 static_assert(!std::is_default_constructible_v<Certificates>);
-static_assert(std::is_invocable_v<decltype(Certificates::chain)>);
 
 TEST_F(SessionTest, WithoutADelegateOrItsAnswersHasTheDefaults) {
     for (const auto& asked : {std::shared_ptr<RecordingDelegate>(), delegate}) {
@@ -44,28 +42,6 @@ TEST_F(SessionTest, WithoutADelegateOrItsAnswersHasTheDefaults) {
         EXPECT_EQ(session->keloClient(), std::nullopt);
         EXPECT_FALSE(session->polling());
     }
-}
-
-TEST_F(SessionTest, AsksItsDelegateAnewAtEveryCall) {
-    session->setDelegate(delegate);
-    delegate->host = "one.example";
-    delegate->schema = "";
-    delegate->sessionKey = "key";
-    delegate->acceptLanguage = "fi";
-    delegate->userAgent = "";
-    delegate->keloClient = "client";
-    delegate->polling = true;
-    EXPECT_EQ(session->host(), "one.example");
-    EXPECT_EQ(session->schema(), "");
-    EXPECT_EQ(session->sessionId(), "key");
-    EXPECT_EQ(session->acceptLanguage(), "fi");
-    EXPECT_EQ(session->userAgent(), "");
-    EXPECT_EQ(session->keloClient(), "client");
-    EXPECT_TRUE(session->polling());
-    delegate->host = "two.example";
-    delegate->polling = false;
-    EXPECT_EQ(session->host(), "two.example");
-    EXPECT_FALSE(session->polling());
     EXPECT_EQ(delegate->askedBy.back(), session.get());
 }
 

@@ -67,16 +67,6 @@ TEST(JsonLimitsTest, DoublesReadLikeTheSystemsOwn) {
     }
 }
 
-TEST(JsonLimitsTest, RefusesLargeNumbersThatAreMalformed) {
-    for (const std::string text :
-         {"1e400a", "01e400", "1e400.5", "-01e400", "1.e400", "1e400 1", "+1e400", "--1e400",
-          "1e400-1", "1e400\"\"", "true1e400", "018446744073709551616", "18446744073709551616x",
-          "18446744073709551616 0", "18446744073709551616[]", "- 18446744073709551616"}) {
-        EXPECT_FALSE(JsonDocument::parse("[" + text + "]")) << text;
-        EXPECT_FALSE(JsonDocument::parse(text)) << text;
-    }
-}
-
 TEST(JsonLimitsTest, ASurrogateAloneIsReplaced) {
     const JsonText json(R"({"\uD800":"a\uDFFFb","pair":"\uD83D\uD83D\uDE00\ude00",
                             "escaped":"\\uD800\\\ud800\\","number":1e400})");

@@ -13,14 +13,8 @@
 namespace KeloAPI::testing {
 
 static_assert(!std::is_default_constructible_v<KLFeedInsert>);
-static_assert(std::is_constructible_v<KLFeedInsert, const char*, bool>);
 static_assert(!std::is_default_constructible_v<KLPostsMosaic>);
-static_assert(
-    std::is_constructible_v<KLPostsMosaic, std::shared_ptr<KLPagedData>, const char*, const char*,
-                            const char*, const char*, bool, KLPostsMosaicType, bool>);
 static_assert(!std::is_default_constructible_v<KLUserMosaic>);
-static_assert(std::is_constructible_v<KLUserMosaic, std::shared_ptr<KLPagedData>, const char*,
-                                      const char*, const char*, const char*, bool>);
 static_assert(!std::is_default_constructible_v<KLUrlAction>);
 static_assert(std::is_constructible_v<KLUrlAction, const char*, const char*, const char*, URL, bool,
                                       std::nullopt_t, std::nullopt_t, std::nullopt_t,

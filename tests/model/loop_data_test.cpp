@@ -12,7 +12,6 @@ namespace KeloAPI::testing {
 using namespace std::chrono_literals;
 
 static_assert(!std::is_default_constructible_v<LoopData>);
-static_assert(std::is_constructible_v<LoopData, Number, Number>);
 
 namespace {
 

@@ -32,8 +32,6 @@ KLPagedData::Elements joined(KLPagedData::Elements a, const KLPagedData::Element
 } // namespace
 
 static_assert(!std::is_copy_constructible_v<KLPagedData>);
-static_assert(
-    std::is_constructible_v<KLPagedData, KLPagedData::Elements, std::shared_ptr<KLPagingMetadata>>);
 
 TEST(PagedDataTest, OfElementsCountsThemAndKnowsNoMore) {
     for (const int count : {0, 3}) {

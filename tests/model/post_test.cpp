@@ -14,9 +14,7 @@ namespace KeloAPI::testing {
 
 static_assert(!std::is_copy_constructible_v<KLWatchPost> &&
               !std::is_copy_assignable_v<KLWatchPost>);
-static_assert(std::is_default_constructible_v<KLWatchPost>);
 static_assert(!std::is_default_constructible_v<PostThumbnail>);
-static_assert(std::is_constructible_v<PostThumbnail, URL, int, int>);
 
 namespace {
 

@@ -10,7 +10,6 @@
 namespace KeloAPI::testing {
 
 static_assert(!std::is_default_constructible_v<KLVenue>);
-static_assert(std::is_constructible_v<KLVenue, const char*, const char*>);
 static_assert(!std::is_default_constructible_v<KLVenueCategory>);
 static_assert(std::is_constructible_v<KLVenueCategory, const char*, const char*>);
 

@@ -1,3 +1,5 @@
+#include "support/TimeLimit.hpp"
+
 #include <KeloAPI/queues/MainQueue.hpp>
 
 #include <gmock/gmock.h>
@@ -15,6 +17,8 @@
 #include <type_traits>
 
 namespace KeloAPI {
+
+using testing::timeLimit;
 
 using ::testing::ElementsAre;
 using namespace std::chrono_literals;
@@ -137,10 +141,10 @@ TEST_F(MainQueueTest, RunUntilAsksAfterEachBatch) {
     for (int i = 1; i <= 3; ++i) {
         queue.async(note(i));
     }
-    EXPECT_TRUE(queue.runUntil([this] { return ran.size() >= 2; }, 10s));
+    EXPECT_TRUE(queue.runUntil([this] { return ran.size() >= 2; }, timeLimit));
     EXPECT_THAT(ran, ElementsAre(1, 2, 3));
     queue.async(note(4));
-    EXPECT_TRUE(queue.runUntil([] { return true; }, 10s)) << "true already: nothing runs";
+    EXPECT_TRUE(queue.runUntil([] { return true; }, timeLimit)) << "true already: nothing runs";
     EXPECT_EQ(ran.size(), 3U);
 }
 
@@ -247,7 +251,7 @@ TEST_F(MainQueueTest, APollLoopIsWokenByAnotherThread) {
             queue.async([&] { ++count; });
         }
     });
-    while (count < 200 && readable(20s)) {
+    while (count < 200 && readable(timeLimit)) {
         queue.drain();
     }
     other.join();

@@ -13,15 +13,15 @@
 
 namespace KeloAPI {
 
-namespace {
+using testing::timeLimit;
 
-constexpr std::chrono::seconds soon(20);
+namespace {
 
 /// Waits until the tasks posted so far have run.
 void flush(SerialQueue& queue) {
     std::promise<void> done;
     queue.async([&] { done.set_value(); });
-    ASSERT_EQ(done.get_future().wait_for(soon), std::future_status::ready);
+    ASSERT_EQ(done.get_future().wait_for(timeLimit), std::future_status::ready);
 }
 
 } // namespace
@@ -46,8 +46,9 @@ TEST(SerialQueueDeathTest, TasksWaitForAThread) {
                 }
             }
             const bool opened = queue.open();
-            std::exit(
-                opened && waited.get_future().wait_for(soon) == std::future_status::ready ? 0 : 2);
+            std::exit(opened && waited.get_future().wait_for(timeLimit) == std::future_status::ready
+                          ? 0
+                          : 2);
         },
         ::testing::ExitedWithCode(0), "");
 }
@@ -87,7 +88,7 @@ TEST(SerialQueueTest, TasksThatArePostedStillRunWhenItGoes) {
     EXPECT_EQ(count, 0) << "the end of the queue does not wait for its tasks";
     hold.set_value();
     auto result = done.get_future();
-    ASSERT_EQ(result.wait_for(soon), std::future_status::ready);
+    ASSERT_EQ(result.wait_for(timeLimit), std::future_status::ready);
     EXPECT_EQ(result.get(), 10);
 }
 
@@ -100,7 +101,7 @@ TEST(SerialQueueTest, MayGoInsideOneOfItsTasks) {
     });
     const std::weak_ptr<SerialQueue> watch = queue;
     queue.reset();
-    ASSERT_EQ(done.get_future().wait_for(soon), std::future_status::ready);
+    ASSERT_EQ(done.get_future().wait_for(timeLimit), std::future_status::ready);
     EXPECT_TRUE(watch.expired());
 }
 
@@ -121,7 +122,7 @@ TEST(SerialQueueTest, MayGoWithTheCaptureOfItsLastTask) {
         queue.reset();
         raw->async([owner = std::move(owner)] {});
     }
-    ASSERT_EQ(result.wait_for(soon), std::future_status::ready);
+    ASSERT_EQ(result.wait_for(timeLimit), std::future_status::ready);
     EXPECT_NE(result.get(), std::this_thread::get_id());
 }
 

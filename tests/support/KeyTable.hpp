@@ -217,68 +217,53 @@ std::string failureOf(const std::string& json) {
     return parsed(parseWith<P>(), json).second;
 }
 
-/// Tries each key with every value while the others stand as they should, once all of them and once
-/// only those that are required. A record is its members between `before` and `after`.
+/// Makes a model of the keys' values and looks at its properties, or at how that fails. A record is
+/// its members between `before` and `after`. One key is tried with a value; the others stand as
+/// they should, all of them or only those that are required.
 template <class Model>
-class KeyTable {
-public:
-    KeyTable(Parse<Model> parse, KeyRules<Model> rules, std::string before, std::string after)
-        : _parse(std::move(parse))
-        , _rules(std::move(rules))
-        , _before(std::move(before))
-        , _after(std::move(after)) {}
-
-    void check() const {
-        for (const bool all : {true, false}) {
-            check(all, nullptr, "");
-            for (const auto& rule : _rules) {
-                for (const auto& value : rule.values()) {
-                    check(all, &rule, value);
-                }
-            }
+void checkRecord(const Parse<Model>& parse, const KeyRules<Model>& rules, const std::string& before,
+                 const std::string& after, bool all, const KeyRule<Model>* tried,
+                 const std::string& value) {
+    std::map<std::string, std::string> values;
+    std::string json = before;
+    for (const auto& rule : rules) {
+        const std::string own = all || rule.required() ? rule.value : "";
+        const std::string& text = values[rule.key] = &rule == tried ? value : own;
+        if (!text.empty()) {
+            json += (json.ends_with('{') ? "\"" : ",\"") + rule.key + "\":" + text;
         }
     }
-
-private:
-    void check(bool all, const KeyRule<Model>* tried, const std::string& value) const {
-        std::map<std::string, std::string> values;
-        std::string json = _before;
-        for (const auto& rule : _rules) {
-            const std::string own = all || rule.required() ? rule.value : "";
-            const std::string& text = values[rule.key] = &rule == tried ? value : own;
-            if (!text.empty()) {
-                json += (json.ends_with('{') ? "\"" : ",\"") + rule.key + "\":" + text;
-            }
-        }
-        json += _after;
-        const auto [model, failure] = parsed(_parse, json);
-        const std::string expected = tried == nullptr ? "" : tried->expected(value);
-        if (KeyRule<Model>::isFailure(expected)) {
-            EXPECT_EQ(failure, expected) << json;
-            return;
-        }
-        ASSERT_EQ(failure, "") << json;
-        for (const auto& rule : _rules) {
-            EXPECT_EQ(rule.property(*model), rule.expected(values[rule.key]))
-                << rule.key << " of " << json;
-        }
+    json += after;
+    const auto [model, failure] = parsed(parse, json);
+    const std::string expected = tried == nullptr ? "" : tried->expected(value);
+    if (KeyRule<Model>::isFailure(expected)) {
+        EXPECT_EQ(failure, expected) << json;
+        return;
     }
+    ASSERT_EQ(failure, "") << json;
+    for (const auto& rule : rules) {
+        EXPECT_EQ(rule.property(*model), rule.expected(values[rule.key]))
+            << rule.key << " of " << json;
+    }
+}
 
-    Parse<Model> _parse;
-    KeyRules<Model> _rules;
-    std::string _before;
-    std::string _after;
-};
-
+/// Tries each key with every value.
 template <class Model>
 void checkKeys(const Parse<Model>& parse, const KeyRules<Model>& rules,
                const std::string& before = "{", const std::string& after = "}") {
-    KeyTable<Model>(parse, rules, before, after).check();
+    for (const bool all : {true, false}) {
+        checkRecord<Model>(parse, rules, before, after, all, nullptr, "");
+        for (const auto& rule : rules) {
+            for (const auto& value : rule.values()) {
+                checkRecord(parse, rules, before, after, all, &rule, value);
+            }
+        }
+    }
 }
 template <class P>
 void checkParser(const KeyRules<typename P::T>& rules, const std::string& before = "{",
                  const std::string& after = "}") {
-    KeyTable<typename P::T>(parseWith<P>(), rules, before, after).check();
+    checkKeys(parseWith<P>(), rules, before, after);
 }
 
 } // namespace KeloAPI::testing

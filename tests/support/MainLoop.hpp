@@ -5,7 +5,6 @@
 #include <KeloAPI/queues/MainQueue.hpp>
 
 #include <functional>
-#include <thread>
 
 namespace KeloAPI::testing {
 
@@ -25,11 +24,7 @@ inline bool runUntil(const std::function<bool()>& done,
 /// Waits, without running the main queue, for what comes about with no event to wait for; false
 /// when that takes too long.
 inline bool comesAbout(const std::function<bool()>& done) {
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    while (!done() && std::chrono::steady_clock::now() < limit) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    return done();
+    return eventually(done);
 }
 
 /// Runs the main queue for a while, to see that nothing more comes.

@@ -66,7 +66,7 @@ std::string StandIn::send(const std::string& method, const std::string& path,
     curl_easy_setopt(easy, CURLOPT_SSL_VERIFYPEER, 0L);
     curl_easy_setopt(easy, CURLOPT_SSL_VERIFYHOST, 0L);
     curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(easy, CURLOPT_TIMEOUT, 20L);
+    curl_easy_setopt(easy, CURLOPT_TIMEOUT, static_cast<long>(timeLimit.count()));
     curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, method.c_str());
     if (!body.empty()) {
         curl_easy_setopt(easy, CURLOPT_COPYPOSTFIELDS, body.c_str());
