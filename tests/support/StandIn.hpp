@@ -37,7 +37,6 @@ public:
     /// The session key of the seeded user who is signed in from the start.
     static constexpr const char* sessionKey = "kelo-development-session";
     static constexpr const char* username = "mara";
-    static constexpr const char* password = "loop-the-loop";
 
     explicit StandIn(const std::vector<std::string>& arguments = {});
 
