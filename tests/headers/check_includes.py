@@ -11,6 +11,7 @@ FOLDER is KeloAPI/. Prints one line for each fault and ends with 1 when there is
 - libcurl and OpenSSL are the business of the room curl alone;
 - KeloAPI.hpp includes every public header but async.hpp, which no other includes.
 """
+import graphlib
 import re
 import sys
 from pathlib import Path
@@ -59,26 +60,10 @@ def points_downwards(source, target):
 
 def circle(graph):
     """A circle in the graph as a list of names, or none."""
-    done, path = set(), []
-
-    def visit(name):
-        if name in path:
-            return path[path.index(name):] + [name]
-        if name in done:
-            return None
-        path.append(name)
-        for target in graph.get(name, ()):
-            found = visit(target)
-            if found:
-                return found
-        path.pop()
-        done.add(name)
-        return None
-
-    for name in sorted(graph):
-        found = visit(name)
-        if found:
-            return found
+    try:
+        graphlib.TopologicalSorter(graph).prepare()
+    except graphlib.CycleError as error:
+        return error.args[1]
     return None
 
 
