@@ -1,11 +1,15 @@
 #include "PropertyListFile.hpp"
 #include "PropertyListText.hpp"
+#include "support/TemporaryFolder.hpp"
+#include "support/Words.hpp"
 
 #include <KeloAPI/archive/internal/BinaryPropertyList.hpp>
+#include <KeloAPI/archive/internal/UTF16.hpp>
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 
 namespace KeloAPI {
@@ -249,6 +253,79 @@ TEST(BinaryPropertyListTest, RefusesAListWithoutItsRootOrValues) {
 TEST(BinaryPropertyListTest, WritesReplacementsForWhatIsNoUTF8) {
     EXPECT_EQ(written(std::string("a\xFF")), bytesOf("62 00 61 FF FD"));
     EXPECT_EQ(written(std::string("\xED\xA0\x80")), bytesOf("63 FF FD FF FD FF FD"));
+}
+
+namespace {
+
+bool runOracle(const std::string& verb, const testing::TemporaryFolder& folder) {
+    return std::system((KELO_PLISTLIB_ORACLE " " + verb + " '" + folder.path() + "'").c_str()) == 0;
+}
+
+} // namespace
+
+TEST(PlistlibTest, ReadsWhatWeWriteAndWritesWhatWeRead) {
+    const testing::TemporaryFolder folder;
+    ASSERT_TRUE(runOracle("write", folder));
+    int count = 0;
+    for (const std::string& name : folder.names()) {
+        if (name.ends_with(".plist")) {
+            const std::string stem = name.substr(0, name.size() - 6);
+            const auto list = PropertyListFile::read(folder.read(name));
+            ASSERT_TRUE(list) << stem;
+            EXPECT_EQ(PropertyListText::of(*list), folder.read(stem + ".text"));
+            folder.write(stem + ".again", BinaryPropertyList::write(*list));
+            ++count;
+        }
+    }
+    EXPECT_EQ(count, 306);
+    EXPECT_TRUE(runOracle("read", folder));
+}
+
+namespace {
+
+bool isSurrogate(char32_t point) {
+    return point >= 0xD800 && point <= 0xDFFF;
+}
+
+} // namespace
+
+TEST(UTF16Test, ConvertsEveryCodePointThereAndBack) {
+    for (char32_t point = 0; point <= 0x10FFFF; ++point) {
+        const std::string text = testing::utf8Of(point);
+        ASSERT_EQ(isUTF8(text), !isSurrogate(point)) << static_cast<std::uint32_t>(point);
+        if (isSurrogate(point)) {
+            EXPECT_EQ(utf16(text), u"\uFFFD\uFFFD\uFFFD");
+            EXPECT_FALSE(utf8(std::u16string(1, static_cast<char16_t>(point))));
+            continue;
+        }
+        ASSERT_EQ(utf16(text).size(), point < 0x10000 ? 1U : 2U);
+        ASSERT_EQ(utf8(utf16(text)), text) << static_cast<std::uint32_t>(point);
+    }
+}
+
+TEST(UTF16Test, ReplacesEachByteThatBelongsToNoCharacter) {
+    const std::pair<std::string, std::u16string> table[] = {
+        {"a\x80z", u"a\uFFFDz"},
+        {"\xC3", u"\uFFFD"},
+        {"\xC3z", u"\uFFFDz"},
+        {"\xC0\x80", u"\uFFFD\uFFFD"},
+        {"\xFF\u00e9", u"\uFFFD\u00e9"},
+        {"\xE0\x80\x80", u"\uFFFD\uFFFD\uFFFD"},
+        {"\xF0\x9F\x98", u"\uFFFD\uFFFD\uFFFD"},
+        {"\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD"}};
+    for (const auto& [text, expected] : table) {
+        EXPECT_EQ(utf16(text), expected);
+        EXPECT_FALSE(isUTF8(text));
+    }
+}
+
+TEST(UTF16Test, RefusesSurrogatesAlone) {
+    EXPECT_FALSE(utf8(std::u16string{0xD83D}));
+    EXPECT_FALSE(utf8(std::u16string{0xDE00}));
+    EXPECT_FALSE(utf8(std::u16string{0xDE00, 0xD83D}));
+    EXPECT_FALSE(utf8(std::u16string{0xD83D, u'a'}));
+    EXPECT_EQ(utf8(std::u16string{0xD83D, 0xDE00}), "\U0001F600");
+    EXPECT_EQ(utf8(std::u16string{0}), std::string(1, '\0'));
 }
 
 } // namespace KeloAPI

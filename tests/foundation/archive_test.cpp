@@ -1,28 +1,91 @@
-#include "foundation/FoundationArchive.hpp"
 #include "support/ArchivedModels.hpp"
+#include "support/ModelArchives.hpp"
+#include "support/TemporaryFolder.hpp"
+
+#include <KeloAPI/base/Data.hpp>
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <limits>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
 
-namespace KeloAPI {
-
-using testing::Everything;
-using testing::FoundationArchive;
-using testing::Node;
-using testing::objectsOf;
-using testing::referenceDate;
-using testing::SpecialNode;
-
-namespace {
+namespace KeloAPI::testing {
 
 using namespace std::chrono_literals;
+
+/// A real Foundation's archives. The languages of objects and classes stand at the head of
+/// foundation-archive.m. What it refuses is thrown with its own words.
+class FoundationArchive {
+public:
+    /// The archive that it writes of `objects`.
+    static Data write(const std::string& objects) {
+        const TemporaryFolder folder;
+        run(folder, "write", objects);
+        return Data(folder.read("archive"));
+    }
+
+    /// What it reads in an archive that has objects of these classes.
+    static std::string read(const Data& archive, const std::string& classes) {
+        const TemporaryFolder folder;
+        folder.write("archive", std::string(archive.text()));
+        run(folder, "read", classes);
+        return folder.read("output");
+    }
+
+private:
+    static void run(const TemporaryFolder& folder, const std::string& verb,
+                    const std::string& input) {
+        folder.write("input", input);
+        const std::string command = "'" KELO_FOUNDATION_ARCHIVE "' " + verb + " '" +
+                                    folder.path("archive") + "' <'" + folder.path("input") +
+                                    "' >'" + folder.path("output") + "' 2>'" +
+                                    folder.path("errors") + "'";
+        if (std::system(command.c_str()) != 0) {
+            throw std::runtime_error(folder.read("errors"));
+        }
+    }
+};
+
+/// An object as its class's name and the values of its entries.
+using ObjectLines = std::pair<std::string, std::vector<std::string>>;
+
+/// Objects in that language, the first one with the number 1. What entries they have, and of which
+/// kinds, is said in `classes`.
+inline std::string objectsOf(const std::string& classes, const std::vector<ObjectLines>& objects) {
+    std::string lines;
+    int number = 0;
+    for (const auto& [name, values] : objects) {
+        lines += "object " + std::to_string(++number) + " " + name + "\n";
+        std::istringstream description(classes);
+        std::string line;
+        while (std::getline(description, line) && line != "class " + name) {
+        }
+        for (const std::string& value : values) {
+            std::getline(description, line);
+            lines += line + " " + value + "\n";
+        }
+    }
+    return lines;
+}
+
+/// As a range is archived.
+inline const std::string rangeClass = "class NSValue\n"
+                                      "int64 NS.special\n"
+                                      "number NS.rangeval.length\n"
+                                      "number NS.rangeval.location\n";
+
+namespace {
 
 const std::string everythingClass = "class Everything\n"
                                     "text text\nurl url\ndate date\nnumber number\n"
                                     "object range\nint64 integer\ndouble real\nbool flag\n"
                                     "object other\n" +
-                                    testing::rangeClass;
+                                    rangeClass;
 
 const std::string nodeClass = "class Node\ntext name\nobject left\nobject right\n";
 
@@ -171,7 +234,7 @@ TEST(FoundationTest, AgreesOnGraphsOfObjects) {
 
 TEST(FoundationTest, AgreesOnAChainOfManyObjects) {
     const auto root = std::make_shared<Node>("0");
-    std::vector<testing::ObjectLines> objects = {{"Node", {"=0", "null", "2"}}};
+    std::vector<ObjectLines> objects = {{"Node", {"=0", "null", "2"}}};
     auto last = root;
     // Nearly as deep as we read.
     for (int number = 2; number <= 80; ++number) {
@@ -193,4 +256,92 @@ TEST(FoundationTest, RefusesWhatIsNoArchive) {
     EXPECT_THROW(FoundationArchive::read(Data("no archive"), nodeClass), std::runtime_error);
 }
 
-} // namespace KeloAPI
+namespace {
+
+/// The word for a kind in the Foundation's language, and what stands before its values.
+struct KindWords {
+    const char* word;
+    const char* before;
+};
+
+KindWords wordsOf(Kind kind) {
+    return std::map<Kind, KindWords>{
+        {Kind::Text, {"text", "="}},     {Kind::Address, {"url", "="}},
+        {Kind::Instant, {"date", ""}},   {Kind::NumberObject, {"number", "i"}},
+        {Kind::Integer, {"int64", ""}},  {Kind::Real, {"double", ""}},
+        {Kind::Flag, {"bool", ""}},      {Kind::Stretch, {"object", ""}},
+        {Kind::Category, {"object", ""}}}
+        .at(kind);
+}
+
+/// What a key holds where `kept` shows this, in the same language.
+std::string valueOf(Kind kind, const std::string& shown) {
+    if (shown == absent) {
+        return "null";
+    }
+    if (kind == Kind::Flag) {
+        return shown == "true" ? "1" : "0";
+    }
+    const bool isObject = kind == Kind::Stretch || kind == Kind::Category;
+    return wordsOf(kind).before + (isObject ? "2" : shown);
+}
+
+/// All models' classes. A range crosses to the Foundation as an object of the tests' own: it cannot
+/// archive ranges.
+std::string modelClasses() {
+    std::string classes = rangeClass;
+    for (const ArchivedModel& model : archivedModels()) {
+        classes += "class " + model.className + "\n";
+        for (const ArchivedKey& key : model.keys) {
+            classes += wordsOf(key.kind).word + (" " + key.name + "\n");
+        }
+    }
+    return classes;
+}
+
+/// A Foundation reads in our archive of an object what `kept` shows of it, and writes an archive of
+/// the same that we read as the same.
+void expectAgreement(const ArchivedModel& model,
+                     const std::function<bool(const ArchivedKey&)>& isThere) {
+    const Lines shown = model.expected(isThere);
+    std::vector<ObjectLines> objects = {{model.className, {}}};
+    for (std::size_t at = 0; at < shown.size(); ++at) {
+        const ArchivedKey& key = model.keys[at];
+        objects[0].second.push_back(valueOf(key.kind, shown[at]));
+        if (key.kind == Kind::Stretch) {
+            const bool isEmpty = shown[at] == "0+0";
+            objects.push_back({"NSValue", {"4", isEmpty ? "i0" : "i4", isEmpty ? "i0" : "i3"}});
+        } else if (key.kind == Kind::Category && isThere(key)) {
+            objects.push_back({"KLVenueCategory", {"=c", "=Cafe", "null"}});
+        }
+    }
+    const std::string lines = objectsOf(modelClasses(), objects);
+    const Data given = model.archive([&](ArchiveFile& file, const ArchivedKey& key) {
+        return isThere(key) ? std::optional(entry(file, key)) : std::nullopt;
+    });
+    EXPECT_EQ(FoundationArchive::read(model.rewrite(given), modelClasses()), lines);
+    const Data theirs = FoundationArchive::write(lines);
+    EXPECT_EQ(model.read(theirs), shown);
+    EXPECT_EQ(model.rewrite(theirs).text(), model.rewrite(given).text());
+}
+
+} // namespace
+
+TEST(ModelFoundationTest, AgreesOnEveryModelWithAllItsKeys) {
+    for (const ArchivedModel& model : archivedModels()) {
+        SCOPED_TRACE(model.className);
+        expectAgreement(model, [](const ArchivedKey&) { return true; });
+    }
+}
+
+TEST(ModelFoundationTest, AgreesOnEveryModelWithNoMoreThanItNeeds) {
+    for (const ArchivedModel& model : archivedModels()) {
+        SCOPED_TRACE(model.className);
+        // An instant that is the present one is another each time.
+        expectAgreement(model, [](const ArchivedKey& key) {
+            return key.missing == refused || key.missing == "now";
+        });
+    }
+}
+
+} // namespace KeloAPI::testing
