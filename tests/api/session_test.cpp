@@ -1,5 +1,6 @@
 #include "support/RecordingDelegate.hpp"
 
+#include <KeloAPI/api/Api.hpp>
 #include <KeloAPI/api/Certificates.hpp>
 #include <KeloAPI/api/Endpoint.hpp>
 #include <KeloAPI/api/Session.hpp>
@@ -171,6 +172,57 @@ TEST(Certificates, AreTheTwoThatWereBuiltIn) {
     ASSERT_EQ(chain.size(), Settings::certificates.size());
     EXPECT_FALSE(chain[0] == chain[1]);
     EXPECT_TRUE(Certificates::chain()[0] == chain[0]);
+}
+
+static_assert(!std::is_default_constructible_v<Api> && !std::is_destructible_v<Api>);
+static_assert(!std::is_copy_constructible_v<Api>);
+
+/// The registry is the process's one: each test leaves it as it was found.
+class ApiTest : public ::testing::Test {
+protected:
+    ~ApiTest() override {
+        Api::setSessionDelegate(nullptr);
+        Api::session(SessionType::Authenticated, nullptr);
+    }
+};
+
+TEST_F(ApiTest, HasOneSessionOfEachType) {
+    const auto first = Api::session(SessionType::Authenticated);
+    EXPECT_EQ(Api::session(SessionType::Authenticated), first);
+    EXPECT_EQ(first->sessionType(), SessionType::Authenticated);
+    const auto other = Api::session(SessionType::UnAuthenticated);
+    EXPECT_NE(other, first);
+    EXPECT_EQ(other->sessionType(), SessionType::UnAuthenticated);
+}
+
+TEST_F(ApiTest, ASessionHasTheDelegateOfTheLastCallThatAskedForIt) {
+    const auto one = std::make_shared<RecordingDelegate>();
+    const auto two = std::make_shared<RecordingDelegate>();
+    const auto fallback = std::make_shared<RecordingDelegate>();
+    const auto session = Api::session(SessionType::Authenticated, one);
+    EXPECT_EQ(session->delegate(), one);
+    Api::session(SessionType::Authenticated, two);
+    EXPECT_EQ(session->delegate(), two);
+    Api::setSessionDelegate(fallback);
+    EXPECT_EQ(Api::sessionDelegate(), fallback);
+    EXPECT_EQ(session->delegate(), two) << "the default is for calls to come";
+    Api::session(SessionType::Authenticated);
+    EXPECT_EQ(session->delegate(), fallback);
+    Api::session(SessionType::Authenticated, nullptr);
+    EXPECT_EQ(session->delegate(), nullptr) << "an explicit null is no default";
+}
+
+TEST_F(ApiTest, HoldsItsDelegateAndStartsWithoutOne) {
+    EXPECT_EQ(Api::sessionDelegate(), nullptr);
+    std::weak_ptr<RecordingDelegate> watched;
+    {
+        const auto delegate = std::make_shared<RecordingDelegate>();
+        watched = delegate;
+        Api::setSessionDelegate(delegate);
+    }
+    EXPECT_FALSE(watched.expired());
+    Api::setSessionDelegate(nullptr);
+    EXPECT_TRUE(watched.expired());
 }
 
 } // namespace KeloAPI

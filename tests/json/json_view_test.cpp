@@ -19,6 +19,26 @@ using testing::JsonText;
 static_assert(!std::is_copy_constructible_v<JsonDocument>);
 static_assert(std::is_move_constructible_v<JsonDocument>);
 
+namespace {
+
+constexpr double largestDouble = std::numeric_limits<double>::max();
+
+/// The double that a number's text stands for, never infinite.
+double expectedDouble(const std::string& text) {
+    return std::clamp(std::strtod(text.c_str(), nullptr), -largestDouble, largestDouble);
+}
+
+std::vector<std::string> textsOf(const JsonValue& list) {
+    std::vector<std::string> texts;
+    const auto array = list.array().value();
+    for (const JsonValue value : array) {
+        texts.push_back(value.description());
+    }
+    return texts;
+}
+
+} // namespace
+
 TEST(JsonValueTest, WhatIsNoNumberReadsAsNone) {
     const JsonText json(R"({"null":null,"number":"12","flag":"true","none":"","quoted":"a \"b\"",
                             "list":[1,"a",null],"map":{"a":{"b":[]}},"void":[]})");
@@ -56,7 +76,6 @@ TEST(JsonValueTest, WhatIsNoNumberReadsAsNone) {
 }
 
 TEST(JsonValueTest, ANumberReadsAsEveryKindOfOneAndKeepsAllItsDigits) {
-    constexpr double largest = std::numeric_limits<double>::max();
     const std::string largestText = "1.7976931348623157e+308";
     const std::string sevens(400, '7');
     struct Row {
@@ -85,10 +104,10 @@ TEST(JsonValueTest, ANumberReadsAsEveryKindOfOneAndKeepsAllItsDigits) {
         {"18446744073709551616", Number::of(18446744073709551616.0), "18446744073709551616"},
         {"-9223372036854775809", Number::of(-9223372036854775808.0), "-9223372036854775809"},
         {"99999999999999999999", Number::of(1e20), "99999999999999999999"},
-        {sevens, Number::of(largest), sevens},
-        {"1e400", Number::of(largest), largestText},
-        {"-1.5E+400", Number::of(-largest), "-" + largestText},
-        {"0.001e99999999999999999999", Number::of(largest), largestText},
+        {sevens, Number::of(largestDouble), sevens},
+        {"1e400", Number::of(largestDouble), largestText},
+        {"-1.5E+400", Number::of(-largestDouble), "-" + largestText},
+        {"0.001e99999999999999999999", Number::of(largestDouble), largestText},
     };
     for (const auto& [text, number, description] : table) {
         SCOPED_TRACE(text);
@@ -164,14 +183,9 @@ TEST(JsonObjectTest, IteratesInOrder) {
 
 TEST(JsonArrayTest, IteratesInOrder) {
     const JsonText json(R"([1,[2,[3]],{"a":[4]},"five",null,2.5,-7,18446744073709551615,true])");
-    const auto array = json.root().array().value();
-    EXPECT_EQ(array.size(), 9U);
-    std::vector<std::string> elements;
-    for (const JsonValue value : array) {
-        elements.push_back(value.description());
-    }
-    EXPECT_THAT(elements, ElementsAre("1", "[2,[3]]", "{\"a\":[4]}", "five", "<null>", "2.5", "-7",
-                                      "18446744073709551615", "1"));
+    EXPECT_EQ(json.root().array()->size(), 9U);
+    EXPECT_THAT(textsOf(json.root()), ElementsAre("1", "[2,[3]]", "{\"a\":[4]}", "five", "<null>",
+                                                  "2.5", "-7", "18446744073709551615", "1"));
     EXPECT_FALSE(json.root().object());
     EXPECT_TRUE(JsonText("[]").root().array()->empty());
 }
@@ -244,26 +258,6 @@ TEST(JsonDocumentTest, NeedsItsTextNoLonger) {
     EXPECT_EQ(object["a"].text(), "a text of some length, beyond any small buffer");
     EXPECT_EQ(object["n"].real(), 12.5);
 }
-
-namespace {
-
-constexpr double largestDouble = std::numeric_limits<double>::max();
-
-/// The double that a number's text stands for, never infinite.
-double expectedDouble(const std::string& text) {
-    return std::clamp(std::strtod(text.c_str(), nullptr), -largestDouble, largestDouble);
-}
-
-std::vector<std::string> textsOf(const JsonValue& list) {
-    std::vector<std::string> texts;
-    const auto array = list.array().value();
-    for (const JsonValue value : array) {
-        texts.push_back(value.description());
-    }
-    return texts;
-}
-
-} // namespace
 
 TEST(JsonLimitsTest, WhatStandsBesideALargeNumberIsRead) {
     const JsonText json("\xEF\xBB\xBF"

@@ -8,23 +8,11 @@ namespace KeloAPI::testing {
 
 namespace {
 
-bool isNumeric(Kind kind) {
-    return kind == Kind::NumberObject || kind == Kind::Integer || kind == Kind::Real ||
-           kind == Kind::Flag;
-}
-
-using Entry = std::function<std::optional<PropertyList::Reference>(ArchiveFile&)>;
-
-/// An archive of the model in which one key has another entry, or none.
-Data archiveWith(const ArchivedModel& model, const std::string& changed, const Entry& other) {
+/// An archive of the model without one key.
+Data archiveWithout(const ArchivedModel& model, const std::string& missing) {
     return model.archive([&](ArchiveFile& file, const ArchivedKey& key) {
-        return key.name == changed ? other(file) : entry(file, key);
+        return key.name == missing ? std::nullopt : std::optional(entry(file, key));
     });
-}
-
-/// What is read where one key is not there, and all the others are.
-Lines expectedWithout(const ArchivedModel& model, const std::string& missing) {
-    return model.expected([&](const ArchivedKey& key) { return key.name != missing; });
 }
 
 /// The model's keys in the order in which an archive has them.
@@ -37,56 +25,26 @@ Lines keysIn(const Data& archive) {
     return keys;
 }
 
-/// What we write of an archive's object has all of the model's keys, and is read as the same.
-void expectRewritten(const ArchivedModel& model, const Data& archive) {
-    const Data again = model.rewrite(archive);
-    EXPECT_EQ(KeyedUnarchiver::rootClassName(again), model.className);
-    EXPECT_EQ(model.read(again), model.read(archive));
-    Lines keys;
-    for (const ArchivedKey& key : model.keys) {
-        keys.emplace_back(key.name);
-    }
-    keys.emplace_back("$class");
-    EXPECT_EQ(keysIn(again), keys);
-}
-
 } // namespace
 
-TEST(ModelArchivingTest, WritesWhatItReads) {
+TEST(ModelArchivingTest, EveryKeyMayBeMissingAndIsWrittenAllTheSame) {
     for (const ArchivedModel& model : archivedModels()) {
-        SCOPED_TRACE(model.className);
-        expectRewritten(model, archiveWith(model, "", nullptr));
+        Lines names;
         for (const ArchivedKey& key : model.keys) {
-            if (key.missing != refused) {
-                SCOPED_TRACE(key.name);
-                expectRewritten(model,
-                                archiveWith(model, key.name, [](auto&) { return std::nullopt; }));
-            }
+            names.push_back(key.name);
         }
-    }
-}
-
-TEST(ModelArchivingTest, EveryKeyMayBeMissingNullOrOfAnyOtherKind) {
-    for (const ArchivedModel& model : archivedModels()) {
-        SCOPED_TRACE(model.className);
-        EXPECT_EQ(model.read(archiveWith(model, "", nullptr)), expectedWithout(model, ""));
-        for (const ArchivedKey& key : model.keys) {
-            const auto expectNone = [&](const std::string& what, const Entry& other) {
-                EXPECT_EQ(model.read(archiveWith(model, key.name, other)),
-                          expectedWithout(model, key.name))
-                    << key.name << ' ' << what;
-            };
-            expectNone("missing", [](ArchiveFile&) { return std::nullopt; });
-            for (const std::uint64_t place : {0, 1'000}) {
-                expectNone("null or nowhere", [&](ArchiveFile& file) { return file.uid(place); });
-            }
-            for (int number = 0; number <= static_cast<int>(Kind::Category); ++number) {
-                const auto kind = static_cast<Kind>(number);
-                if (kind != key.kind && !(isNumeric(kind) && isNumeric(key.kind))) {
-                    expectNone("of kind " + std::to_string(number), [&](ArchiveFile& file) {
-                        return entry(file, {key.name, kind, {}});
-                    });
-                }
+        names.emplace_back("$class");
+        for (const std::string& missing : names) {
+            SCOPED_TRACE(model.className + " without " + missing);
+            const Data archive = archiveWithout(model, missing);
+            const Lines expected =
+                model.expected([&](const ArchivedKey& key) { return key.name != missing; });
+            EXPECT_EQ(model.read(archive), expected);
+            if (expected != Lines{refused}) {
+                const Data again = model.rewrite(archive);
+                EXPECT_EQ(KeyedUnarchiver::rootClassName(again), model.className);
+                EXPECT_EQ(model.read(again), expected);
+                EXPECT_EQ(keysIn(again), names);
             }
         }
     }
@@ -94,7 +52,7 @@ TEST(ModelArchivingTest, EveryKeyMayBeMissingNullOrOfAnyOtherKind) {
 
 TEST(ModelArchivingTest, OneClassIsNotReadAsAnother) {
     for (const ArchivedModel& model : archivedModels()) {
-        const Data archive = archiveWith(model, "", nullptr);
+        const Data archive = archiveWithout(model, "");
         for (const ArchivedModel& other : archivedModels()) {
             if (other.className != model.className) {
                 EXPECT_EQ(other.read(archive), Lines{refused})

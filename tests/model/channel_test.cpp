@@ -17,11 +17,6 @@ std::shared_ptr<const KLChannelParser::TimelineParser> postPages() {
         std::make_shared<AnyObjectParserAdaptor>(std::make_shared<PostParser>()));
 }
 
-/// The channel's timeline, read with a parser for it.
-std::shared_ptr<KLPagedData> timelineIn(const std::string& json) {
-    return KLChannelParser(postPages()).parse(JsonText(json).object())->timelineData;
-}
-
 KeyRules<KLChannel> channelRules() {
     using C = KLChannel;
     return {
@@ -83,23 +78,13 @@ TEST(ChannelParserTest, ReadsATimelineOnlyWithAParserForIt) {
     EXPECT_EQ(KLChannelParser().parse(JsonText(json).object())->timelineData, nullptr);
     EXPECT_EQ(KLChannelParser(nullptr).parse(JsonText(json).object())->timelineData, nullptr);
 
-    const auto timeline = timelineIn(json);
+    const auto timeline = KLChannelParser(postPages()).parse(JsonText(json).object())->timelineData;
     ASSERT_NE(timeline, nullptr);
     ASSERT_EQ(timeline->count(), 2);
     EXPECT_EQ(dynamic_cast<KLWatchPost&>(*(*timeline)[0]).postId, "5");
     EXPECT_EQ(dynamic_cast<KLWatchPost&>(*(*timeline)[1]).postId, "6");
     EXPECT_EQ(timeline->metadata()->count(), 9);
     EXPECT_TRUE(timeline->hasNextPage());
-}
-
-TEST(ChannelParserTest, TheTimelineOfATimelinesChannelIsNotRead) {
-    const auto timeline = timelineIn(R"({"channelId":1,"channel":"a","timeline":{
-        "records":[],"channel":{"channelId":2,"channel":"b","timeline":{"records":[]}}}})");
-    ASSERT_NE(timeline, nullptr);
-    const auto inner = timeline->metadata()->channel();
-    ASSERT_NE(inner, nullptr);
-    EXPECT_EQ(inner->channelId, "2");
-    EXPECT_EQ(inner->timelineData, nullptr);
 }
 
 TEST(ChannelParserTest, TheIdentifierIsJudgedFirst) {

@@ -82,19 +82,6 @@ TEST_F(MainQueueTest, NoTaskRunsInsideAnother) {
     EXPECT_THAT(ran, ElementsAre(0, 1));
 }
 
-TEST_F(MainQueueTest, RunRunsUntilStopped) {
-    queue.async(note(1));
-    queue.async([this] {
-        queue.async([this] {
-            ran.push_back(3);
-            queue.stop();
-        });
-        ran.push_back(2);
-    });
-    queue.run();
-    EXPECT_THAT(ran, ElementsAre(1, 2, 3));
-}
-
 TEST_F(MainQueueTest, StopTakesEffectAfterTheTaskThatRuns) {
     queue.async([this] {
         queue.stop();
