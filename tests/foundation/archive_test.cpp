@@ -274,7 +274,7 @@ KindWords wordsOf(Kind kind) {
         .at(kind);
 }
 
-/// What a key holds where `kept` shows this, in the same language.
+/// What a key holds where this is shown of it, in the same language.
 std::string valueOf(Kind kind, const std::string& shown) {
     if (shown == absent) {
         return "null";
@@ -299,7 +299,7 @@ std::string modelClasses() {
     return classes;
 }
 
-/// A Foundation reads in our archive of an object what `kept` shows of it, and writes an archive of
+/// A Foundation reads in our archive of an object what is shown of it, and writes an archive of
 /// the same that we read as the same.
 void expectAgreement(const ArchivedModel& model,
                      const std::function<bool(const ArchivedKey&)>& isThere) {

@@ -26,57 +26,19 @@ namespace KeloAPI::testing {
 
 using Lines = std::vector<std::string>;
 
-// What properties show, beside what they show elsewhere.
-inline std::string keptText(const std::optional<Date>& date) {
+// What properties show that are no texts or numbers.
+inline std::string keptDate(const std::optional<Date>& date) {
     if (!date) {
         return absent;
     }
     const bool isNow = std::chrono::abs(*date - Date::now()) < std::chrono::minutes(1);
     return isNow ? "now" : shown(std::chrono::duration<double>(*date - referenceDate).count());
 }
-inline std::string keptText(const Range& range) {
-    return std::to_string(range.location) + "+" + std::to_string(range.length);
+inline std::string keptRange(const KLEntity& entity) {
+    return std::to_string(entity.range.location) + "+" + std::to_string(entity.range.length);
 }
-inline std::string keptText(const std::shared_ptr<KLVenueCategory>& category) {
-    return category ? "category " + category->shortName() : absent;
-}
-template <class Value>
-std::string keptText(const Value& value) {
-    return shown(value);
-}
-template <class... Values>
-Lines lines(const Values&... values) {
-    return {keptText(values)...};
-}
-
-// What a model keeps, in the order of its keys.
-inline Lines kept(const LoopData& data) {
-    return lines(data.count, data.velocity, std::optional(data.created), data.onFire);
-}
-inline Lines kept(const PostThumbnail& thumbnail) {
-    return lines(thumbnail.url(), thumbnail.width(), thumbnail.height());
-}
-inline Lines kept(const KLChannel& channel) {
-    return lines(channel.channelId, channel.name, channel.created, channel.iconUrl,
-                 channel.iconRetinaUrl, channel.fontColorHex, channel.backgroundColorHex,
-                 channel.channelDescription);
-}
-inline Lines kept(const KLTag& tag) {
-    return lines(tag.tagId(), tag.name());
-}
-inline Lines kept(const KLEntity& entity) {
-    return lines(entity.idString(), entity.type(), entity.title(), entity.link(), entity.range);
-}
-inline Lines kept(const KLVenueCategory& category) {
-    return lines(category.categoryId(), category.shortName(), category.iconUrl);
-}
-inline Lines kept(const KLVenue& venue) {
-    return lines(venue.foursquareVenueId(), venue.name(), venue.address, venue.city, venue.state,
-                 venue.country, venue.latitude, venue.longitude, venue.category);
-}
-inline Lines kept(const SoundboardSound& sound) {
-    return lines(sound.soundUrl(), sound.name(), sound.sourcePostId(), sound.soundId(),
-                 sound.featured());
+inline std::string keptCategory(const KLVenue& venue) {
+    return venue.category ? "category " + venue.category->shortName() : absent;
 }
 
 /// What an entry of an archive is.
@@ -88,13 +50,13 @@ inline constexpr const char* refused = "no object";
 struct ArchivedKey {
     std::string name;
     Kind kind;
-    /// What `kept` shows where there is no entry.
+    /// What is shown where there is no entry.
     std::string missing;
 
     std::string address() const { return "https://a.example/" + name; }
     std::int64_t number() const { return static_cast<std::int64_t>(name.size()); }
 
-    /// What `kept` shows of the entry below.
+    /// What is shown of the entry below.
     std::string present() const {
         const std::string digits = std::to_string(number());
         return std::map<Kind, std::string>{{Kind::Text, name},
@@ -142,7 +104,7 @@ inline PropertyList::Reference entry(ArchiveFile& file, const ArchivedKey& key) 
 struct ArchivedModel {
     std::string className;
     std::vector<ArchivedKey> keys;
-    /// What the object in an archive keeps.
+    /// What the keys of the object in an archive show.
     std::function<Lines(const Data&)> read;
     /// The archive that we write of the object in an archive.
     std::function<Data(const Data&)> rewrite;
@@ -174,58 +136,80 @@ struct ArchivedModel {
     }
 };
 
+/// A key of a class, and what its property shows.
 template <class T>
-ArchivedModel archivedModel(std::vector<ArchivedKey> keys) {
-    return {std::string(T::archivedClassName), std::move(keys),
-            [](const Data& archive) {
-                const auto object = KeyedUnarchiver::unarchive<T>(archive);
-                return object ? kept(*object) : Lines{refused};
-            },
-            [](const Data& archive) {
-                return KeyedArchiver::archivedData(KeyedUnarchiver::unarchive<T>(archive));
-            }};
+struct KeyOf {
+    ArchivedKey key;
+    Property<T> property;
+};
+
+template <class T>
+ArchivedModel archivedModel(const std::vector<KeyOf<T>>& keys) {
+    ArchivedModel model{std::string(T::archivedClassName), {}, {}, {}};
+    for (const auto& one : keys) {
+        model.keys.push_back(one.key);
+    }
+    model.read = [keys](const Data& archive) {
+        const auto object = KeyedUnarchiver::unarchive<T>(archive);
+        Lines lines;
+        for (const auto& one : keys) {
+            lines.push_back(object ? one.property(*object) : "");
+        }
+        return object ? lines : Lines{refused};
+    };
+    model.rewrite = [](const Data& archive) {
+        return KeyedArchiver::archivedData(KeyedUnarchiver::unarchive<T>(archive));
+    };
+    return model;
 }
 
 inline const std::vector<ArchivedModel>& archivedModels() {
     static const std::vector<ArchivedModel> all = {
-        archivedModel<LoopData>({{"count", Kind::NumberObject, refused},
-                                 {"velocity", Kind::NumberObject, refused},
-                                 {"created", Kind::Instant, "now"},
-                                 {"onFire", Kind::Flag, "false"}}),
-        archivedModel<PostThumbnail>({{"url", Kind::Address, refused},
-                                      {"width", Kind::Integer, "0"},
-                                      {"height", Kind::Integer, "0"}}),
-        archivedModel<KLChannel>({{"channelId", Kind::Text, ""},
-                                  {"name", Kind::Text, ""},
-                                  {"created", Kind::Instant, absent},
-                                  {"iconUrl", Kind::Address, absent},
-                                  {"iconRetinaUrl", Kind::Address, absent},
-                                  {"fontColorHex", Kind::Text, "000000"},
-                                  {"backgroundColorHex", Kind::Text, "000000"},
-                                  {"channelDescription", Kind::Text, absent}}),
-        archivedModel<KLTag>({{"tagId", Kind::Text, ""}, {"name", Kind::Text, ""}}),
-        archivedModel<KLEntity>({{"idString", Kind::Text, absent},
-                                 {"type", Kind::Text, absent},
-                                 {"title", Kind::Text, ""},
-                                 {"link", Kind::Text, ""},
-                                 {"range", Kind::Stretch, "0+0"}}),
-        archivedModel<KLVenueCategory>({{"categoryId", Kind::Text, ""},
-                                        {"shortName", Kind::Text, ""},
-                                        {"iconUrl", Kind::Address, absent}}),
-        archivedModel<KLVenue>({{"foursquareVenueId", Kind::Text, ""},
-                                {"name", Kind::Text, ""},
-                                {"address", Kind::Text, absent},
-                                {"city", Kind::Text, absent},
-                                {"state", Kind::Text, absent},
-                                {"country", Kind::Text, absent},
-                                {"latitude", Kind::Real, "0"},
-                                {"longitude", Kind::Real, "0"},
-                                {"category", Kind::Category, absent}}),
-        archivedModel<SoundboardSound>({{"soundUrl", Kind::Address, refused},
-                                        {"name", Kind::Text, refused},
-                                        {"sourcePostId", Kind::Text, absent},
-                                        {"soundId", Kind::Text, refused},
-                                        {"featured", Kind::Flag, "false"}}),
+        archivedModel<LoopData>({{{"count", Kind::NumberObject, refused}, &LoopData::count},
+                                 {{"velocity", Kind::NumberObject, refused}, &LoopData::velocity},
+                                 {{"created", Kind::Instant, "now"},
+                                  [](const LoopData& made) { return keptDate(made.created); }},
+                                 {{"onFire", Kind::Flag, "false"}, &LoopData::onFire}}),
+        archivedModel<PostThumbnail>({{{"url", Kind::Address, refused}, &PostThumbnail::url},
+                                      {{"width", Kind::Integer, "0"}, &PostThumbnail::width},
+                                      {{"height", Kind::Integer, "0"}, &PostThumbnail::height}}),
+        archivedModel<KLChannel>(
+            {{{"channelId", Kind::Text, ""}, &KLChannel::channelId},
+             {{"name", Kind::Text, ""}, &KLChannel::name},
+             {{"created", Kind::Instant, absent},
+              [](const KLChannel& made) { return keptDate(made.created); }},
+             {{"iconUrl", Kind::Address, absent}, &KLChannel::iconUrl},
+             {{"iconRetinaUrl", Kind::Address, absent}, &KLChannel::iconRetinaUrl},
+             {{"fontColorHex", Kind::Text, "000000"}, &KLChannel::fontColorHex},
+             {{"backgroundColorHex", Kind::Text, "000000"}, &KLChannel::backgroundColorHex},
+             {{"channelDescription", Kind::Text, absent}, &KLChannel::channelDescription}}),
+        archivedModel<KLTag>(
+            {{{"tagId", Kind::Text, ""}, &KLTag::tagId}, {{"name", Kind::Text, ""}, &KLTag::name}}),
+        archivedModel<KLEntity>({{{"idString", Kind::Text, absent}, &KLEntity::idString},
+                                 {{"type", Kind::Text, absent}, &KLEntity::type},
+                                 {{"title", Kind::Text, ""}, &KLEntity::title},
+                                 {{"link", Kind::Text, ""}, &KLEntity::link},
+                                 {{"range", Kind::Stretch, "0+0"}, keptRange}}),
+        archivedModel<KLVenueCategory>(
+            {{{"categoryId", Kind::Text, ""}, &KLVenueCategory::categoryId},
+             {{"shortName", Kind::Text, ""}, &KLVenueCategory::shortName},
+             {{"iconUrl", Kind::Address, absent}, &KLVenueCategory::iconUrl}}),
+        archivedModel<KLVenue>(
+            {{{"foursquareVenueId", Kind::Text, ""}, &KLVenue::foursquareVenueId},
+             {{"name", Kind::Text, ""}, &KLVenue::name},
+             {{"address", Kind::Text, absent}, &KLVenue::address},
+             {{"city", Kind::Text, absent}, &KLVenue::city},
+             {{"state", Kind::Text, absent}, &KLVenue::state},
+             {{"country", Kind::Text, absent}, &KLVenue::country},
+             {{"latitude", Kind::Real, "0"}, &KLVenue::latitude},
+             {{"longitude", Kind::Real, "0"}, &KLVenue::longitude},
+             {{"category", Kind::Category, absent}, keptCategory}}),
+        archivedModel<SoundboardSound>(
+            {{{"soundUrl", Kind::Address, refused}, &SoundboardSound::soundUrl},
+             {{"name", Kind::Text, refused}, &SoundboardSound::name},
+             {{"sourcePostId", Kind::Text, absent}, &SoundboardSound::sourcePostId},
+             {{"soundId", Kind::Text, refused}, &SoundboardSound::soundId},
+             {{"featured", Kind::Flag, "false"}, &SoundboardSound::featured}}),
     };
     return all;
 }
