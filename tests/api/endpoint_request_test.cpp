@@ -111,14 +111,6 @@ TEST_F(EndpointRequestTest, APathThatIsNoURLOfHTTPEndsAsTransportErrorWithNothin
     EXPECT_EQ(lines.size(), 4U) << "one line for each call";
 }
 
-TEST_F(EndpointRequestTest, ALineBreakInAHeaderValueIsRefused) {
-    delegate->sessionKey = "a\r\nX-Evil: 1";
-    send();
-    ASSERT_TRUE(completed());
-    EXPECT_TRUE(isHTTPError(*error, HTTPErrorCode::InvalidHeader));
-    EXPECT_TRUE(transport->requests().empty());
-}
-
 TEST_F(EndpointRequestTest, CancelGivesOneCompletionWithTheCancellationError) {
     const auto handle = send();
     handle->cancel();
