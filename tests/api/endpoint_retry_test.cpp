@@ -107,28 +107,6 @@ TEST_F(EndpointRetryTest, AQueuedRetryKeepsItsEndpointAlive) {
     EXPECT_TRUE(runUntil([&] { return watched.expired(); }));
 }
 
-TEST_F(EndpointRetryTest, AnUploadIsSentAgainWithoutItsBody) {
-    endpoint->setMethod(Method::PUT);
-    answer(expired);
-    endpoint->upload(std::make_shared<KLEmptyParser>(), Data(std::string("segment")),
-                     [this](std::vector<std::shared_ptr<KLEmpty>>, std::optional<Metadata>,
-                            const Timeline&, std::optional<Error>) { events.emplace_back("end"); });
-    ASSERT_TRUE(eventsReach(1));
-    releaseAnswered(success);
-    const auto requests = transport->requests();
-    EXPECT_EQ(requests[0].body->text(), "segment");
-    EXPECT_FALSE(requests[1].body.has_value());
-    EXPECT_EQ(requests[1].method, Method::PUT);
-}
-
-TEST_F(EndpointRetryTest, ACaptchaIsOfferedAndItsRetrySentOnceSolved) {
-    delegate->handlesCaptcha = true;
-    sendAnswered(R"({"error": "captcha", "code": 419, "data": "https://service.example/c"})");
-    EXPECT_EQ(delegate->captchaUrls, std::vector<std::string>{"https://service.example/c"});
-    releaseAnswered(success);
-    EXPECT_EQ(events, (std::vector<std::string>{"call 419", "call ok"}));
-}
-
 TEST_F(EndpointRetryTest, ACaptchaWithoutURLIsOnlyNoted) {
     delegate->handlesCaptcha = true;
     sendAnswered(R"({"error": "captcha", "code": 419, "data": "no url"})");
