@@ -20,7 +20,7 @@
 //   text         =characters    (mutable-text: written as an NSMutableString)
 //   url          =characters    or =relative =base
 //   date         seconds since 2001
-//   number       b1, i-5, u18446744073709551615 or d1.5
+//   number       b1, i-5 or d1.5
 //
 // Characters are bytes of UTF-8, those outside letters, digits and "-._~:/" as %XX. In place of the
 // value of a kind that is an object there may be "null". What is printed may also be "missing", or
@@ -55,9 +55,6 @@ static void fail(NSString *what, NSString *why) {
 // Writing
 
 static NSString *charactersOf(NSString *value) {
-    if (![value hasPrefix:@"="]) {
-        fail(@"no characters", value);
-    }
     return [[value substringFromIndex:1]
         stringByReplacingPercentEscapesUsingEncoding:NSUTF8StringEncoding];
 }
@@ -69,13 +66,8 @@ static id numberOf(NSString *value) {
         return [NSNumber numberWithBool:*digits == '1'];
     case 'i':
         return [NSNumber numberWithLongLong:strtoll(digits, NULL, 10)];
-    case 'u':
-        return [NSNumber numberWithUnsignedLongLong:strtoull(digits, NULL, 10)];
-    case 'd':
-        return [NSNumber numberWithDouble:strtod(digits, NULL)];
     default:
-        fail(@"no number", value);
-        return nil;
+        return [NSNumber numberWithDouble:strtod(digits, NULL)];
     }
 }
 
@@ -139,9 +131,6 @@ static NSString *valueOfNumber(NSNumber *number) {
     case 'f':
     case 'd':
         return [NSString stringWithFormat:@"d%.17g", [number doubleValue]];
-    case 'Q':
-    case 'L':
-        return [NSString stringWithFormat:@"u%llu", [number unsignedLongLongValue]];
     default:
         return [NSString stringWithFormat:@"i%lld", [number longLongValue]];
     }
