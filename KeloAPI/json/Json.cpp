@@ -4,8 +4,11 @@
 
 #include <simdjson.h>
 
+#include <algorithm>
 #include <bit>
+#include <cstring>
 #include <mutex>
+#include <type_traits>
 
 namespace KeloAPI {
 
@@ -102,10 +105,6 @@ private:
     std::uint64_t _bits = 0;
 };
 
-std::string compactJson(const void* document, std::size_t index) {
-    return simdjson::minify(elementAt(document, index));
-}
-
 } // namespace
 
 /// Makes and opens views.
@@ -118,9 +117,28 @@ struct JsonAccess {
     }
     static const void* document(const JsonValue& value) { return value._document; }
     static std::size_t index(const JsonValue& value) { return value._index; }
-    static JsonObject object(JsonValue value) { return JsonObject(value); }
-    static JsonArray array(JsonValue value) { return JsonArray(value); }
-    static JsonObjectList objects(JsonValue value) { return JsonObjectList(value); }
+    /// The value as a view of this type, where it is of that kind.
+    template <class View>
+    static std::optional<View> view(const JsonValue& value, char ofKind) {
+        return kind(value) == ofKind ? std::optional(View(value)) : std::nullopt;
+    }
+    template <class Iterator>
+    static Iterator begin(const JsonValue& value) {
+        return {value._document, value.exists() ? value._index + 1 : 0};
+    }
+    template <class Iterator>
+    static Iterator end(const JsonValue& value) {
+        return {value._document, value.exists() ? last(value) : 0};
+    }
+    /// What stands at a place in an object or a list.
+    template <class Element>
+    static Element element(const void* document, std::size_t index) {
+        if constexpr (std::is_same_v<Element, JsonObject::Member>) {
+            return {textAt(document, index), value(document, index + 1)};
+        } else {
+            return Element(value(document, index));
+        }
+    }
     static char kind(const JsonValue& value) {
         return value._document == nullptr ? '\0' : kindAt(value._document, value._index);
     }
@@ -129,6 +147,9 @@ struct JsonAccess {
     }
     /// The number of elements or members, counted where the reader's own count is saturated.
     static std::size_t count(const JsonValue& value) {
+        if (!value.exists()) {
+            return 0;
+        }
         constexpr std::uint64_t saturated = 0xFFFFFF;
         const std::uint64_t kept = (wordAt(value._document, value._index) >> 32U) & saturated;
         if (kept < saturated) {
@@ -195,30 +216,19 @@ std::optional<double> JsonValue::real() const {
 }
 
 std::optional<JsonObject> JsonValue::object() const {
-    if (JsonAccess::kind(*this) != '{') {
-        return std::nullopt;
-    }
-    return JsonAccess::object(*this);
+    return JsonAccess::view<JsonObject>(*this, '{');
 }
 
 std::optional<JsonArray> JsonValue::array() const {
-    if (JsonAccess::kind(*this) != '[') {
-        return std::nullopt;
-    }
-    return JsonAccess::array(*this);
+    return JsonAccess::view<JsonArray>(*this, '[');
 }
 
 std::optional<JsonObjectList> JsonValue::objects() const {
-    if (JsonAccess::kind(*this) != '[') {
-        return std::nullopt;
-    }
-    const std::size_t last = JsonAccess::last(*this);
-    for (std::size_t at = _index + 1; at < last; at = next(_document, at)) {
-        if (kindAt(_document, at) != '{') {
-            return std::nullopt;
-        }
-    }
-    return JsonAccess::objects(*this);
+    const auto elements = array();
+    const auto isObject = [](const JsonValue& element) { return element.object().has_value(); };
+    return elements && std::all_of(elements->begin(), elements->end(), isObject)
+               ? JsonAccess::view<JsonObjectList>(*this, '[')
+               : std::nullopt;
 }
 
 std::string JsonValue::description() const {
@@ -231,7 +241,7 @@ std::string JsonValue::description() const {
         return std::string(textAt(_document, _index));
     case '{':
     case '[':
-        return compactJson(_document, _index);
+        return simdjson::minify(elementAt(_document, _index));
     default:
         return *numberText();
     }
@@ -274,60 +284,46 @@ void JsonObject::find(const std::string_view* keys, JsonValue* found, std::size_
 }
 
 JsonObject::Iterator JsonObject::begin() const {
-    return {JsonAccess::document(_value), JsonAccess::index(_value) + 1};
+    return JsonAccess::begin<Iterator>(_value);
 }
 
 JsonObject::Iterator JsonObject::end() const {
-    return {JsonAccess::document(_value), JsonAccess::last(_value)};
+    return JsonAccess::end<Iterator>(_value);
 }
 
-JsonObject::Member JsonObject::Iterator::operator*() const {
-    return {textAt(_document, _index), JsonAccess::value(_document, _index + 1)};
-}
-
-JsonObject::Iterator& JsonObject::Iterator::operator++() {
-    _index = next(_document, _index + 1);
-    return *this;
-}
-
-std::size_t JsonArray::size() const {
+template <class Element>
+std::size_t JsonList<Element>::size() const {
     return JsonAccess::count(_value);
 }
 
-JsonArray::Iterator JsonArray::begin() const {
-    return {JsonAccess::document(_value), JsonAccess::index(_value) + 1};
+template <class Element>
+JsonIterator<Element> JsonList<Element>::begin() const {
+    return JsonAccess::begin<Iterator>(_value);
 }
 
-JsonArray::Iterator JsonArray::end() const {
-    return {JsonAccess::document(_value), JsonAccess::last(_value)};
+template <class Element>
+JsonIterator<Element> JsonList<Element>::end() const {
+    return JsonAccess::end<Iterator>(_value);
 }
 
-JsonValue JsonArray::Iterator::operator*() const {
-    return JsonAccess::value(_document, _index);
+template <class Element>
+Element JsonIterator<Element>::operator*() const {
+    return JsonAccess::element<Element>(_document, _index);
 }
 
-JsonArray::Iterator& JsonArray::Iterator::operator++() {
-    _index = next(_document, _index);
+template <class Element>
+JsonIterator<Element>& JsonIterator<Element>::operator++() {
+    // A member is its key and the value behind it.
+    const bool isMember = std::is_same_v<Element, JsonObject::Member>;
+    _index = next(_document, isMember ? _index + 1 : _index);
     return *this;
 }
 
-std::size_t JsonObjectList::size() const {
-    return _value.exists() ? JsonAccess::count(_value) : 0;
-}
-
-JsonObjectList::Iterator JsonObjectList::begin() const {
-    return Iterator(_value.exists() ? JsonAccess::array(_value).begin()
-                                    : JsonArray::Iterator(nullptr, 0));
-}
-
-JsonObjectList::Iterator JsonObjectList::end() const {
-    return Iterator(_value.exists() ? JsonAccess::array(_value).end()
-                                    : JsonArray::Iterator(nullptr, 0));
-}
-
-JsonObject JsonObjectList::Iterator::operator*() const {
-    return JsonAccess::object(*_at);
-}
+template class JsonList<JsonValue>;
+template class JsonList<JsonObject>;
+template class JsonIterator<JsonValue>;
+template class JsonIterator<JsonObject>;
+template class JsonIterator<JsonObject::Member>;
 
 struct JsonDocument::Contents {
     Document document;

@@ -16,9 +16,17 @@
 
 namespace KeloAPI {
 
-class JsonArray;
 class JsonObject;
-class JsonObjectList;
+class JsonValue;
+template <class Element>
+class JsonIterator;
+template <class Element>
+class JsonList;
+
+/// A view of a JSON list.
+using JsonArray = JsonList<JsonValue>;
+/// A view of a JSON list whose elements are all objects.
+using JsonObjectList = JsonList<JsonObject>;
 
 /// A view of one value of a `JsonDocument`, as cheap to copy as a `std::string_view` and valid as
 /// long as the document lives. The value under a key that is not there does not exist, which is
@@ -72,7 +80,7 @@ public:
         std::string_view key;
         JsonValue value;
     };
-    class Iterator;
+    using Iterator = JsonIterator<Member>;
 
     /// The number of members.
     std::size_t size() const;
@@ -103,31 +111,14 @@ private:
     JsonValue _value;
 };
 
-/// A view of a JSON list.
-class KELO_API JsonArray {
+/// A view of a JSON list, as `JsonArray` and `JsonObjectList`.
+template <class Element>
+class KELO_API JsonList {
 public:
-    class Iterator;
-
-    std::size_t size() const;
-    bool empty() const { return size() == 0; }
-    Iterator begin() const;
-    Iterator end() const;
-
-private:
-    friend struct JsonAccess;
-    explicit JsonArray(JsonValue value)
-        : _value(value) {}
-
-    JsonValue _value;
-};
-
-/// A view of a JSON list whose elements are all objects.
-class KELO_API JsonObjectList {
-public:
-    class Iterator;
+    using Iterator = JsonIterator<Element>;
 
     /// An empty list.
-    JsonObjectList() = default;
+    JsonList() = default;
 
     std::size_t size() const;
     bool empty() const { return size() == 0; }
@@ -136,76 +127,41 @@ public:
 
 private:
     friend struct JsonAccess;
-    explicit JsonObjectList(JsonValue value)
+    explicit JsonList(JsonValue value)
         : _value(value) {}
 
     JsonValue _value;
 };
 
-class KELO_API JsonObject::Iterator {
+/// Goes over the members of an object or the elements of a list.
+template <class Element>
+class KELO_API JsonIterator {
 public:
     using iterator_category = std::input_iterator_tag;
-    using value_type = Member;
+    using value_type = Element;
     using difference_type = std::ptrdiff_t;
-    using pointer = const Member*;
-    using reference = Member;
+    using pointer = const Element*;
+    using reference = Element;
 
-    Member operator*() const;
-    Iterator& operator++();
-    bool operator==(const Iterator& other) const { return _index == other._index; }
+    Element operator*() const;
+    JsonIterator& operator++();
+    friend bool operator==(const JsonIterator&, const JsonIterator&) = default;
 
 private:
-    friend class JsonObject;
-    Iterator(const void* document, std::size_t index)
+    friend struct JsonAccess;
+    JsonIterator(const void* document, std::size_t index)
         : _document(document)
         , _index(index) {}
+
     const void* _document;
     std::size_t _index;
 };
 
-class KELO_API JsonArray::Iterator {
-public:
-    using iterator_category = std::input_iterator_tag;
-    using value_type = JsonValue;
-    using difference_type = std::ptrdiff_t;
-    using pointer = const JsonValue*;
-    using reference = JsonValue;
-
-    JsonValue operator*() const;
-    Iterator& operator++();
-    bool operator==(const Iterator& other) const { return _index == other._index; }
-
-private:
-    friend class JsonArray;
-    friend class JsonObjectList;
-    Iterator(const void* document, std::size_t index)
-        : _document(document)
-        , _index(index) {}
-    const void* _document;
-    std::size_t _index;
-};
-
-class KELO_API JsonObjectList::Iterator {
-public:
-    using iterator_category = std::input_iterator_tag;
-    using value_type = JsonObject;
-    using difference_type = std::ptrdiff_t;
-    using pointer = const JsonObject*;
-    using reference = JsonObject;
-
-    JsonObject operator*() const;
-    Iterator& operator++() {
-        ++_at;
-        return *this;
-    }
-    bool operator==(const Iterator& other) const { return _at == other._at; }
-
-private:
-    friend class JsonObjectList;
-    explicit Iterator(JsonArray::Iterator at)
-        : _at(at) {}
-    JsonArray::Iterator _at;
-};
+extern template class JsonList<JsonValue>;
+extern template class JsonList<JsonObject>;
+extern template class JsonIterator<JsonValue>;
+extern template class JsonIterator<JsonObject>;
+extern template class JsonIterator<JsonObject::Member>;
 
 /// The parse of one JSON text, which every view of it points into. Owning and movable: moving it
 /// leaves the views valid.
