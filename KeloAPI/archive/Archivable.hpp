@@ -9,6 +9,7 @@
 namespace KeloAPI {
 
 class KeyedArchiver;
+class KeyedUnarchiver;
 
 /// A model that can be kept in an archive. To be read back, a class `T` has two static members
 /// besides:
@@ -19,17 +20,12 @@ class KeyedArchiver;
 /// where `initWithCoder` gives null for an archive that lacks what the class needs.
 class KELO_API Archivable : public Object {
 public:
-    ~Archivable() override;
-
     /// The names of its class and superclasses in an archive, from its own upwards, without the
     /// common root, which the archiver adds.
     virtual std::vector<std::string_view> archivedClassNames() const = 0;
 
     /// Hands everything that is worth keeping to `coder`, each value under a key of its own.
     virtual void encodeWithCoder(KeyedArchiver& coder) const = 0;
-
-protected:
-    Archivable() = default;
 };
 
 } // namespace KeloAPI

@@ -1,8 +1,8 @@
 #include <KeloAPI/archive/internal/BinaryPropertyList.hpp>
 #include <KeloAPI/archive/internal/KeyedArchive.hpp>
 #include <KeloAPI/archive/internal/KeyedArchiveLayout.hpp>
-#include <KeloAPI/archive/internal/UTF16.hpp>
 #include <KeloAPI/archive/KeyedUnarchiver.hpp>
+#include <KeloAPI/base/internal/UTF16.hpp>
 
 #include <cmath>
 #include <limits>
@@ -17,14 +17,14 @@ namespace {
 
 /// How many objects may be decoded one within another. Nothing of the platform's or of ours comes
 /// near; each level takes a part of the stack.
-constexpr std::size_t maximumLevels = 100;
+constexpr std::size_t maxLevels = 100;
 
 /// How many bytes of text may be handed out in all. Objects may share a text, and each is given a
 /// copy.
-constexpr std::size_t maximumTextBytes = BinaryPropertyList::maximumBytes;
+constexpr std::size_t maxTextBytes = BinaryPropertyList::maxBytes;
 
 /// How many bases a URL may have.
-constexpr int maximumBases = 4;
+constexpr int maxBases = 4;
 
 } // namespace
 
@@ -32,38 +32,33 @@ constexpr int maximumBases = 4;
 class KeyedUnarchiver::Contents {
 public:
     using Dictionary = PropertyList::Dictionary;
-    using Reference = PropertyList::Reference;
+    using Reference = std::optional<PropertyList::Reference>;
     using Place = KeyedArchive::Place;
 
-    explicit Contents(const Data& bytes)
-        : _archive(KeyedArchive::read(bytes))
-        , _refused(!_archive) {}
+    explicit Contents(const Data& bytes) {
+        auto archive = KeyedArchive::read(bytes);
+        _refused = !archive;
+        if (archive) {
+            _archive = *std::move(archive);
+        }
+    }
 
     bool isRefused() const { return _refused; }
-    std::optional<Place> root() const {
-        return _archive ? std::optional(_archive->root()) : std::nullopt;
-    }
+    Place root() const { return _archive.root(); }
 
     /// The value under a key of the object that is being decoded.
-    std::optional<Reference> raw(std::string_view key) const {
-        return _refused || _current == nullptr
-                   ? std::nullopt
-                   : _archive->value(*_current, Layout::escapedKey(key));
+    Reference raw(std::string_view key) const {
+        return _refused || _current == nullptr ? std::nullopt
+                                               : _archive.value(*_current, Layout::escapedKey(key));
     }
 
-    std::optional<Place> place(std::string_view key) const {
-        const auto value = raw(key);
-        return value ? _archive->place(*value) : std::nullopt;
-    }
+    std::optional<Place> place(std::string_view key) const { return _archive.place(raw(key)); }
 
     /// The same, or the object that it refers to.
-    std::optional<Reference> target(std::string_view key) const {
-        const auto value = raw(key);
-        return value ? _archive->target(*value) : std::nullopt;
-    }
+    Reference target(std::string_view key) const { return _archive.target(raw(key)); }
 
-    std::optional<Number> number(std::optional<Reference> value) const {
-        const auto* found = value ? _archive->list().get<Number>(*value) : nullptr;
+    std::optional<Number> number(Reference value) const {
+        const auto* found = _archive.get<Number>(value);
         return found == nullptr ? std::nullopt : std::optional(*found);
     }
 
@@ -78,19 +73,18 @@ public:
 private:
     /// An object of one of the platform's classes.
     const Dictionary* instance(Reference value, std::string_view className) const {
-        const auto* entries = _archive->list().get<Dictionary>(value);
-        return entries != nullptr && _archive->isKindOf(*entries, className) ? entries : nullptr;
+        const auto* entries = _archive.get<Dictionary>(value);
+        return entries != nullptr && _archive.isKindOf(*entries, className) ? entries : nullptr;
     }
 
     /// What a key of an object stands for, through a reference or not.
-    std::optional<Reference> target(const Dictionary& entries, std::string_view key) const {
-        const auto value = _archive->value(entries, key);
-        return value ? _archive->target(*value) : std::nullopt;
+    Reference target(const Dictionary& entries, std::string_view key) const {
+        return _archive.target(_archive.value(entries, key));
     }
 
     std::optional<std::string> handOut(const std::string& text);
 
-    std::optional<KeyedArchive> _archive;
+    KeyedArchive _archive;
     bool _refused;
     /// The object that is being decoded.
     const Dictionary* _current = nullptr;
@@ -105,7 +99,7 @@ std::shared_ptr<Archivable> KeyedUnarchiver::Contents::object(KeyedUnarchiver& c
                                                               std::string_view className,
                                                               std::type_index type,
                                                               Initialiser initialise) {
-    const Dictionary* entries = _refused ? nullptr : _archive->entries(place);
+    const Dictionary* entries = _refused ? nullptr : _archive.entries(place);
     if (entries == nullptr) {
         return nullptr;
     }
@@ -113,10 +107,10 @@ std::shared_ptr<Archivable> KeyedUnarchiver::Contents::object(KeyedUnarchiver& c
     if (!isNew) {
         return known->second;
     }
-    if (!_archive->isKindOf(*entries, className)) {
+    if (!_archive.isKindOf(*entries, className)) {
         return nullptr;
     }
-    if (_levels == maximumLevels) {
+    if (_levels == maxLevels) {
         _refused = true;
         return nullptr;
     }
@@ -132,7 +126,7 @@ std::shared_ptr<Archivable> KeyedUnarchiver::Contents::object(KeyedUnarchiver& c
 
 std::optional<Date> KeyedUnarchiver::Contents::date(Reference value) const {
     double seconds = 0;
-    if (const auto* plain = _archive->list().get<PropertyList::Date>(value)) {
+    if (const auto* plain = _archive.get<PropertyList::Date>(value)) {
         seconds = plain->secondsSince2001;
     } else {
         const auto* entries = instance(value, Layout::dateClass);
@@ -155,7 +149,7 @@ std::optional<Date> KeyedUnarchiver::Contents::date(Reference value) const {
 
 std::optional<std::string> KeyedUnarchiver::Contents::handOut(const std::string& text) {
     _textBytes += text.size();
-    if (_textBytes > maximumTextBytes) {
+    if (_textBytes > maxTextBytes) {
         _refused = true;
         return std::nullopt;
     }
@@ -163,8 +157,7 @@ std::optional<std::string> KeyedUnarchiver::Contents::handOut(const std::string&
 }
 
 std::optional<std::string> KeyedUnarchiver::Contents::text(Reference value) {
-    const auto& list = _archive->list();
-    if (const auto* plain = list.get<std::string>(value)) {
+    if (const auto* plain = _archive.get<std::string>(value)) {
         return handOut(*plain);
     }
     const auto* entries = instance(value, Layout::textClass);
@@ -172,11 +165,10 @@ std::optional<std::string> KeyedUnarchiver::Contents::text(Reference value) {
         return std::nullopt;
     }
     if (const auto string = target(*entries, Layout::textString)) {
-        const auto* plain = list.get<std::string>(*string);
+        const auto* plain = _archive.get<std::string>(string);
         return plain == nullptr ? std::nullopt : handOut(*plain);
     }
-    const auto data = target(*entries, Layout::textBytes);
-    const auto* bytes = data ? list.get<PropertyList::Data>(*data) : nullptr;
+    const auto* bytes = _archive.get<PropertyList::Data>(target(*entries, Layout::textBytes));
     if (bytes == nullptr || !isUTF8(bytes->bytes)) {
         return std::nullopt;
     }
@@ -185,9 +177,8 @@ std::optional<std::string> KeyedUnarchiver::Contents::text(Reference value) {
 
 std::optional<URL> KeyedUnarchiver::Contents::url(Reference value, int bases) {
     const auto* entries = instance(value, Layout::urlClass);
-    const auto reference =
-        entries == nullptr ? std::nullopt : target(*entries, Layout::urlRelative);
-    const auto relative = reference ? text(*reference) : std::nullopt;
+    const auto relative =
+        entries == nullptr ? std::nullopt : text(target(*entries, Layout::urlRelative));
     if (!relative) {
         return std::nullopt;
     }
@@ -195,7 +186,7 @@ std::optional<URL> KeyedUnarchiver::Contents::url(Reference value, int bases) {
     if (!base) {
         return relative->empty() ? URL::empty() : URL::parse(*relative);
     }
-    const auto resolvedBase = bases < maximumBases ? url(*base, bases + 1) : std::nullopt;
+    const auto resolvedBase = bases < maxBases ? url(base, bases + 1) : std::nullopt;
     auto resolved = resolvedBase ? resolvedBase->resolve(*relative) : std::nullopt;
     const auto fragment = relative->find('#');
     if (!resolved || fragment == std::string::npos) {
@@ -244,8 +235,7 @@ std::optional<std::string> KeyedUnarchiver::rootClassName(const Data& archive) {
 std::shared_ptr<Archivable> KeyedUnarchiver::rootObject(std::string_view className,
                                                         std::type_index type,
                                                         Initialiser initialise) {
-    const auto root = _contents->root();
-    return root ? _contents->object(*this, *root, className, type, initialise) : nullptr;
+    return _contents->object(*this, _contents->root(), className, type, initialise);
 }
 
 std::shared_ptr<Archivable> KeyedUnarchiver::object(std::string_view key,
@@ -279,18 +269,15 @@ bool KeyedUnarchiver::decodeBool(std::string_view key) const {
 }
 
 std::optional<Date> KeyedUnarchiver::decodeDate(std::string_view key) const {
-    const auto value = _contents->target(key);
-    return value ? _contents->date(*value) : std::nullopt;
+    return _contents->date(_contents->target(key));
 }
 
 std::optional<URL> KeyedUnarchiver::decodeURL(std::string_view key) const {
-    const auto value = _contents->target(key);
-    return value ? _contents->url(*value, 0) : std::nullopt;
+    return _contents->url(_contents->target(key), 0);
 }
 
 std::optional<std::string> KeyedUnarchiver::decodeText(std::string_view key) const {
-    const auto value = _contents->target(key);
-    return value ? _contents->text(*value) : std::nullopt;
+    return _contents->text(_contents->target(key));
 }
 
 std::optional<Number> KeyedUnarchiver::decodeNumber(std::string_view key) const {
@@ -298,8 +285,7 @@ std::optional<Number> KeyedUnarchiver::decodeNumber(std::string_view key) const 
 }
 
 std::optional<Range> KeyedUnarchiver::decodeRange(std::string_view key) const {
-    const auto value = _contents->target(key);
-    return value ? _contents->range(*value) : std::nullopt;
+    return _contents->range(_contents->target(key));
 }
 
 } // namespace KeloAPI

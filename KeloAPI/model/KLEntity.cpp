@@ -1,20 +1,16 @@
 #include <KeloAPI/archive/KeyedArchiver.hpp>
 #include <KeloAPI/archive/KeyedUnarchiver.hpp>
+#include <KeloAPI/base/internal/UTF16.hpp>
 #include <KeloAPI/model/KLEntity.hpp>
 #include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
 #include <algorithm>
-#include <utility>
 
 namespace KeloAPI {
 
 namespace {
 
 constexpr std::string_view separator = " | ";
-
-bool continuesCodePoint(char byte) {
-    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
-}
 
 /// Whether the code point that begins with this byte lies outside the basic plane.
 bool needsSurrogates(char byte) {
@@ -46,16 +42,6 @@ std::string linkOf(const JsonValue& value) {
 
 } // namespace
 
-KLEntity::KLEntity(std::optional<std::string> idString, std::optional<std::string> type,
-                   std::string title, std::string link, Range stretch)
-    : range(stretch)
-    , _idString(std::move(idString))
-    , _type(std::move(type))
-    , _title(std::move(title))
-    , _link(std::move(link)) {}
-
-KLEntity::~KLEntity() = default;
-
 std::string KLEntity::applicationLink() const {
     std::string link = _link;
     if (const auto at = link.find(separator); at != std::string::npos) {
@@ -85,7 +71,7 @@ std::shared_ptr<KLEntity> KLEntity::initWithCoder(KeyedUnarchiver& coder) {
 
 KLEntityParser::KLEntityParser(std::string_view text) {
     for (const char byte : text) {
-        if (continuesCodePoint(byte)) {
+        if (continuesCharacter(byte)) {
             continue;
         }
         if (needsSurrogates(byte)) {

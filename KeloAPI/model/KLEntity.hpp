@@ -12,19 +12,22 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace KeloAPI {
-
-class KeyedUnarchiver;
 
 /// A stretch of a text that links somewhere. One thread at a time.
 class KELO_API KLEntity final : public Archivable {
 public:
     /// Stores everything as given.
     KLEntity(std::optional<std::string> idString, std::optional<std::string> type,
-             std::string title, std::string link, Range range);
-    ~KLEntity() override;
+             std::string title, std::string link, Range stretch)
+        : range(stretch)
+        , _idString(std::move(idString))
+        , _type(std::move(type))
+        , _title(std::move(title))
+        , _link(std::move(link)) {}
 
     /// "id", sent as text or as a number.
     const std::optional<std::string>& idString() const { return _idString; }

@@ -4,7 +4,7 @@
 #include "support/Words.hpp"
 
 #include <KeloAPI/archive/internal/BinaryPropertyList.hpp>
-#include <KeloAPI/archive/internal/UTF16.hpp>
+#include <KeloAPI/base/internal/UTF16.hpp>
 
 #include <gtest/gtest.h>
 

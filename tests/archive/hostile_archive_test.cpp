@@ -218,14 +218,14 @@ TEST(HostileArchiveTest, DecodesWhatIsSharedOnceAndNothingThatNestsTooDeep) {
 }
 
 TEST(HostileArchiveTest, RefusesListsThatNestTooDeep) {
-    EXPECT_TRUE(nested(BinaryPropertyList::maximumDepth + 1).read());
-    EXPECT_FALSE(nested(BinaryPropertyList::maximumDepth + 2).read());
+    EXPECT_TRUE(nested(BinaryPropertyList::maxDepth + 1).read());
+    EXPECT_FALSE(nested(BinaryPropertyList::maxDepth + 2).read());
     EXPECT_FALSE(nested(60000).read());
     // From wherever the walk begins.
     PropertyListFile backwards;
     backwards.referenceWidth = 2;
     backwards.values.push_back(bytesOf("A0"));
-    for (std::size_t level = 0; level <= BinaryPropertyList::maximumDepth; ++level) {
+    for (std::size_t level = 0; level <= BinaryPropertyList::maxDepth; ++level) {
         backwards.values.push_back("\xA1" + PropertyListFile::bigEndian(level, 2));
     }
     EXPECT_FALSE(backwards.read());
@@ -240,8 +240,8 @@ TEST(HostileArchiveTest, RefusesAMillionObjects) {
         }
         return file;
     };
-    EXPECT_TRUE(manyTrue(BinaryPropertyList::maximumValues).read());
-    EXPECT_FALSE(manyTrue(BinaryPropertyList::maximumValues + 1).read());
+    EXPECT_TRUE(manyTrue(BinaryPropertyList::maxValues).read());
+    EXPECT_FALSE(manyTrue(BinaryPropertyList::maxValues + 1).read());
     EXPECT_FALSE(manyTrue(1'000'000).read());
 }
 
@@ -267,10 +267,10 @@ TEST(HostileArchiveTest, RefusesAFileThatIsTooLong) {
     PropertyListFile file;
     const std::size_t rest = file.bytes().size() + 10;
     file.values = {bytesOf("4F 12") +
-                   PropertyListFile::bigEndian(BinaryPropertyList::maximumBytes - rest, 4) +
-                   std::string(BinaryPropertyList::maximumBytes - rest, 'x')};
+                   PropertyListFile::bigEndian(BinaryPropertyList::maxBytes - rest, 4) +
+                   std::string(BinaryPropertyList::maxBytes - rest, 'x')};
     const std::string atLimit = file.bytes();
-    ASSERT_EQ(atLimit.size(), BinaryPropertyList::maximumBytes);
+    ASSERT_EQ(atLimit.size(), BinaryPropertyList::maxBytes);
     EXPECT_TRUE(PropertyListFile::read(atLimit));
     file.values.emplace_back("\x09");
     EXPECT_FALSE(file.read());

@@ -20,7 +20,7 @@ Lines keysIn(const Data& archive) {
     const auto read = KeyedArchive::read(archive);
     Lines keys;
     for (const auto& [key, value] : read->entries(read->root())->entries) {
-        keys.push_back(*read->list().get<std::string>(key));
+        keys.push_back(*read->get<std::string>(key));
     }
     return keys;
 }

@@ -14,9 +14,9 @@ namespace KeloAPI {
 class BinaryPropertyList {
 public:
     /// What a file may have at most, so that one from elsewhere costs no more than it is worth.
-    static constexpr std::size_t maximumBytes = std::size_t{64} << 20U;
-    static constexpr std::size_t maximumValues = 500'000;
-    static constexpr std::uint8_t maximumDepth = 128;
+    static constexpr std::size_t maxBytes = std::size_t{64} << 20U;
+    static constexpr std::size_t maxValues = 500'000;
+    static constexpr std::uint8_t maxDepth = 128;
 
     /// Reads a whole file. None when anything of it is malformed: a size or place outside the file,
     /// values that take more room together than the file has, a container that holds itself, a key

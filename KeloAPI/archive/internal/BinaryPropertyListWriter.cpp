@@ -1,7 +1,7 @@
 #include <KeloAPI/archive/internal/BinaryPropertyList.hpp>
 #include <KeloAPI/archive/internal/BinaryPropertyListFormat.hpp>
-#include <KeloAPI/archive/internal/UTF16.hpp>
 #include <KeloAPI/base/Contract.hpp>
+#include <KeloAPI/base/internal/UTF16.hpp>
 
 #include <algorithm>
 #include <bit>

@@ -19,13 +19,18 @@ public:
     using Place = std::uint32_t;
     static constexpr Place null = 0;
 
-    /// None when the bytes are no property list or that is no keyed archive.
+    /// None when the bytes are not a property list, or that is not a keyed archive.
     static std::optional<KeyedArchive> read(const Data& archive);
 
-    const PropertyList& list() const { return _list; }
+    /// A value of this kind; null where there is none.
+    template <class T>
+    const T* get(std::optional<Reference> value) const {
+        return value ? _list.get<T>(*value) : nullptr;
+    }
+
     Place root() const { return _root; }
 
-    /// An object's own entries; null when it is no object with entries.
+    /// An object's own entries; null when it has none.
     const PropertyList::Dictionary* entries(Place object) const {
         return _list.get<PropertyList::Dictionary>(_objects[object]);
     }
@@ -34,11 +39,11 @@ public:
     std::optional<Reference> value(const PropertyList::Dictionary& entries,
                                    std::string_view key) const;
 
-    /// The object that a value refers to; none when it is no reference.
-    std::optional<Place> place(Reference value) const;
+    /// The object that a value refers to; none when it is not a reference.
+    std::optional<Place> place(std::optional<Reference> value) const;
 
     /// The value itself, or the object that it refers to; none when that is null.
-    std::optional<Reference> target(Reference value) const;
+    std::optional<Reference> target(std::optional<Reference> value) const;
 
     /// The name of an object's class, and whether that or a superclass has this name. Names are
     /// without the module that a phone may put before them ("Module.Name").

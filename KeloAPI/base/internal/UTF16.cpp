@@ -1,5 +1,6 @@
-#include <KeloAPI/archive/internal/UTF16.hpp>
+#include <KeloAPI/base/internal/UTF16.hpp>
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 
@@ -12,51 +13,31 @@ constexpr char32_t replacement = 0xFFFD;
 struct Character {
     char32_t codePoint;
     std::size_t bytes;
-    bool wellFormed;
 };
 
-bool isContinuation(char c) {
-    return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
-}
-
-/// How many bytes a lead byte announces; 0 when it is none.
-std::size_t sequenceLength(unsigned char lead) {
-    if (lead < 0x80) {
-        return 1;
-    }
-    if (lead >= 0xC2 && lead < 0xE0) {
-        return 2;
-    }
-    if (lead >= 0xE0 && lead < 0xF0) {
-        return 3;
-    }
-    return lead >= 0xF0 && lead < 0xF5 ? 4 : 0;
-}
-
-/// The first character of a text that is not empty.
+/// The first character of a text that is not empty; the replacement, of one byte, where there is
+/// none.
 Character firstCharacter(std::string_view text) {
-    constexpr Character malformed{replacement, 1, false};
+    constexpr Character malformed{replacement, 1};
     const auto lead = static_cast<unsigned char>(text.front());
-    const std::size_t length = sequenceLength(lead);
-    if (length == 1) {
-        return {lead, 1, true};
+    if (lead < 0x80) {
+        return {lead, 1};
     }
-    if (length == 0 || text.size() < length) {
+    const auto length = static_cast<std::size_t>(std::countl_one(lead));
+    if (length < 2 || length > 4 || text.size() < length) {
         return malformed;
     }
     char32_t codePoint = lead & (0x7FU >> length);
     for (std::size_t at = 1; at < length; ++at) {
-        if (!isContinuation(text[at])) {
+        if (!continuesCharacter(text[at])) {
             return malformed;
         }
         codePoint = (codePoint << 6U) | (static_cast<unsigned char>(text[at]) & 0x3FU);
     }
     constexpr char32_t lowest[] = {0, 0, 0x80, 0x800, 0x10000};
     const bool isSurrogate = codePoint >= 0xD800 && codePoint < 0xE000;
-    if (codePoint < lowest[length] || codePoint > 0x10FFFF || isSurrogate) {
-        return malformed;
-    }
-    return {codePoint, length, true};
+    const bool isWellFormed = codePoint >= lowest[length] && codePoint <= 0x10FFFF && !isSurrogate;
+    return isWellFormed ? Character{codePoint, length} : malformed;
 }
 
 void append(std::u16string& text, char32_t codePoint) {
@@ -69,23 +50,14 @@ void append(std::u16string& text, char32_t codePoint) {
 }
 
 void append(std::string& text, char32_t codePoint) {
-    const auto tail = [&](unsigned shift) {
-        text += static_cast<char>(0x80U | ((codePoint >> shift) & 0x3FU));
-    };
     if (codePoint < 0x80) {
         text += static_cast<char>(codePoint);
-    } else if (codePoint < 0x800) {
-        text += static_cast<char>(0xC0U | (codePoint >> 6U));
-        tail(0);
-    } else if (codePoint < 0x10000) {
-        text += static_cast<char>(0xE0U | (codePoint >> 12U));
-        tail(6);
-        tail(0);
-    } else {
-        text += static_cast<char>(0xF0U | (codePoint >> 18U));
-        tail(12);
-        tail(6);
-        tail(0);
+        return;
+    }
+    unsigned following = codePoint < 0x800 ? 1 : codePoint < 0x10000 ? 2 : 3;
+    text += static_cast<char>(~(0x7FU >> following) | (codePoint >> (6 * following)));
+    while (following-- > 0) {
+        text += static_cast<char>(0x80U | ((codePoint >> (6 * following)) & 0x3FU));
     }
 }
 
@@ -123,7 +95,7 @@ std::optional<std::string> utf8(std::u16string_view utf16) {
 bool isUTF8(std::string_view text) {
     while (!text.empty()) {
         const Character first = firstCharacter(text);
-        if (!first.wellFormed) {
+        if (first.codePoint == replacement && first.bytes == 1) {
             return false;
         }
         text.remove_prefix(first.bytes);

@@ -1,7 +1,0 @@
-#include <KeloAPI/archive/Archivable.hpp>
-
-namespace KeloAPI {
-
-Archivable::~Archivable() = default;
-
-} // namespace KeloAPI
