@@ -6,8 +6,11 @@
 #include <KeloAPI/Settings.hpp>
 
 #include <algorithm>
+#include <deque>
 #include <map>
+#include <mutex>
 #include <thread>
+#include <unordered_map>
 #include <utility>
 
 namespace KeloAPI {
@@ -25,7 +28,23 @@ std::string labelFor(const std::string& key) {
     return std::string(Settings::queueLabelPrefix) + "filedownloadqueue." + key;
 }
 
+struct SameFile {
+    using Pointer = std::shared_ptr<FileEndpoint>;
+    std::size_t operator()(const Pointer& a) const { return std::hash<Endpoint>()(*a); }
+    bool operator()(const Pointer& a, const Pointer& b) const { return *a == *b; }
+};
+
+template <class Value>
+using Files = std::unordered_map<std::shared_ptr<FileEndpoint>, Value, SameFile, SameFile>;
+using FilePriorities = Files<QueuePriority>;
+using FileCompletions = Files<std::vector<FileQueue::Completion>>;
+
 } // namespace
+
+struct FileQueue::Transfer {
+    std::shared_ptr<FileEndpoint> endpoint;
+    URL destination;
+};
 
 /// One call of an endpoint's download, which may end within the call.
 struct FileQueue::Call {
@@ -37,10 +56,89 @@ struct FileQueue::Call {
     std::optional<Transfer> following;
 };
 
-FileQueue::FileQueue(const std::string& key)
-    : _downloadQueue(labelFor(key)) {}
+/// What the queue knows of its files.
+struct FileQueue::Collections {
+    /// Adds a request; gives the transfer to start, if any.
+    std::optional<Transfer> enter(const std::shared_ptr<FileEndpoint>& endpoint, const URL& url,
+                                  QueuePriority priority, Completion completion) {
+        // Its destructor may be the host's, and runs without the lock.
+        std::shared_ptr<FileEndpoint> replaced;
+        const std::lock_guard lock(mutex);
+        if (remoteUrls.contains(endpoint)) {
+            replaced = removeFirst(endpoint);
+        }
+        const auto place =
+            std::partition_point(queuedFiles.begin(), queuedFiles.end(), [&](const auto& queued) {
+                const auto found = priorities.find(queued);
+                return found == priorities.end() || found->second >= priority;
+            });
+        queuedFiles.insert(place, endpoint);
+        remoteUrls.insert_or_assign(endpoint, url);
+        priorities.insert_or_assign(endpoint, priority);
+        completeBlocks[endpoint].push_back(std::move(completion));
+        return queuedFiles.size() == 1 ? front() : std::nullopt;
+    }
 
-FileQueue::~FileQueue() = default;
+    /// Ends a transfer; gives the next to start, if any.
+    std::optional<Transfer> leave(const std::shared_ptr<FileEndpoint>& endpoint,
+                                  const FileDownloadResult& result) {
+        // Their destructors may be the host's, and run without the lock.
+        std::shared_ptr<FileEndpoint> file;
+        Files<URL>::node_type destination;
+        FileCompletions::node_type completions;
+        std::optional<Transfer> next;
+        {
+            const std::lock_guard lock(mutex);
+            file = removeFirst(endpoint);
+            destination = remoteUrls.extract(endpoint);
+            completions = completeBlocks.extract(endpoint);
+            next = front();
+        }
+        if (!completions.empty()) {
+            MainQueue::main().async([toCall = std::move(completions.mapped()), result] {
+                for (const Completion& completion : toCall) {
+                    completion(result);
+                }
+            });
+        }
+        return next;
+    }
+
+    std::shared_ptr<FileEndpoint> removeFirst(const std::shared_ptr<FileEndpoint>& endpoint) {
+        const auto found = std::find_if(queuedFiles.begin(), queuedFiles.end(),
+                                        [&](const auto& queued) { return *queued == *endpoint; });
+        if (found == queuedFiles.end()) {
+            return nullptr;
+        }
+        auto removed = std::move(*found);
+        queuedFiles.erase(found);
+        return removed;
+    }
+
+    std::optional<Transfer> front() const {
+        if (queuedFiles.empty()) {
+            return std::nullopt;
+        }
+        const auto destination = remoteUrls.find(queuedFiles.front());
+        if (destination == remoteUrls.end()) {
+            return std::nullopt;
+        }
+        return Transfer{queuedFiles.front(), destination->second};
+    }
+
+    /// Held while neither an endpoint nor a completion is called.
+    std::mutex mutex;
+    /// In falling order of priority, which every insertion keeps.
+    std::deque<std::shared_ptr<FileEndpoint>> queuedFiles;
+    Files<URL> remoteUrls;
+    /// Keeps the entries of files that have left the queue.
+    FilePriorities priorities;
+    FileCompletions completeBlocks;
+};
+
+FileQueue::FileQueue(const std::string& key)
+    : _collections(std::make_shared<Collections>())
+    , _downloadQueue(labelFor(key)) {}
 
 std::shared_ptr<FileQueue> FileQueue::withKey(const std::string& key) {
     auto& queue = fileQueues()[key];
@@ -75,34 +173,10 @@ void FileQueue::download(std::shared_ptr<FileEndpoint> endpoint, const URL& to,
     _downloadQueue.asyncOrOnMain([queue = weak_from_this(), endpoint = std::move(endpoint), to,
                                   priority, completion = std::move(completion)]() mutable {
         if (const auto self = queue.lock()) {
-            self->downloadNext(self->enter(endpoint, to, priority, std::move(completion)));
+            self->downloadNext(
+                self->_collections->enter(endpoint, to, priority, std::move(completion)));
         }
     });
-}
-
-std::optional<FileQueue::Transfer> FileQueue::enter(const std::shared_ptr<FileEndpoint>& endpoint,
-                                                    const URL& url, QueuePriority priority,
-                                                    Completion completion) {
-    std::shared_ptr<FileEndpoint> replaced;
-    const std::lock_guard lock(_mutex);
-    replaced = enqueueFile(endpoint, url, priority, std::move(completion));
-    return _queuedFiles.size() == 1 ? front() : std::nullopt;
-}
-
-std::shared_ptr<FileEndpoint> FileQueue::enqueueFile(const std::shared_ptr<FileEndpoint>& endpoint,
-                                                     const URL& url, QueuePriority priority,
-                                                     Completion completion) {
-    auto replaced = _remoteUrls.contains(endpoint) ? removeFirst(endpoint) : nullptr;
-    const auto place =
-        std::partition_point(_queuedFiles.begin(), _queuedFiles.end(), [&](const auto& queued) {
-            const auto found = _priorities.find(queued);
-            return found == _priorities.end() || found->second >= priority;
-        });
-    _queuedFiles.insert(place, endpoint);
-    _remoteUrls.insert_or_assign(endpoint, url);
-    _priorities.insert_or_assign(endpoint, priority);
-    _completeBlocks[endpoint].push_back(std::move(completion));
-    return replaced;
 }
 
 void FileQueue::downloadNext(std::optional<Transfer> next) {
@@ -118,7 +192,7 @@ void FileQueue::downloadNext(std::optional<Transfer> next) {
                 if (!self) {
                     return;
                 }
-                auto following = self->leave(endpoint, result);
+                auto following = self->_collections->leave(endpoint, result);
                 if (call->runsHere()) {
                     call->following = std::move(following);
                 } else {
@@ -131,73 +205,23 @@ void FileQueue::downloadNext(std::optional<Transfer> next) {
     }
 }
 
-std::optional<FileQueue::Transfer> FileQueue::leave(const std::shared_ptr<FileEndpoint>& endpoint,
-                                                    const FileDownloadResult& result) {
-    Dequeued dequeued;
-    std::optional<Transfer> next;
-    {
-        const std::lock_guard lock(_mutex);
-        dequeued = dequeueFile(endpoint);
-        next = front();
-    }
-    if (!dequeued.completions.empty()) {
-        MainQueue::main().async([completions = std::move(dequeued.completions.mapped()), result] {
-            for (const Completion& completion : completions) {
-                completion(result);
-            }
-        });
-    }
-    return next;
-}
-
-FileQueue::Dequeued FileQueue::dequeueFile(const std::shared_ptr<FileEndpoint>& endpoint) {
-    return {removeFirst(endpoint), _remoteUrls.extract(endpoint),
-            _completeBlocks.extract(endpoint)};
-}
-
-std::shared_ptr<FileEndpoint>
-FileQueue::removeFirst(const std::shared_ptr<FileEndpoint>& endpoint) {
-    const auto found = std::find_if(_queuedFiles.begin(), _queuedFiles.end(),
-                                    [&](const auto& queued) { return *queued == *endpoint; });
-    if (found == _queuedFiles.end()) {
-        return nullptr;
-    }
-    auto removed = std::move(*found);
-    _queuedFiles.erase(found);
-    return removed;
-}
-
-std::optional<FileQueue::Transfer> FileQueue::front() const {
-    if (_queuedFiles.empty()) {
-        return std::nullopt;
-    }
-    const auto destination = _remoteUrls.find(_queuedFiles.front());
-    if (destination == _remoteUrls.end()) {
-        return std::nullopt;
-    }
-    return Transfer{_queuedFiles.front(), destination->second};
-}
-
 void FileQueue::kill() {
-    decltype(_queuedFiles) files;
-    decltype(_remoteUrls) remoteUrls;
-    decltype(_priorities) priorities;
-    decltype(_completeBlocks) completeBlocks;
+    Collections dropped;
     {
         // What the host's completions captured goes without the lock.
-        const std::lock_guard lock(_mutex);
-        _queuedFiles.swap(files);
-        _remoteUrls.swap(remoteUrls);
-        _priorities.swap(priorities);
-        _completeBlocks.swap(completeBlocks);
+        const std::lock_guard lock(_collections->mutex);
+        _collections->queuedFiles.swap(dropped.queuedFiles);
+        _collections->remoteUrls.swap(dropped.remoteUrls);
+        _collections->priorities.swap(dropped.priorities);
+        _collections->completeBlocks.swap(dropped.completeBlocks);
     }
     const auto self = shared_from_this(); // the registry's may be the last reference
     std::erase_if(fileQueues(), [&](const auto& entry) { return entry.second == self; });
 }
 
 std::vector<std::shared_ptr<FileEndpoint>> FileQueue::queuedFiles() const {
-    const std::lock_guard lock(_mutex);
-    return {_queuedFiles.begin(), _queuedFiles.end()};
+    const std::lock_guard lock(_collections->mutex);
+    return {_collections->queuedFiles.begin(), _collections->queuedFiles.end()};
 }
 
 } // namespace KeloAPI

@@ -7,12 +7,9 @@
 #include <KeloAPI/files/QueuePriority.hpp>
 #include <KeloAPI/queues/SerialQueue.hpp>
 
-#include <deque>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 namespace KeloAPI {
@@ -37,10 +34,6 @@ class KELO_API FileQueue final : public Object, public std::enable_shared_from_t
 public:
     /// Neither empty nor throwing.
     using Completion = FileEndpoint::Completion;
-
-    FileQueue(const FileQueue&) = delete;
-    FileQueue& operator=(const FileQueue&) = delete;
-    ~FileQueue() override;
 
     /// The one queue of that key, made at the first request.
     static std::shared_ptr<FileQueue> withKey(const std::string& key);
@@ -67,51 +60,15 @@ public:
     const SerialQueue& downloadQueue() const { return _downloadQueue; }
 
 private:
-    struct SameFile {
-        using Pointer = std::shared_ptr<FileEndpoint>;
-        std::size_t operator()(const Pointer& a) const { return std::hash<Endpoint>()(*a); }
-        bool operator()(const Pointer& a, const Pointer& b) const { return *a == *b; }
-    };
-    template <class Value>
-    using Files = std::unordered_map<std::shared_ptr<FileEndpoint>, Value, SameFile, SameFile>;
-
-    struct Transfer {
-        std::shared_ptr<FileEndpoint> endpoint;
-        URL destination;
-    };
+    struct Collections;
+    struct Transfer;
     struct Call;
 
     explicit FileQueue(const std::string& key);
 
-    std::optional<Transfer> enter(const std::shared_ptr<FileEndpoint>& endpoint, const URL& url,
-                                  QueuePriority priority, Completion completion);
     void downloadNext(std::optional<Transfer> next);
-    std::optional<Transfer> leave(const std::shared_ptr<FileEndpoint>& endpoint,
-                                  const FileDownloadResult& result);
 
-    // The steps of the above, under the lock. What they take out of the collections, they return:
-    // its destructors, which may be the host's, run without the lock.
-    struct Dequeued {
-        std::shared_ptr<FileEndpoint> file;
-        Files<URL>::node_type destination;
-        Files<std::vector<Completion>>::node_type completions;
-    };
-    std::shared_ptr<FileEndpoint> enqueueFile(const std::shared_ptr<FileEndpoint>& endpoint,
-                                              const URL& url, QueuePriority priority,
-                                              Completion completion);
-    Dequeued dequeueFile(const std::shared_ptr<FileEndpoint>& endpoint);
-    std::shared_ptr<FileEndpoint> removeFirst(const std::shared_ptr<FileEndpoint>& endpoint);
-    std::optional<Transfer> front() const;
-
-    // Guards the four collections; held while neither an endpoint nor a completion is called.
-    mutable std::mutex _mutex;
-    /// In falling order of priority, which every insertion keeps.
-    std::deque<std::shared_ptr<FileEndpoint>> _queuedFiles;
-    Files<URL> _remoteUrls;
-    /// Keeps the entries of files that have left the queue.
-    Files<QueuePriority> _priorities;
-    Files<std::vector<Completion>> _completeBlocks;
-
+    const std::shared_ptr<Collections> _collections;
     SerialQueue _downloadQueue;
 };
 
