@@ -1,12 +1,9 @@
 #include <KeloAPI/base/Date.hpp>
+#include <KeloAPI/base/internal/Ascii.hpp>
 
 namespace KeloAPI {
 
 namespace {
-
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
 
 /// Takes fields off the front of a text. A failed step makes every later one fail too, so a whole
 /// pattern reads as one list and is judged at its end.
@@ -18,7 +15,7 @@ public:
     int number(std::size_t fewestDigits, std::size_t maxDigits) {
         int value = 0;
         std::size_t digits = 0;
-        while (digits < maxDigits && digits < _rest.size() && isDigit(_rest[digits])) {
+        while (digits < maxDigits && digits < _rest.size() && Ascii::isDigit(_rest[digits])) {
             value = value * 10 + (_rest[digits++] - '0');
         }
         _ok = _ok && digits >= fewestDigits;
@@ -38,7 +35,7 @@ public:
         const std::size_t before = _rest.size();
         int value = 0;
         int weight = 100;
-        while (!_rest.empty() && isDigit(_rest.front())) {
+        while (!_rest.empty() && Ascii::isDigit(_rest.front())) {
             value += (_rest.front() - '0') * weight;
             weight /= 10;
             _rest.remove_prefix(1);

@@ -2,6 +2,17 @@
 
 namespace KeloAPI {
 
+namespace {
+
+/// The value under a key where it is of this type; null otherwise.
+template <class T>
+const T* held(const Error::UserInfo& info, std::string_view key) {
+    const auto found = info.find(key);
+    return found == info.end() ? nullptr : std::get_if<T>(&found->second);
+}
+
+} // namespace
+
 struct Error::Contents {
     std::string domain;
     std::int64_t code;
@@ -34,33 +45,18 @@ const Error::UserInfo& Error::userInfo() const {
 }
 
 std::string Error::localizedDescription() const {
-    const auto found = userInfo().find(NSLocalizedDescriptionKey);
-    if (found != userInfo().end()) {
-        if (const auto* message = std::get_if<std::string>(&found->second)) {
-            return *message;
-        }
-    }
-    return domain() + " error " + std::to_string(code());
+    const auto* message = held<std::string>(userInfo(), NSLocalizedDescriptionKey);
+    return message != nullptr ? *message : domain() + " error " + std::to_string(code());
 }
 
 std::optional<std::int64_t> Error::integer(std::string_view key) const {
-    const auto found = userInfo().find(key);
-    if (found != userInfo().end()) {
-        if (const auto* number = std::get_if<Number>(&found->second)) {
-            return number->int64Value();
-        }
-    }
-    return std::nullopt;
+    const auto* number = held<Number>(userInfo(), key);
+    return number != nullptr ? std::optional(number->int64Value()) : std::nullopt;
 }
 
 std::optional<URL> Error::url(std::string_view key) const {
-    const auto found = userInfo().find(key);
-    if (found != userInfo().end()) {
-        if (const auto* url = std::get_if<URL>(&found->second)) {
-            return *url;
-        }
-    }
-    return std::nullopt;
+    const auto* url = held<URL>(userInfo(), key);
+    return url != nullptr ? std::optional(*url) : std::nullopt;
 }
 
 const std::optional<Error>& Error::underlying() const {

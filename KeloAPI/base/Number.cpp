@@ -1,5 +1,6 @@
 #include <KeloAPI/base/Number.hpp>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -80,44 +81,25 @@ std::string decimal(double value) {
 } // namespace
 
 std::int64_t Number::int64Value() const {
-    switch (_kind) {
-    case Kind::Signed:
-        return _bits.i;
-    case Kind::Double:
+    if (_kind == Kind::Double) {
         return truncated<std::int64_t>(_bits.d, -twoTo63, twoTo63);
-    case Kind::Boolean:
-    case Kind::Unsigned:
-        break;
     }
-    constexpr auto highest = std::numeric_limits<std::int64_t>::max();
-    return _bits.u > static_cast<std::uint64_t>(highest) ? highest
-                                                         : static_cast<std::int64_t>(_bits.u);
+    constexpr std::uint64_t highest = std::numeric_limits<std::int64_t>::max();
+    return _kind == Kind::Signed ? _bits.i : static_cast<std::int64_t>(std::min(_bits.u, highest));
 }
 
 std::uint64_t Number::uint64Value() const {
-    switch (_kind) {
-    case Kind::Signed:
-        return _bits.i < 0 ? 0 : static_cast<std::uint64_t>(_bits.i);
-    case Kind::Double:
+    if (_kind == Kind::Double) {
         return truncated<std::uint64_t>(_bits.d, 0.0, twoTo64);
-    case Kind::Boolean:
-    case Kind::Unsigned:
-        break;
     }
-    return _bits.u;
+    return _kind == Kind::Signed && _bits.i < 0 ? 0 : _bits.u;
 }
 
 double Number::doubleValue() const {
-    switch (_kind) {
-    case Kind::Signed:
-        return static_cast<double>(_bits.i);
-    case Kind::Double:
+    if (_kind == Kind::Double) {
         return _bits.d;
-    case Kind::Boolean:
-    case Kind::Unsigned:
-        break;
     }
-    return static_cast<double>(_bits.u);
+    return _kind == Kind::Signed ? static_cast<double>(_bits.i) : static_cast<double>(_bits.u);
 }
 
 bool Number::boolValue() const {
@@ -125,16 +107,10 @@ bool Number::boolValue() const {
 }
 
 std::string Number::stringValue() const {
-    switch (_kind) {
-    case Kind::Signed:
-        return decimal(_bits.i);
-    case Kind::Double:
+    if (_kind == Kind::Double) {
         return decimal(_bits.d);
-    case Kind::Boolean:
-    case Kind::Unsigned:
-        break;
     }
-    return decimal(_bits.u);
+    return _kind == Kind::Signed ? decimal(_bits.i) : decimal(_bits.u);
 }
 
 bool operator==(const Number& a, const Number& b) {

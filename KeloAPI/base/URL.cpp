@@ -37,6 +37,13 @@ private:
     bool _ok;
 };
 
+/// None where there are no digits, or more than a port has.
+std::optional<std::uint16_t> portOf(std::string_view digits) {
+    std::uint16_t port = 0;
+    const auto outcome = std::from_chars(digits.data(), digits.data() + digits.size(), port);
+    return outcome.ec == std::errc() ? std::optional(port) : std::nullopt;
+}
+
 /// True for what resolvers take for a number, in lower case.
 bool isNumber(std::string_view label) {
     const bool isHex = label.starts_with("0x");
@@ -71,34 +78,31 @@ std::string normalisedIPv6(const std::string& text) {
 }
 
 bool isUnreserved(char c) {
-    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' ||
-           c == '.' || c == '_' || c == '~';
+    return Ascii::isAlphanumeric(c) || c == '-' || c == '.' || c == '_' || c == '~';
 }
 
-bool standsInPath(char c) {
+bool mayStandInPath(char c) {
     return isUnreserved(c) || std::string_view("!$&'()*+,;=:@/").find(c) != std::string_view::npos;
 }
 
-void appendEscaped(std::string& text, char c) {
+/// `text` with every byte escaped that may not stand there.
+std::string escaped(std::string_view text, bool (*mayStand)(char)) {
     constexpr std::string_view digits = "0123456789ABCDEF";
-    const auto byte = static_cast<unsigned char>(c);
-    text += '%';
-    text += digits[byte >> 4U];
-    text += digits[byte & 15U];
-}
-
-/// `text` with what may not stand in a path escaped.
-std::string escapedPath(std::string_view text) {
     std::string result;
     result.reserve(text.size());
     for (const char c : text) {
-        if (standsInPath(c)) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (mayStand(c)) {
             result += c;
         } else {
-            appendEscaped(result, c);
+            result.append("%").append({digits[byte >> 4U], digits[byte & 15U]});
         }
     }
     return result;
+}
+
+std::string escapedPath(std::string_view text) {
+    return escaped(text, mayStandInPath);
 }
 
 std::string unescaped(std::string_view text) {
@@ -172,11 +176,9 @@ std::optional<URL> URL::parse(std::string_view text) {
     if (!ParsedUri(url._text).ok()) {
         return std::nullopt;
     }
-    // The port must fit; the grammar lets any run of digits through.
+    // The grammar lets any run of digits through.
     const std::string_view digits = splitAuthority(authorityOf(url._text)).port;
-    std::uint16_t port = 0;
-    if (!digits.empty() &&
-        std::from_chars(digits.data(), digits.data() + digits.size(), port).ec != std::errc()) {
+    if (!digits.empty() && !portOf(digits)) {
         return std::nullopt;
     }
     return url;
@@ -216,10 +218,7 @@ std::string URL::host() const {
 }
 
 std::optional<std::uint16_t> URL::port() const {
-    const std::string_view digits = splitAuthority(authorityOf(_text)).port;
-    if (!digits.empty()) {
-        std::uint16_t port = 0;
-        std::from_chars(digits.data(), digits.data() + digits.size(), port);
+    if (const auto port = portOf(splitAuthority(authorityOf(_text)).port)) {
         return port;
     }
     const std::string name = scheme();
@@ -320,16 +319,7 @@ std::optional<URL> URL::resolve(std::string_view reference) const {
 }
 
 std::string percentEncoded(std::string_view text) {
-    std::string result;
-    result.reserve(text.size());
-    for (const char c : text) {
-        if (isUnreserved(c)) {
-            result += c;
-        } else {
-            appendEscaped(result, c);
-        }
-    }
-    return result;
+    return escaped(text, isUnreserved);
 }
 
 } // namespace KeloAPI

@@ -15,8 +15,6 @@ Manager::Manager(std::shared_ptr<Transport> transport, const TransportSettings& 
     , _responseQueue(std::make_shared<SerialQueue>("KeloAPI.response"))
     , _transport(std::move(transport)) {}
 
-Manager::~Manager() = default;
-
 std::shared_ptr<Request> Manager::request(const URLRequestConvertible& convertible) {
     return start(convertible.URLRequest(), TransferKind::Call, Request::Counts::BytesReceived,
                  memorySink());

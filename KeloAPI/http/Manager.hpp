@@ -30,7 +30,6 @@ public:
     explicit Manager(std::shared_ptr<Transport> transport, const TransportSettings& settings = {});
     Manager(const Manager&) = delete;
     Manager& operator=(const Manager&) = delete;
-    ~Manager();
 
     /// Sends a request whose response is gathered in memory.
     std::shared_ptr<Request> request(const URLRequestConvertible& convertible);

@@ -85,22 +85,13 @@ private:
         _json += value ? "true" : "false";
         return true;
     }
-    bool write(std::int64_t value) {
-        _json += std::to_string(value);
-        return true;
-    }
-    bool write(std::uint64_t value) {
-        _json += std::to_string(value);
-        return true;
-    }
-    bool write(double value) {
-        if (!std::isfinite(value)) {
-            return false;
-        }
-        // Large ones with an exponent: as a mere run of digits they would be integers to a reader,
-        // and beyond 64 bits.
+    /// Large doubles with an exponent: as a mere run of digits they would be integers to a reader,
+    /// and beyond 64 bits.
+    template <class Value>
+    requires std::is_arithmetic_v<Value>
+    bool write(Value value) {
         _json += Number::of(value).stringValue();
-        return true;
+        return std::isfinite(static_cast<double>(value));
     }
     bool write(const std::string& text) {
         if (!simdjson::validate_utf8(text)) {

@@ -1,7 +1,10 @@
+#include <KeloAPI/base/internal/Ascii.hpp>
 #include <KeloAPI/http/HTTPError.hpp>
 #include <KeloAPI/http/URLRequest.hpp>
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <string_view>
 
 namespace KeloAPI {
@@ -12,8 +15,7 @@ namespace {
 bool isHeaderName(std::string_view name) {
     constexpr std::string_view marks = "!#$%&'*+-.^_`|~";
     return !name.empty() && std::all_of(name.begin(), name.end(), [&](char c) {
-        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-               marks.find(c) != std::string_view::npos;
+        return Ascii::isAlphanumeric(c) || marks.find(c) != std::string_view::npos;
     });
 }
 
@@ -22,6 +24,18 @@ bool isHeaderValue(std::string_view value) {
 }
 
 } // namespace
+
+std::string_view name(Method method) {
+    constexpr std::array<std::string_view, 9> names = {
+        "OPTIONS", "GET", "HEAD", "POST", "PUT", "PATCH", "DELETE", "TRACE", "CONNECT"};
+    return names.at(static_cast<std::size_t>(method));
+}
+
+bool HeaderNameLess::operator()(std::string_view a, std::string_view b) const {
+    return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
+        return Ascii::lower(x) < Ascii::lower(y);
+    });
+}
 
 std::string URLRequest::description() const {
     return std::string(name(method)) + " " + (url ? url->absoluteString() : "nil");
@@ -41,7 +55,5 @@ std::optional<Error> URLRequest::problem() const {
     }
     return std::nullopt;
 }
-
-URLRequestConvertible::~URLRequestConvertible() = default;
 
 } // namespace KeloAPI

@@ -44,7 +44,7 @@ public:
     URLRequestConvertible() = default;
     URLRequestConvertible(const URLRequestConvertible&) = default;
     URLRequestConvertible& operator=(const URLRequestConvertible&) = default;
-    virtual ~URLRequestConvertible();
+    virtual ~URLRequestConvertible() = default;
     virtual KeloAPI::URLRequest URLRequest() const = 0;
 };
 

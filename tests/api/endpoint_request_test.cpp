@@ -4,7 +4,7 @@
 #include <KeloAPI/api/AlamofireEndpointRequest.hpp>
 #include <KeloAPI/api/Endpoint.hpp>
 #include <KeloAPI/http/HTTPError.hpp>
-#include <KeloAPI/http/internal/BodyMemory.hpp>
+#include <KeloAPI/http/internal/MemorySink.hpp>
 #include <KeloAPI/model/KLEmpty.hpp>
 
 #include <gtest/gtest.h>

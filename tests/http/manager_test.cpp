@@ -4,7 +4,7 @@
 #include "support/Words.hpp"
 
 #include <KeloAPI/fakes/ScriptedTransport.hpp>
-#include <KeloAPI/http/internal/BodyMemory.hpp>
+#include <KeloAPI/http/internal/MemorySink.hpp>
 #include <KeloAPI/http/Manager.hpp>
 
 #include <gtest/gtest.h>

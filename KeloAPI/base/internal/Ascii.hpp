@@ -19,6 +19,14 @@ inline std::string lower(std::string_view text) {
     return result;
 }
 
+inline bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+inline bool isAlphanumeric(char c) {
+    return isDigit(c) || (lower(c) >= 'a' && lower(c) <= 'z');
+}
+
 inline bool equalsIgnoringCase(std::string_view a, std::string_view b) {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                       [](char x, char y) { return lower(x) == lower(y); });

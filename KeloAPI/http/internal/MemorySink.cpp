@@ -1,8 +1,8 @@
 #include <KeloAPI/http/HTTPError.hpp>
-#include <KeloAPI/http/internal/BodyMemory.hpp>
 #include <KeloAPI/http/internal/MemorySink.hpp>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
 #include <utility>
 
@@ -16,7 +16,23 @@ constexpr std::size_t padding = 64;
 // A length that the head promises is believed up to here; beyond, the body grows as it comes.
 constexpr std::int64_t maxReserved = std::int64_t{16} << 20U;
 
+constinit std::atomic<std::size_t> bytesTaken = 0;
+
 } // namespace
+
+bool BodyMemory::take(std::size_t bytes, std::size_t max) {
+    std::size_t before = bytesTaken.load(std::memory_order_relaxed);
+    do {
+        if (before > max || bytes > max - before) {
+            return false;
+        }
+    } while (!bytesTaken.compare_exchange_weak(before, before + bytes, std::memory_order_relaxed));
+    return true;
+}
+
+void BodyMemory::giveBack(std::size_t bytes) {
+    bytesTaken.fetch_sub(bytes, std::memory_order_relaxed);
+}
 
 MemorySink::~MemorySink() {
     BodyMemory::giveBack(_counted);

@@ -17,8 +17,7 @@ namespace {
 /// set when none is left.
 bool isCharsetName(std::string_view name) {
     return !name.empty() && std::all_of(name.begin(), name.end(), [](char c) {
-        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-               c == '-' || c == '_' || c == '.' || c == ':';
+        return Ascii::isAlphanumeric(c) || c == '-' || c == '_' || c == '.' || c == ':';
     });
 }
 
