@@ -6,13 +6,6 @@
 
 namespace KeloAPI {
 
-EndpointRequest::~EndpointRequest() = default;
-
-AlamofireEndpointRequest::AlamofireEndpointRequest(const std::shared_ptr<Request>& request)
-    : _request(request) {}
-
-AlamofireEndpointRequest::~AlamofireEndpointRequest() = default;
-
 std::shared_ptr<AlamofireEndpointRequest>
 AlamofireEndpointRequest::create(const std::shared_ptr<Request>& request) {
     std::shared_ptr<AlamofireEndpointRequest> handle(new AlamofireEndpointRequest(request));

@@ -4,6 +4,7 @@
 #include <KeloAPI/base/Export.hpp>
 
 #include <memory>
+#include <utility>
 
 namespace KeloAPI {
 
@@ -16,14 +17,14 @@ public:
     /// A handle of `request`; of nothing when that is null.
     static std::shared_ptr<AlamofireEndpointRequest>
     create(const std::shared_ptr<Request>& request);
-    ~AlamofireEndpointRequest() override;
 
     const ProgressHandler& progressHandler() const override { return _progressHandler; }
     void setProgressHandler(ProgressHandler handler) override;
     void cancel() override;
 
 private:
-    explicit AlamofireEndpointRequest(const std::shared_ptr<Request>& request);
+    explicit AlamofireEndpointRequest(const std::shared_ptr<Request>& request)
+        : _request(request) {}
 
     ProgressHandler _progressHandler;
     bool _isObserving = false;

@@ -14,8 +14,6 @@ constexpr std::string_view sessionIdField = "kelo-session-id";
 
 } // namespace
 
-Endpoint::~Endpoint() = default;
-
 Endpoint::Endpoint(Key, std::shared_ptr<Session> session)
     : _session(std::move(session)) {
     require(_session != nullptr, "an endpoint needs a session");
@@ -23,38 +21,6 @@ Endpoint::Endpoint(Key, std::shared_ptr<Session> session)
 
 std::shared_ptr<Endpoint> Endpoint::create(std::shared_ptr<Session> session) {
     return make<Endpoint>(std::move(session));
-}
-
-const std::string& Endpoint::path() const {
-    return _path;
-}
-
-void Endpoint::setPath(std::string path) {
-    _path = std::move(path);
-}
-
-Method Endpoint::method() const {
-    return _method;
-}
-
-void Endpoint::setMethod(Method method) {
-    _method = method;
-}
-
-ParameterEncoding Endpoint::parameterEncoding() const {
-    return _parameterEncoding;
-}
-
-void Endpoint::setParameterEncoding(ParameterEncoding parameterEncoding) {
-    _parameterEncoding = parameterEncoding;
-}
-
-const Parameters& Endpoint::parameters() const {
-    return _parameters;
-}
-
-void Endpoint::setParameters(Parameters parameters) {
-    _parameters = std::move(parameters);
 }
 
 HeaderFields Endpoint::headerFields() const {
@@ -117,10 +83,6 @@ void Endpoint::download(const URL& destinationUrl, DownloadCompletion completion
             completionHandler(url, std::move(error));
         },
         _downloadProgressHandler, delivery);
-}
-
-void Endpoint::setDownloadProgressHandler(Session::DownloadProgress handler) {
-    _downloadProgressHandler = std::move(handler);
 }
 
 std::shared_ptr<EndpointRequest> Endpoint::request(TextCompletion completionHandler) {

@@ -49,7 +49,8 @@ struct ResponseReader {
 ///  1. The send operation makes the URL request from the endpoint's and the session's values of
 ///     that moment, on the calling thread, and returns the call's handle at once.
 ///  2. While bytes move, the handle's progress handler is called on the main queue.
-///  3. The response is parsed off the main thread, in the context called the response queue (a short
+///  3. The response is parsed off the main thread, in the context called the response queue (a
+///  short
 ///     one, by the library's own parser, on the network thread), and one trace line is written.
 ///  4. On the main queue, the service codes 100 and 103 (sign in again) and 419 (captcha) go to
 ///     the session, together with a retry that sends this endpoint's call again from scratch.
@@ -74,17 +75,19 @@ public:
 
     /// Where the call goes: a path below the service's root, or a complete URL (a path that holds
     /// "http" anywhere is taken for one). Empty by default.
-    virtual const std::string& path() const;
-    virtual void setPath(std::string path);
+    virtual const std::string& path() const { return _path; }
+    virtual void setPath(std::string path) { _path = std::move(path); }
     /// `GET` by default.
-    virtual Method method() const;
-    virtual void setMethod(Method method);
+    virtual Method method() const { return _method; }
+    virtual void setMethod(Method method) { _method = method; }
     /// Into the query string by default.
-    virtual ParameterEncoding parameterEncoding() const;
-    virtual void setParameterEncoding(ParameterEncoding parameterEncoding);
+    virtual ParameterEncoding parameterEncoding() const { return _parameterEncoding; }
+    virtual void setParameterEncoding(ParameterEncoding parameterEncoding) {
+        _parameterEncoding = parameterEncoding;
+    }
     /// None by default.
-    virtual const Parameters& parameters() const;
-    virtual void setParameters(Parameters parameters);
+    virtual const Parameters& parameters() const { return _parameters; }
+    virtual void setParameters(Parameters parameters) { _parameters = std::move(parameters); }
     /// The header fields of the call, each only where the session has a value for it:
     /// "Accept-Language", "User-Agent", "X-Kelo-Client", "kelo-session-id", and "X-Kelo-Polling"
     /// with "true" for a background poll.
@@ -119,7 +122,9 @@ public:
                                             Completion completionHandler);
 
     /// Called on the main queue while the bytes of a later `download` arrive. Empty by default.
-    void setDownloadProgressHandler(Session::DownloadProgress handler);
+    void setDownloadProgressHandler(Session::DownloadProgress handler) {
+        _downloadProgressHandler = std::move(handler);
+    }
 
     /// Never null.
     const std::shared_ptr<Session>& session() const { return _session; }
@@ -129,8 +134,6 @@ public:
 
     /// Endpoints are the same when their paths are; nothing else plays a part.
     friend bool operator==(const Endpoint& a, const Endpoint& b) { return a.path() == b.path(); }
-
-    ~Endpoint() override;
 
 protected:
     /// Only `make` has one: a constructor that asks for it cannot be called from elsewhere.

@@ -20,7 +20,7 @@ public:
     EndpointErrorHandler() = default;
     EndpointErrorHandler(const EndpointErrorHandler&) = delete;
     EndpointErrorHandler& operator=(const EndpointErrorHandler&) = delete;
-    virtual ~EndpointErrorHandler();
+    virtual ~EndpointErrorHandler() = default;
 
     /// The service wants the user to sign in again.
     virtual void endpointRequiresAuth(const std::shared_ptr<Endpoint>& endpoint,

@@ -14,9 +14,6 @@ public:
     /// check. An unknown total makes it negative, an empty one infinite or not-a-number.
     using ProgressHandler = std::function<void(EndpointRequest& request, double fraction)>;
 
-    EndpointRequest() = default;
-    ~EndpointRequest() override;
-
     /// Called on the main queue as bytes move; looked up at every report, so it may be set while
     /// the call is under way. Empty by default. On the main queue's thread.
     virtual const ProgressHandler& progressHandler() const = 0;

@@ -9,13 +9,20 @@
 
 namespace KeloAPI {
 
-SessionDelegate::~SessionDelegate() = default;
-EndpointErrorHandler::~EndpointErrorHandler() = default;
+namespace {
+
+using Question = std::optional<std::string> (SessionDelegate::*)(Session& session);
+
+/// What the session's delegate says, where there is one.
+std::optional<std::string> ask(Session& session, Question question) {
+    const auto delegate = session.delegate();
+    return delegate ? (delegate.get()->*question)(session) : std::nullopt;
+}
+
+} // namespace
 
 Session::Session(SessionType sessionType)
     : _sessionType(sessionType) {}
-
-Session::~Session() = default;
 
 std::shared_ptr<SessionDelegate> Session::delegate() const {
     const std::lock_guard lock(_delegateMutex);
@@ -28,34 +35,27 @@ void Session::setDelegate(const std::shared_ptr<SessionDelegate>& delegate) {
 }
 
 std::string Session::host() {
-    const auto asked = delegate();
-    return (asked ? asked->hostForSession(*this) : std::nullopt)
-        .value_or(std::string(Settings::apiHost));
+    return ask(*this, &SessionDelegate::hostForSession).value_or(std::string(Settings::apiHost));
 }
 
 std::string Session::schema() {
-    const auto asked = delegate();
-    return (asked ? asked->schemaForSession(*this) : std::nullopt).value_or("https://");
+    return ask(*this, &SessionDelegate::schemaForSession).value_or("https://");
 }
 
 std::optional<std::string> Session::sessionId() {
-    const auto asked = delegate();
-    return asked ? asked->sessionKeyForSession(*this) : std::nullopt;
+    return ask(*this, &SessionDelegate::sessionKeyForSession);
 }
 
 std::optional<std::string> Session::acceptLanguage() {
-    const auto asked = delegate();
-    return asked ? asked->acceptLanguageForSession(*this) : std::nullopt;
+    return ask(*this, &SessionDelegate::acceptLanguageForSession);
 }
 
 std::optional<std::string> Session::userAgent() {
-    const auto asked = delegate();
-    return asked ? asked->userAgentForSession(*this) : std::nullopt;
+    return ask(*this, &SessionDelegate::userAgentForSession);
 }
 
 std::optional<std::string> Session::keloClient() {
-    const auto asked = delegate();
-    return asked ? asked->keloClientForSession(*this) : std::nullopt;
+    return ask(*this, &SessionDelegate::keloClientForSession);
 }
 
 bool Session::polling() {

@@ -55,7 +55,6 @@ public:
     static constexpr bool certificatePinningEnabled = true;
 
     explicit Session(SessionType sessionType);
-    ~Session() override;
 
     /// Held weakly: null when there is none or it has gone.
     virtual std::shared_ptr<SessionDelegate> delegate() const;

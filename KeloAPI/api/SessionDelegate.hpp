@@ -19,7 +19,7 @@ public:
     SessionDelegate() = default;
     SessionDelegate(const SessionDelegate&) = delete;
     SessionDelegate& operator=(const SessionDelegate&) = delete;
-    virtual ~SessionDelegate();
+    virtual ~SessionDelegate() = default;
 
     /// Host of the service, with a port where it is not the scheme's own; absent for the built-in.
     virtual std::optional<std::string> hostForSession(Session& session) = 0;

@@ -5,8 +5,6 @@ namespace KeloAPI {
 LikeActionEndpoint::LikeActionEndpoint(Key key, const std::shared_ptr<KLWatchPost>& post)
     : PostActionEndpoint(key, post, std::make_shared<LikeParser>()) {}
 
-LikeActionEndpoint::~LikeActionEndpoint() = default;
-
 std::shared_ptr<LikeActionEndpoint>
 LikeActionEndpoint::create(const std::shared_ptr<KLWatchPost>& post) {
     return make<LikeActionEndpoint>(post);

@@ -13,7 +13,6 @@ class KELO_API LikeActionEndpoint : public PostActionEndpoint<LikeParser> {
 public:
     /// On the authenticated session, with `Api::sessionDelegate()`.
     static std::shared_ptr<LikeActionEndpoint> create(const std::shared_ptr<KLWatchPost>& post);
-    ~LikeActionEndpoint() override;
 
     void setPathFor(bool on) override;
 

@@ -23,8 +23,6 @@ std::optional<Error> encodeForSegment(URLRequest& request, const Parameters& par
 LongformUploadEndpoint::LongformUploadEndpoint(Key key)
     : Endpoint(key, Api::session(SessionType::Authenticated)) {}
 
-LongformUploadEndpoint::~LongformUploadEndpoint() = default;
-
 std::shared_ptr<LongformUploadEndpoint> LongformUploadEndpoint::create() {
     return make<LongformUploadEndpoint>();
 }

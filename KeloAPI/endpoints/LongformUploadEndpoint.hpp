@@ -33,7 +33,6 @@ public:
 
     /// On the authenticated session, with `Api::sessionDelegate()`.
     static std::shared_ptr<LongformUploadEndpoint> create();
-    ~LongformUploadEndpoint() override;
 
     /// POST /upload/longform-videos, with "totalBytes" and the media type "video/mp4" in the query.
     std::shared_ptr<EndpointRequest> initiateUpload(std::int64_t totalBytes, Completion completion);

@@ -13,8 +13,6 @@ LongformViewsEndpoint::LongformViewsEndpoint(Key key, const std::string& longfor
     setPath("/longforms/" + longformId + "/views");
 }
 
-LongformViewsEndpoint::~LongformViewsEndpoint() = default;
-
 std::shared_ptr<LongformViewsEndpoint>
 LongformViewsEndpoint::create(const std::string& longformId) {
     return make<LongformViewsEndpoint>(longformId);

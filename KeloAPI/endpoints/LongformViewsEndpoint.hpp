@@ -17,7 +17,6 @@ class KELO_API LongformViewsEndpoint : public Endpoint {
 public:
     /// On the authenticated session, with `Api::sessionDelegate()`.
     static std::shared_ptr<LongformViewsEndpoint> create(const std::string& longformId);
-    ~LongformViewsEndpoint() override;
 
     /// GET. The completion runs on the main queue, with null views where the response held none.
     std::shared_ptr<EndpointRequest> fetchViews(

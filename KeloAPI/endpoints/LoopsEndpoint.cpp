@@ -14,8 +14,6 @@ LoopsEndpoint::LoopsEndpoint(Key key)
     setParameterEncoding(ParameterEncoding::JSON);
 }
 
-LoopsEndpoint::~LoopsEndpoint() = default;
-
 std::shared_ptr<LoopsEndpoint> LoopsEndpoint::create() {
     return make<LoopsEndpoint>();
 }

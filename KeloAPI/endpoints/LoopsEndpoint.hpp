@@ -15,7 +15,6 @@ class KELO_API LoopsEndpoint : public Endpoint {
 public:
     /// On the authenticated session, with `Api::sessionDelegate()`.
     static std::shared_ptr<LoopsEndpoint> create();
-    ~LoopsEndpoint() override;
 
     /// Sends one record, {"loops": [{"count", "postId", "ts"}]} with the instant of the call in
     /// seconds since 1970, and forgets it: the outcome is one diagnostic line, there is no retry

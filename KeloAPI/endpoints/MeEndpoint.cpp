@@ -12,8 +12,6 @@ MeEndpoint::MeEndpoint(Key key, std::shared_ptr<Session> session)
     setPath("users/me");
 }
 
-MeEndpoint::~MeEndpoint() = default;
-
 std::shared_ptr<MeEndpoint> MeEndpoint::create() {
     return create(Api::session(SessionType::Authenticated));
 }

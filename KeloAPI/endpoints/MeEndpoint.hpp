@@ -26,7 +26,6 @@ public:
     static std::shared_ptr<MeEndpoint> create();
     /// On a session of the caller's choice; a null one stops the process.
     static std::shared_ptr<MeEndpoint> create(std::shared_ptr<Session> session);
-    ~MeEndpoint() override;
 
     /// The completion runs on the main queue. A response without error and without a user stops the
     /// process: the service rules it out.

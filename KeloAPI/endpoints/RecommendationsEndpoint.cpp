@@ -1,6 +1,7 @@
 #include <KeloAPI/api/Api.hpp>
 #include <KeloAPI/endpoints/RecommendationsEndpoint.hpp>
 #include <KeloAPI/model/KLEmpty.hpp>
+#include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
 #include <array>
 #include <cstddef>
@@ -20,12 +21,7 @@ std::string_view rawValue(RecommendationBoost boost) {
 }
 
 std::optional<RecommendationBoost> recommendationBoostOf(std::string_view rawValue) {
-    for (std::size_t position = 0; position < boosts.size(); ++position) {
-        if (boosts[position] == rawValue) {
-            return static_cast<RecommendationBoost>(position);
-        }
-    }
-    return std::nullopt;
+    return caseNamed<RecommendationBoost>(boosts, rawValue);
 }
 
 RecommendationsEndpoint::RecommendationsEndpoint(Key key)
@@ -33,8 +29,6 @@ RecommendationsEndpoint::RecommendationsEndpoint(Key key)
     setMethod(Method::POST);
     setParameterEncoding(ParameterEncoding::JSON);
 }
-
-RecommendationsEndpoint::~RecommendationsEndpoint() = default;
 
 std::shared_ptr<RecommendationsEndpoint> RecommendationsEndpoint::create() {
     return make<RecommendationsEndpoint>();

@@ -57,7 +57,6 @@ public:
 
     /// On the authenticated session, with `Api::sessionDelegate()`.
     static std::shared_ptr<RecommendationsEndpoint> create();
-    ~RecommendationsEndpoint() override;
 
     /// Sends feedback on a recommended user. The id goes into the path as given.
     void addUserFeedback(const std::string& userId, RecommendationBoost boost,

@@ -5,8 +5,6 @@ namespace KeloAPI {
 RekeloActionEndpoint::RekeloActionEndpoint(Key key, const std::shared_ptr<KLWatchPost>& post)
     : PostActionEndpoint(key, post, std::make_shared<RekeloParser>()) {}
 
-RekeloActionEndpoint::~RekeloActionEndpoint() = default;
-
 std::shared_ptr<RekeloActionEndpoint>
 RekeloActionEndpoint::create(const std::shared_ptr<KLWatchPost>& post) {
     return make<RekeloActionEndpoint>(post);

@@ -14,7 +14,6 @@ class KELO_API RekeloActionEndpoint : public PostActionEndpoint<RekeloParser> {
 public:
     /// On the authenticated session, with `Api::sessionDelegate()`.
     static std::shared_ptr<RekeloActionEndpoint> create(const std::shared_ptr<KLWatchPost>& post);
-    ~RekeloActionEndpoint() override;
 
     /// Taking back leaves the path as it was where the post knows no repost of the user's.
     void setPathFor(bool on) override;

@@ -10,8 +10,6 @@ SoundboardEndpoint::SoundboardEndpoint(Key key, std::shared_ptr<Session> session
     setPath("/soundboard");
 }
 
-SoundboardEndpoint::~SoundboardEndpoint() = default;
-
 std::shared_ptr<SoundboardEndpoint> SoundboardEndpoint::create(std::shared_ptr<Session> session) {
     return make<SoundboardEndpoint>(std::move(session));
 }

@@ -17,7 +17,6 @@ class KELO_API SoundboardEndpoint : public Endpoint {
 public:
     /// On a session of the caller's choice; a null one stops the process.
     static std::shared_ptr<SoundboardEndpoint> create(std::shared_ptr<Session> session);
-    ~SoundboardEndpoint() override;
 
     /// The completion runs on the main queue, with an empty list beside an error.
     std::shared_ptr<EndpointRequest>

@@ -39,8 +39,6 @@ TimelineEndpoint::TimelineEndpoint(Key key, const std::string& path)
 TimelineEndpoint::TimelineEndpoint(Key key, std::shared_ptr<Session> session)
     : Endpoint(key, std::move(session)) {}
 
-TimelineEndpoint::~TimelineEndpoint() = default;
-
 std::shared_ptr<TimelineEndpoint> TimelineEndpoint::create(const std::string& path) {
     return make<TimelineEndpoint>(path);
 }

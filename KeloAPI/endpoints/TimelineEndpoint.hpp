@@ -34,7 +34,6 @@ public:
     /// Without a path and without parameters, on a session of the caller's choice; a null one stops
     /// the process.
     static std::shared_ptr<TimelineEndpoint> create(std::shared_ptr<Session> session);
-    ~TimelineEndpoint() override;
 
     /// Sends the request; may be called again. The completion runs on the main queue. The pages'
     /// endpoints have the default parameters and the paging ones; what else was added here is not

@@ -20,8 +20,6 @@ UserEndpoint::UserEndpoint(Key key, std::shared_ptr<Session> session, std::strin
     : Endpoint(key, std::move(session))
     , _userId(std::move(userId)) {}
 
-UserEndpoint::~UserEndpoint() = default;
-
 std::shared_ptr<UserEndpoint> UserEndpoint::create(std::string userId) {
     return create(Api::session(SessionType::Authenticated), std::move(userId));
 }

@@ -24,7 +24,6 @@ public:
     /// id is empty.
     static std::shared_ptr<UserEndpoint> create(std::shared_ptr<Session> session,
                                                 std::string userId = "");
-    ~UserEndpoint() override;
 
     const std::string& userId() const { return _userId; }
 

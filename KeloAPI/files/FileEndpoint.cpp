@@ -17,8 +17,6 @@ FileEndpoint::FileEndpoint(Key key, std::string path, std::shared_ptr<FileManage
     Endpoint::setPath(std::move(path));
 }
 
-FileEndpoint::~FileEndpoint() = default;
-
 std::shared_ptr<FileEndpoint> FileEndpoint::create(std::string path,
                                                    std::shared_ptr<FileManager> fileManager) {
     return make<FileEndpoint>(std::move(path), std::move(fileManager));

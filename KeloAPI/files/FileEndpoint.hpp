@@ -35,7 +35,6 @@ public:
     /// On the authenticated session, with `Api::sessionDelegate()`. The manager must not be null.
     static std::shared_ptr<FileEndpoint> create(std::string path,
                                                 std::shared_ptr<FileManager> fileManager);
-    ~FileEndpoint() override;
 
     using Endpoint::download;
     /// Makes the file available at the file URL `destination`. A file that is there already is

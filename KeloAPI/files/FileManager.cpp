@@ -46,8 +46,6 @@ std::optional<std::string> containerPath() {
 FileManager::FileManager(std::string relativePath)
     : _relativePath(std::move(relativePath)) {}
 
-FileManager::~FileManager() = default;
-
 std::shared_ptr<FileManager> FileManager::sharedGroupManager(const std::string& relativePath) {
     auto& manager = instances()[relativePath];
     if (!manager) {

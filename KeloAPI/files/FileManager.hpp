@@ -18,10 +18,6 @@ namespace KeloAPI {
 /// any thread, the rest used from one thread at a time, the registry of managers included.
 class KELO_API FileManager final : public Object, public std::enable_shared_from_this<FileManager> {
 public:
-    FileManager(const FileManager&) = delete;
-    FileManager& operator=(const FileManager&) = delete;
-    ~FileManager() override;
-
     /// The one manager for `relativePath`, made at the first request. The path is put behind the
     /// container's as it is, so it brings its own "/" on both ends.
     static std::shared_ptr<FileManager> sharedGroupManager(const std::string& relativePath);

@@ -1,5 +1,6 @@
 #include <KeloAPI/base/Contract.hpp>
 #include <KeloAPI/files/KLVideoUrlBitrateSetting.hpp>
+#include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
 #include <bit>
 #include <cstdint>
@@ -41,25 +42,16 @@ KLVideoUrlBitrateSetting::KLVideoUrlBitrateSetting(URL remoteUrl, std::string fo
     , _identifier(std::move(identifier))
     , _version(std::move(version)) {}
 
-KLVideoUrlBitrateSetting::~KLVideoUrlBitrateSetting() = default;
-
 KLVideoUrlBitrateSettingParser::KLVideoUrlBitrateSettingParser(std::string identifier)
     : _identifier(std::move(identifier)) {}
 
 std::shared_ptr<KLVideoUrlBitrateSetting>
 KLVideoUrlBitrateSettingParser::parse(const JsonObject& json) const {
     const auto [videoUrl, format, rate, id] = json.values("videoUrl", "format", "rate", "id");
-    auto url = URL::parse(videoUrl.text().value_or(""));
-    if (!url) {
-        throw JsonParseError(JsonParseError::InsufficientData, "videoUrl");
-    }
-    const auto name = format.text();
-    if (!name) {
-        throw JsonParseError(JsonParseError::InsufficientData, "format");
-    }
-    return std::make_shared<KLVideoUrlBitrateSetting>(*std::move(url), std::string(*name),
-                                                      _identifier, rate.real().value_or(0),
-                                                      std::optional<std::string>(id.text()));
+    auto url = required(urlOf(videoUrl), "videoUrl");
+    auto name = required(textOf(format), "format");
+    return std::make_shared<KLVideoUrlBitrateSetting>(std::move(url), std::move(name), _identifier,
+                                                      rate.real().value_or(0), textOf(id));
 }
 
 } // namespace KeloAPI

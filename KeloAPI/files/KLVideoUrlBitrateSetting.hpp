@@ -18,7 +18,6 @@ public:
     KLVideoUrlBitrateSetting(URL remoteUrl, std::string format,
                              std::optional<std::string> identifier, double minBitrate,
                              std::optional<std::string> version);
-    ~KLVideoUrlBitrateSetting() override;
 
     /// "videoUrl": where the file is fetched.
     const URL& remoteUrl() const { return _remoteUrl; }

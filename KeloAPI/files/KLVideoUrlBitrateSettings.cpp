@@ -23,17 +23,9 @@ auto hasFormat(std::string_view format) {
 
 } // namespace
 
-KLVideoUrlBitrateSettings::KLVideoUrlBitrateSettings() = default;
-
 KLVideoUrlBitrateSettings::KLVideoUrlBitrateSettings(Settings settings)
     : _settings(std::move(settings)) {
     std::sort(_settings.begin(), _settings.end(), goesBefore);
-}
-
-KLVideoUrlBitrateSettings::~KLVideoUrlBitrateSettings() = default;
-
-void KLVideoUrlBitrateSettings::setSettings(Settings settings) {
-    _settings = std::move(settings);
 }
 
 Setting KLVideoUrlBitrateSettings::settingForRemoteURL(const URL& url) const {

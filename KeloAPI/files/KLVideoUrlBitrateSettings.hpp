@@ -17,15 +17,14 @@ public:
     using Settings = std::vector<std::shared_ptr<KLVideoUrlBitrateSetting>>;
 
     /// No offers.
-    KLVideoUrlBitrateSettings();
+    KLVideoUrlBitrateSettings() = default;
     /// Sorts `settings` by their minimum bitrate; among equal ones any order. None may be null.
     explicit KLVideoUrlBitrateSettings(Settings settings);
-    ~KLVideoUrlBitrateSettings() override;
 
     const Settings& settings() const { return _settings; }
     /// Keeps the settings as given: they must be in ascending order of their minimum bitrate, which
     /// every choice relies on. None may be null.
-    void setSettings(Settings settings);
+    void setSettings(Settings settings) { _settings = std::move(settings); }
 
     /// The first offer with that URL; null when there is none.
     std::shared_ptr<KLVideoUrlBitrateSetting> settingForRemoteURL(const URL& url) const;

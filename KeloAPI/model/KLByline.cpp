@@ -2,14 +2,7 @@
 #include <KeloAPI/model/KLEntity.hpp>
 #include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
-#include <utility>
-
 namespace KeloAPI {
-
-KLByline::KLByline(std::string text)
-    : _text(std::move(text)) {}
-
-KLByline::~KLByline() = default;
 
 std::shared_ptr<KLByline> KLBylineParser::parse(const JsonObject& json) const {
     const auto [body, entities, iconUrl] = json.values("body", "entities", "iconUrl");

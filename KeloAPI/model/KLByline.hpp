@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace KeloAPI {
@@ -17,8 +18,8 @@ class KLEntity;
 /// A short line of text shown with a post. One thread at a time.
 class KELO_API KLByline final : public Object {
 public:
-    explicit KLByline(std::string text);
-    ~KLByline() override;
+    explicit KLByline(std::string text)
+        : _text(std::move(text)) {}
 
     /// "body".
     const std::string& text() const { return _text; }

@@ -5,8 +5,6 @@
 #include <KeloAPI/parsing/AnyObjectJsonParser.hpp>
 #include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
-#include <utility>
-
 namespace KeloAPI {
 
 namespace {
@@ -14,15 +12,6 @@ namespace {
 constexpr const char* black = "000000";
 
 } // namespace
-
-KLChannel::KLChannel(std::string id, std::string title, std::string fontColor,
-                     std::string backgroundColor)
-    : channelId(std::move(id))
-    , name(std::move(title))
-    , fontColorHex(std::move(fontColor))
-    , backgroundColorHex(std::move(backgroundColor)) {}
-
-KLChannel::~KLChannel() = default;
 
 bool KLChannel::isEqual(const Object& other) const {
     const auto* channel = dynamic_cast<const KLChannel*>(&other);

@@ -12,11 +12,10 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace KeloAPI {
-
-class KeyedUnarchiver;
 
 class AnyObjectJsonParser;
 class KLPagedData;
@@ -52,9 +51,12 @@ public:
     bool showRecent = false;
 
     KLChannel() = default;
-    KLChannel(std::string channelId, std::string name, std::string fontColorHex,
-              std::string backgroundColorHex);
-    ~KLChannel() override;
+    KLChannel(std::string identifier, std::string title, std::string fontColor,
+              std::string backgroundColor)
+        : channelId(std::move(identifier))
+        , name(std::move(title))
+        , fontColorHex(std::move(fontColor))
+        , backgroundColorHex(std::move(backgroundColor)) {}
 
     static constexpr std::string_view archivedClassName = "KLChannel";
     std::vector<std::string_view> archivedClassNames() const override {

@@ -9,17 +9,15 @@
 namespace KeloAPI {
 
 /// What a response without data is parsed into.
-class KELO_API KLEmpty final : public Object {
-public:
-    KLEmpty() = default;
-    ~KLEmpty() override;
-};
+class KELO_API KLEmpty final : public Object {};
 
 /// Makes a `KLEmpty` of whatever it is given. Never throws.
 class KELO_API KLEmptyParser final : public JsonParser<KLEmpty> {
 public:
     using Reading = detail::OnArrival;
-    std::shared_ptr<KLEmpty> parse(const JsonObject& json) const override;
+    std::shared_ptr<KLEmpty> parse(const JsonObject&) const override {
+        return std::make_shared<KLEmpty>();
+    }
 };
 
 } // namespace KeloAPI

@@ -3,14 +3,6 @@
 
 namespace KeloAPI {
 
-KLEndlessLikesRange::KLEndlessLikesRange(double count, double start, double end, double level)
-    : _count(count)
-    , _startTime(start)
-    , _endTime(end)
-    , _level(level) {}
-
-KLEndlessLikesRange::~KLEndlessLikesRange() = default;
-
 std::shared_ptr<KLEndlessLikesRange>
 KLEndlessLikesRangeParser::parse(const JsonObject& json) const {
     const auto [count, startTime, endTime, level] =

@@ -11,8 +11,11 @@ namespace KeloAPI {
 /// How many likes a span of a long-form video was given, at one level. Does not change once made.
 class KELO_API KLEndlessLikesRange final : public Object {
 public:
-    KLEndlessLikesRange(double count, double start, double end, double level);
-    ~KLEndlessLikesRange() override;
+    KLEndlessLikesRange(double count, double start, double end, double level)
+        : _count(count)
+        , _startTime(start)
+        , _endTime(end)
+        , _level(level) {}
 
     /// "count".
     double count() const { return _count; }

@@ -4,14 +4,16 @@
 #include <KeloAPI/base/Object.hpp>
 
 #include <string>
+#include <utility>
 
 namespace KeloAPI {
 
 /// A card between the posts of a feed. Does not change once made.
 class KELO_API KLFeedInsert : public Object {
 public:
-    KLFeedInsert(std::string reference, bool closeable);
-    ~KLFeedInsert() override;
+    KLFeedInsert(std::string reference, bool closeable)
+        : _reference(std::move(reference))
+        , _closeable(closeable) {}
 
     /// "reference": the service's name of the insert.
     const std::string& reference() const { return _reference; }

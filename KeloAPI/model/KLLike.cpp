@@ -4,8 +4,6 @@
 
 namespace KeloAPI {
 
-KLLike::~KLLike() = default;
-
 std::shared_ptr<KLLike> LikeParser::parse(const JsonObject& json) const {
     auto like = std::make_shared<KLLike>();
     const JsonValue likeId = json["likeId"];

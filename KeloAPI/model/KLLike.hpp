@@ -20,9 +20,6 @@ public:
     /// Who likes. Null only until a parser sets it; a record that tells of no user has one with an
     /// empty name.
     std::shared_ptr<KLWatchUser> user;
-
-    KLLike() = default;
-    ~KLLike() override;
 };
 
 /// Never throws. An object without "likeId" stops the process.

@@ -8,14 +8,17 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace KeloAPI {
 
 /// A long-form video. One thread at a time.
 class KELO_API KLLongform final : public Object {
 public:
-    KLLongform(std::string longformId, URL url, double duration);
-    ~KLLongform() override;
+    KLLongform(std::string longformId, URL url, double duration)
+        : _longformId(std::move(longformId))
+        , _url(std::move(url))
+        , _duration(duration) {}
 
     /// "longformId".
     const std::string& longformId() const { return _longformId; }

@@ -7,14 +7,16 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace KeloAPI {
 
 /// How often a long-form video has been viewed in all. Does not change once made.
 class KELO_API KLLongformViews final : public Object {
 public:
-    KLLongformViews(std::string longformId, std::int64_t count);
-    ~KLLongformViews() override;
+    KLLongformViews(std::string longformId, std::int64_t count)
+        : _longformId(std::move(longformId))
+        , _count(count) {}
 
     /// "longformId".
     const std::string& longformId() const { return _longformId; }

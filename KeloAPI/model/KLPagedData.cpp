@@ -6,9 +6,6 @@
 
 namespace KeloAPI {
 
-KLPagedData::KLPagedData()
-    : KLPagedData(Elements()) {}
-
 KLPagedData::KLPagedData(Elements data)
     : _metadata(KLPagingMetadata::ofRecords(static_cast<std::int64_t>(data.size())))
     , _data(std::move(data)) {}
@@ -18,8 +15,6 @@ KLPagedData::KLPagedData(Elements data, std::shared_ptr<KLPagingMetadata> metada
     , _data(std::move(data)) {
     require(_metadata != nullptr, "paged data needs metadata");
 }
-
-KLPagedData::~KLPagedData() = default;
 
 void KLPagedData::setMetadata(std::shared_ptr<KLPagingMetadata> metadata) {
     require(metadata != nullptr, "paged data needs metadata");

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace KeloAPI {
@@ -20,12 +21,12 @@ public:
     using Index = std::int64_t;
 
     /// An empty list.
-    KLPagedData();
+    KLPagedData()
+        : KLPagedData(Elements()) {}
     /// A list whose metadata has the number of elements as its count and nothing else.
     explicit KLPagedData(Elements data);
     /// `metadata` must not be null.
     KLPagedData(Elements data, std::shared_ptr<KLPagingMetadata> metadata);
-    ~KLPagedData() override;
 
     const std::shared_ptr<KLPagingMetadata>& metadata() const { return _metadata; }
     /// `metadata` must not be null.

@@ -21,9 +21,6 @@ std::shared_ptr<KLChannel> channelOf(const JsonValue& value) {
 
 } // namespace
 
-KLPagingMetadata::KLPagingMetadata() = default;
-KLPagingMetadata::~KLPagingMetadata() = default;
-
 KLPagingMetadata::KLPagingMetadata(const JsonObject& json) {
     PagingKeys keys(json);
     setCount(keys.count.value_or(0));
@@ -40,19 +37,6 @@ KLPagingMetadata::KLPagingMetadata(const JsonObject& json) {
 
 KLPagingMetadata::KLPagingMetadata(const KLPagingMetadata& metadata)
     : KLPagingMetadata(metadata.count(), metadata, metadata) {}
-
-KLPagingMetadata::KLPagingMetadata(std::int64_t count, const KLPagingMetadata& metadata,
-                                   const KLPagingMetadata& prepend)
-    : _count(count)
-    , _nextPage(metadata._nextPage)
-    , _previousPage(prepend._previousPage)
-    , _pageSize(metadata._pageSize)
-    , _anchor(metadata._anchor)
-    , _backAnchor(prepend._backAnchor)
-    , _title(metadata._title)
-    , _nextAfter(prepend._nextAfter)
-    , _channel(metadata._channel)
-    , _displayCount(metadata._displayCount) {}
 
 std::shared_ptr<KLPagingMetadata> KLPagingMetadata::ofRecords(std::int64_t count) {
     std::shared_ptr<KLPagingMetadata> metadata(new KLPagingMetadata);

@@ -24,10 +24,19 @@ public:
     /// The values of two joined pages: `count` as it is given; `previousPage`, `backAnchor` and
     /// `nextAfter` of `prepend`; all others of `metadata`.
     KLPagingMetadata(std::int64_t count, const KLPagingMetadata& metadata,
-                     const KLPagingMetadata& prepend);
+                     const KLPagingMetadata& prepend)
+        : _count(count)
+        , _nextPage(metadata._nextPage)
+        , _previousPage(prepend._previousPage)
+        , _pageSize(metadata._pageSize)
+        , _anchor(metadata._anchor)
+        , _backAnchor(prepend._backAnchor)
+        , _title(metadata._title)
+        , _nextAfter(prepend._nextAfter)
+        , _channel(metadata._channel)
+        , _displayCount(metadata._displayCount) {}
     /// The values of a list of so many records that came without any.
     static std::shared_ptr<KLPagingMetadata> ofRecords(std::int64_t count);
-    ~KLPagingMetadata() override;
 
     /// "count": records in the whole list.
     std::int64_t count() const { return _count; }
@@ -55,7 +64,7 @@ public:
     void setDisplayCount(std::int64_t displayCount) { _displayCount = displayCount; }
 
 private:
-    KLPagingMetadata();
+    KLPagingMetadata() = default;
 
     std::int64_t _count = 0;
     std::int64_t _nextPage = 0;

@@ -1,16 +1,7 @@
 #include <KeloAPI/model/KLPostAudioMetadata.hpp>
 #include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
-#include <utility>
-
 namespace KeloAPI {
-
-KLPostAudioMetadata::KLPostAudioMetadata(std::string artist, std::string track, std::string id)
-    : artistName(std::move(artist))
-    , trackName(std::move(track))
-    , trackId(std::move(id)) {}
-
-KLPostAudioMetadata::~KLPostAudioMetadata() = default;
 
 std::shared_ptr<KLPostAudioMetadata> KLPostAudioMetadata::fromJSON(const JsonObject& json) {
     const auto [track, trackId] = json.values("track", "trackId");

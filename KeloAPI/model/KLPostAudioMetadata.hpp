@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace KeloAPI {
 
@@ -26,7 +27,6 @@ public:
     /// Null when "trackName" or "artistName" of "track" is missing or no text, or "trackId" missing
     /// or no number.
     static std::shared_ptr<KLPostAudioMetadata> fromJSON(const JsonObject& json);
-    ~KLPostAudioMetadata() override;
 
     /// "itunesId" of "track": the track's number in the music store; absent when missing or no
     /// number.
@@ -37,7 +37,10 @@ public:
     bool hasTrackTimeline() const { return _hasTrackTimeline; }
 
 private:
-    KLPostAudioMetadata(std::string artist, std::string track, std::string id);
+    KLPostAudioMetadata(std::string artist, std::string track, std::string identifier)
+        : artistName(std::move(artist))
+        , trackName(std::move(track))
+        , trackId(std::move(identifier)) {}
 
     std::optional<Number> _iTunesId;
     std::optional<std::string> _affiliateToken;

@@ -24,8 +24,8 @@ constexpr std::optional<KLPostProcessStatusState> postProcessStatusStateOf(std::
 /// What the service says of its work on a post. Does not change once made.
 class KELO_API KLPostProcessStatus final : public Object {
 public:
-    explicit KLPostProcessStatus(KLPostProcessStatusState state);
-    ~KLPostProcessStatus() override;
+    explicit KLPostProcessStatus(KLPostProcessStatusState state)
+        : _state(state) {}
 
     /// "state", as "started", "completed" or "failed".
     KLPostProcessStatusState state() const { return _state; }

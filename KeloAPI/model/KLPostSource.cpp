@@ -1,8 +1,6 @@
 #include <KeloAPI/model/KLPostSource.hpp>
 #include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
-#include <utility>
-
 namespace KeloAPI {
 
 std::optional<KLPostSourceContentType> contentTypeOf(std::int64_t rawValue) {
@@ -11,12 +9,6 @@ std::optional<KLPostSourceContentType> contentTypeOf(std::int64_t rawValue) {
     }
     return static_cast<KLPostSourceContentType>(rawValue);
 }
-
-KLPostSource::KLPostSource(std::string postId, std::string userId)
-    : _postId(std::move(postId))
-    , _userId(std::move(userId)) {}
-
-KLPostSource::~KLPostSource() = default;
 
 std::shared_ptr<KLPostSource> KLPostSource::fromJSON(const JsonObject& json) {
     const auto [postIdNumber, contentType, userIdNumber, username, caption, thumbnailUrl,

@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace KeloAPI {
 
@@ -32,7 +33,6 @@ public:
 
     /// Null when "postId" or "userId" is missing or no number.
     static std::shared_ptr<KLPostSource> fromJSON(const JsonObject& json);
-    ~KLPostSource() override;
 
     /// "postId" and "userId", as decimal text.
     const std::string& postId() const { return _postId; }
@@ -44,7 +44,9 @@ public:
     KLPostSourceContentType contentType() const { return _contentType; }
 
 private:
-    KLPostSource(std::string postId, std::string userId);
+    KLPostSource(std::string postId, std::string userId)
+        : _postId(std::move(postId))
+        , _userId(std::move(userId)) {}
 
     std::string _postId;
     std::string _userId;

@@ -1,10 +1,11 @@
 #pragma once
 
-#include <KeloAPI/base/Export.hpp>
+#include <KeloAPI/base/Contract.hpp>
 #include <KeloAPI/model/KLFeedInsert.hpp>
 
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace KeloAPI {
 
@@ -19,8 +20,16 @@ public:
     /// `description` becomes the subtitle. `posts` must not be null.
     KLPostsMosaic(std::shared_ptr<KLPagedData> posts, std::string title, std::string description,
                   std::string link, std::string reference, bool closeable, KLPostsMosaicType type,
-                  bool pinnable);
-    ~KLPostsMosaic() override;
+                  bool pinnable)
+        : KLFeedInsert(std::move(reference), closeable)
+        , _posts(std::move(posts))
+        , _title(std::move(title))
+        , _subtitle(std::move(description))
+        , _link(std::move(link))
+        , _type(type)
+        , _pinnable(pinnable) {
+        require(_posts != nullptr, "a mosaic of posts needs a list of posts");
+    }
 
     /// Never null.
     const std::shared_ptr<KLPagedData>& posts() const { return _posts; }

@@ -4,8 +4,6 @@
 
 namespace KeloAPI {
 
-KLRekelo::~KLRekelo() = default;
-
 std::shared_ptr<KLRekelo> RekeloParser::parse(const JsonObject& json) const {
     auto rekelo = std::make_shared<KLRekelo>();
     const JsonValue repostId = json["repostId"];

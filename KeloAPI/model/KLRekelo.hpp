@@ -22,9 +22,6 @@ public:
     /// has one with an empty name. Null in a post's `currentUserRekelo`: there it is the signed-in
     /// user.
     std::shared_ptr<KLWatchUser> user;
-
-    KLRekelo() = default;
-    ~KLRekelo() override;
 };
 
 /// Never throws. An object without "repostId" stops the process.

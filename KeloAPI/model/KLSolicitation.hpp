@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace KeloAPI {
 
@@ -15,8 +16,9 @@ class KELO_API KLSolicitation final : public KLFeedInsert {
 public:
     /// An absent `closeable` is false.
     KLSolicitation(std::string reference, std::optional<bool> closeable,
-                   std::optional<std::string> closeUrlPath);
-    ~KLSolicitation() override;
+                   std::optional<std::string> closeUrlPath)
+        : KLFeedInsert(std::move(reference), closeable.value_or(false))
+        , _closeUrlPath(std::move(closeUrlPath)) {}
 
     /// "closeUrlPath": the path to call when the user dismisses the prompt.
     const std::optional<std::string>& closeUrlPath() const { return _closeUrlPath; }

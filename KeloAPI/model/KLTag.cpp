@@ -3,8 +3,6 @@
 #include <KeloAPI/model/KLTag.hpp>
 #include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
-#include <utility>
-
 namespace KeloAPI {
 
 KLTag::KLTag(std::string tagId, std::string name)
@@ -14,11 +12,6 @@ KLTag::KLTag(std::string tagId, std::string name)
         _name.insert(0, 1, '#');
     }
 }
-
-KLTag::KLTag(std::string name)
-    : KLTag(std::string(), std::move(name)) {}
-
-KLTag::~KLTag() = default;
 
 std::string KLTag::nameWithoutHash() const {
     return _name.starts_with('#') ? _name.substr(1) : _name;

@@ -8,11 +8,10 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace KeloAPI {
-
-class KeyedUnarchiver;
 
 /// A hashtag. One thread at a time.
 class KELO_API KLTag final : public Archivable {
@@ -20,8 +19,8 @@ public:
     /// The name is stored with a "#" before it, unless it begins with one already.
     KLTag(std::string tagId, std::string name);
     /// A tag that has no identifier yet: an empty one.
-    explicit KLTag(std::string name);
-    ~KLTag() override;
+    explicit KLTag(std::string name)
+        : KLTag(std::string(), std::move(name)) {}
 
     /// "tagId", sent as text or as a number.
     const std::string& tagId() const { return _tagId; }

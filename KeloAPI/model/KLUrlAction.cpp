@@ -1,26 +1,7 @@
 #include <KeloAPI/model/KLUrlAction.hpp>
 #include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
-#include <utility>
-
 namespace KeloAPI {
-
-KLUrlAction::KLUrlAction(std::string reference, std::string title, std::string actionTitle,
-                         URL actionUrl, std::optional<bool> closeable,
-                         std::optional<URL> backgroundImage, std::optional<URL> backgroundVideo,
-                         std::optional<std::string> details, std::optional<URL> actionIcon,
-                         std::optional<std::string> closeUrlPath)
-    : KLFeedInsert(std::move(reference), closeable.value_or(false))
-    , _title(std::move(title))
-    , _actionTitle(std::move(actionTitle))
-    , _actionUrl(std::move(actionUrl))
-    , _backgroundImage(std::move(backgroundImage))
-    , _backgroundVideo(std::move(backgroundVideo))
-    , _details(std::move(details))
-    , _actionIcon(std::move(actionIcon))
-    , _closeUrlPath(std::move(closeUrlPath)) {}
-
-KLUrlAction::~KLUrlAction() = default;
 
 std::shared_ptr<KLUrlAction> KLUrlActionParser::parse(const JsonObject& json) const {
     if (json["type"].text() != "urlAction") {

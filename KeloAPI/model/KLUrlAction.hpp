@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace KeloAPI {
 
@@ -18,8 +19,16 @@ public:
     KLUrlAction(std::string reference, std::string title, std::string actionTitle, URL actionUrl,
                 std::optional<bool> closeable, std::optional<URL> backgroundImage,
                 std::optional<URL> backgroundVideo, std::optional<std::string> details,
-                std::optional<URL> actionIcon, std::optional<std::string> closeUrlPath);
-    ~KLUrlAction() override;
+                std::optional<URL> actionIcon, std::optional<std::string> closeUrlPath)
+        : KLFeedInsert(std::move(reference), closeable.value_or(false))
+        , _title(std::move(title))
+        , _actionTitle(std::move(actionTitle))
+        , _actionUrl(std::move(actionUrl))
+        , _backgroundImage(std::move(backgroundImage))
+        , _backgroundVideo(std::move(backgroundVideo))
+        , _details(std::move(details))
+        , _actionIcon(std::move(actionIcon))
+        , _closeUrlPath(std::move(closeUrlPath)) {}
 
     /// "title" and "actionTitle".
     const std::string& title() const { return _title; }

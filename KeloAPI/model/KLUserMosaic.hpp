@@ -1,10 +1,11 @@
 #pragma once
 
-#include <KeloAPI/base/Export.hpp>
+#include <KeloAPI/base/Contract.hpp>
 #include <KeloAPI/model/KLFeedInsert.hpp>
 
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace KeloAPI {
 
@@ -15,8 +16,14 @@ class KELO_API KLUserMosaic final : public KLFeedInsert {
 public:
     /// `description` becomes the subtitle. `users` must not be null.
     KLUserMosaic(std::shared_ptr<KLPagedData> users, std::string title, std::string description,
-                 std::string link, std::string reference, bool closeable);
-    ~KLUserMosaic() override;
+                 std::string link, std::string reference, bool closeable)
+        : KLFeedInsert(std::move(reference), closeable)
+        , _users(std::move(users))
+        , _title(std::move(title))
+        , _subtitle(std::move(description))
+        , _link(std::move(link)) {
+        require(_users != nullptr, "a mosaic of users needs a list of users");
+    }
 
     /// Never null.
     const std::shared_ptr<KLPagedData>& users() const { return _users; }

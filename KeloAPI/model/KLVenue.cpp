@@ -4,8 +4,6 @@
 #include <KeloAPI/model/KLVenueCategory.hpp>
 #include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
-#include <utility>
-
 namespace KeloAPI {
 
 namespace {
@@ -63,10 +61,6 @@ void setLocation(KLVenue& venue, const JsonObject& location) {
 
 } // namespace
 
-KLVenue::KLVenue(std::string foursquareVenueId, std::string name)
-    : _foursquareVenueId(std::move(foursquareVenueId))
-    , _name(std::move(name)) {}
-
 void KLVenue::encodeWithCoder(KeyedArchiver& coder) const {
     coder.encodeText(_foursquareVenueId, "foursquareVenueId");
     coder.encodeText(_name, "name");
@@ -91,8 +85,6 @@ std::shared_ptr<KLVenue> KLVenue::initWithCoder(KeyedUnarchiver& coder) {
     venue->category = coder.decodeObject<KLVenueCategory>("category");
     return venue;
 }
-
-KLVenue::~KLVenue() = default;
 
 std::shared_ptr<KLVenue> KLVenueParser::parse(const JsonObject& json) const {
     const auto [id, name, address, city, state] =

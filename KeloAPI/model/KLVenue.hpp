@@ -8,19 +8,19 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace KeloAPI {
-
-class KeyedUnarchiver;
 
 class KLVenueCategory;
 
 /// The place at which a post was made. One thread at a time.
 class KELO_API KLVenue final : public Archivable {
 public:
-    KLVenue(std::string foursquareVenueId, std::string name);
-    ~KLVenue() override;
+    KLVenue(std::string foursquareVenueId, std::string name)
+        : _foursquareVenueId(std::move(foursquareVenueId))
+        , _name(std::move(name)) {}
 
     const std::string& foursquareVenueId() const { return _foursquareVenueId; }
     const std::string& name() const { return _name; }

@@ -2,15 +2,7 @@
 #include <KeloAPI/archive/KeyedUnarchiver.hpp>
 #include <KeloAPI/model/KLVenueCategory.hpp>
 
-#include <utility>
-
 namespace KeloAPI {
-
-KLVenueCategory::KLVenueCategory(std::string categoryId, std::string shortName)
-    : _categoryId(std::move(categoryId))
-    , _shortName(std::move(shortName)) {}
-
-KLVenueCategory::~KLVenueCategory() = default;
 
 void KLVenueCategory::encodeWithCoder(KeyedArchiver& coder) const {
     coder.encodeText(_categoryId, "categoryId");

@@ -8,17 +8,17 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace KeloAPI {
 
-class KeyedUnarchiver;
-
 /// What kind of place a venue is. One thread at a time.
 class KELO_API KLVenueCategory final : public Archivable {
 public:
-    KLVenueCategory(std::string categoryId, std::string shortName);
-    ~KLVenueCategory() override;
+    KLVenueCategory(std::string categoryId, std::string shortName)
+        : _categoryId(std::move(categoryId))
+        , _shortName(std::move(shortName)) {}
 
     const std::string& categoryId() const { return _categoryId; }
     const std::string& shortName() const { return _shortName; }

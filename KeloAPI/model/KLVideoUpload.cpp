@@ -1,8 +1,6 @@
 #include <KeloAPI/model/KLVideoUpload.hpp>
 #include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
-#include <utility>
-
 namespace KeloAPI {
 
 namespace {
@@ -18,11 +16,6 @@ std::shared_ptr<KLVideoUploadProcessingInfo> processingInfoOf(const JsonObject& 
 }
 
 } // namespace
-
-KLVideoUpload::KLVideoUpload(std::string mediaId)
-    : _mediaId(std::move(mediaId)) {}
-
-KLVideoUpload::~KLVideoUpload() = default;
 
 std::shared_ptr<KLVideoUpload> KLVideoUploadParser::parse(const JsonObject& json) const {
     const auto [mediaId, expiresAfterSecs, size, processingInfo] =

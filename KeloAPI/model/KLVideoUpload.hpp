@@ -10,14 +10,15 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace KeloAPI {
 
 /// An upload session of a long-form video, as the service last described it. One thread at a time.
 class KELO_API KLVideoUpload final : public Object {
 public:
-    explicit KLVideoUpload(std::string mediaId);
-    ~KLVideoUpload() override;
+    explicit KLVideoUpload(std::string mediaId)
+        : _mediaId(std::move(mediaId)) {}
 
     /// "mediaId", sent as text or as a number: names the session in every later call.
     const std::string& mediaId() const { return _mediaId; }

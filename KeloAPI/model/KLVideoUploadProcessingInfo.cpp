@@ -1,6 +1,6 @@
 #include <KeloAPI/model/KLVideoUploadProcessingInfo.hpp>
+#include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
-#include <algorithm>
 #include <array>
 
 namespace KeloAPI {
@@ -19,16 +19,7 @@ std::string_view rawValue(KLVideoUploadProcessingState state) {
 
 std::optional<KLVideoUploadProcessingState>
 videoUploadProcessingStateOf(std::string_view rawValue) {
-    const auto found = std::find(rawValues.begin(), rawValues.end(), rawValue);
-    if (found == rawValues.end()) {
-        return std::nullopt;
-    }
-    return static_cast<KLVideoUploadProcessingState>(found - rawValues.begin());
+    return caseNamed<KLVideoUploadProcessingState>(rawValues, rawValue);
 }
-
-KLVideoUploadProcessingInfo::KLVideoUploadProcessingInfo(KLVideoUploadProcessingState state)
-    : _state(state) {}
-
-KLVideoUploadProcessingInfo::~KLVideoUploadProcessingInfo() = default;
 
 } // namespace KeloAPI

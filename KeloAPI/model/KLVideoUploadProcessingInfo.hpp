@@ -22,8 +22,8 @@ videoUploadProcessingStateOf(std::string_view rawValue);
 /// What the service says of its work on an uploaded video. One thread at a time.
 class KELO_API KLVideoUploadProcessingInfo final : public Object {
 public:
-    explicit KLVideoUploadProcessingInfo(KLVideoUploadProcessingState state);
-    ~KLVideoUploadProcessingInfo() override;
+    explicit KLVideoUploadProcessingInfo(KLVideoUploadProcessingState state)
+        : _state(state) {}
 
     /// "state".
     KLVideoUploadProcessingState state() const { return _state; }

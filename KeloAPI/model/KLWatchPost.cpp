@@ -33,8 +33,6 @@ std::optional<std::string> defaultRendition(const JsonValue& videoUrls) {
 
 } // namespace
 
-KLWatchPost::~KLWatchPost() = default;
-
 std::shared_ptr<KLWatchPost> PostParser::parse(const JsonObject& json) const {
     const auto [postId, description, created, thumbnailUrl, liked, myRepostId, videoUrls] =
         json.values("postId", "description", "created", "thumbnailUrl", "liked", "myRepostId",

@@ -35,9 +35,6 @@ public:
     /// The signed-in user's repost of the post, from "myRepostId"; null when there is none.
     std::shared_ptr<KLRekelo> currentUserRekelo;
 
-    KLWatchPost() = default;
-    ~KLWatchPost() override;
-
     /// Whether the signed-in user has reposted the post.
     bool rekeloed() const { return currentUserRekelo != nullptr; }
 };

@@ -3,8 +3,6 @@
 
 namespace KeloAPI {
 
-KLWatchUser::~KLWatchUser() = default;
-
 std::shared_ptr<KLWatchUser> UserParser::parse(const JsonObject& json) const {
     const auto [username, loopCount, loopVelocity] =
         json.values("username", "loopCount", "loopVelocity");

@@ -19,9 +19,6 @@ public:
     std::optional<std::string> username;
     /// The user's loop counter, from "loopCount" and "loopVelocity"; null when there is none.
     std::shared_ptr<LoopData> loopData;
-
-    KLWatchUser() = default;
-    ~KLWatchUser() override;
 };
 
 /// Makes a user of any object; never throws. A missing "username" is an empty one, and one that is

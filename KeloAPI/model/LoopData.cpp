@@ -8,11 +8,6 @@
 
 namespace KeloAPI {
 
-LoopData::LoopData(Number initialCount, Number initialVelocity)
-    : count(initialCount)
-    , velocity(initialVelocity)
-    , created(Date::now()) {}
-
 void LoopData::encodeWithCoder(KeyedArchiver& coder) const {
     coder.encodeNumber(count, "count");
     coder.encodeNumber(velocity, "velocity");
@@ -31,8 +26,6 @@ std::shared_ptr<LoopData> LoopData::initWithCoder(KeyedUnarchiver& coder) {
     loopData->onFire = coder.decodeBool("onFire");
     return loopData;
 }
-
-LoopData::~LoopData() = default;
 
 void LoopData::addLoops(std::uint64_t n) {
     std::uint64_t sum = 0;

@@ -13,8 +13,6 @@
 
 namespace KeloAPI {
 
-class KeyedUnarchiver;
-
 /// A snapshot of a loop counter and the rate at which it grows, so that a count can keep rising on
 /// the screen between two responses of the service. One thread at a time.
 class KELO_API LoopData final : public Archivable {
@@ -29,8 +27,10 @@ public:
     bool onFire = false;
 
     /// A snapshot taken now.
-    LoopData(Number count, Number velocity);
-    ~LoopData() override;
+    LoopData(Number initialCount, Number initialVelocity)
+        : count(initialCount)
+        , velocity(initialVelocity)
+        , created(Date::now()) {}
 
     /// Adds loops that the host has seen itself. A sum beyond 64 bits stops the process. The
     /// extrapolation goes on from the old instant.

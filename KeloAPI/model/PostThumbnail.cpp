@@ -2,16 +2,7 @@
 #include <KeloAPI/archive/KeyedUnarchiver.hpp>
 #include <KeloAPI/model/PostThumbnail.hpp>
 
-#include <utility>
-
 namespace KeloAPI {
-
-PostThumbnail::PostThumbnail(URL url, std::int64_t width, std::int64_t height)
-    : _url(std::move(url))
-    , _width(width)
-    , _height(height) {}
-
-PostThumbnail::~PostThumbnail() = default;
 
 void PostThumbnail::encodeWithCoder(KeyedArchiver& coder) const {
     coder.encodeURL(_url, "url");

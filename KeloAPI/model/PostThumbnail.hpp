@@ -7,17 +7,18 @@
 #include <cstdint>
 #include <memory>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace KeloAPI {
 
-class KeyedUnarchiver;
-
 /// A thumbnail image and its size in pixels. Does not change once made.
 class KELO_API PostThumbnail final : public Archivable {
 public:
-    PostThumbnail(URL url, std::int64_t width, std::int64_t height);
-    ~PostThumbnail() override;
+    PostThumbnail(URL url, std::int64_t width, std::int64_t height)
+        : _url(std::move(url))
+        , _width(width)
+        , _height(height) {}
 
     const URL& url() const { return _url; }
     std::int64_t width() const { return _width; }

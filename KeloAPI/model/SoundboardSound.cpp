@@ -3,19 +3,7 @@
 #include <KeloAPI/model/SoundboardSound.hpp>
 #include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
-#include <utility>
-
 namespace KeloAPI {
-
-SoundboardSound::SoundboardSound(std::string name, std::string soundId, std::string_view soundUrl,
-                                 bool featured, std::optional<std::string> sourcePostId)
-    : _name(std::move(name))
-    , _soundId(std::move(soundId))
-    , _soundUrl(URL::parse(soundUrl).value_or(URL::empty()))
-    , _sourcePostId(std::move(sourcePostId))
-    , _featured(featured) {}
-
-SoundboardSound::~SoundboardSound() = default;
 
 void SoundboardSound::encodeWithCoder(KeyedArchiver& coder) const {
     coder.encodeURL(_soundUrl, "soundUrl");

@@ -9,19 +9,22 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace KeloAPI {
-
-class KeyedUnarchiver;
 
 /// A short sound that users can put into their videos. Does not change once made.
 class KELO_API SoundboardSound final : public Archivable {
 public:
     /// A text that is no URL makes `soundUrl` an empty one.
     SoundboardSound(std::string name, std::string soundId, std::string_view soundUrl, bool featured,
-                    std::optional<std::string> sourcePostId = std::nullopt);
-    ~SoundboardSound() override;
+                    std::optional<std::string> sourcePostId = std::nullopt)
+        : _name(std::move(name))
+        , _soundId(std::move(soundId))
+        , _soundUrl(URL::parse(soundUrl).value_or(URL::empty()))
+        , _sourcePostId(std::move(sourcePostId))
+        , _featured(featured) {}
 
     /// "name".
     const std::string& name() const { return _name; }

@@ -2,8 +2,6 @@
 
 namespace KeloAPI {
 
-AnyObjectParserAdaptor::~AnyObjectParserAdaptor() = default;
-
 std::shared_ptr<Object> AnyObjectJsonParser::parse(const JsonObject&) const {
     throw JsonParseError(JsonParseError::NotImplemented);
 }

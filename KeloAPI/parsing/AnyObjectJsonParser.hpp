@@ -26,7 +26,6 @@ public:
     template <class P>
     explicit AnyObjectParserAdaptor(std::shared_ptr<P> parser)
         : _jsonParser(erased(std::move(parser))) {}
-    ~AnyObjectParserAdaptor() override;
 
     /// What the wrapped parser makes. Its error is thrown on; where it makes nothing,
     /// `JsonParseError::InsufficientData`.

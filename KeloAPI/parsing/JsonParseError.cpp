@@ -4,8 +4,6 @@
 
 namespace KeloAPI {
 
-JsonParseError::~JsonParseError() = default;
-
 const char* JsonParseError::what() const noexcept {
     switch (_case) {
     case NotImplemented:

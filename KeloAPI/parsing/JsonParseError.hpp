@@ -37,7 +37,6 @@ public:
         , _key(key) {}
     JsonParseError(const JsonParseError&) = default;
     JsonParseError& operator=(const JsonParseError&) = default;
-    ~JsonParseError() override;
 
     int code() const noexcept { return _case; }
     const char* what() const noexcept override;

@@ -10,8 +10,6 @@ ParserError::ParserError(Error error)
     : _error(std::move(error))
     , _description(std::make_shared<std::string>(_error.description())) {}
 
-ParserError::~ParserError() = default;
-
 Error thrownParserError() {
     constexpr const char* domain = "KeloAPI.Exception";
     try {

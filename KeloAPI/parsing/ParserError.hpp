@@ -16,7 +16,6 @@ public:
     explicit ParserError(Error error);
     ParserError(const ParserError&) = default;
     ParserError& operator=(const ParserError&) = default;
-    ~ParserError() override;
 
     const Error& error() const { return _error; }
     /// The error's description.

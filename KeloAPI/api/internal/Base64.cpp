@@ -6,22 +6,8 @@ namespace KeloAPI {
 
 namespace {
 
-/// The six bits that a character stands for; -1 for characters outside the alphabet.
-int sextet(char c) {
-    if (c >= 'A' && c <= 'Z') {
-        return c - 'A';
-    }
-    if (c >= 'a' && c <= 'z') {
-        return c - 'a' + 26;
-    }
-    if (c >= '0' && c <= '9') {
-        return c - '0' + 52;
-    }
-    if (c == '+') {
-        return 62;
-    }
-    return c == '/' ? 63 : -1;
-}
+constexpr std::string_view alphabet =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
 } // namespace
 
@@ -40,8 +26,8 @@ std::optional<std::size_t> base64DecodedBuffer(const char* input, std::size_t le
         const bool last = at + 4 == length;
         const std::size_t characters = last ? 4 - padding : 4;
         for (std::size_t i = 0; i < 4; ++i) {
-            const int value = i < characters ? sextet(input[at + i]) : 0;
-            if (value < 0) {
+            const std::size_t value = i < characters ? alphabet.find(input[at + i]) : 0;
+            if (value == std::string_view::npos) {
                 return std::nullopt;
             }
             bits = bits << 6U | static_cast<std::uint32_t>(value);

@@ -4,8 +4,10 @@
 #include <KeloAPI/json/Json.hpp>
 #include <KeloAPI/parsing/JsonParseError.hpp>
 
+#include <algorithm>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace KeloAPI {
@@ -15,6 +17,15 @@ std::optional<std::string> textOf(const JsonValue& value);
 
 /// A value that is the text of a URL; absent for any other.
 std::optional<URL> urlOf(const JsonValue& value);
+
+/// The case of an enumeration whose name this is, where `names` has them in the cases' order; none
+/// where it is not among them.
+template <class Enum, class Names>
+std::optional<Enum> caseNamed(const Names& names, std::string_view name) {
+    const auto found = std::find(names.begin(), names.end(), name);
+    return found == names.end() ? std::nullopt
+                                : std::optional(static_cast<Enum>(found - names.begin()));
+}
 
 /// What must be there: `JsonParseError::InsufficientData` at `key`, a constant, where it is absent.
 template <class T>
