@@ -3,7 +3,6 @@
 #include <KeloAPI/archive/Archivable.hpp>
 #include <KeloAPI/base/Data.hpp>
 #include <KeloAPI/base/Date.hpp>
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/base/Number.hpp>
 #include <KeloAPI/base/Range.hpp>
 #include <KeloAPI/base/URL.hpp>

@@ -64,11 +64,119 @@ public:
 
     std::shared_ptr<Archivable> object(KeyedUnarchiver& coder, Place place,
                                        std::string_view className, std::type_index type,
-                                       Initialiser initialise);
-    std::optional<Date> date(Reference value) const;
-    std::optional<std::string> text(Reference value);
-    std::optional<URL> url(Reference value, int bases);
-    std::optional<Range> range(Reference value) const;
+                                       Initialiser initialise) {
+        const Dictionary* entries = _refused ? nullptr : _archive.entries(place);
+        if (entries == nullptr) {
+            return nullptr;
+        }
+        const auto [known, isNew] = _decoded.try_emplace({place, type}, nullptr);
+        if (!isNew) {
+            return known->second;
+        }
+        if (!_archive.isKindOf(*entries, className)) {
+            return nullptr;
+        }
+        if (_levels == maxLevels) {
+            _refused = true;
+            return nullptr;
+        }
+        ++_levels;
+        const Dictionary* outer = std::exchange(_current, entries);
+        auto object = initialise(coder);
+        _current = outer;
+        --_levels;
+        // Elements of a map stay where they are, however many came meanwhile.
+        known->second = object;
+        return object;
+    }
+
+    std::optional<Date> date(Reference value) const {
+        double seconds = 0;
+        if (const auto* plain = _archive.get<PropertyList::Date>(value)) {
+            seconds = plain->secondsSince2001;
+        } else {
+            const auto* entries = instance(value, Layout::dateClass);
+            const auto time =
+                entries == nullptr ? std::nullopt : number(target(*entries, Layout::dateTime));
+            if (!time) {
+                return std::nullopt;
+            }
+            seconds = time->doubleValue();
+        }
+        // Rounded apart, the fraction keeps all the digits that the archive has of it.
+        const double whole = std::floor(seconds);
+        const double limit = static_cast<double>(std::numeric_limits<Date::rep>::max()) / 1e6 - 1e9;
+        if (!(std::abs(whole) < limit)) {
+            return std::nullopt;
+        }
+        return Layout::referenceDate + std::chrono::seconds(static_cast<std::int64_t>(whole)) +
+               std::chrono::microseconds(std::llround((seconds - whole) * 1e6));
+    }
+
+    std::optional<std::string> text(Reference value) {
+        if (const auto* plain = _archive.get<std::string>(value)) {
+            return handOut(*plain);
+        }
+        const auto* entries = instance(value, Layout::textClass);
+        if (entries == nullptr) {
+            return std::nullopt;
+        }
+        if (const auto string = target(*entries, Layout::textString)) {
+            const auto* plain = _archive.get<std::string>(string);
+            return plain == nullptr ? std::nullopt : handOut(*plain);
+        }
+        const auto* bytes = _archive.get<PropertyList::Data>(target(*entries, Layout::textBytes));
+        if (bytes == nullptr || !isUTF8(bytes->bytes)) {
+            return std::nullopt;
+        }
+        return handOut(bytes->bytes);
+    }
+
+    std::optional<URL> url(Reference value, int bases) {
+        const auto* entries = instance(value, Layout::urlClass);
+        const auto relative =
+            entries == nullptr ? std::nullopt : text(target(*entries, Layout::urlRelative));
+        if (!relative) {
+            return std::nullopt;
+        }
+        const auto base = target(*entries, Layout::urlBase);
+        if (!base) {
+            return relative->empty() ? URL::empty() : URL::parse(*relative);
+        }
+        const auto resolvedBase = bases < maxBases ? url(base, bases + 1) : std::nullopt;
+        auto resolved = resolvedBase ? resolvedBase->resolve(*relative) : std::nullopt;
+        const auto fragment = relative->find('#');
+        if (!resolved || fragment == std::string::npos) {
+            return resolved;
+        }
+        // Resolving is for requests, which have no fragment; here it belongs to the value.
+        return URL::parse(resolved->absoluteString() + relative->substr(fragment));
+    }
+
+    std::optional<Range> range(Reference value) const {
+        const auto* entries = instance(value, Layout::valueClass);
+        if (entries == nullptr) {
+            return std::nullopt;
+        }
+        const auto special = number(target(*entries, Layout::valueSpecial));
+        const auto location = number(target(*entries, Layout::rangeLocation));
+        const auto length = number(target(*entries, Layout::rangeLength));
+        const auto isCount = [](const std::optional<Number>& number) {
+            return number && number->kind() != Number::Kind::Double && number->int64Value() >= 0;
+        };
+        if (!special || !(*special == Number::of(Layout::specialRange)) || !isCount(location) ||
+            !isCount(length)) {
+            return std::nullopt;
+        }
+        constexpr auto highest =
+            static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
+        const auto start = location->uint64Value();
+        const auto size = length->uint64Value();
+        if (start > highest || size > highest - start) {
+            return std::nullopt;
+        }
+        return Range{static_cast<std::int64_t>(start), static_cast<std::int64_t>(size)};
+    }
 
 private:
     /// An object of one of the platform's classes.
@@ -82,7 +190,14 @@ private:
         return _archive.target(_archive.value(entries, key));
     }
 
-    std::optional<std::string> handOut(const std::string& text);
+    std::optional<std::string> handOut(const std::string& text) {
+        _textBytes += text.size();
+        if (_textBytes > maxTextBytes) {
+            _refused = true;
+            return std::nullopt;
+        }
+        return text;
+    }
 
     KeyedArchive _archive;
     bool _refused;
@@ -94,131 +209,6 @@ private:
     /// while it is being decoded.
     std::map<std::pair<Place, std::type_index>, std::shared_ptr<Archivable>> _decoded;
 };
-
-std::shared_ptr<Archivable> KeyedUnarchiver::Contents::object(KeyedUnarchiver& coder, Place place,
-                                                              std::string_view className,
-                                                              std::type_index type,
-                                                              Initialiser initialise) {
-    const Dictionary* entries = _refused ? nullptr : _archive.entries(place);
-    if (entries == nullptr) {
-        return nullptr;
-    }
-    const auto [known, isNew] = _decoded.try_emplace({place, type}, nullptr);
-    if (!isNew) {
-        return known->second;
-    }
-    if (!_archive.isKindOf(*entries, className)) {
-        return nullptr;
-    }
-    if (_levels == maxLevels) {
-        _refused = true;
-        return nullptr;
-    }
-    ++_levels;
-    const Dictionary* outer = std::exchange(_current, entries);
-    auto object = initialise(coder);
-    _current = outer;
-    --_levels;
-    // Elements of a map stay where they are, however many came meanwhile.
-    known->second = object;
-    return object;
-}
-
-std::optional<Date> KeyedUnarchiver::Contents::date(Reference value) const {
-    double seconds = 0;
-    if (const auto* plain = _archive.get<PropertyList::Date>(value)) {
-        seconds = plain->secondsSince2001;
-    } else {
-        const auto* entries = instance(value, Layout::dateClass);
-        const auto time =
-            entries == nullptr ? std::nullopt : number(target(*entries, Layout::dateTime));
-        if (!time) {
-            return std::nullopt;
-        }
-        seconds = time->doubleValue();
-    }
-    // Rounded apart, the fraction keeps all the digits that the archive has of it.
-    const double whole = std::floor(seconds);
-    const double limit = static_cast<double>(std::numeric_limits<Date::rep>::max()) / 1e6 - 1e9;
-    if (!(std::abs(whole) < limit)) {
-        return std::nullopt;
-    }
-    return Layout::referenceDate + std::chrono::seconds(static_cast<std::int64_t>(whole)) +
-           std::chrono::microseconds(std::llround((seconds - whole) * 1e6));
-}
-
-std::optional<std::string> KeyedUnarchiver::Contents::handOut(const std::string& text) {
-    _textBytes += text.size();
-    if (_textBytes > maxTextBytes) {
-        _refused = true;
-        return std::nullopt;
-    }
-    return text;
-}
-
-std::optional<std::string> KeyedUnarchiver::Contents::text(Reference value) {
-    if (const auto* plain = _archive.get<std::string>(value)) {
-        return handOut(*plain);
-    }
-    const auto* entries = instance(value, Layout::textClass);
-    if (entries == nullptr) {
-        return std::nullopt;
-    }
-    if (const auto string = target(*entries, Layout::textString)) {
-        const auto* plain = _archive.get<std::string>(string);
-        return plain == nullptr ? std::nullopt : handOut(*plain);
-    }
-    const auto* bytes = _archive.get<PropertyList::Data>(target(*entries, Layout::textBytes));
-    if (bytes == nullptr || !isUTF8(bytes->bytes)) {
-        return std::nullopt;
-    }
-    return handOut(bytes->bytes);
-}
-
-std::optional<URL> KeyedUnarchiver::Contents::url(Reference value, int bases) {
-    const auto* entries = instance(value, Layout::urlClass);
-    const auto relative =
-        entries == nullptr ? std::nullopt : text(target(*entries, Layout::urlRelative));
-    if (!relative) {
-        return std::nullopt;
-    }
-    const auto base = target(*entries, Layout::urlBase);
-    if (!base) {
-        return relative->empty() ? URL::empty() : URL::parse(*relative);
-    }
-    const auto resolvedBase = bases < maxBases ? url(base, bases + 1) : std::nullopt;
-    auto resolved = resolvedBase ? resolvedBase->resolve(*relative) : std::nullopt;
-    const auto fragment = relative->find('#');
-    if (!resolved || fragment == std::string::npos) {
-        return resolved;
-    }
-    // Resolving is for requests, which have no fragment; here it belongs to the value.
-    return URL::parse(resolved->absoluteString() + relative->substr(fragment));
-}
-
-std::optional<Range> KeyedUnarchiver::Contents::range(Reference value) const {
-    const auto* entries = instance(value, Layout::valueClass);
-    if (entries == nullptr) {
-        return std::nullopt;
-    }
-    const auto special = number(target(*entries, Layout::valueSpecial));
-    const auto location = number(target(*entries, Layout::rangeLocation));
-    const auto length = number(target(*entries, Layout::rangeLength));
-    const auto isCount = [](const std::optional<Number>& number) {
-        return number && number->kind() != Number::Kind::Double && number->int64Value() >= 0;
-    };
-    if (!special || !(*special == Number::of(Layout::specialRange)) || !isCount(location) ||
-        !isCount(length)) {
-        return std::nullopt;
-    }
-    constexpr auto highest = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
-    const auto start = location->uint64Value();
-    const auto size = length->uint64Value();
-    if (start > highest || size > highest - start) {
-        return std::nullopt;
-    }
-    return Range{static_cast<std::int64_t>(start), static_cast<std::int64_t>(size)};
-}
 
 KeyedUnarchiver::KeyedUnarchiver(const Data& archive)
     : _contents(std::make_unique<Contents>(archive)) {}

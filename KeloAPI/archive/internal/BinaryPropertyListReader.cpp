@@ -139,12 +139,115 @@ public:
     }
 
 private:
-    void readTrailer();
-    void readValues();
-    PropertyList::Value readValue(Cursor& cursor) const;
-    PropertyList::Value readContainer(Cursor& cursor, Head head) const;
-    std::vector<Reference> takeReferences(Cursor& cursor, std::uint64_t count) const;
-    void checkKeys() const;
+    void readTrailer() {
+        check(_bytes.size() <= BinaryPropertyList::maxBytes &&
+              _bytes.size() >= Format::magic.size() + Format::trailerSize &&
+              characters(_bytes).starts_with(Format::magic));
+        const std::size_t end = _bytes.size() - Format::trailerSize;
+        const Bytes trailer = _bytes.subspan(end);
+        _offsetWidth = std::to_integer<std::size_t>(trailer[Format::offsetWidthAt]);
+        _referenceWidth = std::to_integer<std::size_t>(trailer[Format::referenceWidthAt]);
+        const std::uint64_t count = bigEndian(trailer.subspan(Format::countAt, 8));
+        const std::uint64_t root = bigEndian(trailer.subspan(Format::rootAt, 8));
+        const std::uint64_t table = bigEndian(trailer.subspan(Format::tableAt, 8));
+        const auto isWidth = [](std::size_t width) { return width >= 1 && width <= 8; };
+        check(isWidth(_offsetWidth) && isWidth(_referenceWidth) && root < count &&
+              count <= BinaryPropertyList::maxValues && table >= Format::magic.size() &&
+              table <= end && count <= (end - table) / _offsetWidth);
+        _count = static_cast<std::size_t>(count);
+        _list.root = static_cast<Reference>(root);
+        _valueBytes = _bytes.first(static_cast<std::size_t>(table));
+        _table = _bytes.subspan(_valueBytes.size(), _count * _offsetWidth);
+        // A value is a byte at least.
+        check(_count <= _valueBytes.size() - Format::magic.size());
+    }
+
+    void readValues() {
+        _list.values.reserve(_count);
+        // Values that share bytes would let a small file stand for a huge list. When all of them
+        // together are longer than the room there is for them, some do.
+        std::size_t room = _valueBytes.size() - Format::magic.size();
+        for (std::size_t at = 0; at < _count; ++at) {
+            const std::uint64_t offset = bigEndian(_table.subspan(at * _offsetWidth, _offsetWidth));
+            check(offset >= Format::magic.size() && offset < _valueBytes.size());
+            const Bytes rest = _valueBytes.subspan(static_cast<std::size_t>(offset));
+            Cursor cursor(rest.first(std::min(rest.size(), room)));
+            const std::size_t before = cursor.left();
+            _list.values.push_back(readValue(cursor));
+            room -= before - cursor.left();
+        }
+    }
+
+    PropertyList::Value readValue(Cursor& cursor) const {
+        const Head head = takeHead(cursor);
+        switch (head.kind) {
+        case Format::Simple:
+            return simpleValue(head.detail);
+        case Format::Integer:
+            return takeInteger(cursor, head.detail);
+        case Format::Real:
+            return Number::of(takeReal(cursor, head.detail));
+        case Format::Date:
+            check(head.detail == 3);
+            return PropertyList::Date{takeReal(cursor, head.detail)};
+        case Format::UID:
+            check(head.detail < 8);
+            return PropertyList::UID{bigEndian(cursor.take(head.detail + 1))};
+        default:
+            return readContainer(cursor, head);
+        }
+    }
+
+    /// A value with a length: bytes, texts, lists.
+    PropertyList::Value readContainer(Cursor& cursor, Head head) const {
+        const std::uint64_t length = takeLength(cursor, head);
+        switch (head.kind) {
+        case Format::Data:
+            return PropertyList::Data{std::string(characters(cursor.take(length)))};
+        case Format::ASCII:
+            return asciiText(cursor.take(length));
+        case Format::UTF16:
+            return utf16Text(cursor.take(length, 2));
+        case Format::Array:
+            return PropertyList::Array{takeReferences(cursor, length)};
+        case Format::Set:
+            return PropertyList::Set{takeReferences(cursor, length)};
+        case Format::Dictionary: {
+            const auto keys = takeReferences(cursor, length);
+            const auto values = takeReferences(cursor, length);
+            PropertyList::Dictionary dictionary;
+            dictionary.entries.reserve(keys.size());
+            for (std::size_t at = 0; at < keys.size(); ++at) {
+                dictionary.entries.emplace_back(keys[at], values[at]);
+            }
+            return dictionary;
+        }
+        default:
+            throw Malformed();
+        }
+    }
+
+    std::vector<Reference> takeReferences(Cursor& cursor, std::uint64_t count) const {
+        const Bytes bytes = cursor.take(count, _referenceWidth);
+        std::vector<Reference> references;
+        references.reserve(bytes.size() / _referenceWidth);
+        for (std::size_t at = 0; at < bytes.size(); at += _referenceWidth) {
+            const std::uint64_t reference = bigEndian(bytes.subspan(at, _referenceWidth));
+            check(reference < _count);
+            references.push_back(static_cast<Reference>(reference));
+        }
+        return references;
+    }
+
+    void checkKeys() const {
+        for (const auto& value : _list.values) {
+            if (const auto* dictionary = std::get_if<PropertyList::Dictionary>(&value)) {
+                for (const auto& [key, element] : dictionary->entries) {
+                    check(_list.get<std::string>(key) != nullptr);
+                }
+            }
+        }
+    }
 
     Bytes _bytes;
     Bytes _valueBytes;
@@ -154,116 +257,6 @@ private:
     std::size_t _count = 0;
     PropertyList _list;
 };
-
-void Reader::readTrailer() {
-    check(_bytes.size() <= BinaryPropertyList::maxBytes &&
-          _bytes.size() >= Format::magic.size() + Format::trailerSize &&
-          characters(_bytes).starts_with(Format::magic));
-    const std::size_t end = _bytes.size() - Format::trailerSize;
-    const Bytes trailer = _bytes.subspan(end);
-    _offsetWidth = std::to_integer<std::size_t>(trailer[Format::offsetWidthAt]);
-    _referenceWidth = std::to_integer<std::size_t>(trailer[Format::referenceWidthAt]);
-    const std::uint64_t count = bigEndian(trailer.subspan(Format::countAt, 8));
-    const std::uint64_t root = bigEndian(trailer.subspan(Format::rootAt, 8));
-    const std::uint64_t table = bigEndian(trailer.subspan(Format::tableAt, 8));
-    const auto isWidth = [](std::size_t width) { return width >= 1 && width <= 8; };
-    check(isWidth(_offsetWidth) && isWidth(_referenceWidth) && root < count &&
-          count <= BinaryPropertyList::maxValues && table >= Format::magic.size() && table <= end &&
-          count <= (end - table) / _offsetWidth);
-    _count = static_cast<std::size_t>(count);
-    _list.root = static_cast<Reference>(root);
-    _valueBytes = _bytes.first(static_cast<std::size_t>(table));
-    _table = _bytes.subspan(_valueBytes.size(), _count * _offsetWidth);
-    // A value is a byte at least.
-    check(_count <= _valueBytes.size() - Format::magic.size());
-}
-
-void Reader::readValues() {
-    _list.values.reserve(_count);
-    // Values that share bytes would let a small file stand for a huge list. When all of them
-    // together are longer than the room there is for them, some do.
-    std::size_t room = _valueBytes.size() - Format::magic.size();
-    for (std::size_t at = 0; at < _count; ++at) {
-        const std::uint64_t offset = bigEndian(_table.subspan(at * _offsetWidth, _offsetWidth));
-        check(offset >= Format::magic.size() && offset < _valueBytes.size());
-        const Bytes rest = _valueBytes.subspan(static_cast<std::size_t>(offset));
-        Cursor cursor(rest.first(std::min(rest.size(), room)));
-        const std::size_t before = cursor.left();
-        _list.values.push_back(readValue(cursor));
-        room -= before - cursor.left();
-    }
-}
-
-PropertyList::Value Reader::readValue(Cursor& cursor) const {
-    const Head head = takeHead(cursor);
-    switch (head.kind) {
-    case Format::Simple:
-        return simpleValue(head.detail);
-    case Format::Integer:
-        return takeInteger(cursor, head.detail);
-    case Format::Real:
-        return Number::of(takeReal(cursor, head.detail));
-    case Format::Date:
-        check(head.detail == 3);
-        return PropertyList::Date{takeReal(cursor, head.detail)};
-    case Format::UID:
-        check(head.detail < 8);
-        return PropertyList::UID{bigEndian(cursor.take(head.detail + 1))};
-    default:
-        return readContainer(cursor, head);
-    }
-}
-
-/// A value with a length: bytes, texts, lists.
-PropertyList::Value Reader::readContainer(Cursor& cursor, Head head) const {
-    const std::uint64_t length = takeLength(cursor, head);
-    switch (head.kind) {
-    case Format::Data:
-        return PropertyList::Data{std::string(characters(cursor.take(length)))};
-    case Format::ASCII:
-        return asciiText(cursor.take(length));
-    case Format::UTF16:
-        return utf16Text(cursor.take(length, 2));
-    case Format::Array:
-        return PropertyList::Array{takeReferences(cursor, length)};
-    case Format::Set:
-        return PropertyList::Set{takeReferences(cursor, length)};
-    case Format::Dictionary: {
-        const auto keys = takeReferences(cursor, length);
-        const auto values = takeReferences(cursor, length);
-        PropertyList::Dictionary dictionary;
-        dictionary.entries.reserve(keys.size());
-        for (std::size_t at = 0; at < keys.size(); ++at) {
-            dictionary.entries.emplace_back(keys[at], values[at]);
-        }
-        return dictionary;
-    }
-    default:
-        throw Malformed();
-    }
-}
-
-std::vector<Reference> Reader::takeReferences(Cursor& cursor, std::uint64_t count) const {
-    const Bytes bytes = cursor.take(count, _referenceWidth);
-    std::vector<Reference> references;
-    references.reserve(bytes.size() / _referenceWidth);
-    for (std::size_t at = 0; at < bytes.size(); at += _referenceWidth) {
-        const std::uint64_t reference = bigEndian(bytes.subspan(at, _referenceWidth));
-        check(reference < _count);
-        references.push_back(static_cast<Reference>(reference));
-    }
-    return references;
-}
-
-void Reader::checkKeys() const {
-    for (const auto& value : _list.values) {
-        if (const auto* dictionary = std::get_if<PropertyList::Dictionary>(&value)) {
-            for (const auto& [key, element] : dictionary->entries) {
-                check(_list.get<std::string>(key) != nullptr);
-            }
-        }
-    }
-}
 
 /// Refuses a container that holds itself, or that has too many levels of values below it. Each
 /// value is looked at once.

@@ -15,33 +15,25 @@ namespace KeloAPI {
 struct PropertyList {
     using Reference = std::uint32_t;
 
-    struct Null {
-        friend bool operator==(Null, Null) = default;
-    };
+    struct Null {};
     struct Date {
         double secondsSince2001;
-        friend bool operator==(Date, Date) = default;
     };
     struct Data {
         std::string bytes;
-        friend bool operator==(const Data&, const Data&) = default;
     };
     struct UID {
         std::uint64_t value;
-        friend bool operator==(UID, UID) = default;
     };
     struct Array {
         std::vector<Reference> elements;
-        friend bool operator==(const Array&, const Array&) = default;
     };
     struct Set {
         std::vector<Reference> elements;
-        friend bool operator==(const Set&, const Set&) = default;
     };
     /// In the order of the file. The keys are texts; where one occurs twice, the first counts.
     struct Dictionary {
         std::vector<std::pair<Reference, Reference>> entries;
-        friend bool operator==(const Dictionary&, const Dictionary&) = default;
     };
     /// Texts are UTF-8. A `Number` stands for booleans, integers and reals.
     using Value = std::variant<Null, Number, Date, Data, std::string, UID, Array, Set, Dictionary>;
