@@ -3,14 +3,14 @@
 #include <KeloAPI/endpoints/LongformUploadEndpoint.hpp>
 #include <KeloAPI/model/KLEmpty.hpp>
 
-#include <utility>
-
 namespace KeloAPI {
 
 namespace {
 
-std::string uploadsPath() {
-    return "/upload/longform-videos";
+constexpr const char* uploadsPath = "/upload/longform-videos";
+
+std::string uploadPath(const std::string& mediaId) {
+    return std::string(uploadsPath) + "/" + mediaId;
 }
 
 std::optional<Error> encodeForSegment(URLRequest& request, const Parameters& parameters) {
@@ -29,11 +29,9 @@ std::shared_ptr<LongformUploadEndpoint> LongformUploadEndpoint::create() {
 
 std::shared_ptr<EndpointRequest> LongformUploadEndpoint::initiateUpload(std::int64_t totalBytes,
                                                                         Completion completion) {
-    detail::requireCompletion(completion);
-    setPath(uploadsPath());
-    setParameters({{"totalBytes", totalBytes}, {"mediaType", "video/mp4"}});
-    setMethod(Method::POST);
-    return sendForUpload(std::move(completion));
+    return sendForUpload(Method::POST, uploadsPath,
+                         {{"totalBytes", totalBytes}, {"mediaType", "video/mp4"}},
+                         std::move(completion));
 }
 
 std::shared_ptr<EndpointRequest>
@@ -41,7 +39,7 @@ LongformUploadEndpoint::uploadSegment(const std::string& mediaId, Data data,
                                       std::int64_t segmentIndex,
                                       std::function<void(std::optional<Error>)> completion) {
     detail::requireCompletion(completion);
-    setPath(uploadsPath() + "/" + mediaId);
+    setPath(uploadPath(mediaId));
     setParameters({{"segmentIndex", segmentIndex}});
     setParameterEncoding(ParameterEncoding(encodeForSegment));
     setMethod(Method::PUT);
@@ -51,23 +49,22 @@ LongformUploadEndpoint::uploadSegment(const std::string& mediaId, Data data,
 
 std::shared_ptr<EndpointRequest> LongformUploadEndpoint::finalizeUpload(const std::string& mediaId,
                                                                         Completion completion) {
-    detail::requireCompletion(completion);
-    setPath(uploadsPath() + "/" + mediaId);
-    setParameters({});
-    setMethod(Method::POST);
-    return sendForUpload(std::move(completion));
+    return sendForUpload(Method::POST, uploadPath(mediaId), {}, std::move(completion));
 }
 
 std::shared_ptr<EndpointRequest> LongformUploadEndpoint::checkStatus(const std::string& mediaId,
                                                                      Completion completion) {
-    detail::requireCompletion(completion);
-    setPath(uploadsPath() + "/" + mediaId + "/status");
-    setParameters({});
-    setMethod(Method::GET);
-    return sendForUpload(std::move(completion));
+    return sendForUpload(Method::GET, uploadPath(mediaId) + "/status", {}, std::move(completion));
 }
 
-std::shared_ptr<EndpointRequest> LongformUploadEndpoint::sendForUpload(Completion completion) {
+std::shared_ptr<EndpointRequest> LongformUploadEndpoint::sendForUpload(Method method,
+                                                                       std::string path,
+                                                                       Parameters parameters,
+                                                                       Completion completion) {
+    detail::requireCompletion(completion);
+    setPath(std::move(path));
+    setParameters(std::move(parameters));
+    setMethod(method);
     setParameterEncoding(ParameterEncoding::URL);
     return request(
         std::make_shared<KLVideoUploadParser>(),

@@ -1,16 +1,7 @@
 #pragma once
 
 #include <KeloAPI/api/Endpoint.hpp>
-#include <KeloAPI/base/Data.hpp>
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/model/KLVideoUpload.hpp>
-
-#include <cstdint>
-#include <functional>
-#include <memory>
-#include <optional>
-#include <string>
-#include <vector>
 
 namespace KeloAPI {
 
@@ -54,7 +45,8 @@ protected:
     explicit LongformUploadEndpoint(Key key);
 
 private:
-    std::shared_ptr<EndpointRequest> sendForUpload(Completion completion);
+    std::shared_ptr<EndpointRequest> sendForUpload(Method method, std::string path,
+                                                   Parameters parameters, Completion completion);
 };
 
 } // namespace KeloAPI
