@@ -21,10 +21,6 @@ void KLPagedData::setMetadata(std::shared_ptr<KLPagingMetadata> metadata) {
     _metadata = std::move(metadata);
 }
 
-void KLPagedData::append(Element object) {
-    insert(std::move(object), count());
-}
-
 void KLPagedData::insert(Element object, Index index) {
     require(index >= 0 && index <= count(), "index of an insertion outside the paged data");
     _data.insert(_data.begin() + index, std::move(object));
@@ -50,12 +46,6 @@ bool KLPagedData::remove(const Element& object) {
     }
     removeAtIndex(found - _data.begin());
     return true;
-}
-
-void KLPagedData::addPagedData(const std::shared_ptr<KLPagedData>& other) {
-    if (other) {
-        appendPagedData(*other);
-    }
 }
 
 void KLPagedData::appendPagedData(const KLPagedData& other) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/base/Object.hpp>
 #include <KeloAPI/model/KLPagingMetadata.hpp>
 
@@ -50,7 +49,7 @@ public:
     const Element& objectAtIndex(Index index) const { return (*this)[index]; }
 
     /// Adds behind the last element.
-    void append(Element object);
+    void append(Element object) { insert(std::move(object), count()); }
     void addObject(Element object) { append(std::move(object)); }
     /// Adds before the element at `index`, or at the end. An index that is neither, and a metadata
     /// count that cannot grow, stop the process.
@@ -65,7 +64,11 @@ public:
     bool removeObject(const Element& object) { return remove(object); }
 
     /// Adds an older page behind the list; null does nothing.
-    void addPagedData(const std::shared_ptr<KLPagedData>& other);
+    void addPagedData(const std::shared_ptr<KLPagedData>& other) {
+        if (other) {
+            appendPagedData(*other);
+        }
+    }
     /// Adds an older page behind the list, whose metadata (the same object) becomes this list's.
     void appendPagedData(const KLPagedData& other);
     /// Adds newer records before the list. The metadata is made anew: the list's own, with the new

@@ -1,6 +1,6 @@
-#include <KeloAPI/model/internal/PagingKeys.hpp>
 #include <KeloAPI/model/KLChannel.hpp>
 #include <KeloAPI/model/KLPagingMetadata.hpp>
+#include <KeloAPI/model/Metadata.hpp>
 
 namespace KeloAPI {
 
@@ -22,17 +22,17 @@ std::shared_ptr<KLChannel> channelOf(const JsonValue& value) {
 } // namespace
 
 KLPagingMetadata::KLPagingMetadata(const JsonObject& json) {
-    PagingKeys keys(json);
-    setCount(keys.count.value_or(0));
-    _nextPage = keys.nextPage.value_or(0);
-    _previousPage = keys.previousPage.value_or(0);
-    _pageSize = keys.size.value_or(0);
-    _nextAfter = keys.nextAfter.value_or(0);
-    _title = std::move(keys.title);
-    _anchor = std::move(keys.anchor);
-    _backAnchor = std::move(keys.backAnchor);
-    _channel = channelOf(keys.channel);
-    _displayCount = keys.displayCount.value_or(0);
+    const Metadata metadata(json);
+    setCount(metadata.count());
+    _nextPage = metadata.nextPage().value_or(0);
+    _previousPage = metadata.previousPage().value_or(0);
+    _pageSize = metadata.pageSize();
+    _nextAfter = metadata.nextAfter();
+    _title = metadata.title();
+    _anchor = metadata.anchor();
+    _backAnchor = metadata.backAnchor();
+    _channel = channelOf(json["channel"]);
+    _displayCount = metadata.displayCount();
 }
 
 KLPagingMetadata::KLPagingMetadata(const KLPagingMetadata& metadata)

@@ -2,30 +2,19 @@
 #include <KeloAPI/model/KLRekelo.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
-
-#include <string_view>
+#include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
 namespace KeloAPI {
 
 namespace {
-
-/// Text as it is, empty text for a missing key, nothing for any other kind.
-std::optional<std::string> textOrEmpty(const JsonValue& value) {
-    if (!value.exists()) {
-        return std::string();
-    }
-    const auto text = value.text();
-    return text ? std::optional<std::string>(*text) : std::nullopt;
-}
 
 /// The URL of the default rendition, which is the one of rate 0.
 std::optional<std::string> defaultRendition(const JsonValue& videoUrls) {
     const auto renditions = videoUrls.objects().value_or(JsonObjectList());
     for (const JsonObject rendition : renditions) {
         const auto [videoUrl, rate] = rendition.values("videoUrl", "rate");
-        const auto url = videoUrl.text();
-        if (url && rate.integer() == 0) {
-            return std::string(*url);
+        if (videoUrl.text() && rate.integer() == 0) {
+            return textOf(videoUrl);
         }
     }
     return std::nullopt;

@@ -1,5 +1,6 @@
 #include <KeloAPI/model/KLWatchUser.hpp>
 #include <KeloAPI/model/LoopData.hpp>
+#include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
 namespace KeloAPI {
 
@@ -7,11 +8,7 @@ std::shared_ptr<KLWatchUser> UserParser::parse(const JsonObject& json) const {
     const auto [username, loopCount, loopVelocity] =
         json.values("username", "loopCount", "loopVelocity");
     auto user = std::make_shared<KLWatchUser>();
-    if (!username.exists()) {
-        user->username.emplace();
-    } else if (const auto text = username.text()) {
-        user->username.emplace(*text);
-    }
+    user->username = textOrEmpty(username);
     const auto count = loopCount.number();
     const auto velocity = loopVelocity.number();
     if (count && velocity) {

@@ -1,19 +1,22 @@
-#include <KeloAPI/model/internal/PagingKeys.hpp>
 #include <KeloAPI/model/Metadata.hpp>
+#include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
 namespace KeloAPI {
 
 Metadata::Metadata(const JsonObject& json) {
-    PagingKeys keys(json);
-    _count = keys.count.value_or(0);
-    _nextPage = keys.nextPage;
-    _previousPage = keys.previousPage;
-    _pageSize = keys.size.value_or(0);
-    _nextAfter = keys.nextAfter.value_or(0);
-    _title = std::move(keys.title);
-    _anchor = std::move(keys.anchor);
-    _backAnchor = std::move(keys.backAnchor);
-    _displayCount = keys.displayCount.value_or(0);
+    const auto [count, nextPage, previousPage, size, nextAfter, title, anchor, backAnchor,
+                displayCount] =
+        json.values("count", "nextPage", "previousPage", "size", "nextAfter", "title", "anchor",
+                    "backAnchor", "displayCount");
+    _count = count.integer().value_or(0);
+    _nextPage = nextPage.integer();
+    _previousPage = previousPage.integer();
+    _pageSize = size.integer().value_or(0);
+    _nextAfter = nextAfter.integer().value_or(0);
+    _title = textOf(title);
+    _anchor = anchor.text() ? textOf(anchor) : anchor.numberText();
+    _backAnchor = textOf(backAnchor);
+    _displayCount = displayCount.integer().value_or(0);
 }
 
 std::optional<Parameters> Metadata::nextPageParameters(std::int64_t size) const {

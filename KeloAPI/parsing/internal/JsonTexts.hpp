@@ -13,10 +13,19 @@
 namespace KeloAPI {
 
 /// A value that is text, as a text of its own; absent for any other kind.
-std::optional<std::string> textOf(const JsonValue& value);
+inline std::optional<std::string> textOf(const JsonValue& value) {
+    return std::optional<std::string>(value.text());
+}
+
+/// As `textOf`; empty where the value does not exist.
+inline std::optional<std::string> textOrEmpty(const JsonValue& value) {
+    return value.exists() ? textOf(value) : std::string();
+}
 
 /// A value that is the text of a URL; absent for any other.
-std::optional<URL> urlOf(const JsonValue& value);
+inline std::optional<URL> urlOf(const JsonValue& value) {
+    return URL::parse(value.text().value_or(""));
+}
 
 /// The case of an enumeration whose name this is, where `names` has them in the cases' order; none
 /// where it is not among them.
