@@ -2,7 +2,6 @@
 #include <KeloAPI/http/Request.hpp>
 
 #include <cstdint>
-#include <utility>
 
 namespace KeloAPI {
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <KeloAPI/api/EndpointRequest.hpp>
-#include <KeloAPI/base/Export.hpp>
 
 #include <memory>
 #include <utility>

@@ -2,7 +2,6 @@
 
 #include <KeloAPI/api/Session.hpp>
 #include <KeloAPI/api/SessionDelegate.hpp>
-#include <KeloAPI/base/Export.hpp>
 
 #include <map>
 #include <memory>

@@ -7,7 +7,6 @@
 #include <KeloAPI/base/Contract.hpp>
 #include <KeloAPI/base/Data.hpp>
 #include <KeloAPI/base/Error.hpp>
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/base/Object.hpp>
 #include <KeloAPI/http/Method.hpp>
 #include <KeloAPI/http/ParameterEncoding.hpp>

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <KeloAPI/base/Error.hpp>
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/http/Request.hpp>
 #include <KeloAPI/model/Metadata.hpp>
 #include <KeloAPI/parsing/JsonParser.hpp>

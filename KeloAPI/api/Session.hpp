@@ -4,7 +4,6 @@
 #include <KeloAPI/api/SessionDelegate.hpp>
 #include <KeloAPI/base/Data.hpp>
 #include <KeloAPI/base/Error.hpp>
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/base/Object.hpp>
 #include <KeloAPI/base/URL.hpp>
 #include <KeloAPI/http/Manager.hpp>

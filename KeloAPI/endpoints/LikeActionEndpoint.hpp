@@ -1,10 +1,7 @@
 #pragma once
 
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/endpoints/PostActionEndpoint.hpp>
 #include <KeloAPI/model/KLLike.hpp>
-
-#include <memory>
 
 namespace KeloAPI {
 

@@ -4,8 +4,6 @@
 #include <KeloAPI/model/KLEmpty.hpp>
 #include <KeloAPI/model/KLLongformViews.hpp>
 
-#include <utility>
-
 namespace KeloAPI {
 
 LongformViewsEndpoint::LongformViewsEndpoint(Key key, const std::string& longformId)

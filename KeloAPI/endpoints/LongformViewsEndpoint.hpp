@@ -1,12 +1,6 @@
 #pragma once
 
 #include <KeloAPI/api/Endpoint.hpp>
-#include <KeloAPI/base/Export.hpp>
-
-#include <functional>
-#include <memory>
-#include <optional>
-#include <string>
 
 namespace KeloAPI {
 

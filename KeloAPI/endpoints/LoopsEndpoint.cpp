@@ -3,8 +3,6 @@
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/queues/Diagnostics.hpp>
 
-#include <utility>
-
 namespace KeloAPI {
 
 LoopsEndpoint::LoopsEndpoint(Key key)

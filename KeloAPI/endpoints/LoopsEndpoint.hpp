@@ -1,10 +1,6 @@
 #pragma once
 
 #include <KeloAPI/api/Endpoint.hpp>
-#include <KeloAPI/base/Export.hpp>
-
-#include <cstdint>
-#include <memory>
 
 namespace KeloAPI {
 

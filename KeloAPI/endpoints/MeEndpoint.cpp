@@ -3,8 +3,6 @@
 #include <KeloAPI/endpoints/MeEndpoint.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
 
-#include <utility>
-
 namespace KeloAPI {
 
 MeEndpoint::MeEndpoint(Key key, std::shared_ptr<Session> session)

@@ -3,14 +3,7 @@
 #include <KeloAPI/api/Api.hpp>
 #include <KeloAPI/api/Endpoint.hpp>
 #include <KeloAPI/api/Outcome.hpp>
-#include <KeloAPI/base/Contract.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
-
-#include <functional>
-#include <memory>
-#include <optional>
-#include <utility>
-#include <vector>
 
 namespace KeloAPI {
 

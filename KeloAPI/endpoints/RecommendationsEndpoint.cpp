@@ -3,10 +3,6 @@
 #include <KeloAPI/model/KLEmpty.hpp>
 #include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
-#include <array>
-#include <cstddef>
-#include <utility>
-
 namespace KeloAPI {
 
 namespace {

@@ -2,14 +2,6 @@
 
 #include <KeloAPI/api/Endpoint.hpp>
 #include <KeloAPI/api/Outcome.hpp>
-#include <KeloAPI/base/Export.hpp>
-
-#include <cstdint>
-#include <functional>
-#include <memory>
-#include <optional>
-#include <string>
-#include <string_view>
 
 // X11's headers make Success a macro: it is set aside for the length of this file.
 #pragma push_macro("Success")

@@ -1,10 +1,7 @@
 #pragma once
 
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/endpoints/PostActionEndpoint.hpp>
 #include <KeloAPI/model/KLRekelo.hpp>
-
-#include <memory>
 
 namespace KeloAPI {
 

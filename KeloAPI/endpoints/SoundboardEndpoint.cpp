@@ -1,8 +1,6 @@
 #include <KeloAPI/endpoints/SoundboardEndpoint.hpp>
 #include <KeloAPI/model/SoundboardSound.hpp>
 
-#include <utility>
-
 namespace KeloAPI {
 
 SoundboardEndpoint::SoundboardEndpoint(Key key, std::shared_ptr<Session> session)

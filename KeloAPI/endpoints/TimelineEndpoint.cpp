@@ -2,8 +2,6 @@
 #include <KeloAPI/endpoints/TimelineEndpoint.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 
-#include <utility>
-
 namespace KeloAPI {
 
 namespace {

@@ -2,8 +2,6 @@
 #include <KeloAPI/endpoints/UserEndpoint.hpp>
 #include <KeloAPI/model/KLEmpty.hpp>
 
-#include <utility>
-
 namespace KeloAPI {
 
 namespace {

@@ -2,11 +2,6 @@
 
 #include <KeloAPI/api/Endpoint.hpp>
 #include <KeloAPI/api/Outcome.hpp>
-#include <KeloAPI/base/Export.hpp>
-
-#include <functional>
-#include <memory>
-#include <string>
 
 namespace KeloAPI {
 

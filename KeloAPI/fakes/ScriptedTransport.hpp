@@ -1,7 +1,6 @@
 #pragma once
 
 #include <KeloAPI/base/Error.hpp>
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/http/HeaderFields.hpp>
 #include <KeloAPI/http/Transport.hpp>
 #include <KeloAPI/http/URLRequest.hpp>

@@ -1,11 +1,8 @@
 #pragma once
 
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/base/URL.hpp>
 
 #include <functional>
-#include <optional>
-#include <string>
 
 /// What the system knows of the running application. A host sets what its system does not tell,
 /// before it uses files. Usable from any thread.

@@ -6,7 +6,6 @@
 
 #include <filesystem>
 #include <system_error>
-#include <utility>
 
 namespace KeloAPI {
 

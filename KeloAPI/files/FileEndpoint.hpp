@@ -2,16 +2,8 @@
 
 #include <KeloAPI/api/Endpoint.hpp>
 #include <KeloAPI/api/Outcome.hpp>
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/base/URL.hpp>
 #include <KeloAPI/files/FileManager.hpp>
-
-#include <functional>
-#include <memory>
-#include <mutex>
-#include <optional>
-#include <string>
-#include <vector>
 
 namespace KeloAPI {
 

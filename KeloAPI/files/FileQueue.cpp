@@ -7,11 +7,8 @@
 
 #include <algorithm>
 #include <deque>
-#include <map>
-#include <mutex>
 #include <thread>
 #include <unordered_map>
-#include <utility>
 
 namespace KeloAPI {
 

@@ -1,16 +1,10 @@
 #pragma once
 
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/base/Object.hpp>
 #include <KeloAPI/base/URL.hpp>
 #include <KeloAPI/files/FileEndpoint.hpp>
 #include <KeloAPI/files/QueuePriority.hpp>
 #include <KeloAPI/queues/SerialQueue.hpp>
-
-#include <memory>
-#include <optional>
-#include <string>
-#include <vector>
 
 namespace KeloAPI {
 

@@ -3,8 +3,6 @@
 #include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
 #include <bit>
-#include <cstdint>
-#include <utility>
 
 namespace KeloAPI {
 

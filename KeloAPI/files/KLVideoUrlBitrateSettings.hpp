@@ -1,12 +1,10 @@
 #pragma once
 
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/base/Object.hpp>
 #include <KeloAPI/base/URL.hpp>
 #include <KeloAPI/files/KLVideoUrlBitrateSetting.hpp>
 
 #include <memory>
-#include <string_view>
 #include <vector>
 
 namespace KeloAPI {

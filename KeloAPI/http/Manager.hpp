@@ -1,7 +1,6 @@
 #pragma once
 
 #include <KeloAPI/base/Data.hpp>
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/http/Request.hpp>
 #include <KeloAPI/http/ServerTrustPolicy.hpp>
 #include <KeloAPI/http/Transport.hpp>

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <KeloAPI/base/Error.hpp>
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/http/URLRequest.hpp>
 #include <KeloAPI/json/Parameters.hpp>
 

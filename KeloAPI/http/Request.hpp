@@ -2,7 +2,6 @@
 
 #include <KeloAPI/base/Contract.hpp>
 #include <KeloAPI/base/Error.hpp>
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/base/Result.hpp>
 #include <KeloAPI/http/Timeline.hpp>
 #include <KeloAPI/http/Transport.hpp>

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/base/Result.hpp>
 #include <KeloAPI/http/Request.hpp>
 #include <KeloAPI/json/Json.hpp>

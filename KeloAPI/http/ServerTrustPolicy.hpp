@@ -1,6 +1,5 @@
 #pragma once
 
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/base/URL.hpp>
 #include <KeloAPI/http/Certificate.hpp>
 

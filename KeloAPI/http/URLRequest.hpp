@@ -2,7 +2,6 @@
 
 #include <KeloAPI/base/Data.hpp>
 #include <KeloAPI/base/Error.hpp>
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/base/URL.hpp>
 #include <KeloAPI/http/HeaderFields.hpp>
 #include <KeloAPI/http/Method.hpp>

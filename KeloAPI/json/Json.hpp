@@ -1,6 +1,5 @@
 #pragma once
 
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/base/Number.hpp>
 #include <KeloAPI/base/Result.hpp>
 

@@ -2,18 +2,10 @@
 
 #include <KeloAPI/archive/Archivable.hpp>
 #include <KeloAPI/base/Date.hpp>
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/base/URL.hpp>
 #include <KeloAPI/parsing/JsonParser.hpp>
 
-#include <cstddef>
 #include <functional>
-#include <memory>
-#include <optional>
-#include <string>
-#include <string_view>
-#include <utility>
-#include <vector>
 
 namespace KeloAPI {
 

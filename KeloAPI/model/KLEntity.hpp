@@ -1,19 +1,10 @@
 #pragma once
 
 #include <KeloAPI/archive/Archivable.hpp>
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/base/Range.hpp>
 #include <KeloAPI/parsing/JsonParser.hpp>
 
-#include <cstddef>
-#include <cstdint>
 #include <functional>
-#include <memory>
-#include <optional>
-#include <string>
-#include <string_view>
-#include <utility>
-#include <vector>
 
 namespace KeloAPI {
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/base/Object.hpp>
 
 #include <string>

@@ -1,14 +1,8 @@
 #pragma once
 
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/base/Object.hpp>
 #include <KeloAPI/base/URL.hpp>
 #include <KeloAPI/parsing/JsonParser.hpp>
-
-#include <memory>
-#include <optional>
-#include <string>
-#include <utility>
 
 namespace KeloAPI {
 

@@ -4,10 +4,6 @@
 #include <KeloAPI/model/KLPagedData.hpp>
 #include <KeloAPI/parsing/JsonParser.hpp>
 
-#include <iterator>
-#include <memory>
-#include <utility>
-
 namespace KeloAPI {
 
 /// Makes a `KLPagedData` of a page: an object with the paging keys and, under "records", the

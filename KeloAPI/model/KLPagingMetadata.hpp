@@ -1,13 +1,7 @@
 #pragma once
 
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/base/Object.hpp>
 #include <KeloAPI/json/Json.hpp>
-
-#include <cstdint>
-#include <memory>
-#include <optional>
-#include <string>
 
 namespace KeloAPI {
 

@@ -1,15 +1,9 @@
 #pragma once
 
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/base/Number.hpp>
 #include <KeloAPI/base/Object.hpp>
 #include <KeloAPI/base/URL.hpp>
 #include <KeloAPI/json/Json.hpp>
-
-#include <memory>
-#include <optional>
-#include <string>
-#include <utility>
 
 namespace KeloAPI {
 

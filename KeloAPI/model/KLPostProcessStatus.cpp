@@ -1,9 +1,6 @@
 #include <KeloAPI/model/KLPostProcessStatus.hpp>
 #include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
-#include <array>
-#include <string_view>
-
 namespace KeloAPI {
 
 std::shared_ptr<KLPostProcessStatus>

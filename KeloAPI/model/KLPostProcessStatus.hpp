@@ -1,12 +1,7 @@
 #pragma once
 
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/base/Object.hpp>
 #include <KeloAPI/parsing/JsonParser.hpp>
-
-#include <cstdint>
-#include <memory>
-#include <optional>
 
 namespace KeloAPI {
 

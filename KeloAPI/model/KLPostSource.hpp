@@ -1,15 +1,8 @@
 #pragma once
 
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/base/Object.hpp>
 #include <KeloAPI/base/URL.hpp>
 #include <KeloAPI/json/Json.hpp>
-
-#include <cstdint>
-#include <memory>
-#include <optional>
-#include <string>
-#include <utility>
 
 namespace KeloAPI {
 

@@ -1,13 +1,7 @@
 #pragma once
 
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/model/KLFeedInsert.hpp>
 #include <KeloAPI/parsing/JsonParser.hpp>
-
-#include <memory>
-#include <optional>
-#include <string>
-#include <utility>
 
 namespace KeloAPI {
 

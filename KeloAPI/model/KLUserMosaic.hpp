@@ -4,8 +4,6 @@
 #include <KeloAPI/model/KLFeedInsert.hpp>
 
 #include <memory>
-#include <string>
-#include <utility>
 
 namespace KeloAPI {
 

@@ -1,15 +1,10 @@
 #pragma once
 
 #include <KeloAPI/archive/Archivable.hpp>
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/base/URL.hpp>
 
 #include <memory>
-#include <optional>
-#include <string>
-#include <string_view>
 #include <utility>
-#include <vector>
 
 namespace KeloAPI {
 

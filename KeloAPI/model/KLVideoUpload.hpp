@@ -1,16 +1,9 @@
 #pragma once
 
 #include <KeloAPI/base/Date.hpp>
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/base/Object.hpp>
 #include <KeloAPI/model/KLVideoUploadProcessingInfo.hpp>
 #include <KeloAPI/parsing/JsonParser.hpp>
-
-#include <cstdint>
-#include <memory>
-#include <optional>
-#include <string>
-#include <utility>
 
 namespace KeloAPI {
 

@@ -1,13 +1,8 @@
 #pragma once
 
 #include <KeloAPI/base/Date.hpp>
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/base/Object.hpp>
 #include <KeloAPI/parsing/JsonParser.hpp>
-
-#include <memory>
-#include <optional>
-#include <string>
 
 namespace KeloAPI {
 

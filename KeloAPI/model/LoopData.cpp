@@ -4,8 +4,6 @@
 #include <KeloAPI/model/LoopData.hpp>
 #include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
-#include <chrono>
-
 namespace KeloAPI {
 
 void LoopData::encodeWithCoder(KeyedArchiver& coder) const {

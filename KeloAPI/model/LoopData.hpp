@@ -2,14 +2,8 @@
 
 #include <KeloAPI/archive/Archivable.hpp>
 #include <KeloAPI/base/Date.hpp>
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/base/Number.hpp>
 #include <KeloAPI/parsing/JsonParser.hpp>
-
-#include <cstdint>
-#include <memory>
-#include <string_view>
-#include <vector>
 
 namespace KeloAPI {
 

@@ -1,12 +1,7 @@
 #pragma once
 
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/json/Json.hpp>
 #include <KeloAPI/json/Parameters.hpp>
-
-#include <cstdint>
-#include <optional>
-#include <string>
 
 namespace KeloAPI {
 

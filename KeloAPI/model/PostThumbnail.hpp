@@ -1,14 +1,10 @@
 #pragma once
 
 #include <KeloAPI/archive/Archivable.hpp>
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/base/URL.hpp>
 
-#include <cstdint>
 #include <memory>
-#include <string_view>
 #include <utility>
-#include <vector>
 
 namespace KeloAPI {
 

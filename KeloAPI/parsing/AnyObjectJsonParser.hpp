@@ -1,7 +1,6 @@
 #pragma once
 
 #include <KeloAPI/base/Contract.hpp>
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/base/Object.hpp>
 #include <KeloAPI/parsing/JsonParser.hpp>
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <KeloAPI/base/Date.hpp>
-#include <KeloAPI/base/Export.hpp>
 #include <KeloAPI/json/Json.hpp>
 #include <KeloAPI/parsing/JsonParseError.hpp>
 
