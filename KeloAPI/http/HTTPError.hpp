@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace KeloAPI {
 
@@ -16,7 +17,7 @@ inline constexpr std::string_view HTTPErrorDomain = "KeloAPI.HTTP";
 enum class HTTPErrorCode : std::int8_t {
     /// Something failed that no other code names; the underlying error says what.
     Unknown = -1,
-    /// The request was cancelled, or its manager went.
+    /// The request was cancelled, or its manager was destroyed.
     Cancelled = 1,
     /// No byte moved for the request's time-out interval.
     TimedOut = 2,
@@ -34,7 +35,7 @@ enum class HTTPErrorCode : std::int8_t {
     InvalidHeader = 8,
     /// More than 20 redirects in a row.
     TooManyRedirects = 9,
-    /// What came back is no HTTP, not what its head says, or has a head without end.
+    /// The response is not HTTP, not what its head says, or has a head without end.
     BadServerResponse = 10,
     /// The body is not the JSON that was expected.
     BadJson = 11,
@@ -42,7 +43,7 @@ enum class HTTPErrorCode : std::int8_t {
     EmptyBody = 12,
     /// The body is not text in the character set that the response names.
     TextEncoding = 13,
-    /// A download was answered with a status that brings no file: the user info holds it under
+    /// The response to a download has a status that brings no file: the user info holds it under
     /// `HTTPStatusCodeKey`.
     HTTPStatus = 14,
     /// A downloaded file could not be written.
@@ -63,10 +64,15 @@ enum class HTTPErrorCode : std::int8_t {
 inline constexpr std::string_view HTTPStatusCodeKey = "HTTPStatusCode";
 
 /// An error of the HTTP layer.
-KELO_API Error httpError(HTTPErrorCode code, std::string message,
-                         std::optional<Error> underlying = {});
+inline Error httpError(HTTPErrorCode code, std::string message,
+                       std::optional<Error> underlying = {}) {
+    return Error::withMessage(HTTPErrorDomain, static_cast<std::int64_t>(code), std::move(message),
+                              std::move(underlying));
+}
 
 /// True when `error` is the HTTP layer's error with that code.
-KELO_API bool isHTTPError(const Error& error, HTTPErrorCode code);
+inline bool isHTTPError(const Error& error, HTTPErrorCode code) {
+    return error.domain() == HTTPErrorDomain && error.code() == static_cast<std::int64_t>(code);
+}
 
 } // namespace KeloAPI

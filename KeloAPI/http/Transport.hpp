@@ -30,15 +30,15 @@ public:
     ExchangeObserver() = default;
     ExchangeObserver(const ExchangeObserver&) = delete;
     ExchangeObserver& operator=(const ExchangeObserver&) = delete;
-    virtual ~ExchangeObserver();
+    virtual ~ExchangeObserver() = default;
 
     /// The head of the final response; heads of redirects are not reported. At most once.
     virtual void didReceiveResponse(HTTPResponse response) = 0;
     /// A run of the final response's body, content encodings undone. False gives the exchange up,
     /// which then completes with an error.
     virtual bool didReceiveData(std::string_view bytes) = 0;
-    /// More of the request's body was taken: so many bytes of so many in all. Goes back to a
-    /// smaller number where a redirect sends the body again.
+    /// More of the request's body was sent: `sent` bytes of `total`. Goes back to a smaller
+    /// number where a redirect sends the body again.
     virtual void didSendBody(std::int64_t sent, std::int64_t total) = 0;
     /// The exchange is over. Exactly once, and the last call.
     virtual void didComplete(std::optional<Error> error) = 0;
@@ -58,7 +58,7 @@ public:
     Exchange() = default;
     Exchange(const Exchange&) = delete;
     Exchange& operator=(const Exchange&) = delete;
-    virtual ~Exchange();
+    virtual ~Exchange() = default;
 
     /// Ends the exchange with `Cancelled`, soon and asynchronously; after the end it does nothing.
     /// From any thread.
@@ -72,7 +72,7 @@ public:
     Transport() = default;
     Transport(const Transport&) = delete;
     Transport& operator=(const Transport&) = delete;
-    virtual ~Transport();
+    virtual ~Transport() = default;
 
     /// Starts an exchange for a request that has no `problem()`; null where there is nothing to
     /// cancel. The transport keeps the observer until it has completed. From any thread; the

@@ -3,13 +3,6 @@
 
 namespace KeloAPI {
 
-std::optional<KLPostSourceContentType> contentTypeOf(std::int64_t rawValue) {
-    if (rawValue < 0 || rawValue > 3) {
-        return std::nullopt;
-    }
-    return static_cast<KLPostSourceContentType>(rawValue);
-}
-
 std::shared_ptr<KLPostSource> KLPostSource::fromJSON(const JsonObject& json) {
     const auto [postIdNumber, contentType, userIdNumber, username, caption, thumbnailUrl,
                 avatarUrl] = json.values("postId", "contentType", "userId", "username",

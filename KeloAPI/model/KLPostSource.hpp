@@ -15,22 +15,27 @@ enum class KLPostSourceContentType : std::int64_t {
 };
 
 /// The content type with this raw value; none outside 0 to 3.
-KELO_API std::optional<KLPostSourceContentType> contentTypeOf(std::int64_t rawValue);
+constexpr std::optional<KLPostSourceContentType> contentTypeOf(std::int64_t rawValue) {
+    if (rawValue < 0 || rawValue > 3) {
+        return std::nullopt;
+    }
+    return static_cast<KLPostSourceContentType>(rawValue);
+}
 
 /// The post whose content another post reuses.
 class KELO_API KLPostSource final : public Object {
 public:
-    /// "avatarUrl" and "thumbnailUrl"; absent when missing or no URL.
+    /// "avatarUrl" and "thumbnailUrl"; absent when missing or not a URL.
     std::optional<URL> avatarUrl;
     std::optional<URL> thumbnailUrl;
 
-    /// Null when "postId" or "userId" is missing or no number.
+    /// Null when "postId" or "userId" is missing or not a number.
     static std::shared_ptr<KLPostSource> fromJSON(const JsonObject& json);
 
     /// "postId" and "userId", as decimal text.
     const std::string& postId() const { return _postId; }
     const std::string& userId() const { return _userId; }
-    /// "username" and "description"; absent when missing or no text.
+    /// "username" and "description"; absent when missing or not text.
     const std::optional<std::string>& username() const { return _username; }
     const std::optional<std::string>& caption() const { return _caption; }
     /// "contentType"; `Unknown` when missing or outside its values.
