@@ -13,7 +13,7 @@ class Request;
 /// even where nobody holds it.
 class KELO_API AlamofireEndpointRequest final : public EndpointRequest {
 public:
-    /// A handle of `request`; of nothing when that is null.
+    /// A handle of `request`, which may be null.
     static std::shared_ptr<AlamofireEndpointRequest>
     create(const std::shared_ptr<Request>& request);
 

@@ -3,9 +3,6 @@
 #include <KeloAPI/api/Session.hpp>
 #include <KeloAPI/api/SessionDelegate.hpp>
 
-#include <map>
-#include <memory>
-
 namespace KeloAPI {
 
 /// The process's registry of sessions: at most one of each type, living until the process ends. Its

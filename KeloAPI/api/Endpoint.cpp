@@ -48,7 +48,7 @@ KeloAPI::URLRequest Endpoint::URLRequest() const {
         const auto base = URL::parse(text);
         // A piece of the path must not become the host where the base has none.
         if (!base) {
-            require(text.empty(), "scheme and host of a session form no URL");
+            require(text.empty(), "scheme and host of a session do not form a URL");
         } else if (const URL url = base->appendingPathComponent(where);
                    url.host() == base->host()) {
             request.url = url;

@@ -4,31 +4,18 @@
 #include <KeloAPI/api/EndpointRequest.hpp>
 #include <KeloAPI/api/ResponseEnvelope.hpp>
 #include <KeloAPI/api/Session.hpp>
-#include <KeloAPI/base/Contract.hpp>
-#include <KeloAPI/base/Data.hpp>
 #include <KeloAPI/base/Error.hpp>
 #include <KeloAPI/base/Object.hpp>
-#include <KeloAPI/http/Method.hpp>
 #include <KeloAPI/http/ParameterEncoding.hpp>
-#include <KeloAPI/http/Timeline.hpp>
 #include <KeloAPI/http/URLRequest.hpp>
 #include <KeloAPI/json/Parameters.hpp>
 #include <KeloAPI/model/Metadata.hpp>
 #include <KeloAPI/parsing/JsonParser.hpp>
 
-#include <cstddef>
-#include <functional>
-#include <memory>
-#include <optional>
-#include <string>
-#include <type_traits>
-#include <utility>
-#include <vector>
-
 namespace KeloAPI {
 
-/// What the host shall be told of a response, on the main queue: the session first of the error,
-/// where there is one, then the caller.
+/// What is reported of a response on the main queue: first the error, if any, to the session, then
+/// the outcome to the caller.
 struct EndpointReport {
     std::optional<Error> error;
     std::function<void(const Timeline& timeline)> complete;
@@ -91,8 +78,8 @@ public:
     /// "Accept-Language", "User-Agent", "X-Kelo-Client", "kelo-session-id", and "X-Kelo-Polling"
     /// with "true" for a background poll.
     virtual HeaderFields headerFields() const;
-    /// The request that is sent, made anew at every call. A base URL that is none stops the
-    /// process; a path that should be a URL and is none makes a request without one.
+    /// The request that is sent, made anew at every call. A base that is not a URL stops the
+    /// process; a path that should be a URL and is not makes a request without one.
     KeloAPI::URLRequest URLRequest() const override;
     /// Sends the call and has `reader` read the response: what the `request` template ends in.
     virtual std::shared_ptr<EndpointRequest> send(ResponseReader reader);

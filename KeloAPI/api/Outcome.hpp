@@ -3,7 +3,6 @@
 #include <KeloAPI/base/Error.hpp>
 
 #include <utility>
-#include <variant>
 
 // X11's headers make Success a macro: it is set aside for the length of this file.
 #pragma push_macro("Success")

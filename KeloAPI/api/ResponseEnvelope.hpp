@@ -5,12 +5,6 @@
 #include <KeloAPI/model/Metadata.hpp>
 #include <KeloAPI/parsing/JsonParser.hpp>
 
-#include <functional>
-#include <memory>
-#include <optional>
-#include <string_view>
-#include <vector>
-
 namespace KeloAPI {
 
 /// User-info key of a service error's status code, a number.
@@ -19,9 +13,9 @@ inline constexpr std::string_view KLAPIStatusCodeKey = "KLAPIStatusCodeKey";
 /// only when the service sent one.
 inline constexpr std::string_view KLCaptchaUrlKey = "KLCaptchaUrlKey";
 
-/// What a response came to beside its items.
+/// What a response holds beside its items.
 struct ResponseEnvelope {
-    /// The paging values; absent where the response is no list.
+    /// The paging values; absent where the response is not a list.
     std::optional<Metadata> metadata;
     /// Absent for a success.
     std::optional<Error> error;

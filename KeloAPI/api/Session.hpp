@@ -2,7 +2,6 @@
 
 #include <KeloAPI/api/EndpointErrorHandler.hpp>
 #include <KeloAPI/api/SessionDelegate.hpp>
-#include <KeloAPI/base/Data.hpp>
 #include <KeloAPI/base/Error.hpp>
 #include <KeloAPI/base/Object.hpp>
 #include <KeloAPI/base/URL.hpp>
@@ -11,13 +10,7 @@
 #include <KeloAPI/http/URLRequest.hpp>
 
 #include <cstddef>
-#include <cstdint>
-#include <functional>
-#include <memory>
 #include <mutex>
-#include <optional>
-#include <string>
-#include <vector>
 
 namespace KeloAPI {
 
@@ -28,8 +21,8 @@ enum class SessionType : std::uint8_t { Authenticated, UnAuthenticated };
 enum class DownloadDelivery {
     /// On the main queue, as every completion.
     MainQueue,
-    /// At once, on the thread on which the download ends, whichever that is: for work behind the
-    /// scenes that shall not wait for the main thread. Never inside the call that sent.
+    /// At once, on the thread on which the download ends, whichever that is: for background work
+    /// that should not wait for the main thread. Never inside the call that sent.
     AtOnce,
 };
 
@@ -84,8 +77,8 @@ public:
     virtual std::shared_ptr<Request> request(const URLRequestConvertible& convertible);
     /// Sends a request with `data` as its body.
     virtual std::shared_ptr<Request> upload(const URLRequestConvertible& convertible, Data data);
-    /// Sends a request whose response becomes the file `destinationUrl`. A download keeps what is
-    /// answered with a status of 200 to 299, but not 204, 205, nor a 206 without a Range field in
+    /// Sends a request whose response becomes the file `destinationUrl`. A download keeps a
+    /// response with a status of 200 to 299, but not 204, 205, nor a 206 without a Range field in
     /// the request; any other status is the error `HTTPStatus`. The progress is told on the main
     /// queue, and the completion, which must not be empty, called where `delivery` says.
     virtual void download(const URLRequestConvertible& convertible, const URL& destinationUrl,
@@ -101,7 +94,7 @@ public:
     /// same.
     void endpointRequiresAuth(const std::shared_ptr<Endpoint>& endpoint,
                               EndpointRetry retry) override;
-    /// Asks the delegate and queues the retry, if any, when the answer is true. Without a delegate
+    /// Asks the delegate and queues the retry, if any, when it says true. Without a delegate
     /// the retry is dropped.
     void endpointRequiresCaptcha(const std::shared_ptr<Endpoint>& endpoint, const URL& captchaUrl,
                                  EndpointRetry retry) override;

@@ -2,9 +2,6 @@
 
 #include <KeloAPI/base/URL.hpp>
 
-#include <optional>
-#include <string>
-
 namespace KeloAPI {
 
 class Session;

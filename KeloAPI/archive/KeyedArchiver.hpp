@@ -34,7 +34,7 @@ public:
     /// To about a tenth of a microsecond in these decades: the archive has doubles.
     void encodeDate(const std::optional<Date>& date, std::string_view key);
     void encodeURL(const std::optional<URL>& url, std::string_view key);
-    /// UTF-8. What is no UTF-8 is replaced by U+FFFD.
+    /// UTF-8. Bytes that are not are replaced by U+FFFD.
     void encodeText(const std::optional<std::string_view>& text, std::string_view key);
     /// A number object; its kind is kept, but for unsigned integers below 2^63, which are read as
     /// signed.

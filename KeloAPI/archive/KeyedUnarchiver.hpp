@@ -36,9 +36,9 @@ concept Unarchivable = std::derived_from<T, Archivable> && requires(KeyedUnarchi
 /// kind gives nothing, or the default that stands beside the function.
 class KELO_API KeyedUnarchiver {
 public:
-    /// The object that was archived; null when `archive` is no archive, its root no `T` or one that
-    /// `T` refuses, or when it goes beyond what is read of any: 64 MB, 500,000 values, 100 objects
-    /// within one another.
+    /// The object that was archived; null when `archive` is not an archive, its root not a `T` or
+    /// one that `T` refuses, or when it exceeds a limit: 64 MB, 500,000 values, 100 objects within
+    /// one another.
     template <Unarchivable T>
     static std::shared_ptr<T> unarchive(const Data& archive) {
         KeyedUnarchiver coder(archive);
@@ -71,7 +71,7 @@ public:
     bool decodeBool(std::string_view key) const;
     /// To the microsecond; absent also when it lies beyond what a `Date` can tell.
     std::optional<Date> decodeDate(std::string_view key) const;
-    /// Resolved against its base, when the archive has one. Absent also when it is no URL to us.
+    /// Resolved against its base, when the archive has one. Absent also when it is not a URL to us.
     std::optional<URL> decodeURL(std::string_view key) const;
     /// UTF-8.
     std::optional<std::string> decodeText(std::string_view key) const;

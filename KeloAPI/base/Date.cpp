@@ -63,8 +63,8 @@ double timeIntervalSince1970(Date date) {
 
 Date dateSinceNow(double seconds) {
     using Duration = Date::duration;
-    // In doubles, which tell every microsecond until the year 2255: an integer that overflows is no
-    // instant at all.
+    // In doubles, which tell every microsecond until the year 2255: an integer that overflows is
+    // not an instant at all.
     const double instant =
         static_cast<double>(Date::now().time_since_epoch().count()) + seconds * 1e6;
     if (!(instant > static_cast<double>(Duration::min().count()))) {

@@ -26,7 +26,7 @@ public:
 /// An instant in seconds since 1970-01-01 00:00 UTC, with their fraction.
 KELO_API double timeIntervalSince1970(Date date);
 
-/// The instant so many seconds from now, or the first or last that can be told where it lies
+/// The instant `seconds` from now, or the first or last that a `Date` can hold where it lies
 /// beyond.
 KELO_API Date dateSinceNow(double seconds);
 

@@ -35,7 +35,7 @@ public:
 
     /// The message under `NSLocalizedDescriptionKey`, or a text made of domain and code.
     std::string localizedDescription() const;
-    /// The integer under `key`; absent when there is none or it is no number.
+    /// The integer under `key`; absent when there is none or it is not a number.
     std::optional<std::int64_t> integer(std::string_view key) const;
     /// The URL under `key`; absent when there is none.
     std::optional<URL> url(std::string_view key) const;

@@ -9,15 +9,15 @@
 
 namespace KeloAPI {
 
-/// A URL or relative reference of RFC 3986, kept as the text it was made from. A space, a control
-/// character, non-ASCII, one of <>"{}|\^` or a "%" without two hexadecimal digits make a text no
-/// URL, and so does emptiness. Equality is equality of the texts.
+/// A URL or relative reference of RFC 3986, kept as the text it was made from. The empty text is
+/// not a URL, nor is one with a space, a control character, non-ASCII, one of <>"{}|\^` or a "%"
+/// without two hexadecimal digits. Equality is equality of the texts.
 class KELO_API URL {
 public:
     /// The URL that `text` is, or none.
     static std::optional<URL> parse(std::string_view text);
 
-    /// A URL of no characters, for where there must be one and none is known.
+    /// The empty URL, for where there must be one and none is known.
     static URL empty();
 
     /// The URL of the file at a path of this machine. A relative path is made absolute against the
@@ -32,7 +32,7 @@ public:
     /// address, or an IPv6 address in its shortest form without brackets. Empty when there is none,
     /// and for a host that may be read in more than one way: one with percent escapes or with
     /// anything but letters, digits, "-", "_" and single dots, or whose last label is a number
-    /// although it is no IPv4 address of four decimals.
+    /// although it is not an IPv4 address of four decimals.
     std::string host() const;
     /// As written, or the scheme's own for http and https; absent for others.
     std::optional<std::uint16_t> port() const;
@@ -58,8 +58,8 @@ public:
     /// already; empty changes nothing.
     URL appendingQuery(std::string_view query) const;
 
-    /// What `reference` means where this URL is the base, without its fragment; none when it is no
-    /// URL.
+    /// What `reference` means where this URL is the base, without its fragment; none when it is not
+    /// a URL.
     std::optional<URL> resolve(std::string_view reference) const;
 
     friend bool operator==(const URL&, const URL&) = default;

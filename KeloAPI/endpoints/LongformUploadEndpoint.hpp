@@ -12,9 +12,9 @@ namespace KeloAPI {
 /// connection turns out to be dead goes over a new one, and a call that is released after signing
 /// in again is sent once more, a segment without its bytes, so that the host must send that again.
 ///
-/// Media ids go into the path as they are: one that holds "http" makes no address, which the
-/// completion hears. Completions must not be empty; they run on the main queue. Segments of one
-/// upload may be under way together where each has an endpoint of its own.
+/// Media ids go into the path as they are: one that holds "http" makes an invalid URL, and the
+/// call ends with an error. Completions must not be empty; they run on the main queue. Segments of
+/// one upload may be under way together where each has an endpoint of its own.
 class KELO_API LongformUploadEndpoint : public Endpoint {
 public:
     /// The upload as the service describes it, or the error in its place; null without an error

@@ -27,7 +27,7 @@ void MeEndpoint::get(std::function<void(const MeResult&)> completion) {
                     completion(MeResult::Error{*std::move(error)});
                     return;
                 }
-                require(user != nullptr, "users/me answered no user");
+                require(user != nullptr, "users/me returned no user");
                 completion(MeSuccess{std::move(user)});
             }));
 }

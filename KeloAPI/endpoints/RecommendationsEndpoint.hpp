@@ -15,7 +15,7 @@ enum class RecommendationBoost : std::uint8_t { Positive, Neutral, Negative };
 /// The boost's text on the wire: "positive", "neutral", "negative".
 KELO_API std::string_view rawValue(RecommendationBoost boost);
 
-/// The boost with this text, to the letter; none for any other.
+/// The boost with exactly this text; none for any other.
 KELO_API std::optional<RecommendationBoost> recommendationBoostOf(std::string_view rawValue);
 
 /// How feedback ended: with the error, or with nothing to add.

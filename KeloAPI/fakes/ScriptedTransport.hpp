@@ -14,7 +14,7 @@
 
 namespace KeloAPI::fakes {
 
-/// What a scripted exchange comes to: an answer, or an error in its place.
+/// The outcome of a scripted exchange: a response, or an error in its place.
 struct KELO_API ScriptedAnswer {
     int statusCode = 200;
     HeaderFields headerFields = {};
@@ -24,7 +24,7 @@ struct KELO_API ScriptedAnswer {
     /// What the head says of the body's length; its real length when absent.
     std::optional<std::int64_t> expectedContentLength = std::nullopt;
 
-    /// The answer with this body.
+    /// A JSON response with this body.
     static ScriptedAnswer json(std::string body);
     /// No head, no body, only this error.
     static ScriptedAnswer failure(Error error);
@@ -36,7 +36,7 @@ struct KELO_API ScriptedAnswer {
 ///     session->setSessionManager(std::make_shared<Manager>(transport));
 ///     transport->answer(ScriptedAnswer::json(R"({"data": {}})"));
 ///
-/// Requests take the answers in the order both come in; a request that finds none waits for one.
+/// Requests take the responses in the order both come in; one that finds none waits.
 /// Usable from any thread; observers are called on a queue of the transport's own.
 class KELO_API ScriptedTransport final : public Transport {
 public:
@@ -44,15 +44,15 @@ public:
     /// Exchanges that still wait end with `HTTPErrorCode::Cancelled`.
     ~ScriptedTransport() override;
 
-    /// Gives an answer to the oldest request that waits, or to the next one that comes.
+    /// Gives a response to the oldest request that waits, or to the next one that comes.
     void answer(ScriptedAnswer answer);
-    /// Gives an answer to a certain request, counted from 0 in the order they were started. One
-    /// that has ended already is left alone.
+    /// Gives a response to one request, counted from 0 in the order they were started. One that
+    /// has ended already is left alone.
     void answerRequest(std::size_t index, ScriptedAnswer answer);
 
     /// The requests that were started, oldest first.
     std::vector<URLRequest> requests() const;
-    /// How many of them wait for an answer.
+    /// How many of them wait for a response.
     std::size_t waitingCount() const;
 
     std::shared_ptr<Exchange> start(const URLRequest& request,

@@ -29,9 +29,9 @@ public:
                                                 std::shared_ptr<FileManager> fileManager);
 
     using Endpoint::download;
-    /// Makes the file available at the file URL `destination`. A file that is there already is
-    /// answered at once, on this thread and from where it is; otherwise it is fetched, and the
-    /// completion runs where `delivery` says. A `FileQueue` asks for `AtOnce`, so that the next
+    /// Makes the file available at the file URL `destination`. A file that is there already stays
+    /// where it is, and the completion runs at once on this thread; otherwise it is fetched, and
+    /// the completion runs where `delivery` says. A `FileQueue` asks for `AtOnce`, so that the next
     /// file does not wait for the main thread; an override hands the value on, or the queue waits.
     virtual void download(const URL& destination, Completion completion,
                           DownloadDelivery delivery = DownloadDelivery::MainQueue);
@@ -48,7 +48,7 @@ public:
     /// The file's place in the cache: the last component of the path, without what follows a "?",
     /// put behind the manager's directory. Paths that end in the same name share one place. An
     /// empty name gives the directory itself. Absent without a directory, and for the names "." and
-    /// "..", which name no file.
+    /// "..", which are not files.
     virtual std::optional<URL> documentsFile();
 
     /// For those who wait for this file; the library itself neither reads nor changes it.

@@ -39,7 +39,7 @@ public:
     /// keeps none. A directory in the directory counts as a file and goes with all that is in it.
     /// One entry that cannot be examined, and nothing is deleted. An entry that no file endpoint
     /// leads to stays: one with a "?" in its name, or each where the path has no "/" at its end.
-    /// Files that are being downloaded do not count; what killed processes left of them goes.
+    /// Files that are being downloaded do not count; what killed processes left of them is removed.
     void cleanDirectory(std::int64_t maxCount);
 
 private:

@@ -177,7 +177,8 @@ void FileQueue::download(std::shared_ptr<FileEndpoint> endpoint, const URL& to,
 }
 
 void FileQueue::downloadNext(std::optional<Transfer> next) {
-    // A loop, because a long row of endpoints that answer within the call would exhaust the stack.
+    // A loop, because a long row of endpoints that complete within the call would exhaust the
+    // stack.
     while (next) {
         const auto call = std::make_shared<Call>();
         // The next file does not wait until the main thread has time for this one's end.

@@ -17,8 +17,8 @@ namespace KeloAPI {
 /// when its download ends.
 ///
 /// One transfer runs at a time, with one exception: when the only file of the queue is requested
-/// again while it is downloaded, a second transfer of it starts at once. The first to end answers
-/// all requests.
+/// again while it is downloaded, a second transfer of it starts at once. The first to end
+/// completes all requests.
 ///
 /// Requests may come from any thread, `withKey` and `kill` from one. An endpoint's path must not
 /// change while it is queued. Transfers are sent from the queue's own thread or from the one on
@@ -35,10 +35,10 @@ public:
     /// Requests a file at priority `Low`.
     void download(std::shared_ptr<FileEndpoint> endpoint, const URL& to, Completion completion);
 
-    /// Requests that the file be at the file URL `to`. A file that is there already is answered at
-    /// once on this thread, wherever it is. Otherwise the completion is called on the main queue,
-    /// exactly once unless the queue is killed or gone before. In a forked child, a queue of the
-    /// parent answers with `HTTPErrorCode::Inherited`.
+    /// Requests that the file be at the file URL `to`. A file that is there already, wherever that
+    /// is, completes at once on this thread. Otherwise the completion is called on the main queue,
+    /// exactly once unless the queue is killed or destroyed before. In a forked child, a queue of
+    /// the parent completes with `HTTPErrorCode::Inherited`.
     void download(std::shared_ptr<FileEndpoint> endpoint, const URL& to, QueuePriority priority,
                   Completion completion);
 

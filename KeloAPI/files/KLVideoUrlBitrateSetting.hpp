@@ -38,8 +38,8 @@ private:
     std::optional<std::string> _version;
 };
 
-/// Needs "videoUrl" as a URL and "format" as text (`InsufficientData`). "rate" is 0 where it is no
-/// number.
+/// Needs "videoUrl" as a URL and "format" as text (`InsufficientData`). "rate" is 0 where it is
+/// not a number.
 class KELO_API KLVideoUrlBitrateSettingParser final : public JsonParser<KLVideoUrlBitrateSetting> {
 public:
     /// `identifier` becomes that of every setting made.

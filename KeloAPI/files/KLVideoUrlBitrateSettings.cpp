@@ -11,7 +11,7 @@ namespace {
 
 using Setting = std::shared_ptr<KLVideoUrlBitrateSetting>;
 
-/// Ascending; what is no number, which sorting could not bear, goes last.
+/// Ascending; not-a-number goes last, or the order would not be one that sorting needs.
 bool goesBefore(const Setting& a, const Setting& b) {
     return a->minBitrate() < b->minBitrate() ||
            (std::isnan(b->minBitrate()) && !std::isnan(a->minBitrate()));

@@ -13,10 +13,10 @@
 namespace KeloAPI {
 
 /// Makes and starts requests over one transport, with one queue on which their responses are
-/// serialised. Its requests share connections. When it goes and its transport with it, those in
-/// flight end with `Cancelled`; a transport that the caller keeps carries them to their end. Usable
-/// from any thread. In a forked child the managers of its parent do not work: their requests end
-/// with `Inherited`.
+/// serialised. Its requests share connections. When it is destroyed and its transport with it,
+/// those in flight end with `Cancelled`; a transport that the caller keeps carries them to their
+/// end. Usable from any thread. In a forked child the managers of its parent do not work: their
+/// requests end with `Inherited`.
 class KELO_API Manager {
 public:
     /// Chooses where a download goes once its head is there: a file URL.
@@ -38,8 +38,8 @@ public:
 
     /// Sends a request whose response becomes a file. It is written beside the destination, flushed
     /// and renamed over it: unless the download succeeds, the destination stays as it was. A
-    /// download keeps what is answered with a status of 200 to 299, but not 204, 205, nor a 206
-    /// without a Range field in the request; any other status is the error `HTTPStatus`.
+    /// download keeps a response with a status of 200 to 299, but not 204, 205, nor a 206 without
+    /// a Range field in the request; any other status is the error `HTTPStatus`.
     std::shared_ptr<Request> download(const URLRequestConvertible& convertible,
                                       Destination destination);
     /// As above, to a destination that does not depend on the response.

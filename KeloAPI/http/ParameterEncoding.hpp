@@ -20,7 +20,7 @@ public:
     /// is escaped. A query that is there stays in front. No parameters change nothing.
     static const ParameterEncoding URL;
     /// Into the body, as one JSON object, with the Content-Type application/json unless one is set.
-    /// Infinite doubles, those that are no number and texts that are no UTF-8 cannot be encoded.
+    /// Infinite doubles, not-a-number and texts that are not UTF-8 cannot be encoded.
     static const ParameterEncoding JSON;
 
     /// An encoding of the caller's own.

@@ -209,8 +209,9 @@ void Request::end(std::optional<Error> error) {
     deliver(std::move(last));
 }
 
-/// Progress that was reported is delivered before the last completion; behind it go the observer and
-/// the companion, which may hold the request. Where none is there, the main queue is not woken.
+/// Progress that was reported is delivered before the last completion; after it the observer and
+/// the companion are released, which may hold the request. Where none is there, the main queue is
+/// not woken.
 void Request::deliver(Completion last) {
     {
         const std::lock_guard lock(_guarded->mutex);

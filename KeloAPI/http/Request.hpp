@@ -20,7 +20,7 @@ namespace KeloAPI {
 
 class BodySink;
 
-/// What came of an exchange, as a serializer sees it.
+/// The outcome of an exchange, as a serializer sees it.
 struct ResponseContent {
     const URLRequest& request;
     /// Absent when no head came.

@@ -4,7 +4,7 @@ namespace KeloAPI {
 
 namespace {
 
-/// The host of a URL that has `entry` behind its scheme; empty where that is no URL. An IPv6
+/// The host of a URL that has `entry` behind its scheme; empty where that is not a URL. An IPv6
 /// address may stand without its brackets.
 std::string hostOfEntry(const std::string& entry) {
     auto url = URL::parse("https://" + entry);

@@ -28,8 +28,8 @@ using ServerTrustPolicy = std::variant<PerformDefaultEvaluation, PinCertificates
 class KELO_API ServerTrustPolicyManager {
 public:
     /// Each host is listed as it stands in a URL, and looked up as `URL::host` gives it: case, a
-    /// user before it, a port, a path or a query behind it make no difference. Where an entry is no
-    /// host at all, nobody knows what it was to protect: every request is refused then.
+    /// user before it, a port, a path or a query behind it make no difference. An entry
+    /// that is not a host at all makes every request refused: nobody knows what it should protect.
     explicit ServerTrustPolicyManager(
         const std::map<std::string, ServerTrustPolicy>& policies = {});
 

@@ -8,8 +8,8 @@
 namespace KeloAPI {
 
 /// Sends again what failed for a passing reason: the connection could not be made or was lost
-/// before a response, or the server answered with 429, 502, 503 or 504. Only for methods that may
-/// be repeated (GET, HEAD, PUT, DELETE, OPTIONS). The request keeps its body until its end; the
+/// before a response, or the response was 429, 502, 503 or 504. Only for methods that may be
+/// repeated (GET, HEAD, PUT, DELETE, OPTIONS). The request keeps its body until its end; the
 /// completion is still called once, with what came of the last attempt.
 struct RetrySettings {
     /// 0: nothing is sent again.
@@ -22,7 +22,7 @@ struct RetrySettings {
     std::chrono::milliseconds maxPause{30'000};
 };
 
-/// What a manager allows itself. The defaults suit an app on a phone.
+/// The limits of a manager. The defaults suit an app on a phone.
 ///
 /// Calls beyond a limit of connections wait, in their order, and their time-outs run from when they
 /// are sent. One that has waited as long as its time-out, while no byte moved on any connection to

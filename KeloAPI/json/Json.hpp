@@ -28,8 +28,8 @@ using JsonArray = JsonList<JsonValue>;
 using JsonObjectList = JsonList<JsonObject>;
 
 /// A view of one value of a `JsonDocument`, as cheap to copy as a `std::string_view` and valid as
-/// long as the document lives. The value under a key that is not there does not exist, which is
-/// something else than null.
+/// long as the document lives. The value under a key that is missing does not exist, which
+/// differs from null.
 ///
 /// The views inside an optional go with it: bind `objects()`, `array()` and `object()` to a name
 /// before looping over them. `for (x : *value.objects())` loops over what is gone already.
@@ -170,8 +170,8 @@ public:
     static constexpr std::string_view errorDomain = "KeloAPI.JsonSyntax";
 
     /// Reads a whole JSON text in UTF-8, with or without a byte-order mark. Malformed text and more
-    /// than 1024 levels of objects and lists in one another are errors; a number of any size is
-    /// none. An escaped surrogate that stands alone reads as U+FFFD. The text may go afterwards.
+    /// than 1024 levels of objects and lists in one another are errors; a number of any size
+    /// is not. An escaped surrogate that stands alone reads as U+FFFD. The text may go afterwards.
     /// Spare capacity of 64 bytes and more behind the text saves a copy of it.
     static Result<JsonDocument> parse(const std::string& text);
 

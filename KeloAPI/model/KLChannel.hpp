@@ -24,8 +24,8 @@ public:
     /// "fontColor" and "backgroundColor": colours as hexadecimal digits.
     std::string fontColorHex = "000000";
     std::string backgroundColorHex = "000000";
-    /// "iconFullUrl", "retinaIconFullUrl" and "exploreRetinaIconFullUrl"; absent when missing or no
-    /// URL.
+    /// "iconFullUrl", "retinaIconFullUrl" and "exploreRetinaIconFullUrl"; absent when missing or
+    /// not a URL.
     std::optional<URL> iconUrl;
     std::optional<URL> iconRetinaUrl;
     std::optional<URL> exploreIconRetinaUrl;

@@ -23,7 +23,7 @@ public:
 
     /// "aspectRatio": the width over the height.
     double aspectRatio = 1;
-    /// "thumbnailUrl"; absent where there is none, or no URL.
+    /// "thumbnailUrl"; absent when missing or not a URL.
     std::optional<URL> thumbnailUrl;
     /// Whether the host may fetch the video before it plays. The host's own: no response sets it.
     bool canPreload = false;

@@ -29,7 +29,7 @@ public:
         , _nextAfter(prepend._nextAfter)
         , _channel(metadata._channel)
         , _displayCount(metadata._displayCount) {}
-    /// The values of a list of so many records that came without any.
+    /// The values of a list of `count` records that came without paging values.
     static std::shared_ptr<KLPagingMetadata> ofRecords(std::int64_t count);
 
     /// "count": records in the whole list.

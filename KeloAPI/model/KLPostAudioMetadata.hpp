@@ -15,19 +15,19 @@ public:
     std::string trackName;
     /// "trackId", a number beside "track", as decimal text.
     std::string trackId;
-    /// "albumArtUrl" of "track"; absent when missing or no URL.
+    /// "albumArtUrl" of "track"; absent when missing or not a URL.
     std::optional<URL> albumArtUrl;
 
-    /// Null when "trackName" or "artistName" of "track" is missing or no text, or "trackId" missing
-    /// or no number.
+    /// Null when "trackName" or "artistName" of "track" is missing or not text, or "trackId"
+    /// missing or not a number.
     static std::shared_ptr<KLPostAudioMetadata> fromJSON(const JsonObject& json);
 
-    /// "itunesId" of "track": the track's number in the music store; absent when missing or no
-    /// number.
+    /// "itunesId" of "track": the track's number in the music store; absent when missing or
+    /// not a number.
     const std::optional<Number>& iTunesId() const { return _iTunesId; }
-    /// "itunes_affiliate_token" of "track"; absent when missing or no text.
+    /// "itunes_affiliate_token" of "track"; absent when missing or not text.
     const std::optional<std::string>& affiliateToken() const { return _affiliateToken; }
-    /// "hasAudioTrackTimeline" of "track"; false when missing or no number.
+    /// "hasAudioTrackTimeline" of "track"; false when missing or not a number.
     bool hasTrackTimeline() const { return _hasTrackTimeline; }
 
 private:

@@ -29,12 +29,12 @@ public:
     const std::string& actionTitle() const { return _actionTitle; }
     /// "actionLink".
     const URL& actionUrl() const { return _actionUrl; }
-    /// "backgroundImage" and "backgroundVideo"; absent when missing or no URL.
+    /// "backgroundImage" and "backgroundVideo"; absent when missing or not a URL.
     const std::optional<URL>& backgroundImage() const { return _backgroundImage; }
     const std::optional<URL>& backgroundVideo() const { return _backgroundVideo; }
     /// "description".
     const std::optional<std::string>& details() const { return _details; }
-    /// "actionIcon"; absent when missing or no URL.
+    /// "actionIcon"; absent when missing or not a URL.
     const std::optional<URL>& actionIcon() const { return _actionIcon; }
     /// "closeUrlPath": the path to call when the user dismisses the card.
     const std::optional<std::string>& closeUrlPath() const { return _closeUrlPath; }

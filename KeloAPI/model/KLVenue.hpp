@@ -43,7 +43,7 @@ private:
 /// The service's own, flat form. Needs "foursquareVenueId" and "venueName" as texts
 /// (`InsufficientData`); reads "venueAddress", "venueCity" and "venueState", and a category of
 /// "venueCategoryId", "venueCategoryShortName" (texts both, or there is none) and
-/// "venueCategoryIconUrl". It tells of no country and no coordinates.
+/// "venueCategoryIconUrl". It has neither country nor coordinates.
 class KELO_API KLVenueParser final : public JsonParser<KLVenue> {
 public:
     using Reading = detail::OnArrival;

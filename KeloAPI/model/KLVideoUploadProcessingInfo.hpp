@@ -14,7 +14,7 @@ enum class KLVideoUploadProcessingState : std::uint8_t { InProgress, Pending, Su
 /// The state's text on the wire: "in_progress", "pending", "succeeded", "failed".
 KELO_API std::string_view rawValue(KLVideoUploadProcessingState state);
 
-/// The state with this text, to the letter; none for any other.
+/// The state with exactly this text; none for any other.
 KELO_API std::optional<KLVideoUploadProcessingState>
 videoUploadProcessingStateOf(std::string_view rawValue);
 

@@ -17,7 +17,7 @@ public:
 };
 
 /// Makes a user of any object; never throws. A missing "username" is an empty one, and one that is
-/// no text is absent. The loop counter takes both of its keys as numbers.
+/// not text is absent. The loop counter takes both of its keys as numbers.
 class KELO_API UserParser final : public JsonParser<KLWatchUser> {
 public:
     using Reading = detail::OnArrival;

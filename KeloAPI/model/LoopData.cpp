@@ -41,7 +41,7 @@ std::uint64_t LoopData::loopsSinceCreation() const {
         Microseconds(Date::now().time_since_epoch()) - Microseconds(created.time_since_epoch());
     const double product = rate * elapsed.count();
     // Written so that not-a-number fails it too.
-    require(product >= 0.0 && product < twoTo64, "estimated loops are no 64-bit count");
+    require(product >= 0.0 && product < twoTo64, "estimated loops are not a 64-bit count");
     return static_cast<std::uint64_t>(product);
 }
 

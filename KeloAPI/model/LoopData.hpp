@@ -45,7 +45,7 @@ public:
 };
 
 /// Reads "count" and "velocity" (numbers, required: `InsufficientData`), "created" (a date; the
-/// moment of parsing when it is missing or no date) and "onFire" (a boolean; false).
+/// moment of parsing when it is missing or not a date) and "onFire" (a boolean; false).
 class KELO_API LoopDataParser final : public JsonParser<LoopData> {
 public:
     using Reading = detail::OnArrival;

@@ -9,7 +9,7 @@ namespace KeloAPI {
 /// A short sound that users can put into their videos. Does not change once made.
 class KELO_API SoundboardSound final : public Archivable {
 public:
-    /// A text that is no URL makes `soundUrl` an empty one.
+    /// A text that is not a URL makes `soundUrl` an empty one.
     SoundboardSound(std::string name, std::string soundId, std::string_view soundUrl, bool featured,
                     std::optional<std::string> sourcePostId = std::nullopt)
         : _name(std::move(name))
@@ -22,7 +22,7 @@ public:
     const std::string& name() const { return _name; }
     /// "soundId", sent as text or as a number.
     const std::string& soundId() const { return _soundId; }
-    /// "soundUrl"; empty where that is missing or no URL.
+    /// "soundUrl"; empty where that is missing or not a URL.
     const URL& soundUrl() const { return _soundUrl; }
     /// "sourcePostId": the post that the sound was taken from, sent as text or as a number.
     const std::optional<std::string>& sourcePostId() const { return _sourcePostId; }

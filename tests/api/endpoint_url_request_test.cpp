@@ -118,7 +118,7 @@ TEST_F(EndpointURLRequest, ABaseThatIsNoURLStopsTheProcess) {
     delegate->host = "not a host";
     endpoint->setPath("users/me");
     EXPECT_DEATH(static_cast<void>(endpoint->URLRequest()),
-                 "contract violated: scheme and host of a session form no URL");
+                 "contract violated: scheme and host of a session do not form a URL");
 }
 
 TEST_F(EndpointURLRequest, CarriesOnlyTheHeaderFieldsThatTheSessionHas) {

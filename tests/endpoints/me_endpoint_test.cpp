@@ -51,9 +51,9 @@ TEST_F(MeEndpointTest, PassesEveryErrorOn) {
 
 TEST_F(MeEndpointTest, AnAnswerWithoutUserStopsTheProcess) {
     GTEST_FLAG_SET(death_test_style, "threadsafe"); // a forked child has no session of its own
-    EXPECT_DEATH(get(R"({"data": {}})"), "contract violated: users/me answered no user");
+    EXPECT_DEATH(get(R"({"data": {}})"), "contract violated: users/me returned no user");
     EXPECT_DEATH(get(R"({"data": {"records": []}})"),
-                 "contract violated: users/me answered no user");
+                 "contract violated: users/me returned no user");
 }
 
 TEST_F(MeEndpointTest, WithoutASessionUsesTheAuthenticatedOneAndItsDefaultDelegate) {

@@ -209,7 +209,7 @@ namespace {
 constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 constexpr const char* noCount =
-    "^KeloAPI: contract violated: estimated loops are no 64-bit count\n$";
+    "^KeloAPI: contract violated: estimated loops are not a 64-bit count\n$";
 constexpr const char* overflow = "^KeloAPI: contract violated: loop count overflows\n$";
 
 /// A snapshot taken so long ago.

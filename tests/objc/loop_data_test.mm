@@ -49,7 +49,7 @@ TEST(KLLoopDataTest, AddsLoops) {
 TEST(KLLoopDataDeathTest, ArithmeticIsChecked) {
     KLLoopData *full = loops(most, 0);
     EXPECT_DEATH([full addLoops:1], "loop count overflows");
-    constexpr const char *noCount = "estimated loops are no 64-bit count";
+    constexpr const char *noCount = "estimated loops are not a 64-bit count";
     EXPECT_DEATH(std::ignore = snapshot(-1, 10).loopsSinceCreation, noCount);
     EXPECT_DEATH(std::ignore = snapshot(1, -100).loopsSinceCreation, noCount);
     EXPECT_DEATH(std::ignore = snapshot(std::nan(""), 10).loopsSinceCreation, noCount);

@@ -13,7 +13,7 @@ namespace KeloAPI {
 std::optional<std::size_t> base64DecodedBuffer(const char* input, std::size_t length,
                                                unsigned char* output);
 
-/// The most bytes that so many base64 characters decode into.
+/// The largest number of bytes that `length` base64 characters decode into.
 constexpr std::size_t base64DecodedLength(std::size_t length) {
     return length / 4 * 3;
 }

@@ -13,19 +13,19 @@ namespace KeloAPI {
 /// The binary form of property lists, "bplist00".
 class BinaryPropertyList {
 public:
-    /// What a file may have at most, so that one from elsewhere costs no more than it is worth.
+    /// Limits of a file, so that one from elsewhere costs no more than it is worth.
     static constexpr std::size_t maxBytes = std::size_t{64} << 20U;
     static constexpr std::size_t maxValues = 500'000;
     static constexpr std::uint8_t maxDepth = 128;
 
     /// Reads a whole file. None when anything of it is malformed: a size or place outside the file,
     /// values that take more room together than the file has, a container that holds itself, a key
-    /// that is no text, a text that is no ASCII or UTF-16, an integer beyond 64 bits, or more than
-    /// the limits above. Time and memory are in proportion to the bytes.
+    /// that is not text, a text that is neither ASCII nor UTF-16, an integer beyond 64 bits, or
+    /// more than the limits above. Time and memory are in proportion to the bytes.
     static std::optional<PropertyList> read(std::span<const std::byte> bytes);
 
-    /// The bytes of a list, whose references must lie in its table. A text that is no UTF-8 is
-    /// written with U+FFFD for what is not.
+    /// The bytes of a list, whose references must lie in its table. Bytes of a text that
+    /// are not UTF-8 are written as U+FFFD.
     static std::string write(const PropertyList& list);
 };
 

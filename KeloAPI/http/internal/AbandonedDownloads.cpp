@@ -21,8 +21,8 @@ constexpr std::string_view prefix = ".download-";
 constexpr std::string_view suffix = ".part";
 constexpr std::string_view digits = "0123456789abcdef";
 constexpr std::size_t randomBytes = 16;
-/// A folder is cleared when a process starts and when it is trimmed: this many times in a row is no
-/// accident.
+/// A folder is cleared when a process starts and when it is trimmed: this many times in a row is
+/// not an accident.
 constexpr int maxAttempts = 100;
 
 struct Cleared {
@@ -39,8 +39,8 @@ Cleared& cleared() {
 
 std::string temporaryName() {
     std::array<unsigned char, randomBytes> bytes{};
-    // It fails for no more than 256 bytes only where there is no such call at all; the name is then
-    // taken once, and another download is refused.
+    // For 256 bytes at most it fails only where the system lacks the call; the name is then taken
+    // once, and another download is refused.
     static_cast<void>(getentropy(bytes.data(), bytes.size()));
     std::string name(prefix);
     for (const unsigned char byte : bytes) {

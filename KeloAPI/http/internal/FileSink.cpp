@@ -8,7 +8,7 @@ namespace {
 Error statusError(int status) {
     Error::UserInfo info;
     info.emplace(NSLocalizedDescriptionKey,
-                 "the server answered with status " + std::to_string(status));
+                 "the server responded with status " + std::to_string(status));
     info.emplace(HTTPStatusCodeKey, Number::of(status));
     return {HTTPErrorDomain, static_cast<std::int64_t>(HTTPErrorCode::HTTPStatus), std::move(info)};
 }

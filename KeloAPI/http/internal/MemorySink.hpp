@@ -9,9 +9,9 @@
 /// three times while it moves to a larger place. From any thread.
 namespace KeloAPI::BodyMemory {
 
-/// Counts so many bytes more; false, and nothing is counted, where that would be more than `max`.
+/// Counts `bytes` more; false, and nothing is counted, where that would be more than `max`.
 bool take(std::size_t bytes, std::size_t max);
-/// So many bytes have gone.
+/// Counts `bytes` less.
 void giveBack(std::size_t bytes);
 
 } // namespace KeloAPI::BodyMemory

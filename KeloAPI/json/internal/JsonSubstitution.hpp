@@ -22,7 +22,7 @@ struct JsonSubstitution {
     bool changed = false;
 };
 
-/// Puts something else in the place of what RFC 8259 allows and the JSON reader refuses: 0 for a
+/// Replaces what RFC 8259 allows and the JSON reader refuses: 0 for a
 /// large number, U+FFFD for an escaped surrogate that stands alone. The text keeps its length, and
 /// a malformed text stays malformed.
 JsonSubstitution substituteUnreadable(std::string& text);

@@ -4,7 +4,7 @@
 
 namespace KeloAPI {
 
-/// Keeps the host's signals away from threads that are started while it lives: its handlers shall
+/// Keeps the host's signals away from threads that are started while it lives: its handlers should
 /// run on its own threads. Faults stay deliverable, for whoever reports crashes.
 class SignalShield {
 public:
