@@ -106,12 +106,14 @@ std::shared_ptr<EndpointRequest> Endpoint::deliver(const std::shared_ptr<Request
                                                    ResponseReader reader) {
     auto handle = AlamofireEndpointRequest::create(request);
     const ReadingPlace place = reader.place;
-    auto serializer = [self = shared_from_this(),
-                       reader = std::move(reader)](const ResponseContent& content,
-                                                   Timeline timeline) -> Request::Completion {
+    auto serializer = [self = shared_from_this(), reader = std::move(reader),
+                       isTraced = false](const ResponseContent& content,
+                                         Timeline timeline) mutable -> Request::Completion {
+        // Once: what runs out of memory is asked again.
+        if (!std::exchange(isTraced, true)) {
+            Diagnostics::write(content.request.url ? content.request.description() : "nil");
+        }
         EndpointReport report = reader.read(content);
-        // Behind what may run out of memory and is then asked again: one line for each call.
-        Diagnostics::write(content.request.url ? content.request.description() : "nil");
         timeline.serializationCompletedTime = Date::now();
         return [self, reader, report = std::move(report), timeline] {
             if (report.error) {

@@ -86,7 +86,7 @@ std::shared_ptr<Manager> Session::sessionManager() {
 void Session::setSessionManager(std::shared_ptr<Manager> manager) {
     require(manager != nullptr, "a session needs a manager");
     const std::lock_guard lock(_managerMutex);
-    _sessionManager = std::move(manager);
+    _sessionManager.swap(manager); // the old one goes without the lock, as its calls end then
 }
 
 std::shared_ptr<Request> Session::request(const URLRequestConvertible& convertible) {

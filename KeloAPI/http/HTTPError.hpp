@@ -19,7 +19,8 @@ enum class HTTPErrorCode : std::int8_t {
     Unknown = -1,
     /// The request was cancelled, or its manager was destroyed.
     Cancelled = 1,
-    /// No byte moved for the request's time-out interval.
+    /// No byte moved for the request's time-out interval, or a time limit of the manager's
+    /// settings has passed.
     TimedOut = 2,
     /// The host's (or proxy's) name has no address.
     CannotFindHost = 3,
@@ -50,10 +51,12 @@ enum class HTTPErrorCode : std::int8_t {
     CannotWriteFile = 15,
     /// A parameter cannot be encoded.
     ParameterEncoding = 16,
-    /// The body is larger than a response that is kept in memory may be (256 MiB).
+    /// The body is larger than a response that is kept in memory may be
+    /// (`TransportSettings::maxBodyBytes`).
     BodyTooLarge = 17,
     /// The system has no memory, thread or descriptor to give for the request, or the bodies that
-    /// are kept in memory reach 1 GiB in all. The next request may fare better.
+    /// are kept in memory reach `TransportSettings::maxBodyBytesInProcess`. The next request may
+    /// fare better.
     OutOfResources = 18,
     /// The request's manager belongs to the parent of this forked process; one that is made here
     /// works.

@@ -3,6 +3,7 @@
 #include <KeloAPI/http/Request.hpp>
 #include <KeloAPI/queues/MainQueue.hpp>
 
+#include <algorithm>
 #include <mutex>
 #include <new>
 #include <utility>
@@ -21,10 +22,6 @@ void post(Request::Completion completion) {
 Error noMemory() {
     return httpError(HTTPErrorCode::OutOfResources, "there is no memory for the response");
 }
-
-} // namespace
-
-namespace {
 
 /// How far a request is; it never goes back.
 enum class Phase : std::uint8_t {
@@ -109,9 +106,15 @@ void Request::cancel() {
 }
 
 void Request::progress(Progress observer) {
-    const std::lock_guard lock(_guarded->mutex);
-    if (_guarded->phase != Phase::Delivered) {
-        _guarded->progress.swap(observer); // the old one goes without the lock
+    bool isDue = false;
+    {
+        const std::lock_guard lock(_guarded->mutex);
+        if (_guarded->phase != Phase::Delivered) {
+            _guarded->progress.swap(observer); // the old one goes without the lock
+            isDue = claimReport();
+        }
+    }
+    if (isDue) {
         postReport();
     }
 }
@@ -207,6 +210,15 @@ void Request::end(std::optional<Error> error) {
         }
     }
     deliver(std::move(last));
+    std::vector<Serializer> late;
+    {
+        const std::lock_guard lock(_guarded->mutex);
+        _guarded->phase = std::max(_guarded->phase, Phase::Served);
+        _guarded->handlers.swap(late);
+    }
+    for (Serializer& serializer : late) {
+        response(std::move(serializer));
+    }
 }
 
 /// Progress that was reported is delivered before the last completion; after it the observer and
@@ -224,8 +236,8 @@ void Request::deliver(Completion last) {
         if (last) {
             last();
         }
+        std::shared_ptr<const void> companion; // goes behind the observer
         Progress observer;
-        std::shared_ptr<const void> companion;
         const std::lock_guard lock(self->_guarded->mutex);
         self->_guarded->companion.swap(companion);
         self->_guarded->phase = Phase::Delivered;
@@ -233,13 +245,9 @@ void Request::deliver(Completion last) {
     });
 }
 
-/// Those that were attached meanwhile, and so behind the ones before; when there are none, later
-/// ones go by themselves.
+/// Those that were attached meanwhile, and so behind the ones before.
 std::vector<Request::Serializer> Request::takeHandlers() {
     const std::lock_guard lock(_guarded->mutex);
-    if (_guarded->handlers.empty()) {
-        _guarded->phase = Phase::Served;
-    }
     return std::exchange(_guarded->handlers, {});
 }
 
@@ -259,22 +267,32 @@ Request::Completion Request::serve(const Serializer& serializer) const {
 }
 
 void Request::reportProgress(std::int64_t total, std::int64_t expected) {
-    const std::lock_guard lock(_guarded->mutex);
-    // A body that a redirect sends again is told of where it gets beyond what moved before.
-    if (total <= _guarded->total) {
-        return;
+    {
+        const std::lock_guard lock(_guarded->mutex);
+        // A body that is sent again is told of where it gets beyond what moved before.
+        if (total <= _guarded->total) {
+            return;
+        }
+        _guarded->total = total;
+        _guarded->expected = expected;
+        if (!claimReport()) {
+            return;
+        }
     }
-    _guarded->total = total;
-    _guarded->expected = expected;
     postReport();
 }
 
+/// True where a report is to be posted, by the caller and without the lock: the main queue may be
+/// the host's. Where nobody listens, the main thread is not woken for each run of bytes.
+bool Request::claimReport() {
+    const bool isDue =
+        _guarded->progress && !_guarded->reportPosted && _guarded->total != _guarded->reported;
+    _guarded->reportPosted = _guarded->reportPosted || isDue;
+    return isDue;
+}
+
 void Request::postReport() {
-    // Where nobody listens, the main thread is not woken for each run of bytes.
-    if (_guarded->progress && !_guarded->reportPosted && _guarded->total != _guarded->reported) {
-        _guarded->reportPosted = true;
-        MainQueue::main().async([self = shared_from_this()] { self->deliverProgress(); });
-    }
+    MainQueue::main().async([self = shared_from_this()] { self->deliverProgress(); });
 }
 
 void Request::deliverProgress() {

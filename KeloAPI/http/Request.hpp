@@ -25,7 +25,8 @@ struct ResponseContent {
     const URLRequest& request;
     /// Absent when no head came.
     const std::optional<HTTPResponse>& response;
-    /// Empty for a download, and where there is an error. Has at least 64 bytes of spare capacity.
+    /// Empty for a download, and where there is an error. Otherwise it has at least 64 bytes of
+    /// spare capacity.
     const std::string& body;
     /// Absent when the exchange went well, whatever its status.
     const std::optional<Error>& error;
@@ -35,7 +36,8 @@ struct ResponseContent {
 enum class ReadingPlace : std::uint8_t {
     /// On the response queue, which a slow reader holds up, but no other call's transfer.
     ResponseQueue,
-    /// Wherever the response arrives, if it is short: for readers that are quick and call nobody.
+    /// Wherever the response arrives, if it is short: for readers that are quick and call no
+    /// code of the host's but the diagnostic sink.
     WhereItArrives
 };
 
@@ -45,15 +47,16 @@ enum class ReadingPlace : std::uint8_t {
 /// has its serializer run on the manager's response queue (of a download on the network thread,
 /// which waits for the disk anyway) and then its completion on the main queue, exactly once each
 /// and in the order they were attached. A handler that is attached after the end is served all the
-/// same. Progress is reported on the main queue, before the completions. A request stays alive
-/// until then even where nobody holds it.
+/// same. Progress is reported on the main queue, before completions that run there. A request stays
+/// alive until then even where nobody holds it.
 class KELO_API Request final : public std::enable_shared_from_this<Request>,
                                private ExchangeObserver {
 public:
     /// Bytes moved since the last report, bytes moved so far, and bytes expected in all (-1 while
     /// that is unknown): sent for an upload, received for others. Reports are made only when bytes
     /// moved, those that the main queue is too slow for are merged, and none is of less than the
-    /// one before: an upload that a redirect starts again goes on where it gets beyond that.
+    /// one before: an upload that starts again, for a redirect, a retry or a lost connection, goes
+    /// on where it gets beyond that.
     using Progress =
         std::function<void(std::int64_t bytes, std::int64_t total, std::int64_t expected)>;
     using Completion = std::function<void()>;
@@ -105,6 +108,7 @@ private:
     std::vector<Serializer> takeHandlers();
     Completion serve(const Serializer& serializer) const;
     void reportProgress(std::int64_t total, std::int64_t expected);
+    bool claimReport();
     void postReport();
     void deliverProgress();
     void deliver(Completion last);

@@ -38,7 +38,7 @@ public:
     /// which then completes with an error.
     virtual bool didReceiveData(std::string_view bytes) = 0;
     /// More of the request's body was sent: `sent` bytes of `total`. Goes back to a smaller
-    /// number where a redirect sends the body again.
+    /// number where the body is sent again.
     virtual void didSendBody(std::int64_t sent, std::int64_t total) = 0;
     /// The exchange is over. Exactly once, and the last call.
     virtual void didComplete(std::optional<Error> error) = 0;

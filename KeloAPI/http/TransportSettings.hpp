@@ -9,10 +9,11 @@ namespace KeloAPI {
 
 /// Sends again what failed for a passing reason: the connection could not be made or was lost
 /// before a response, or the response was 429, 502, 503 or 504. Only for methods that may be
-/// repeated (GET, HEAD, PUT, DELETE, OPTIONS). The request keeps its body until its end; the
+/// repeated (all but POST and PATCH). The request keeps its body until its end; the
 /// completion is still called once, with what came of the last attempt.
 struct RetrySettings {
-    /// 0: nothing is sent again.
+    /// 0: nothing is sent again, but for a request of such a method whose kept connection the
+    /// server closes before it responds.
     int maxRetries = 0;
     /// Before the first retry; each further pause is twice as long. A random part of up to one half
     /// is taken off, so that clients do not come back all at once.
@@ -34,7 +35,7 @@ struct TransportSettings {
     std::size_t maxDownloadConnectionsPerHost = 6;
     /// Connections that the manager keeps for their next use, and never more than a quarter of the
     /// descriptors that the process may have. Its network threads share them equally; a thread
-    /// with more connections in use closes those that come to rest.
+    /// with more connections in use closes those that come to rest, and each keeps one at least.
     std::size_t maxIdleConnections = 64;
 
     /// How long it may take to connect, name lookup and TLS included. Absent: as long as silence.

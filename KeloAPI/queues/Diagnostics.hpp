@@ -7,8 +7,9 @@
 
 namespace KeloAPI::Diagnostics {
 
-/// Takes one line, without its line end. May be called on any thread, one call at a time; it must
-/// neither write a line itself nor set a sink.
+/// Takes one line, without its line end. May be called on any thread, one call at a time, those
+/// that carry transfers included: it must not wait for another thread, and neither write a line
+/// itself nor set a sink.
 using Sink = std::function<void(std::string_view line)>;
 
 /// Sends the library's few diagnostic lines to `sink` from now on; an empty one restores standard

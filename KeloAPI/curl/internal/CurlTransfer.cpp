@@ -83,6 +83,7 @@ bool CurlTransfer::arm(Shared& shared) {
     }
     _body = {};
     disarm();
+    _namesHost = _request.headerFields.contains("Host");
     _easy = shared.easyHandles.take();
     CurlOptions options(_easy);
     if (_easy == nullptr) {
@@ -101,7 +102,7 @@ bool CurlTransfer::arm(Shared& shared) {
 
 void CurlTransfer::disarm() {
     if (_easy != nullptr) {
-        _shared->easyHandles.giveBack(std::exchange(_easy, nullptr));
+        _shared->easyHandles.giveBack(std::exchange(_easy, nullptr), !_namesHost);
     }
     curl_slist_free_all(std::exchange(_headers, nullptr));
 }
@@ -133,7 +134,7 @@ CurlTransfer::Outcome CurlTransfer::outcome(CURLcode code) const {
     if (_hop->isPassedOver) {
         // Whatever became of its body, the head has said what is to be done.
         outcome.redirects = _hop->redirects;
-        outcome.isPassing = !_hop->redirects;
+        outcome.pause = _hop->pause;
     } else if (_hop->failure) {
         outcome.error = _hop->failure;
     } else if (code == CURLE_OUT_OF_MEMORY && _hop->sent && !_hop->head.isFinished()) {
@@ -150,9 +151,6 @@ CurlTransfer::Outcome CurlTransfer::outcome(CURLcode code) const {
         // protocol. Only what changes nothing can be sent again without knowing which it was.
         outcome.sendAgain = code == CURLE_HTTP2 && _hop->detail.front() == '\0' &&
                             _hop->head.statusCode() == 0 && changesNothing(_request.method);
-        outcome.isPassing =
-            !_hop->isToldOf && (isHTTPError(*outcome.error, HTTPErrorCode::CannotConnect) ||
-                                isHTTPError(*outcome.error, HTTPErrorCode::ConnectionLost));
     } else if (!_hop->head.isFinished()) {
         outcome.error =
             httpError(HTTPErrorCode::ConnectionLost, "the response ended within its head");
@@ -160,7 +158,28 @@ CurlTransfer::Outcome CurlTransfer::outcome(CURLcode code) const {
         outcome.error =
             httpError(HTTPErrorCode::BadServerResponse, "the response's body was cut short");
     }
+    outcome.isPassing = outcome.isPassing || (outcome.error && mayPass(*outcome.error));
     return outcome;
+}
+
+CurlTransfer::Outcome CurlTransfer::overdue() const {
+    if (_hop->isPassedOver) {
+        return outcome(CURLE_OK);
+    }
+    Outcome outcome;
+    outcome.error = httpError(HTTPErrorCode::TimedOut, "the request timed out");
+    outcome.isPassing = stage == Stage::InFlight && mayPass(*outcome.error);
+    return outcome;
+}
+
+/// True for a connection that was not made, or was lost before a response.
+bool CurlTransfer::mayPass(const Error& error) const {
+    if (isHTTPError(error, HTTPErrorCode::ConnectionLost)) {
+        return !_hop->isToldOf;
+    }
+    return !_hop->sent && (isHTTPError(error, HTTPErrorCode::CannotFindHost) ||
+                           isHTTPError(error, HTTPErrorCode::CannotConnect) ||
+                           isHTTPError(error, HTTPErrorCode::TimedOut));
 }
 
 CurlTransfer::Next CurlTransfer::goOn(Outcome outcome) {
@@ -172,10 +191,13 @@ CurlTransfer::Next CurlTransfer::goOn(Outcome outcome) {
     if (outcome.sendAgain && ++_resends <= maxResends) {
         return Next::Request;
     }
-    if (const auto pause = outcome.isPassing && mayRetry() ? nextPause() : std::nullopt) {
+    if (outcome.isPassing && !outcome.pause && mayRetry()) {
+        outcome.pause = nextPause();
+    }
+    if (outcome.pause && !isCancelled()) {
         ++_retries;
         stage = Stage::Pausing;
-        listedDeadline = Clock::now() + *pause;
+        listedDeadline = Clock::now() + *outcome.pause;
         return Next::Pause;
     }
     complete(std::move(outcome.error));
@@ -236,7 +258,10 @@ bool CurlTransfer::takeHeaderLine(std::string_view line) {
         _hop->isPassedOver = true;
         return true;
     }
-    if (isPassingStatus(_hop->head.statusCode()) && mayRetry() && nextPause()) {
+    if (isPassingStatus(_hop->head.statusCode()) && mayRetry()) {
+        _hop->pause = nextPause();
+    }
+    if (_hop->pause) {
         _hop->isPassedOver = true;
         return true;
     }
@@ -308,10 +333,11 @@ std::size_t CurlTransfer::giveBody(char* buffer, std::size_t room) {
 
 /// Whether the request may go out on the connection that libcurl has chosen for it.
 bool CurlTransfer::acceptConnection(const std::string& ends) {
-    // libcurl sends again by itself where a connection ends before the first byte of a response.
-    // On a shared one the server may long have been at work on it.
-    if (_hop->sent && _origin->protocol == CurlOrigin::Protocol::Multiplexed &&
-        !changesNothing(_request.method)) {
+    // libcurl sends again by itself where a kept connection ends before the first byte of a
+    // response. The server may have been at work on it, on a shared connection for long.
+    const bool isShared = _origin->protocol == CurlOrigin::Protocol::Multiplexed;
+    if (_hop->sent &&
+        !(isShared ? changesNothing(_request.method) : isRepeatable(_request.method))) {
         return giveUp(HTTPErrorCode::ConnectionLost, "the connection was lost");
     }
     curl_tlssessioninfo* session = nullptr;

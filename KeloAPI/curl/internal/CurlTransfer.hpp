@@ -27,7 +27,7 @@ namespace KeloAPI {
 class CurlOptions;
 class NetworkThread;
 
-/// One exchange from its start to its end: an easy handle that is armed anew for each redirect hop.
+/// One exchange from its start to its end: an easy handle is armed for each redirect hop.
 /// Lives on its network thread, but for `cancel`.
 class CurlTransfer final : public Exchange, public std::enable_shared_from_this<CurlTransfer> {
 public:
@@ -81,6 +81,8 @@ public:
     /// What a hop came to.
     struct Outcome {
         std::optional<Error> error;
+        /// Before a retry that was decided on at the head.
+        std::optional<std::chrono::milliseconds> pause;
         bool redirects = false;
         /// The server went away, and the request does no harm where it had been looked at before.
         bool sendAgain = false;
@@ -88,6 +90,8 @@ public:
         bool isPassing = false;
     };
     Outcome outcome(CURLcode code) const;
+    /// The same where no byte has moved for too long.
+    Outcome overdue() const;
 
     /// Once libcurl is done with the hop: what follows. With `Nothing` the transfer is complete;
     /// `Pause` ends at `listedDeadline` with another request.
@@ -111,6 +115,7 @@ private:
         bool sent = false;
         bool refusedConnection = false;
         bool redirects = false;
+        std::optional<std::chrono::milliseconds> pause;
         bool isToldOf = false;
         bool lacksDescriptors = false;
         std::size_t discarded = 0;
@@ -123,6 +128,7 @@ private:
     void disarm();
     Next follow();
     bool mayRetry() const;
+    bool mayPass(const Error& error) const;
     /// Of the next retry; absent where there is none.
     std::optional<std::chrono::milliseconds> nextPause() const;
     void setUpTransfer(CurlOptions& options);
@@ -168,6 +174,7 @@ private:
     Clock::time_point _end = Clock::time_point::max();
 
     CURL* _easy = nullptr;
+    bool _namesHost = false;
     curl_slist* _headers = nullptr;
     CurlOrigin* _origin = nullptr;
     Shared* _shared = nullptr;

@@ -65,7 +65,7 @@ std::shared_ptr<Exchange> CurlTransport::start(const URLRequest& request,
                                                TransferKind kind) {
     try {
         const auto thread = threadFor(kind);
-        const auto transfer = std::make_shared<CurlTransfer>(request, std::move(observer), thread);
+        const auto transfer = std::make_shared<CurlTransfer>(request, observer, thread);
         thread->start(transfer);
         return transfer;
     } catch (const std::exception& failure) { // no thread, no descriptor or no memory

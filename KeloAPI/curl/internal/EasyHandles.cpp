@@ -10,10 +10,11 @@ constexpr std::size_t maxIdle = 64;
 
 } // namespace
 
-EasyHandles::~EasyHandles() {
+void EasyHandles::clear() noexcept {
     for (CURL* easy : _idle) {
         curl_easy_cleanup(easy);
     }
+    _idle.clear();
 }
 
 CURL* EasyHandles::take() {
@@ -26,11 +27,8 @@ CURL* EasyHandles::take() {
     return easy;
 }
 
-void EasyHandles::giveBack(CURL* easy) noexcept {
-    if (easy == nullptr) {
-        return;
-    }
-    if (_idle.size() == _idle.capacity()) {
+void EasyHandles::giveBack(CURL* easy, bool mayServeAgain) noexcept {
+    if (!mayServeAgain || _idle.size() == _idle.capacity()) {
         curl_easy_cleanup(easy);
         return;
     }

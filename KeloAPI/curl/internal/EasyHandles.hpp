@@ -13,12 +13,15 @@ public:
     EasyHandles() = default;
     EasyHandles(const EasyHandles&) = delete;
     EasyHandles& operator=(const EasyHandles&) = delete;
-    ~EasyHandles();
+    ~EasyHandles() { clear(); }
 
     /// Without options; null where there is no memory.
     CURL* take();
-    /// Takes back what `take` gave, or null.
-    void giveBack(CURL* easy) noexcept;
+    /// Takes back what `take` gave. `mayServeAgain` is false where its request had a Host field:
+    /// libcurl would file the cookies of the next one under that name.
+    void giveBack(CURL* easy, bool mayServeAgain) noexcept;
+    /// Frees those that wait.
+    void clear() noexcept;
 
 private:
     std::vector<CURL*> _idle;

@@ -94,12 +94,14 @@ void NetworkThread::loop() {
         }
         resumePaused();
         sendWaiting();
+        // What arrives while transfers are ended below, however long that takes, is no silence.
+        const auto now = CurlTransfer::Clock::now();
         int running = 0;
         curl_multi_perform(_multi, &running);
         finishDone();
-        finishOverdue();
+        finishOverdue(now);
         ExitGuard::parkIfExiting();
-        if (hasSendable() || !mayRest()) {
+        if (hasSendable() || !restIfIdle()) {
             continue; // what has just ended is followed by another
         }
         const CURLMcode polled = curl_multi_poll(_multi, nullptr, 0, pollTimeout(), nullptr);
@@ -132,8 +134,8 @@ NetworkThread::Commands NetworkThread::takeCommands() {
     return std::exchange(_commands, {});
 }
 
-/// True where nothing waits to be sent; whoever sends something from then on wakes the thread.
-bool NetworkThread::mayRest() {
+/// True where no command waits; whoever sends something from then on wakes the thread.
+bool NetworkThread::restIfIdle() {
     const std::lock_guard lock(_mutex);
     _resting = _commands.starts.empty();
     return _resting;
@@ -235,8 +237,7 @@ void NetworkThread::sendAgain(CurlTransfer& transfer) {
     }
 }
 
-void NetworkThread::finishOverdue() {
-    const auto now = CurlTransfer::Clock::now();
+void NetworkThread::finishOverdue(CurlTransfer::Clock::time_point now) {
     while (!_deadlines.empty() && _deadlines.begin()->first <= now) {
         CurlTransfer& transfer = *_deadlines.begin()->second;
         if (transfer.deadline() > now) {
@@ -245,9 +246,7 @@ void NetworkThread::finishOverdue() {
             continue;
         }
         transfer.distrustConnection();
-        CurlTransfer::Outcome outcome;
-        outcome.error = httpError(HTTPErrorCode::TimedOut, "the request timed out");
-        finish(transfer, std::move(outcome));
+        finish(transfer, transfer.overdue());
     }
 }
 
@@ -329,6 +328,7 @@ void NetworkThread::cleanUp() {
         std::swap(multi, _multi);
     }
     curl_multi_cleanup(multi);
+    _shared.easyHandles.clear();
     curl_share_cleanup(_shared.cookies);
     // Otherwise the thread would do it after the process's exit has ceased to wait for it.
     OPENSSL_thread_stop();

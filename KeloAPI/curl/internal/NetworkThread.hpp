@@ -60,7 +60,7 @@ private:
     void wake();
     bool carryOut(const Commands& commands);
     Commands takeCommands();
-    bool mayRest();
+    bool restIfIdle();
     void enqueue(const std::shared_ptr<CurlTransfer>& transfer);
     const TrustStore& trustFor(const URL& url);
     CurlOrigin& originOf(const URL& url);
@@ -69,7 +69,7 @@ private:
     bool hasSendable() const;
     void finishDone();
     void sendAgain(CurlTransfer& transfer);
-    void finishOverdue();
+    void finishOverdue(CurlTransfer::Clock::time_point now);
     void resumePaused();
     void list(CurlTransfer& transfer);
     void finish(CurlTransfer& transfer, CurlTransfer::Outcome outcome);

@@ -51,7 +51,8 @@ std::optional<milliseconds> retryPause(const RetrySettings& settings, int retry,
     constexpr int maxDoublings = 20;
     const auto whole = std::min(settings.maxPause,
                                 settings.firstPause * (1 << std::clamp(retry, 0, maxDoublings)));
-    std::mt19937_64 random(seed * 31 + static_cast<std::uint64_t>(retry));
+    static const std::uint64_t ofThisProcess = std::random_device()();
+    std::mt19937_64 random(ofThisProcess + seed * 31 + static_cast<std::uint64_t>(retry));
     std::uniform_real_distribution<double> part(0.5, 1.0);
     return std::chrono::duration_cast<milliseconds>(whole * part(random));
 }
