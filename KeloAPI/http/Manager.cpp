@@ -12,7 +12,8 @@ Manager::Manager(const ServerTrustPolicyManager& trust, const TransportSettings&
 
 Manager::Manager(std::shared_ptr<Transport> transport, const TransportSettings& settings)
     : _settings(settings)
-    , _responseQueue(std::make_shared<SerialQueue>("KeloAPI.response"))
+    , _queues{std::make_shared<SerialQueue>("KeloAPI.models"),
+              std::make_shared<SerialQueue>("KeloAPI.response")}
     , _transport(std::move(transport)) {}
 
 std::shared_ptr<Request> Manager::request(const URLRequestConvertible& convertible) {
@@ -49,7 +50,7 @@ std::unique_ptr<BodySink> Manager::memorySink() const {
 std::shared_ptr<Request> Manager::start(URLRequest request, TransferKind kind,
                                         Request::Counts counts, std::unique_ptr<BodySink> sink) {
     const std::shared_ptr<Request> made(
-        new Request(std::move(request), kind, counts, std::move(sink), _responseQueue));
+        new Request(std::move(request), kind, counts, std::move(sink), _queues));
     made->start(*_transport);
     return made;
 }

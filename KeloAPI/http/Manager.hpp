@@ -52,7 +52,7 @@ private:
     std::unique_ptr<BodySink> memorySink() const;
 
     const TransportSettings _settings;
-    const std::shared_ptr<SerialQueue> _responseQueue;
+    const ResponseQueues _queues;
     const std::shared_ptr<Transport> _transport;
 };
 

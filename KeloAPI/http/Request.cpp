@@ -53,11 +53,11 @@ struct Request::Guarded {
 };
 
 Request::Request(KeloAPI::URLRequest request, TransferKind kind, Counts counts,
-                 std::unique_ptr<BodySink> sink, std::shared_ptr<SerialQueue> responseQueue)
+                 std::unique_ptr<BodySink> sink, ResponseQueues queues)
     : _request(std::move(request))
     , _kind(kind)
     , _counts(counts)
-    , _responseQueue(std::move(responseQueue))
+    , _queues(std::move(queues))
     , _sink(std::move(sink))
     , _guarded(std::make_unique<Guarded>()) {}
 
@@ -67,7 +67,7 @@ void Request::start(Transport& transport) {
     _timeline.requestStartTime = Date::now();
     if (auto reason = obstacle()) {
         // Nobody hears of the end inside the call.
-        _responseQueue->asyncOrOnMain(
+        _queues.library->asyncOrOnMain(
             [self = shared_from_this(), reason = std::move(reason)]() mutable {
                 self->didComplete(std::move(reason));
             });
@@ -84,11 +84,11 @@ void Request::start(Transport& transport) {
 
 /// Why the request cannot be sent, if so.
 std::optional<Error> Request::obstacle() const {
-    if (_responseQueue->isInherited()) {
+    if (_queues.library->isInherited()) {
         return httpError(HTTPErrorCode::Inherited,
                          "the connections belong to the parent of this forked process");
     }
-    if (!_responseQueue->open()) {
+    if (!_queues.library->open()) {
         return httpError(HTTPErrorCode::OutOfResources, "no thread can be made for the response");
     }
     return _request.problem();
@@ -130,14 +130,17 @@ void Request::response(Serializer serializer, ReadingPlace place) {
     require(serializer != nullptr, "a response handler must not be empty");
     {
         const std::lock_guard lock(_guarded->mutex);
+        _guarded->hasSlowHandler = _guarded->hasSlowHandler || place == ReadingPlace::ResponseQueue;
         if (_guarded->phase < Phase::Served) {
             _guarded->handlers.push_back(std::move(serializer));
-            _guarded->hasSlowHandler =
-                _guarded->hasSlowHandler || place == ReadingPlace::ResponseQueue;
             return;
         }
     }
-    _responseQueue->asyncOrOnMain([self = shared_from_this(), serializer = std::move(serializer)] {
+    serveLate(std::move(serializer));
+}
+
+void Request::serveLate(Serializer serializer) {
+    readOnQueue([self = shared_from_this(), serializer = std::move(serializer)](bool) {
         post(self->serve(serializer));
     });
 }
@@ -177,12 +180,29 @@ void Request::didComplete(std::optional<Error> error) {
         _guarded->exchange.swap(exchange);
     }
     if (isReadWhereItArrived()) {
-        end(std::move(error));
+        end(std::move(error), _kind == TransferKind::Download);
         return;
     }
-    _responseQueue->asyncOrOnMain([self = shared_from_this(), error = std::move(error)]() mutable {
-        self->end(std::move(error));
+    readOnQueue([self = shared_from_this(), error = std::move(error)](bool mayBeSlow) mutable {
+        self->end(std::move(error), mayBeSlow);
     });
+}
+
+/// All go through the one queue, so that they keep their order; those with a slow reader go on to
+/// the other, where they hold up nobody else's.
+void Request::readOnQueue(std::function<void(bool mayBeSlow)> task) {
+    _queues.library->asyncOrOnMain([self = shared_from_this(), task = std::move(task)]() mutable {
+        if (self->hasSlowHandler()) {
+            self->_queues.hosts->asyncOrOnMain([task = std::move(task)] { task(true); });
+        } else {
+            task(false);
+        }
+    });
+}
+
+bool Request::hasSlowHandler() const {
+    const std::lock_guard lock(_guarded->mutex);
+    return _guarded->hasSlowHandler;
 }
 
 /// A download's thread waits for the disk anyway. Of a short response, handing it to the response
@@ -196,20 +216,22 @@ bool Request::isReadWhereItArrived() const {
     return _received <= maxShort && !_guarded->handlers.empty() && !_guarded->hasSlowHandler;
 }
 
-void Request::end(std::optional<Error> error) {
+void Request::end(std::optional<Error> error, bool mayBeSlow) {
     try {
         _error = _sink->finish(std::move(error));
     } catch (const std::bad_alloc&) {
         _error = _sink->finish(noMemory());
     }
     Completion last;
-    for (auto handlers = takeHandlers(); !handlers.empty(); handlers = takeHandlers()) {
+    for (auto handlers = takeHandlers(mayBeSlow); !handlers.empty();
+         handlers = takeHandlers(mayBeSlow)) {
         for (const Serializer& serializer : handlers) {
             post(std::move(last));
             last = serve(serializer);
         }
     }
     deliver(std::move(last));
+    // Those that were attached meanwhile go by themselves, and so do later ones.
     std::vector<Serializer> late;
     {
         const std::lock_guard lock(_guarded->mutex);
@@ -217,7 +239,7 @@ void Request::end(std::optional<Error> error) {
         _guarded->handlers.swap(late);
     }
     for (Serializer& serializer : late) {
-        response(std::move(serializer));
+        serveLate(std::move(serializer));
     }
 }
 
@@ -245,10 +267,11 @@ void Request::deliver(Completion last) {
     });
 }
 
-/// Those that were attached meanwhile, and so behind the ones before.
-std::vector<Request::Serializer> Request::takeHandlers() {
+/// None where one is slow and this is not the place for it.
+std::vector<Request::Serializer> Request::takeHandlers(bool mayBeSlow) {
     const std::lock_guard lock(_guarded->mutex);
-    return std::exchange(_guarded->handlers, {});
+    return _guarded->hasSlowHandler && !mayBeSlow ? std::vector<Serializer>()
+                                                  : std::exchange(_guarded->handlers, {});
 }
 
 Request::Completion Request::serve(const Serializer& serializer) const {

@@ -34,11 +34,18 @@ struct ResponseContent {
 
 /// Where a response is read.
 enum class ReadingPlace : std::uint8_t {
-    /// On the response queue, which a slow reader holds up, but no other call's transfer.
+    /// On the response queue, behind other readers that may be slow.
     ResponseQueue,
     /// Wherever the response arrives, if it is short: for readers that are quick and call no
     /// code of the host's but the diagnostic sink.
     WhereItArrives
+};
+
+/// Where a manager's responses are read, each queue one after another: by the library's own
+/// readers, and by those that may be slow, which are the hosts'.
+struct ResponseQueues {
+    std::shared_ptr<SerialQueue> library;
+    std::shared_ptr<SerialQueue> hosts;
 };
 
 /// One request under way. Made and started by a `Manager`.
@@ -95,7 +102,7 @@ private:
     enum class Counts : std::uint8_t { BytesReceived, BytesSent };
 
     Request(KeloAPI::URLRequest request, TransferKind kind, Counts counts,
-            std::unique_ptr<BodySink> sink, std::shared_ptr<SerialQueue> responseQueue);
+            std::unique_ptr<BodySink> sink, ResponseQueues queues);
 
     void start(Transport& transport);
     std::optional<Error> obstacle() const;
@@ -104,8 +111,11 @@ private:
     void didSendBody(std::int64_t sent, std::int64_t total) override;
     void didComplete(std::optional<Error> error) override;
     bool isReadWhereItArrived() const;
-    void end(std::optional<Error> error);
-    std::vector<Serializer> takeHandlers();
+    void readOnQueue(std::function<void(bool mayBeSlow)> task);
+    bool hasSlowHandler() const;
+    void end(std::optional<Error> error, bool mayBeSlow);
+    std::vector<Serializer> takeHandlers(bool mayBeSlow);
+    void serveLate(Serializer serializer);
     Completion serve(const Serializer& serializer) const;
     void reportProgress(std::int64_t total, std::int64_t expected);
     bool claimReport();
@@ -116,7 +126,7 @@ private:
     const KeloAPI::URLRequest _request;
     const TransferKind _kind;
     const Counts _counts;
-    const std::shared_ptr<SerialQueue> _responseQueue;
+    const ResponseQueues _queues;
 
     // Written on the network thread, read behind the exchange.
     const std::unique_ptr<BodySink> _sink;

@@ -75,10 +75,10 @@ TEST_F(ReadingPlaceAtService, IsTheNetworkThreadForAShortResponseAndTheLibrarysO
     EXPECT_EQ(lastReader(), "kelo-calls");
 }
 
-TEST_F(ReadingPlaceAtService, IsTheResponseQueueForALongResponse) {
+TEST_F(ReadingPlaceAtService, IsAQueueForALongResponse) {
     send(std::make_shared<KLEmptyParser>(), "timelines/popular", {{"size", 100}});
     ASSERT_TRUE(endedReaches(1));
-    EXPECT_EQ(lastReader(), "KeloAPI.respons");
+    EXPECT_EQ(lastReader(), "KeloAPI.models");
 }
 
 TEST_F(ReadingPlaceAtService, IsTheResponseQueueForWhatAHostHasWritten) {
@@ -105,10 +105,13 @@ TEST_F(ReadingPlaceAtService, AHostsSlowParserHoldsUpNoCallWithTheLibrarysOwn) {
         return std::make_shared<KLWatchUser>();
     }));
     ASSERT_TRUE(parsing.try_acquire_for(std::chrono::seconds(20)));
+    // However long the response, and whether or not it was there before its handler.
     send(std::make_shared<UserParser>());
     ASSERT_TRUE(endedReaches(1)) << "the other call waits for the host's parser";
+    send(std::make_shared<KLEmptyParser>(), "timelines/popular", {{"size", 100}});
+    ASSERT_TRUE(endedReaches(2)) << "the long response waits for the host's parser";
     parsed.release();
-    ASSERT_TRUE(endedReaches(2));
+    ASSERT_TRUE(endedReaches(3));
 }
 
 } // namespace KeloAPI
