@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/Awaited.hpp"
 #include "support/ServiceTest.hpp"
 
 #include <KeloAPI/endpoints/LikeActionEndpoint.hpp>
@@ -7,13 +8,10 @@
 #include <KeloAPI/endpoints/LoopsEndpoint.hpp>
 #include <KeloAPI/endpoints/RecommendationsEndpoint.hpp>
 #include <KeloAPI/endpoints/RekeloActionEndpoint.hpp>
-#include <KeloAPI/endpoints/SoundboardEndpoint.hpp>
 #include <KeloAPI/endpoints/UserEndpoint.hpp>
-#include <KeloAPI/model/KLLongformViews.hpp>
 #include <KeloAPI/model/KLRekelo.hpp>
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
-#include <KeloAPI/model/SoundboardSound.hpp>
 
 namespace KeloAPI::testing {
 
@@ -57,18 +55,10 @@ protected:
     nlohmann::json kept(const char* kind) {
         return service.call("GET", "/_service/actions").at(kind);
     }
-    /// Sends a call whose completion gives a result, and waits for that.
-    template <class Result>
-    Result outcomeOf(const std::function<void(std::function<void(const Result&)>)>& call) {
-        std::optional<Result> outcome;
-        call([&](const Result& result) { outcome = result; });
-        EXPECT_TRUE(runUntil([&] { return outcome.has_value(); }));
-        return outcome.value();
-    }
     template <class E>
     auto toggled(const std::shared_ptr<E>& endpoint, bool on) {
         using Item = typename std::decay_t<decltype(*endpoint->parser())>::T;
-        return outcomeOf<PostActionResult<Item>>(
+        return awaited<PostActionResult<Item>>(
             [&](auto completion) { endpoint->toggle(on, completion); });
     }
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/Awaited.hpp"
 #include "support/ServiceTest.hpp"
 #include "support/TemporaryFolder.hpp"
 
@@ -22,7 +23,6 @@ protected:
     struct Answer {
         std::shared_ptr<KLVideoUpload> upload;
         std::optional<Error> error;
-        int completions = 0;
     };
     /// What became of a segment: the error of the last completion, and how many there were.
     struct SegmentOutcome {
@@ -118,15 +118,11 @@ protected:
     std::string fetched(const std::string& path) {
         const auto plain = Endpoint::create(session);
         plain->setPath(path);
-        const std::string file = folder.path() + "/fetched";
-        bool done = false;
-        plain->download(URL::fileURL(file), [&](const URL&, std::optional<Error> error) {
-            EXPECT_FALSE(error) << path << ": " << error->description();
-            done = true;
+        const auto [file, error] = awaited<URL, std::optional<Error>>([&](auto completion) {
+            plain->download(URL::fileURL(folder.path("fetched")), completion);
         });
-        EXPECT_TRUE(runUntil([&] { return done; }));
-        std::ifstream stream(file, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
+        EXPECT_FALSE(error) << path << ": " << error->description();
+        return folder.read("fetched");
     }
     /// A real MP4 file.
     std::string video() {
@@ -139,16 +135,9 @@ protected:
     TemporaryFolder folder;
 
 private:
-    template <class Send>
-    Answer answerTo(Send send) {
-        const auto answer = std::make_shared<Answer>();
-        send([answer](std::shared_ptr<KLVideoUpload> upload, std::optional<Error> error) {
-            answer->upload = std::move(upload);
-            answer->error = std::move(error);
-            ++answer->completions;
-        });
-        EXPECT_TRUE(runUntil([&] { return answer->completions > 0; }));
-        return *answer;
+    static Answer answerTo(const std::function<void(LongformUploadEndpoint::Completion)>& send) {
+        auto [upload, error] = awaited<std::shared_ptr<KLVideoUpload>, std::optional<Error>>(send);
+        return {std::move(upload), std::move(error)};
     }
 };
 

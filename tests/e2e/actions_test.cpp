@@ -1,170 +1,316 @@
 #include "ActingTest.hpp"
 
+#include <KeloAPI/endpoints/MeEndpoint.hpp>
+#include <KeloAPI/endpoints/SoundboardEndpoint.hpp>
+#include <KeloAPI/model/KLLongformViews.hpp>
+#include <KeloAPI/model/SoundboardSound.hpp>
+
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <cmath>
 
-namespace KeloAPI {
+namespace KeloAPI::testing {
 
 using Json = nlohmann::json;
-using testing::runUntil;
-using testing::SeenRequest;
-using testing::StandIn;
 
-/// What each of the acting endpoints puts on the wire, and what the service makes of it.
-class ActionsAtService : public testing::ActingTest {
+/// The calls by which a user acts and asks, on the wire and in what the service makes of them.
+class ActionsAtService : public ActingTest {
 protected:
-    /// The one request since the last look.
-    SeenRequest seen() {
-        const auto requests = service.requests();
-        EXPECT_EQ(requests.size(), 1U);
-        return requests.empty() ? SeenRequest() : requests.back();
+    using Fields = std::vector<std::pair<std::string, std::string>>;
+    using Note = std::function<void(const std::optional<Error>&)>;
+
+    struct Call {
+        std::string method;
+        std::string path;
+        std::string body = {};
+        std::function<void(const Note&)> send;
+        /// What the stand-in keeps of it, and how many after the first and after the second time.
+        const char* kind = nullptr;
+        std::array<std::size_t, 2> kept{};
+        /// Prepares it, and gives the end of its path.
+        std::function<std::string()> before = [] { return ""; };
+        /// It needs no session: the stand-in has to be told to refuse it.
+        bool isOpen = false;
+    };
+
+    /// The body holds the instant of the call.
+    static constexpr const char* dated = "dated";
+
+    template <class Result>
+    static std::function<void(const Result&)> noting(const Note& note) {
+        return [note](const Result& result) {
+            EXPECT_EQ(result.success() ? true : false, !result.error());
+            note(result.error() ? std::optional(*result.error()) : std::nullopt);
+        };
     }
-    static void expectBare(const SeenRequest& request, const std::string& method,
-                           const std::string& path) {
+
+    Call like(bool on, std::array<std::size_t, 2> kept, std::function<std::string()> before) {
+        return {on ? "POST" : "DELETE",
+                "/posts/" + *post->postId + "/likes",
+                "",
+                [this, on](const Note& note) {
+                    LikeActionEndpoint::create(post)->toggle(
+                        on, noting<PostActionResult<KLLike>>(note));
+                },
+                "likes",
+                kept,
+                std::move(before)};
+    }
+    Call rekelo(bool on, std::array<std::size_t, 2> kept, std::function<std::string()> before) {
+        return {on ? "POST" : "DELETE",
+                "/posts/" + *post->postId + "/repost",
+                "",
+                [this, on](const Note& note) {
+                    RekeloActionEndpoint::create(post)->toggle(
+                        on, noting<PostActionResult<KLRekelo>>(note));
+                },
+                "reposts",
+                kept,
+                std::move(before)};
+    }
+    static Call follow(bool on, std::array<std::size_t, 2> kept) {
+        return {"POST",
+                std::string("/users/1002/") + (on ? "follow" : "unfollow") + "-on-twitter",
+                "",
+                [on](const Note& note) {
+                    UserEndpoint::create("1002")->setFollowingOnTwitter(on,
+                                                                        noting<UserResult>(note));
+                },
+                "follows",
+                kept};
+    }
+
+    std::vector<Call> calls() {
+        const auto nothing = [] { return ""; };
+        return {
+            like(true, {1, 1}, nothing),
+            like(false, {0, 0},
+                 [this] {
+                     toggled(LikeActionEndpoint::create(post), true);
+                     return "";
+                 }),
+            rekelo(true, {1, 1}, nothing),
+            rekelo(false, {0, 0},
+                   [this] {
+                       toggled(RekeloActionEndpoint::create(post), true);
+                       post = again(*post);
+                       return "/" + *post->currentUserRekelo->rekeloId;
+                   }),
+            follow(true, {1, 1}),
+            // The second time nobody is there to be unfollowed, which is a success.
+            follow(false, {0, 0}),
+            {"POST",
+             "/recommendations/feedback/users/1003",
+             R"({"recommendationBoost":"neutral"})",
+             [](const Note& note) {
+                 RecommendationsEndpoint::create()->addUserFeedback(
+                     "1003", RecommendationBoost::Neutral, noting<RecommendationResult>(note));
+             },
+             "feedback",
+             {1, 2}},
+            {"POST",
+             "/recommendations/feedback/posts/" + *post->postId,
+             R"({"recommendationBoost":"negative"})",
+             [this](const Note& note) {
+                 RecommendationsEndpoint::create()->addPostFeedback(
+                     *post->postId, RecommendationBoost::Negative,
+                     noting<RecommendationResult>(note));
+             },
+             "feedback",
+             {3, 4}},
+            {"POST",
+             "/longforms/lf-unseen/views",
+             dated,
+             [](const Note& note) { LongformViewsEndpoint::create(longformId)->submitView(note); },
+             "views",
+             {1, 2}},
+            {.method = "GET",
+             .path = "/longforms/lf-unseen/views",
+             .send =
+                 [](const Note& note) {
+                     LongformViewsEndpoint::create(longformId)
+                         ->fetchViews([note](const auto& views, const auto& error) {
+                             EXPECT_EQ(views == nullptr, error.has_value());
+                             note(error);
+                         });
+                 },
+             .isOpen = true},
+            {.method = "GET",
+             .path = "/soundboard",
+             .send =
+                 [this](const Note& note) {
+                     SoundboardEndpoint::create(session)->fetchSounds(
+                         [note](const auto& sounds, const auto& error) {
+                             EXPECT_EQ(sounds.empty(), error.has_value());
+                             note(error);
+                         });
+                 },
+             .isOpen = true},
+            {.method = "GET",
+             .path = "/users/me",
+             .send = [](const Note& note) { MeEndpoint::create()->get(noting<MeResult>(note)); }},
+        };
+    }
+
+    static Fields sorted(Fields fields) {
+        std::sort(fields.begin(), fields.end());
+        return fields;
+    }
+    /// The header fields are those by which the host identifies itself and what HTTP itself needs,
+    /// and no others.
+    void expectOnTheWire(const SeenRequest& request, const std::string& method,
+                         const std::string& path, const std::string& body) {
         EXPECT_EQ(request.method, method);
         EXPECT_EQ(request.path, path);
         EXPECT_EQ(request.query, "");
-        EXPECT_EQ(request.body, "");
-        EXPECT_EQ(request.header("kelo-session-id"), StandIn::sessionKey);
-        EXPECT_FALSE(request.hasHeader("Content-Type"));
-        EXPECT_FALSE(request.hasHeader("X-Kelo-Polling"));
+        if (body != dated) {
+            EXPECT_EQ(request.body, body);
+        }
+        EXPECT_NE(request.header("Accept-Encoding"), "");
+        Fields wanted = {{"Host", service.host()},
+                         {"Accept-Encoding", request.header("Accept-Encoding")},
+                         {"kelo-session-id", *delegate->sessionKey}};
+        const auto add = [&wanted](const char* name, const std::optional<std::string>& value) {
+            if (value) {
+                wanted.emplace_back(name, *value);
+            }
+        };
+        add("Accept-Language", delegate->acceptLanguage);
+        add("User-Agent", delegate->userAgent);
+        add("X-Kelo-Client", delegate->keloClient);
+        if (delegate->polling) {
+            wanted.emplace_back("X-Kelo-Polling", "true");
+        }
+        if (method == "POST") {
+            wanted.emplace_back("Content-Length", std::to_string(request.body.size()));
+        }
+        if (!body.empty()) {
+            wanted.emplace_back("Content-Type", "application/json");
+        }
+        EXPECT_EQ(sorted(request.headers), sorted(wanted));
     }
-    static void expectJson(const SeenRequest& request, const std::string& path) {
-        EXPECT_EQ(request.method, "POST");
-        EXPECT_EQ(request.path, path);
-        EXPECT_EQ(request.query, "");
-        EXPECT_EQ(request.header("Content-Type"), "application/json");
-        EXPECT_EQ(request.header("Content-Length"), std::to_string(request.body.size()));
-        EXPECT_EQ(request.header("kelo-session-id"), StandIn::sessionKey);
+    void identifyFully() {
+        delegate->acceptLanguage = "pt-PT";
+        delegate->userAgent = "acting/2";
+        delegate->keloClient = "tests/1";
+        delegate->polling = true;
     }
-    UserResult setFollowing(bool following) {
-        return outcomeOf<UserResult>([&](auto completion) {
-            UserEndpoint::create("1002")->setFollowingOnTwitter(following, completion);
+
+    /// The service refuses the user's session with this code from now on.
+    void refuse(int code, const Call& call) {
+        if (call.isOpen) {
+            service.addFault({{"match", {{"path", call.path}}},
+                              {"action", {{"type", "error"}, {"code", code}, {"message", "no"}}}});
+        } else if (code == 103) {
+            service.expire(*delegate->sessionKey);
+        } else {
+            delegate->sessionKey = "unknown";
+        }
+        service.requests();
+    }
+    /// The call fails with the code and waits; with a new session it is sent again, the same but
+    /// for the key.
+    void expectSentAgainAfter(int code, const Call& call) {
+        delegate->reauthCount = 0;
+        const std::string path = call.path + call.before();
+        refuse(code, call);
+        std::vector<std::int64_t> outcomes;
+        call.send([&](const std::optional<Error>& error) {
+            outcomes.push_back(error ? error->code() : 0);
         });
+        ASSERT_TRUE(runUntil([&] { return outcomes.size() == 1; }));
+        EXPECT_EQ(session->queuedRetryCount(), 1U);
+        EXPECT_EQ(delegate->reauthCount, 1);
+        const auto refused = service.requests();
+        ASSERT_EQ(refused.size(), 1U);
+        expectOnTheWire(refused[0], call.method, path, call.body);
+
+        delegate->sessionKey = service.signIn(StandIn::username);
+        session->handleQueuedRetries(true);
+        ASSERT_TRUE(runUntil([&] { return outcomes.size() == 2; }));
+        passThrough();
+        EXPECT_EQ(outcomes, (std::vector<std::int64_t>{code, 0}));
+        const auto requests = service.requests();
+        ASSERT_EQ(requests.size(), 1U);
+        expectOnTheWire(requests[0], call.method, path, call.body);
+        EXPECT_EQ(requests[0].body, refused[0].body);
+        EXPECT_EQ(delegate->reauthCount, 1);
+        EXPECT_EQ(session->queuedRetryCount(), 0U);
     }
+
     static double secondsNow() {
         return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch())
             .count();
     }
+
+    std::shared_ptr<KLWatchPost> post = untouchedPost();
 };
 
+TEST_F(ActionsAtService, EveryCallIsSentAndDoneOnceTheUserHasSignedInAgain) {
+    for (const Call& call : calls()) {
+        for (const std::size_t time : {0, 1}) {
+            SCOPED_TRACE(call.method + " " + call.path + (time == 0 ? "" : " again"));
+            ASSERT_NO_FATAL_FAILURE(expectSentAgainAfter(time == 0 ? 103 : 100, call));
+            if (call.kind != nullptr) {
+                EXPECT_EQ(kept(call.kind).size(), call.kept.at(time));
+            }
+            identifyFully();
+        }
+        delegate->acceptLanguage = delegate->userAgent = delegate->keloClient = std::nullopt;
+        delegate->polling = false;
+    }
+    EXPECT_EQ(kept("feedback").front().at("boost"), "neutral");
+    EXPECT_EQ(kept("feedback").back().at("targetId").dump(), *post->postId);
+}
+
 TEST_F(ActionsAtService, ALikeIsSeenInTheTimelineUntilItIsTakenBack) {
-    const auto post = untouchedPost();
     const auto endpoint = LikeActionEndpoint::create(post);
     const auto liked = toggled(endpoint, true);
     ASSERT_TRUE(liked.success()) << liked.error()->description();
-    expectBare(seen(), "POST", "/posts/" + *post->postId + "/likes");
     ASSERT_NE(liked.success()->item, nullptr);
     EXPECT_EQ(liked.success()->item->likeId, kept("likes").at(0).at("likeId").dump());
     EXPECT_EQ(liked.success()->item->user->username, StandIn::username);
     EXPECT_EQ(post->liked, false);
     EXPECT_EQ(again(*post)->liked, true);
-
-    service.requests();
     const auto unliked = toggled(endpoint, false);
     ASSERT_TRUE(unliked.success()) << unliked.error()->description();
     EXPECT_EQ(unliked.success()->item, nullptr);
-    expectBare(seen(), "DELETE", "/posts/" + *post->postId + "/likes");
     EXPECT_EQ(again(*post)->liked, false);
 }
 
 TEST_F(ActionsAtService, ARekeloIsSeenInTheTimelineUntilItIsTakenBack) {
-    const auto post = untouchedPost();
     const auto done = toggled(RekeloActionEndpoint::create(post), true);
     ASSERT_TRUE(done.success()) << done.error()->description();
-    expectBare(seen(), "POST", "/posts/" + *post->postId + "/repost");
     const auto rekeloed = again(*post);
     ASSERT_TRUE(rekeloed->rekeloed());
     EXPECT_EQ(rekeloed->currentUserRekelo->rekeloId, done.success()->item->rekeloId);
-
-    service.requests();
     const auto undone = toggled(RekeloActionEndpoint::create(rekeloed), false);
     ASSERT_TRUE(undone.success()) << undone.error()->description();
     EXPECT_EQ(undone.success()->item, nullptr);
-    expectBare(seen(), "DELETE",
-               "/posts/" + *post->postId + "/repost/" + *done.success()->item->rekeloId);
     EXPECT_FALSE(again(*post)->rekeloed());
 }
 
-TEST_F(ActionsAtService, TakingBackAnUnknownRekeloGoesToThePathBefore) {
-    const auto post = untouchedPost();
-    const auto endpoint = RekeloActionEndpoint::create(post);
-    toggled(endpoint, true);
-    service.requests();
-    const auto result = toggled(endpoint, false);
-    EXPECT_EQ(result.error()->code(), 405);
-    expectBare(seen(), "DELETE", "/posts/" + *post->postId + "/repost");
-}
-
-TEST_F(ActionsAtService, FollowingTwiceIsASuccessBothTimes) {
-    for (int i = 0; i < 2; ++i) {
-        EXPECT_TRUE(setFollowing(true).success());
-        expectBare(seen(), "POST", "/users/1002/follow-on-twitter");
-        EXPECT_EQ(kept("follows").size(), 1U);
-    }
-    for (int i = 0; i < 2; ++i) {
-        EXPECT_TRUE(setFollowing(false).success());
-        expectBare(seen(), "POST", "/users/1002/unfollow-on-twitter");
-        EXPECT_EQ(kept("follows").size(), 0U);
-    }
-}
-
-TEST_F(ActionsAtService, FollowingNobodyIsAnError) {
-    const auto result = outcomeOf<UserResult>([](auto completion) {
-        UserEndpoint::create("999999")->setFollowingOnTwitter(true, completion);
-    });
-    EXPECT_EQ(result.error()->code(), 404);
-}
-
-TEST_F(ActionsAtService, FeedbackIsSentAsOneKey) {
-    const auto post = untouchedPost();
-    const auto endpoint = RecommendationsEndpoint::create();
-    const auto toUser = outcomeOf<RecommendationResult>([&](auto completion) {
-        endpoint->addUserFeedback("1003", RecommendationBoost::Neutral, completion);
-    });
-    EXPECT_TRUE(toUser.success());
-    const auto userRequest = seen();
-    expectJson(userRequest, "/recommendations/feedback/users/1003");
-    EXPECT_EQ(userRequest.body, R"({"recommendationBoost":"neutral"})");
-    const auto toPost = outcomeOf<RecommendationResult>([&](auto completion) {
-        endpoint->addPostFeedback(*post->postId, RecommendationBoost::Negative, completion);
-    });
-    EXPECT_TRUE(toPost.success());
-    const auto postRequest = seen();
-    expectJson(postRequest, "/recommendations/feedback/posts/" + *post->postId);
-    EXPECT_EQ(postRequest.body, R"({"recommendationBoost":"negative"})");
-    const Json entries = kept("feedback");
-    ASSERT_EQ(entries.size(), 2U);
-    EXPECT_EQ(entries[0].at("boost"), "neutral");
-    EXPECT_EQ(entries[1].at("targetId").dump(), *post->postId);
-}
-
-TEST_F(ActionsAtService, FeedbackWithoutACompletionIsSentToo) {
-    RecommendationsEndpoint::create()->addUserFeedback("1003", RecommendationBoost::Positive, {});
-    EXPECT_TRUE(runUntil([&] { return kept("feedback").size() == 1; }));
-    EXPECT_EQ(kept("feedback").at(0).at("boost"), "positive");
-}
-
 TEST_F(ActionsAtService, LoopsAreSentOneRecordAtATime) {
-    const auto post = untouchedPost();
+    identifyFully();
     std::atomic<int> lines = 0;
     Diagnostics::setSink(
         [&](std::string_view line) { lines += line == "Submitted loops with error: nil" ? 1 : 0; });
     const auto endpoint = LoopsEndpoint::create();
     const double before = secondsNow();
-    endpoint->submit(5, *post);
-    EXPECT_TRUE(runUntil([&] { return lines == 1; }));
-    endpoint->submit(7, *post);
-    EXPECT_TRUE(runUntil([&] { return lines == 2; }));
+    const std::int64_t counts[] = {5, 7};
+    for (const int time : {1, 2}) {
+        endpoint->submit(counts[time - 1], *post);
+        EXPECT_TRUE(runUntil([&] { return lines == time; }));
+    }
     const double after = secondsNow();
     Diagnostics::setSink([](std::string_view) {});
     const auto requests = service.requests();
     ASSERT_EQ(requests.size(), 2U);
-    const std::int64_t counts[] = {5, 7};
     bool finer = false;
     for (std::size_t i = 0; i < 2; ++i) {
-        expectJson(requests[i], "/loops");
+        expectOnTheWire(requests[i], "POST", "/loops", dated);
         Json body = Json::parse(requests[i].body);
         const Json ts = body.at("loops").at(0).at("ts");
         EXPECT_TRUE(ts.is_number_float()) << ts;
@@ -181,63 +327,34 @@ TEST_F(ActionsAtService, LoopsAreSentOneRecordAtATime) {
     EXPECT_TRUE(finer) << "both instants are whole milliseconds";
 }
 
-TEST_F(ActionsAtService, LoopsThatTheServiceRefusesOnlyLeaveALine) {
-    const auto post = untouchedPost();
-    std::atomic<int> lines = 0;
-    Diagnostics::setSink([&](std::string_view line) {
-        lines += line.starts_with("Submitted loops with error: ") ? 1 : 0;
-    });
-    service.expire(StandIn::sessionKey);
-    LoopsEndpoint::create()->submit(5, *post);
-    EXPECT_TRUE(runUntil([&] { return lines == 1; }));
-    Diagnostics::setSink([](std::string_view) {});
-    EXPECT_EQ(session->queuedRetryCount(), 0U);
-    EXPECT_EQ(delegate->reauthCount, 0);
-    EXPECT_EQ(kept("loops"), Json::array());
-}
-
 TEST_F(ActionsAtService, ViewsAreReadAndReportedByOneEndpoint) {
     const auto endpoint = LongformViewsEndpoint::create(longformId);
-    std::vector<std::int64_t> counts;
-    const auto fetchCount = [&] {
-        const std::size_t before = counts.size();
-        endpoint->fetchViews([&](std::shared_ptr<KLLongformViews> views, std::optional<Error>) {
-            counts.push_back(views ? views->count() : -1);
-        });
-        EXPECT_TRUE(runUntil([&] { return counts.size() > before; }));
-        const auto request = seen();
-        expectBare(request, "GET", "/longforms/lf-unseen/views");
+    const auto count = [&] {
+        const auto [views, error] = awaited<std::shared_ptr<KLLongformViews>, std::optional<Error>>(
+            [&](auto completion) { endpoint->fetchViews(completion); });
+        return views ? views->count() : -1;
     };
-    fetchCount();
-    bool submitted = false;
+    EXPECT_EQ(count(), 0);
+    service.requests();
     const double before = secondsNow();
-    endpoint->submitView([&](std::optional<Error> error) {
-        EXPECT_FALSE(error);
-        submitted = true;
-    });
-    EXPECT_TRUE(runUntil([&] { return submitted; }));
-    const auto request = seen();
-    expectJson(request, "/longforms/lf-unseen/views");
-    const Json body = Json::parse(request.body);
+    EXPECT_FALSE(
+        awaited<std::optional<Error>>([&](auto completion) { endpoint->submitView(completion); }));
+    const double after = secondsNow();
+    const Json body = Json::parse(service.requests().at(0).body);
     ASSERT_EQ(body.size(), 1U);
     const std::string timestamp = body.at("timestamp");
     EXPECT_NE(timestamp.find('.'), std::string::npos);
-    EXPECT_NEAR(std::stod(timestamp), before, 20);
+    EXPECT_GE(std::stod(timestamp), before - 2e-6);
+    EXPECT_LE(std::stod(timestamp), after);
     EXPECT_EQ(kept("views").at(0).at("timestamp"), timestamp);
-    fetchCount();
-    EXPECT_EQ(counts, (std::vector<std::int64_t>{0, 1}));
+    EXPECT_EQ(count(), 1);
 }
 
 TEST_F(ActionsAtService, TheSoundboardComesWhole) {
-    std::vector<std::shared_ptr<SoundboardSound>> sounds;
-    bool done = false;
-    SoundboardEndpoint::create(session)->fetchSounds([&](auto sent, std::optional<Error> error) {
-        EXPECT_FALSE(error);
-        sounds = std::move(sent);
-        done = true;
-    });
-    ASSERT_TRUE(runUntil([&] { return done; }));
-    expectBare(seen(), "GET", "/soundboard");
+    const auto [sounds, error] =
+        awaited<std::vector<std::shared_ptr<SoundboardSound>>, std::optional<Error>>(
+            [&](auto completion) { SoundboardEndpoint::create(session)->fetchSounds(completion); });
+    EXPECT_FALSE(error);
     ASSERT_GE(sounds.size(), 12U);
     EXPECT_EQ(sounds.front()->name(), "Air horn");
     EXPECT_EQ(sounds.front()->soundId(), "8001");
@@ -249,4 +366,26 @@ TEST_F(ActionsAtService, TheSoundboardComesWhole) {
     EXPECT_EQ(sounds[3]->sourcePostId(), std::to_string(1150000000000000001 + 12 * 4111));
 }
 
-} // namespace KeloAPI
+TEST_F(ActionsAtService, ACaptchaIsDemandedUntilItIsSolved) {
+    const std::string url = service.demandCaptcha(StandIn::sessionKey);
+    delegate->handlesCaptcha = true;
+    std::vector<std::string> outcomes;
+    MeEndpoint::create()->get([&](const MeResult& result) {
+        outcomes.push_back(result.error() ? std::to_string(result.error()->code())
+                                          : result.success()->user->username.value_or("?"));
+    });
+    for (const std::size_t count : {1U, 2U}) {
+        ASSERT_TRUE(runUntil([&] { return outcomes.size() == count; }));
+        EXPECT_EQ(delegate->captchaUrls.back(), url);
+        EXPECT_EQ(delegate->captchaUrls.size(), count);
+        EXPECT_EQ(session->queuedRetryCount(), 1U);
+        if (count == 2) {
+            service.solveCaptcha(url);
+        }
+        session->handleQueuedRetries(true);
+    }
+    ASSERT_TRUE(runUntil([&] { return outcomes.size() == 3; }));
+    EXPECT_EQ(outcomes, (std::vector<std::string>{"419", "419", StandIn::username}));
+}
+
+} // namespace KeloAPI::testing

@@ -1,13 +1,13 @@
+#include "support/Awaited.hpp"
 #include "support/ServiceTest.hpp"
 
 #include <KeloAPI/api/Endpoint.hpp>
 #include <KeloAPI/http/HTTPError.hpp>
 #include <KeloAPI/model/KLEmpty.hpp>
 
-namespace KeloAPI {
+namespace KeloAPI::testing {
 
 using Json = nlohmann::json;
-using testing::runUntil;
 
 /// A call that does not wait for a minute.
 class HastyEndpoint : public Endpoint {
@@ -17,7 +17,7 @@ public:
         request.timeoutInterval = timeout;
         return request;
     }
-    std::chrono::milliseconds timeout{20000};
+    std::chrono::milliseconds timeout = timeLimit;
 
 protected:
     HastyEndpoint(Key key, std::shared_ptr<Session> session)
@@ -25,7 +25,7 @@ protected:
 };
 
 /// A service that misbehaves, towards a call that reads and one that acts.
-class FaultsAtService : public testing::ServiceTest {
+class FaultsAtService : public ServiceTest {
 protected:
     FaultsAtService() {
         reading->setPath("users/me");
@@ -50,14 +50,14 @@ protected:
     /// The fault strikes once, the call fails once, and the same endpoint works afterwards.
     Error failedBy(const Json& action, const std::shared_ptr<HastyEndpoint>& endpoint) {
         // On a fresh connection: a request that dies with a kept one is sent again on a new one.
-        testing::renewManager(*session);
+        renewManager(*session);
         service.call("DELETE", "/_service/faults");
         service.addFault({{"match", {{"path", "/" + endpoint->path()}}}, {"action", action}});
         completions = 0;
         const auto error = call(endpoint);
         EXPECT_TRUE(error) << action;
         EXPECT_EQ(service.faults().back().at("fired"), 1) << action;
-        endpoint->timeout = std::chrono::seconds(20);
+        endpoint->timeout = timeLimit;
         const auto after = call(endpoint);
         EXPECT_FALSE(after) << action << " " << after->description();
         EXPECT_EQ(completions, 2) << action;
@@ -67,9 +67,8 @@ protected:
     /// The calls, each with less than its answer's length on the wire, and more than that of the
     /// answer's head.
     Calls callsWithLengths() {
-        std::optional<std::string> body;
-        acting->request([&](const auto& text, const auto&) { body = text; });
-        EXPECT_TRUE(runUntil([&] { return body.has_value(); }));
+        const auto [body, error] = awaited<std::optional<std::string>, std::optional<Error>>(
+            [&](auto completion) { acting->request(completion); });
         const int bytes = static_cast<int>(body.value_or("").size()) + 60;
         EXPECT_GT(bytes, 150);
         return {{reading, 251}, {acting, bytes}}; // the user's answer is compressed
@@ -134,18 +133,16 @@ TEST_F(FaultsAtService, AServiceErrorComesThroughWithItsCode) {
 
 TEST_F(FaultsAtService, ACancelledCallEndsAtOnce) {
     service.addFault({{"match", {{"path", "/timelines/*"}}},
-                      {"action", {{"type", "delay"}, {"milliseconds", 15000}}}});
+                      {"action", {{"type", "delay"}, {"milliseconds", 60000}}}});
     std::optional<Error> error;
     const auto slow = Endpoint::create(session);
     slow->setPath("timelines/all");
-    const auto started = std::chrono::steady_clock::now();
     const auto handle = slow->request(
         [&](std::optional<std::string>, std::optional<Error> sent) { error = std::move(sent); });
     EXPECT_TRUE(runUntil([&] { return service.faults().back().at("fired") == 1; }));
     handle->cancel();
     ASSERT_TRUE(runUntil([&] { return error.has_value(); }));
     EXPECT_TRUE(isHTTPError(*error, HTTPErrorCode::Cancelled));
-    EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(10));
     EXPECT_FALSE(call(reading));
 }
 
@@ -154,4 +151,4 @@ TEST_F(FaultsAtService, AServiceThatIsNotThereIsAnError) {
     EXPECT_TRUE(isHTTPError(*call(reading), HTTPErrorCode::CannotConnect));
 }
 
-} // namespace KeloAPI
+} // namespace KeloAPI::testing

@@ -1,3 +1,4 @@
+#include "support/Awaited.hpp"
 #include "support/ServiceTest.hpp"
 
 #include <KeloAPI/model/KLByline.hpp>
@@ -17,11 +18,9 @@
 
 #include <algorithm>
 
-namespace KeloAPI {
+namespace KeloAPI::testing {
 
-using testing::StandIn;
-
-class ModelsAtService : public testing::ServiceTest {
+class ModelsAtService : public ServiceTest {
 protected:
     /// What a parser makes of the answer for a path; fails the test where there is an error.
     template <class P>
@@ -30,17 +29,12 @@ protected:
         const auto endpoint = Endpoint::create(session);
         endpoint->setPath(path);
         endpoint->setParameters(std::move(parameters));
-        std::vector<std::shared_ptr<typename P::T>> read;
-        bool ended = false;
-        endpoint->request(std::move(parser), [&](std::vector<std::shared_ptr<typename P::T>> items,
-                                                 const std::optional<Metadata>&, const Timeline&,
-                                                 const std::optional<Error>& error) {
-            EXPECT_FALSE(error) << path << ": " << error->description();
-            read = std::move(items);
-            ended = true;
-        });
-        EXPECT_TRUE(testing::runUntil([&] { return ended; }));
-        return read;
+        using Items = std::vector<std::shared_ptr<typename P::T>>;
+        auto [items, metadata, timeline, error] =
+            awaited<Items, std::optional<Metadata>, Timeline, std::optional<Error>>(
+                [&](auto completion) { endpoint->request(std::move(parser), completion); });
+        EXPECT_FALSE(error) << path << ": " << error->description();
+        return std::move(items);
     }
 
     /// What `make` makes of each record of a feed's first 200.
@@ -194,12 +188,9 @@ TEST_F(ModelsAtService, FeedInsertsAndTheirClosing) {
     const auto closing = Endpoint::create(session);
     closing->setPath(*action->closeUrlPath());
     closing->setMethod(Method::POST);
-    bool closed = false;
-    closing->request(std::make_shared<KLEmptyParser>(),
-                     [&](const auto&, const auto&, const Timeline&,
-                         const std::optional<Error>& error) { closed = !error; });
-    EXPECT_TRUE(testing::runUntil([&] { return closed; }));
+    EXPECT_FALSE(std::get<1>(awaited<std::optional<std::string>, std::optional<Error>>(
+        [&](auto completion) { closing->request(completion); })));
     EXPECT_EQ(readCards("home"), std::vector<std::string>{"people-to-follow"});
 }
 
-} // namespace KeloAPI
+} // namespace KeloAPI::testing

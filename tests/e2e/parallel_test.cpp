@@ -1,17 +1,14 @@
 #include "ActingTest.hpp"
 
 #include <KeloAPI/api/Endpoint.hpp>
-#include <KeloAPI/model/KLWatchPost.hpp>
 
 #include <array>
 #include <atomic>
 #include <thread>
 
-namespace KeloAPI {
+namespace KeloAPI::testing {
 
-using testing::runUntil;
-
-class ParallelAtService : public testing::ActingTest {};
+class ParallelAtService : public ActingTest {};
 
 TEST_F(ParallelAtService, ManyThreadsThroughOneSessionLoseNoCompletion) {
     constexpr int threads = 16;
@@ -128,4 +125,4 @@ TEST_F(ParallelAtService, SixtyFourThreadsActThroughOneSession) {
     EXPECT_EQ(kept("loops").size(), threads);
 }
 
-} // namespace KeloAPI
+} // namespace KeloAPI::testing

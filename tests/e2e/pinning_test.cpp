@@ -1,19 +1,18 @@
+#include "support/Awaited.hpp"
 #include "support/ServiceTest.hpp"
 #include "support/TemporaryFolder.hpp"
 
 #include <KeloAPI/endpoints/MeEndpoint.hpp>
 #include <KeloAPI/http/HTTPError.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
+#include <KeloAPI/model/LoopData.hpp>
 
 #include <netdb.h>
 
-namespace KeloAPI {
-
-using testing::runUntil;
-using testing::StandIn;
+namespace KeloAPI::testing {
 
 /// The certificates that are built into the library, against the service that serves with them.
-class PinningAtService : public testing::ServiceTest {
+class PinningAtService : public ServiceTest {
 protected:
     PinningAtService() { session = ownSession(); }
 
@@ -23,25 +22,21 @@ protected:
         made->setDelegate(delegate);
         return made;
     }
-    std::optional<MeResult> get() {
-        std::optional<MeResult> outcome;
-        MeEndpoint::create(session)->get([&](const MeResult& result) { outcome = result; });
-        EXPECT_TRUE(runUntil([&] { return outcome.has_value(); }));
-        return outcome;
+    MeResult get() {
+        return awaited<MeResult>(
+            [&](auto completion) { MeEndpoint::create(session)->get(completion); });
+    }
+    static bool isUntrusted(const MeResult& result) {
+        return result.error() && isHTTPError(*result.error(), HTTPErrorCode::ServerTrust);
     }
     /// Downloads what is at the address; checks that the file is there without an error only.
     std::optional<Error> download(const std::string& address) {
-        const testing::TemporaryFolder folder;
+        const TemporaryFolder folder;
         const auto endpoint = Endpoint::create(session);
         endpoint->setPath(address);
-        bool done = false;
-        std::optional<Error> error;
-        endpoint->download(URL::fileURL(folder.path("page")),
-                           [&](const URL&, std::optional<Error> sent) {
-                               error = std::move(sent);
-                               done = true;
-                           });
-        EXPECT_TRUE(runUntil([&] { return done; }));
+        const auto [file, error] = awaited<URL, std::optional<Error>>([&](auto completion) {
+            endpoint->download(URL::fileURL(folder.path("page")), completion);
+        });
         EXPECT_EQ(folder.names().size(), error ? 0U : 1U) << address;
         return error;
     }
@@ -55,27 +50,21 @@ protected:
     }
 };
 
-TEST_F(PinningAtService, ThePinnedHostIsAccepted) {
-    EXPECT_TRUE(get()->success());
-}
-
-TEST_F(PinningAtService, AHostOutsideTheTableIsJudgedByTheSystemAndRefused) {
-    ASSERT_TRUE(get()->success());
-    // The manager was made for localhost; the same server under another name is not pinned.
-    delegate->host = "127.0.0.1:" + std::to_string(service.port());
+TEST_F(PinningAtService, TheHostThatASessionHasFirstIsAcceptedAndNoOther) {
+    const std::string other = "127.0.0.1:" + std::to_string(service.port());
+    const auto accepted = get();
+    ASSERT_TRUE(accepted.success()) << accepted.error()->description();
+    EXPECT_EQ(accepted.success()->user->username, StandIn::username);
+    EXPECT_NE(accepted.success()->user->loopData, nullptr);
+    // The same server under another name is judged by the system.
+    delegate->host = other;
     service.requests();
-    const auto outcome = get();
-    ASSERT_TRUE(outcome->error());
-    EXPECT_TRUE(isHTTPError(*outcome->error(), HTTPErrorCode::ServerTrust))
-        << outcome->error()->description();
+    EXPECT_TRUE(isUntrusted(get()));
     EXPECT_TRUE(service.requests().empty());
-}
-
-TEST_F(PinningAtService, TheFirstHostIsTheOneThatIsPinned) {
-    delegate->host = "127.0.0.1:" + std::to_string(service.port());
-    EXPECT_TRUE(get()->success());
+    session = ownSession();
+    EXPECT_TRUE(get().success());
     delegate->host = service.host();
-    EXPECT_TRUE(isHTTPError(*get()->error(), HTTPErrorCode::ServerTrust));
+    EXPECT_TRUE(isUntrusted(get()));
 }
 
 TEST_F(PinningAtService, DownloadsKnowThePinnedHostInAnySpelling) {
@@ -103,9 +92,7 @@ TEST_F(PinningAtService, ARedirectToAnUnpinnedNameOfTheSameServerIsRefused) {
         "https://127.0.0.1:" + std::to_string(service.port()) + "/users/me";
     service.addFault({{"match", {{"path", "/users/me"}}},
                       {"action", {{"type", "redirect"}, {"location", elsewhere}}}});
-    const auto outcome = get();
-    ASSERT_TRUE(outcome->error());
-    EXPECT_TRUE(isHTTPError(*outcome->error(), HTTPErrorCode::ServerTrust));
+    EXPECT_TRUE(isUntrusted(get()));
 }
 
 TEST_F(PinningAtService, ARedirectOnTheSameHostKeepsTheSession) {
@@ -114,7 +101,7 @@ TEST_F(PinningAtService, ARedirectOnTheSameHostKeepsTheSession) {
          {"action",
           {{"type", "redirect"}, {"location", "https://" + service.host() + "/users/me"}}}});
     const auto outcome = get();
-    ASSERT_TRUE(outcome->success()) << outcome->error()->description();
+    ASSERT_TRUE(outcome.success()) << outcome.error()->description();
     const auto requests = service.requests();
     ASSERT_EQ(requests.size(), 2U);
     EXPECT_EQ(requests[1].header("kelo-session-id"), StandIn::sessionKey);
@@ -125,7 +112,7 @@ TEST_F(PinningAtService, TheSecondCertificateIsPinnedToo) {
     const StandIn rotated({"--certificate", certificates + "/development-2.pem", "--key",
                            certificates + "/development-2.key"});
     delegate->host = rotated.host();
-    EXPECT_TRUE(get()->success());
+    EXPECT_TRUE(get().success());
 }
 
-} // namespace KeloAPI
+} // namespace KeloAPI::testing

@@ -5,11 +5,12 @@
 #include <KeloAPI/model/KLWatchPost.hpp>
 #include <KeloAPI/model/KLWatchUser.hpp>
 
+#include <algorithm>
 #include <set>
 
-namespace KeloAPI {
+namespace KeloAPI::testing {
 
-class TimelinesAtService : public testing::ServiceTest {
+class TimelinesAtService : public ServiceTest {
 protected:
     static std::shared_ptr<TimelineEndpoint> withSize(const std::string& path, int size) {
         auto endpoint = TimelineEndpoint::create(path);
@@ -19,6 +20,13 @@ protected:
         return endpoint;
     }
 
+    static std::vector<std::string> idsOf(const TimelineResult& result) {
+        std::vector<std::string> ids;
+        for (const auto& post : result.success()->posts) {
+            ids.push_back(*post->postId);
+        }
+        return ids;
+    }
     /// The identifiers of a whole feed, page by page.
     std::vector<std::string> walk(std::shared_ptr<TimelineEndpoint> endpoint) {
         std::vector<std::string> ids;
@@ -28,22 +36,13 @@ protected:
                 ADD_FAILURE() << result.error()->description();
                 break;
             }
-            for (const auto& post : result.success()->posts) {
-                ids.push_back(*post->postId);
-            }
+            std::ranges::copy(idsOf(result), std::back_inserter(ids));
             endpoint = result.success()->nextPage;
         }
         return ids;
     }
-    static std::vector<std::string> idsOf(const TimelineResult& result) {
-        std::vector<std::string> ids;
-        for (const auto& post : result.success()->posts) {
-            ids.push_back(*post->postId);
-        }
-        return ids;
-    }
     /// The anchor in the service's answer to this request, as text.
-    std::string anchorIn(const testing::SeenRequest& request) {
+    std::string anchorIn(const SeenRequest& request) {
         const auto answer = service.call("GET", request.path + "?" + request.query);
         const auto& anchor = answer.at("data").at("anchor");
         return anchor.is_string() ? anchor.get<std::string>() : anchor.dump();
@@ -61,15 +60,6 @@ protected:
         return text;
     }
 };
-
-TEST_F(TimelinesAtService, SendsExactlyTheDefaultParameters) {
-    const auto result = fetch(TimelineEndpoint::create("all"));
-    ASSERT_TRUE(result.success());
-    EXPECT_EQ(result.success()->posts.size(), 5U);
-    const auto requests = service.requests();
-    EXPECT_EQ(requests.front().path, "/timelines/all");
-    EXPECT_EQ(requests.front().query, "c_max=3&c_overflow=trunc&l_max=3&l_overflow=trunc&size=5");
-}
 
 TEST_F(TimelinesAtService, PostsArriveComplete) {
     const auto result = fetch(withSize("all", 50));
@@ -96,62 +86,46 @@ TEST_F(TimelinesAtService, PageNumbersAndAnchorsOfBothKindsWalkAFeedToItsEnd) {
 }
 
 TEST_F(TimelinesAtService, ThePageBeforeIsThePageOneCameFrom) {
-    const auto first = fetch(withSize("all", 7));
-    const auto second = fetch(first.success()->nextPage);
-    EXPECT_NE(idsOf(second), idsOf(first));
-    ASSERT_NE(second.success()->previousPage, nullptr);
-    EXPECT_EQ(idsOf(fetch(second.success()->previousPage)), idsOf(first));
-}
-
-TEST_F(TimelinesAtService, AnAnchorLeadsBackToThePageOneCameFrom) {
-    const std::string rest = "&c_max=3&c_overflow=trunc&l_max=3&l_overflow=trunc&size=7";
-    for (const char* feed : {"popular", "latest"}) {
+    const std::string texts = "c_max=3&c_overflow=trunc&l_max=3&l_overflow=trunc";
+    for (const char* feed : {"all", "popular", "latest"}) {
+        SCOPED_TRACE(feed);
         service.requests();
         const auto first = fetch(withSize(feed, 7));
         const auto second = fetch(first.success()->nextPage);
-        ASSERT_NE(second.success()->previousPage, nullptr) << feed;
+        ASSERT_NE(second.success()->previousPage, nullptr);
         EXPECT_NE(idsOf(second), idsOf(first));
-        EXPECT_EQ(idsOf(fetch(second.success()->previousPage)), idsOf(first)) << feed;
+        EXPECT_EQ(idsOf(fetch(second.success()->previousPage)), idsOf(first));
         const auto requests = service.requests();
         ASSERT_EQ(requests.size(), 3U);
+        EXPECT_EQ(requests[0].query, texts + "&size=7");
+        if (feed == std::string("all")) {
+            EXPECT_EQ(requests[1].query, texts + "&page=2&size=7");
+            EXPECT_EQ(requests[2].query, texts + "&page=1&size=7");
+            continue;
+        }
+        const std::string rest = "&" + texts + "&size=7";
         EXPECT_EQ(decoded(requests[1].query), "anchor=" + anchorIn(requests[0]) + rest);
         EXPECT_EQ(decoded(requests[2].query), "backAnchor=" + anchorIn(requests[1]) + rest);
         EXPECT_NE(anchorIn(requests[0]), anchorIn(requests[1]));
     }
 }
 
-TEST_F(TimelinesAtService, PagesGoOnWithTheSizeThatTheServiceReports) {
-    const auto first = fetch(withSize("all", 7));
-    EXPECT_EQ(fetch(first.success()->nextPage).success()->posts.size(), 7U);
-    EXPECT_EQ(service.requests().back().query,
-              "c_max=3&c_overflow=trunc&l_max=3&l_overflow=trunc&page=2&size=7");
-}
-
-TEST_F(TimelinesAtService, AnEmptyFeedHasNoPostsAndNoOtherPages) {
-    const auto result = fetch(TimelineEndpoint::create("empty"));
-    ASSERT_TRUE(result.success());
-    EXPECT_TRUE(result.success()->posts.empty());
-    EXPECT_EQ(result.success()->nextPage, nullptr);
-    EXPECT_EQ(result.success()->previousPage, nullptr);
-}
-
-TEST_F(TimelinesAtService, AShortFeedEnds) {
+TEST_F(TimelinesAtService, FeedsEndAreEmptyNeedASessionOrAreNotThere) {
     const auto ids = walk(TimelineEndpoint::create("editors-picks"));
     EXPECT_FALSE(ids.empty());
     EXPECT_LT(ids.size(), 200U);
-}
-
-TEST_F(TimelinesAtService, HomeNeedsASession) {
+    const auto empty = fetch(TimelineEndpoint::create("empty"));
+    ASSERT_TRUE(empty.success());
+    EXPECT_TRUE(empty.success()->posts.empty());
+    EXPECT_EQ(empty.success()->nextPage, nullptr);
+    EXPECT_EQ(empty.success()->previousPage, nullptr);
     EXPECT_TRUE(fetch(TimelineEndpoint::create("home")).success());
     delegate->sessionKey.reset();
     EXPECT_EQ(fetch(TimelineEndpoint::create("home")).error()->code(), 100);
-}
-
-TEST_F(TimelinesAtService, AFeedThatIsNotThereIsAServiceError) {
-    const auto result = fetch(TimelineEndpoint::create("nothing-here"));
-    ASSERT_TRUE(result.error());
-    EXPECT_GT(result.error()->code(), 0);
-    EXPECT_FALSE(result.error()->localizedDescription().empty());
+    const auto unknown = fetch(TimelineEndpoint::create("nothing-here"));
+    ASSERT_TRUE(unknown.error());
+    EXPECT_GT(unknown.error()->code(), 0);
+    EXPECT_FALSE(unknown.error()->localizedDescription().empty());
 }
 
 TEST_F(TimelinesAtService, RequestsShareOneConnection) {
@@ -163,4 +137,4 @@ TEST_F(TimelinesAtService, RequestsShareOneConnection) {
     }
 }
 
-} // namespace KeloAPI
+} // namespace KeloAPI::testing
