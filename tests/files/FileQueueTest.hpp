@@ -1,12 +1,9 @@
 #pragma once
 
-#include "support/MainLoop.hpp"
 #include "support/RegistrySession.hpp"
 #include "support/TemporaryFolder.hpp"
 
 #include <KeloAPI/files/FileQueue.hpp>
-
-#include <gtest/gtest.h>
 
 #include <future>
 
@@ -35,10 +32,14 @@ protected:
     }
     void request(const std::shared_ptr<FileEndpoint>& endpoint, const URL& to,
                  QueuePriority priority) {
-        queue->download(endpoint, to, priority, [this, endpoint](const FileDownloadResult& result) {
-            answers.push_back(nameOf(*endpoint) + (result.success() ? "" : " failed"));
-        });
+        queue->download(endpoint, to, priority, noteOf(nameOf(*endpoint)));
         settle();
+    }
+    /// Notes an answer under this name.
+    FileQueue::Completion noteOf(const std::string& name) {
+        return [this, name](const FileDownloadResult& result) {
+            answers.push_back(name + (result.success() ? "" : ":failed"));
+        };
     }
 
     /// Waits until the queue's thread has done what it was given.
@@ -62,24 +63,31 @@ protected:
         passThrough();
     }
 
+    static std::string joined(const std::vector<std::string>& names) {
+        std::string text;
+        for (const std::string& name : names) {
+            text += (text.empty() ? "" : " ") + name;
+        }
+        return text;
+    }
     /// The names of the queued files, in their order.
     std::string order() const {
-        std::string names;
+        std::vector<std::string> names;
         for (const auto& endpoint : queue->queuedFiles()) {
-            names += (names.empty() ? "" : " ") + nameOf(*endpoint);
+            names.push_back(nameOf(*endpoint));
         }
-        return names;
+        return joined(names);
     }
     /// The names of the files that were asked of the server, in their order.
     std::string sent() const {
-        std::string names;
+        std::vector<std::string> names;
         for (const URLRequest& request : transport->requests()) {
             const std::string url = request.url->absoluteString();
             if (url != fence) {
-                names += (names.empty() ? "" : " ") + url.substr(url.rfind('/') + 1);
+                names.push_back(url.substr(url.rfind('/') + 1));
             }
         }
-        return names;
+        return joined(names);
     }
 
     static std::string nameOf(const FileEndpoint& endpoint) {

@@ -3,10 +3,6 @@
 #include <KeloAPI/files/KLVideoFileFormat.hpp>
 #include <KeloAPI/files/KLVideoUrlBitrateSetting.hpp>
 
-#include <gtest/gtest.h>
-
-#include <type_traits>
-
 namespace KeloAPI::testing {
 
 static_assert(!std::is_default_constructible_v<KLVideoUrlBitrateSetting>);
@@ -44,9 +40,7 @@ TEST(BitrateSetting, IsNamedByTheHashOfItsUrlWhereEitherIsMissing) {
     EXPECT_EQ(setting(std::nullopt, "77")->uniqueId(), hash);
     EXPECT_NE(setting(std::nullopt, std::nullopt, "https://media.example/v/abd.mp4")->uniqueId(),
               hash);
-}
-
-TEST(BitrateSetting, WritesAPositiveHashWithoutSign) {
+    // A positive one has no sign.
     EXPECT_EQ(setting(std::nullopt, std::nullopt, "https://media.example/v/0.mp4")->uniqueId(),
               "6232926789435820417");
 }

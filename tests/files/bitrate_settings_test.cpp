@@ -1,7 +1,5 @@
 #include <KeloAPI/files/KLVideoUrlBitrateSettings.hpp>
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <limits>
 
@@ -23,12 +21,6 @@ std::vector<double> bitratesOf(const Settings& settings) {
         bitrates.push_back(one->minBitrate());
     }
     return bitrates;
-}
-
-const KLVideoUrlBitrateSettings& threeOfMP4() {
-    static const KLVideoUrlBitrateSettings settings(
-        {setting("h264", 200), setting("h264", 500), setting("h264", 1000)});
-    return settings;
 }
 
 double chosen(const KLVideoUrlBitrateSettings& settings, const char* format, double bitrate) {
@@ -66,14 +58,15 @@ TEST(BitrateSettings, SortWhateverIsNoNumberLast) {
 }
 
 TEST(BitrateSettings, ChooseTheLastThatTheBitrateReaches) {
-    EXPECT_EQ(chosen(threeOfMP4(), "h264", 100), 200);
-    EXPECT_EQ(chosen(threeOfMP4(), "h264", 200), 200);
-    EXPECT_EQ(chosen(threeOfMP4(), "h264", 499.9), 200);
-    EXPECT_EQ(chosen(threeOfMP4(), "h264", 700), 500);
-    EXPECT_EQ(chosen(threeOfMP4(), "h264", 1000), 1000);
-    EXPECT_EQ(chosen(threeOfMP4(), "h264", 5000), 1000);
-    EXPECT_EQ(threeOfMP4().settingForFormat("hls", 700), nullptr);
-    EXPECT_EQ(threeOfMP4().settingForFormat("H264", 700), nullptr);
+    const KLVideoUrlBitrateSettings three(
+        {setting("h264", 200), setting("h264", 500), setting("h264", 1000)});
+    for (const auto& [bitrate, expected] :
+         {std::pair(100.0, 200), std::pair(200.0, 200), std::pair(499.9, 200),
+          std::pair(700.0, 500), std::pair(1000.0, 1000), std::pair(5000.0, 1000)}) {
+        EXPECT_EQ(chosen(three, "h264", bitrate), expected) << bitrate;
+    }
+    EXPECT_EQ(three.settingForFormat("hls", 700), nullptr);
+    EXPECT_EQ(three.settingForFormat("H264", 700), nullptr);
 }
 
 TEST(BitrateSettings, PassOverOtherFormats) {
@@ -86,19 +79,14 @@ TEST(BitrateSettings, PassOverOtherFormats) {
     EXPECT_EQ(chosen(settings, "own", 1), 2000);
 }
 
-TEST(BitrateSettings, FindTheHighestOfAFormat) {
+TEST(BitrateSettings, FindThoseOfAFormatInOrderAndTheHighest) {
     const KLVideoUrlBitrateSettings settings(
-        {setting("h264", 200), setting("h264", 500), setting("hls", 900)});
+        {setting("h264", 500), setting("hls", 900), setting("h264", 200)});
+    EXPECT_EQ(bitratesOf(settings.settingsForFormat("h264")), (std::vector<double>{200, 500}));
+    EXPECT_TRUE(settings.settingsForFormat("none").empty());
     EXPECT_EQ(settings.highestSettingForFormat("h264")->minBitrate(), 500);
     EXPECT_EQ(settings.highestSettingForFormat("hls")->minBitrate(), 900);
     EXPECT_EQ(settings.highestSettingForFormat("h264-preview"), nullptr);
-}
-
-TEST(BitrateSettings, ListThoseOfAFormatInOrder) {
-    const KLVideoUrlBitrateSettings settings(
-        {setting("h264", 500), setting("hls", 300), setting("h264", 200)});
-    EXPECT_EQ(bitratesOf(settings.settingsForFormat("h264")), (std::vector<double>{200, 500}));
-    EXPECT_TRUE(settings.settingsForFormat("none").empty());
 }
 
 TEST(BitrateSettings, AreFoundByTheirUrl) {

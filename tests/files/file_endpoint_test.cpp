@@ -1,25 +1,15 @@
-#include "support/EndpointMaking.hpp"
-#include "support/MainLoop.hpp"
+#include "support/Awaited.hpp"
 #include "support/RegistrySession.hpp"
 #include "support/TemporaryFolder.hpp"
 
 #include <KeloAPI/files/FileEndpoint.hpp>
-#include <KeloAPI/http/HTTPError.hpp>
 
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <filesystem>
 #include <future>
 #include <thread>
-#include <type_traits>
 
-namespace KeloAPI {
+namespace KeloAPI::testing {
 
-using fakes::ScriptedAnswer;
-using testing::runUntil;
-
-class FileEndpointTest : public testing::RegistrySessionTest {
+class FileEndpointTest : public RegistrySessionTest {
 protected:
     FileEndpointTest() { manager->setDocumentsDirectory(folder.path() + "/"); }
     ~FileEndpointTest() override { manager->kill(); }
@@ -31,22 +21,16 @@ protected:
 
     /// Downloads and waits for the answer.
     FileDownloadResult download(const std::shared_ptr<FileEndpoint>& endpoint, const URL& to) {
-        std::optional<FileDownloadResult> result;
-        endpoint->download(to, [&](const FileDownloadResult& answer) { result = answer; });
-        EXPECT_TRUE(runUntil([&] { return result.has_value(); }));
-        return *result;
+        return awaited<FileDownloadResult>(
+            [&](auto completion) { endpoint->download(to, completion); });
     }
 
-    testing::TemporaryFolder folder;
+    TemporaryFolder folder;
     std::shared_ptr<FileManager> manager = FileManager::sharedGroupManager("/file-endpoint/");
 };
 
-static_assert(!testing::createdWith<FileEndpoint, std::shared_ptr<Session>>);
-static_assert(testing::createdWith<FileEndpoint, const char*, std::shared_ptr<FileManager>>);
-
-TEST_F(FileEndpointTest, UsesTheRegistrysSessionAndItsPath) {
+TEST_F(FileEndpointTest, HasItsPathAndItsManager) {
     const auto endpoint = endpointOf("https://media.example/v/abc.mp4");
-    EXPECT_EQ(endpoint->session(), session);
     EXPECT_EQ(endpoint->path(), "https://media.example/v/abc.mp4");
     EXPECT_EQ(endpoint->fileManager(), manager);
     EXPECT_TRUE(endpoint->subscribers.empty());
@@ -109,70 +93,25 @@ TEST_F(FileEndpointTest, DownloadsToTheDestinationThatIsGiven) {
     EXPECT_EQ(lastRequest().method, Method::GET);
 }
 
-TEST_F(FileEndpointTest, AnswersAtOnceWhatIsThere) {
-    folder.write("abc.mp4", "video");
-    const auto endpoint = endpointOf("/v/abc.mp4");
-    bool answered = false;
-    endpoint->download(place("other"), [&](const FileDownloadResult& result) {
-        answered = true;
-        EXPECT_EQ(result.success()->endpoint, endpoint);
-    });
-    EXPECT_TRUE(answered);
-    EXPECT_EQ(endpoint->localUrl(), place("abc.mp4")) << "the destination plays no part";
-    EXPECT_TRUE(transport->requests().empty());
-}
-
-TEST_F(FileEndpointTest, AnswersOnTheThreadThatFinishedWhereThatIsAskedFor) {
-    const auto endpoint = endpointOf("/v/abc.mp4");
+TEST_F(FileEndpointTest, AnswersOnTheMainQueueOrWhereThatIsAskedForOnTheThreadThatFinished) {
+    std::promise<std::thread::id> atOnce;
     transport->answer({.body = "video"});
-    const auto answeredOn = std::make_shared<std::promise<std::thread::id>>();
-    endpoint->download(
-        place("abc.mp4"),
-        [=](const FileDownloadResult&) { answeredOn->set_value(std::this_thread::get_id()); },
+    endpointOf("/v/a")->download(
+        place("a"),
+        [&](const FileDownloadResult&) { atOnce.set_value(std::this_thread::get_id()); },
         DownloadDelivery::AtOnce);
     // The main queue does not run meanwhile.
-    auto answer = answeredOn->get_future();
-    ASSERT_EQ(answer.wait_for(std::chrono::seconds(30)), std::future_status::ready);
-    EXPECT_NE(answer.get(), std::this_thread::get_id());
-}
+    auto answeredOn = atOnce.get_future();
+    ASSERT_EQ(answeredOn.wait_for(timeLimit), std::future_status::ready);
+    EXPECT_NE(answeredOn.get(), std::this_thread::get_id());
 
-TEST_F(FileEndpointTest, HandsATransportErrorOnAndTriesAgain) {
-    const auto endpoint = endpointOf("/v/abc.mp4");
-    transport->answer(ScriptedAnswer::failure(Error("test", 7)));
-    const auto failed = download(endpoint, place("abc.mp4"));
-    ASSERT_TRUE(failed.error());
-    EXPECT_EQ(failed.error()->domain(), "test");
-    EXPECT_EQ(failed.error()->code(), 7);
-    EXPECT_FALSE(endpoint->localUrl());
+    std::optional<std::thread::id> later;
     transport->answer({.body = "video"});
-    EXPECT_TRUE(download(endpoint, place("abc.mp4")).success());
-    EXPECT_EQ(transport->requests().size(), 2U);
-}
-
-TEST_F(FileEndpointTest, TakesAnErrorStatusForAnError) {
-    const auto endpoint = endpointOf("/v/abc.mp4");
-    folder.write("kept", "old");
-    transport->answer({.statusCode = 404, .body = "an error page"});
-    const auto failed = download(endpoint, place("kept"));
-    ASSERT_TRUE(failed.error());
-    EXPECT_TRUE(isHTTPError(*failed.error(), HTTPErrorCode::HTTPStatus));
-    EXPECT_EQ(folder.read("kept"), "old");
-    EXPECT_EQ(folder.names().size(), 1U);
-}
-
-TEST_F(FileEndpointTest, ReportsProgressToTheHandler) {
-    const auto endpoint = endpointOf("/v/abc.mp4");
-    std::int64_t received = 0;
-    std::int64_t all = 0;
-    endpoint->setDownloadProgressHandler(
-        [&](std::int64_t, std::int64_t total, std::int64_t expected) {
-            received = total;
-            all = expected;
-        });
-    transport->answer({.body = std::string(100'000, 'v')});
-    EXPECT_TRUE(download(endpoint, place("abc.mp4")).success());
-    EXPECT_EQ(received, 100'000);
-    EXPECT_EQ(all, 100'000);
+    endpointOf("/v/b")->download(
+        place("b"), [&](const FileDownloadResult&) { later = std::this_thread::get_id(); });
+    EXPECT_TRUE(eventually([&] { return folder.read("b") == "video"; }));
+    EXPECT_TRUE(runUntil([&] { return later.has_value(); }));
+    EXPECT_EQ(later, std::this_thread::get_id());
 }
 
 TEST_F(FileEndpointTest, LivesUntilItsCompletionHasRun) {
@@ -252,4 +191,4 @@ TEST_F(FileEndpointDeathTest, NeedsAManagerAndACompletion) {
                  "a download needs a completion");
 }
 
-} // namespace KeloAPI
+} // namespace KeloAPI::testing

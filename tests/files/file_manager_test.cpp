@@ -8,16 +8,13 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
-#include <chrono>
-#include <filesystem>
-#include <type_traits>
+#include <limits>
 
-namespace KeloAPI {
+namespace KeloAPI::testing {
 
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
@@ -67,21 +64,18 @@ protected:
         return names;
     }
 
-    testing::TemporaryFolder folder;
+    TemporaryFolder folder;
     std::optional<URL> container = URL::fileURL(folder.path());
     std::vector<std::string> asked;
     std::vector<std::string> lines;
 };
 
-TEST_F(FileManagerTest, IsOneForEachPath) {
+TEST_F(FileManagerTest, IsOneForEachPathUntilItIsKilled) {
     EXPECT_EQ(FileManager::sharedGroupManager("/videos/"), manager);
     const auto other = FileManager::sharedGroupManager("/videos");
     EXPECT_NE(other, manager);
     EXPECT_EQ(other->relativePath(), "/videos");
     other->kill();
-}
-
-TEST_F(FileManagerTest, IsMadeAnewAfterItWasKilled) {
     manager->documentsDirectory();
     manager->kill();
     const auto fresh = FileManager::sharedGroupManager("/videos/");
@@ -89,21 +83,13 @@ TEST_F(FileManagerTest, IsMadeAnewAfterItWasKilled) {
     container = std::nullopt;
     EXPECT_FALSE(fresh->documentsDirectory()) << "its directory is looked for anew";
     EXPECT_TRUE(manager->documentsDirectory()) << "the old one lives on";
-}
-
-TEST_F(FileManagerTest, KillsByKeyAndNotByIdentity) {
     manager->kill();
-    const auto newer = FileManager::sharedGroupManager("/videos/");
-    manager->kill();
-    EXPECT_NE(FileManager::sharedGroupManager("/videos/"), newer);
-}
-
-TEST_F(FileManagerTest, KillMayDropTheLastReference) {
-    FileManager* last = FileManager::sharedGroupManager("/last/").get();
+    EXPECT_NE(FileManager::sharedGroupManager("/videos/"), fresh) << "by key, not by identity";
+    // The registry may hold the last reference.
+    FileManager::sharedGroupManager("/last/").get()->kill();
+    const auto last = FileManager::sharedGroupManager("/last/");
+    EXPECT_EQ(last->relativePath(), "/last/");
     last->kill();
-    const auto fresh = FileManager::sharedGroupManager("/last/");
-    EXPECT_EQ(fresh->relativePath(), "/last/");
-    fresh->kill();
 }
 
 TEST_F(FileManagerTest, MakesTheDirectoryAtTheFirstAsking) {
@@ -142,19 +128,19 @@ TEST_F(FileManagerTest, TellsWhatKeepsItFromMakingTheDirectoryAndGivesItAllTheSa
     EXPECT_THAT(lines[0], HasSubstr(folder.path()));
 }
 
-TEST_F(FileManagerTest, HasNoDirectoryWithoutContainerAndThenForGood) {
-    container = std::nullopt;
-    EXPECT_FALSE(manager->documentsDirectory());
-    container = URL::fileURL(folder.path());
-    EXPECT_FALSE(manager->documentsDirectory());
-    EXPECT_EQ(asked.size(), 1U);
-    manager->cleanDirectory(0);
-    EXPECT_THAT(lines, IsEmpty());
-}
-
-TEST_F(FileManagerTest, HasNoDirectoryWhereTheContainerIsNoFile) {
-    container = URL::parse("https://service.example/container");
-    EXPECT_FALSE(manager->documentsDirectory());
+TEST_F(FileManagerTest, HasNoDirectoryWithoutAContainerThatIsAFileAndThenForGood) {
+    for (const auto& none : {std::optional<URL>(), URL::parse("https://service.example/a")}) {
+        container = none;
+        EXPECT_FALSE(manager->documentsDirectory());
+        container = URL::fileURL(folder.path());
+        EXPECT_FALSE(manager->documentsDirectory());
+        EXPECT_EQ(asked.size(), 1U);
+        manager->cleanDirectory(0);
+        EXPECT_THAT(lines, IsEmpty());
+        manager->kill();
+        manager = FileManager::sharedGroupManager("/videos/");
+        asked.clear();
+    }
 }
 
 TEST_F(FileManagerTest, TakesTheGroupOfTheBundle) {
@@ -183,24 +169,36 @@ TEST_F(FileManagerTest, TakesADirectoryOfTheHosts) {
 }
 
 TEST_F(FileManagerTest, KeepsTheNewestAndOneMore) {
-    fill({"t4", "t3", "t2", "t1"});
-    manager->cleanDirectory(3);
-    EXPECT_EQ(left().size(), 4U);
-    manager->cleanDirectory(2);
-    EXPECT_THAT(left(), UnorderedElementsAre("t4", "t3", "t2"));
-    manager->cleanDirectory(0);
-    EXPECT_THAT(left(), ElementsAre("t4"));
-    manager->cleanDirectory(-1);
-    EXPECT_THAT(left(), IsEmpty());
-    EXPECT_THAT(lines, IsEmpty());
-}
-
-TEST_F(FileManagerTest, KeepsAllOfAVeryLargeNumberAndNoneOfAVerySmallOne) {
-    fill({"b", "a"});
-    manager->cleanDirectory(std::numeric_limits<std::int64_t>::max());
-    EXPECT_EQ(left().size(), 2U);
-    manager->cleanDirectory(std::numeric_limits<std::int64_t>::min());
-    EXPECT_THAT(left(), IsEmpty());
+    const struct {
+        std::vector<std::string> names;
+        std::int64_t kept;
+        std::vector<std::string> left;
+        std::vector<std::string> toldOf;
+    } table[] = {
+        {{"t4", "t3", "t2", "t1"}, 3, {"t4", "t3", "t2", "t1"}, {}},
+        {{"t4", "t3", "t2", "t1"}, 2, {"t4", "t3", "t2"}, {}},
+        {{"t4", "t3", "t2", "t1"}, 0, {"t4"}, {}},
+        {{"t4", "t3"}, -1, {}, {}},
+        {{"b", "a"}, std::numeric_limits<std::int64_t>::max(), {"b", "a"}, {}},
+        {{"b", "a"}, std::numeric_limits<std::int64_t>::min(), {}, {}},
+        // A file's name ends before a "?": these lead to another file, and to the directory itself.
+        {{"new", "a", "a?b", "?b"}, 1, {"new", "a", "a?b", "?b"}, {"videos/a?b", "videos/?b"}},
+        {{"c", "b?x", "a"}, -1, {"b?x"}, {"b?x"}},
+        {{"a\nb?c"}, -1, {"a\nb?c"}, {"a\\x0Ab?c"}},
+    };
+    for (const auto& one : table) {
+        SCOPED_TRACE(::testing::PrintToString(one.names) + std::to_string(one.kept));
+        fill(one.names);
+        manager->cleanDirectory(one.kept);
+        EXPECT_THAT(left(), ::testing::UnorderedElementsAreArray(one.left));
+        ASSERT_EQ(lines.size(), one.toldOf.size());
+        for (std::size_t i = 0; i < lines.size(); ++i) {
+            EXPECT_THAT(lines[i], HasSubstr(one.toldOf[i]));
+        }
+        lines.clear();
+        std::filesystem::remove_all(folder.path("videos"));
+        std::filesystem::create_directory(folder.path("videos"));
+    }
 }
 
 TEST_F(FileManagerTest, DeletesHiddenFilesLinksAndDirectories) {
@@ -208,20 +206,13 @@ TEST_F(FileManagerTest, DeletesHiddenFilesLinksAndDirectories) {
     folder.write("kept", "");
     std::filesystem::create_symlink(folder.path("kept"), folder.path("videos/link"));
     folder.write("videos/.hidden", "");
+    std::filesystem::create_symlink("/nowhere", folder.path("videos/nowhere"));
     std::filesystem::create_directory(folder.path("videos/sub"));
     folder.write("videos/sub/inner", "");
     manager->cleanDirectory(-1);
-    EXPECT_THAT(left(), IsEmpty());
+    EXPECT_THAT(left(), ElementsAre("nowhere")) << "no file is there to be deleted";
     EXPECT_THAT(lines, IsEmpty());
     EXPECT_THAT(folder.names(), ElementsAre("kept", "videos")) << "a link is not followed";
-}
-
-TEST_F(FileManagerTest, LeavesALinkThatLeadsNowhere) {
-    fill({"new"});
-    std::filesystem::create_symlink("/nowhere", folder.path("videos/link"));
-    manager->cleanDirectory(-1);
-    EXPECT_THAT(left(), ElementsAre("link")) << "no file is there to be deleted";
-    EXPECT_THAT(lines, IsEmpty());
 }
 
 TEST_F(FileManagerTest, DoesNotCountDownloadsUnderWay) {
@@ -285,27 +276,14 @@ TEST_F(FileManagerTest, TrimsARelativeDirectoryAndNoneThatItsTextMayBeTakenFor) 
     EXPECT_THAT(left(), ElementsAre("a"));
 }
 
-TEST_F(FileManagerTest, DeletesNothingWhereThereIsNothingToList) {
-    manager->setDocumentsDirectory(folder.path("gone/"));
-    manager->cleanDirectory(-1);
-    ASSERT_EQ(lines.size(), 1U);
-    EXPECT_THAT(lines[0], HasSubstr(folder.path("gone/")));
-}
-
-TEST_F(FileManagerTest, LeavesWhatANameWithAMarkLeadsTo) {
-    fill({"new", "a", "a?b", "?b"});
-    // A file's name ends before a "?": these lead to another file, and to the directory itself.
-    manager->cleanDirectory(1);
-    EXPECT_THAT(left(), UnorderedElementsAre("new", "a", "a?b", "?b"));
-    EXPECT_THAT(lines, ElementsAre(HasSubstr(folder.path("videos/a?b")),
-                                   HasSubstr(folder.path("videos/?b"))));
-}
-
-TEST_F(FileManagerTest, GoesOnWhereOneFileCannotBeDeleted) {
-    fill({"c", "b?x", "a"});
-    manager->cleanDirectory(-1);
-    EXPECT_THAT(left(), ElementsAre("b?x"));
-    EXPECT_THAT(lines, ElementsAre(HasSubstr("b?x")));
+TEST_F(FileManagerTest, TellsInOneLineWhereThereIsNothingToList) {
+    for (const auto& [name, told] :
+         {std::pair("gone/", "gone/"), std::pair("no\nsuch\r/", "no\\x0Asuch\\x0D/")}) {
+        manager->setDocumentsDirectory(folder.path(name));
+        manager->cleanDirectory(-1);
+        EXPECT_THAT(lines, ElementsAre(HasSubstr(folder.path(told))));
+        lines.clear();
+    }
 }
 
 TEST_F(FileManagerTest, TakesAFileOfTheFarFutureForTheNewest) {
@@ -320,18 +298,6 @@ TEST_F(FileManagerTest, TakesAFileOfTheFarFutureForTheNewest) {
     }
     manager->cleanDirectory(0);
     EXPECT_THAT(left(), ElementsAre("far"));
-}
-
-TEST_F(FileManagerTest, TellsOfALineEndInANameWithinOneLine) {
-    manager->setDocumentsDirectory(folder.path("no\nsuch\r/"));
-    manager->cleanDirectory(-1);
-    EXPECT_THAT(lines, ElementsAre(HasSubstr(folder.path("no\\x0Asuch\\x0D/"))));
-    lines.clear();
-    std::filesystem::create_directory(folder.path("videos"));
-    manager->setDocumentsDirectory(folder.path("videos/"));
-    fill({"a\nb?c"});
-    manager->cleanDirectory(-1);
-    EXPECT_THAT(lines, ElementsAre(HasSubstr("a\\x0Ab?c")));
 }
 
 TEST_F(FileManagerTest, ClearsWhatKilledDownloadsLeft) {
@@ -356,4 +322,4 @@ TEST_F(FileManagerTest, ClearsWhatKilledDownloadsLeftAtEachTrimming) {
     EXPECT_THAT(lines, IsEmpty());
 }
 
-} // namespace KeloAPI
+} // namespace KeloAPI::testing

@@ -1,139 +1,121 @@
 #include "FileQueueTest.hpp"
+#include "support/Words.hpp"
 
-#include <gmock/gmock.h>
+namespace KeloAPI::testing {
 
-#include <map>
+/// Some steps, and what holds after them.
+struct FileQueueTurn {
+    /// "a" requests a file, "a+" with high priority, "a-" with low, "a*" with none; "0" finishes
+    /// the download that was sent first, "0!" lets it fail, "0#" answers an error status; "kill"
+    /// kills.
+    const char* steps;
+    const char* order;
+    const char* sent;
+    const char* answers = "";
+};
 
-namespace KeloAPI {
+struct FileQueueScript {
+    const char* name;
+    std::vector<FileQueueTurn> turns;
+};
 
-using fakes::ScriptedAnswer;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+class FileQueueOrderTest : public FileQueueTest,
+                           public ::testing::WithParamInterface<FileQueueScript> {
+protected:
+    void take(const std::string& step) {
+        const char mark = step.back();
+        if (step == "kill") {
+            queue->kill();
+        } else if (std::isdigit(step.front()) != 0) {
+            finish(static_cast<std::size_t>(step.front() - '0'),
+                   mark == '!'   ? fakes::ScriptedAnswer::failure(Error("test", 1))
+                   : mark == '#' ? fakes::ScriptedAnswer{.statusCode = 500}
+                                 : fakes::ScriptedAnswer{.body = "video"});
+        } else if (mark == '*') {
+            queue->download(file(step.substr(0, 1)), place(step.substr(0, 1)), noteOf(step));
+            settle();
+        } else {
+            request(step.substr(0, 1), mark == '+'   ? QueuePriority::High
+                                       : mark == '-' ? QueuePriority::Low
+                                                     : QueuePriority::Normal);
+        }
+    }
+};
 
-class FileQueueOrderTest : public testing::FileQueueTest {};
-
-TEST_F(FileQueueOrderTest, RunsOneAfterAnother) {
-    request("a");
-    request("b");
-    request("c");
-    EXPECT_EQ(order(), "a b c");
-    EXPECT_EQ(sent(), "a");
-    finish(0);
-    EXPECT_EQ(order(), "b c");
-    EXPECT_EQ(sent(), "a b");
-    finish(1);
-    finish(2);
-    EXPECT_EQ(order(), "");
-    EXPECT_EQ(sent(), "a b c");
-    EXPECT_THAT(answers, ElementsAre("a", "b", "c"));
-    EXPECT_EQ(folder.read("c"), "video");
+TEST_P(FileQueueOrderTest, IsKept) {
+    for (const FileQueueTurn& turn : GetParam().turns) {
+        SCOPED_TRACE(turn.steps);
+        for (const std::string& step : wordsOf(turn.steps)) {
+            take(step);
+        }
+        EXPECT_EQ(order(), turn.order);
+        EXPECT_EQ(sent(), turn.sent);
+        EXPECT_EQ(joined(answers), turn.answers);
+    }
 }
 
-TEST_F(FileQueueOrderTest, PutsAHighRequestInFrontOfTheRunningDownload) {
-    request("a");
-    request("b", QueuePriority::Low);
-    request("c", QueuePriority::High);
-    EXPECT_EQ(order(), "c a b");
-    EXPECT_EQ(sent(), "a") << "the running download is not interrupted";
-    finish(0);
-    EXPECT_EQ(sent(), "a c");
-    EXPECT_EQ(order(), "c b");
-    finish(1);
-    EXPECT_EQ(sent(), "a c b");
-}
+const FileQueueScript fileQueueScripts[] = {
+    {"OneAfterAnother",
+     {{"a b c", "a b c", "a"}, {"0", "b c", "a b", "a"}, {"1 2", "", "a b c", "a b c"}}},
+    // The running download is not interrupted.
+    {"HighBeforeTheRunningOne",
+     {{"a b- c+", "c a b", "a"}, {"0", "c b", "a c", "a"}, {"1", "b", "a c b", "a c"}}},
+    {"LowWithoutAPriority", {{"a b c* d", "a b d c", "a"}}},
+    // Down as well as up, and behind all of its priority.
+    {"MovedWhenRequestedAgain",
+     {{"a b c- d- d+", "d a b c", "a"}, {"b-", "d a c b", "a"}, {"a", "d a c b", "a"}}},
+    // No second download starts where others wait.
+    {"EveryRequestAnsweredOnce",
+     {{"a b a+", "a b", "a"}, {"0", "b", "a b", "a a"}, {"1", "", "a b", "a a b"}}},
+    // The first to end answers all; the second starts whatever is first, running or not.
+    {"TheSoleFileStartsAgain",
+     {{"a a", "a", "a a"},
+      {"b c", "a b c", "a a"},
+      {"0", "b c", "a a b", "a a"},
+      {"1", "b c", "a a b b", "a a"},
+      {"2", "c", "a a b b c", "a a b"},
+      {"3", "c", "a a b b c c", "a a b"}}},
+    // The priority of long ago plays no part.
+    {"PriorityForgottenWithTheNextRequest",
+     {{"a+", "a", "a"}, {"0#", "", "a", "a:failed"}, {"b a-", "b a", "a b", "a:failed"}}},
+    {"OnAfterAFailure", {{"a b", "a b", "a"}, {"0! 1", "", "a b", "a:failed b"}}},
+    {"NothingAfterItWasKilled", {{"a b c", "a b c", "a"}, {"kill", "", "a"}, {"0", "", "a"}}},
+    {"OnAfterItWasKilled", {{"a kill b", "b", "a b"}, {"1", "", "a b", "b"}}},
+};
 
-TEST_F(FileQueueOrderTest, IsLowWithoutAPriority) {
-    request("a");
-    request("b");
-    queue->download(file("c"), place("c"), [](const FileDownloadResult&) {});
-    settle();
-    request("d");
-    EXPECT_EQ(order(), "a b d c");
-}
+INSTANTIATE_TEST_SUITE_P(Scripts, FileQueueOrderTest, ::testing::ValuesIn(fileQueueScripts),
+                         [](const auto& script) { return script.param.name; });
 
-TEST_F(FileQueueOrderTest, MovesAFileThatIsRequestedAgain) {
-    request("a");
-    request("b");
-    request("c", QueuePriority::Low);
-    request("d", QueuePriority::Low);
-    request("d", QueuePriority::High);
-    EXPECT_EQ(order(), "d a b c");
-    request("b", QueuePriority::Low);
-    EXPECT_EQ(order(), "d a c b") << "down as well as up";
-    request("a");
-    EXPECT_EQ(order(), "d a c b") << "behind all of its priority";
-}
+using FileQueuePlaceTest = FileQueueTest;
 
-TEST_F(FileQueueOrderTest, AnswersEveryRequestOfAFileOnce) {
-    request("a");
-    request("b");
-    request("a", QueuePriority::High);
-    EXPECT_EQ(order(), "a b");
-    EXPECT_EQ(sent(), "a") << "no second download starts where others wait";
-    finish(0);
-    EXPECT_THAT(answers, ElementsAre("a", "a"));
-    EXPECT_EQ(sent(), "a b");
-    finish(1);
-    EXPECT_THAT(answers, ElementsAre("a", "a", "b"));
-}
-
-TEST_F(FileQueueOrderTest, StartsTheSoleFileAgain) {
-    request("a");
-    request("a");
-    EXPECT_EQ(sent(), "a a");
-    EXPECT_EQ(order(), "a");
-    request("b");
-    request("c");
-    finish(0);
-    EXPECT_THAT(answers, ElementsAre("a", "a")) << "the first to end answers all";
-    EXPECT_EQ(sent(), "a a b");
-    finish(1);
-    EXPECT_THAT(answers, ElementsAre("a", "a"));
-    EXPECT_EQ(sent(), "a a b b") << "the second starts whatever is first, running or not";
-    finish(2);
-    EXPECT_EQ(sent(), "a a b b c");
-    finish(3);
-    EXPECT_EQ(sent(), "a a b b c c");
-    EXPECT_THAT(answers, ElementsAre("a", "a", "b"));
-}
-
-TEST_F(FileQueueOrderTest, TakesTheLatestDestination) {
+TEST_F(FileQueuePlaceTest, TakesTheLatestDestination) {
     request("a");
     request(file("b"), place("first"), QueuePriority::Normal);
     request(file("b"), place("second"), QueuePriority::Low);
     finish(0);
     finish(1);
     EXPECT_EQ(folder.read("second"), "video");
-    EXPECT_THAT(folder.names(), ElementsAre("a", "second"));
+    EXPECT_EQ(joined(folder.names()), "a second");
 }
 
-TEST_F(FileQueueOrderTest, KeepsARunningDownloadsDestination) {
+TEST_F(FileQueuePlaceTest, KeepsARunningDownloadsDestination) {
     request(file("a"), place("first"), QueuePriority::Normal);
     request("b");
     request(file("a"), place("second"), QueuePriority::Normal);
     EXPECT_EQ(order(), "b a") << "it goes behind its like, though it runs";
     finish(0);
-    EXPECT_THAT(folder.names(), ElementsAre("first"));
-    EXPECT_THAT(answers, ElementsAre("a", "a"));
+    EXPECT_EQ(joined(folder.names()), "first");
+    EXPECT_EQ(joined(answers), "a a");
 }
 
-TEST_F(FileQueueOrderTest, ForgetsAPriorityWithTheNextRequestOnly) {
-    request("a", QueuePriority::High);
-    finish(0, {.statusCode = 500});
-    request("b");
-    request("a", QueuePriority::Low);
-    EXPECT_EQ(order(), "b a") << "the priority of long ago plays no part";
-}
-
-TEST_F(FileQueueOrderTest, GoesOnAfterAFailure) {
+TEST_F(FileQueuePlaceTest, ARunningDownloadGoesOnToItsEndWhenTheQueueIsKilled) {
     request("a");
-    request("b");
-    finish(0, ScriptedAnswer::failure(Error("test", 1)));
-    finish(1);
-    EXPECT_THAT(answers, ElementsAre("a failed", "b"));
+    queue->kill();
+    finish(0);
+    EXPECT_EQ(folder.read("a"), "video");
 }
 
-TEST_F(FileQueueOrderTest, AgreesWithTheRuleForAnyRow) {
+TEST_F(FileQueuePlaceTest, AgreesWithTheRuleForAnyRow) {
     // The rule as it is told: before the first queued file of a lower priority.
     const std::string names = "bcdefghij";
     std::vector<std::string> expected = {"a"};
@@ -151,34 +133,9 @@ TEST_F(FileQueueOrderTest, AgreesWithTheRuleForAnyRow) {
         expected.insert(lower, name);
         priorities[name] = priority;
         request(name, priority);
-        std::string text;
-        for (const auto& one : expected) {
-            text += (text.empty() ? "" : " ") + one;
-        }
-        ASSERT_EQ(order(), text) << "after request " << i;
+        ASSERT_EQ(order(), joined(expected)) << "after request " << i;
     }
     EXPECT_EQ(sent(), "a");
 }
 
-TEST_F(FileQueueOrderTest, DropsEverythingWhenKilled) {
-    request("a");
-    request("b");
-    request("c");
-    queue->kill();
-    EXPECT_EQ(order(), "");
-    finish(0);
-    EXPECT_EQ(sent(), "a") << "nothing follows";
-    EXPECT_THAT(answers, IsEmpty());
-    EXPECT_EQ(folder.read("a"), "video") << "the running download went on to its end";
-}
-
-TEST_F(FileQueueOrderTest, WorksOnAfterItWasKilled) {
-    request("a");
-    queue->kill();
-    request("b");
-    EXPECT_EQ(sent(), "a b");
-    finish(1);
-    EXPECT_THAT(answers, ElementsAre("b"));
-}
-
-} // namespace KeloAPI
+} // namespace KeloAPI::testing

@@ -2,23 +2,17 @@
 #include "support/Sanitizers.hpp"
 
 #include <KeloAPI/files/Application.hpp>
-#include <KeloAPI/http/HTTPError.hpp>
 
-#include <gmock/gmock.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <thread>
-#include <type_traits>
 
-namespace KeloAPI {
+namespace KeloAPI::testing {
 
-using fakes::ScriptedAnswer;
-using testing::comesAbout;
 using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using testing::runUntil;
 
 static_assert(!std::is_default_constructible_v<FileQueue>);
 static_assert(!std::is_constructible_v<FileQueue, const char*>);
@@ -29,24 +23,18 @@ static_assert(queuePriorityOf(1) == QueuePriority::Normal);
 static_assert(queuePriorityOf(2) == QueuePriority::High);
 static_assert(!queuePriorityOf(3) && !queuePriorityOf(-1) && !queuePriorityOf(258));
 
-class FileQueueSingleTest : public testing::FileQueueTest {};
+using FileQueueSingleTest = FileQueueTest;
 
-TEST_F(FileQueueSingleTest, IsOneForEachKey) {
+TEST_F(FileQueueSingleTest, IsOneForEachKeyAndForgetsItselfByIdentity) {
     EXPECT_EQ(FileQueue::withKey("test"), queue);
-    const auto other = FileQueue::withKey("other");
-    EXPECT_NE(other, queue);
-    other->kill();
-    EXPECT_NE(FileQueue::withKey("other"), other);
-    EXPECT_EQ(FileQueue::withKey("test"), queue);
-    FileQueue::withKey("other")->kill();
-}
-
-TEST_F(FileQueueSingleTest, ForgetsItselfByIdentity) {
     const auto old = FileQueue::withKey("other");
+    EXPECT_NE(old, queue);
     old->kill();
     const auto newer = FileQueue::withKey("other");
+    EXPECT_NE(newer, old);
     old->kill();
     EXPECT_EQ(FileQueue::withKey("other"), newer);
+    EXPECT_EQ(FileQueue::withKey("test"), queue);
     newer->kill();
 }
 
@@ -56,7 +44,7 @@ TEST_F(FileQueueSingleTest, NamesItsThreadByPrefixAndKey) {
 }
 
 TEST_F(FileQueueSingleTest, AnswersInAForkedChildThatItIsTheParents) {
-    if (testing::isSanitized) {
+    if (isSanitized) {
         GTEST_SKIP() << "sanitizers lose their own threads in a child";
     }
     request("a"); // and is never answered
@@ -77,20 +65,6 @@ TEST_F(FileQueueSingleTest, AnswersInAForkedChildThatItIsTheParents) {
     EXPECT_EQ(order(), "a");
 }
 
-TEST_F(FileQueueSingleTest, AnswersAtOnceWhatIsThere) {
-    folder.write("a", "video");
-    bool answered = false;
-    const auto endpoint = file("a");
-    queue->download(endpoint, place("elsewhere"), QueuePriority::High,
-                    [&](const FileDownloadResult& result) {
-                        answered = true;
-                        EXPECT_EQ(result.success()->endpoint, endpoint);
-                    });
-    EXPECT_TRUE(answered);
-    EXPECT_EQ(order(), "");
-    EXPECT_EQ(sent(), "");
-}
-
 TEST_F(FileQueueSingleTest, AnswersOnTheMainQueueWithTheEndpointThatRan) {
     const auto running = file("a");
     const auto latest = file("a");
@@ -109,32 +83,6 @@ TEST_F(FileQueueSingleTest, AnswersOnTheMainQueueWithTheEndpointThatRan) {
     EXPECT_THAT(got, ElementsAre(running, running));
     EXPECT_TRUE(onMain);
     EXPECT_EQ(latest->localUrl(), place("a")) << "found on the disk";
-}
-
-TEST_F(FileQueueSingleTest, StartsTheNextWithoutTheMainThread) {
-    for (const char* name : {"a", "b", "c"}) {
-        request(name);
-    }
-    for (int i = 0; i < 3; ++i) {
-        transport->answer({.body = "video"});
-    }
-    EXPECT_TRUE(comesAbout([this] { return order().empty(); }));
-    EXPECT_THAT(folder.names(), ElementsAre("a", "b", "c"));
-    EXPECT_THAT(answers, IsEmpty());
-    EXPECT_TRUE(runUntil([this] { return answers.size() == 3; }));
-    EXPECT_THAT(answers, ElementsAre("a", "b", "c"));
-}
-
-TEST_F(FileQueueSingleTest, ADownloadBesidesTheQueueIsAnsweredOnTheMainQueue) {
-    const auto endpoint = file("a");
-    std::optional<std::thread::id> answeredOn;
-    endpoint->download(place("a"),
-                       [&](const FileDownloadResult&) { answeredOn = std::this_thread::get_id(); });
-    transport->answerRequest(0, {.body = "video"});
-    EXPECT_TRUE(
-        comesAbout([this] { return !folder.names().empty() && folder.read("a") == "video"; }));
-    EXPECT_TRUE(runUntil([&] { return answeredOn.has_value(); }));
-    EXPECT_EQ(answeredOn, std::this_thread::get_id());
 }
 
 /// Fetches a second file besides, as a host's endpoint might.
@@ -206,7 +154,7 @@ TEST_F(FileQueueSingleTest, HandsAnErrorToAllThatWaitUnchanged) {
         });
         request("b");
     }
-    finish(0, ScriptedAnswer::failure(Error("test", 7)));
+    finish(0, fakes::ScriptedAnswer::failure(Error("test", 7)));
     EXPECT_THAT(errors, ElementsAre("test7", "test7"));
 }
 
@@ -375,4 +323,4 @@ TEST_F(FileQueueDeathTest, NeedsAnEndpointAndACompletion) {
                  "a download needs a completion");
 }
 
-} // namespace KeloAPI
+} // namespace KeloAPI::testing
