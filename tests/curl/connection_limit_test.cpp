@@ -38,11 +38,7 @@ protected:
         });
     }
 
-    void useOneConnection() {
-        TransportSettings settings;
-        settings.maxCallConnectionsPerHost = 1;
-        transport = unpinned(settings);
-    }
+    void useOneConnection() { transport = unpinned({.maxCallConnectionsPerHost = 1}); }
 
     std::vector<Observer> start(int count, std::chrono::milliseconds interval = timeLimit) {
         std::vector<Observer> observers;
@@ -152,10 +148,10 @@ TEST_F(ConnectionLimitTest, ACallThatWaitsForAMuteHostTimesOutUnsent) {
     EXPECT_EQ(requested().size(), 2U);
 }
 
-TEST_F(ConnectionLimitTest, TheClockOfACallRunsFromWhenItIsSent) {
-    // The first response comes in steps, each well within the time-out of the call that waits; all
-    // together take longer than it. The client's own thread writes what the server says: no other
-    // thread's stall can hold it up.
+TEST_F(ConnectionLimitTest, TheClockOfACallRunsFromWhenItIsSentAndNotWhileBytesArrive) {
+    // The first response comes in steps, each well within the time-out; all together take longer
+    // than it, for this call and for the one that waits. The client's own thread writes what the
+    // server says: no other thread's stall can hold it up.
     constexpr int steps = 15;
     std::atomic<RawConnection*> peer = nullptr;
     RawServer slow([&](RawConnection& connection) {
@@ -176,9 +172,11 @@ TEST_F(ConnectionLimitTest, TheClockOfACallRunsFromWhenItIsSent) {
     second->onSent = [&peer] { peer.load()->write(okResponse()); };
     auto request = with(Method::POST, slow.url("/"), "body");
     request.timeoutInterval = 1s;
-    transport->start(get(slow.url("/")), first);
-    awaitRequests(1);
     const auto begin = std::chrono::steady_clock::now();
+    URLRequest stepwise = get(slow.url("/"));
+    stepwise.timeoutInterval = request.timeoutInterval;
+    transport->start(stepwise, first);
+    awaitRequests(1);
     transport->start(request, second);
     expectAllSucceeded({first, second});
     EXPECT_GT(std::chrono::steady_clock::now() - begin, request.timeoutInterval);
@@ -188,9 +186,7 @@ TEST_F(ConnectionLimitTest, TheClockOfACallRunsFromWhenItIsSent) {
 class IdleConnectionsTest : public ConnectionLimitTest {
 protected:
     IdleConnectionsTest() {
-        TransportSettings settings;
-        settings.maxIdleConnections = 4; // two for calls, as many for downloads
-        transport = unpinned(settings);
+        transport = unpinned({.maxIdleConnections = 4}); // two for calls, as many for downloads
         for (auto& each : hosts) {
             each = std::make_unique<RawServer>([this](RawConnection& connection) {
                 serve(connection);

@@ -14,7 +14,7 @@ namespace {
 void carry(int a, int b) {
     std::array<pollfd, 2> ends = {pollfd{a, POLLIN, 0}, pollfd{b, POLLIN, 0}};
     std::array<char, 16384> buffer{};
-    while (::poll(ends.data(), ends.size(), 10'000) > 0) {
+    while (::poll(ends.data(), ends.size(), -1) > 0) {
         for (std::size_t from = 0; from < 2; ++from) {
             if (ends.at(from).revents == 0) {
                 continue;
@@ -77,12 +77,18 @@ protected:
     RawServer proxy{[this](RawConnection& connection) { serveProxy(connection); }};
 };
 
-TEST_F(ProxyTest, OfTheEnvironmentIsUsed) {
+TEST_F(ProxyTest, OfTheEnvironmentIsUsedUnlessTheSettingsSayOtherwise) {
+    const auto expectProxied = [this](const TransportSettings& settings) {
+        const auto heard = send(*unpinned(settings), get("http://api.example/path"));
+        EXPECT_TRUE(succeeded(heard));
+        EXPECT_EQ(heard->body, "by proxy!");
+        EXPECT_TRUE(seen().starts_with("GET http://api.example/path HTTP/1.1\r\n")) << seen();
+    };
+    expectProxied({.proxy = proxy.url("")});
     setenv("http_proxy", proxy.url("").c_str(), 1);
-    const auto heard = send(*unpinned(), get("http://api.example/path"));
-    EXPECT_TRUE(succeeded(heard));
-    EXPECT_EQ(heard->body, "by proxy!");
-    EXPECT_TRUE(seen().starts_with("GET http://api.example/path HTTP/1.1\r\n")) << seen();
+    expectProxied({});
+    EXPECT_TRUE(failedWith(send(*unpinned({.proxy = ""}), get("http://127.0.0.1:1/")),
+                           HTTPErrorCode::CannotConnect));
 }
 
 TEST_F(ProxyTest, PinsHoldThroughATunnel) {

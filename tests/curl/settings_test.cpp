@@ -29,19 +29,16 @@ protected:
     std::shared_ptr<CurlTransport> transport;
 };
 
-TEST_F(SettingsTest, ConnectingMayTakeNoLongerThanItsLimit) {
-    RawServer silent([](RawConnection& connection) { connection.waitForClose(); });
-    const auto heard = sendWith({.connectTimeout = 200ms}, get(silent.url("/", "https")));
-    EXPECT_TRUE(failedWith(heard, HTTPErrorCode::TimedOut));
-}
-
-TEST_F(SettingsTest, TheShorterLimitOfSilenceHolds) {
-    RawServer silent([](RawConnection& connection) { connection.waitForClose(); });
-    EXPECT_TRUE(failedWith(sendWith({.silenceTimeout = 200ms}, get(silent.url("/"))),
-                           HTTPErrorCode::TimedOut));
+TEST_F(SettingsTest, ConnectingAndSilenceMayTakeNoLongerThanTheShorterLimit) {
+    const RawServer silent([](RawConnection& connection) { connection.waitForClose(); });
+    const auto expectTimeout = [&](const TransportSettings& settings, const URLRequest& request) {
+        EXPECT_TRUE(failedWith(sendWith(settings, request), HTTPErrorCode::TimedOut));
+    };
+    expectTimeout({.connectTimeout = 200ms}, get(silent.url("/", "https")));
+    expectTimeout({.silenceTimeout = 200ms}, get(silent.url("/")));
     URLRequest request = get(silent.url("/"));
     request.timeoutInterval = 200ms;
-    EXPECT_TRUE(failedWith(sendWith({.silenceTimeout = 1h}, request), HTTPErrorCode::TimedOut));
+    expectTimeout({.silenceTimeout = 1h}, request);
 }
 
 TEST_F(SettingsTest, AResponseThatNeverEndsIsGivenUp) {
@@ -67,138 +64,108 @@ TEST_F(SettingsTest, AHeadHasALimit) {
     EXPECT_TRUE(succeeded(sendWith({.maxHeadBytes = 3000}, get(server.url("/")))));
 }
 
-TEST(MemorySinkTest, ABodyHasALimit) {
-    MemorySink sink(10, 1000);
-    EXPECT_TRUE(sink.take("0123456789"));
-    EXPECT_FALSE(sink.take("x"));
-    EXPECT_TRUE(isHTTPError(sink.finish({}).value(), HTTPErrorCode::BodyTooLarge));
-}
-
-TEST(MemorySinkTest, SoHaveAllBodiesTogether) {
+TEST(MemorySinkTest, ABodyHasALimitAndSoHaveAllTogether) {
+    const auto refusesMore = [](MemorySink& sink, HTTPErrorCode code) {
+        EXPECT_TRUE(sink.take("0123456789"));
+        EXPECT_FALSE(sink.take("x"));
+        EXPECT_TRUE(isHTTPError(sink.finish({}).value(), code));
+    };
+    MemorySink one(10, 1000);
+    refusesMore(one, HTTPErrorCode::BodyTooLarge);
     MemorySink first(1000, 1000);
-    MemorySink second(1000, 100);
     EXPECT_TRUE(first.take(std::string(90, 'x')));
-    EXPECT_TRUE(second.take("0123456789"));
-    EXPECT_FALSE(second.take("x"));
-    EXPECT_TRUE(isHTTPError(second.finish({}).value(), HTTPErrorCode::OutOfResources));
-}
-
-TEST_F(SettingsTest, AProxyIsUsedAndNoneWhereItIsEmpty) {
-    RawServer proxy([](RawConnection& connection) {
-        connection.write(responseOf("200 OK", "", connection.readRequest()));
-    });
-    const auto heard = sendWith({.proxy = proxy.url("")}, get("http://service.example/a"));
-    EXPECT_TRUE(succeeded(heard));
-    EXPECT_TRUE(heard->body.starts_with("GET http://service.example/a HTTP/1.1"));
-
-    setenv("http_proxy", proxy.url("").c_str(), 1);
-    EXPECT_TRUE(failedWith(sendWith({.proxy = ""}, get("http://127.0.0.1:1/")),
-                           HTTPErrorCode::CannotConnect));
-    unsetenv("http_proxy");
+    MemorySink second(1000, 100);
+    refusesMore(second, HTTPErrorCode::OutOfResources);
 }
 
 /// A server that fails so many times before it answers "ok".
 class RetryTest : public SettingsTest {
 protected:
-    static TransportSettings retrying(int retries) {
-        return {.retries = {.maxRetries = retries, .firstPause = 20ms}};
+    static RetrySettings retrying(int retries, std::chrono::milliseconds firstPause = 20ms,
+                                  std::chrono::milliseconds maxPause = 1h) {
+        return {.maxRetries = retries, .firstPause = firstPause, .maxPause = maxPause};
     }
 
-    std::string failure = responseOf("503 Busy", "", "busy");
-    int failures = 2;
-    std::atomic<int> requests = 0;
-    std::string lastRequest;
-    RawServer server{[this](RawConnection& connection) {
+    void serve(RawConnection& connection) {
         for (std::string request = connection.readRequest(); !request.empty();
              request = connection.readRequest()) {
             lastRequest = request;
             if (++requests > failures) {
-                connection.write(responseOf("200 OK", "", "ok"));
+                connection.write(okResponse());
             } else if (failure.empty()) {
                 return; // the connection closes without a response
             } else {
                 connection.write(failure);
             }
         }
-    }};
-};
+    }
 
-TEST_F(RetryTest, IsOffUnlessItIsAskedFor) {
-    EXPECT_TRUE(succeeded(sendWith({}, get(server.url("/"))), 503));
-    EXPECT_EQ(requests, 1);
-}
+    std::string failure = responseOf("503 Busy", "", "busy");
+    int failures = 2;
+    std::atomic<int> requests = 0;
+    std::string lastRequest;
+    RawServer server{[this](RawConnection& connection) { serve(connection); }};
+};
 
 TEST_F(RetryTest, GoesOnUntilAResponseIsThere) {
     const auto begin = Clock::now();
-    const auto heard = sendWith(retrying(2), get(server.url("/")));
+    const auto heard = sendWith({.retries = retrying(2)}, get(server.url("/")));
     EXPECT_TRUE(succeeded(heard)) << "the head and the end are told once";
     EXPECT_EQ(heard->body, "ok");
     EXPECT_EQ(requests, 3);
     EXPECT_GE(Clock::now() - begin, 30ms) << "at least half of 20 ms and of 40 ms";
 }
 
-TEST_F(RetryTest, EndsWithTheLastResponse) {
-    const auto heard = sendWith(retrying(1), get(server.url("/")));
-    EXPECT_TRUE(succeeded(heard, 503));
-    EXPECT_EQ(heard->body, "busy");
-    EXPECT_EQ(requests, 2);
-}
-
-TEST_F(RetryTest, FollowsALostConnection) {
-    failure.clear();
-    EXPECT_TRUE(succeeded(sendWith(retrying(2), get(server.url("/")))));
-    EXPECT_EQ(requests, 3);
-}
-
-TEST_F(RetryTest, SendsABodyAgainWhole) {
-    EXPECT_TRUE(succeeded(sendWith(retrying(2), with(Method::PUT, server.url("/"), "bytes"))));
-    EXPECT_TRUE(lastRequest.ends_with("\r\n\r\nbytes"));
-}
-
-TEST_F(RetryTest, DoesNotRepeatWhatMayNotBe) {
-    EXPECT_TRUE(
-        succeeded(sendWith(retrying(2), with(Method::POST, server.url("/"), "bytes")), 503));
-    EXPECT_EQ(requests, 1);
-}
-
-TEST_F(RetryTest, LeavesOtherResponsesAlone) {
-    failure = responseOf("500 Broken", "", "no");
-    EXPECT_TRUE(succeeded(sendWith(retrying(2), get(server.url("/"))), 500));
-    EXPECT_EQ(requests, 1);
-}
-
-TEST_F(RetryTest, HonoursRetryAfterUpToTheLongestPause) {
-    failure = responseOf("429 Slow Down", "Retry-After: 0\r\n", "");
-    TransportSettings settings = retrying(2);
-    settings.retries.firstPause = 1h;
-    settings.retries.maxPause = 1h;
-    EXPECT_TRUE(succeeded(sendWith(settings, get(server.url("/")))));
-    requests = 0;
-    failure = responseOf("429 Slow Down", "Retry-After: 7200\r\n", "");
-    EXPECT_TRUE(succeeded(sendWith(settings, get(server.url("/"))), 429));
-    EXPECT_EQ(requests, 1);
-}
-
-TEST_F(RetryTest, WhatWouldComeTooLateIsNotAwaited) {
-    TransportSettings settings = retrying(2);
-    settings.retries.firstPause = 10s;
-    settings.responseTimeout = 3s;
-    EXPECT_TRUE(succeeded(sendWith(settings, get(server.url("/"))), 503));
+TEST_F(RetryTest, RepeatsWhatMayBeRepeatedInTime) {
+    const std::string busy = failure;
+    const struct {
+        const char* what;
+        TransportSettings settings;
+        std::string failure;
+        int status;
+        int requests;
+        Method method = Method::PUT;
+    } table[] = {
+        {"off unless it is asked for", {}, busy, 503, 1},
+        {"with its body", {.retries = retrying(2)}, busy, 200, 3},
+        {"to the last response", {.retries = retrying(1)}, busy, 503, 2},
+        {"a lost connection", {.retries = retrying(2)}, "", 200, 3},
+        {"no action", {.retries = retrying(2)}, busy, 503, 1, Method::POST},
+        {"no other failure", {.retries = retrying(2)}, responseOf("500 No", "", ""), 500, 1},
+        {"not what comes too late",
+         {.responseTimeout = 3s, .retries = retrying(2, 10s)},
+         busy,
+         503,
+         1},
+        {"as soon as the server says",
+         {.retries = retrying(2, 1h)},
+         responseOf("429 Slow Down", "Retry-After: 0\r\n", ""),
+         200,
+         3},
+        {"not after more than the longest pause",
+         {.retries = retrying(2, 1h)},
+         responseOf("429 Slow Down", "Retry-After: 7200\r\n", ""),
+         429,
+         1}};
+    for (const auto& one : table) {
+        SCOPED_TRACE(one.what);
+        requests = 0;
+        failure = one.failure;
+        const auto heard = sendWith(one.settings, with(one.method, server.url("/"), "bytes"));
+        EXPECT_TRUE(succeeded(heard, one.status));
+        EXPECT_EQ(heard->body, one.status == 200 ? "ok" : one.status == 503 ? "busy" : "");
+        EXPECT_EQ(requests, one.requests);
+        EXPECT_TRUE(lastRequest.ends_with("\r\n\r\nbytes"));
+    }
 }
 
 TEST_F(RetryTest, APauseIsCancelledAtOnceAndEndsWithItsTransport) {
-    TransportSettings settings = retrying(2);
-    settings.retries.firstPause = 1h;
-    settings.retries.maxPause = 1h;
-    transport = unpinned(settings);
+    transport = unpinned({.retries = retrying(2, 1h)});
     const auto first = std::make_shared<RecordingObserver>();
     const auto exchange = transport->start(get(server.url("/")), first);
-    // Behind the pause of the first, on the same thread.
-    const auto second = std::make_shared<RecordingObserver>();
     failures = 1;
-    while (requests == 0) {
-        std::this_thread::yield();
-    }
+    ASSERT_TRUE(eventually([this] { return requests > 0; }));
+    // Behind the pause of the first, on the same thread.
     ASSERT_TRUE(succeeded(send(*transport, with(Method::POST, server.url("/"), ""))));
     EXPECT_FALSE(first->hasCompleted());
     exchange->cancel();
@@ -206,7 +173,7 @@ TEST_F(RetryTest, APauseIsCancelledAtOnceAndEndsWithItsTransport) {
     EXPECT_TRUE(failedWith(first, HTTPErrorCode::Cancelled));
 
     failures = 100;
-    transport->start(get(server.url("/")), second);
+    const auto second = start(*transport, get(server.url("/")));
     ASSERT_TRUE(succeeded(send(*transport, with(Method::POST, server.url("/"), "")), 503));
     transport.reset();
     ASSERT_TRUE(second->wait());

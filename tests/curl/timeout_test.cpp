@@ -23,7 +23,6 @@ protected:
     void expectTimedOut(const URLRequest& request) {
         EXPECT_TRUE(failedWith(timed(request), HTTPErrorCode::TimedOut)) << request.description();
         EXPECT_GE(took, 300ms);
-        EXPECT_LT(took, 10s);
     }
 
     Clock::duration took{};
@@ -47,19 +46,6 @@ TEST_F(TimeoutTest, WhenTheBodyStalls) {
     const auto heard = timed(get(stalling.url("/")));
     EXPECT_TRUE(failedWith(heard, HTTPErrorCode::TimedOut));
     EXPECT_EQ(heard->body, "some");
-}
-
-TEST_F(TimeoutTest, NotWhileBytesArrive) {
-    RawServer slow([](RawConnection& connection) {
-        connection.readRequest();
-        connection.write("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\n");
-        for (int i = 0; i < 10; ++i) {
-            std::this_thread::sleep_for(150ms);
-            connection.write("x");
-        }
-    });
-    EXPECT_TRUE(succeeded(timed(get(slow.url("/")), 1s)));
-    EXPECT_GE(took, 1500ms);
 }
 
 TEST_F(TimeoutTest, NotWhileBytesLeave) {

@@ -68,14 +68,19 @@ TEST_F(TrustTest, APinnedHostIsJudgedByItsPinsAloneAndAllOthersByTheSystem) {
         for (const TestCertificate& pin : each.pins) {
             pins.push_back(pin.certificate());
         }
-        const auto heard = send(*pinning(each.pinnedHost, pins), get(server->secureUrl("/")));
-        EXPECT_NE(heard->thread, std::this_thread::get_id());
-        if (each.isAccepted) {
-            EXPECT_TRUE(succeeded(heard));
-            EXPECT_EQ(heard->body, "served");
-        } else {
-            EXPECT_TRUE(failedWith(heard, HTTPErrorCode::ServerTrust));
-            EXPECT_EQ(server->requests(), 0);
+        const auto transport = pinning(each.pinnedHost, pins);
+        for (const TransferKind kind : {TransferKind::Call, TransferKind::Download}) {
+            const auto heard = std::make_shared<RecordingObserver>();
+            transport->start(get(server->secureUrl("/")), heard, kind);
+            ASSERT_TRUE(heard->wait());
+            EXPECT_NE(heard->thread, std::this_thread::get_id());
+            if (each.isAccepted) {
+                EXPECT_TRUE(succeeded(heard));
+                EXPECT_EQ(heard->body, "served");
+            } else {
+                EXPECT_TRUE(failedWith(heard, HTTPErrorCode::ServerTrust));
+                EXPECT_EQ(server->requests(), 0);
+            }
         }
     }
 }

@@ -89,7 +89,7 @@ TEST_F(FaultsAtService, AStalledAnswerTimesOutWhereverItStalls) {
     }
 }
 
-TEST_F(FaultsAtService, AConnectionThatBreaksOffIsAnErrorWhereverItBreaks) {
+TEST_F(FaultsAtService, AConnectionThatBreaksOffOrTalksNoHTTPIsAnErrorWhereverItDoes) {
     for (const auto& [endpoint, bytes] : callsWithLengths()) {
         for (int at = 0; at < bytes; at += at < 20 ? 3 : 11) {
             for (const Json& action :
@@ -100,9 +100,6 @@ TEST_F(FaultsAtService, AConnectionThatBreaksOffIsAnErrorWhereverItBreaks) {
             }
         }
     }
-}
-
-TEST_F(FaultsAtService, AnAnswerThatIsNoHTTPIsAnError) {
     for (const int bytes : {1, 2, 17, 100, 500, 20000}) {
         const Error error = failedBy({{"type", "garbage"}, {"bytes", bytes}}, acting);
         EXPECT_EQ(error.domain(), HTTPErrorDomain) << error.description();
@@ -120,35 +117,13 @@ TEST_F(FaultsAtService, AnswersThatAreNoEnvelopeAreErrors) {
         EXPECT_EQ(error.code(), -1) << body;
     }
     // A status is judged by its body.
-    const Error error = failedBy({{"type", "status"}, {"status", 503}, {"body", "{}"}}, reading);
-    EXPECT_EQ(error.localizedDescription(), "Malformed data section in response");
-}
-
-TEST_F(FaultsAtService, AServiceErrorComesThroughWithItsCode) {
+    EXPECT_EQ(failedBy({{"type", "status"}, {"status", 503}, {"body", "{}"}}, reading)
+                  .localizedDescription(),
+              "Malformed data section in response");
     const Error error =
         failedBy({{"type", "error"}, {"code", 612}, {"message", "not today"}}, reading);
     EXPECT_EQ(error.code(), 612);
     EXPECT_EQ(error.localizedDescription(), "not today");
-}
-
-TEST_F(FaultsAtService, ACancelledCallEndsAtOnce) {
-    service.addFault({{"match", {{"path", "/timelines/*"}}},
-                      {"action", {{"type", "delay"}, {"milliseconds", 60000}}}});
-    std::optional<Error> error;
-    const auto slow = Endpoint::create(session);
-    slow->setPath("timelines/all");
-    const auto handle = slow->request(
-        [&](std::optional<std::string>, std::optional<Error> sent) { error = std::move(sent); });
-    EXPECT_TRUE(runUntil([&] { return service.faults().back().at("fired") == 1; }));
-    handle->cancel();
-    ASSERT_TRUE(runUntil([&] { return error.has_value(); }));
-    EXPECT_TRUE(isHTTPError(*error, HTTPErrorCode::Cancelled));
-    EXPECT_FALSE(call(reading));
-}
-
-TEST_F(FaultsAtService, AServiceThatIsNotThereIsAnError) {
-    delegate->host = "localhost:1";
-    EXPECT_TRUE(isHTTPError(*call(reading), HTTPErrorCode::CannotConnect));
 }
 
 } // namespace KeloAPI::testing
