@@ -10,7 +10,7 @@
 
 #include <csignal>
 
-namespace KeloAPI {
+namespace KeloAPI::testing {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
@@ -27,7 +27,7 @@ TEST(AbandonedDownloads, KnowsTheNamesItGives) {
 }
 
 TEST(AbandonedDownloads, GoAtTheFirstDownloadBesideThem) {
-    const testing::TemporaryFolder folder;
+    const TemporaryFolder folder;
     folder.write(AbandonedDownloads::temporaryName(), "half");
     folder.write("video", "whole");
     { const DownloadFile file(folder.path("other")); }
@@ -39,7 +39,7 @@ TEST(AbandonedDownloads, GoAtTheFirstDownloadBesideThem) {
 }
 
 TEST(AbandonedDownloads, StayAsLongAsTheirProcessLives) {
-    const testing::TemporaryFolder folder;
+    const TemporaryFolder folder;
     int ready[2];
     ASSERT_EQ(pipe(ready), 0);
     const pid_t child = fork();
@@ -66,7 +66,7 @@ TEST(AbandonedDownloads, StayAsLongAsTheirProcessLives) {
 }
 
 TEST(AbandonedDownloads, AreNotThoseOfThisProcess) {
-    const testing::TemporaryFolder folder;
+    const TemporaryFolder folder;
     DownloadFile file(folder.path("video"));
     EXPECT_TRUE(file.append("whole"));
     AbandonedDownloads::clear(folder.path() + "/./");
@@ -75,7 +75,7 @@ TEST(AbandonedDownloads, AreNotThoseOfThisProcess) {
 }
 
 TEST(AbandonedDownloads, AreMadeAnewWhereTheyWereTakenBeforeTheirLock) {
-    const testing::TemporaryFolder folder;
+    const TemporaryFolder folder;
     const pid_t child = fork();
     if (child == 0) {
         for (int i = 0; i < 1'000; ++i) {
@@ -97,7 +97,7 @@ TEST(AbandonedDownloads, AreMadeAnewWhereTheyWereTakenBeforeTheirLock) {
 }
 
 TEST(AbandonedDownloads, AreClearedOnceTheirFolderIsThere) {
-    const testing::TemporaryFolder folder;
+    const TemporaryFolder folder;
     const std::string later = folder.path("later");
     EXPECT_FALSE(AbandonedDownloads::clear(later));
     AbandonedDownloads::clearOnce(later);
@@ -107,4 +107,4 @@ TEST(AbandonedDownloads, AreClearedOnceTheirFolderIsThere) {
     EXPECT_TRUE(std::filesystem::is_empty(later));
 }
 
-} // namespace KeloAPI
+} // namespace KeloAPI::testing

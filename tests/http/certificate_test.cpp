@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace KeloAPI {
+namespace KeloAPI::testing {
 
 namespace {
 
@@ -102,4 +102,4 @@ TEST(CertificateTest, RefusesBytesThatAreNone) {
     EXPECT_FALSE(Certificate::fromPEM(first().pem().substr(0, 200)));
 }
 
-} // namespace KeloAPI
+} // namespace KeloAPI::testing

@@ -10,22 +10,26 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstring>
 
-namespace KeloAPI {
+namespace KeloAPI::testing {
 
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::MatchesRegex;
 
 class DownloadFileTest : public ::testing::Test {
 protected:
-    static void expectCannotWrite(const DownloadFile& file) {
+    void expectCannotWrite(const DownloadFile& file, const char* name, int reason) const {
         ASSERT_TRUE(file.error());
         EXPECT_TRUE(isHTTPError(*file.error(), HTTPErrorCode::CannotWriteFile));
+        EXPECT_THAT(file.error()->localizedDescription(), HasSubstr(folder.path(name)));
         ASSERT_TRUE(file.error()->underlying());
-        EXPECT_NE(file.error()->underlying()->code(), 0) << "the system's reason";
+        EXPECT_EQ(file.error()->underlying()->code(), reason);
+        EXPECT_EQ(file.error()->underlying()->localizedDescription(), std::strerror(reason));
     }
 
-    testing::TemporaryFolder folder;
+    TemporaryFolder folder;
 };
 
 TEST_F(DownloadFileTest, TakesItsPlaceOnCommitOnly) {
@@ -98,7 +102,7 @@ TEST_F(DownloadFileTest, CannotBeWrittenIntoAFolderWithoutRights) {
             const bool bound =
                 chmod(folder.path("").c_str(), 0500) == 0 && (geteuid() != 0 || setuid(65534) == 0);
             DownloadFile file(folder.path("video"));
-            expectCannotWrite(file);
+            expectCannotWrite(file, "video", EACCES);
             exit(bound && !file.append("x") && !HasFailure() ? 0 : 1);
         },
         ::testing::ExitedWithCode(0), "");
@@ -106,13 +110,18 @@ TEST_F(DownloadFileTest, CannotBeWrittenIntoAFolderWithoutRights) {
     EXPECT_EQ(folder.read("video"), "old");
 }
 
-TEST_F(DownloadFileTest, CannotBeCommittedWhenItsFolderHasGone) {
+TEST_F(DownloadFileTest, CannotBeCommittedWhenItsFolderHasGoneOrIsNone) {
     ASSERT_EQ(mkdir(folder.path("sub").c_str(), 0700), 0);
     DownloadFile file(folder.path("sub/video"));
     EXPECT_TRUE(file.append("x"));
     std::filesystem::remove_all(folder.path("sub"));
     EXPECT_FALSE(file.commit());
-    expectCannotWrite(file);
+    expectCannotWrite(file, "sub/video", ENOENT);
+    folder.write("regular", "file");
+    expectCannotWrite(DownloadFile(folder.path("missing/video")), "missing/video", ENOENT);
+    expectCannotWrite(DownloadFile(folder.path("regular/video")), "regular/video", ENOTDIR);
+    EXPECT_THAT(folder.names(), ElementsAre("regular"));
+    EXPECT_EQ(folder.read("regular"), "file");
 }
 
 TEST_F(DownloadFileTest, ReplacesALinkAndNotWhatItPointsTo) {
@@ -139,7 +148,7 @@ TEST_F(DownloadFileTest, SaysWhenTheDiskIsFull) {
             {
                 DownloadFile file(folder.path("video"));
                 const bool taken = file.append(std::string(1'000'000, 'x'));
-                expectCannotWrite(file);
+                expectCannotWrite(file, "video", EFBIG);
                 told = !taken && !file.append("x") && !file.commit();
             }
             const bool asItWas = folder.read("video") == "old" &&
@@ -149,4 +158,4 @@ TEST_F(DownloadFileTest, SaysWhenTheDiskIsFull) {
         ::testing::ExitedWithCode(0), "");
 }
 
-} // namespace KeloAPI
+} // namespace KeloAPI::testing

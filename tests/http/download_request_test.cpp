@@ -11,25 +11,23 @@
 #include <chrono>
 #include <semaphore>
 
-namespace KeloAPI {
+namespace KeloAPI::testing {
 
 using ::testing::ElementsAre;
-using testing::FixedRequest;
 using ::testing::IsEmpty;
-using testing::runUntil;
 
 class DownloadRequestTest : public ::testing::Test {
 protected:
-    void start() { start(URL::fileURL(folder.path("video"))); }
-    void start(const URL& destination) {
-        listenTo(manager.download(FixedRequest(), [=, this](const HTTPResponse& response) {
+    /// How the destination is told: when the head is there, or beforehand.
+    enum class Way { Chosen, Known };
+
+    void start(const URL& destination, Way way = Way::Chosen) {
+        const auto choose = [=, this](const HTTPResponse& response) {
             statusSeen = response.statusCode;
             return destination;
-        }));
-    }
-    /// To a destination that is known beforehand.
-    void startTo(const URL& destination) {
-        listenTo(manager.download(FixedRequest(), destination));
+        };
+        listenTo(way == Way::Chosen ? manager.download(FixedRequest(), choose)
+                                    : manager.download(FixedRequest(), destination));
     }
     void listenTo(std::shared_ptr<Request> started) {
         request = std::move(started);
@@ -46,9 +44,6 @@ protected:
             };
         });
     }
-    /// How the destination is told: when the head is there, or beforehand.
-    enum class Way { Chosen, Known };
-
     struct Ending {
         URL destination;
         /// Absent where no head comes.
@@ -66,7 +61,7 @@ protected:
         folder.write("video", "old");
         ended = false;
         statusSeen.reset();
-        way == Way::Chosen ? start(ending.destination) : startTo(ending.destination);
+        start(ending.destination, way);
         const auto error = answerAndEnd(ending);
         ASSERT_EQ(error.has_value(), ending.expected.has_value());
         if (error) {
@@ -94,13 +89,8 @@ protected:
                                    ending.destination.path() != folder.path("taken");
             EXPECT_EQ(wanted, ending.body.empty() || !isRefused);
         }
-        if (!wanted) {
-            transport->complete(httpError(HTTPErrorCode::Unknown, "the receiver gave up"));
-        } else if (ending.error) {
-            transport->complete(httpError(*ending.error, "ended"));
-        } else {
-            transport->complete();
-        }
+        const auto code = wanted ? ending.error : HTTPErrorCode::Unknown;
+        transport->complete(code ? std::optional(httpError(*code, "ended")) : std::nullopt);
         const auto error = end();
         for (const auto& report : progress) {
             EXPECT_THAT(report, ElementsAre(ending.body.size(), ending.body.size(), -1));
@@ -114,9 +104,9 @@ protected:
         return outcome;
     }
 
-    testing::TemporaryFolder folder;
-    std::shared_ptr<testing::ManualTransport> transport =
-        std::make_shared<testing::ManualTransport>();
+    TemporaryFolder folder;
+    const URL video = URL::fileURL(folder.path("video"));
+    std::shared_ptr<ManualTransport> transport = std::make_shared<ManualTransport>();
     Manager manager{transport};
     std::shared_ptr<Request> request;
     std::vector<std::vector<std::int64_t>> progress;
@@ -127,7 +117,7 @@ protected:
 };
 
 TEST_F(DownloadRequestTest, BecomesAFileWhereItIsChosenWithTheAnswer) {
-    start();
+    start(video);
     transport->sent(10, 10); // which is not reported
     EXPECT_THAT(folder.names(), IsEmpty());
     EXPECT_FALSE(statusSeen);
@@ -146,7 +136,6 @@ TEST_F(DownloadRequestTest, BecomesAFileWhereItIsChosenWithTheAnswer) {
 TEST_F(DownloadRequestTest, EndsAsItsAnswerAndItsDestinationSay) {
     using enum HTTPErrorCode;
     std::filesystem::create_directory(folder.path("taken"));
-    const URL video = URL::fileURL(folder.path("video"));
     const URL folderItself = URL::fileURL(folder.path("taken"));
     std::vector<Ending> table = {
         {video, 200, "abcdef", {}, {}},
@@ -181,7 +170,7 @@ TEST_F(DownloadRequestTest, EndsAsItsAnswerAndItsDestinationSay) {
 TEST_F(DownloadRequestTest, APartThatWasAskedForBecomesTheFile) {
     FixedRequest part;
     part.request.headerFields["range"] = "bytes=2-4";
-    listenTo(manager.download(part, URL::fileURL(folder.path("video"))));
+    listenTo(manager.download(part, video));
     transport->answer("cde", 206);
     EXPECT_EQ(end(), std::nullopt);
     EXPECT_EQ(folder.read("video"), "cde");
@@ -191,13 +180,12 @@ TEST_F(DownloadRequestTest, IsSettledWhileTheResponseQueueIsBusy) {
     std::binary_semaphore parsed{0};
     bool heard = false;
     manager.request(FixedRequest())->response([&](const ResponseContent&, Timeline) {
-        EXPECT_TRUE(parsed.try_acquire_for(std::chrono::seconds(20)));
+        EXPECT_TRUE(parsed.try_acquire_for(timeLimit));
         return [&heard] { heard = true; };
     });
     transport->complete();
 
-    request = manager.download(
-        FixedRequest(), [this](const HTTPResponse&) { return URL::fileURL(folder.path("video")); });
+    request = manager.download(FixedRequest(), video);
     std::vector<int> order;
     const auto note = [&order](int number) {
         return [&order, number](const ResponseContent&, Timeline) -> Request::Completion {
@@ -221,13 +209,11 @@ TEST_F(DownloadRequestTest, IsSettledWhileTheResponseQueueIsBusy) {
 TEST_F(DownloadRequestTest, LetsTheDestinationsChooserGo) {
     auto token = std::make_shared<int>(1);
     const std::weak_ptr<int> watch = token;
-    const auto download =
-        manager.download(FixedRequest(), [token = std::move(token), this](const HTTPResponse&) {
-            return URL::fileURL(folder.path("video"));
-        });
+    const auto download = manager.download(
+        FixedRequest(), [token = std::move(token), this](const HTTPResponse&) { return video; });
     transport->head(200);
     transport->complete();
     EXPECT_TRUE(runUntil([&] { return watch.expired(); }));
 }
 
-} // namespace KeloAPI
+} // namespace KeloAPI::testing

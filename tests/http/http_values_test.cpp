@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace KeloAPI {
+namespace KeloAPI::testing {
 
 using namespace std::chrono_literals;
 
@@ -70,4 +70,4 @@ TEST(TimelineTest, HasTheDurationsBetweenItsInstants) {
     EXPECT_EQ(timeline.totalDuration(), 9s);
 }
 
-} // namespace KeloAPI
+} // namespace KeloAPI::testing

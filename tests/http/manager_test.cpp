@@ -1,5 +1,4 @@
 #include "support/HeardAnswers.hpp"
-#include "support/MainLoop.hpp"
 #include "support/ManualTransport.hpp"
 #include "support/Words.hpp"
 
@@ -9,18 +8,16 @@
 
 #include <gtest/gtest.h>
 
-namespace KeloAPI {
+namespace KeloAPI::testing {
 
 using fakes::ScriptedAnswer;
 using fakes::ScriptedTransport;
-using testing::FixedRequest;
-using testing::runUntil;
 using namespace std::string_view_literals;
 
 class ManagerTest : public ::testing::Test {
 protected:
     std::shared_ptr<ScriptedTransport> transport = std::make_shared<ScriptedTransport>();
-    testing::HeardAnswers answers;
+    HeardAnswers answers;
 };
 
 TEST_F(ManagerTest, WhatMustNotBeSentEndsWithAnErrorAndIsNotSent) {
@@ -31,7 +28,7 @@ TEST_F(ManagerTest, WhatMustNotBeSentEndsWithAnErrorAndIsNotSent) {
     };
     std::vector<std::pair<FixedRequest, HTTPErrorCode>> table;
     table.emplace_back("", HTTPErrorCode::UnsupportedURL);
-    for (const std::string& url : testing::wordsOf(R"(
+    for (const std::string& url : wordsOf(R"(
              file:///etc/passwd ftp://h/x //h/x users/me http: http:///x gopher://h/ https:a
              https://?x https://u:p@ https://127.1/ https://local%68ost/)")) {
         ASSERT_TRUE(URL::parse(url)) << url;
@@ -190,7 +187,7 @@ TEST_F(ManagerMemoryTest, LargeAnswersHaveALimitForAllOfThem) {
 }
 
 TEST_F(ManagerMemoryTest, AnAnswerThatFailsIsNotKept) {
-    const auto manual = std::make_shared<testing::ManualTransport>();
+    const auto manual = std::make_shared<ManualTransport>();
     Manager manager(manual);
     // One whose connection is lost, one that is refused for being too large.
     for (const bool refused : {false, true}) {
@@ -206,4 +203,4 @@ TEST_F(ManagerMemoryTest, AnAnswerThatFailsIsNotKept) {
     }
 }
 
-} // namespace KeloAPI
+} // namespace KeloAPI::testing

@@ -8,7 +8,7 @@
 #include <limits>
 #include <tuple>
 
-namespace KeloAPI {
+namespace KeloAPI::testing {
 
 namespace {
 
@@ -128,7 +128,7 @@ TEST(JSONEncodingTest, WritesEveryKindOfValue) {
 TEST(JSONEncodingTest, DoublesRoundTrip) {
     double value = 1.0 / 3;
     for (int i = 0; i < 200; ++i) {
-        const testing::JsonText text(jsonOf(value).value());
+        const JsonText text(jsonOf(value).value());
         EXPECT_EQ(text.root().real(), value);
         value *= -17.9;
     }
@@ -166,4 +166,4 @@ TEST(ParameterEncodingTest, MayBeTheCallersOwn) {
     EXPECT_NE(own, ParameterEncoding::URL);
 }
 
-} // namespace KeloAPI
+} // namespace KeloAPI::testing

@@ -1,5 +1,4 @@
 #include "support/HeardAnswers.hpp"
-#include "support/MainLoop.hpp"
 #include "support/ManualTransport.hpp"
 
 #include <KeloAPI/http/Manager.hpp>
@@ -12,12 +11,10 @@
 #include <semaphore>
 #include <thread>
 
-namespace KeloAPI {
+namespace KeloAPI::testing {
 
 using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
-using testing::FixedRequest;
-using testing::runUntil;
 
 class RequestTest : public ::testing::Test {
 protected:
@@ -48,10 +45,9 @@ protected:
         EXPECT_TRUE(runUntil([&] { return settled; }));
     }
 
-    std::shared_ptr<testing::ManualTransport> transport =
-        std::make_shared<testing::ManualTransport>();
+    std::shared_ptr<ManualTransport> transport = std::make_shared<ManualTransport>();
     Manager manager{transport};
-    testing::HeardAnswers answers;
+    HeardAnswers answers;
     std::vector<Report> progress;
     const std::thread::id mainThread = std::this_thread::get_id();
 };
@@ -74,7 +70,7 @@ TEST_F(RequestTest, DeliversTheAnswerOnceToEachHandlerOnTheMainQueue) {
     EXPECT_EQ(answers.size(), 1U);
     settle(*request);
     ASSERT_EQ(answers.size(), 2U) << "a handler that comes late is served all the same";
-    for (const testing::HeardAnswer& heard : answers) {
+    for (const HeardAnswer& heard : answers) {
         EXPECT_EQ(heard.body, "hello");
         EXPECT_EQ(heard.status, 404) << "a status is no error here";
         EXPECT_FALSE(heard.error);
@@ -109,7 +105,7 @@ TEST_F(RequestTest, SerializersOfOneManagerShareOneThread) {
         transport->complete();
     }
     ASSERT_TRUE(answers.waitFor(10));
-    for (const testing::HeardAnswer& heard : answers) {
+    for (const HeardAnswer& heard : answers) {
         EXPECT_EQ(heard.serializedOn, answers[0].serializedOn);
         EXPECT_EQ(heard.completedOn, mainThread);
     }
@@ -337,4 +333,4 @@ TEST_F(RequestTest, HandlersMayBeAttachedFromAnyThreadAtAnyTime) {
     EXPECT_EQ(served, count);
 }
 
-} // namespace KeloAPI
+} // namespace KeloAPI::testing

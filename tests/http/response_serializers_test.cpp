@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace KeloAPI {
+namespace KeloAPI::testing {
 
 namespace {
 
@@ -86,4 +86,4 @@ TEST(ResponseSerializersTest, TextIsConvertedFromTheCharacterSetThatIsNamed) {
     }
 }
 
-} // namespace KeloAPI
+} // namespace KeloAPI::testing

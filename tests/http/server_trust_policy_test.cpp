@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace KeloAPI {
+namespace KeloAPI::testing {
 
 namespace {
 
@@ -73,4 +73,4 @@ TEST(ServerTrustPolicyTest, EveryHostHasItsOwn) {
     EXPECT_EQ(pinsAt(manager, "c"), -1);
 }
 
-} // namespace KeloAPI
+} // namespace KeloAPI::testing

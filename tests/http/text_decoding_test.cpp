@@ -4,7 +4,7 @@
 
 #include <tuple>
 
-namespace KeloAPI {
+namespace KeloAPI::testing {
 
 using namespace std::string_view_literals;
 
@@ -85,4 +85,4 @@ TEST(TextDecodingTest, RefusesSetsItDoesNotKnowAndOptions) {
     }
 }
 
-} // namespace KeloAPI
+} // namespace KeloAPI::testing
