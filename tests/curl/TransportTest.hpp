@@ -78,8 +78,10 @@ protected:
     }
 
     /// Sends and waits for the end.
-    static Observer send(Transport& transport, const URLRequest& request) {
-        auto observer = start(transport, request);
+    static Observer send(Transport& transport, const URLRequest& request,
+                         Observer observer = std::make_shared<RecordingObserver>(),
+                         TransferKind kind = TransferKind::Call) {
+        transport.start(request, observer, kind);
         EXPECT_TRUE(observer->wait()) << request.description() << " did not complete";
         EXPECT_EQ(observer->completions, 1);
         EXPECT_EQ(observer->callsAfterEnd, 0);

@@ -7,8 +7,6 @@
 namespace KeloAPI::testing {
 namespace {
 
-constexpr const char* begunResponse = "HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nsome";
-
 class CancellationTest : public TransportTest {
 protected:
     /// A cancellation that came late would find the request timed out.
@@ -33,11 +31,7 @@ protected:
         reached.release();
         connection.waitForClose();
     }};
-    RawServer beginning{[](RawConnection& connection) {
-        connection.readRequest();
-        connection.write(begunResponse);
-        connection.waitForClose();
-    }};
+    RawServer beginning{answeringAndWaiting("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nsome")};
     RawServer quick{answeringAll(okResponse())};
     std::shared_ptr<CurlTransport> transport = unpinned();
     Observer observer = std::make_shared<RecordingObserver>();
@@ -128,18 +122,22 @@ TEST_F(CancellationTest, ByTheTransportsEnd) {
 }
 
 TEST_F(CancellationTest, ByTheTransportsEndInsideACallback) {
-    const auto waiting = start(*transport, get(silent.url("/")));
-    ASSERT_TRUE(reached.try_acquire_for(timeLimit));
-    std::binary_semaphore given{0};
-    observer->onComplete = [&] {
-        given.acquire();
-        transport.reset();
-    };
-    transport->start(get(quick.url("/")), observer);
-    given.release();
-    ASSERT_TRUE(observer->wait());
-    EXPECT_FALSE(observer->error);
-    expectCancelled(waiting);
+    for (const bool isLast : {false, true}) {
+        transport = unpinned();
+        const auto waiting = start(*transport, get(silent.url("/")));
+        ASSERT_TRUE(reached.try_acquire_for(timeLimit));
+        std::binary_semaphore given{0};
+        observer = std::make_shared<RecordingObserver>();
+        (isLast ? observer->onComplete : observer->onResponse) = [&] {
+            given.acquire();
+            transport.reset();
+        };
+        transport->start(get(isLast ? quick.url("/") : beginning.url("/")), observer);
+        given.release();
+        ASSERT_TRUE(observer->wait());
+        EXPECT_TRUE(isLast ? succeeded(observer) : failedWith(observer, HTTPErrorCode::Cancelled));
+        expectCancelled(waiting);
+    }
 }
 
 TEST_F(CancellationTest, ManyFromManyThreads) {

@@ -165,15 +165,11 @@ TEST_F(ResponseTest, AConnectionThatBreaksOffIsLost) {
 }
 
 TEST_F(ResponseTest, AReceiverThatGivesUpEndsTheExchange) {
-    RawServer server([](RawConnection& connection) {
-        connection.readRequest();
-        connection.write("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nsome");
-        connection.waitForClose();
-    });
-    auto observer = std::make_shared<RecordingObserver>();
+    const RawServer server(
+        answeringAndWaiting("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nsome"));
+    const auto observer = std::make_shared<RecordingObserver>();
     observer->onData = [] { return false; };
-    transport->start(get(server.url("/")), observer);
-    ASSERT_TRUE(observer->wait());
+    send(*transport, get(server.url("/")), observer);
     EXPECT_TRUE(failedWith(observer, HTTPErrorCode::Unknown));
     EXPECT_EQ(observer->error->localizedDescription(), "the receiver gave up");
 }

@@ -94,34 +94,33 @@ protected:
         expect(!error, error ? error->description() : "");
     }
 
+    /// What is asked for fails in the shortage and succeeds after it.
+    template <class Shortage>
+    static void expectShortageOnly(const std::function<std::shared_ptr<Request>()>& ask) {
+        {
+            const Shortage shortage;
+            expectOutOfResources(ask());
+        }
+        expectNone(ask());
+    }
+
     std::unique_ptr<RawServer> server;
     std::unique_ptr<Manager> manager;
 };
 
 TEST_F(ShortageDeathTest, NoThreadForTheResponse) {
-    inProcessOfItsOwn([this] {
-        {
-            const NoRoomForAThread shortage;
-            expectOutOfResources(small());
-        }
-        expectNone(small());
-    });
+    inProcessOfItsOwn([this] { expectShortageOnly<NoRoomForAThread>([this] { return small(); }); });
 }
 
 TEST_F(ShortageDeathTest, NoThreadForTheNetwork) {
     inProcessOfItsOwn([this] {
         expectNone(small());
         const TemporaryFolder folder;
-        const auto download = [&] {
+        // That of the responses is there, that of the downloads is not.
+        expectShortageOnly<NoRoomForAThread>([&] {
             return manager->download(FixedRequest(server->url("/")),
                                      URL::fileURL(folder.path("video")));
-        };
-        {
-            // That of the responses is there, that of the downloads is not.
-            const NoRoomForAThread shortage;
-            expectOutOfResources(download());
-        }
-        expectNone(download());
+        });
         expect(folder.read("video") == "small", "the file is there");
     });
 }
@@ -143,16 +142,9 @@ TEST_F(ShortageDeathTest, NoThreadForTheNetworkIsNotToldInsideTheStart) {
 TEST_F(ShortageDeathTest, NoDescriptor) {
     inProcessOfItsOwn([this] {
         RawServer other(answeringAll(okResponse()));
-        {
-            const NoDescriptors shortage; // for the network's thread
-            expectOutOfResources(small());
-        }
-        expectNone(small());
-        {
-            const NoDescriptors shortage; // for a second connection
-            expectOutOfResources(asked(other.url("/")));
-        }
-        expectNone(asked(other.url("/")));
+        // For the network's thread, and for a second connection.
+        expectShortageOnly<NoDescriptors>([this] { return small(); });
+        expectShortageOnly<NoDescriptors>([&] { return asked(other.url("/")); });
     });
 }
 

@@ -70,9 +70,8 @@ TEST_F(TrustTest, APinnedHostIsJudgedByItsPinsAloneAndAllOthersByTheSystem) {
         }
         const auto transport = pinning(each.pinnedHost, pins);
         for (const TransferKind kind : {TransferKind::Call, TransferKind::Download}) {
-            const auto heard = std::make_shared<RecordingObserver>();
-            transport->start(get(server->secureUrl("/")), heard, kind);
-            ASSERT_TRUE(heard->wait());
+            const auto heard = send(*transport, get(server->secureUrl("/")),
+                                    std::make_shared<RecordingObserver>(), kind);
             EXPECT_NE(heard->thread, std::this_thread::get_id());
             if (each.isAccepted) {
                 EXPECT_TRUE(succeeded(heard));

@@ -11,9 +11,6 @@
 #include <openssl/evp.h>
 
 #include <cstdint>
-#include <memory>
-#include <optional>
-#include <string>
 
 namespace KeloAPI::testing {
 

@@ -21,14 +21,17 @@ protected:
     using Fields = std::vector<std::pair<std::string, std::string>>;
     using Note = std::function<void(const std::optional<Error>&)>;
 
+    using Counts = std::array<std::size_t, 2>;
+    using Send = std::function<void(const Note&)>;
+
     struct Call {
         std::string method;
         std::string path;
         std::string body = {};
-        std::function<void(const Note&)> send;
+        Send send;
         /// What the stand-in keeps of it, and how many after the first and after the second time.
         const char* kind = nullptr;
-        std::array<std::size_t, 2> kept{};
+        Counts kept{};
         /// Prepares it, and gives the end of its path.
         std::function<std::string()> before = [] { return ""; };
         /// It needs no session: the stand-in has to be told to refuse it.
@@ -46,111 +49,88 @@ protected:
         };
     }
 
-    Call like(bool on, std::array<std::size_t, 2> kept, std::function<std::string()> before) {
-        return {on ? "POST" : "DELETE",
-                "/posts/" + *post->postId + "/likes",
-                "",
-                [this, on](const Note& note) {
-                    LikeActionEndpoint::create(post)->toggle(
-                        on, noting<PostActionResult<KLLike>>(note));
-                },
-                "likes",
-                kept,
-                std::move(before)};
+    static Call posting(std::string path, std::string body, const char* kind, Counts kept,
+                        Send send) {
+        return {"POST", std::move(path), std::move(body), std::move(send), kind, kept};
     }
-    Call rekelo(bool on, std::array<std::size_t, 2> kept, std::function<std::string()> before) {
-        return {on ? "POST" : "DELETE",
-                "/posts/" + *post->postId + "/repost",
-                "",
-                [this, on](const Note& note) {
-                    RekeloActionEndpoint::create(post)->toggle(
-                        on, noting<PostActionResult<KLRekelo>>(note));
-                },
-                "reposts",
-                kept,
-                std::move(before)};
+    static Call getting(std::string path, bool isOpen, Send send) {
+        return {
+            .method = "GET", .path = std::move(path), .send = std::move(send), .isOpen = isOpen};
     }
-    static Call follow(bool on, std::array<std::size_t, 2> kept) {
-        return {"POST",
-                std::string("/users/1002/") + (on ? "follow" : "unfollow") + "-on-twitter",
-                "",
-                [on](const Note& note) {
-                    UserEndpoint::create("1002")->setFollowingOnTwitter(on,
-                                                                        noting<UserResult>(note));
-                },
-                "follows",
-                kept};
+    template <class E, class Item>
+    Call taking(const char* path, const char* kind, bool on) {
+        Call call = posting("/posts/" + *post->postId + path, "", kind, {1, 1},
+                            [this, on](const Note& note) {
+                                E::create(post)->toggle(on, noting<PostActionResult<Item>>(note));
+                            });
+        if (!on) {
+            call.method = "DELETE";
+            call.kept = {};
+        }
+        return call;
+    }
+    static Call following(const char* path, bool on, Counts kept) {
+        return posting(path, "", "follows", kept, [on](const Note& note) {
+            UserEndpoint::create("1002")->setFollowingOnTwitter(on, noting<UserResult>(note));
+        });
     }
 
     std::vector<Call> calls() {
-        const auto nothing = [] { return ""; };
+        Call unlike = taking<LikeActionEndpoint, KLLike>("/likes", "likes", false);
+        unlike.before = [this] {
+            toggled(LikeActionEndpoint::create(post), true);
+            return "";
+        };
+        Call unrekelo = taking<RekeloActionEndpoint, KLRekelo>("/repost", "reposts", false);
+        unrekelo.before = [this] {
+            toggled(RekeloActionEndpoint::create(post), true);
+            post = again(*post);
+            return "/" + *post->currentUserRekelo->rekeloId;
+        };
         return {
-            like(true, {1, 1}, nothing),
-            like(false, {0, 0},
-                 [this] {
-                     toggled(LikeActionEndpoint::create(post), true);
-                     return "";
-                 }),
-            rekelo(true, {1, 1}, nothing),
-            rekelo(false, {0, 0},
-                   [this] {
-                       toggled(RekeloActionEndpoint::create(post), true);
-                       post = again(*post);
-                       return "/" + *post->currentUserRekelo->rekeloId;
-                   }),
-            follow(true, {1, 1}),
+            taking<LikeActionEndpoint, KLLike>("/likes", "likes", true),
+            unlike,
+            taking<RekeloActionEndpoint, KLRekelo>("/repost", "reposts", true),
+            unrekelo,
+            following("/users/1002/follow-on-twitter", true, {1, 1}),
             // The second time nobody is there to be unfollowed, which is a success.
-            follow(false, {0, 0}),
-            {"POST",
-             "/recommendations/feedback/users/1003",
-             R"({"recommendationBoost":"neutral"})",
-             [](const Note& note) {
-                 RecommendationsEndpoint::create()->addUserFeedback(
-                     "1003", RecommendationBoost::Neutral, noting<RecommendationResult>(note));
-             },
-             "feedback",
-             {1, 2}},
-            {"POST",
-             "/recommendations/feedback/posts/" + *post->postId,
-             R"({"recommendationBoost":"negative"})",
-             [this](const Note& note) {
-                 RecommendationsEndpoint::create()->addPostFeedback(
-                     *post->postId, RecommendationBoost::Negative,
-                     noting<RecommendationResult>(note));
-             },
-             "feedback",
-             {3, 4}},
-            {"POST",
-             "/longforms/lf-unseen/views",
-             dated,
-             [](const Note& note) { LongformViewsEndpoint::create(longformId)->submitView(note); },
-             "views",
-             {1, 2}},
-            {.method = "GET",
-             .path = "/longforms/lf-unseen/views",
-             .send =
-                 [](const Note& note) {
-                     LongformViewsEndpoint::create(longformId)
-                         ->fetchViews([note](const auto& views, const auto& error) {
-                             EXPECT_EQ(views == nullptr, error.has_value());
-                             note(error);
-                         });
-                 },
-             .isOpen = true},
-            {.method = "GET",
-             .path = "/soundboard",
-             .send =
-                 [this](const Note& note) {
-                     SoundboardEndpoint::create(session)->fetchSounds(
-                         [note](const auto& sounds, const auto& error) {
-                             EXPECT_EQ(sounds.empty(), error.has_value());
-                             note(error);
-                         });
-                 },
-             .isOpen = true},
-            {.method = "GET",
-             .path = "/users/me",
-             .send = [](const Note& note) { MeEndpoint::create()->get(noting<MeResult>(note)); }},
+            following("/users/1002/unfollow-on-twitter", false, {0, 0}),
+            posting("/recommendations/feedback/users/1003", R"({"recommendationBoost":"neutral"})",
+                    "feedback", {1, 2},
+                    [](const Note& note) {
+                        RecommendationsEndpoint::create()->addUserFeedback(
+                            "1003", RecommendationBoost::Neutral,
+                            noting<RecommendationResult>(note));
+                    }),
+            posting("/recommendations/feedback/posts/" + *post->postId,
+                    R"({"recommendationBoost":"negative"})", "feedback", {3, 4},
+                    [this](const Note& note) {
+                        RecommendationsEndpoint::create()->addPostFeedback(
+                            *post->postId, RecommendationBoost::Negative,
+                            noting<RecommendationResult>(note));
+                    }),
+            posting("/longforms/lf-unseen/views", dated, "views", {1, 2},
+                    [](const Note& note) {
+                        LongformViewsEndpoint::create(longformId)->submitView(note);
+                    }),
+            getting("/longforms/lf-unseen/views", true,
+                    [](const Note& note) {
+                        LongformViewsEndpoint::create(longformId)
+                            ->fetchViews([note](const auto& views, const auto& error) {
+                                EXPECT_EQ(views == nullptr, error.has_value());
+                                note(error);
+                            });
+                    }),
+            getting("/soundboard", true,
+                    [this](const Note& note) {
+                        SoundboardEndpoint::create(session)->fetchSounds(
+                            [note](const auto& sounds, const auto& error) {
+                                EXPECT_EQ(sounds.empty(), error.has_value());
+                                note(error);
+                            });
+                    }),
+            getting("/users/me", false,
+                    [](const Note& note) { MeEndpoint::create()->get(noting<MeResult>(note)); }),
         };
     }
 

@@ -64,14 +64,6 @@ TEST_F(ModelsAtService, AChannelWithItsTimeline) {
     const KLChannel& channel = *channels.front();
     EXPECT_EQ(channel.channelId, "3");
     EXPECT_EQ(channel.name, "Animals");
-    EXPECT_EQ(channel.fontColorHex, "FFFFFF");
-    EXPECT_EQ(channel.backgroundColorHex, "7ED321");
-    EXPECT_EQ(channel.channelDescription, "Mostly cats");
-    EXPECT_EQ(channel.vanityPathSuffix, "animals");
-    EXPECT_TRUE(channel.created);
-    EXPECT_TRUE(channel.iconUrl && channel.iconRetinaUrl && channel.exploreIconRetinaUrl);
-    EXPECT_TRUE(channel.showRecent);
-
     ASSERT_NE(channel.timelineData, nullptr);
     EXPECT_EQ(channel.timelineData->count(), 7);
     const auto& metadata = *channel.timelineData->metadata();
@@ -155,7 +147,7 @@ TEST_F(ModelsAtService, BylinesMusicTagsAndEntities) {
     }
 }
 
-TEST_F(ModelsAtService, FeedInsertsAndTheirClosing) {
+TEST_F(ModelsAtService, FeedInserts) {
     std::shared_ptr<KLUrlAction> action;
     const auto readCards = [&](const char* feed) {
         std::vector<std::string> references;
@@ -184,13 +176,6 @@ TEST_F(ModelsAtService, FeedInsertsAndTheirClosing) {
     EXPECT_EQ(action->actionUrl().absoluteString(), "kelo://upload-longform");
     EXPECT_TRUE(action->details() && action->backgroundImage() && action->actionIcon());
     ASSERT_TRUE(action->closeUrlPath());
-
-    const auto closing = Endpoint::create(session);
-    closing->setPath(*action->closeUrlPath());
-    closing->setMethod(Method::POST);
-    EXPECT_FALSE(std::get<1>(awaited<std::optional<std::string>, std::optional<Error>>(
-        [&](auto completion) { closing->request(completion); })));
-    EXPECT_EQ(readCards("home"), std::vector<std::string>{"people-to-follow"});
 }
 
 } // namespace KeloAPI::testing

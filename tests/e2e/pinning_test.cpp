@@ -57,18 +57,6 @@ TEST_F(PinningAtService, TheHostThatASessionHasFirstIsAcceptedAndNoOther) {
     }
 }
 
-TEST_F(PinningAtService, ARedirectOnTheSameHostKeepsTheSession) {
-    service.addFault(
-        {{"match", {{"path", "/users/me"}}},
-         {"action",
-          {{"type", "redirect"}, {"location", "https://" + service.host() + "/users/me"}}}});
-    const auto outcome = get();
-    ASSERT_TRUE(outcome.success()) << outcome.error()->description();
-    const auto requests = service.requests();
-    ASSERT_EQ(requests.size(), 2U);
-    EXPECT_EQ(requests[1].header("kelo-session-id"), StandIn::sessionKey);
-}
-
 TEST_F(PinningAtService, TheSecondCertificateIsPinnedToo) {
     const std::string certificates = KELO_CERTIFICATES_PATH;
     const StandIn rotated({"--certificate", certificates + "/development-2.pem", "--key",

@@ -7,12 +7,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace KeloAPI {
+namespace KeloAPI::testing {
 
 using fakes::ScriptedAnswer;
 using ::testing::ElementsAre;
-using testing::FixedRequest;
-using testing::runUntil;
 
 class ScriptedTransportTest : public ::testing::Test {
 protected:
@@ -106,4 +104,4 @@ TEST_F(ScriptedTransportTest, TheHeadSaysTheBodysLengthOrWhatItIsTold) {
     EXPECT_THAT(lengths, ElementsAre(5, -1));
 }
 
-} // namespace KeloAPI
+} // namespace KeloAPI::testing

@@ -80,6 +80,7 @@ TEST_F(ManagerTest, CancelGivesExactlyOneCompletionAndLeavesTheOthersAlone) {
     for (std::size_t i = 1; i < 10; ++i) {
         EXPECT_FALSE(answers[i].error);
         EXPECT_EQ(answers[i].body, std::to_string(i - 1));
+        EXPECT_EQ(answers[i].serializedOn, answers[0].serializedOn) << "one thread for them all";
     }
 }
 

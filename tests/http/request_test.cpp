@@ -99,18 +99,6 @@ TEST_F(RequestTest, HandlersAreServedInTheOrderTheyWereAttached) {
     EXPECT_THAT(order, ElementsAre(1, 2, 3, 4, 5));
 }
 
-TEST_F(RequestTest, SerializersOfOneManagerShareOneThread) {
-    for (int i = 0; i < 5; ++i) {
-        answers.listenTo(send());
-        transport->complete();
-    }
-    ASSERT_TRUE(answers.waitFor(10));
-    for (const HeardAnswer& heard : answers) {
-        EXPECT_EQ(heard.serializedOn, answers[0].serializedOn);
-        EXPECT_EQ(heard.completedOn, mainThread);
-    }
-}
-
 TEST_F(RequestTest, PassesTheTransportsErrorOn) {
     for (const bool hasHead : {true, false}) {
         answers.clear();

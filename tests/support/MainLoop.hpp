@@ -21,12 +21,6 @@ inline bool runUntil(const std::function<bool()>& done,
     return done();
 }
 
-/// Waits, without running the main queue, for what comes about with no event to wait for; false
-/// when that takes too long.
-inline bool comesAbout(const std::function<bool()>& done) {
-    return eventually(done);
-}
-
 /// Runs the main queue for a while, to see that nothing more comes.
 inline void runFor(std::chrono::milliseconds time) {
     MainQueue::main().runUntil([] { return false; }, time);

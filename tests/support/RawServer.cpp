@@ -189,6 +189,13 @@ RawServer::Handler answeringOnce(std::string response) {
     };
 }
 
+RawServer::Handler answeringAndWaiting(std::string response) {
+    return [answer = answeringOnce(std::move(response))](RawConnection& connection) {
+        answer(connection);
+        connection.waitForClose();
+    };
+}
+
 RawServer::Handler keepingSilent() {
     return [](RawConnection& connection) { connection.waitForClose(); };
 }

@@ -97,6 +97,8 @@ private:
 RawServer::Handler answeringAll(std::string response);
 /// Answers the first request and closes.
 RawServer::Handler answeringOnce(std::string response);
+/// Answers the first request so, and then lets the client wait.
+RawServer::Handler answeringAndWaiting(std::string response);
 /// Lets the client wait.
 RawServer::Handler keepingSilent();
 /// Does not even read, until the server goes.
