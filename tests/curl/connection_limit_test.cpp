@@ -5,7 +5,6 @@
 #include "TransportTest.hpp"
 
 #include <array>
-#include <mutex>
 #include <semaphore>
 #include <set>
 
@@ -22,14 +21,10 @@ protected:
         letAnswer(1000);
     }
 
-    /// Notes the request, and answers it once it may.
+    /// Answers a request once it may.
     void serve(RawConnection& connection, const std::string& redirectedPath = {}) {
         connection.serve([&](const std::string& request) {
             const std::string path = pathOf(request);
-            {
-                const std::lock_guard lock(mutex);
-                paths.push_back(path);
-            }
             reached.release();
             EXPECT_TRUE(answers.try_acquire_for(timeLimit));
             return path == redirectedPath ? "HTTP/1.1 302 Found\r\nLocation: /there\r\n"
@@ -61,13 +56,15 @@ protected:
 
     void letAnswer(int count) { answers.release(count); }
 
-    std::vector<std::string> requested() {
-        const std::lock_guard lock(mutex);
+    /// The paths that were asked for, in their order.
+    static std::vector<std::string> requested(const RawServer& of) {
+        std::vector<std::string> paths;
+        for (const std::string& request : of.received()) {
+            paths.push_back(pathOf(request));
+        }
         return paths;
     }
 
-    std::mutex mutex;
-    std::vector<std::string> paths;
     std::counting_semaphore<> reached{0};
     std::counting_semaphore<> answers{0};
     RawServer server{[this](RawConnection& connection) { serve(connection); }};
@@ -80,11 +77,11 @@ TEST_F(ConnectionLimitTest, SixToAHostCarryAnyNumberOfCallsAndOtherHostsDoNotWai
     const auto observers = start(300);
     awaitRequests(6);
     EXPECT_TRUE(succeeded(send(*transport, get(other.url("/")))));
-    EXPECT_EQ(requested().size(), 6U);
+    EXPECT_EQ(server.requests(), 6);
     letAnswer(300);
     expectAllSucceeded(observers);
     EXPECT_EQ(server.connections(), 6);
-    EXPECT_EQ(requested().size(), 300U);
+    EXPECT_EQ(server.requests(), 300);
 }
 
 TEST_F(ConnectionLimitTest, CallsToAHostThatDoesNotLetConnectHoldUpNoOther) {
@@ -106,7 +103,7 @@ TEST_F(ConnectionLimitTest, IsSetPerTransportAndARedirectedCallKeepsItsTurn) {
     }
     letAnswer(4);
     expectAllSucceeded(observers);
-    EXPECT_EQ(requested(), (std::vector<std::string>{"/0", "/there", "/1", "/2"}))
+    EXPECT_EQ(requested(redirecting), (std::vector<std::string>{"/0", "/there", "/1", "/2"}))
         << "in the order in which they were started";
     EXPECT_EQ(redirecting.connections(), 1);
 }
@@ -128,7 +125,7 @@ TEST_F(ConnectionLimitTest, WaitingCallsAreCancelledAtOnceAndEndWithTheTransport
     transport.reset();
     expectCancelled(2);
     expectCancelled(3);
-    EXPECT_EQ(requested(), (std::vector<std::string>{"/0", "/2"}));
+    EXPECT_EQ(requested(server), (std::vector<std::string>{"/0", "/2"}));
 }
 
 TEST_F(ConnectionLimitTest, ACallThatWaitsForAMuteHostTimesOutUnsent) {
@@ -145,7 +142,7 @@ TEST_F(ConnectionLimitTest, ACallThatWaitsForAMuteHostTimesOutUnsent) {
     const auto third = start(1);
     letAnswer(1);
     expectAllSucceeded(third);
-    EXPECT_EQ(requested().size(), 2U);
+    EXPECT_EQ(server.requests(), 2);
 }
 
 TEST_F(ConnectionLimitTest, TheClockOfACallRunsFromWhenItIsSentAndNotWhileBytesArrive) {

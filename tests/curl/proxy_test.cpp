@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <array>
-#include <mutex>
 
 namespace KeloAPI::testing {
 namespace {
@@ -44,10 +43,6 @@ protected:
     /// Serves CONNECT by a way to the server, and everything else itself.
     void serveProxy(RawConnection& connection) {
         const std::string request = connection.readRequest();
-        {
-            const std::lock_guard lock(_mutex);
-            _seen = request;
-        }
         if (!request.starts_with("CONNECT ")) {
             connection.write(okResponse("by proxy!"));
             return;
@@ -61,19 +56,11 @@ protected:
         ::close(way);
     }
 
-    std::string seen() {
-        const std::lock_guard lock(_mutex);
-        return _seen;
-    }
+    std::string seen() const { return proxy.received().back(); }
 
     TestCertificate leaf = TestCertificate::selfSigned({});
     Certificate other = TestCertificate::authority().certificate();
 
-private:
-    std::mutex _mutex;
-    std::string _seen;
-
-protected:
     RawServer proxy{[this](RawConnection& connection) { serveProxy(connection); }};
 };
 

@@ -4,7 +4,6 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <mutex>
 
 namespace KeloAPI::testing {
 namespace {
@@ -31,22 +30,10 @@ protected:
     /// The request as the server read it.
     std::string wire(const URLRequest& request) {
         EXPECT_TRUE(succeeded(send(*transport, request)));
-        const std::lock_guard lock(_mutex);
-        return _seen;
+        return server.received().back();
     }
 
-private:
-    std::mutex _mutex;
-    std::string _seen;
-
-protected:
-    RawServer server{[this](RawConnection& connection) {
-        connection.serve([this](const std::string& request) {
-            const std::lock_guard lock(_mutex);
-            _seen = request;
-            return okResponse("");
-        });
-    }};
+    RawServer server{answeringAll(okResponse(""))};
     std::shared_ptr<CurlTransport> transport = unpinned();
 };
 

@@ -138,18 +138,11 @@ TEST_F(SettingsTest, AHeadHasALimit) {
     EXPECT_TRUE(succeeded(sendWith({.maxHeadBytes = 3000}, get(server.url("/")))));
 }
 
-TEST(MemorySinkTest, ABodyHasALimitAndSoHaveAllTogether) {
-    const auto refusesMore = [](MemorySink& sink, HTTPErrorCode code) {
-        EXPECT_TRUE(sink.take("0123456789"));
-        EXPECT_FALSE(sink.take("x"));
-        EXPECT_TRUE(isHTTPError(sink.finish({}).value(), code));
-    };
-    MemorySink one(10, 1000);
-    refusesMore(one, HTTPErrorCode::BodyTooLarge);
-    MemorySink first(1000, 1000);
-    EXPECT_TRUE(first.take(std::string(90, 'x')));
-    MemorySink second(1000, 100);
-    refusesMore(second, HTTPErrorCode::OutOfResources);
+TEST(MemorySinkTest, ABodyHasALimit) {
+    MemorySink sink(10, 1000);
+    EXPECT_TRUE(sink.take("0123456789"));
+    EXPECT_FALSE(sink.take("x"));
+    EXPECT_TRUE(isHTTPError(sink.finish({}).value(), HTTPErrorCode::BodyTooLarge));
 }
 
 /// A server that fails so many times before it answers "ok".
@@ -163,7 +156,6 @@ protected:
     void serve(RawConnection& connection) {
         for (std::string request = connection.readRequest(); !request.empty();
              request = connection.readRequest()) {
-            lastRequest = request;
             if (++requests > failures) {
                 connection.write(okResponse());
             } else if (failure.empty()) {
@@ -177,7 +169,6 @@ protected:
     std::string failure = responseOf("503 Busy", "", "busy");
     int failures = 2;
     std::atomic<int> requests = 0;
-    std::string lastRequest;
     RawServer server{[this](RawConnection& connection) { serve(connection); }};
 };
 
@@ -229,7 +220,7 @@ TEST_F(RetryTest, RepeatsWhatMayBeRepeatedInTime) {
         EXPECT_TRUE(succeeded(heard, one.status));
         EXPECT_EQ(heard->body, one.status == 200 ? "ok" : one.status == 503 ? "busy" : "");
         EXPECT_EQ(requests, one.requests);
-        EXPECT_TRUE(lastRequest.ends_with("\r\n\r\nbytes"));
+        EXPECT_TRUE(server.received().back().ends_with("\r\n\r\nbytes"));
     }
 }
 

@@ -34,10 +34,30 @@ std::string pathOf(const std::string& request) {
     return request.substr(begin, request.find(' ', begin) - begin);
 }
 
-RawConnection::RawConnection(int socket, Session session, std::atomic<int>& requests)
+void RequestLog::add(std::string request) {
+    constexpr std::size_t kept = 500;
+    const std::lock_guard lock(_mutex);
+    ++_count;
+    _last.push_back(std::move(request));
+    if (_last.size() > kept) {
+        _last.pop_front();
+    }
+}
+
+int RequestLog::count() const {
+    const std::lock_guard lock(_mutex);
+    return _count;
+}
+
+std::vector<std::string> RequestLog::last() const {
+    const std::lock_guard lock(_mutex);
+    return {_last.begin(), _last.end()};
+}
+
+RawConnection::RawConnection(int socket, Session session, RequestLog& log)
     : _socket(socket)
     , _session(std::move(session))
-    , _requests(requests) {}
+    , _log(log) {}
 
 std::string RawConnection::read(std::size_t most) {
     std::string bytes(most, '\0');
@@ -55,7 +75,7 @@ std::string RawConnection::readRequest() {
             if (_read.size() >= whole) {
                 std::string request = _read.substr(0, whole);
                 _read.erase(0, whole);
-                ++_requests;
+                _log.add(request);
                 return request;
             }
         }
@@ -160,7 +180,7 @@ void RawServer::serve(Served& served) {
     }
     if (!session || SSL_accept(session.get()) == 1) {
         ++_connections;
-        RawConnection connection(served.socket, std::move(session), _requests);
+        RawConnection connection(served.socket, std::move(session), _log);
         _handler(connection);
     }
     const std::lock_guard lock(_mutex);

@@ -3,6 +3,7 @@
 #include <openssl/ssl.h>
 
 #include <atomic>
+#include <deque>
 #include <functional>
 #include <list>
 #include <memory>
@@ -10,6 +11,7 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include <vector>
 
 namespace KeloAPI::testing {
 
@@ -18,13 +20,26 @@ std::string okResponse(const std::string& body = "ok");
 /// The path that a request asks for.
 std::string pathOf(const std::string& request);
 
+/// What a `RawServer` has read. It keeps the last requests only, so that memory can be measured.
+class RequestLog {
+public:
+    void add(std::string request);
+    int count() const;
+    std::vector<std::string> last() const;
+
+private:
+    mutable std::mutex _mutex;
+    int _count = 0;
+    std::deque<std::string> _last;
+};
+
 /// One connection of a `RawServer`.
 class RawConnection {
 public:
     using Session = std::unique_ptr<SSL, decltype(&SSL_free)>;
 
     /// With TLS where there is a session.
-    RawConnection(int socket, Session session, std::atomic<int>& requests);
+    RawConnection(int socket, Session session, RequestLog& log);
 
     /// Reads one request, head and body of a Content-Length; empty when the client has gone.
     std::string readRequest();
@@ -44,7 +59,7 @@ public:
 private:
     int _socket;
     Session _session;
-    std::atomic<int>& _requests;
+    RequestLog& _log;
     std::string _read;
 };
 
@@ -68,7 +83,9 @@ public:
     /// How many were handed to the handler.
     int connections() const { return _connections; }
     /// How many `readRequest` has read.
-    int requests() const { return _requests; }
+    int requests() const { return _log.count(); }
+    /// The last of those, as they were read.
+    std::vector<std::string> received() const { return _log.last(); }
 
 private:
     struct Served {
@@ -85,7 +102,7 @@ private:
     int _listener = -1;
     int _port = 0;
     std::atomic<int> _connections = 0;
-    std::atomic<int> _requests = 0;
+    RequestLog _log;
     std::mutex _mutex;
     std::list<Served> _served;
     std::thread _acceptor;
