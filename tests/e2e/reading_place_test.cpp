@@ -45,6 +45,9 @@ protected:
     template <class P>
     void send(std::shared_ptr<P> parser, std::string path = "users/me",
               Parameters parameters = {}) {
+        // A response that came before its handler was attached would be read on the response queue.
+        service.addFault({{"match", {{"path", "/" + path}}},
+                          {"action", {{"type", "delay"}, {"milliseconds", 300}}}});
         const auto endpoint = Endpoint::create(session);
         endpoint->setPath(std::move(path));
         endpoint->setParameters(std::move(parameters));

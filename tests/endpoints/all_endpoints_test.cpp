@@ -43,16 +43,15 @@ class AllEndpointsTest : public RegistrySessionTest {
 protected:
     using Note = std::function<void(const std::optional<Error>&)>;
 
-    /// A call that is sent, and its handle where it has one.
+    /// A call that is sent, and its handle where it gives one.
     struct Call {
         const char* name;
         std::function<std::shared_ptr<EndpointRequest>(Note)> send;
-        bool hasHandle = false;
     };
 
     /// A completion that has its value, or its error in the place of it.
     template <class Value>
-    static auto noting(Note note) {
+    static auto notingValue(Note note) {
         return [note = std::move(note)](const Value& value, const std::optional<Error>& error) {
             EXPECT_EQ(value == Value(), error.has_value());
             note(error);
@@ -70,53 +69,46 @@ protected:
         const auto upload = LongformUploadEndpoint::create();
         const auto views = LongformViewsEndpoint::create("1");
         const auto feedback = RecommendationsEndpoint::create();
-        const auto noUpload = [](Note note) {
-            return noting<std::shared_ptr<KLVideoUpload>>(std::move(note));
-        };
-        const auto without = [](const auto& send) {
+        constexpr auto noting = [](Note note) { return notingResult(std::move(note)); };
+        constexpr auto notingUpload = notingValue<std::shared_ptr<KLVideoUpload>>;
+        constexpr auto notingViews = notingValue<std::shared_ptr<KLLongformViews>>;
+        constexpr auto notingSounds = notingValue<std::vector<std::shared_ptr<SoundboardSound>>>;
+        const auto without = [](const std::function<void(Note)>& send) {
             return [send](Note note) {
-                send(notingResult(std::move(note)));
+                send(std::move(note));
                 return nullptr;
             };
         };
         return {
-            {"me", without([](auto end) { MeEndpoint::create()->get(end); })},
-            {"follow", without([](auto end) {
-                 UserEndpoint::create("1")->setFollowingOnTwitter(true, end);
+            {"me", without([=](Note note) { MeEndpoint::create()->get(noting(note)); })},
+            {"follow", without([=](Note note) {
+                 UserEndpoint::create("1")->setFollowingOnTwitter(true, noting(note));
              })},
-            {"timeline", without([](auto end) { TimelineEndpoint::create("graph")->fetch(end); })},
-            {"like",
-             without([this](auto end) { LikeActionEndpoint::create(post)->toggle(true, end); })},
-            {"rekelo",
-             without([this](auto end) { RekeloActionEndpoint::create(post)->toggle(true, end); })},
-            {"post feedback", without([=](auto end) {
-                 feedback->addPostFeedback("1", RecommendationBoost::Positive, end);
+            {"timeline",
+             without([=](Note note) { TimelineEndpoint::create("a")->fetch(noting(note)); })},
+            {"like", without([=, this](Note note) {
+                 LikeActionEndpoint::create(post)->toggle(true, noting(note));
              })},
-            {"user feedback", without([=](auto end) {
-                 feedback->addUserFeedback("1", RecommendationBoost::Positive, end);
+            {"rekelo", without([=, this](Note note) {
+                 RekeloActionEndpoint::create(post)->toggle(true, noting(note));
+             })},
+            {"post feedback", without([=](Note note) {
+                 feedback->addPostFeedback("1", RecommendationBoost::Positive, noting(note));
+             })},
+            {"user feedback", without([=](Note note) {
+                 feedback->addUserFeedback("1", RecommendationBoost::Positive, noting(note));
              })},
             {"sounds",
-             [](Note note) {
-                 return SoundboardEndpoint::create(Api::session(SessionType::Authenticated))
-                     ->fetchSounds(
-                         noting<std::vector<std::shared_ptr<SoundboardSound>>>(std::move(note)));
-             },
-             true},
-            {"views",
-             [=](Note note) {
-                 return views->fetchViews(
-                     noting<std::shared_ptr<KLLongformViews>>(std::move(note)));
-             },
-             true},
-            {"a view", [=](Note note) { return views->submitView(std::move(note)); }, true},
-            {"initiate", [=](Note note) { return upload->initiateUpload(1, noUpload(note)); },
-             true},
-            {"segment",
-             [=](Note note) { return upload->uploadSegment("1", Data("a"), 0, std::move(note)); },
-             true},
-            {"finalize", [=](Note note) { return upload->finalizeUpload("1", noUpload(note)); },
-             true},
-            {"status", [=](Note note) { return upload->checkStatus("1", noUpload(note)); }, true},
+             [=, this](Note note) {
+                 return SoundboardEndpoint::create(session)->fetchSounds(notingSounds(note));
+             }},
+            {"views", [=](Note note) { return views->fetchViews(notingViews(note)); }},
+            {"a view", [=](Note note) { return views->submitView(note); }},
+            {"initiate", [=](Note note) { return upload->initiateUpload(1, notingUpload(note)); }},
+            {"segment", [=](Note note) { return upload->uploadSegment("1", Data("a"), 0, note); }},
+            {"finalize",
+             [=](Note note) { return upload->finalizeUpload("1", notingUpload(note)); }},
+            {"status", [=](Note note) { return upload->checkStatus("1", notingUpload(note)); }},
         };
     }
 
@@ -149,6 +141,7 @@ TEST_F(AllEndpointsTest, UseTheSignedInSessionWithTheDefaultDelegate) {
 }
 
 TEST_F(AllEndpointsTest, PassErrorsOnAndEndWithTheirHandle) {
+    int cancelled = 0;
     for (const Call& call : calls()) {
         SCOPED_TRACE(call.name);
         std::vector<Error> errors;
@@ -164,14 +157,19 @@ TEST_F(AllEndpointsTest, PassErrorsOnAndEndWithTheirHandle) {
         ASSERT_TRUE(runUntil([&] { return errors.size() == 2; }));
         EXPECT_EQ(errors[1].domain(), "KeloAPI.HTTP");
         EXPECT_EQ(errors[1].code(), 5);
-        if (call.hasHandle) {
-            send()->cancel();
+        if (const auto handle = send()) {
+            handle->cancel();
             EXPECT_EQ(errors.size(), 2U) << "not within the call";
-            passThrough();
-            ASSERT_EQ(errors.size(), 3U);
-            EXPECT_TRUE(isHTTPError(errors[2], HTTPErrorCode::Cancelled));
+            ++cancelled;
+        } else {
+            transport->answer(
+                fakes::ScriptedAnswer::failure(httpError(HTTPErrorCode::Cancelled, "")));
         }
+        passThrough();
+        ASSERT_EQ(errors.size(), 3U);
+        EXPECT_TRUE(isHTTPError(errors[2], HTTPErrorCode::Cancelled));
     }
+    EXPECT_EQ(cancelled, 7);
     EXPECT_EQ(delegate->reauthCount, 0);
 }
 

@@ -206,7 +206,7 @@ TEST_F(FileManagerTest, DeletesHiddenFilesLinksAndDirectories) {
     folder.write("kept", "");
     std::filesystem::create_symlink(folder.path("kept"), folder.path("videos/link"));
     folder.write("videos/.hidden", "");
-    std::filesystem::create_symlink("/nowhere", folder.path("videos/nowhere"));
+    std::filesystem::create_symlink(folder.path("nothing"), folder.path("videos/nowhere"));
     std::filesystem::create_directory(folder.path("videos/sub"));
     folder.write("videos/sub/inner", "");
     manager->cleanDirectory(-1);
