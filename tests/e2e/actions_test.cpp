@@ -1,9 +1,5 @@
 #include "ActingTest.hpp"
-
-#include <KeloAPI/endpoints/MeEndpoint.hpp>
-#include <KeloAPI/endpoints/SoundboardEndpoint.hpp>
-#include <KeloAPI/model/KLLongformViews.hpp>
-#include <KeloAPI/model/SoundboardSound.hpp>
+#include "support/EndpointCalls.hpp"
 
 #include <algorithm>
 #include <array>
@@ -19,118 +15,57 @@ using Json = nlohmann::json;
 class ActionsAtService : public ActingTest {
 protected:
     using Fields = std::vector<std::pair<std::string, std::string>>;
-    using Note = std::function<void(const std::optional<Error>&)>;
-
-    using Counts = std::array<std::size_t, 2>;
-    using Send = std::function<void(const Note&)>;
-
+    /// A call of an endpoint, as the service sees it.
     struct Call {
+        std::string name;
         std::string method;
         std::string path;
         std::string body = {};
-        Send send;
         /// What the stand-in keeps of it, and how many after the first and after the second time.
         const char* kind = nullptr;
-        Counts kept{};
+        std::array<std::size_t, 2> kept{};
         /// Prepares it, and gives the end of its path.
         std::function<std::string()> before = [] { return ""; };
         /// It needs no session: the stand-in has to be told to refuse it.
-        bool isOpen = false;
+        bool isOpen() const { return method == "GET" && name != "me"; }
     };
 
     /// The body holds the instant of the call.
     static constexpr const char* dated = "dated";
 
-    template <class Result>
-    static std::function<void(const Result&)> noting(const Note& note) {
-        return [note](const Result& result) {
-            EXPECT_EQ(result.success() ? true : false, !result.error());
-            note(result.error() ? std::optional(*result.error()) : std::nullopt);
-        };
-    }
-
-    static Call posting(std::string path, std::string body, const char* kind, Counts kept,
-                        Send send) {
-        return {"POST", std::move(path), std::move(body), std::move(send), kind, kept};
-    }
-    static Call getting(std::string path, bool isOpen, Send send) {
-        return {
-            .method = "GET", .path = std::move(path), .send = std::move(send), .isOpen = isOpen};
-    }
-    template <class E, class Item>
-    Call taking(const char* path, const char* kind, bool on) {
-        Call call = posting("/posts/" + *post->postId + path, "", kind, {1, 1},
-                            [this, on](const Note& note) {
-                                E::create(post)->toggle(on, noting<PostActionResult<Item>>(note));
-                            });
-        if (!on) {
-            call.method = "DELETE";
-            call.kept = {};
-        }
-        return call;
-    }
-    static Call following(const char* path, bool on, Counts kept) {
-        return posting(path, "", "follows", kept, [on](const Note& note) {
-            UserEndpoint::create("1002")->setFollowingOnTwitter(on, noting<UserResult>(note));
-        });
-    }
-
     std::vector<Call> calls() {
-        Call unlike = taking<LikeActionEndpoint, KLLike>("/likes", "likes", false);
-        unlike.before = [this] {
+        const auto like = [this] {
             toggled(LikeActionEndpoint::create(post), true);
             return "";
         };
-        Call unrekelo = taking<RekeloActionEndpoint, KLRekelo>("/repost", "reposts", false);
-        unrekelo.before = [this] {
+        const auto rekelo = [this] {
             toggled(RekeloActionEndpoint::create(post), true);
             post = again(*post);
             return "/" + *post->currentUserRekelo->rekeloId;
         };
+        const std::string at = "/posts/" + *post->postId;
+        const std::string feedback = "/recommendations/feedback/";
+        const std::string neutral = R"({"recommendationBoost":"neutral"})";
+        const std::string negative = R"({"recommendationBoost":"negative"})";
         return {
-            taking<LikeActionEndpoint, KLLike>("/likes", "likes", true),
-            unlike,
-            taking<RekeloActionEndpoint, KLRekelo>("/repost", "reposts", true),
-            unrekelo,
-            following("/users/1002/follow-on-twitter", true, {1, 1}),
+            {"like", "POST", at + "/likes", "", "likes", {1, 1}},
+            {"unlike", "DELETE", at + "/likes", "", "likes", {0, 0}, like},
+            {"rekelo", "POST", at + "/repost", "", "reposts", {1, 1}},
+            {"unrekelo", "DELETE", at + "/repost", "", "reposts", {0, 0}, rekelo},
+            {"follow", "POST", "/users/1002/follow-on-twitter", "", "follows", {1, 1}},
             // The second time nobody is there to be unfollowed, which is a success.
-            following("/users/1002/unfollow-on-twitter", false, {0, 0}),
-            posting("/recommendations/feedback/users/1003", R"({"recommendationBoost":"neutral"})",
-                    "feedback", {1, 2},
-                    [](const Note& note) {
-                        RecommendationsEndpoint::create()->addUserFeedback(
-                            "1003", RecommendationBoost::Neutral,
-                            noting<RecommendationResult>(note));
-                    }),
-            posting("/recommendations/feedback/posts/" + *post->postId,
-                    R"({"recommendationBoost":"negative"})", "feedback", {3, 4},
-                    [this](const Note& note) {
-                        RecommendationsEndpoint::create()->addPostFeedback(
-                            *post->postId, RecommendationBoost::Negative,
-                            noting<RecommendationResult>(note));
-                    }),
-            posting("/longforms/lf-unseen/views", dated, "views", {1, 2},
-                    [](const Note& note) {
-                        LongformViewsEndpoint::create(longformId)->submitView(note);
-                    }),
-            getting("/longforms/lf-unseen/views", true,
-                    [](const Note& note) {
-                        LongformViewsEndpoint::create(longformId)
-                            ->fetchViews([note](const auto& views, const auto& error) {
-                                EXPECT_EQ(views == nullptr, error.has_value());
-                                note(error);
-                            });
-                    }),
-            getting("/soundboard", true,
-                    [this](const Note& note) {
-                        SoundboardEndpoint::create(session)->fetchSounds(
-                            [note](const auto& sounds, const auto& error) {
-                                EXPECT_EQ(sounds.empty(), error.has_value());
-                                note(error);
-                            });
-                    }),
-            getting("/users/me", false,
-                    [](const Note& note) { MeEndpoint::create()->get(noting<MeResult>(note)); }),
+            {"unfollow", "POST", "/users/1002/unfollow-on-twitter", "", "follows", {0, 0}},
+            {"user feedback", "POST", feedback + "users/1003", neutral, "feedback", {1, 2}},
+            {"post feedback",
+             "POST",
+             feedback + "posts/" + *post->postId,
+             negative,
+             "feedback",
+             {3, 4}},
+            {"view", "POST", "/longforms/lf-unseen/views", dated, "views", {1, 2}},
+            {"views", "GET", "/longforms/lf-unseen/views"},
+            {"sounds", "GET", "/soundboard"},
+            {"me", "GET", "/users/me"},
         };
     }
 
@@ -180,7 +115,7 @@ protected:
 
     /// The service refuses the user's session with this code from now on.
     void refuse(int code, const Call& call) {
-        if (call.isOpen) {
+        if (call.isOpen()) {
             service.addFault({{"match", {{"path", call.path}}},
                               {"action", {{"type", "error"}, {"code", code}, {"message", "no"}}}});
         } else if (code == 103) {
@@ -197,7 +132,7 @@ protected:
         const std::string path = call.path + call.before();
         refuse(code, call);
         std::vector<std::int64_t> outcomes;
-        call.send([&](const std::optional<Error>& error) {
+        sends.at(call.name)([&](const std::optional<Error>& error) {
             outcomes.push_back(error ? error->code() : 0);
         });
         ASSERT_TRUE(runUntil([&] { return outcomes.size() == 1; }));
@@ -226,12 +161,13 @@ protected:
     }
 
     std::shared_ptr<KLWatchPost> post = untouchedPost();
+    std::map<std::string, SendCall> sends = endpointCalls(post, longformId);
 };
 
 TEST_F(ActionsAtService, EveryCallIsSentAndDoneOnceTheUserHasSignedInAgain) {
     for (const Call& call : calls()) {
         for (const std::size_t time : {0, 1}) {
-            SCOPED_TRACE(call.method + " " + call.path + (time == 0 ? "" : " again"));
+            SCOPED_TRACE(call.name + (time == 0 ? "" : " again"));
             ASSERT_NO_FATAL_FAILURE(expectSentAgainAfter(time == 0 ? 103 : 100, call));
             if (call.kind != nullptr) {
                 EXPECT_EQ(kept(call.kind).size(), call.kept.at(time));
