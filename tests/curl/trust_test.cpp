@@ -108,34 +108,39 @@ TEST_F(TrustTest, ConnectionsAndTLSSessionsDoNotCrossPolicies) {
     EXPECT_EQ(server->requests(), 3);
 }
 
-TEST_F(TrustTest, RedirectFromPinnedToUnpinnedIsJudgedByTheSystemsStore) {
-    const auto leaf = TestCertificate::selfSigned({});
-    serve(leaf);
-    target = server->secureUrl("/", "127.0.0.1");
-    const auto transport = pinning("localhost", {leaf.certificate()});
-    EXPECT_TRUE(
-        failedWith(send(*transport, get(server->secureUrl("/away"))), HTTPErrorCode::ServerTrust));
-    EXPECT_EQ(server->requests(), 1);
-
-    trustBySystem(leaf);
-    const auto trusting = pinning("localhost", {leaf.certificate()});
-    const auto heard = send(*trusting, get(server->secureUrl("/away")));
-    EXPECT_TRUE(succeeded(heard));
-    EXPECT_EQ(heard->responses.front().url.absoluteString(), target);
-}
-
-TEST_F(TrustTest, RedirectFromUnpinnedToPinnedIsJudgedByThePins) {
+TEST_F(TrustTest, EachHopOfARedirectIsJudgedByItsOwnPolicy) {
     const auto authority = TestCertificate::authority();
     const auto other = TestCertificate::authority("other").certificate();
-    trustBySystem(authority);
-    serve(authority.issue({}));
-    target = server->secureUrl("/", "localhost");
-    const auto request = get(server->secureUrl("/away", "127.0.0.1"));
-    for (const auto& strict : {pinning("localhost", {other}), pinning("localhost", {})}) {
-        EXPECT_TRUE(failedWith(send(*strict, request), HTTPErrorCode::ServerTrust));
+    const auto own = authority.certificate();
+    const struct {
+        const char* from;
+        const char* to;
+        std::vector<Certificate> pins;
+        bool isTrustedBySystem;
+        int answered;
+    } table[] = {{"localhost", "127.0.0.1", {own}, false, 1},
+                 {"localhost", "127.0.0.1", {own}, true, 2},
+                 {"127.0.0.1", "localhost", {other}, true, 1},
+                 {"127.0.0.1", "localhost", {}, true, 1},
+                 {"127.0.0.1", "localhost", {own}, true, 2}};
+    for (const auto& one : table) {
+        SCOPED_TRACE(::testing::Message() << one.from << one.pins.size() << one.answered);
+        unsetenv("SSL_CERT_FILE");
+        if (one.isTrustedBySystem) {
+            trustBySystem(authority);
+        }
+        serve(authority.issue({}));
+        target = server->secureUrl("/", one.to);
+        const auto heard =
+            send(*pinning("localhost", one.pins), get(server->secureUrl("/away", one.from)));
+        EXPECT_EQ(server->requests(), one.answered);
+        if (one.answered == 1) {
+            EXPECT_TRUE(failedWith(heard, HTTPErrorCode::ServerTrust));
+        } else {
+            ASSERT_TRUE(succeeded(heard));
+            EXPECT_EQ(heard->responses.front().url.absoluteString(), target);
+        }
     }
-    EXPECT_EQ(server->requests(), 2);
-    EXPECT_TRUE(succeeded(send(*pinning("localhost", {authority.certificate()}), request)));
 }
 
 TEST_F(TrustTest, ARedirectOutOfTLSIsRefusedAndNothingSent) {

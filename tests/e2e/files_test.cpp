@@ -153,7 +153,7 @@ TEST_F(FilesAtService, AQueueGoesOnWhileTheMainThreadIsBusy) {
     }
 }
 
-TEST_F(FilesAtService, AFailedTransferLeavesTheDestinationAsItWas) {
+TEST_F(FilesAtService, AFailedOrCancelledTransferLeavesTheDestinationAsItWas) {
     const std::string url = videos(1).front();
     const auto unknown = file("https://" + service.host() + "/media/videos/nothing.mp4");
     const auto endpoint = file(url);
@@ -173,33 +173,16 @@ TEST_F(FilesAtService, AFailedTransferLeavesTheDestinationAsItWas) {
     addFault(url, {{"type", "status"}, {"status", 503}});
     EXPECT_EQ(failure(endpoint).integer(HTTPStatusCodeKey), 503);
     EXPECT_EQ(failure(unknown).integer(HTTPStatusCodeKey), 404);
+    addFault(url, {{"type", "stall"}, {"afterBytes", 8000}});
+    endpoint->setDownloadProgressHandler([&](std::int64_t, std::int64_t total, std::int64_t) {
+        if (total > 4000) {
+            renewManager(*session); // ends what is under way
+        }
+    });
+    EXPECT_TRUE(isHTTPError(failure(endpoint), HTTPErrorCode::Cancelled));
+    endpoint->setDownloadProgressHandler({});
     EXPECT_EQ(download(endpoint, *endpoint->documentsFile()), std::nullopt);
     EXPECT_EQ(folder.read(nameOf(url)), service.get(pathOf(url)));
-}
-
-TEST_F(FilesAtService, AStallThatIsCancelledLeavesTheDestinationAsItWas) {
-    const std::string url = videos(1).front();
-    const auto endpoint = file(url);
-    folder.write("older", "old");
-    addFault(url, {{"type", "stall"}, {"afterBytes", 8000}});
-    std::int64_t received = 0;
-    endpoint->setDownloadProgressHandler(
-        [&](std::int64_t, std::int64_t total, std::int64_t) { received = total; });
-    std::optional<FileDownloadResult> result;
-    endpoint->download(URL::fileURL(folder.path("older")),
-                       [&](const FileDownloadResult& sent) { result = sent; });
-    ASSERT_TRUE(runUntil([&] { return received > 4000; }));
-    EXPECT_EQ(folder.names().size(), 2U); // the older file, and the one in the making
-    EXPECT_FALSE(result.has_value());
-
-    renewManager(*session);
-    ASSERT_TRUE(runUntil([&] { return result.has_value(); }));
-    const auto* error = result->error();
-    ASSERT_NE(error, nullptr);
-    EXPECT_TRUE(isHTTPError(*error, HTTPErrorCode::Cancelled)) << error->description();
-    EXPECT_EQ(folder.names(), Strings{"older"});
-    EXPECT_EQ(folder.read("older"), "old");
-    EXPECT_EQ(download(endpoint, *endpoint->documentsFile()), std::nullopt);
 }
 
 TEST_F(FilesAtService, ADownloadOfAnyAnswerReplacesAnOlderFile) {

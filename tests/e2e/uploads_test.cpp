@@ -312,27 +312,6 @@ TEST_F(UploadsAtService, ARetryIsSentWithoutTheSegmentAndTheHostSendsItAgain) {
     EXPECT_TRUE(fetched("media/longforms/" + id + ".mp4") == bytes);
 }
 
-TEST_F(UploadsAtService, AServiceThatFailsAtTheEndIsOneErrorAndCanBeAskedAgain) {
-    const std::string bytes = video();
-    const std::string id = newUpload(bytes.size());
-    EXPECT_FALSE(segment(id, bytes, 0));
-    for (const Json& action :
-         {Json{{"type", "status"}, {"status", 503}},
-          Json{{"type", "error"}, {"code", 500}, {"status", 500}},
-          Json{{"type", "body"}, {"body", "<html>"}}, Json{{"type", "reset"}, {"afterBytes", 30}},
-          Json{{"type", "body"}, {"body", R"({"data":{"mediaId":"x","processingInfo":{}}})"}}}) {
-        renewManager(*session);
-        service.addFault(
-            {{"match", {{"path", "/upload/longform-videos/" + id}}}, {"action", action}});
-        const Answer refused = finalize(id);
-        EXPECT_EQ(refused.upload, nullptr) << action;
-        EXPECT_TRUE(refused.error) << action;
-        EXPECT_TRUE(faultFires()) << action;
-    }
-    EXPECT_EQ(finalize(id).upload->processingInfo->state(),
-              KLVideoUploadProcessingState::Succeeded);
-}
-
 TEST_F(UploadsAtService, SegmentsRunInParallelEachOnItsOwnEndpoint) {
     constexpr std::size_t segments = 6;
     const std::string bytes = anyBytes(segments * mebibyte);
