@@ -1,6 +1,9 @@
 #include "NginxTest.hpp"
+#include "support/RawServer.hpp"
+#include "TransportTest.hpp"
 
 #include <atomic>
+#include <cstdint>
 
 namespace KeloAPI::testing {
 namespace {
@@ -123,6 +126,226 @@ TEST_F(HTTP2Test, IsSpokenWhereTheServerSpeaksItWithEmptyFieldsAndRedirects) {
     EXPECT_EQ(field(heard, "x-protocol"), "HTTP/2.0");
     EXPECT_EQ(heard->responses.at(0).url.absoluteString(), nginx->url("/quick"));
     EXPECT_EQ(field(heard, "X-Echo"), "[][t]");
+}
+
+/// One HTTP/2 connection, frame by frame, over the server's end of TLS.
+class FrameConnection {
+public:
+    explicit FrameConnection(RawConnection& connection)
+        : _connection(connection) {
+        _open = read(std::string_view(preface).size()) == preface;
+        write(settings, 0, 0, "");
+    }
+
+    /// Reads up to the end of a request; the stream it came on, or 0 when the client has gone.
+    std::uint32_t readRequest() {
+        while (_open) {
+            const std::string head = read(9);
+            if (!_open) {
+                break;
+            }
+            const std::size_t size = byte(head, 0) << 16U | byte(head, 1) << 8U | byte(head, 2);
+            read(size);
+            if (byte(head, 3) == settings && byte(head, 4) == 0) {
+                write(settings, acknowledged, 0, "");
+            }
+            const bool ofRequest = byte(head, 3) == headers || byte(head, 3) == data;
+            if (ofRequest && (byte(head, 4) & endOfStream) != 0) {
+                return byte(head, 7) << 8U | byte(head, 8);
+            }
+        }
+        return 0;
+    }
+
+    void answer(std::uint32_t stream) {
+        write(headers, endOfStream | endOfHeaders, stream, "\x88"); // ":status: 200"
+    }
+
+    /// Says that streams beyond `last` have not been and will not be looked at.
+    void goAway(std::uint32_t last, std::uint32_t error) {
+        write(goaway, 0, 0, number(last) + number(error));
+    }
+
+    /// Sends what no server may: the connection is of no more use to the client.
+    void breakProtocol() { write(data, 0, 0, "x"); }
+
+    void waitForClose() { _connection.waitForClose(); }
+
+private:
+    static constexpr const char* preface = "PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n";
+    static constexpr std::uint8_t data = 0;
+    static constexpr std::uint8_t headers = 1;
+    static constexpr std::uint8_t settings = 4;
+    static constexpr std::uint8_t goaway = 7;
+    static constexpr std::uint8_t acknowledged = 1;
+    static constexpr std::uint8_t endOfStream = 1;
+    static constexpr std::uint8_t endOfHeaders = 4;
+
+    static std::uint32_t byte(const std::string& bytes, std::size_t at) {
+        return static_cast<std::uint8_t>(bytes[at]);
+    }
+    static std::string number(std::uint32_t value) {
+        return {static_cast<char>(value >> 24U), static_cast<char>(value >> 16U),
+                static_cast<char>(value >> 8U), static_cast<char>(value)};
+    }
+
+    std::string read(std::size_t size) {
+        std::string bytes;
+        while (_open && bytes.size() < size) {
+            const std::string more = _connection.read(size - bytes.size());
+            _open = !more.empty();
+            bytes += more;
+        }
+        return bytes;
+    }
+
+    void write(std::uint8_t type, std::uint8_t flags, std::uint32_t stream,
+               const std::string& payload) {
+        std::string frame = number(static_cast<std::uint32_t>(payload.size())).substr(1);
+        frame += static_cast<char>(type);
+        frame += static_cast<char>(flags);
+        frame += number(stream) + payload;
+        _open = _open && _connection.write(frame);
+    }
+
+    RawConnection& _connection;
+    bool _open = true;
+};
+
+int selectHTTP2(SSL*, const unsigned char** selected, unsigned char* size, const unsigned char*,
+                unsigned, void*) {
+    *selected = reinterpret_cast<const unsigned char*>("h2");
+    *size = 2;
+    return SSL_TLSEXT_ERR_OK;
+}
+
+class GoAwayTest : public TransportTest {
+protected:
+    GoAwayTest() { SSL_CTX_set_alpn_select_cb(_context.get(), &selectHTTP2, nullptr); }
+
+    using Handler = std::function<void(FrameConnection&)>;
+
+    /// Handles the first connection so, and each further one so, too, or by answering.
+    void serve(const Handler& handler, bool handlesAll = false) {
+        _server.reset(); // a connection to it may still come about
+        connections = 0;
+        taken = 0;
+        _server = std::make_unique<RawServer>(_context, [=, this](RawConnection& raw) {
+            const bool isHandled = ++connections == 1 || handlesAll;
+            FrameConnection connection(raw);
+            isHandled ? handler(connection) : answerAll(connection);
+        });
+    }
+
+    void answerAll(FrameConnection& connection) {
+        for (auto stream = connection.readRequest(); stream != 0;
+             stream = connection.readRequest()) {
+            ++taken;
+            connection.answer(stream);
+        }
+    }
+
+    /// What comes of so many requests at once.
+    std::vector<Observer> sent(Method method, std::size_t count) {
+        const auto transport = pinning("127.0.0.1", {_certificate.certificate()});
+        auto request = get(_server->url("/", "https"));
+        request.method = method;
+        request.timeoutInterval = 2 * timeLimit; // none is left lying until it times out
+        auto observers = startMany(*transport, request, count);
+        for (const Observer& observer : observers) {
+            EXPECT_TRUE(observer->wait());
+        }
+        return observers;
+    }
+    Observer sent(Method method) { return sent(method, 1).front(); }
+
+    static constexpr std::size_t all = 3;
+
+    /// Reads as many requests; the first one's stream.
+    std::uint32_t readAll(FrameConnection& connection) {
+        const std::uint32_t first = connection.readRequest();
+        EXPECT_NE(first, 0U);
+        for (std::size_t i = 1; i < all; ++i) {
+            EXPECT_NE(connection.readRequest(), 0U);
+        }
+        taken += all;
+        return first;
+    }
+
+    std::atomic<int> connections = 0;
+    std::atomic<std::size_t> taken = 0;
+
+private:
+    TestCertificate _certificate = TestCertificate::selfSigned({});
+    std::shared_ptr<SSL_CTX> _context = _certificate.serverContext();
+    std::unique_ptr<RawServer> _server; // goes before what its connections use
+};
+
+TEST_F(GoAwayTest, OnlyWhatWasNotProcessedIsSentAgainUnlessItIsAnAction) {
+    for (const bool mayBeProcessed : {false, true}) {
+        for (const bool closesAtOnce : {true, false}) {
+            for (const std::uint32_t error : {0U, 1U, 11U}) {
+                for (const Method method : {Method::GET, Method::POST}) {
+                    SCOPED_TRACE(::testing::Message()
+                                 << mayBeProcessed << closesAtOnce << error << name(method));
+                    serve([=](FrameConnection& connection) {
+                        const std::uint32_t stream = connection.readRequest();
+                        connection.goAway(mayBeProcessed ? stream : 0, error);
+                        // Else the client waits for the response.
+                        if (!closesAtOnce && !mayBeProcessed) {
+                            connection.waitForClose();
+                        }
+                    });
+                    const auto heard = sent(method);
+                    const bool isSentAgain = method == Method::GET && !mayBeProcessed;
+                    EXPECT_TRUE(isSentAgain ? succeeded(heard)
+                                            : failedWith(heard, HTTPErrorCode::ConnectionLost));
+                    EXPECT_EQ(connections, isSentAgain ? 2 : 1);
+                }
+            }
+        }
+    }
+}
+
+TEST_F(GoAwayTest, OfSeveralRequestsOnlyThoseThatWereNotProcessedAreSentAgain) {
+    for (const bool processesFirst : {false, true}) {
+        serve([&](FrameConnection& connection) {
+            const std::uint32_t first = readAll(connection);
+            connection.goAway(processesFirst ? first : 0, 0);
+            if (processesFirst) {
+                connection.answer(first);
+            }
+            connection.waitForClose();
+        });
+        expectAllSucceeded(sent(Method::GET, all));
+        EXPECT_EQ(taken, all + all - (processesFirst ? 1 : 0));
+    }
+}
+
+TEST_F(GoAwayTest, ActionsThatTheServerHasTakenAreNotSentAgain) {
+    // The server has read and may have done them all when it makes a mistake, or just closes.
+    for (const bool breaks : {true, false}) {
+        serve([&](FrameConnection& connection) {
+            readAll(connection);
+            if (breaks) {
+                connection.breakProtocol();
+            }
+        });
+        for (const Observer& observer : sent(Method::POST, all)) {
+            EXPECT_TRUE(failedWith(observer, HTTPErrorCode::ConnectionLost)) << breaks;
+        }
+        EXPECT_EQ(taken, all) << breaks;
+    }
+}
+
+TEST_F(GoAwayTest, AServerThatAlwaysGoesAwayIsGivenUp) {
+    const auto goAway = [](FrameConnection& connection) {
+        connection.readRequest();
+        connection.goAway(0, 0);
+    };
+    serve(goAway, true);
+    EXPECT_TRUE(failedWith(sent(Method::GET), HTTPErrorCode::ConnectionLost));
+    EXPECT_LE(connections, 10);
 }
 
 } // namespace

@@ -1,17 +1,8 @@
 #pragma once
 
 #include "support/Awaited.hpp"
+#include "support/EndpointCalls.hpp"
 #include "support/ServiceTest.hpp"
-
-#include <KeloAPI/endpoints/LikeActionEndpoint.hpp>
-#include <KeloAPI/endpoints/LongformViewsEndpoint.hpp>
-#include <KeloAPI/endpoints/LoopsEndpoint.hpp>
-#include <KeloAPI/endpoints/RecommendationsEndpoint.hpp>
-#include <KeloAPI/endpoints/RekeloActionEndpoint.hpp>
-#include <KeloAPI/endpoints/UserEndpoint.hpp>
-#include <KeloAPI/model/KLRekelo.hpp>
-#include <KeloAPI/model/KLWatchPost.hpp>
-#include <KeloAPI/model/KLWatchUser.hpp>
 
 namespace KeloAPI::testing {
 

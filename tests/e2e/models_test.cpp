@@ -89,11 +89,11 @@ TEST_F(ModelsAtService, AVenueInBothForms) {
                                  std::make_shared<KLFoursquareVenueParser>());
         ASSERT_EQ(nested.size(), 1U);
         const KLVenue& other = *nested.front();
-        EXPECT_EQ(other.foursquareVenueId(), venue->foursquareVenueId());
-        EXPECT_EQ(other.name(), venue->name());
-        EXPECT_EQ(other.address, venue->address);
-        EXPECT_EQ(other.city, venue->city);
-        EXPECT_EQ(other.state, venue->state);
+        const auto shared = [](const KLVenue& one) {
+            return std::tuple(one.foursquareVenueId(), one.name(), one.address, one.city,
+                              one.state);
+        };
+        EXPECT_EQ(shared(other), shared(*venue));
         EXPECT_FALSE(venue->country);
         EXPECT_EQ(venue->latitude, 0);
         ASSERT_EQ(other.category == nullptr, venue->category == nullptr);

@@ -101,24 +101,20 @@ TEST_F(FileManagerTest, MakesTheDirectoryAtTheFirstAsking) {
     EXPECT_THAT(lines, IsEmpty());
 }
 
-TEST_F(FileManagerTest, MakesIntermediateDirectoriesAndBearsThatTheyExist) {
-    const auto deep = FileManager::sharedGroupManager("/a/b/c/");
-    deep->documentsDirectory();
-    deep->kill();
-    EXPECT_TRUE(std::filesystem::is_directory(folder.path("a/b/c")));
-    const auto again = FileManager::sharedGroupManager("/a/b/c/");
-    EXPECT_EQ(again->documentsDirectory(), folder.path() + "/a/b/c/");
-    again->kill();
-    EXPECT_THAT(lines, IsEmpty());
-}
-
-TEST_F(FileManagerTest, GluesAPathWithoutSlashToTheContainersName) {
-    for (const std::string& path : {folder.path("group"), folder.path("group") + "/"}) {
-        container = URL::fileURL(path);
-        const auto glued = FileManager::sharedGroupManager("cache/");
-        EXPECT_EQ(glued->documentsDirectory(), folder.path("groupcache/"));
-        glued->kill();
+TEST_F(FileManagerTest, MakesIntermediateDirectoriesAndGluesAPathWithoutSlashToTheContainer) {
+    const std::tuple<std::string, const char*, std::string> table[] = {
+        {"", "/a/b/c/", "/a/b/c/"},
+        {"", "/a/b/c/", "/a/b/c/"}, // which are there already
+        {"/group", "cache/", "/groupcache/"},
+        {"/group/", "cache/", "/groupcache/"}};
+    for (const auto& [group, path, directory] : table) {
+        container = URL::fileURL(folder.path() + group);
+        const auto one = FileManager::sharedGroupManager(path);
+        EXPECT_EQ(one->documentsDirectory(), folder.path() + directory);
+        EXPECT_TRUE(std::filesystem::is_directory(folder.path() + directory));
+        one->kill();
     }
+    EXPECT_THAT(lines, IsEmpty());
 }
 
 TEST_F(FileManagerTest, TellsWhatKeepsItFromMakingTheDirectoryAndGivesItAllTheSame) {
