@@ -44,7 +44,7 @@ protected:
     static URLRequest get(const std::string& url) {
         URLRequest request;
         request.url = URL::parse(url);
-        request.timeoutInterval = std::chrono::seconds(15);
+        request.timeoutInterval = timeLimit;
         return request;
     }
 

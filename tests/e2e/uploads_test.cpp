@@ -170,7 +170,7 @@ TEST_F(UploadsAtService, ALargeSegmentArrivesUnchanged) {
 TEST_F(UploadsAtService, ProgressCountsBytesSentAndNeverDecreases) {
     const std::string bytes = anyBytes(16 * mebibyte);
     const std::string id = newUpload(bytes.size());
-    setUploadRate(20'000'000);
+    setUploadRate(8'000'000);
     const SentSegment sent = start(id, bytes, 0);
     const auto fractions = fractionsOf(sent);
     EXPECT_TRUE(isCompleted(sent.outcome));

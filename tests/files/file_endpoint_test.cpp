@@ -72,7 +72,7 @@ TEST_F(FileEndpointTest, HasNoPlaceWithoutDirectory) {
     EXPECT_EQ(endpoint->localUrl(), place("elsewhere"));
 }
 
-TEST_F(FileEndpointTest, FindsAFileInTheCache) {
+TEST_F(FileEndpointTest, FindsAFileInTheCacheByItsName) {
     const auto endpoint = endpointOf("/v/abc.mp4?sig=1");
     EXPECT_FALSE(endpoint->localUrl());
     folder.write("abc.mp4", "video");
