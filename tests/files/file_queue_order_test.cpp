@@ -19,6 +19,10 @@ struct FileQueueScript {
     std::vector<FileQueueTurn> turns;
 };
 
+void PrintTo(const FileQueueScript& script, std::ostream* stream) {
+    *stream << script.name;
+}
+
 class FileQueueOrderTest : public FileQueueTest,
                            public ::testing::WithParamInterface<FileQueueScript> {
 protected:
