@@ -10,6 +10,7 @@
 #include <KeloAPI/endpoints/TimelineEndpoint.hpp>
 #include <KeloAPI/queues/Diagnostics.hpp>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -43,6 +44,33 @@ protected:
         endpoint->fetch([&](const TimelineResult& result) { outcome = result; });
         EXPECT_TRUE(runUntil([&] { return outcome.has_value(); }));
         return outcome.value_or(TimelineResult(TimelineResult::Error{Error("none", 0)}));
+    }
+
+    /// The header fields are those by which the host identifies itself, what HTTP itself needs and
+    /// the type of a body, and no others.
+    void expectFields(const SeenRequest& request, const char* contentType) {
+        EXPECT_NE(request.header("Accept-Encoding"), "");
+        std::vector<std::pair<std::string, std::string>> wanted = {
+            {"Host", service.host()}, {"Accept-Encoding", request.header("Accept-Encoding")}};
+        const auto add = [&wanted](const char* name, const std::optional<std::string>& value) {
+            if (value) {
+                wanted.emplace_back(name, *value);
+            }
+        };
+        add("kelo-session-id", delegate->sessionKey);
+        add("Accept-Language", delegate->acceptLanguage);
+        add("User-Agent", delegate->userAgent);
+        add("X-Kelo-Client", delegate->keloClient);
+        if (delegate->polling) {
+            add("X-Kelo-Polling", "true");
+        }
+        if (request.method == "POST" || request.method == "PUT") {
+            add("Content-Length", std::to_string(request.bodyBytes));
+        }
+        if (request.bodyBytes > 0) {
+            add("Content-Type", contentType);
+        }
+        EXPECT_THAT(request.headers, ::testing::UnorderedElementsAreArray(wanted));
     }
 
     /// Waits until the network thread and the queues behind it have done what they had to do: one
