@@ -16,12 +16,12 @@ std::shared_ptr<LoopsEndpoint> LoopsEndpoint::create() {
     return make<LoopsEndpoint>();
 }
 
-void LoopsEndpoint::submit(std::int64_t count, const KLWatchPost& post) {
-    if (!post.postId) {
+void LoopsEndpoint::submit(std::int64_t count, const std::shared_ptr<KLWatchPost>& post) {
+    if (post == nullptr || !post->postId) {
         return;
     }
     const Parameters record = {
-        {"count", count}, {"postId", *post.postId}, {"ts", timeIntervalSince1970(Date::now())}};
+        {"count", count}, {"postId", *post->postId}, {"ts", timeIntervalSince1970(Date::now())}};
     setParameters({{"loops", ParameterList{record}}});
     request([](const std::optional<std::string>&, const std::optional<Error>& error) {
         Diagnostics::write("Submitted loops with error: " + (error ? error->description() : "nil"));

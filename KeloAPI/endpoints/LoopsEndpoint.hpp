@@ -14,8 +14,8 @@ public:
 
     /// Sends one record, {"loops": [{"count", "postId", "ts"}]} with the instant of the call in
     /// seconds since 1970, and forgets it: the outcome is one diagnostic line, there is no retry
-    /// and no handle. `count` is sent as given. A post without an identifier sends nothing.
-    void submit(std::int64_t count, const KLWatchPost& post);
+    /// and no handle. `count` is sent as given. Null and a post without an identifier send nothing.
+    void submit(std::int64_t count, const std::shared_ptr<KLWatchPost>& post);
 
 protected:
     explicit LoopsEndpoint(Key key);

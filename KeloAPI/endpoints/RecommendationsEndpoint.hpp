@@ -3,6 +3,8 @@
 #include <KeloAPI/api/Endpoint.hpp>
 #include <KeloAPI/api/Outcome.hpp>
 
+#include <variant>
+
 // X11's headers make Success a macro: it is set aside for the length of this file.
 #pragma push_macro("Success")
 #undef Success
@@ -27,16 +29,20 @@ public:
     struct Success {};
 
     RecommendationResult(Failure failure)
-        : _failure(std::move(failure)) {}
-    RecommendationResult(Success) {}
+        : _case(std::move(failure)) {}
+    RecommendationResult(Success success)
+        : _case(success) {}
 
-    /// True when the service took the feedback.
-    bool success() const { return !_failure; }
+    /// Null unless the service took the feedback.
+    const Success* success() const { return std::get_if<Success>(&_case); }
     /// Null for a success.
-    const Error* error() const { return _failure ? &_failure->error : nullptr; }
+    const Error* error() const {
+        const auto* failure = std::get_if<Failure>(&_case);
+        return failure == nullptr ? nullptr : &failure->error;
+    }
 
 private:
-    std::optional<Failure> _failure;
+    std::variant<Success, Failure> _case;
 };
 
 /// Sends feedback on recommendations: POST recommendations/feedback/users/ or .../posts/ and an id,
@@ -52,10 +58,10 @@ public:
 
     /// Sends feedback on a recommended user. The id goes into the path as given.
     void addUserFeedback(const std::string& userId, RecommendationBoost boost,
-                         Completion completion);
+                         Completion completion = nullptr);
     /// Sends feedback on a recommended post. The id goes into the path as given.
     void addPostFeedback(const std::string& postId, RecommendationBoost boost,
-                         Completion completion);
+                         Completion completion = nullptr);
 
 protected:
     explicit RecommendationsEndpoint(Key key);

@@ -3,6 +3,7 @@
 #include <KeloAPI/base/Object.hpp>
 #include <KeloAPI/model/KLPagingMetadata.hpp>
 
+#include <concepts>
 #include <cstdint>
 #include <memory>
 #include <utility>
@@ -39,6 +40,21 @@ public:
     Index endIndex() const { return count(); }
     Elements::const_iterator begin() const { return _data.begin(); }
     Elements::const_iterator end() const { return _data.end(); }
+    /// To put the elements in another order.
+    Elements::iterator begin() { return _data.begin(); }
+    Elements::iterator end() { return _data.end(); }
+
+    /// The elements that are of this class, in order.
+    template <std::derived_from<Object> T>
+    std::vector<std::shared_ptr<T>> as() const {
+        std::vector<std::shared_ptr<T>> typed;
+        for (const Element& element : _data) {
+            if (auto one = std::dynamic_pointer_cast<T>(element)) {
+                typed.push_back(std::move(one));
+            }
+        }
+        return typed;
+    }
 
     /// True when the metadata names a next page above 0. Anchors play no part.
     bool hasNextPage() const { return _metadata->nextPage() > 0; }

@@ -26,6 +26,9 @@ public:
         , velocity(initialVelocity)
         , created(Date::now()) {}
 
+    LoopData(std::uint64_t initialCount, double initialVelocity)
+        : LoopData(Number::of(initialCount), Number::of(initialVelocity)) {}
+
     /// Adds loops that the host has seen itself. A sum beyond 64 bits stops the process. The
     /// extrapolation goes on from the old instant.
     void addLoops(std::uint64_t n);

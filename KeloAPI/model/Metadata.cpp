@@ -8,23 +8,23 @@ Metadata::Metadata(const JsonObject& json) {
                 displayCount] =
         json.values("count", "nextPage", "previousPage", "size", "nextAfter", "title", "anchor",
                     "backAnchor", "displayCount");
-    _count = count.integer().value_or(0);
-    _nextPage = nextPage.integer();
-    _previousPage = previousPage.integer();
-    _pageSize = size.integer().value_or(0);
-    _nextAfter = nextAfter.integer().value_or(0);
-    _title = textOf(title);
-    _anchor = anchor.text() ? textOf(anchor) : anchor.numberText();
-    _backAnchor = textOf(backAnchor);
-    _displayCount = displayCount.integer().value_or(0);
+    _values.count = count.integer().value_or(0);
+    _values.nextPage = nextPage.integer();
+    _values.previousPage = previousPage.integer();
+    _values.pageSize = size.integer().value_or(0);
+    _values.nextAfter = nextAfter.integer().value_or(0);
+    _values.title = textOf(title);
+    _values.anchor = anchor.text() ? textOf(anchor) : anchor.numberText();
+    _values.backAnchor = textOf(backAnchor);
+    _values.displayCount = displayCount.integer().value_or(0);
 }
 
 std::optional<Parameters> Metadata::nextPageParameters(std::int64_t size) const {
-    return pageParameters(_nextPage, "anchor", size);
+    return pageParameters(_values.nextPage, "anchor", size);
 }
 
 std::optional<Parameters> Metadata::previousPageParameters(std::int64_t size) const {
-    return pageParameters(_previousPage, "backAnchor", size);
+    return pageParameters(_values.previousPage, "backAnchor", size);
 }
 
 std::optional<Parameters> Metadata::pageParameters(const std::optional<std::int64_t>& page,
@@ -33,8 +33,8 @@ std::optional<Parameters> Metadata::pageParameters(const std::optional<std::int6
     if (page) {
         parameters.emplace("page", *page);
     }
-    if (_anchor && !_anchor->empty()) {
-        parameters.emplace(anchorKey, *_anchor);
+    if (_values.anchor && !_values.anchor->empty()) {
+        parameters.emplace(anchorKey, *_values.anchor);
     }
     if (parameters.empty()) {
         return std::nullopt;

@@ -192,7 +192,7 @@ TEST_F(ActionsAtService, LoopsAreSentOneRecordAtATime) {
     const double before = secondsNow();
     const std::int64_t counts[] = {5, 7};
     for (const int time : {1, 2}) {
-        endpoint->submit(counts[time - 1], *post);
+        endpoint->submit(counts[time - 1], post);
         EXPECT_TRUE(runUntil([&] { return lines == time; }));
     }
     const double after = secondsNow();
@@ -314,7 +314,7 @@ TEST_F(ParallelAtService, SixtyFourThreadsActThroughOneSession) {
                     ++completed[4];
                     failures += error ? 1 : 0;
                 });
-                loops->submit(2, *post);
+                loops->submit(2, post);
                 const auto own = Endpoint::create(session);
                 own->setPath("timelines/all");
                 own->setParameters({{"size", 3}});

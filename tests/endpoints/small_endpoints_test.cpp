@@ -146,7 +146,7 @@ TEST_F(SoundboardEndpointTest, OneSoundWithoutIdentifierFailsTheCall) {
 
 class LoopsEndpointTest : public RegistrySessionTest {
 protected:
-    LoopsEndpointTest() { post.postId = "1234567890"; }
+    LoopsEndpointTest() { post->postId = "1234567890"; }
 
     /// The one record of the last body; checks what surrounds it.
     std::map<std::string, std::string> lastRecord() const {
@@ -168,7 +168,7 @@ protected:
     }
 
     std::shared_ptr<LoopsEndpoint> endpoint = LoopsEndpoint::create();
-    KLWatchPost post;
+    const std::shared_ptr<KLWatchPost> post = std::make_shared<KLWatchPost>();
 };
 
 TEST_F(LoopsEndpointTest, APostWithoutIdentifierSendsNothing) {
@@ -176,8 +176,9 @@ TEST_F(LoopsEndpointTest, APostWithoutIdentifierSendsNothing) {
     EXPECT_EQ(endpoint->method(), Method::POST);
     EXPECT_EQ(endpoint->parameterEncoding(), ParameterEncoding::JSON);
     EXPECT_TRUE(endpoint->parameters().empty());
-    post.postId.reset();
+    post->postId.reset();
     endpoint->submit(5, post);
+    endpoint->submit(5, nullptr);
     EXPECT_TRUE(transport->requests().empty());
     passThrough();
     EXPECT_TRUE(lines.empty());
@@ -186,7 +187,7 @@ TEST_F(LoopsEndpointTest, APostWithoutIdentifierSendsNothing) {
 TEST_F(LoopsEndpointTest, EachCallIsARequestOfItsOwnWithCountAndIdentifierAsGiven) {
     std::size_t calls = 0;
     for (const char* id : {"1234567890", "2", ""}) {
-        post.postId = id;
+        post->postId = id;
         for (const std::int64_t count : {std::int64_t{0}, std::int64_t{-3}, INT64_MAX, INT64_MIN}) {
             endpoint->submit(count, post);
             EXPECT_EQ(transport->requests().size(), ++calls);

@@ -77,6 +77,15 @@ const char* const pageP = R"({"count":11,"nextPage":12,"previousPage":13,"size":
 
 } // namespace
 
+TEST(MetadataTest, IsMadeOfValuesWithoutJSON) {
+    const Metadata metadata({.count = 10, .nextPage = 2, .title = "Loops"});
+    EXPECT_EQ(metadata.count(), 10);
+    EXPECT_EQ(metadata.nextPage(), 2);
+    EXPECT_EQ(metadata.previousPage(), std::nullopt);
+    EXPECT_EQ(metadata.title(), "Loops");
+    EXPECT_EQ(metadata.nextPageParameters(5), (Parameters{{"page", 2}, {"size", 5}}));
+}
+
 TEST(MetadataTest, EveryKeyWithEveryKindOfValue) {
     checkKeys<Metadata>([](const JsonObject& json) { return std::make_shared<Metadata>(json); },
                         pageRules<Metadata>(absent));

@@ -4,10 +4,13 @@
 #include <KeloAPI/model/KLChannel.hpp>
 #include <KeloAPI/model/KLPagedData.hpp>
 #include <KeloAPI/model/KLPagedDataParser.hpp>
+#include <KeloAPI/model/KLWatchPost.hpp>
+#include <KeloAPI/model/KLWatchUser.hpp>
 #include <KeloAPI/parsing/AnyObjectJsonParser.hpp>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <type_traits>
 
 namespace KeloAPI::testing {
@@ -282,6 +285,20 @@ static_assert(
 TEST(PagedDataParserDeathTest, WithoutAnItemParserStopsTheProcess) {
     EXPECT_DEATH(KLPagedDataParser<NamedParser>(nullptr),
                  "^KeloAPI: contract violated: a parser of paged data needs an item parser\n$");
+}
+
+TEST(PagedDataTest, GivesItsElementsTypedAndTakesThemInAnotherOrder) {
+    const auto user = std::make_shared<KLWatchUser>();
+    const auto one = std::make_shared<KLWatchPost>();
+    const auto two = std::make_shared<KLWatchPost>();
+    one->postId = "1";
+    two->postId = "2";
+    KLPagedData list({one, user, two});
+    EXPECT_THAT(list.as<KLWatchPost>(), ::testing::ElementsAre(one, two));
+    EXPECT_THAT(list.as<Object>(), ::testing::SizeIs(3));
+    std::reverse(list.begin(), list.end());
+    EXPECT_THAT(list.as<KLWatchPost>(), ::testing::ElementsAre(two, one));
+    EXPECT_EQ(list.metadata()->count(), 3);
 }
 
 TEST(PagedDataParserTest, ReadsRecordsAndMetadataAndLeavesOutRecordsThatFail) {

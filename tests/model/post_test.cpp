@@ -214,7 +214,7 @@ constexpr const char* overflow = "^KeloAPI: contract violated: loop count overfl
 
 /// A snapshot taken so long ago.
 std::shared_ptr<LoopData> snapshot(double velocity, std::chrono::microseconds age) {
-    auto data = std::make_shared<LoopData>(Number::of(100), Number::of(velocity));
+    auto data = std::make_shared<LoopData>(100, velocity);
     data->created = Date::now() - age;
     return data;
 }

@@ -112,7 +112,7 @@ void submitLoops(const HostPointer& host, const Arguments& arguments) {
             host->showDone("reported " + std::to_string(count) + " loops of post", *post->postId);
         });
     };
-    Endpoint::make<AnsweredLoopsEndpoint>(completion)->submit(count, *post);
+    Endpoint::make<AnsweredLoopsEndpoint>(completion)->submit(count, post);
 }
 
 } // namespace KeloHost

@@ -64,7 +64,7 @@ KELO_REFUSES("init(session:)", initWithSession, Session *, session)
 }
 
 - (void)submitWithCount:(NSInteger)count post:(KLWatchPost *)post {
-    native(self).submit(count, *required<KeloAPI::KLWatchPost>(post, @"post"));
+    native(self).submit(count, required<KeloAPI::KLWatchPost>(post, @"post"));
 }
 
 @end
