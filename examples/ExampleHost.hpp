@@ -1,27 +1,49 @@
 // The delegate of the example hosts: where the service is and who the user is comes from the
-// environment; nothing else is told, and nobody is there to sign in again.
+// environment; nothing else is told, and nobody is there to sign in again unless a host derives
+// from it. The library's diagnostic lines go to standard error.
 #pragma once
 
 #include <KeloAPI/KeloAPI.hpp>
 
 #include <cstdlib>
 #include <fstream>
+#include <iostream>
 #include <iterator>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
-class ExampleHost final : public KeloAPI::BasicSessionDelegate {
+class ExampleHost : public KeloAPI::BasicSessionDelegate {
 public:
     /// Makes one the delegate of the library's sessions.
-    static void use() {
-        const auto host = std::make_shared<ExampleHost>();
+    static void use() { use(std::make_shared<ExampleHost>()); }
+    static void use(const std::shared_ptr<ExampleHost>& host) {
+        KeloAPI::Diagnostics::setSink([](std::string_view line) { std::clog << line << '\n'; });
         KeloAPI::Api::setSessionDelegate(host);
-        host->pinCertificate();
+        useManager();
     }
 
-    std::optional<std::string> hostForSession(KeloAPI::Session&) override { return _host; }
+    /// Gives the library's sessions managers with these settings. The certificate that KELO_PIN
+    /// names or that `kelo serve` made, where there is one, is accepted beside those that are built
+    /// into the library.
+    static void useManager(const KeloAPI::TransportSettings& settings = {}) {
+        using namespace KeloAPI;
+        const std::string state =
+            fromEnvironment("XDG_STATE_HOME", fromEnvironment("HOME", "") + "/.local/state");
+        std::ifstream file(fromEnvironment("KELO_PIN", state + "/kelo-service/certificate.pem"));
+        const std::string pem(std::istreambuf_iterator<char>(file), {});
+        std::vector<Certificate> pins = Certificates::chain();
+        if (const auto certificate = Certificate::fromPEM(pem)) {
+            pins.push_back(*certificate);
+        }
+        const ServerTrustPolicyManager trust({{service(), PinCertificates{std::move(pins)}}});
+        for (const SessionType type : {SessionType::Authenticated, SessionType::UnAuthenticated}) {
+            Api::session(type)->setSessionManager(std::make_shared<Manager>(trust, settings));
+        }
+    }
+
+    std::optional<std::string> hostForSession(KeloAPI::Session&) override { return service(); }
     std::optional<std::string> sessionKeyForSession(KeloAPI::Session&) override {
         return fromEnvironment("KELO_SESSION", "kelo-development-session");
     }
@@ -31,23 +53,5 @@ private:
         const char* value = std::getenv(name);
         return value != nullptr ? value : otherwise;
     }
-
-    /// The certificate that KELO_PIN names or that `kelo serve` made, where there is one, is
-    /// accepted beside those that are built into the library.
-    void pinCertificate() const {
-        using namespace KeloAPI;
-        const std::string state =
-            fromEnvironment("XDG_STATE_HOME", fromEnvironment("HOME", "") + "/.local/state");
-        std::ifstream file(fromEnvironment("KELO_PIN", state + "/kelo-service/certificate.pem"));
-        const std::string pem(std::istreambuf_iterator<char>(file), {});
-        if (const auto certificate = Certificate::fromPEM(pem)) {
-            std::vector<Certificate> pins = Certificates::chain();
-            pins.push_back(*certificate);
-            const ServerTrustPolicyManager trust({{_host, PinCertificates{std::move(pins)}}});
-            Api::session(SessionType::Authenticated)
-                ->setSessionManager(std::make_shared<Manager>(trust));
-        }
-    }
-
-    const std::string _host = fromEnvironment("KELO_HOST", "localhost:8443");
+    static std::string service() { return fromEnvironment("KELO_HOST", "localhost:8443"); }
 };

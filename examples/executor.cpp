@@ -53,7 +53,6 @@ int main() {
     Framework framework;
     MainQueue::main().setExecutor(
         [&framework](MainQueue::Task task) { framework.runOnMainThread(std::move(task)); });
-    Diagnostics::setSink([](std::string_view line) { std::clog << line << '\n'; });
     ExampleHost::use();
     bool ok = false;
     MeEndpoint::create()->get([&](const MeResult& result) {

@@ -27,7 +27,6 @@ struct UnrefLoop {
 } // namespace
 
 int main() {
-    Diagnostics::setSink([](std::string_view line) { std::clog << line << '\n'; });
     ExampleHost::use();
     const std::unique_ptr<GMainLoop, UnrefLoop> loop(g_main_loop_new(nullptr, FALSE));
     const guint queue = g_unix_fd_add(MainQueue::main().fileDescriptor(), G_IO_IN, &drain, nullptr);

@@ -27,7 +27,6 @@ void clear(int timer) {
 } // namespace
 
 int main() {
-    Diagnostics::setSink([](std::string_view line) { std::clog << line << '\n'; });
     ExampleHost::use();
     bool done = false;
     bool ok = false;

@@ -1,8 +1,11 @@
 """The example hosts, run against the real stand-in as their readers would run them."""
 
+import json
 import os
+import plistlib
 import re
 import shutil
+import subprocess
 import tempfile
 import unittest
 import urllib.parse
@@ -12,13 +15,31 @@ from service import BIN, CERTIFICATES, KEY
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 
-# The GLib host is built where GLib is.
-LOOPS = ["poll-loop", "executor"]
-if os.path.exists(f"{BIN}/example-glib-loop"):
-    LOOPS.append("glib-loop")
+# The hosts with loops of GLib and Qt are built where these are.
+LOOPS = [loop for loop in ("poll-loop", "executor", "glib-loop", "qt-loop")
+         if os.path.exists(f"{BIN}/example-{loop}")]
 
 
 class Examples(Case):
+    def setUp(self):
+        super().setUp()
+        self.folder = self.enterContext(tempfile.TemporaryDirectory(prefix="kelo-"))
+
+    def example(self, name, *arguments, **environment):
+        return self.run_program(f"{BIN}/example-{name}", *arguments, **environment)
+
+    def prints(self, said, name, *arguments, **environment):
+        done = self.example(name, *arguments, **environment)
+        self.assertEqual((done.returncode, done.stdout), (0, said), done)
+        return done
+
+    def refuses_arguments(self, *names):
+        for name in names:
+            with self.subTest(example=name):
+                done = self.example(name)
+                self.assertEqual((done.returncode, done.stdout), (2, ""))
+                self.assertIn(f"example-{name} ", done.stderr)
+
     def test_the_first_program_of_the_readme(self):
         with open(f"{ROOT}/README.md") as readme, open(f"{ROOT}/examples/timeline.cpp") as source:
             printed = re.search(r"```cpp\n(.*?)```", readme.read(), re.S)[1]
@@ -36,9 +57,8 @@ class Examples(Case):
     def test_loops(self):
         for example in LOOPS:
             with self.subTest(example=example):
-                done = self.run_program(f"{BIN}/example-{example}",
-                                        KELO_SESSION=self.service.session("kofi"))
-                self.assertEqual((done.returncode, done.stdout), (0, "Signed in as kofi\n"))
+                self.prints("Signed in as kofi\n", example,
+                            KELO_SESSION=self.service.session("kofi"))
 
     def test_failure(self):
         for example in ("timeline", *LOOPS):
@@ -48,8 +68,133 @@ class Examples(Case):
                 self.assertEqual(done.returncode, 1)
 
     def test_offline(self):
-        done = self.run_program(f"{BIN}/example-offline-test", KELO_HOST="localhost:1")
+        done = self.example("offline-test", KELO_HOST="localhost:1")
         self.assertEqual((done.returncode, done.stdout.count("ok  "), done.stderr), (0, 3, ""))
+
+    def test_own_service(self):
+        for certificate, told in (("development-1", (0, "Signed in as mara\n")),
+                                  ("development-2", (1, ""))):
+            done = self.example("own-service", self.service.host,
+                                f"{CERTIFICATES}/{certificate}.pem")
+            self.assertEqual((done.returncode, done.stdout), told, done)
+        self.assertIn("This is not the service that was expected.", done.stderr)
+        self.assertEqual([headers["X-Kelo-Client"] for headers in self.service.headers("/users/me")],
+                         ["linux/1.0"])
+
+    def test_signing_in(self):
+        done = self.prints("Signed in as kofi\n", "signing-in", "kofi", PASSWORD,
+                           KELO_SESSION=self.service.expired_session())
+        self.assertEqual(len(self.service.seen("/users/me")), 2, done)
+        done = self.example("signing-in", "kofi", "no",
+                            KELO_SESSION=self.service.expired_session())
+        self.assertEqual((done.returncode, done.stdout), (1, ""))
+
+    def test_a_captcha(self):
+        key, url = self.service.captcha_session()
+        with subprocess.Popen([f"{BIN}/example-signing-in", "mara", PASSWORD],
+                              stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                              stderr=subprocess.DEVNULL, text=True,
+                              env={**self.environment, "KELO_SESSION": key}) as program:
+            self.assertEqual(program.stdout.readline(), f"Solve {url} and press Enter\n")
+            self.service.solve(url)
+            said, _ = program.communicate("\n", timeout=60)
+        self.assertEqual((program.returncode, said), (0, "Signed in as mara\n"))
+        # Nobody solves this one.
+        key, url = self.service.captcha_session()
+        done = self.example("signing-in", "mara", PASSWORD, KELO_SESSION=key)
+        self.assertEqual((done.returncode, done.stdout), (1, f"Solve {url} and press Enter\n"))
+
+    def test_paging(self):
+        captions = [post["caption"] for post in self.json("timeline", "popular", "--pages", "3")]
+        self.assertGreater(len(captions), 10)
+        self.prints("".join(f"{caption}\n" for caption in captions), "paging", "popular", "3")
+        # A feed that ends before, and one that breaks off behind its first page.
+        self.prints("", "paging", "empty", "3")
+        self.service.fault("/timelines/popular", skip=1, type="error", code=500, message="No.")
+        done = self.example("paging", "popular", "3")
+        self.assertEqual((done.returncode, done.stdout.splitlines()), (1, captions[:5]))
+
+    def test_own_endpoint(self):
+        post = self.json("timeline", "popular")[0]["postId"]
+        done = self.example("own-endpoint", post)
+        counts, text = done.stdout.splitlines()
+        sent = json.loads(self.service.fetch(f"posts/{post}"))["data"]
+        wanted = f"{sent['loops']['count']} loops, {sent['likes']['count']} likes"
+        self.assertEqual((done.returncode, counts), (0, wanted))
+        self.assertEqual(json.loads(text)["data"]["longformId"], "lf-unseen")
+        self.service.answer(f"/posts/{post}", {"loops": {"count": 1}})
+        done = self.example("own-endpoint", post)
+        self.assertEqual((done.returncode, done.stdout), (1, ""))
+        self.assertIn("KeloAPI.JsonParseError 3", done.stderr)
+
+    def test_downloads(self):
+        posts = self.json("timeline", "popular")
+        paths = [urllib.parse.urlsplit(post["videoUrl"]).path for post in posts]
+        names = [path.rsplit("/", 1)[1] for path in paths]
+        done = self.example("downloads", self.folder, "100")
+        self.assertEqual((done.returncode, sorted(done.stdout.splitlines())),
+                         (0, sorted(f"{self.folder}/{name}" for name in names)))
+        self.assertRegex(done.stderr, r"\d+ of \d+ bytes")
+        # The second time all are there; afterwards the newest two are, and one more.
+        self.example("downloads", self.folder, "2")
+        self.assertEqual([len(self.service.seen(path)) for path in paths], [1] * len(paths))
+        self.assertEqual(len(os.listdir(self.folder)), 3)
+
+    def test_uploads(self):
+        path = urllib.parse.urlsplit(self.json("timeline", "popular")[0]["videoUrl"]).path
+        video = self.service.fetch(path[1:])
+        # A box that players pass over makes it more than one segment.
+        size = 300_000
+        video += size.to_bytes(4, "big") + b"free" + bytes(size - 8)
+        self.service.set("processing-time", seconds=0.2)
+        file = f"{self.folder}/video.mp4"
+        for content, told in ((video, (0, "succeeded\n")), (b"no video", (1, "failed\n"))):
+            with open(file, "wb") as stream:
+                stream.write(content)
+            done = self.example("uploads", file)
+            self.assertEqual((done.returncode, done.stdout), told, done)
+        sizes = [[segment["bytes"] for segment in upload["segments"]]
+                 for upload in self.service.control("GET", "_service/uploads")["uploads"]]
+        self.assertEqual(sizes, [[256 << 10, len(video) - (256 << 10)], [8]])
+
+    def test_archives(self):
+        self.prints("Dance\nThe loop is seamless (Dance)\n", "archives", self.folder)
+        with open(f"{self.folder}/draft", "rb") as file:
+            self.assertEqual(plistlib.load(file)["$archiver"], "NSKeyedArchiver")
+        done = self.example("archives", f"{self.folder}/nowhere")
+        self.assertEqual((done.returncode, done.stdout), (1, ""))
+
+    def test_limits(self):
+        self.prints("14 sounds\n", "limits")
+        self.prints("Cancelled.\n", "limits", "cancel")
+        self.service.fault("/soundboard", times=2, type="status", status=503)
+        self.prints("14 sounds\n", "limits")
+        self.assertEqual(self.service.fired(), [2])
+        self.service.fault("/soundboard", type="stall")
+        self.prints("The service is not answering.\n", "limits")
+
+    def test_errors(self):
+        later = "Something went wrong. Try again later.\n"
+        self.prints("Signed in\n", "errors")
+        self.prints("Check your connection and try again.\n", "errors", KELO_HOST="localhost:1")
+        self.prints("Sign in again.\n", "errors", KELO_SESSION=self.service.expired_session())
+        faults = ((later, "KeloAPI.JsonSyntax", {"type": "body", "body": "{"}),
+                  (later, "kelo.example -1", {"type": "body", "body": "{}"}),
+                  ("It is full.\n", "kelo.example 507",
+                   {"type": "error", "code": 507, "message": "It is full."}))
+        for said, logged, fault in faults:
+            with self.subTest(**fault):
+                self.service.fault("/users/me", **fault)
+                self.assertIn(logged, self.prints(said, "errors").stderr)
+
+    def test_phone(self):
+        place = f"{self.folder}/group.example.kelo/videos/"
+        self.prints(f"{place}\n", "phone", self.folder)
+        self.assertTrue(os.path.isdir(place))
+
+    def test_arguments(self):
+        self.refuses_arguments("own-service", "signing-in", "paging", "own-endpoint", "downloads",
+                               "uploads", "archives", "phone")
 
 
 # Built where the Objective-C face is.
