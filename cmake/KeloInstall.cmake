@@ -52,8 +52,11 @@ foreach(package KeloAPI:kelo-api KeloAPIObjC:kelo-api-objc)
   endif()
 endforeach()
 
-install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR})
+# The documents and the examples that they lead to lie beside each other.
+set(kelo_doc_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/kelo-api)
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${kelo_doc_dir})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples
+  DESTINATION ${kelo_doc_dir} PATTERN site EXCLUDE)
 
 # The executables find the library beside them, wherever the tree lies.
 file(RELATIVE_PATH kelo_bin_to_lib ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})

@@ -94,6 +94,10 @@ class Library(unittest.TestCase):
         self.assertEqual(dynamic("RUNPATH") + dynamic("RPATH"), [])
         self.assertIsNotNone(shutil.which("readelf"))
 
+    def test_comes_with_its_documents(self):
+        docs = package.installed("getting-started.md").parent
+        self.assertTrue((docs.parent / "examples/timeline.cpp").is_file())
+
 
 if __name__ == "__main__":
     unittest.main()

@@ -1,0 +1,113 @@
+"""The pages in docs/ against the sources: their code is that of examples that are built and run, and
+the tables of errors have every code."""
+
+import pathlib
+import re
+import textwrap
+import unittest
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+# Where the code of each kind comes from.
+SOURCES = {
+    "cpp": sorted((ROOT / "examples").glob("*.cpp")),
+    "objc": sorted((ROOT / "examples/objc").glob("*.[hm]")),
+    "cmake": sorted((ROOT / "tests/package/consumer").glob("CMakeLists.txt")),
+}
+
+
+def text(path):
+    return (ROOT / path).read_text()
+
+
+def stands_in(block, source):
+    """Whether the lines are lines of the source, deeper or not."""
+    return any("\n" + textwrap.indent(block, " " * depth) in "\n" + source
+               for depth in range(0, 33, 2))
+
+
+def rows(page, heading):
+    """The tables below a heading, as lists of cells, without the headings of the columns."""
+    section = re.split(r"^## ", page, flags=re.M)
+    section = next(part for part in section if part.startswith(heading))
+    lines = re.findall(r"^\| (.*) \|$", section, re.M)
+    return [line.split(" | ") for line in lines if "---" not in line]
+
+
+def cases(header, enumeration):
+    """The codes of an enumeration, by name."""
+    body = re.search(rf"enum {enumeration}\b[^{{]*{{(.*?)^ *}};", text(header), re.S | re.M)[1]
+    found, following = {}, 0
+    for name, value in re.findall(r"^ *([A-Z]\w*)(?: = (-?\d+))?,$", body, re.M):
+        found[name] = int(value) if value else following
+        following = found[name] + 1
+    return found
+
+
+class Code(unittest.TestCase):
+    def test_every_block_is_part_of_an_example(self):
+        count = 0
+        for page in sorted((ROOT / "docs").glob("*.md")):
+            for kind, block in re.findall(r"^```(\w*)\n(.*?)^```$", page.read_text(), re.S | re.M):
+                with self.subTest(page=page.name, block=block):
+                    count += 1
+                    self.assertIn(kind, (*SOURCES, "sh"))
+                    self.assertTrue(kind == "sh" or any(
+                        stands_in(block, source.read_text()) for source in SOURCES[kind]))
+        self.assertGreater(count, 30)
+
+    def test_every_example_has_its_page(self):
+        pages = "".join(page.read_text() for page in (ROOT / "docs").glob("*.md"))
+        for example in SOURCES["cpp"]:
+            self.assertIn(f"(../examples/{example.name})", pages)
+
+
+class Errors(unittest.TestCase):
+    page = text("docs/errors.md")
+
+    def assert_table(self, heading, header, enumeration):
+        codes = cases(header, enumeration)
+        self.assertGreater(len(codes), 4)
+        table = {row[1].strip("`"): int(row[0]) for row in rows(self.page, heading)
+                 if row[0] != "Code"}
+        self.assertEqual(table, codes)
+
+    def test_http(self):
+        self.assert_table("HTTP", "KeloAPI/http/HTTPError.hpp", "class HTTPErrorCode")
+
+    def test_parsers(self):
+        self.assert_table("Parsers", "KeloAPI/parsing/JsonParseError.hpp", "Case")
+
+    def test_every_row_has_a_cause_and_a_cure(self):
+        for heading in ("HTTP", "The service", "Parsers"):
+            for row in rows(self.page, heading):
+                with self.subTest(row=row):
+                    self.assertTrue(all(row) or "reserved" in row[2])
+
+    def test_domains_and_texts_of_the_envelope(self):
+        sources = [path.read_text() for path in sorted((ROOT / "KeloAPI").rglob("*.[ch]pp"))]
+        domains = set(re.findall(r'[dD]omain\w* = ("[^"]+")', "\n".join(sources)))
+        self.assertGreaterEqual(domains, {'"KeloAPI.HTTP"', '"KeloAPI.Exception"', '"libcurl"'})
+        envelope = text("KeloAPI/api/ResponseEnvelope.cpp")
+        texts = set(re.findall(r'envelopeError\(("[^"]+")', envelope))
+        self.assertEqual(len(texts), 3)
+        for said in domains | texts:
+            self.assertIn(said, self.page)
+
+    def test_service_codes(self):
+        """Those on which the library acts."""
+        for file in ("api/Endpoint.cpp", "api/ResponseEnvelope.cpp", "endpoints/UserEndpoint.cpp"):
+            for code in re.findall(r"\b[1-9]\d\d\b", text(f"KeloAPI/{file}")):
+                self.assertRegex(self.page, rf"\| (\d+, )?{code}[ ,]")
+
+    def test_contracts(self):
+        """Each text of the page is one of the library's."""
+        library = "\n".join(path.read_text() for path in (ROOT / "KeloAPI").rglob("*.[ch]pp"))
+        contracts = re.findall(r'(?:require|contractViolation)\([^;]*?("[^"]+")', library)
+        said = [part for row in rows(self.page, "Contracts")
+                for part in re.findall(r'"[^"]+"', row[0])]
+        self.assertGreater(len(said), 15)
+        self.assertEqual(set(said) - set(contracts), set())
+
+
+if __name__ == "__main__":
+    unittest.main()
