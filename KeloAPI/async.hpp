@@ -242,25 +242,25 @@ Call<R> callWithoutHandle(Send send, Wait wait) {
 
 } // namespace detail
 
-inline Call<MeResult> fetch(std::shared_ptr<MeEndpoint> endpoint, Wait wait = Wait::First) {
+inline Call<MeResult> fetch(const std::shared_ptr<MeEndpoint>& endpoint, Wait wait = Wait::First) {
     return detail::callWithoutHandle<MeResult>(
         [endpoint](auto completion) { endpoint->get(std::move(completion)); }, wait);
 }
 
-inline Call<TimelineResult> fetch(std::shared_ptr<TimelineEndpoint> endpoint,
+inline Call<TimelineResult> fetch(const std::shared_ptr<TimelineEndpoint>& endpoint,
                                   Wait wait = Wait::First) {
     return detail::callWithoutHandle<TimelineResult>(
         [endpoint](auto completion) { endpoint->fetch(std::move(completion)); }, wait);
 }
 
 template <class P>
-Call<PostActionResult<typename P::T>> toggle(std::shared_ptr<PostActionEndpoint<P>> endpoint,
+Call<PostActionResult<typename P::T>> toggle(const std::shared_ptr<PostActionEndpoint<P>>& endpoint,
                                              bool on, Wait wait = Wait::First) {
     return detail::callWithoutHandle<PostActionResult<typename P::T>>(
         [endpoint, on](auto completion) { endpoint->toggle(on, std::move(completion)); }, wait);
 }
 
-inline Call<UserResult> setFollowingOnTwitter(std::shared_ptr<UserEndpoint> endpoint,
+inline Call<UserResult> setFollowingOnTwitter(const std::shared_ptr<UserEndpoint>& endpoint,
                                               bool following, Wait wait = Wait::First) {
     return detail::callWithoutHandle<UserResult>(
         [endpoint, following](auto completion) {
@@ -270,8 +270,8 @@ inline Call<UserResult> setFollowingOnTwitter(std::shared_ptr<UserEndpoint> endp
 }
 
 /// The destination becomes the file. See `FileEndpoint::download`.
-inline Call<FileDownloadResult> download(std::shared_ptr<FileEndpoint> endpoint, URL destination,
-                                         Wait wait = Wait::First) {
+inline Call<FileDownloadResult> download(const std::shared_ptr<FileEndpoint>& endpoint,
+                                         const URL& destination, Wait wait = Wait::First) {
     return detail::callWithoutHandle<FileDownloadResult>(
         [endpoint, destination](auto completion) {
             endpoint->download(destination, std::move(completion));
@@ -280,28 +280,28 @@ inline Call<FileDownloadResult> download(std::shared_ptr<FileEndpoint> endpoint,
 }
 
 inline Call<Result<std::vector<std::shared_ptr<SoundboardSound>>>>
-fetchSounds(std::shared_ptr<SoundboardEndpoint> endpoint, Wait wait = Wait::First) {
+fetchSounds(const std::shared_ptr<SoundboardEndpoint>& endpoint, Wait wait = Wait::First) {
     return detail::callWithValue<std::vector<std::shared_ptr<SoundboardSound>>>(
         [endpoint](auto completion) { return endpoint->fetchSounds(std::move(completion)); }, wait);
 }
 
 /// Null views where the response held none.
 inline Call<Result<std::shared_ptr<KLLongformViews>>>
-fetchViews(std::shared_ptr<LongformViewsEndpoint> endpoint, Wait wait = Wait::First) {
+fetchViews(const std::shared_ptr<LongformViewsEndpoint>& endpoint, Wait wait = Wait::First) {
     return detail::callWithValue<std::shared_ptr<KLLongformViews>>(
         [endpoint](auto completion) { return endpoint->fetchViews(std::move(completion)); }, wait);
 }
 
 /// Absent without an error.
-inline Call<std::optional<Error>> submitView(std::shared_ptr<LongformViewsEndpoint> endpoint,
+inline Call<std::optional<Error>> submitView(const std::shared_ptr<LongformViewsEndpoint>& endpoint,
                                              Wait wait = Wait::First) {
     return Call<std::optional<Error>>(
         [endpoint](auto completion) { return endpoint->submitView(std::move(completion)); }, wait);
 }
 
-inline Call<RecommendationResult> addUserFeedback(std::shared_ptr<RecommendationsEndpoint> endpoint,
-                                                  std::string userId, RecommendationBoost boost,
-                                                  Wait wait = Wait::First) {
+inline Call<RecommendationResult>
+addUserFeedback(const std::shared_ptr<RecommendationsEndpoint>& endpoint, const std::string& userId,
+                RecommendationBoost boost, Wait wait = Wait::First) {
     return detail::callWithoutHandle<RecommendationResult>(
         [endpoint, userId, boost](auto completion) {
             endpoint->addUserFeedback(userId, boost, std::move(completion));
@@ -309,9 +309,9 @@ inline Call<RecommendationResult> addUserFeedback(std::shared_ptr<Recommendation
         wait);
 }
 
-inline Call<RecommendationResult> addPostFeedback(std::shared_ptr<RecommendationsEndpoint> endpoint,
-                                                  std::string postId, RecommendationBoost boost,
-                                                  Wait wait = Wait::First) {
+inline Call<RecommendationResult>
+addPostFeedback(const std::shared_ptr<RecommendationsEndpoint>& endpoint, const std::string& postId,
+                RecommendationBoost boost, Wait wait = Wait::First) {
     return detail::callWithoutHandle<RecommendationResult>(
         [endpoint, postId, boost](auto completion) {
             endpoint->addPostFeedback(postId, boost, std::move(completion));
@@ -321,7 +321,7 @@ inline Call<RecommendationResult> addPostFeedback(std::shared_ptr<Recommendation
 
 using UploadResult = Result<std::shared_ptr<KLVideoUpload>>;
 
-inline Call<UploadResult> initiateUpload(std::shared_ptr<LongformUploadEndpoint> endpoint,
+inline Call<UploadResult> initiateUpload(const std::shared_ptr<LongformUploadEndpoint>& endpoint,
                                          std::int64_t totalBytes, Wait wait = Wait::First) {
     return detail::callWithValue<std::shared_ptr<KLVideoUpload>>(
         [endpoint, totalBytes](auto completion) {
@@ -331,10 +331,9 @@ inline Call<UploadResult> initiateUpload(std::shared_ptr<LongformUploadEndpoint>
 }
 
 /// Absent without an error.
-inline Call<std::optional<Error>> uploadSegment(std::shared_ptr<LongformUploadEndpoint> endpoint,
-                                                std::string mediaId, Data data,
-                                                std::int64_t segmentIndex,
-                                                Wait wait = Wait::First) {
+inline Call<std::optional<Error>>
+uploadSegment(const std::shared_ptr<LongformUploadEndpoint>& endpoint, const std::string& mediaId,
+              const Data& data, std::int64_t segmentIndex, Wait wait = Wait::First) {
     return Call<std::optional<Error>>(
         [endpoint, mediaId, data, segmentIndex](auto completion) {
             return endpoint->uploadSegment(mediaId, data, segmentIndex, std::move(completion));
@@ -342,8 +341,8 @@ inline Call<std::optional<Error>> uploadSegment(std::shared_ptr<LongformUploadEn
         wait);
 }
 
-inline Call<UploadResult> finalizeUpload(std::shared_ptr<LongformUploadEndpoint> endpoint,
-                                         std::string mediaId, Wait wait = Wait::First) {
+inline Call<UploadResult> finalizeUpload(const std::shared_ptr<LongformUploadEndpoint>& endpoint,
+                                         const std::string& mediaId, Wait wait = Wait::First) {
     return detail::callWithValue<std::shared_ptr<KLVideoUpload>>(
         [endpoint, mediaId](auto completion) {
             return endpoint->finalizeUpload(mediaId, std::move(completion));
@@ -351,8 +350,8 @@ inline Call<UploadResult> finalizeUpload(std::shared_ptr<LongformUploadEndpoint>
         wait);
 }
 
-inline Call<UploadResult> checkStatus(std::shared_ptr<LongformUploadEndpoint> endpoint,
-                                      std::string mediaId, Wait wait = Wait::First) {
+inline Call<UploadResult> checkStatus(const std::shared_ptr<LongformUploadEndpoint>& endpoint,
+                                      const std::string& mediaId, Wait wait = Wait::First) {
     return detail::callWithValue<std::shared_ptr<KLVideoUpload>>(
         [endpoint, mediaId](auto completion) {
             return endpoint->checkStatus(mediaId, std::move(completion));
