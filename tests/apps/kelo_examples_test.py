@@ -114,6 +114,14 @@ class Examples(Case):
         done = self.example("paging", "popular", "3")
         self.assertEqual((done.returncode, done.stdout.splitlines()), (1, captions[:5]))
 
+    def test_coroutines(self):
+        captions = [post["caption"] for post in self.json("timeline", "popular", "--pages", "2")]
+        told = ["Signed in as mara", *captions, "14 sounds"]
+        self.prints("".join(f"{line}\n" for line in told), "coroutines", "2")
+        self.service.fault("/timelines/popular", type="error", code=500, message="No.")
+        done = self.example("coroutines", "2")
+        self.assertEqual((done.returncode, done.stdout), (1, "Signed in as mara\n"))
+
     def test_own_endpoint(self):
         post = self.json("timeline", "popular")[0]["postId"]
         done = self.example("own-endpoint", post)
@@ -194,7 +202,7 @@ class Examples(Case):
 
     def test_arguments(self):
         self.refuses_arguments("own-service", "signing-in", "paging", "own-endpoint", "downloads",
-                               "uploads", "archives", "phone")
+                               "uploads", "archives", "phone", "coroutines")
 
 
 # Built where the Objective-C face is.
