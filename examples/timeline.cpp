@@ -19,8 +19,9 @@ struct Host final : BasicSessionDelegate {
 // makes one for itself and says where it is.
 void pinCertificate(const std::string& host) {
     const char* pin = std::getenv("KELO_PIN");
-    const std::string home = std::getenv("HOME");
-    std::ifstream file(pin ? pin : home + "/.local/state/kelo-service/certificate.pem");
+    const char* home = std::getenv("HOME");
+    const std::string state = std::string(home ? home : "") + "/.local/state/kelo-service";
+    std::ifstream file(pin ? pin : state + "/certificate.pem");
     const std::string pem(std::istreambuf_iterator<char>(file), {});
     if (const auto certificate = Certificate::fromPEM(pem)) {
         const ServerTrustPolicyManager trust({{host, PinCertificates{{*certificate}}}});
