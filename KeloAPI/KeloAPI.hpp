@@ -99,3 +99,6 @@
 #include <KeloAPI/queues/Diagnostics.hpp>
 #include <KeloAPI/queues/MainQueue.hpp>
 #include <KeloAPI/queues/SerialQueue.hpp>
+
+/// All names of the library. What stands in `detail` is not for hosts.
+namespace KeloAPI {}

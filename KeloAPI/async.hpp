@@ -100,8 +100,10 @@ public:
         }
     };
 
+    /// Leaves the other one without a coroutine.
     Task(Task&& other) noexcept
         : _coroutine(std::exchange(other._coroutine, nullptr)) {}
+    /// Swaps the two.
     Task& operator=(Task&& other) noexcept {
         std::swap(_coroutine, other._coroutine);
         return *this;
@@ -112,6 +114,7 @@ public:
         }
     }
 
+    /// Whether the coroutine has returned, or an exception has left it.
     bool isDone() const { return _coroutine.done(); }
     /// What the coroutine returned; throws what left it. Once, and only when it is done.
     T result() {
@@ -122,11 +125,12 @@ public:
         return promise.take();
     }
 
-    bool await_ready() const noexcept { return isDone(); }
+    bool await_ready() const noexcept { return isDone(); } ///< For `co_await`.
+    /// For `co_await`.
     void await_suspend(std::coroutine_handle<> waiter) noexcept {
         _coroutine.promise().waiter = waiter;
     }
-    T await_resume() { return result(); }
+    T await_resume() { return result(); } ///< For `co_await`: as `result`.
 
 private:
     explicit Task(std::coroutine_handle<promise_type> coroutine)
@@ -141,13 +145,15 @@ private:
 template <class R>
 class [[nodiscard]] Call {
 public:
-    using Completion = std::function<void(R)>;
+    using Completion = std::function<void(R)>; ///< Takes the result.
+    /// Sends the call, and gives its handle where it has one.
     using Send = std::function<std::shared_ptr<EndpointRequest>(Completion)>;
 
+    /// Sends nothing yet.
     explicit Call(Send send, Wait wait = Wait::First)
         : _send(std::move(send))
         , _wait(wait) {}
-    Call(Call&&) noexcept = default;
+    Call(Call&&) noexcept = default; ///< Not while it is awaited.
     Call& operator=(Call&&) = delete;
     ~Call() {
         if (_waiting && !_waiting->result) {
@@ -158,14 +164,15 @@ public:
         }
     }
 
-    bool await_ready() const noexcept { return false; }
+    bool await_ready() const noexcept { return false; } ///< For `co_await`: it always waits.
+    /// For `co_await`: sends the call.
     void await_suspend(std::coroutine_handle<> coroutine) {
         _waiting = std::make_shared<Waiting>();
         _waiting->coroutine = coroutine;
         _handle = start([waiting = _waiting](R result) { waiting->take(std::move(result)); });
         _waiting->isSent = true;
     }
-    R await_resume() { return *std::move(_waiting->result); }
+    R await_resume() { return *std::move(_waiting->result); } ///< For `co_await`: the result.
 
     /// Sends the call and hands `completion` the one result. Null where the call has no handle.
     std::shared_ptr<EndpointRequest> start(Completion completion) {
@@ -242,17 +249,20 @@ Call<R> callWithoutHandle(Send send, Wait wait) {
 
 } // namespace detail
 
+/// See `MeEndpoint::get`.
 inline Call<MeResult> fetch(const std::shared_ptr<MeEndpoint>& endpoint, Wait wait = Wait::First) {
     return detail::callWithoutHandle<MeResult>(
         [endpoint](auto completion) { endpoint->get(std::move(completion)); }, wait);
 }
 
+/// See `TimelineEndpoint::fetch`.
 inline Call<TimelineResult> fetch(const std::shared_ptr<TimelineEndpoint>& endpoint,
                                   Wait wait = Wait::First) {
     return detail::callWithoutHandle<TimelineResult>(
         [endpoint](auto completion) { endpoint->fetch(std::move(completion)); }, wait);
 }
 
+/// See `PostActionEndpoint::toggle`.
 template <class P>
 Call<PostActionResult<typename P::T>> toggle(const std::shared_ptr<PostActionEndpoint<P>>& endpoint,
                                              bool on, Wait wait = Wait::First) {
@@ -260,6 +270,7 @@ Call<PostActionResult<typename P::T>> toggle(const std::shared_ptr<PostActionEnd
         [endpoint, on](auto completion) { endpoint->toggle(on, std::move(completion)); }, wait);
 }
 
+/// See `UserEndpoint::setFollowingOnTwitter`.
 inline Call<UserResult> setFollowingOnTwitter(const std::shared_ptr<UserEndpoint>& endpoint,
                                               bool following, Wait wait = Wait::First) {
     return detail::callWithoutHandle<UserResult>(
@@ -279,6 +290,7 @@ inline Call<FileDownloadResult> download(const std::shared_ptr<FileEndpoint>& en
         wait);
 }
 
+/// See `SoundboardEndpoint::fetchSounds`.
 inline Call<Result<std::vector<std::shared_ptr<SoundboardSound>>>>
 fetchSounds(const std::shared_ptr<SoundboardEndpoint>& endpoint, Wait wait = Wait::First) {
     return detail::callWithValue<std::vector<std::shared_ptr<SoundboardSound>>>(
@@ -299,6 +311,7 @@ inline Call<std::optional<Error>> submitView(const std::shared_ptr<LongformViews
         [endpoint](auto completion) { return endpoint->submitView(std::move(completion)); }, wait);
 }
 
+/// See `RecommendationsEndpoint::addUserFeedback`.
 inline Call<RecommendationResult>
 addUserFeedback(const std::shared_ptr<RecommendationsEndpoint>& endpoint, const std::string& userId,
                 RecommendationBoost boost, Wait wait = Wait::First) {
@@ -309,6 +322,7 @@ addUserFeedback(const std::shared_ptr<RecommendationsEndpoint>& endpoint, const 
         wait);
 }
 
+/// See `RecommendationsEndpoint::addPostFeedback`.
 inline Call<RecommendationResult>
 addPostFeedback(const std::shared_ptr<RecommendationsEndpoint>& endpoint, const std::string& postId,
                 RecommendationBoost boost, Wait wait = Wait::First) {
@@ -319,8 +333,10 @@ addPostFeedback(const std::shared_ptr<RecommendationsEndpoint>& endpoint, const 
         wait);
 }
 
+/// The upload as the service describes it, or the error in its place.
 using UploadResult = Result<std::shared_ptr<KLVideoUpload>>;
 
+/// See `LongformUploadEndpoint::initiateUpload`.
 inline Call<UploadResult> initiateUpload(const std::shared_ptr<LongformUploadEndpoint>& endpoint,
                                          std::int64_t totalBytes, Wait wait = Wait::First) {
     return detail::callWithValue<std::shared_ptr<KLVideoUpload>>(
@@ -341,6 +357,7 @@ uploadSegment(const std::shared_ptr<LongformUploadEndpoint>& endpoint, const std
         wait);
 }
 
+/// See `LongformUploadEndpoint::finalizeUpload`.
 inline Call<UploadResult> finalizeUpload(const std::shared_ptr<LongformUploadEndpoint>& endpoint,
                                          const std::string& mediaId, Wait wait = Wait::First) {
     return detail::callWithValue<std::shared_ptr<KLVideoUpload>>(
@@ -350,6 +367,7 @@ inline Call<UploadResult> finalizeUpload(const std::shared_ptr<LongformUploadEnd
         wait);
 }
 
+/// See `LongformUploadEndpoint::checkStatus`.
 inline Call<UploadResult> checkStatus(const std::shared_ptr<LongformUploadEndpoint>& endpoint,
                                       const std::string& mediaId, Wait wait = Wait::First) {
     return detail::callWithValue<std::shared_ptr<KLVideoUpload>>(

@@ -17,14 +17,16 @@ namespace KeloAPI {
 /// What is reported of a response on the main queue: first the error, if any, to the session, then
 /// the outcome to the caller.
 struct EndpointReport {
-    std::optional<Error> error;
+    std::optional<Error> error; ///< Absent for a success.
+    /// Calls the caller's completion. Never empty.
     std::function<void(const Timeline& timeline)> complete;
 };
 
 /// Reads a response, off the main queue. A retry uses the same reader again.
 struct ResponseReader {
+    /// Makes the report of a response. Never empty, and may be called again.
     std::function<EndpointReport(const ResponseContent& content)> read;
-    ReadingPlace place = ReadingPlace::ResponseQueue;
+    ReadingPlace place = ReadingPlace::ResponseQueue; ///< Where `read` may be called.
 };
 
 /// The base of every API call. A derived class says where a call goes (`path`, `method`,
@@ -36,8 +38,8 @@ struct ResponseReader {
 ///     that moment, on the calling thread, and returns the call's handle at once.
 ///  2. While bytes move, the handle's progress handler is called on the main queue.
 ///  3. The response is parsed off the main thread, in the context called the response queue (a
-///  short
-///     one, by the library's own parser, on the network thread), and one trace line is written.
+///     short one, by the library's own parser, on the network thread), and one trace line is
+///     written.
 ///  4. On the main queue, the service codes 100 and 103 (sign in again) and 419 (captcha) go to
 ///     the session, together with a retry that sends this endpoint's call again from scratch.
 ///  5. Right after that the completion is called: always, exactly once for each send, and never
@@ -57,22 +59,25 @@ public:
     /// Takes the text of a response, or the error in its place.
     using TextCompletion =
         std::function<void(std::optional<std::string> text, std::optional<Error> error)>;
-    using DownloadCompletion = Session::DownloadCompletion;
+    using DownloadCompletion = Session::DownloadCompletion; ///< Takes the end of a download.
 
     /// Where the call goes: a path below the service's root, or a complete URL (a path that holds
     /// "http" anywhere is taken for one). Empty by default.
     virtual const std::string& path() const { return _path; }
+    /// Replaces the path, for calls that are sent from then on. The setters below do the same.
     virtual void setPath(std::string path) { _path = std::move(path); }
     /// `GET` by default.
     virtual Method method() const { return _method; }
-    virtual void setMethod(Method method) { _method = method; }
+    virtual void setMethod(Method method) { _method = method; } ///< Replaces the method.
     /// Into the query string by default.
     virtual ParameterEncoding parameterEncoding() const { return _parameterEncoding; }
+    /// Replaces the encoding.
     virtual void setParameterEncoding(ParameterEncoding parameterEncoding) {
         _parameterEncoding = parameterEncoding;
     }
     /// None by default.
     virtual const Parameters& parameters() const { return _parameters; }
+    /// Replaces all parameters.
     virtual void setParameters(Parameters parameters) { _parameters = std::move(parameters); }
     /// The header fields of the call, each only where the session has a value for it:
     /// "Accept-Language", "User-Agent", "X-Kelo-Client", "kelo-session-id", and "X-Kelo-Polling"

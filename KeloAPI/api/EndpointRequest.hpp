@@ -16,6 +16,7 @@ public:
     /// Called on the main queue as bytes move; looked up at every report, so it may be set while
     /// the call is under way. Empty by default. On the main queue's thread.
     virtual const ProgressHandler& progressHandler() const = 0;
+    /// Replaces the handler; an empty one ends the reports.
     virtual void setProgressHandler(ProgressHandler handler) = 0;
 
     /// Ends the call: its completion hears of `HTTPErrorCode::Cancelled`, once and asynchronously.

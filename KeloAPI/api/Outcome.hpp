@@ -15,13 +15,16 @@ namespace KeloAPI {
 template <class SuccessCase>
 class Outcome {
 public:
-    using Success = SuccessCase;
+    using Success = SuccessCase; ///< The case of a success.
+    /// The case of a failure.
     struct Error {
-        KeloAPI::Error error;
+        KeloAPI::Error error; ///< What went wrong.
     };
 
+    /// A call that went well.
     Outcome(Success success)
         : _case(std::move(success)) {}
+    /// A call that failed.
     Outcome(Error error)
         : _case(std::move(error)) {}
 

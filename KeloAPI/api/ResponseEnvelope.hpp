@@ -32,7 +32,7 @@ readEnvelope(const ResponseContent& content,
 /// A response and its items; none with an error.
 template <class T>
 struct ModelResponse : ResponseEnvelope {
-    std::vector<std::shared_ptr<T>> items;
+    std::vector<std::shared_ptr<T>> items; ///< In the order of the response; none of them null.
 };
 
 /// Reads a response whose records are parsed by `parser`.

@@ -46,7 +46,7 @@ public:
     /// The server of the host that the session has when it first sends is pinned. Always true.
     static constexpr bool certificatePinningEnabled = true;
 
-    explicit Session(SessionType sessionType);
+    explicit Session(SessionType sessionType); ///< Without a delegate; connects to nothing yet.
 
     /// Held weakly: null when there is none or it has gone.
     virtual std::shared_ptr<SessionDelegate> delegate() const;

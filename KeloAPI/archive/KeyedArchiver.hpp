@@ -27,12 +27,14 @@ public:
 
     /// An object that is encoded later, once, and referred to here.
     void encodeObject(const std::shared_ptr<const Archivable>& object, std::string_view key);
+    /// An integer entry, not an object.
     void encodeInt64(std::int64_t value, std::string_view key);
-    void encodeDouble(double value, std::string_view key);
+    void encodeDouble(double value, std::string_view key); ///< A real entry, not an object.
     /// A boolean entry, not an object.
     void encodeBool(bool value, std::string_view key);
     /// To about a tenth of a microsecond in these decades: the archive has doubles.
     void encodeDate(const std::optional<Date>& date, std::string_view key);
+    /// Its whole text, without a base.
     void encodeURL(const std::optional<URL>& url, std::string_view key);
     /// UTF-8. Bytes that are not are replaced by U+FFFD.
     void encodeText(const std::optional<std::string_view>& text, std::string_view key);

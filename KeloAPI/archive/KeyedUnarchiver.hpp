@@ -75,6 +75,7 @@ public:
     std::optional<URL> decodeURL(std::string_view key) const;
     /// UTF-8.
     std::optional<std::string> decodeText(std::string_view key) const;
+    /// Of the kind that the archive has. A boolean counts.
     std::optional<Number> decodeNumber(std::string_view key) const;
     /// Absent also when its end lies beyond 2^63 - 1.
     std::optional<Range> decodeRange(std::string_view key) const;

@@ -27,9 +27,10 @@ public:
         : _owner(std::move(owner))
         , _bytes(bytes) {}
 
+    /// Valid as long as a copy of this object.
     std::span<const std::byte> bytes() const { return _bytes; }
-    std::size_t size() const { return _bytes.size(); }
-    bool empty() const { return _bytes.empty(); }
+    std::size_t size() const { return _bytes.size(); } ///< How many bytes.
+    bool empty() const { return _bytes.empty(); }      ///< Whether there is no byte.
 
     /// The same bytes as characters.
     std::string_view text() const {

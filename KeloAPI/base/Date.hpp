@@ -11,10 +11,12 @@ namespace KeloAPI {
 /// An instant in UTC, to the microsecond: a time point of the system's clock.
 class KELO_API Date : public std::chrono::sys_time<std::chrono::microseconds> {
 public:
+    /// What the standard library knows it as.
     using TimePoint = std::chrono::sys_time<std::chrono::microseconds>;
 
     /// 1970-01-01 00:00.
     constexpr Date() = default;
+    /// The same instant.
     constexpr Date(TimePoint instant)
         : TimePoint(instant) {}
     using TimePoint::TimePoint;

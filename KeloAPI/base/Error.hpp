@@ -19,9 +19,11 @@ inline constexpr std::string_view NSLocalizedDescriptionKey = "NSLocalizedDescri
 /// share their contents. Two errors are equal when domain, code and user info are.
 class KELO_API Error {
 public:
-    using Value = std::variant<Number, std::string, URL>;
+    using Value = std::variant<Number, std::string, URL>; ///< A further fact.
+    /// Facts by name. No key is always there.
     using UserInfo = std::map<std::string, Value, std::less<>>;
 
+    /// Stores everything as given.
     Error(std::string_view domain, std::int64_t code, UserInfo userInfo = {},
           std::optional<Error> underlying = {});
 
@@ -29,9 +31,9 @@ public:
     static Error withMessage(std::string_view domain, std::int64_t code, std::string message,
                              std::optional<Error> underlying = {});
 
-    const std::string& domain() const;
-    std::int64_t code() const;
-    const UserInfo& userInfo() const;
+    const std::string& domain() const; ///< Whose codes these are; see the page on errors.
+    std::int64_t code() const;         ///< What happened; unique within the domain.
+    const UserInfo& userInfo() const;  ///< Further facts; empty for many.
 
     /// The message under `NSLocalizedDescriptionKey`, or a text made of domain and code.
     std::string localizedDescription() const;
@@ -47,6 +49,7 @@ public:
     /// One line with domain, code, message and what lies behind it.
     std::string description() const;
 
+    /// Domain, code and user info are equal.
     KELO_API friend bool operator==(const Error& a, const Error& b);
 
 private:

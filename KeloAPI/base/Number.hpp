@@ -13,31 +13,36 @@ namespace KeloAPI {
 /// value across the kinds: 1, 1.0 and true are equal.
 class KELO_API Number {
 public:
+    /// What the number was when it was made.
     enum class Kind : std::uint8_t { Boolean, Signed, Unsigned, Double };
 
+    /// A boolean.
     static constexpr Number of(bool value) { return {Kind::Boolean, Bits{.u = value ? 1U : 0U}}; }
     /// Takes unscoped enumerations, too.
     static constexpr Number of(int value) { return {Kind::Signed, Bits{.i = value}}; }
+    /// A signed integer.
     template <std::signed_integral Integer>
     static constexpr Number of(Integer value) {
         return {Kind::Signed, Bits{.i = value}};
     }
+    /// An unsigned integer.
     template <std::unsigned_integral Integer>
     static constexpr Number of(Integer value) {
         return {Kind::Unsigned, Bits{.u = value}};
     }
+    /// A double; it may be infinite or not a number.
     static constexpr Number of(double value) { return {Kind::Double, Bits{.d = value}}; }
     /// A pointer would quietly become a boolean.
     template <class T>
     static Number of(T*) = delete;
 
-    constexpr Kind kind() const { return _kind; }
+    constexpr Kind kind() const { return _kind; } ///< What the number was made of.
 
     /// Truncated toward zero; a value out of range gives the nearest bound, not-a-number gives 0.
     std::int64_t int64Value() const;
     /// As `int64Value`; a negative value gives 0.
     std::uint64_t uint64Value() const;
-    double doubleValue() const;
+    double doubleValue() const; ///< The nearest double.
     /// True exactly when the value is not zero.
     bool boolValue() const;
 
@@ -46,6 +51,7 @@ public:
     /// on.
     std::string stringValue() const;
 
+    /// By value, whatever the kinds.
     KELO_API friend bool operator==(const Number& a, const Number& b);
 
 private:

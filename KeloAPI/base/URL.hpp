@@ -24,7 +24,7 @@ public:
     /// working directory; where that is gone, it stays relative. Empty stays empty.
     static URL fileURL(std::string_view path);
 
-    const std::string& absoluteString() const { return _text; }
+    const std::string& absoluteString() const { return _text; } ///< The text it was made of.
 
     /// In lower case, without ":"; empty for a relative reference.
     std::string scheme() const;
@@ -62,7 +62,7 @@ public:
     /// a URL.
     std::optional<URL> resolve(std::string_view reference) const;
 
-    friend bool operator==(const URL&, const URL&) = default;
+    friend bool operator==(const URL&, const URL&) = default; ///< The texts are equal.
 
 private:
     explicit URL(std::string text)

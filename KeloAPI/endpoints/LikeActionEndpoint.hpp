@@ -14,6 +14,7 @@ public:
     void setPathFor(bool on) override;
 
 protected:
+    /// For derived classes, through `make`.
     LikeActionEndpoint(Key key, const std::shared_ptr<KLWatchPost>& post);
 };
 

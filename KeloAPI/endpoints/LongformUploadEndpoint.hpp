@@ -42,7 +42,7 @@ public:
     std::shared_ptr<EndpointRequest> checkStatus(const std::string& mediaId, Completion completion);
 
 protected:
-    explicit LongformUploadEndpoint(Key key);
+    explicit LongformUploadEndpoint(Key key); ///< For derived classes, through `make`.
 
 private:
     std::shared_ptr<EndpointRequest> sendForUpload(Method method, std::string path,

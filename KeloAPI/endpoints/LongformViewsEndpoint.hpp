@@ -23,6 +23,7 @@ public:
     submitView(std::function<void(std::optional<Error> error)> completion);
 
 protected:
+    /// For derived classes, through `make`.
     LongformViewsEndpoint(Key key, const std::string& longformId);
 };
 

@@ -18,7 +18,7 @@ public:
     void submit(std::int64_t count, const std::shared_ptr<KLWatchPost>& post);
 
 protected:
-    explicit LoopsEndpoint(Key key);
+    explicit LoopsEndpoint(Key key); ///< For derived classes, through `make`.
 };
 
 } // namespace KeloAPI

@@ -13,7 +13,7 @@ struct MeSuccess {
     std::shared_ptr<KLWatchUser> user;
 };
 
-using MeResult = Outcome<MeSuccess>;
+using MeResult = Outcome<MeSuccess>; ///< How `MeEndpoint::get` ended.
 
 /// Reads the signed-in user: GET users/me.
 class KELO_API MeEndpoint : public Endpoint {
@@ -28,7 +28,7 @@ public:
     void get(std::function<void(const MeResult& result)> completion);
 
 protected:
-    MeEndpoint(Key key, std::shared_ptr<Session> session);
+    MeEndpoint(Key key, std::shared_ptr<Session> session); ///< For derived classes, through `make`.
 };
 
 } // namespace KeloAPI

@@ -14,6 +14,7 @@ struct PostActionSuccess {
     std::shared_ptr<T> item;
 };
 
+/// How an action on a post ended.
 template <class T>
 using PostActionResult = Outcome<PostActionSuccess<T>>;
 
@@ -36,6 +37,7 @@ public:
 
     /// Null when the post has gone.
     std::shared_ptr<KLWatchPost> post() const { return _post.lock(); }
+    /// Reads the response. Never null.
     const std::shared_ptr<P>& parser() const { return _parser; }
 
     /// POST to do it, DELETE to take it back. The completion runs on the main queue. Where
@@ -55,6 +57,7 @@ public:
     }
 
 protected:
+    /// For derived classes, through `make`.
     PostActionEndpoint(Key key, const std::shared_ptr<KLWatchPost>& post, std::shared_ptr<P> parser)
         : Endpoint(key, Api::session(SessionType::Authenticated))
         , _post(post)

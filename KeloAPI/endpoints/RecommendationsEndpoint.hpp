@@ -23,13 +23,17 @@ KELO_API std::optional<RecommendationBoost> recommendationBoostOf(std::string_vi
 /// How feedback ended: with the error, or with nothing to add.
 class KELO_API RecommendationResult {
 public:
+    /// The case of a failure.
     struct Failure {
-        Error error;
+        Error error; ///< What went wrong.
     };
+    /// The case of a success.
     struct Success {};
 
+    /// Feedback that failed.
     RecommendationResult(Failure failure)
         : _case(std::move(failure)) {}
+    /// Feedback that the service took.
     RecommendationResult(Success success)
         : _case(success) {}
 
@@ -64,7 +68,7 @@ public:
                          Completion completion = nullptr);
 
 protected:
-    explicit RecommendationsEndpoint(Key key);
+    explicit RecommendationsEndpoint(Key key); ///< For derived classes, through `make`.
 
 private:
     void sendFeedback(std::string path, RecommendationBoost boost, Completion completion);

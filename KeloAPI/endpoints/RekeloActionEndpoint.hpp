@@ -16,6 +16,7 @@ public:
     void setPathFor(bool on) override;
 
 protected:
+    /// For derived classes, through `make`.
     RekeloActionEndpoint(Key key, const std::shared_ptr<KLWatchPost>& post);
 };
 

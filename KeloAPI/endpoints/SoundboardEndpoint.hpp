@@ -19,6 +19,7 @@ public:
                     completion);
 
 protected:
+    /// For derived classes, through `make`.
     SoundboardEndpoint(Key key, std::shared_ptr<Session> session);
 };
 

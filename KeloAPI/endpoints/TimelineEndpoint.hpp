@@ -10,13 +10,15 @@ class TimelineEndpoint;
 
 /// One page of a timeline, and the way to the pages beside it.
 struct TimelineSuccess {
+    /// In the order of the feed; none of them null.
     std::vector<std::shared_ptr<KLWatchPost>> posts;
     /// Null where there is no such page.
     std::shared_ptr<TimelineEndpoint> nextPage;
+    /// Null where there is no such page; may lead to an empty one.
     std::shared_ptr<TimelineEndpoint> previousPage;
 };
 
-using TimelineResult = Outcome<TimelineSuccess>;
+using TimelineResult = Outcome<TimelineSuccess>; ///< How `TimelineEndpoint::fetch` ended.
 
 /// Reads one page of a timeline: GET timelines/ and the feed's path, with the parameters "c_max",
 /// "c_overflow", "l_max", "l_overflow" and "size" (5 records unless changed).
@@ -35,7 +37,8 @@ public:
     void fetch(std::function<void(const TimelineResult& result)> result);
 
 protected:
-    TimelineEndpoint(Key key, const std::string& path);
+    TimelineEndpoint(Key key, const std::string& path); ///< For derived classes, through `make`.
+    /// For derived classes, through `make`.
     TimelineEndpoint(Key key, std::shared_ptr<Session> session);
 };
 

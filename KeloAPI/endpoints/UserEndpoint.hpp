@@ -8,7 +8,7 @@ namespace KeloAPI {
 /// `UserEndpoint` brings nothing but the news of its success.
 struct UserSuccess {};
 
-using UserResult = Outcome<UserSuccess>;
+using UserResult = Outcome<UserSuccess>; ///< How a call of `UserEndpoint` ended.
 
 /// Acts on one user: POST users/, the user's id and /follow-on-twitter or /unfollow-on-twitter.
 class KELO_API UserEndpoint : public Endpoint {
@@ -20,6 +20,7 @@ public:
     static std::shared_ptr<UserEndpoint> create(std::shared_ptr<Session> session,
                                                 std::string userId = "");
 
+    /// As given; it goes into the path as it is.
     const std::string& userId() const { return _userId; }
 
     /// Switches whether the service follows that user's Twitter account. The service's codes 230
@@ -28,6 +29,7 @@ public:
                                std::function<void(const UserResult& result)> completion);
 
 protected:
+    /// For derived classes, through `make`.
     UserEndpoint(Key key, std::shared_ptr<Session> session, std::string userId);
 
 private:

@@ -12,13 +12,14 @@
 #include <string>
 #include <vector>
 
+/// What a host's tests put in the place of a network.
 namespace KeloAPI::fakes {
 
 /// The outcome of a scripted exchange: a response, or an error in its place.
 struct KELO_API ScriptedAnswer {
-    int statusCode = 200;
-    HeaderFields headerFields = {};
-    std::string body = {};
+    int statusCode = 200;           ///< The status of the head.
+    HeaderFields headerFields = {}; ///< The fields of the head; none by default.
+    std::string body = {};          ///< As it is; no encoding is undone.
     /// When present, the exchange ends with it after the body.
     std::optional<Error> error = std::nullopt;
     /// What the head says of the body's length; its real length when absent.

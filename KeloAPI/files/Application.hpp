@@ -11,7 +11,7 @@ namespace KeloAPI::Application {
 /// The identifier of the application's main bundle, such as "org.example.loops"; absent until the
 /// host sets one.
 KELO_API std::optional<std::string> bundleIdentifier();
-KELO_API void setBundleIdentifier(std::optional<std::string> identifier);
+KELO_API void setBundleIdentifier(std::optional<std::string> identifier); ///< Absent takes it away.
 
 /// Finds the container of an application group: a file URL, or none where the application has no
 /// access to that group. Called on the thread that asks; it must not use what it is asked for.

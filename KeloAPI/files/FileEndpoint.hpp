@@ -11,10 +11,10 @@ class FileEndpoint;
 
 /// The endpoint whose file is there now; its `localUrl` says where.
 struct FileDownloadSuccess {
-    std::shared_ptr<FileEndpoint> endpoint;
+    std::shared_ptr<FileEndpoint> endpoint; ///< Never null.
 };
 
-using FileDownloadResult = Outcome<FileDownloadSuccess>;
+using FileDownloadResult = Outcome<FileDownloadSuccess>; ///< How a download of a file ended.
 
 /// One file of the service, a video as a rule, and its place in a cache directory. Its path is
 /// where the file is fetched: the complete URL as a rule. Two endpoints with the same path are the
@@ -54,9 +54,11 @@ public:
     /// For those who wait for this file; the library itself neither reads nor changes it.
     std::vector<std::shared_ptr<Object>> subscribers;
 
+    /// The cache it belongs to. Never null.
     const std::shared_ptr<FileManager>& fileManager() const { return _fileManager; }
 
 protected:
+    /// For derived classes, through `make`.
     FileEndpoint(Key key, std::string path, std::shared_ptr<FileManager> fileManager);
 
 private:

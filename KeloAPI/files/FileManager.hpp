@@ -25,6 +25,7 @@ public:
     /// Holders keep what they have; the next request makes a fresh one.
     void kill();
 
+    /// As given; the manager's name in the registry.
     const std::string& relativePath() const { return _relativePath; }
 
     /// The directory's path, found and created at the first call; absent when the application has

@@ -12,9 +12,9 @@ class KLVideoFileFormat final : public Object {
 public:
     KLVideoFileFormat() = delete;
 
-    static constexpr std::string_view MP4 = "h264";
-    static constexpr std::string_view HLS = "hls";
-    static constexpr std::string_view PREVIEW = "h264-preview";
+    static constexpr std::string_view MP4 = "h264";             ///< A whole video in one file.
+    static constexpr std::string_view HLS = "hls";              ///< A playlist of segments.
+    static constexpr std::string_view PREVIEW = "h264-preview"; ///< A small video for lists.
 };
 
 } // namespace KeloAPI

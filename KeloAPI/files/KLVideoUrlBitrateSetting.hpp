@@ -10,6 +10,7 @@ namespace KeloAPI {
 /// once made.
 class KELO_API KLVideoUrlBitrateSetting final : public Object {
 public:
+    /// Stores everything as given, and makes `uniqueId` of it.
     KLVideoUrlBitrateSetting(URL remoteUrl, std::string format,
                              std::optional<std::string> identifier, double minBitrate,
                              std::optional<std::string> version);
@@ -45,7 +46,7 @@ public:
     /// `identifier` becomes that of every setting made.
     explicit KLVideoUrlBitrateSettingParser(std::string identifier);
 
-    const std::string& identifier() const { return _identifier; }
+    const std::string& identifier() const { return _identifier; } ///< As given.
     std::shared_ptr<KLVideoUrlBitrateSetting> parse(const JsonObject& json) const override;
 
 private:

@@ -12,6 +12,7 @@ namespace KeloAPI {
 /// All offers of one video, lowest bitrate first, and the choice among them. One thread at a time.
 class KELO_API KLVideoUrlBitrateSettings final : public Object {
 public:
+    /// Offers, none of them null.
     using Settings = std::vector<std::shared_ptr<KLVideoUrlBitrateSetting>>;
 
     /// No offers.
@@ -19,7 +20,7 @@ public:
     /// Sorts `settings` by their minimum bitrate; among equal ones any order. None may be null.
     explicit KLVideoUrlBitrateSettings(Settings settings);
 
-    const Settings& settings() const { return _settings; }
+    const Settings& settings() const { return _settings; } ///< All offers, in their order.
     /// Keeps the settings as given: they must be in ascending order of their minimum bitrate, which
     /// every choice relies on. None may be null.
     void setSettings(Settings settings) { _settings = std::move(settings); }

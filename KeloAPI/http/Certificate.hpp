@@ -16,10 +16,11 @@ public:
     /// The first certificate in a PEM text; none when there is none.
     static std::optional<Certificate> fromPEM(const std::string& pem);
 
-    const Data& der() const { return _der; }
+    const Data& der() const { return _der; } ///< The DER form, all of it.
     /// The PEM form, line ends included.
     std::string pem() const;
 
+    /// The bytes are equal.
     friend bool operator==(const Certificate& a, const Certificate& b) {
         return a._der.text() == b._der.text();
     }

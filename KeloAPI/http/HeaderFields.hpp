@@ -11,6 +11,7 @@ namespace KeloAPI {
 /// Orders header names as HTTP compares them: without regard to case.
 struct KELO_API HeaderNameLess {
     using is_transparent = void;
+    /// Whether `a` comes before `b`.
     bool operator()(std::string_view a, std::string_view b) const;
 };
 

@@ -27,10 +27,12 @@ public:
     explicit constexpr ParameterEncoding(Encoder encoder)
         : _encoder(encoder) {}
 
+    /// Runs the encoder. Absent where all went well.
     std::optional<Error> encode(URLRequest& request, const Parameters& parameters) const {
         return _encoder(request, parameters);
     }
 
+    /// The encoder is the same function.
     friend bool operator==(const ParameterEncoding&, const ParameterEncoding&) = default;
 
 private:

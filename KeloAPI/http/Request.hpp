@@ -22,7 +22,7 @@ class BodySink;
 
 /// The outcome of an exchange, as a serializer sees it.
 struct ResponseContent {
-    const URLRequest& request;
+    const URLRequest& request; ///< What was sent, before any redirect.
     /// Absent when no head came.
     const std::optional<HTTPResponse>& response;
     /// Empty for a download, and where there is an error. Otherwise it has at least 64 bytes of
@@ -66,7 +66,7 @@ public:
     /// on where it gets beyond that.
     using Progress =
         std::function<void(std::int64_t bytes, std::int64_t total, std::int64_t expected)>;
-    using Completion = std::function<void()>;
+    using Completion = std::function<void()>; ///< What is left to do on the main queue.
     /// Runs behind the exchange; what it returns, if anything, runs on the main queue.
     using Serializer = std::function<Completion(const ResponseContent& content, Timeline timeline)>;
 

@@ -17,7 +17,7 @@ struct PerformDefaultEvaluation {};
 /// Only these certificates are trusted, as leaf or as issuer; chain and host name are checked all
 /// the same. An empty list rejects every server. The environment's SSLKEYLOGFILE is not honoured.
 struct PinCertificates {
-    std::vector<Certificate> certificates;
+    std::vector<Certificate> certificates; ///< In any order.
 };
 
 /// How a server's certificate is judged.

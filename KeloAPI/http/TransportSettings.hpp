@@ -60,7 +60,7 @@ struct TransportSettings {
     /// The URL of a proxy for every request; empty for none. Absent: what the environment names.
     std::optional<std::string> proxy = std::nullopt;
 
-    RetrySettings retries = {};
+    RetrySettings retries = {}; ///< None by default.
 };
 
 } // namespace KeloAPI

@@ -44,6 +44,7 @@ public:
     URLRequestConvertible(const URLRequestConvertible&) = default;
     URLRequestConvertible& operator=(const URLRequestConvertible&) = default;
     virtual ~URLRequestConvertible() = default;
+    /// The request to send; asked for once by each call.
     virtual KeloAPI::URLRequest URLRequest() const = 0;
 };
 

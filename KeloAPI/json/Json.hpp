@@ -38,8 +38,9 @@ public:
     /// A value that does not exist.
     constexpr JsonValue() = default;
 
+    /// False for the value under a key that is not there.
     bool exists() const { return _document != nullptr; }
-    bool isNull() const;
+    bool isNull() const; ///< True for null; false for a value that does not exist.
 
     /// The value when it is text (UTF-8); absent otherwise.
     std::optional<std::string_view> text() const;
@@ -50,8 +51,8 @@ public:
     std::optional<std::string> numberText() const;
     /// `number` as a 64-bit integer, a boolean and a double.
     std::optional<std::int64_t> integer() const;
-    std::optional<bool> boolean() const;
-    std::optional<double> real() const;
+    std::optional<bool> boolean() const; ///< `number` as a boolean: whether it is not zero.
+    std::optional<double> real() const;  ///< `number` as a double.
     /// The value when it is an object; absent otherwise.
     std::optional<JsonObject> object() const;
     /// The value when it is a list; absent otherwise.
@@ -75,15 +76,16 @@ private:
 /// has gone.
 class KELO_API JsonObject {
 public:
+    /// A key and the value under it.
     struct Member {
-        std::string_view key;
-        JsonValue value;
+        std::string_view key; ///< Without its escapes; valid as long as the document lives.
+        JsonValue value;      ///< It always exists.
     };
-    using Iterator = JsonIterator<Member>;
+    using Iterator = JsonIterator<Member>; ///< In the order of the text.
 
     /// The number of members.
     std::size_t size() const;
-    bool empty() const { return size() == 0; }
+    bool empty() const { return size() == 0; } ///< Whether there is no member.
 
     /// The value under `key`.
     JsonValue operator[](std::string_view key) const;
@@ -98,8 +100,8 @@ public:
         return found;
     }
 
-    Iterator begin() const;
-    Iterator end() const;
+    Iterator begin() const; ///< The first member.
+    Iterator end() const;   ///< Behind the last member.
 
 private:
     friend struct JsonAccess;
@@ -114,15 +116,15 @@ private:
 template <class Element>
 class KELO_API JsonList {
 public:
-    using Iterator = JsonIterator<Element>;
+    using Iterator = JsonIterator<Element>; ///< In the order of the text.
 
     /// An empty list.
     JsonList() = default;
 
-    std::size_t size() const;
-    bool empty() const { return size() == 0; }
-    Iterator begin() const;
-    Iterator end() const;
+    std::size_t size() const;                  ///< The number of elements.
+    bool empty() const { return size() == 0; } ///< Whether there is no element.
+    Iterator begin() const;                    ///< The first element.
+    Iterator end() const;                      ///< Behind the last element.
 
 private:
     friend struct JsonAccess;
@@ -142,8 +144,9 @@ public:
     using pointer = const Element*;
     using reference = Element;
 
-    Element operator*() const;
-    JsonIterator& operator++();
+    Element operator*() const;  ///< The element here, made anew at every call.
+    JsonIterator& operator++(); ///< Goes on to the next element.
+    /// At the same place; of one list only.
     friend bool operator==(const JsonIterator&, const JsonIterator&) = default;
 
 private:
@@ -175,11 +178,11 @@ public:
     /// Spare capacity of 64 bytes and more behind the text saves a copy of it.
     static Result<JsonDocument> parse(const std::string& text);
 
-    JsonDocument(JsonDocument&&) noexcept;
-    JsonDocument& operator=(JsonDocument&&) noexcept;
+    JsonDocument(JsonDocument&&) noexcept;            ///< Leaves the other one without a text.
+    JsonDocument& operator=(JsonDocument&&) noexcept; ///< Views of the text that was here end.
     ~JsonDocument();
 
-    JsonValue root() const&;
+    JsonValue root() const&; ///< The whole text as a value; valid as long as the document.
     /// The view would outlive its document.
     JsonValue root() const&& = delete;
 

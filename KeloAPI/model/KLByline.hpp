@@ -11,6 +11,7 @@ class KLEntity;
 /// A short line of text shown with a post. One thread at a time.
 class KELO_API KLByline final : public Object {
 public:
+    /// Without icon and entities.
     explicit KLByline(std::string text)
         : _text(std::move(text)) {}
 

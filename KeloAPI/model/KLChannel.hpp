@@ -21,14 +21,14 @@ public:
     std::string channelId;
     /// "channel".
     std::string name;
-    /// "fontColor" and "backgroundColor": colours as hexadecimal digits.
+    /// "fontColor": a colour as hexadecimal digits.
     std::string fontColorHex = "000000";
-    std::string backgroundColorHex = "000000";
-    /// "iconFullUrl", "retinaIconFullUrl" and "exploreRetinaIconFullUrl"; absent when missing or
+    std::string backgroundColorHex = "000000"; ///< "backgroundColor", likewise.
+    /// "iconFullUrl"; like the two below, absent when missing or
     /// not a URL.
     std::optional<URL> iconUrl;
-    std::optional<URL> iconRetinaUrl;
-    std::optional<URL> exploreIconRetinaUrl;
+    std::optional<URL> iconRetinaUrl;        ///< "retinaIconFullUrl".
+    std::optional<URL> exploreIconRetinaUrl; ///< "exploreRetinaIconFullUrl".
     /// "following": whether the signed-in user follows the channel.
     bool following = false;
     /// "created".
@@ -43,6 +43,7 @@ public:
     bool showRecent = false;
 
     KLChannel() = default;
+    /// All else has its default.
     KLChannel(std::string identifier, std::string title, std::string fontColor,
               std::string backgroundColor)
         : channelId(std::move(identifier))
@@ -50,7 +51,7 @@ public:
         , fontColorHex(std::move(fontColor))
         , backgroundColorHex(std::move(backgroundColor)) {}
 
-    static constexpr std::string_view archivedClassName = "KLChannel";
+    static constexpr std::string_view archivedClassName = "KLChannel"; ///< Its name in an archive.
     std::vector<std::string_view> archivedClassNames() const override {
         return {archivedClassName};
     }
@@ -62,6 +63,7 @@ public:
 
     /// Whether `other` is a channel too, with the same identifier. Nothing else plays a part.
     bool isEqual(const Object& other) const;
+    /// The identifiers are equal.
     friend bool operator==(const KLChannel& a, const KLChannel& b) {
         return a.channelId == b.channelId;
     }
@@ -72,6 +74,7 @@ public:
 class KELO_API KLChannelParser final : public JsonParser<KLChannel> {
 public:
     // In full: a host in Objective-C++ has another class of the bare name.
+    /// Reads a page of records of any kind.
     using TimelineParser = KeloAPI::KLPagedDataParser<AnyObjectJsonParser>;
 
     /// `timelineParser` reads "timeline", and what it throws is thrown on; null leaves that key

@@ -8,6 +8,7 @@ namespace KeloAPI {
 /// How many likes a span of a long-form video was given, at one level. Does not change once made.
 class KELO_API KLEndlessLikesRange final : public Object {
 public:
+    /// Stores everything as given.
     KLEndlessLikesRange(double count, double start, double end, double level)
         : _count(count)
         , _startTime(start)

@@ -34,7 +34,7 @@ public:
     /// The stretch, in UTF-16 code units of the text. The wire counts code points.
     Range range;
 
-    static constexpr std::string_view archivedClassName = "KLEntity";
+    static constexpr std::string_view archivedClassName = "KLEntity"; ///< Its name in an archive.
     std::vector<std::string_view> archivedClassNames() const override {
         return {archivedClassName};
     }

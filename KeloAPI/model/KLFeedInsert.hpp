@@ -10,6 +10,7 @@ namespace KeloAPI {
 /// A card between the posts of a feed. Does not change once made.
 class KELO_API KLFeedInsert : public Object {
 public:
+    /// Stores both as given.
     KLFeedInsert(std::string reference, bool closeable)
         : _reference(std::move(reference))
         , _closeable(closeable) {}

@@ -9,6 +9,7 @@ namespace KeloAPI {
 /// A long-form video. One thread at a time.
 class KELO_API KLLongform final : public Object {
 public:
+    /// All else has its default.
     KLLongform(std::string longformId, URL url, double duration)
         : _longformId(std::move(longformId))
         , _url(std::move(url))

@@ -8,6 +8,7 @@ namespace KeloAPI {
 /// How often a long-form video has been viewed in all. Does not change once made.
 class KELO_API KLLongformViews final : public Object {
 public:
+    /// Stores both as given.
     KLLongformViews(std::string longformId, std::int64_t count)
         : _longformId(std::move(longformId))
         , _count(count) {}

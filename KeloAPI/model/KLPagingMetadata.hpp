@@ -55,6 +55,7 @@ public:
     const std::shared_ptr<KLChannel>& channel() const { return _channel; }
     /// "displayCount": the count to show to the user.
     std::int64_t displayCount() const { return _displayCount; }
+    /// Stored as given.
     void setDisplayCount(std::int64_t displayCount) { _displayCount = displayCount; }
 
 private:

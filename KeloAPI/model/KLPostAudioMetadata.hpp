@@ -10,9 +10,9 @@ namespace KeloAPI {
 /// The music track of a post. One thread at a time.
 class KELO_API KLPostAudioMetadata final : public Object {
 public:
-    /// "artistName" and "trackName" of the object "track".
+    /// "artistName" of the object "track".
     std::string artistName;
-    std::string trackName;
+    std::string trackName; ///< "trackName" of "track".
     /// "trackId", a number beside "track", as decimal text.
     std::string trackId;
     /// "albumArtUrl" of "track"; absent when missing or not a URL.

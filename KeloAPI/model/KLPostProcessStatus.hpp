@@ -19,6 +19,7 @@ constexpr std::optional<KLPostProcessStatusState> postProcessStatusStateOf(std::
 /// What the service says of its work on a post. Does not change once made.
 class KELO_API KLPostProcessStatus final : public Object {
 public:
+    /// Stores the state.
     explicit KLPostProcessStatus(KLPostProcessStatusState state)
         : _state(state) {}
 

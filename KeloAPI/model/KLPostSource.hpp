@@ -25,18 +25,19 @@ constexpr std::optional<KLPostSourceContentType> contentTypeOf(std::int64_t rawV
 /// The post whose content another post reuses.
 class KELO_API KLPostSource final : public Object {
 public:
-    /// "avatarUrl" and "thumbnailUrl"; absent when missing or not a URL.
+    /// "avatarUrl"; absent when missing or not a URL.
     std::optional<URL> avatarUrl;
-    std::optional<URL> thumbnailUrl;
+    std::optional<URL> thumbnailUrl; ///< "thumbnailUrl"; absent likewise.
 
     /// Null when "postId" or "userId" is missing or not a number.
     static std::shared_ptr<KLPostSource> fromJSON(const JsonObject& json);
 
-    /// "postId" and "userId", as decimal text.
+    /// "postId", as decimal text.
     const std::string& postId() const { return _postId; }
-    const std::string& userId() const { return _userId; }
-    /// "username" and "description"; absent when missing or not text.
+    const std::string& userId() const { return _userId; } ///< "userId", as decimal text.
+    /// "username"; absent when missing or not a text.
     const std::optional<std::string>& username() const { return _username; }
+    /// "description"; absent likewise.
     const std::optional<std::string>& caption() const { return _caption; }
     /// "contentType"; `Unknown` when missing or outside its values.
     KLPostSourceContentType contentType() const { return _contentType; }

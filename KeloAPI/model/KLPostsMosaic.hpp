@@ -31,11 +31,11 @@ public:
 
     /// Never null.
     const std::shared_ptr<KLPagedData>& posts() const { return _posts; }
-    const std::string& title() const { return _title; }
-    const std::string& subtitle() const { return _subtitle; }
-    const std::string& link() const { return _link; }
-    KLPostsMosaicType type() const { return _type; }
-    bool pinnable() const { return _pinnable; }
+    const std::string& title() const { return _title; }       ///< As given.
+    const std::string& subtitle() const { return _subtitle; } ///< The description that was given.
+    const std::string& link() const { return _link; }         ///< As given; where the card leads.
+    KLPostsMosaicType type() const { return _type; }          ///< How the posts are laid out.
+    bool pinnable() const { return _pinnable; } ///< As given: whether the card can be pinned.
 
 private:
     std::shared_ptr<KLPagedData> _posts;

@@ -24,7 +24,7 @@ public:
     /// "postCount": posts with this tag; 0 when missing.
     std::int64_t count = 0;
 
-    static constexpr std::string_view archivedClassName = "KLTag";
+    static constexpr std::string_view archivedClassName = "KLTag"; ///< Its name in an archive.
     std::vector<std::string_view> archivedClassNames() const override {
         return {archivedClassName};
     }

@@ -24,13 +24,15 @@ public:
         , _actionIcon(std::move(actionIcon))
         , _closeUrlPath(std::move(closeUrlPath)) {}
 
-    /// "title" and "actionTitle".
+    /// "title".
     const std::string& title() const { return _title; }
+    /// "actionTitle": the text of the button.
     const std::string& actionTitle() const { return _actionTitle; }
     /// "actionLink".
     const URL& actionUrl() const { return _actionUrl; }
-    /// "backgroundImage" and "backgroundVideo"; absent when missing or not a URL.
+    /// "backgroundImage"; absent when missing or not a URL.
     const std::optional<URL>& backgroundImage() const { return _backgroundImage; }
+    /// "backgroundVideo"; absent likewise.
     const std::optional<URL>& backgroundVideo() const { return _backgroundVideo; }
     /// "description".
     const std::optional<std::string>& details() const { return _details; }

@@ -25,9 +25,9 @@ public:
 
     /// Never null.
     const std::shared_ptr<KLPagedData>& users() const { return _users; }
-    const std::string& title() const { return _title; }
-    const std::string& subtitle() const { return _subtitle; }
-    const std::string& link() const { return _link; }
+    const std::string& title() const { return _title; }       ///< As given.
+    const std::string& subtitle() const { return _subtitle; } ///< The description that was given.
+    const std::string& link() const { return _link; }         ///< As given; where the card leads.
 
 private:
     std::shared_ptr<KLPagedData> _users;

@@ -10,24 +10,26 @@ class KLVenueCategory;
 /// The place at which a post was made. One thread at a time.
 class KELO_API KLVenue final : public Archivable {
 public:
+    /// All else is absent. The parsers below name the wire keys.
     KLVenue(std::string foursquareVenueId, std::string name)
         : _foursquareVenueId(std::move(foursquareVenueId))
         , _name(std::move(name)) {}
 
+    /// The venue's own identity.
     const std::string& foursquareVenueId() const { return _foursquareVenueId; }
-    const std::string& name() const { return _name; }
+    const std::string& name() const { return _name; } ///< As the service sends it.
 
-    std::optional<std::string> address;
-    std::optional<std::string> city;
-    std::optional<std::string> state;
-    std::optional<std::string> country;
+    std::optional<std::string> address; ///< Absent where not known.
+    std::optional<std::string> city;    ///< Absent where not known.
+    std::optional<std::string> state;   ///< Absent where not known.
+    std::optional<std::string> country; ///< Absent where not known.
     /// In degrees; 0 where they are not known.
     double latitude = 0;
-    double longitude = 0;
+    double longitude = 0; ///< In degrees, likewise.
     /// Null where it is not known.
     std::shared_ptr<KLVenueCategory> category;
 
-    static constexpr std::string_view archivedClassName = "KLVenue";
+    static constexpr std::string_view archivedClassName = "KLVenue"; ///< Its name in an archive.
     std::vector<std::string_view> archivedClassNames() const override {
         return {archivedClassName};
     }

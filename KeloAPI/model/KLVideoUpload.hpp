@@ -10,6 +10,7 @@ namespace KeloAPI {
 /// An upload session of a long-form video, as the service last described it. One thread at a time.
 class KELO_API KLVideoUpload final : public Object {
 public:
+    /// All else is absent.
     explicit KLVideoUpload(std::string mediaId)
         : _mediaId(std::move(mediaId)) {}
 

@@ -21,6 +21,7 @@ videoUploadProcessingStateOf(std::string_view rawValue);
 /// What the service says of its work on an uploaded video. One thread at a time.
 class KELO_API KLVideoUploadProcessingInfo final : public Object {
 public:
+    /// All else is absent.
     explicit KLVideoUploadProcessingInfo(KLVideoUploadProcessingState state)
         : _state(state) {}
 

@@ -38,7 +38,7 @@ public:
     /// velocity that came from elsewhere may be any double, so look at it first.
     std::uint64_t loopsSinceCreation() const;
 
-    static constexpr std::string_view archivedClassName = "KLLoopData";
+    static constexpr std::string_view archivedClassName = "KLLoopData"; ///< Its name in an archive.
     std::vector<std::string_view> archivedClassNames() const override {
         return {archivedClassName};
     }

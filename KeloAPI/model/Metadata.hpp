@@ -13,15 +13,15 @@ class KELO_API Metadata {
 public:
     /// What a page says of itself and of the pages beside it.
     struct Values {
-        std::int64_t count = 0;
-        std::optional<std::int64_t> nextPage = std::nullopt;
-        std::optional<std::int64_t> previousPage = std::nullopt;
-        std::int64_t pageSize = 0;
-        std::optional<std::string> anchor = std::nullopt;
-        std::optional<std::string> backAnchor = std::nullopt;
-        std::optional<std::string> title = std::nullopt;
-        std::int64_t nextAfter = 0;
-        std::int64_t displayCount = 0;
+        std::int64_t count = 0;                                  ///< As the function of this name.
+        std::optional<std::int64_t> nextPage = std::nullopt;     ///< As the function of this name.
+        std::optional<std::int64_t> previousPage = std::nullopt; ///< As the function of this name.
+        std::int64_t pageSize = 0;                               ///< As the function of this name.
+        std::optional<std::string> anchor = std::nullopt;        ///< As the function of this name.
+        std::optional<std::string> backAnchor = std::nullopt;    ///< As the function of this name.
+        std::optional<std::string> title = std::nullopt;         ///< As the function of this name.
+        std::int64_t nextAfter = 0;                              ///< As the function of this name.
+        std::int64_t displayCount = 0;                           ///< As the function of this name.
     };
 
     /// From the object that holds the paging keys. Never fails.
@@ -48,6 +48,7 @@ public:
     std::int64_t nextAfter() const { return _values.nextAfter; }
     /// "displayCount": the count to show to the user; 0 when missing.
     std::int64_t displayCount() const { return _values.displayCount; }
+    /// Stored as given.
     void setDisplayCount(std::int64_t displayCount) { _values.displayCount = displayCount; }
 
     /// The parameters that ask for the next page with `size` records: "page" when there is a next

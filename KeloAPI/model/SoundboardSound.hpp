@@ -29,6 +29,7 @@ public:
     /// "featured".
     bool featured() const { return _featured; }
 
+    /// Its name in an archive.
     static constexpr std::string_view archivedClassName = "SoundboardSound";
     std::vector<std::string_view> archivedClassNames() const override {
         return {archivedClassName};

@@ -27,6 +27,7 @@ public:
         InvalidData,
     };
 
+    /// Of the errors that `error` makes.
     static constexpr std::string_view domain = "KeloAPI.JsonParseError";
 
     /// `key` names the wire key at fault, for people who debug; it must be a constant, and it plays
@@ -37,13 +38,14 @@ public:
     JsonParseError(const JsonParseError&) = default;
     JsonParseError& operator=(const JsonParseError&) = default;
 
-    int code() const noexcept { return _case; }
-    const char* what() const noexcept override;
+    int code() const noexcept { return _case; } ///< The position of the case.
+    const char* what() const noexcept override; ///< The name of the case, for people who debug.
 
     /// The same as an error value: domain and code, no message, and the key under "key" where it is
     /// known.
     Error error() const;
 
+    /// The cases are equal.
     friend bool operator==(const JsonParseError& a, const JsonParseError& b) {
         return a._case == b._case;
     }

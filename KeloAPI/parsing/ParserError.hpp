@@ -12,11 +12,11 @@ namespace KeloAPI {
 /// error, an endpoint's completion hears the envelope's, with this one underlying.
 class KELO_API ParserError final : public std::exception {
 public:
-    explicit ParserError(Error error);
+    explicit ParserError(Error error); ///< What the completion finds as the underlying error.
     ParserError(const ParserError&) = default;
     ParserError& operator=(const ParserError&) = default;
 
-    const Error& error() const { return _error; }
+    const Error& error() const { return _error; } ///< As given.
     /// The error's description.
     const char* what() const noexcept override { return _description->c_str(); }
 

@@ -5,6 +5,7 @@
 #include <functional>
 #include <string_view>
 
+/// The library's few lines about what it does.
 namespace KeloAPI::Diagnostics {
 
 /// Takes one line, without its line end. May be called on any thread, one call at a time, those

@@ -23,7 +23,8 @@ namespace KeloAPI {
 /// of the host's (completions, delegates), must not throw: that ends the process.
 class KELO_API MainQueue {
 public:
-    using Task = std::function<void()>;
+    using Task = std::function<void()>; ///< What the queue runs. Must not throw.
+    /// Hands a task to the host's main thread; called on any thread.
     using Executor = std::function<void(Task)>;
 
     /// The process's one main queue.

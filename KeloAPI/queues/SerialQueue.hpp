@@ -16,7 +16,7 @@ namespace KeloAPI {
 /// forked child the queues of its parent have no thread: what is posted there never runs.
 class KELO_API SerialQueue {
 public:
-    using Task = std::function<void()>;
+    using Task = std::function<void()>; ///< What the queue runs. Must not throw.
 
     /// `label` names the queue's thread in debuggers (its first 15 bytes).
     explicit SerialQueue(std::string label);
@@ -24,9 +24,9 @@ public:
     SerialQueue& operator=(const SerialQueue&) = delete;
     ~SerialQueue();
 
-    const std::string& label() const;
+    const std::string& label() const; ///< As given.
 
-    void async(Task task);
+    void async(Task task); ///< Posts a task, which runs behind those that were posted before.
 
     /// As `async`; the task runs on the main queue where this one has no thread.
     void asyncOrOnMain(Task task);
