@@ -244,8 +244,8 @@ std::shared_ptr<EndpointRequest> Endpoint::request(std::shared_ptr<P> parser,
 template <class P, class Completion>
 std::shared_ptr<EndpointRequest> Endpoint::upload(std::shared_ptr<P> parser, Data data,
                                                   Completion completionHandler) {
-    return sendUpload(detail::responseReader(std::move(parser), std::move(completionHandler)),
-                      std::move(data));
+    ResponseReader reader = detail::responseReader(std::move(parser), std::move(completionHandler));
+    return sendUpload(std::move(reader), std::move(data));
 }
 
 } // namespace KeloAPI
