@@ -55,13 +55,14 @@ void addGlobalOptions(CLI::App& app, Options& options) {
     app.add_option("--pin", options.pin, "The service's certificate (PEM); no other is accepted")
         ->envname("KELO_PIN")
         ->type_name("FILE");
-    app.add_option("--language", options.language, "Languages to be answered in")
+    app.add_option("--language", options.language,
+                   "Languages of the responses, the preferred one first")
         ->type_name("LANGUAGES")
         ->capture_default_str()
         ->check(checkHeaderValue);
-    app.add_flag("--json", options.json, "Print JSON: one object a line");
-    app.add_flag("--verbose", options.verbose, "Tell on standard error what is sent");
-    app.add_flag("--no-input", options.noInput, "Ask nothing, even on a terminal");
+    app.add_flag("--json", options.json, "Print JSON, one object per line");
+    app.add_flag("--verbose", options.verbose, "Print each request on standard error");
+    app.add_flag("--no-input", options.noInput, "Never ask anything, even on a terminal");
 }
 
 /// A command as CLI11 knows it, and those that may follow its name.

@@ -17,7 +17,7 @@ std::string transportProblem(const Error& error, const std::string& host,
         return "cannot connect to " + host +
                (isThisMachine(host) ? " – is the service running? (kelo serve)" : "");
     case HTTPErrorCode::TimedOut:
-        return host + " does not answer";
+        return host + " does not respond";
     case HTTPErrorCode::ConnectionLost:
         return "the connection to " + host + " broke off";
     case HTTPErrorCode::ServerTrust:
@@ -26,9 +26,9 @@ std::string transportProblem(const Error& error, const std::string& host,
     case HTTPErrorCode::BadServerResponse:
     case HTTPErrorCode::BadJson:
     case HTTPErrorCode::EmptyBody:
-        return host + " does not answer as the service does";
+        return host + " sent an invalid response";
     case HTTPErrorCode::HTTPStatus:
-        return host + " answers with the status " +
+        return host + " responded with the status " +
                std::to_string(error.integer(HTTPStatusCodeKey).value_or(0));
     case HTTPErrorCode::CannotWriteFile:
         return error.localizedDescription() +
@@ -62,7 +62,7 @@ Failure explained(const Error& error, const std::string& host, const std::string
         return serviceProblem(error, *code);
     }
     return {ExitCode::Failed,
-            host + " does not answer as the service does (" + error.localizedDescription() + ")"};
+            host + " sent an invalid response (" + error.localizedDescription() + ")"};
 }
 
 } // namespace KeloHost

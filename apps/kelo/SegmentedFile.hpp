@@ -21,7 +21,7 @@ namespace KeloHost {
 /// A file that is read in segments of one size; the last one may be shorter. Never held as a whole.
 class SegmentedFile {
 public:
-    /// Throws a `Failure` for what is no file that can be read, and for an empty one.
+    /// Throws a `Failure` for anything but a readable file, and for an empty one.
     SegmentedFile(std::string path, std::int64_t segmentSize)
         : _path(std::move(path))
         , _segmentSize(segmentSize) {
@@ -32,7 +32,7 @@ public:
         }
         struct stat status {};
         const char* problem = ::fstat(_descriptor, &status) != 0 ? std::strerror(errno)
-                              : !S_ISREG(status.st_mode)         ? "it is no file"
+                              : !S_ISREG(status.st_mode)         ? "it is not a file"
                               : status.st_size == 0              ? "it is empty"
                                                                  : nullptr;
         if (problem != nullptr) {

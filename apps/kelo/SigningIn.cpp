@@ -124,7 +124,7 @@ void Host::tryToSignIn() {
                               signInFailed(*error);
                           } else if (keys.empty()) {
                               signInFailed(
-                                  Error::withMessage("kelo", 1, "the service gave no session"));
+                                  Error::withMessage("kelo", 1, "the service sent no session"));
                           } else {
                               _options.session = *keys.front();
                               std::exchange(_afterSignIn, nullptr)();

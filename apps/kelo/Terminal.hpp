@@ -22,7 +22,7 @@ inline bool isInteractive() {
     return isatty(STDIN_FILENO) != 0 && showsErrors();
 }
 
-/// Columns of the terminal that standard output is; absent when it is none.
+/// Columns of the terminal; absent when standard output is not a terminal.
 std::optional<std::size_t> columns();
 
 /// A line; what a terminal would take for a command is left out.

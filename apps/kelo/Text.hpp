@@ -44,7 +44,7 @@ std::string stretchOf(std::string_view text, KeloAPI::Range range);
 void useUnicode();
 
 /// `text` on one line, without what a terminal would take for a command: control characters become
-/// blanks, and marks that turn the direction of writing go. Bytes that are no UTF-8 become U+FFFD.
+/// blanks, and marks that turn the direction of writing go. Invalid UTF-8 becomes U+FFFD.
 std::string printable(std::string_view text);
 
 /// The columns that printable text takes.

@@ -23,7 +23,7 @@ Character firstOf(std::string_view text) {
     wchar_t character = 0;
     std::mbstate_t state{};
     const std::size_t length = std::mbrtowc(&character, text.data(), text.size(), &state);
-    // An incomplete one, and bytes that are none, give the largest numbers there are.
+    // For an incomplete or invalid one, the result is the largest numbers there are.
     return length > text.size()
                ? Character{replacement, 1}
                : Character{static_cast<char32_t>(character), std::max<std::size_t>(length, 1)};

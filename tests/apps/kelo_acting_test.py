@@ -145,10 +145,10 @@ class Effects(Acting):
 
     def test_views_that_do_not_come(self):
         self.service.fault(f"/longforms/{VIDEO}/views", type="body", body='{"data": {}}')
-        self.fails(1, "the service names no views", "views", VIDEO)
+        self.fails(1, "the service sent no views", "views", VIDEO)
         self.service.fault(f"/longforms/{VIDEO}/views", type="body",
                            body='{"data": {"longformId": "x", "count": "1"}}')
-        self.fails(1, "does not answer as the service does", "views", VIDEO)
+        self.fails(1, "sent an invalid response", "views", VIDEO)
 
     def test_sounds(self):
         sounds = self.json("sounds")
@@ -237,7 +237,7 @@ class Refusals(Acting):
         for arguments, path in self.commands(post):
             with self.subTest(arguments=arguments):
                 self.service.fault(path, type="body", body="<html>")
-                self.fails(1, "does not answer as the service does", *arguments)
+                self.fails(1, "sent an invalid response", *arguments)
         for arguments, path in ((["sounds"], "/soundboard"),
                                 (["loops", post, "1"], "/loops"),
                                 (["like", post], f"/posts/{post}/likes")):

@@ -64,7 +64,7 @@ class Usage(Case):
             "COUNT is required": ["loops 1"],
             "FILE is required": ["upload", "save", "show"],
             "N is required": ["cache trim"],
-            "is no identifier": ["channel 1/2", "inserts ../users/me", "venue a?b", "like ''",
+            "is not a valid identifier": ["channel 1/2", "inserts ../users/me", "venue a?b", "like ''",
                                  "like a/b", "like 1?x", "like ..", "follow http://x",
                                  "boost user '#1' positive", "views 'a b'", "download a/b",
                                  "download :high", "save x channel a/b"],
@@ -74,7 +74,7 @@ class Usage(Case):
             "BOOST: more": ["boost user 1 more"],
             "COUNT": [f"loops 1 {count}" for count in (
                 "0", "-1", "1000000001", "99999999999999999999", "2.5", "many")],
-            "low, normal and high": ["download 1:urgent", "download 1:"],
+            "low, normal or high": ["download 1:urgent", "download 1:"],
             "--priority": ["download 1 --priority urgent"],
             "--bitrate": ["download 1 --bitrate -1", "download 1 --bitrate fast"],
             "--directory": ["download 1 --directory /nowhere"],
@@ -85,7 +85,7 @@ class Usage(Case):
             "the signed-in user's own": ["save x loops 5"],
             "--segment-size": ["upload x --segment-size 0", "upload x --segment-size 1073741825"],
             "--parallel": ["upload x --parallel 0", "upload x --parallel 17"],
-            "is no path": ["request ''", "request https://localhost/users/me"],
+            "is not a path": ["request ''", "request https://localhost/users/me"],
             "--method": ["request users/me --method get"]})
 
     def test_bad_environment(self):
@@ -235,7 +235,7 @@ class Failures(Case):
         for body in ("", "<html>", "[1]", "{}", '{"data": 5}'):
             with self.subTest(body=body):
                 self.service.fault("/users/me", type="body", body=body)
-                self.fails(1, "does not answer as the service does", "me")
+                self.fails(1, "sent an invalid response", "me")
 
     def test_failure_on_a_later_page_keeps_what_came(self):
         self.service.fault("/timelines/all", skip=1, type="error", code=5, message="No more")
@@ -294,9 +294,9 @@ class SignIn(Case):
         self.assertEqual(len(self.service.seen("/users/me")), 2)
 
     def test_signing_in_fails_otherwise(self):
-        for body, line in (("{}", "does not answer as the service does"),
-                           ('{"data": {"key": 5}}', "does not answer as the service does"),
-                           ('{"data": {}}', "gave no session")):
+        for body, line in (("{}", "sent an invalid response"),
+                           ('{"data": {"key": 5}}', "sent an invalid response"),
+                           ('{"data": {}}', "sent no session")):
             self.service.fault("/sessions", type="body", body=body)
             self.fails(1, line, "--user", "kofi", "--password", PASSWORD, "me")
 
@@ -426,7 +426,7 @@ class Terminal(Case):
         self.assertTrue(line.endswith("語…"), line)
         width = sum(2 if unicodedata.east_asian_width(c) == "W" else 1 for c in line)
         self.assertIn(width, (79, 80), line)
-        self.assertIn("There are more: --pages N or --all reads on.", console.output)
+        self.assertIn("There are more posts: use --pages N or --all.", console.output)
 
 
 class Serve(Case):

@@ -139,7 +139,7 @@ class DownloadFailures(Files):
         self.goes_on("There is no such post", "5", post)
 
     def test_the_service_fails_at_a_file(self):
-        for action, line in (({"type": "status", "status": 503}, "answers with the status 503"),
+        for action, line in (({"type": "status", "status": 503}, "responded with the status 503"),
                              ({"type": "reset", "afterBytes": 8000}, "broke off"),
                              ({"type": "close", "afterBytes": 8000}, "broke off")):
             with self.subTest(action=action):
@@ -200,7 +200,7 @@ class DownloadFailures(Files):
                           ["cache", "path"]):
             with self.subTest(arguments=arguments):
                 # Neither names a directory: a relative path counts for nothing.
-                self.fails(1, "no place for a cache", *arguments, XDG_DATA_HOME="", HOME="x")
+                self.fails(1, "no directory for the cache", *arguments, XDG_DATA_HOME="", HOME="x")
         self.assertEqual(self.service.seen(f"/posts/{post}"), [])
 
 

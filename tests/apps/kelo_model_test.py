@@ -53,9 +53,9 @@ class Models(Case):
     def test_channels_that_are_none(self):
         self.fails(1, "There is no such channel", "channel", "99")
         self.service.answer("/channels/7", {"channel": "nameless number"})
-        self.fails(1, "does not answer as the service does", "channel", "7")
+        self.fails(1, "sent an invalid response", "channel", "7")
         self.service.answer("/channels/7", {})
-        self.fails(1, "the service names no channel", "channel", "7")
+        self.fails(1, "the service sent no channel", "channel", "7")
 
     def test_a_channels_timeline_has_its_name_once(self):
         lines = self.succeeds("timeline", "channels/3", "--pages", "3", "--size", "4").splitlines()
@@ -138,7 +138,7 @@ class Models(Case):
                          [["rain", "unknown", "×"], ["rate", "prompt"]])
         self.service.answer("/inserts/home",
                             {"records": [{"type": "urlAction", "reference": "broken"}]})
-        self.fails(1, "does not answer as the service does", "inserts", "home")
+        self.fails(1, "sent an invalid response", "inserts", "home")
 
 
 class Archives(Case):
@@ -242,7 +242,7 @@ class Archives(Case):
     def test_what_is_not_there_leaves_the_file(self):
         self.saved("channel", "3")
         for kind, identifier, line in (("channel", "99", "There is no such channel"),
-                                       ("sound", "none", "the service names no such sound")):
+                                       ("sound", "none", "the service has no such sound")):
             self.fails(1, line, "save", self.path, kind, identifier)
         self.assertEqual(self.shown()["channelId"], "3")
         self.assertEqual(os.listdir(self.folder.name), ["kept"])
@@ -257,15 +257,15 @@ class Archives(Case):
             with open(self.path, "wb") as out:
                 out.write(content)
         self.fails(1, "No such file or directory", "show", self.path)
-        self.fails(1, "it is no file", "show", self.folder.name)
+        self.fails(1, "it is not a file", "show", self.folder.name)
         for content in (b"", b"bplist00", os.urandom(1000), plistlib.dumps({"a": 1})):
             file(content)
-            self.fails(1, "it is no archive of a model", "show", self.path)
+            self.fails(1, "it is not an archive of a model", "show", self.path)
         self.saved("channel", "3")
         with open(self.path, "rb") as kept:
             archive = kept.read()
         file(archive[:-1])
-        self.fails(1, "it is no archive of a model", "show", self.path)
+        self.fails(1, "it is not an archive of a model", "show", self.path)
         file(archive.replace(b"KLChannel", b"KLChannex"))
         self.fails(1, "an archive of KLChannex, which is unknown here", "show", self.path)
         file(archive.replace(b"channelId", b"channelIx"))
@@ -275,7 +275,7 @@ class Archives(Case):
         with open(self.path, "rb") as kept:
             archive = kept.read()
         file(archive.replace(b"soundId", b"soundIx"))
-        self.fails(1, "something is missing that every SoundboardSound has", "show", self.path)
+        self.fails(1, "a field that every SoundboardSound has is missing", "show", self.path)
 
 
 if __name__ == "__main__":

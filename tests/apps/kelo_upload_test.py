@@ -120,8 +120,8 @@ class UploadFiles(Upload):
 
     def test_files_that_cannot_be_uploaded(self):
         for path, line in ((os.path.join(self.folder.name, "missing"), "No such file"),
-                           (self.folder.name, "it is no file"),
-                           ("/dev/null", "it is no file"),
+                           (self.folder.name, "it is not a file"),
+                           ("/dev/null", "it is not a file"),
                            (self.file(b"", "empty"), "it is empty")):
             with self.subTest(path=path):
                 self.fails(2, line, "upload", path)
@@ -223,10 +223,10 @@ class UploadFailures(Upload):
 
     def test_an_answer_that_names_no_upload(self):
         self.service.fault("/upload/longform-videos", type="body", body='{"data": {}}')
-        self.fails(1, "the service names no upload", "upload", self.file(mp4(1000)))
+        self.fails(1, "the service sent no upload", "upload", self.file(mp4(1000)))
         self.service.fault("/upload/longform-videos", type="body",
                            body='{"data": {"mediaId": "x", "processingInfo": {}}}')
-        self.fails(1, "does not answer as the service does", "upload", self.file(mp4(1000)))
+        self.fails(1, "sent an invalid response", "upload", self.file(mp4(1000)))
 
     def test_nobody_is_signed_in(self):
         self.fails(3, "Please sign in", "--session", "", "upload", self.file(mp4(1000)))
@@ -357,7 +357,7 @@ class UploadInterrupted(Upload):
         errors = self.interrupted(
             self.file(mp4(5000)),
             until=lambda: any(one["finalized"] for one in self.uploads()[-1:]))
-        self.assertIn("interrupted; the service has the video and goes on with it", errors)
+        self.assertIn("interrupted; the service has the video and is processing it", errors)
 
     def test_at_a_terminal(self):
         self.service.set("upload-rate", bytesPerSecond=100_000)
@@ -385,7 +385,7 @@ class UploadProgress(Upload):
         self.assertGreater(len(shown), 5)
         self.assertEqual(shown, sorted(shown))
         self.assertEqual(shown[-1], 100)
-        self.assertIn("the service is at work", console.output)
+        self.assertIn("the service is processing it", console.output)
         self.assertRegex(console.output.splitlines()[-1], r"video \w+: succeeded")
 
     def test_silent_elsewhere(self):

@@ -33,7 +33,7 @@ void setFollowing(const HostPointer& host, const std::string& userId, bool on,
     });
 }
 
-/// Reads what the service answers, as other calls do: a `LoopsEndpoint` by itself tells nobody.
+/// Reports how the call ended, as other calls do; a `LoopsEndpoint` by itself does not.
 class AnsweredLoopsEndpoint : public LoopsEndpoint {
 public:
     using Completion = std::function<void(const std::optional<Error>& error)>;

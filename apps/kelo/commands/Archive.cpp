@@ -36,7 +36,7 @@ Failure failure(const std::string& what, const std::string& path, const std::str
 }
 
 std::string reasonOf(int problem) {
-    return problem == 0 ? "it cannot be read to its end" : std::strerror(problem);
+    return problem == 0 ? "it cannot be read to the end" : std::strerror(problem);
 }
 
 struct Kind {
@@ -71,7 +71,7 @@ std::string contentsOf(const std::string& path) {
     std::error_code error;
     const auto status = std::filesystem::status(path, error);
     if (status.type() != std::filesystem::file_type::regular) {
-        throw failure("cannot read", path, error ? error.message() : "it is no file");
+        throw failure("cannot read", path, error ? error.message() : "it is not a file");
     }
     const auto size = std::filesystem::file_size(path, error);
     if (!error && size > mostBytes) {
@@ -139,7 +139,7 @@ Content readArchive(const std::string& path) {
     const Data archive(contentsOf(path));
     const auto className = KeyedUnarchiver::rootClassName(archive);
     if (!className) {
-        throw failure("cannot read", path, "it is no archive of a model");
+        throw failure("cannot read", path, "it is not an archive of a model");
     }
     const auto known = kinds();
     const auto kind = std::find_if(known.begin(), known.end(),
@@ -150,8 +150,7 @@ Content readArchive(const std::string& path) {
     }
     auto fields = kind->fields(archive);
     if (!fields) {
-        throw failure("cannot read", path,
-                      "something is missing that every " + *className + " has");
+        throw failure("cannot read", path, "a field that every " + *className + " has is missing");
     }
     for (const char* name : kind->lost) {
         fields->erase(name);
@@ -216,7 +215,7 @@ void save(const HostPointer& host, const Arguments& arguments) {
     const Keep keep = [host, kind, path = arguments.text("FILE")](const Model& model) {
         if (model == nullptr) {
             throw Failure(ExitCode::Failed,
-                          "the service names no such " + kind + ": nothing is saved");
+                          "the service has no such " + kind + ": nothing is saved");
         }
         writeArchive(path, model);
         host->showDone("saved " + kind + " in", path);

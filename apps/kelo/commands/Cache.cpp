@@ -26,8 +26,8 @@ namespace {
 
 using Files = std::vector<std::shared_ptr<CachedFile>>;
 
-/// Downloads that are still in the making have names of that kind, and no place in the cache yet.
-bool isInTheMaking(const std::string& name) {
+/// Unfinished downloads have such names; they are not in the cache yet.
+bool isUnfinished(const std::string& name) {
     static const std::regex pattern("\\.download-[0-9a-f]{32}\\.part");
     return std::regex_match(name, pattern);
 }
@@ -52,7 +52,7 @@ Files filesInCache() {
     Files files;
     try {
         for (const auto& entry : std::filesystem::directory_iterator(path)) {
-            if (isInTheMaking(entry.path().filename().string())) {
+            if (isUnfinished(entry.path().filename().string())) {
                 continue;
             }
             if (const auto file = describe(entry.path())) {
@@ -95,7 +95,7 @@ std::string videoDirectory() {
     const auto path = videoCache()->documentsDirectory();
     if (!path) {
         throw Failure(ExitCode::Failed,
-                      "there is no place for a cache: neither XDG_DATA_HOME nor HOME names one");
+                      "there is no directory for the cache: neither XDG_DATA_HOME nor HOME is set");
     }
     return *path;
 }

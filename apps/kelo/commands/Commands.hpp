@@ -24,7 +24,7 @@ Work save, showFile, sendRequest, serve;
 
 /// The cache that downloaded videos are kept in, in the user's data directory.
 std::shared_ptr<KeloAPI::FileManager> videoCache();
-/// Where it is, with a "/" at its end. Throws a `Failure` when there is no place for one.
+/// Where it is, with a "/" at its end. Throws a `Failure` when there is none.
 std::string videoDirectory();
 
 // What is wrong with an argument; an empty text for a good one.

@@ -59,7 +59,7 @@ std::vector<Wish> wishesIn(const Arguments& arguments) {
     return wishes;
 }
 
-/// What a post's record offers under "videoUrls". What is no offer is left out.
+/// What a post's record offers under "videoUrls". Anything else is left out.
 std::shared_ptr<Offers> offersIn(const JsonObject& json, const std::string& postId) {
     const auto offers = json["videoUrls"].objects().value_or(JsonObjectList());
     return std::make_shared<Offers>(
@@ -150,7 +150,7 @@ private:
         if (offer == nullptr) {
             failed(wish, {ExitCode::Failed, "no MP4 file is offered"});
         } else if (!hasFileName(*offer)) {
-            failed(wish, {ExitCode::Failed, "the file that is offered has no name"});
+            failed(wish, {ExitCode::Failed, "the offered file has no name"});
         } else {
             wish.file = FileEndpoint::create(offer->remoteUrl().absoluteString(), videoCache());
         }
@@ -271,7 +271,7 @@ private:
 std::string checkWish(const std::string& text) {
     const auto colon = text.find(':');
     if (colon != std::string::npos && !priorityOf(text.substr(colon + 1))) {
-        return "'" + text.substr(colon + 1) + "' is none of low, normal and high";
+        return "'" + text.substr(colon + 1) + "' is not low, normal or high";
     }
     return checkIdentifier(text.substr(0, colon));
 }
@@ -281,7 +281,7 @@ void downloadVideos(const HostPointer& host, const Arguments& arguments) {
         const auto path = std::filesystem::absolute(arguments.text("--directory"));
         videoCache()->setDocumentsDirectory(path.string() + "/");
     }
-    videoDirectory(); // nothing is asked for when there is no place
+    videoDirectory(); // without one, nothing is requested
     std::make_shared<Downloads>(host, arguments)->start();
 }
 

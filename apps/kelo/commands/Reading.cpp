@@ -22,7 +22,7 @@ void showChannel(const HostPointer& host, const Arguments& arguments) {
             std::make_shared<AnyObjectParserAdaptor>(std::make_shared<FeedPostParser>())));
     const bool details = arguments.has("--details");
     readRecord(
-        host, "channels/" + arguments.text("ID"), parser, "the service names no channel",
+        host, "channels/" + arguments.text("ID"), parser, "the service sent no channel",
         [=](const KLChannel& channel) { host->show(fieldsOf(channel), linesOf(channel, details)); },
         {{"size", arguments.number("--size")}});
 }
@@ -37,7 +37,7 @@ void showInserts(const HostPointer& host, const Arguments& arguments) {
 
 void showVenue(const HostPointer& host, const Arguments& arguments) {
     readRecord(host, "venues/" + arguments.text("ID"), std::make_shared<KLFoursquareVenueParser>(),
-               "the service names no venue",
+               "the service sent no venue",
                [host](const KLVenue& venue) { host->show(fieldsOf(venue), linesOf(venue)); });
 }
 
@@ -65,7 +65,7 @@ void showOrSubmitViews(const HostPointer& host, const Arguments& arguments) {
         [host](const std::shared_ptr<KLLongformViews>& views, const std::optional<Error>& error) {
             host->hear(error, [&] {
                 if (views == nullptr) {
-                    throw Failure(ExitCode::Failed, "the service names no views");
+                    throw Failure(ExitCode::Failed, "the service sent no views");
                 }
                 host->show({{"longformId", views->longformId()}, {"count", views->count()}},
                            {std::to_string(views->count()) + " views"});

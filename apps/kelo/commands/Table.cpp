@@ -11,7 +11,7 @@ using Commands = std::vector<Command>;
 
 std::string checkRequestPath(const std::string& path) {
     const bool good = !path.empty() && path.find("http") == std::string::npos;
-    return good ? "" : "'" + path + "' is no path, as users/me is one";
+    return good ? "" : "'" + path + "' is not a path such as users/me";
 }
 
 Parameter identifier(const std::string& name, const std::string& help) {
@@ -69,13 +69,13 @@ Commands actingCommands() {
     const Parameter post = identifier("POST", "The post's identifier");
     const Parameter user = identifier("USER", "The user's identifier");
     return {{"like", "Like a post", {post}, like},
-            {"unlike", "Take a like back", {post}, unlike},
+            {"unlike", "Remove a like", {post}, unlike},
             {"rekelo", "Repost a post", {post}, rekelo},
-            {"unrekelo", "Take a repost back", {post}, unrekelo},
+            {"unrekelo", "Remove a repost", {post}, unrekelo},
             {"follow", "Follow a user's account outside the service", {user}, follow},
             {"unfollow", "Stop following a user's account outside the service", {user}, unfollow},
             {"boost",
-             "Say whether you want more of a user or post",
+             "Ask for more or less of a user or of posts like one",
              {oneOf("KIND", {"user", "post"}, "user or post"), identifier("ID", "Its identifier"),
               oneOf("BOOST", {"positive", "neutral", "negative"}, "positive, neutral or negative")},
              boost},
@@ -100,13 +100,13 @@ Commands videoCommands() {
     return {{"upload",
              "Upload a long-form video, an MP4 file",
              {{.name = "FILE", .help = "The video's file"},
-              count("--segment-size", 1 << 30, "Bytes that are sent at once", "8388608", "BYTES"),
-              count("--parallel", 16, "Segments that are under way together", "4")},
+              count("--segment-size", 1 << 30, "Bytes in a segment", "8388608", "BYTES"),
+              count("--parallel", 16, "Segments that are sent at the same time", "4")},
              uploadVideo},
             {"views",
              "Show the views of a long-form video",
              {identifier("ID", "The video's identifier"),
-              flag("--submit", "Report a view of one's own instead")},
+              flag("--submit", "Report a view instead of showing them")},
              showOrSubmitViews},
             {"sounds", "Show the soundboard", {}, showSounds},
             {"download",
@@ -126,16 +126,16 @@ Commands videoCommands() {
                .defaultValue = "normal",
                .choices = {"low", "normal", "high"}},
               {.name = "--directory",
-               .help = "Keep them there, not in the cache",
+               .help = "Save the files there instead of in the cache",
                .form = Form::Directory,
                .valueName = "DIR"}},
              downloadVideos},
-            {"cache", "Look after the videos that were downloaded", {}, {}, cacheCommands()}};
+            {"cache", "Manage the downloaded videos", {}, {}, cacheCommands()}};
 }
 
 Commands fileCommands() {
     return {{.name = "save",
-             .help = "Keep something in a file that phones read, too; see show",
+             .help = "Save a record in a file that phones can read; see show",
              .parameters = {{.name = "FILE", .help = "The file, which is replaced if it is there"},
                             oneOf("KIND",
                                   {"channel", "venue", "category", "sound", "thumbnail", "tag",
@@ -150,7 +150,7 @@ Commands fileCommands() {
              .work = save,
              .check = checkSave},
             {"show",
-             "Show what a file holds that save, or a phone, wrote",
+             "Show a file that save or a phone has written",
              {{.name = "FILE", .help = "The file"}},
              showFile}};
 }
@@ -158,16 +158,16 @@ Commands fileCommands() {
 Commands developingCommands() {
     return {
         {"request",
-         "Send a request of one's own and show the answer as it came",
+         "Send any request and print the response as it came",
          {{.name = "PATH",
-           .help = "Where to: users/me, _service/health, ...",
+           .help = "The path: users/me, _service/health, ...",
            .check = checkRequestPath},
           {.name = "--method",
-           .help = "What to ask for",
+           .help = "The HTTP method",
            .valueName = "METHOD",
            .defaultValue = "GET",
            .choices = {"GET", "POST", "PUT", "DELETE"}},
-          {.name = "--body", .help = "JSON to be sent", .valueName = "JSON"}},
+          {.name = "--body", .help = "The body, in JSON", .valueName = "JSON"}},
          sendRequest},
         {.name = "serve",
          .help = "Run kelo-service, the local stand-in of the service, with the arguments given",
@@ -198,7 +198,7 @@ std::string checkIdentifier(const std::string& text) {
         return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
                c == '-' || c == '_';
     });
-    return good ? "" : "'" + text + "' is no identifier";
+    return good ? "" : "'" + text + "' is not a valid identifier";
 }
 
 std::string checkPath(const std::string& path) {

@@ -59,7 +59,7 @@ private:
         if (_posts == 0) {
             _host->output().say({"This feed is empty."});
         } else if (next && !_host->output().isJson() && Terminal::showsOutput()) {
-            Terminal::say("There are more: --pages N or --all reads on.");
+            Terminal::say("There are more posts: use --pages N or --all.");
         }
         _host->end();
     }

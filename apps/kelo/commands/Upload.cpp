@@ -215,7 +215,7 @@ private:
                             });
     }
 
-    /// The completion of a call that is no segment.
+    /// The completion of a call other than a segment's.
     LongformUploadEndpoint::Completion
     completion(Again again, void (Uploader::*next)(const std::shared_ptr<KLVideoUpload>&)) {
         ++_tries;
@@ -233,7 +233,7 @@ private:
                     self->_host->sessionWorks();
                     (*self.*next)(upload);
                 } else if (!error) {
-                    self->fail(Failure(ExitCode::Failed, "the service names no upload"));
+                    self->fail(Failure(ExitCode::Failed, "the service sent no upload"));
                 } else if (self->_host->hearsAgain(*error)) {
                     return;
                 } else if (isPassing(*error) && self->_tries < mostTries) {
@@ -287,7 +287,7 @@ private:
 
     std::string whatBecameOfIt() const {
         if (_isFinalized) {
-            return "the service has the video and goes on with it";
+            return "the service has the video and is processing it";
         }
         return _isSent ? "the service may have the video, as upload " + _mediaId
                        : "the video is not uploaded";
@@ -326,8 +326,8 @@ private:
 
     void showProcessing(const KLVideoUploadProcessingInfo& info) {
         const double percent = std::clamp(info.progressPercent.value_or(0), 0.0, 100.0);
-        _progress.show(
-            {barText(percent, 100) + " " + percentText(percent, 100) + ", the service is at work"});
+        _progress.show({barText(percent, 100) + " " + percentText(percent, 100) +
+                        ", the service is processing it"});
     }
 
     const HostPointer _host;
@@ -339,7 +339,7 @@ private:
     std::int64_t _next = 0;
     std::vector<SegmentPointer> _underWay;
     std::int64_t _bytesDone = 0;
-    /// Of the call under way that is no segment.
+    /// Of the call under way that is not a segment's.
     std::shared_ptr<KeloAPI::EndpointRequest> _call;
     int _tries = 0;
     /// All segments have arrived, and the service is told so.
