@@ -47,18 +47,26 @@ std::shared_ptr<KLFeedInsert> postsMosaic(const JsonObject& json) {
 }
 
 std::shared_ptr<KLFeedInsert> userMosaic(const JsonObject& json) {
-    return std::make_shared<KLUserMosaic>(pageAt<UserParser>(json, "users"), textAt(json, "title"),
-                                          textAt(json, "description"), textAt(json, "link"),
-                                          textAt(json, "reference"), flagAt(json, "closeable"));
+    return std::make_shared<KLUserMosaic>(
+        pageAt<FeedUserParser>(json, "users"), textAt(json, "title"), textAt(json, "description"),
+        textAt(json, "link"), textAt(json, "reference"), flagAt(json, "closeable"));
 }
 
 } // namespace
+
+std::shared_ptr<FeedUser> FeedUserParser::parse(const JsonObject& json) const {
+    auto made = std::make_shared<FeedUser>();
+    made->userId = parseId(json["user"].object().value_or(json)["userId"]);
+    made->user = parseUser(json);
+    return made;
+}
 
 std::shared_ptr<FeedPost> FeedPostParser::parse(const JsonObject& json) const {
     const auto [channel, byline, audio, tags, entities] =
         json.values("channel", "byline", "audio", "tags", "entities");
     auto made = std::make_shared<FeedPost>();
     made->post = PostParser().parse(json);
+    made->author = FeedUserParser().parse(json);
     if (const auto name = channel.text()) {
         made->channel.emplace(*name);
     }

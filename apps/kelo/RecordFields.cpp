@@ -91,10 +91,16 @@ Parameters fieldsOf(const KLWatchUser& user) {
     return {{"username", valueOf(user.username)}, {"loopData", valueOf(user.loopData)}};
 }
 
+Parameters fieldsOf(const FeedUser& shown) {
+    Parameters fields = fieldsOf(*shown.user);
+    fields.emplace("userId", valueOf(shown.userId));
+    return fields;
+}
+
 Parameters fieldsOf(const FeedPost& shown) {
     const KLWatchPost& post = *shown.post;
     return {{"postId", valueOf(post.postId)},
-            {"user", valueOf(post.user)},
+            {"user", valueOf(shown.author)},
             {"caption", valueOf(post.caption)},
             {"created", valueOf(post.created)},
             {"videoUrl", valueOf(post.videoUrl)},
@@ -169,7 +175,7 @@ Parameters fieldsOf(const KLFeedInsert& card) {
                 {"title", people->title()},
                 {"subtitle", people->subtitle()},
                 {"link", people->link()},
-                {"users", valueOf(elementsOf<KLWatchUser>(*people->users()))}};
+                {"users", valueOf(elementsOf<FeedUser>(*people->users()))}};
     }
     more.merge(fields);
     return more;

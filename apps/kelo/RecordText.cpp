@@ -15,19 +15,19 @@ namespace {
 
 // Pages are printed as they come; columns that are wide enough from the start stay in line.
 constexpr std::size_t leastNameWidth = 14;
-constexpr std::size_t leastLoopsWidth = 17;
-constexpr std::size_t leastCaptionWidth = 20;
-/// Behind the dates.
-constexpr std::size_t detailIndent = 18;
+constexpr std::size_t leastLoopsWidth = 12;
+constexpr std::size_t leastCaptionWidth = 12;
+/// Behind the identifiers.
+constexpr std::size_t detailIndent = 21;
 
 std::string loopsText(const std::shared_ptr<KLWatchUser>& user) {
     return user == nullptr || user->loopData == nullptr
                ? "-"
-               : groupedText(user->loopData->count.uint64Value()) + " loops";
+               : compactText(user->loopData->count.uint64Value()) + " loops";
 }
 
-std::string nameOf(const std::shared_ptr<KLWatchUser>& user) {
-    return user == nullptr ? "?" : user->username.value_or("?");
+std::string nameOf(const FeedUser& shown) {
+    return shown.user->username.value_or("?");
 }
 
 /// `text`, behind `begin`, cut to the terminal.
@@ -41,12 +41,24 @@ std::string fitted(const std::string& begin, const std::string& text) {
     return begin + clipped(text, std::max(room, leastCaptionWidth));
 }
 
+std::string idOf(const FeedPost& shown) {
+    return shown.post->postId.value_or("?");
+}
+
+struct Widths {
+    std::size_t id = 0;
+    std::size_t name = leastNameWidth;
+    std::size_t loops = leastLoopsWidth;
+};
+
 /// A heart for a like, an arrow for a repost of the signed-in user.
-std::string lineOf(const KLWatchPost& post, std::size_t nameWidth, std::size_t loopsWidth) {
-    const std::string date = post.created ? shortText(*post.created) : std::string(16, '-');
+std::string lineOf(const FeedPost& shown, const Widths& widths) {
+    const KLWatchPost& post = *shown.post;
+    const std::string date = post.created ? dayText(*post.created) : std::string(10, '-');
     std::string line =
-        fitted(date + "  " + padded(nameOf(post.user), nameWidth) + "  " +
-                   rightAligned(loopsText(post.user), loopsWidth) + "  " +
+        fitted(padded(idOf(shown), widths.id) + "  " + date + "  " +
+                   padded(nameOf(*shown.author), widths.name) + "  " +
+                   rightAligned(loopsText(post.user), widths.loops) + "  " +
                    (post.liked.value_or(false) ? "♥" : " ") + (post.rekeloed() ? "↻" : " ") + "  ",
                printable(post.caption.value_or("")));
     line.erase(line.find_last_not_of(' ') + 1);
@@ -79,9 +91,13 @@ void addLinks(Lines& lines, const std::string& text,
     }
 }
 
-/// What stands beside a post: its byline, channel, venue, music, tags and links.
+/// What stands beside a post: its author's identifier, its byline, channel, venue, music, tags and
+/// links.
 Lines detailsOf(const FeedPost& post) {
     Lines lines;
+    if (post.author->userId) {
+        lines.push_back("by " + nameOf(*post.author) + ", user " + *post.author->userId);
+    }
     if (post.byline != nullptr) {
         lines.push_back(post.byline->text());
         addLinks(lines, post.byline->text(), post.byline->entities);
@@ -108,8 +124,9 @@ Lines detailsOf(const FeedPost& post) {
 
 std::string namesIn(const KLPagedData& users) {
     std::string names;
-    for (const auto& user : elementsOf<KLWatchUser>(users)) {
-        names += (names.empty() ? "" : ", ") + user->username.value_or("?");
+    for (const auto& user : elementsOf<FeedUser>(users)) {
+        names += (names.empty() ? "" : ", ") + nameOf(*user) +
+                 (user->userId ? " (" + *user->userId + ")" : "");
     }
     return names;
 }
@@ -147,11 +164,14 @@ std::string scalarText(const ParameterValue& value) {
 
 } // namespace
 
-Lines linesOf(const KLWatchUser& user) {
-    Lines lines = {user.username.value_or("?")};
-    if (user.loopData != nullptr) {
-        const double velocity = user.loopData->velocity.doubleValue();
-        lines.push_back(groupedText(user.loopData->count.uint64Value()) + " loops, " +
+Lines linesOf(const FeedUser& shown) {
+    Lines lines = {nameOf(shown)};
+    if (shown.userId) {
+        lines.push_back("user " + *shown.userId);
+    }
+    if (const auto& loops = shown.user->loopData) {
+        const double velocity = loops->velocity.doubleValue();
+        lines.push_back(groupedText(loops->count.uint64Value()) + " loops, " +
                         formatted(std::abs(velocity) < 1e15 ? "%.1f" : "%g", velocity) +
                         " more each second");
     }
@@ -190,15 +210,15 @@ Lines linesOf(const KLChannel& channel, bool details) {
 }
 
 Lines linesOf(const std::vector<std::shared_ptr<FeedPost>>& posts, bool details) {
-    std::size_t nameWidth = leastNameWidth;
-    std::size_t loopsWidth = leastLoopsWidth;
+    Widths widths;
     for (const auto& shown : posts) {
-        nameWidth = std::max(nameWidth, displayWidth(nameOf(shown->post->user)));
-        loopsWidth = std::max(loopsWidth, displayWidth(loopsText(shown->post->user)));
+        widths.id = std::max(widths.id, displayWidth(idOf(*shown)));
+        widths.name = std::max(widths.name, displayWidth(nameOf(*shown->author)));
+        widths.loops = std::max(widths.loops, displayWidth(loopsText(shown->post->user)));
     }
     Lines lines;
     for (const auto& shown : posts) {
-        lines.push_back(lineOf(*shown->post, nameWidth, loopsWidth));
+        lines.push_back(lineOf(*shown, widths));
         if (details) {
             const Lines beside = detailsOf(*shown);
             lines.insert(lines.end(), beside.begin(), beside.end());

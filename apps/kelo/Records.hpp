@@ -11,9 +11,11 @@
 namespace KeloHost {
 
 class FeedPost;
+class FeedUser;
 
 // The fields of models under their own names; null for an absent one.
 KeloAPI::Parameters fieldsOf(const FeedPost& post);
+KeloAPI::Parameters fieldsOf(const FeedUser& user);
 KeloAPI::Parameters fieldsOf(const KeloAPI::KLByline& byline);
 /// With the posts of its timeline, where that was read.
 KeloAPI::Parameters fieldsOf(const KeloAPI::KLChannel& channel);
@@ -74,7 +76,7 @@ std::vector<std::shared_ptr<T>> elementsOf(const KeloAPI::KLPagedData& list) {
 /// would take for a command.
 using Lines = std::vector<std::string>;
 
-Lines linesOf(const KeloAPI::KLWatchUser& user);
+Lines linesOf(const FeedUser& user);
 Lines linesOf(const KeloAPI::KLVenue& venue);
 Lines linesOf(const KeloAPI::KLVideoUpload& upload);
 /// A channel with the posts of its timeline, which are `FeedPost`s.

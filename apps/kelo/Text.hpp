@@ -22,15 +22,16 @@ std::string formatted(const char* format, Values... values) {
 
 /// "2016-03-01T12:00:00.250Z"
 std::string isoText(KeloAPI::Date date);
-/// "2016-03-01 12:00", in UTC.
-std::string shortText(KeloAPI::Date date);
+/// "2016-03-01", in UTC.
+std::string dayText(KeloAPI::Date date);
 /// "12 s", "5 min", "3 h", "40 d"; the full units only. What lies ahead is "0 s".
 std::string ageText(std::chrono::microseconds age);
 
 /// "712 B", "45 kB", "3.2 MB": thousands of thousands.
 std::string sizeText(std::uint64_t bytes);
-/// 1234567 as "1,234,567".
+/// 1234567 as "1,234,567", and cut to "1.2M".
 std::string groupedText(std::uint64_t number);
+std::string compactText(std::uint64_t number);
 
 /// A bar for how much of all is done, and the percentage beside it.
 std::string barText(double done, double all);

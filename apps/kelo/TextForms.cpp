@@ -1,6 +1,7 @@
 #include "Text.hpp"
 
 #include <algorithm>
+#include <utility>
 
 namespace KeloHost {
 
@@ -15,11 +16,9 @@ std::string isoText(KeloAPI::Date date) {
                      int(time.seconds().count()), int(time.subseconds().count()));
 }
 
-std::string shortText(KeloAPI::Date date) {
-    std::string text = isoText(date);
-    text.resize(text.find('.') - 3); // without seconds
-    text[text.find('T')] = ' ';
-    return text;
+std::string dayText(KeloAPI::Date date) {
+    const std::string text = isoText(date);
+    return text.substr(0, text.find('T'));
 }
 
 std::string ageText(microseconds age) {
@@ -54,6 +53,18 @@ std::string groupedText(std::uint64_t number) {
         digits.insert(at, 1, ',');
     }
     return digits;
+}
+
+std::string compactText(std::uint64_t number) {
+    constexpr std::pair<std::uint64_t, char> units[] = {
+        {1'000'000'000, 'G'}, {1'000'000, 'M'}, {1000, 'k'}};
+    for (const auto& [size, letter] : units) {
+        if (number >= size) {
+            const std::uint64_t tenths = number / (size / 10);
+            return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + letter;
+        }
+    }
+    return std::to_string(number);
 }
 
 std::string barText(double done, double all) {

@@ -12,7 +12,7 @@ import unicodedata
 from case import KELO, PASSWORD, Case
 from service import KEY, Service, wait_until
 
-USER_FIELDS = {"username", "loopData"}
+USER_FIELDS = {"userId", "username", "loopData"}
 POST_FIELDS = {"postId", "user", "caption", "created", "videoUrl", "thumbnailUrl", "liked",
                "rekeloed", "currentUserRekelo", "channel", "venue", "byline", "audio", "tags",
                "entities"}
@@ -97,7 +97,7 @@ class Reading(Case):
     def test_me_as_json(self):
         user, = self.json("me")
         self.assertEqual(set(user), USER_FIELDS)
-        self.assertEqual(user["username"], "mara")
+        self.assertEqual((user["userId"], user["username"]), ("1001", "mara"))
         self.assertEqual(set(user["loopData"]), {"count", "velocity", "created", "onFire"})
 
     def test_empty_values_send_no_header(self):
@@ -120,7 +120,7 @@ class Reading(Case):
         lines = self.succeeds("timeline", "popular", "--size", "40").splitlines()
         self.assertEqual(len(lines), 40)
         for line in lines:
-            self.assertRegex(line, r"^\d{4}-\d\d-\d\d \d\d:\d\d  \S+ +[\d,]+ loops  [♥ ]?[↻ ]?")
+            self.assertRegex(line, r"^\d{19}  \d{4}-\d\d-\d\d  \S+ +[\d.]+[kMG]? loops  [♥ ]?[↻ ]?")
         # None of the seeded names holds a wide character: columns are characters here.
         self.assertEqual(len({line.index(" loops") for line in lines}), 1, "not aligned")
         self.assertTrue(any("♥" in line[:70] for line in lines))
@@ -137,12 +137,19 @@ class Reading(Case):
             self.assertIn(".mp4", post["videoUrl"])
         self.assertTrue(any(post["rekeloed"] for post in posts))
 
+    def test_loops_are_cut_to_a_few_digits(self):
+        for loops, text in ((0, "0"), (999, "999"), (1000, "1.0k"), (999_999, "999.9k"),
+                            (1_250_000, "1.2M"), (2**63, "9223372036.8G")):
+            record = {"postId": 1, "username": "x", "loopCount": loops, "loopVelocity": 0}
+            self.service.answer("/timelines/popular", {"records": [record]})
+            self.assertEqual(self.succeeds("timeline", "popular").split()[3:], [text, "loops"])
+
     def test_text_and_json_say_the_same(self):
         text = self.succeeds("timeline", "latest", "--size", "30").splitlines()
         posts = self.json("timeline", "latest", "--size", "30")
         for line, post in zip(text, posts, strict=True):
-            created = post["created"][:16].replace("T", " ")
-            self.assertTrue(line.startswith(f"{created}  {post['user']['username']} "), line)
+            begin = f"{post['postId']}  {post['created'][:10]}  {post['user']['username']} "
+            self.assertTrue(line.startswith(begin), line)
             caption = "".join(" " if unicodedata.category(c) == "Cc" else c
                               for c in post["caption"])
             self.assertTrue(line.rstrip().endswith(caption.rstrip()), (line, caption))
@@ -185,7 +192,7 @@ class Reading(Case):
         self.assertEqual(text.count("\n"), 1)
         self.assertFalse(any(unicodedata.category(c) in ("Cc", "Cf") for c in text.rstrip("\n")))
         self.assertIn("a ]0;t b cd e", text)
-        self.assertTrue(text.startswith("----------------  x [31m"), text)
+        self.assertTrue(text.startswith("1  ----------  x [31m"), text)
 
     def test_an_output_that_cannot_be_written(self):
         with open("/dev/full", "w", encoding="utf-8") as full:

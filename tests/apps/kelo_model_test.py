@@ -69,6 +69,7 @@ class Models(Case):
         text = self.succeeds("timeline", "all", "--size", "200", "--details")
         kinds = {"channel": 0, "venue": 0, "byline": 0, "audio": 0, "tags": 0, "entities": 0}
         for post in posts:
+            self.assertIn(f"by {post['user']['username']}, user {post['user']['userId']}\n", text)
             for kind in kinds:
                 kinds[kind] += 1 if post[kind] else 0
             if post["venue"]:
@@ -77,14 +78,14 @@ class Models(Case):
                 self.assertIn(f"at {post['venue']['name']}, ", text)
                 self.assertIn(f", venue {post['venue']['foursquareVenueId']}\n", text)
             if post["byline"]:
-                self.assertIn(f"                  {post['byline']['text']}\n", text)
+                self.assertIn(f"                     {post['byline']['text']}\n", text)
             if post["audio"]:
                 self.assertIn(f"♪ {post['audio']['trackName']} – {post['audio']['artistName']}\n",
                               text)
             for tag in post["tags"]:
                 self.assertIn(f"{tag['name']} ({tag['count']} posts)", text)
             if post["channel"]:
-                self.assertIn(f"                  in {post['channel']}\n", text)
+                self.assertIn(f"                     in {post['channel']}\n", text)
         for kind, count in kinds.items():
             self.assertGreater(count, 5, kind)
 
@@ -109,7 +110,7 @@ class Models(Case):
             "byline": {"body": "no icon"}, "audio": {"trackId": "1"}, "tags": [{"tag": "a"}, 5],
             "entities": [{"range": [0, 99]}, {"range": [0, 2], "title": "a", "link": "b\x07"}]}]})
         lines = self.succeeds("timeline", "popular", "--details").splitlines()
-        self.assertEqual(lines[1:], ["                  #a → b "])
+        self.assertEqual(lines[1:], ["                     #a → b "])
 
     def test_venue(self):
         venue, = self.json("venue", STATION)
@@ -124,6 +125,8 @@ class Models(Case):
         self.assertEqual((action["kind"], action["actionUrl"]),
                          ("urlAction", "kelo://upload-longform"))
         self.assertEqual(action["closeUrlPath"], "inserts/longform-launch/close")
+        names = ", ".join(f"{user['username']} ({user['userId']})" for user in people["users"])
+        self.assertTrue(self.succeeds("inserts", "home").splitlines()[0].endswith(f": {names}"))
         posts, prompt = self.json("inserts", "popular")
         self.assertEqual((posts["kind"], len(posts["posts"]), posts["type"]), ("postsMosaic", 6, 3))
         self.assertIs(posts["closeable"], False)

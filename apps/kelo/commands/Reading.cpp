@@ -7,12 +7,8 @@ namespace KeloHost {
 using namespace KeloAPI;
 
 void showMe(const HostPointer& host, const Arguments& /*arguments*/) {
-    MeEndpoint::create()->get([host](const MeResult& result) {
-        host->hear(result.error(), [&] {
-            const KLWatchUser& user = *result.success()->user;
-            host->show(fieldsOf(user), linesOf(user));
-        });
-    });
+    readRecord(host, "users/me", std::make_shared<FeedUserParser>(), "the service sent no user",
+               [host](const FeedUser& user) { host->show(fieldsOf(user), linesOf(user)); });
 }
 
 void showChannel(const HostPointer& host, const Arguments& arguments) {
