@@ -31,6 +31,12 @@ public:
         const auto all = texts(name);
         return all.empty() ? "" : all.front();
     }
+    /// The same with another text for one parameter.
+    Arguments with(const std::string& name, const std::string& text) const {
+        auto values = _values;
+        values[name].texts = {text};
+        return Arguments(std::move(values));
+    }
     /// Of a parameter with limits.
     std::int64_t number(const std::string& name) const {
         return has(name) ? _values.at(name).number : 0;
@@ -61,6 +67,8 @@ struct Parameter {
     std::string (*check)(const std::string& text) = nullptr;
     /// An option before it that a flag cannot stand beside.
     std::string excluded = {};
+    /// The work is done for each identifier on standard input where "-" is given.
+    bool isForEach = false;
     /// Of a place that may stay empty.
     bool isOptional = false;
 };

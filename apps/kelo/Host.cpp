@@ -1,6 +1,7 @@
 #include "Host.hpp"
 
 #include "Pins.hpp"
+#include "Terminal.hpp"
 
 #include <iostream>
 #include <string_view>
@@ -45,7 +46,21 @@ void Host::run(const std::function<void()>& work) {
 }
 
 void Host::end() {
-    _loop.stop();
+    if (_tasks.empty()) {
+        _loop.stop();
+        return;
+    }
+    MainQueue::main().async([this, task = std::move(_tasks.front())] {
+        _taskName = task.name;
+        sessionWorks();
+        hear(nullptr, task.work);
+    });
+    _tasks.pop_front();
+}
+
+void Host::doAll(std::deque<Task> tasks) {
+    _tasks = std::move(tasks);
+    end();
 }
 
 void Host::fail(const Error& error) {
@@ -55,7 +70,7 @@ void Host::fail(const Error& error) {
     if (_options.verbose) {
         Diagnostics::write(error.description());
     }
-    end(explained(error, _options.host, _expectedPins));
+    end(explained(error, _options.host, _expectedPins), error.domain() == HTTPErrorDomain);
 }
 
 void Host::hear(const Error* error, const std::function<void()>& use) {
@@ -81,9 +96,18 @@ void Host::showDone(const std::string& deed, const std::string& id,
          {deed + " " + id + (deedId ? " (" + *deedId + ")" : "")});
 }
 
-void Host::end(Failure failure) {
-    if (!_failure) {
-        _failure = std::move(failure);
+void Host::end(const Failure& failure, bool othersFailAlike) {
+    if (!_taskName.empty()) {
+        const bool isLast = othersFailAlike || failure.code() == ExitCode::SignIn;
+        const std::string left = std::to_string(_tasks.size()) + " more not tried";
+        Terminal::say("kelo: " + _taskName + ": " + failure.what() +
+                      (isLast && !_tasks.empty() ? " (" + left + ")" : ""));
+        if (isLast) {
+            _tasks.clear();
+        }
+        _failure = Failure(failure.code(), "");
+    } else if (!_failure) {
+        _failure = failure;
     }
     end();
 }

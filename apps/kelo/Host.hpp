@@ -8,6 +8,7 @@
 #include <KeloAPI/KeloAPI.hpp>
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -49,9 +50,18 @@ public:
         hear(error ? &*error : nullptr, use);
     }
 
-    /// Ends the program: well, or with a failure.
+    /// Ends the program: well, or with a failure. Of `doAll`, it ends one task.
     void end();
-    void end(Failure failure);
+    void end(const Failure& failure, bool othersFailAlike = false);
+    struct Task {
+        /// What the task is done to.
+        std::string name;
+        std::function<void()> work;
+    };
+    /// Does one task after another and ends the program. What fails is told at once with the task's
+    /// name, and the others go on, unless they would fail alike: without the service, or where the
+    /// user is refused.
+    void doAll(std::deque<Task> tasks);
     /// Prints one thing and ends the program.
     void show(const KeloAPI::Parameters& fields, const Lines& lines);
     /// Something was done: "liked post", its identifier, and the identifier that the service gave
@@ -108,6 +118,9 @@ private:
     std::string _expectedPins;
     Loop _loop;
     std::optional<Failure> _failure;
+    std::deque<Task> _tasks;
+    /// Of the one at work; empty outside `doAll`.
+    std::string _taskName;
     std::function<std::int64_t()> _callsUnderWay;
     bool _waitsForSignIn = false;
     bool _waitsForRelease = false;

@@ -96,6 +96,15 @@ std::optional<std::string> askHidden(const std::string& question) {
     return line;
 }
 
+std::vector<std::string> inputLines() {
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(std::cin, line);) {
+        lines.push_back(line);
+    }
+    std::cin.clear(); // a terminal can be asked on
+    return lines;
+}
+
 int catchInterruption() {
     struct sigaction before {};
     sigaction(SIGINT, nullptr, &before);

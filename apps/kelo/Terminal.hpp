@@ -33,6 +33,9 @@ std::optional<std::string> ask(const std::string& question);
 /// The same with the typing hidden.
 std::optional<std::string> askHidden(const std::string& question);
 
+/// The lines of standard input, up to its end.
+std::vector<std::string> inputLines();
+
 /// From now on the first Ctrl-C does not end the program, but makes the descriptor that is returned
 /// readable; the second one ends it, and so does one at a question. -1 where Ctrl-C is ignored.
 int catchInterruption();

@@ -38,8 +38,9 @@ class Case(unittest.TestCase):
     def setUp(self):
         self.service.forget()
 
-    def run_program(self, program, *arguments, **more):
-        return subprocess.run([program, *arguments], stdin=subprocess.DEVNULL,
+    def run_program(self, program, *arguments, input="", **more):
+        """With this text on standard input, and more variables."""
+        return subprocess.run([program, *arguments], input=input,
                               capture_output=True, text=True, timeout=60,
                               env={**self.environment, **more})
 

@@ -191,6 +191,77 @@ class Effects(Acting):
         self.assertEqual(self.succeeds("like", post), f"liked post {post} ( [2J )\n")
 
 
+class FromInput(Acting):
+    """With "-" in place of an identifier."""
+
+    def test_each_is_done_in_turn(self):
+        posts = [post["postId"] for post in self.posts()[:3]]
+        users = ["1002", "1003"]
+        for command, ids, deed in (
+                (["like", "-"], posts, "liked post"), (["unlike", "-"], posts, "unliked post"),
+                (["rekelo", "-"], posts, "reposted post"),
+                (["unrekelo", "-"], posts, "took back the repost of post"),
+                (["loops", "-", "2"], posts, "reported 2 loops of post"),
+                (["follow", "-"], users, "following user"),
+                (["unfollow", "-"], users, "no longer following user"),
+                (["boost", "user", "-", "positive"], users, "positive feedback on user"),
+                (["boost", "post", "-", "neutral"], posts, "neutral feedback on post")):
+            with self.subTest(command=command):
+                text = self.succeeds(*command, "--json", input="\n".join(ids))
+                done = [json.loads(line) for line in text.splitlines()]
+                self.assertEqual([(one["done"], one["id"]) for one in done],
+                                 [(deed, id_) for id_ in ids])
+
+    def test_a_timeline_names_what_can_be_liked(self):
+        self.service.forget()
+        lines = self.succeeds("timeline", "all", "--size", "4").splitlines()
+        posts = [line.split()[0] for line in lines]
+        self.succeeds("like", "-", input=f" {posts[0]}\t\r\n\n" + "\n".join(posts[1:]) + "\n")
+        self.assertEqual([one["path"] for one in self.service.seen(method="POST")],
+                         [f"/posts/{post}/likes" for post in posts])
+
+    def test_nothing_to_do(self):
+        for command in (["like", "-"], ["download", "-"]):
+            self.assertEqual(self.succeeds(*command, input="\n"), "")
+        self.assertEqual(self.service.seen(), [])
+
+    def test_a_bad_line_is_told_before_anything_is_sent(self):
+        post = self.untouched()
+        for command, line in ((["like", "-"], "a/b"), (["boost", "post", "-", "neutral"], "a b"),
+                              (["download", "-"], "a/b:high")):
+            with self.subTest(command=command):
+                self.fails(2, "line 3 of standard input: 'a", *command, input=f"{post}\n\n{line}\n")
+        self.assertEqual(self.service.seen(), [])
+
+    def test_one_failure_leaves_the_others(self):
+        post, other = (post["postId"] for post in self.posts()[:2])
+        done = self.kelo("like", "-", input=f"{post}\n5\n{other}\n")
+        self.assertEqual((done.returncode, done.stderr),
+                         (1, "kelo: 5: the service says: There is no such post\n"))
+        self.assertEqual([line.split()[2] for line in done.stdout.splitlines()], [post, other])
+
+    def test_a_failure_that_all_would_meet_ends_it(self):
+        post, other = (post["postId"] for post in self.posts()[:2])
+        for arguments, code, line in (
+                (["--host", "localhost:1"], 1, "cannot connect"),
+                (["--session", "bad"], 3, "This session is not known")):
+            with self.subTest(arguments=arguments):
+                done = self.kelo(*arguments, "like", "-", input=f"{post}\n{other}\n5\n")
+                self.assertEqual((done.returncode, done.stdout), (code, ""))
+                self.assertRegex(done.stderr,
+                                 rf"^kelo: {post}: .*{line}.* \(2 more not tried\)\n$")
+
+    def test_expiry_on_the_way(self):
+        posts = [post["postId"] for post in self.posts()[:4]]
+        self.service.forget()
+        for skip in (1, 2):
+            self.service.fault("/posts/*", skip=skip, type="error", code=103, message="Expired")
+        text = self.succeeds("--session", KEY, "--user", "mara", "--password", PASSWORD,
+                             "like", "-", input="\n".join(posts))
+        self.assertEqual([line.split()[2] for line in text.splitlines()], posts)
+        self.assertEqual(len(self.service.seen("/sessions")), 2)
+
+
 class Refusals(Acting):
     def test_unknown_posts_users_and_videos(self):
         for arguments, what in ((["like", "5"], "post"), (["unlike", "5"], "post"),

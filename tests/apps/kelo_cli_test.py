@@ -64,10 +64,10 @@ class Usage(Case):
             "COUNT is required": ["loops 1"],
             "FILE is required": ["upload", "save", "show"],
             "N is required": ["cache trim"],
-            "is not a valid identifier": ["channel 1/2", "inserts ../users/me", "venue a?b", "like ''",
-                                 "like a/b", "like 1?x", "like ..", "follow http://x",
-                                 "boost user '#1' positive", "views 'a b'", "download a/b",
-                                 "download :high", "save x channel a/b"],
+            "is not a valid identifier": [
+                "channel 1/2", "inserts ../users/me", "venue a?b", "like ''", "like a/b",
+                "like 1?x", "like ..", "follow http://x", "boost user '#1' positive",
+                "views 'a b'", "download a/b", "download :high", "save x channel a/b"],
             "KIND: channel": ["boost channel 1 positive"],
             "KIND: user": ["save x user"],
             "BOOST: Positive": ["boost user 1 Positive"],
@@ -120,7 +120,8 @@ class Reading(Case):
         lines = self.succeeds("timeline", "popular", "--size", "40").splitlines()
         self.assertEqual(len(lines), 40)
         for line in lines:
-            self.assertRegex(line, r"^\d{19}  \d{4}-\d\d-\d\d  \S+ +[\d.]+[kMG]? loops  [♥ ]?[↻ ]?")
+            self.assertRegex(line, r"^\d{19}  \d{4}-\d\d-\d\d  \S+ +[\d.]+[kMG]? loops  "
+                                   r"[♥ ]?[↻ ]?")
         # None of the seeded names holds a wide character: columns are characters here.
         self.assertEqual(len({line.index(" loops") for line in lines}), 1, "not aligned")
         self.assertTrue(any("♥" in line[:70] for line in lines))

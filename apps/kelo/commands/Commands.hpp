@@ -6,6 +6,7 @@
 
 #include <KeloAPI/KeloAPI.hpp>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -21,6 +22,13 @@ Work showMe, showTimeline, showChannel, showInserts, showVenue, showSounds, show
 Work like, unlike, rekelo, unrekelo, follow, unfollow, boost, submitLoops;
 Work uploadVideo, downloadVideos, listCache, trimCache, showCachePath;
 Work save, showFile, sendRequest, serve;
+
+/// `work` for the parameter of that name, or, where that is "-", for each of the identifiers that
+/// standard input holds.
+std::function<Work> forEach(const std::string& name, const std::function<Work>& work);
+/// The lines of standard input, without those that are blank. Throws a `Failure` unless `check`
+/// finds all of them good.
+std::vector<std::string> linesOfInput(std::string (*check)(const std::string& text));
 
 /// The cache that downloaded videos are kept in, in the user's data directory.
 std::shared_ptr<KeloAPI::FileManager> videoCache();

@@ -40,7 +40,12 @@ std::optional<QueuePriority> priorityOf(const std::string& name) {
 /// A post that is named twice is wanted once, as the last one says.
 std::vector<Wish> wishesIn(const Arguments& arguments) {
     std::vector<Wish> wishes;
-    for (const std::string& text : arguments.texts("POST")) {
+    std::vector<std::string> texts = arguments.texts("POST");
+    if (const auto place = std::find(texts.begin(), texts.end(), "-"); place != texts.end()) {
+        const auto more = linesOfInput(checkWish);
+        texts.insert(texts.erase(place), more.begin(), more.end());
+    }
+    for (const std::string& text : texts) {
         const auto colon = text.find(':');
         Wish wish;
         wish.postId = text.substr(0, colon);
@@ -116,6 +121,7 @@ public:
         for (Wish& wish : _wishes) {
             read(wish);
         }
+        endWhenDone(); // standard input may hold none
     }
 
 private:

@@ -18,6 +18,17 @@ Parameter identifier(const std::string& name, const std::string& help) {
     return {.name = name, .help = help, .check = checkIdentifier};
 }
 
+std::string orInput(const std::string& help) {
+    return help + "; - reads them from standard input, one per line";
+}
+
+/// An identifier, or "-" for all that standard input holds.
+Parameter identifiers(const std::string& name, const std::string& help) {
+    Parameter parameter = identifier(name, orInput(help));
+    parameter.isForEach = true;
+    return parameter;
+}
+
 Parameter oneOf(const std::string& name, const std::vector<std::string>& choices,
                 const std::string& help) {
     return {.name = name, .help = help, .choices = choices};
@@ -66,8 +77,8 @@ Commands readingCommands() {
 }
 
 Commands actingCommands() {
-    const Parameter post = identifier("POST", "The post's identifier");
-    const Parameter user = identifier("USER", "The user's identifier");
+    const Parameter post = identifiers("POST", "The post's identifier");
+    const Parameter user = identifiers("USER", "The user's identifier");
     return {{"like", "Like a post", {post}, like},
             {"unlike", "Remove a like", {post}, unlike},
             {"rekelo", "Repost a post", {post}, rekelo},
@@ -76,7 +87,7 @@ Commands actingCommands() {
             {"unfollow", "Stop following a user's account outside the service", {user}, unfollow},
             {"boost",
              "Ask for more or less of a user or of posts like one",
-             {oneOf("KIND", {"user", "post"}, "user or post"), identifier("ID", "Its identifier"),
+             {oneOf("KIND", {"user", "post"}, "user or post"), identifiers("ID", "Its identifier"),
               oneOf("BOOST", {"positive", "neutral", "negative"}, "positive, neutral or negative")},
              boost},
             {"loops",
@@ -112,7 +123,7 @@ Commands videoCommands() {
             {"download",
              "Download the videos of posts into the cache",
              {{.name = "POST",
-               .help = "The posts' identifiers; POST:PRIORITY gives one a priority of its own",
+               .help = orInput("The posts' identifiers, or POST:PRIORITY for one of its own"),
                .form = Form::List,
                .check = checkWish},
               {.name = "--bitrate",
@@ -187,6 +198,11 @@ std::vector<Command> allCommands() {
     for (const auto& [heading, commands] : groups) {
         for (Command command : commands) {
             command.group = heading;
+            for (const Parameter& parameter : command.parameters) {
+                if (parameter.isForEach) {
+                    command.work = forEach(parameter.name, command.work);
+                }
+            }
             all.push_back(std::move(command));
         }
     }
