@@ -2,10 +2,14 @@
 
 #include "Command.hpp"
 #include "Failure.hpp"
+#include "KeptSession.hpp"
+#include "Terminal.hpp"
+#include "Text.hpp"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <cstdlib>
 #include <map>
 #include <utility>
 
@@ -28,11 +32,8 @@ std::string checkHost(const std::string& host) {
     return usablePort ? "" : "'" + host + "' is not of the form HOST or HOST:PORT";
 }
 
-/// A header field takes no control characters, and HTTP promises nothing beyond ASCII.
 std::string checkHeaderValue(const std::string& value) {
-    const bool good =
-        std::all_of(value.begin(), value.end(), [](char c) { return c >= ' ' && c <= '~'; });
-    return good ? "" : "only printable ASCII characters can be sent";
+    return fitsHeader(value) ? "" : "only printable ASCII characters can be sent";
 }
 
 void addGlobalOptions(CLI::App& app, Options& options) {
@@ -41,7 +42,8 @@ void addGlobalOptions(CLI::App& app, Options& options) {
         ->type_name("HOST[:PORT]")
         ->capture_default_str()
         ->check(checkHost);
-    app.add_option("--session", options.session, "Session key of the signed-in user")
+    app.add_option("--session", options.session,
+                   "Session key of the signed-in user, in place of the one that login keeps")
         ->envname("KELO_SESSION")
         ->type_name("KEY")
         ->capture_default_str()
@@ -49,7 +51,9 @@ void addGlobalOptions(CLI::App& app, Options& options) {
     auto* user = app.add_option("--user", options.user,
                                 "Sign in as this user, at once or when the session is refused")
                      ->type_name("NAME");
-    app.add_option("--password", options.password, "The user's password; asked for otherwise")
+    app.add_option("--password", options.password,
+                   "The user's password; - reads it from standard input. Without, it is taken from "
+                   "KELO_PASSWORD, or asked for without echo")
         ->type_name("PASSWORD")
         ->needs(user);
     app.add_option("--pin", options.pin, "The service's certificate (PEM); no other is accepted")
@@ -63,6 +67,30 @@ void addGlobalOptions(CLI::App& app, Options& options) {
     app.add_flag("--json", options.json, "Print JSON, one object per line");
     app.add_flag("--verbose", options.verbose, "Print each request on standard error");
     app.add_flag("--no-input", options.noInput, "Never ask anything, even on a terminal");
+}
+
+/// What the command line leaves to the environment, standard input and the session that is kept.
+void complete(const CLI::App& app, Options& options) {
+    if (options.password == "-") {
+        // Who types it is asked for it in time, without echo.
+        options.password = Terminal::isTyped() ? "" : Terminal::inputLine().value_or("");
+        if (options.password.empty() && !Terminal::isTyped()) {
+            throw Failure(ExitCode::Usage, "--password: there is none on standard input");
+        }
+    } else if (const char* password = std::getenv("KELO_PASSWORD");
+               password != nullptr && options.password.empty()) {
+        options.password = password;
+    }
+    if (app.count("--session") != 0) {
+        return;
+    }
+    // A user who is named outranks the session that is there by default.
+    if (app.count("--user") != 0) {
+        options.session.clear();
+    } else if (const auto kept = keptSession(serviceAt(options.host))) {
+        options.session = kept->key;
+        options.sessionIsKept = true;
+    }
 }
 
 /// A command as CLI11 knows it, and those that may follow its name.
@@ -174,11 +202,8 @@ Invocation parseCommandLine(int argc, char** argv) {
     const Reader reader(app, root);
     try {
         app.parse(argc, argv);
-        // A user who is named outranks the session that is there by default.
-        if (app.count("--user") != 0 && app.count("--session") == 0) {
-            invocation.options.session.clear();
-        }
         invocation.work = reader.work();
+        complete(app, invocation.options);
     } catch (const CLI::CallForHelp&) {
         invocation.information = app.help();
     } catch (const CLI::CallForVersion& version) {

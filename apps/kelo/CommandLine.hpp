@@ -16,6 +16,8 @@ struct Options {
     /// Session key of the signed-in user; empty for nobody. By default the one that `kelo-service`
     /// knows from the start, which no real service does.
     std::string session = "kelo-development-session";
+    /// That key is the one that `kelo login` keeps for the host.
+    bool sessionIsKept = false;
     /// For signing in; empty where they are to be asked for.
     std::string user;
     std::string password;

@@ -2,6 +2,7 @@
 
 #include "CommandLine.hpp"
 #include "Failure.hpp"
+#include "KeptSession.hpp"
 #include "Loop.hpp"
 #include "Output.hpp"
 
@@ -14,6 +15,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace KeloHost {
 
@@ -69,6 +71,10 @@ public:
     void showDone(const std::string& deed, const std::string& id,
                   const std::optional<std::string>& deedId = std::nullopt);
 
+    /// Signs the user in, unless that was done for this run already, keeps the session for later
+    /// runs and ends the program.
+    void keepSignedIn();
+
     /// A call has succeeded with the session as it is: when that is refused later, the user may
     /// sign in anew as if for the first time.
     void sessionWorks() { _attempts = 0; }
@@ -95,6 +101,7 @@ private:
         std::string user;
         std::string password;
     };
+    using Sessions = std::vector<std::shared_ptr<KeptSession>>;
 
     explicit Host(Options options)
         : _options(std::move(options))
@@ -110,6 +117,7 @@ private:
     void giveUp();
     /// What to sign in with next; absent when there is nothing left to try.
     std::optional<Credentials> credentials();
+    void signedIn(const Sessions& sessions, const std::optional<KeloAPI::Error>& error);
     void signInFailed(const KeloAPI::Error& error);
     void askForCaptcha(KeloAPI::SessionType type, const KeloAPI::URL& captchaUrl);
 
@@ -131,6 +139,8 @@ private:
     /// What the service said when it refused the session.
     std::string _reason;
     std::function<void()> _afterSignIn;
+    /// Absent until the user has signed in.
+    std::optional<KeptSession> _newSession;
 };
 
 } // namespace KeloHost

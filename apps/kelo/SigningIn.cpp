@@ -1,5 +1,6 @@
 #include "Host.hpp"
 #include "Terminal.hpp"
+#include "Text.hpp"
 
 #include <utility>
 
@@ -19,13 +20,14 @@ namespace {
 
 constexpr int mostAttempts = 3;
 
-/// The session key that the service answers to a user who signs in.
-std::shared_ptr<std::string> keyIn(const JsonObject& json) {
+/// The session that the service gives a user who signs in.
+std::shared_ptr<KeptSession> sessionIn(const JsonObject& json) {
     const auto key = json["key"].text();
-    if (!key || !json["username"].text()) {
+    const auto user = json["username"].text();
+    if (!key || !fitsHeader(*key) || !user) {
         throw JsonParseError(JsonParseError::InsufficientData);
     }
-    return std::make_shared<std::string>(*key);
+    return std::make_shared<KeptSession>(KeptSession{std::string(*user), std::string(*key)});
 }
 
 void releaseRetries(SessionType type, bool shouldRetry) {
@@ -117,25 +119,47 @@ void Host::tryToSignIn() {
     endpoint->setMethod(Method::POST);
     endpoint->setParameterEncoding(ParameterEncoding::JSON);
     endpoint->setParameters({{"username", given->user}, {"password", given->password}});
-    endpoint->request(std::make_shared<KLClosureParser<std::string>>(keyIn),
-                      [this](const std::vector<std::shared_ptr<std::string>>& keys, const auto&,
-                             const auto&, const std::optional<Error>& error) {
-                          if (error) {
-                              signInFailed(*error);
-                          } else if (keys.empty()) {
-                              signInFailed(
-                                  Error::withMessage("kelo", 1, "the service sent no session"));
-                          } else {
-                              _options.session = *keys.front();
-                              std::exchange(_afterSignIn, nullptr)();
-                          }
-                      });
+    endpoint->request(std::make_shared<KLClosureParser<KeptSession>>(sessionIn),
+                      [this](const Sessions& sessions, const auto&, const auto&,
+                             const std::optional<Error>& error) { signedIn(sessions, error); });
+}
+
+void Host::signedIn(const Sessions& sessions, const std::optional<Error>& error) {
+    if (error) {
+        signInFailed(*error);
+        return;
+    }
+    if (sessions.empty()) {
+        signInFailed(Error::withMessage("kelo", 1, "the service sent no session"));
+        return;
+    }
+    _newSession = *sessions.front();
+    _options.session = _newSession->key;
+    hear(nullptr, [this] {
+        if (_options.sessionIsKept) {
+            keepSession(serviceAt(_options.host), *_newSession);
+        }
+        std::exchange(_afterSignIn, nullptr)();
+    });
+}
+
+void Host::keepSignedIn() {
+    _options.sessionIsKept = true;
+    const auto tell = [this] { showDone("signed in as", _newSession->user); };
+    if (_newSession) {
+        keepSession(serviceAt(_options.host), *_newSession);
+        tell();
+    } else {
+        signIn(tell);
+    }
 }
 
 void Host::giveUp() {
     std::string line = _reason.empty() ? "nobody is signed in" : _reason;
     if (_options.user.empty()) {
-        line += " (give --user and --password, or another --session)";
+        line += " (run kelo login, or give --user or another --session)";
+    } else if (_options.password.empty() && !canAsk()) {
+        line += " (set KELO_PASSWORD, or pipe the password to --password -)";
     }
     releaseRetries(SessionType::Authenticated, false);
     end(Failure(ExitCode::SignIn, line));
@@ -147,10 +171,7 @@ std::optional<Host::Credentials> Host::credentials() {
     if (++_attempts > (complete ? 1 : mostAttempts)) {
         return std::nullopt;
     }
-    if (complete) {
-        return Credentials{_options.user, _options.password};
-    }
-    if (!canAsk()) {
+    if (!complete && !canAsk()) {
         return std::nullopt;
     }
     const auto user = _options.user.empty() ? Terminal::ask("User name (empty to give up): ")
@@ -158,7 +179,9 @@ std::optional<Host::Credentials> Host::credentials() {
     if (!user || user->empty()) {
         return std::nullopt;
     }
-    const auto password = Terminal::askHidden("Password of " + *user + ": ");
+    const auto password = _options.password.empty()
+                              ? Terminal::askHidden("Password of " + *user + ": ")
+                              : std::optional(_options.password);
     return password ? std::optional(Credentials{*user, *password}) : std::nullopt;
 }
 

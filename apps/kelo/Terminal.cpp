@@ -79,12 +79,10 @@ void say(const std::string& text) {
 std::optional<std::string> ask(const std::string& question) {
     questionIsOpen = 1; // who sees the question may interrupt it
     std::cerr << question << std::flush;
-    std::string line;
-    const bool answered = static_cast<bool>(std::getline(std::cin, line));
+    auto line = inputLine();
     questionIsOpen = 0;
-    if (!answered) {
+    if (!line) {
         std::cerr << '\n';
-        return std::nullopt;
     }
     return line;
 }
@@ -96,10 +94,15 @@ std::optional<std::string> askHidden(const std::string& question) {
     return line;
 }
 
+std::optional<std::string> inputLine() {
+    std::string line;
+    return std::getline(std::cin, line) ? std::optional(std::move(line)) : std::nullopt;
+}
+
 std::vector<std::string> inputLines() {
     std::vector<std::string> lines;
-    for (std::string line; std::getline(std::cin, line);) {
-        lines.push_back(line);
+    while (auto line = inputLine()) {
+        lines.push_back(*std::move(line));
     }
     std::cin.clear(); // a terminal can be asked on
     return lines;

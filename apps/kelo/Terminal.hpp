@@ -17,9 +17,13 @@ inline bool showsOutput() {
 inline bool showsErrors() {
     return isatty(STDERR_FILENO) != 0;
 }
+/// True when standard input is typed.
+inline bool isTyped() {
+    return isatty(STDIN_FILENO) != 0;
+}
 /// True when there is somebody to ask.
 inline bool isInteractive() {
-    return isatty(STDIN_FILENO) != 0 && showsErrors();
+    return isTyped() && showsErrors();
 }
 
 /// Columns of the terminal; absent when standard output is not a terminal.
@@ -33,7 +37,9 @@ std::optional<std::string> ask(const std::string& question);
 /// The same with the typing hidden.
 std::optional<std::string> askHidden(const std::string& question);
 
-/// The lines of standard input, up to its end.
+/// The next line of standard input, without its end; absent where that is at its end.
+std::optional<std::string> inputLine();
+/// All of them.
 std::vector<std::string> inputLines();
 
 /// From now on the first Ctrl-C does not end the program, but makes the descriptor that is returned

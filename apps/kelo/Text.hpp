@@ -41,6 +41,9 @@ std::string percentText(double done, double all);
 /// text's end is left out.
 std::string stretchOf(std::string_view text, KeloAPI::Range range);
 
+/// A header field takes no control characters, and HTTP promises nothing beyond ASCII.
+bool fitsHeader(std::string_view text);
+
 /// Makes the functions below know about characters beyond ASCII, whatever the user's locale.
 void useUnicode();
 

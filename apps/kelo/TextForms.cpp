@@ -81,6 +81,10 @@ std::string percentText(double done, double all) {
     return formatted("%3d %%", static_cast<int>(100 * done / all));
 }
 
+bool fitsHeader(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
+}
+
 std::string stretchOf(std::string_view text, KeloAPI::Range range) {
     std::string stretch;
     // Where the character stands that the byte belongs to, and where the next one does.

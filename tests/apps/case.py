@@ -28,8 +28,9 @@ class Case(unittest.TestCase):
     def setUpClass(cls):
         cls.service = Service()
         # Not the developer's own.
-        state = cls.enterClassContext(tempfile.TemporaryDirectory())
-        cls.environment = environment(KELO_HOST=cls.service.host, XDG_STATE_HOME=state)
+        home = cls.enterClassContext(tempfile.TemporaryDirectory())
+        cls.environment = environment(KELO_HOST=cls.service.host, XDG_DATA_HOME=home,
+                                      XDG_STATE_HOME=home)
 
     @classmethod
     def tearDownClass(cls):

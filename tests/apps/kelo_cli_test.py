@@ -28,12 +28,12 @@ class Usage(Case):
 
     def test_help_names_commands_options_and_exit_codes(self):
         text = self.succeeds("--help")
-        for command in ("me timeline channel inserts venue like unlike rekelo unrekelo follow "
+        for command in ("login logout me timeline channel inserts venue like unlike rekelo unrekelo follow "
                         "unfollow boost loops upload views sounds download cache save show "
                         "request serve").split():
             self.assertRegex(text, rf"(?m)^  {command} ")
         for word in ("--host", "--session", "--user", "--password", "--language", "--verbose",
-                     "--json", "--no-input", "KELO_HOST", "KELO_SESSION", KEY, "130"):
+                     "--json", "--no-input", "KELO_HOST", "KELO_SESSION", "KELO_PASSWORD", KEY, "130"):
             self.assertIn(word, text)
 
     def test_bad_command_lines(self):
@@ -262,7 +262,7 @@ class SignIn(Case):
     """Without a terminal: standard input is not one."""
 
     def test_refused_sessions(self):
-        hint = "(give --user and --password, or another --session)"
+        hint = "(run kelo login, or give --user or another --session)"
         self.fails(3, f"This session is not known {hint}", "--session", "bad", "me")
         self.fails(3, f"Please sign in {hint}", "--session", "", "me")
         self.fails(3, f"Your session has expired, please sign in again {hint}",
@@ -309,7 +309,8 @@ class SignIn(Case):
             self.fails(1, line, "--user", "kofi", "--password", PASSWORD, "me")
 
     def test_user_without_password(self):
-        self.fails(3, "nobody is signed in", "--user", "kofi", "me")
+        self.fails(3, "nobody is signed in (set KELO_PASSWORD, or pipe the password to --password -)",
+                   "--user", "kofi", "me")
 
     def test_captcha(self):
         key, url = self.service.captcha_session()

@@ -1,14 +1,11 @@
 #include "commands/Commands.hpp"
 #include "Feed.hpp"
+#include "FileReplacement.hpp"
 #include "Records.hpp"
 #include "Text.hpp"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -93,43 +90,11 @@ std::string target(const std::string& path) {
     return error ? path : real.string();
 }
 
-/// Writes a file that is not there yet, down to the disk. The error's number; 0 when it is written.
-int writeNew(const std::string& path, std::string_view bytes) {
-    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (file < 0) {
-        return errno;
-    }
-    int problem = 0;
-    while (!bytes.empty() && problem == 0) {
-        const ssize_t written = ::write(file, bytes.data(), bytes.size());
-        if (written >= 0) {
-            bytes.remove_prefix(static_cast<std::size_t>(written));
-        } else if (errno != EINTR) {
-            problem = errno;
-        }
-    }
-    if (problem == 0 && ::fsync(file) != 0) {
-        problem = errno;
-    }
-    ::close(file);
-    if (problem != 0) {
-        ::unlink(path.c_str());
-    }
-    return problem;
-}
-
 /// Writes the model's archive, in the place of a file that is there, or that a link leads to. When
 /// that cannot be done, a file that was there is as it was.
 void writeArchive(const std::string& path, const Model& model) {
     const Data archive = KeyedArchiver::archivedData(model);
-    const std::string place = target(path);
-    const std::string beside = place + "." + std::to_string(::getpid()) + ".part";
-    if (const int problem = writeNew(beside, archive.text()); problem != 0) {
-        throw failure("cannot write", path, reasonOf(problem));
-    }
-    if (std::rename(beside.c_str(), place.c_str()) != 0) {
-        const int problem = errno;
-        ::unlink(beside.c_str());
+    if (const int problem = replaceFile(target(path), archive.text(), 0666); problem != 0) {
         throw failure("cannot write", path, reasonOf(problem));
     }
 }

@@ -1,4 +1,5 @@
 #include "commands/Commands.hpp"
+#include "KeptSession.hpp"
 #include "Text.hpp"
 
 #include <sys/stat.h>
@@ -68,6 +69,27 @@ Files filesInCache() {
     return files;
 }
 
+/// A file of the service, or of wherever its record says: there the session key does not go.
+class VideoEndpoint : public FileEndpoint {
+public:
+    HeaderFields headerFields() const override {
+        HeaderFields fields = FileEndpoint::headerFields();
+        const auto url = URL::parse(path());
+        if (!url || !url->hasOriginOf(_service)) {
+            fields.erase("kelo-session-id");
+        }
+        return fields;
+    }
+
+protected:
+    VideoEndpoint(Key key, const std::string& url, URL service)
+        : FileEndpoint(key, url, videoCache())
+        , _service(std::move(service)) {}
+
+private:
+    const URL _service;
+};
+
 std::string countText(std::size_t files) {
     return std::to_string(files) + (files == 1 ? " file" : " files");
 }
@@ -89,6 +111,10 @@ Lines linesOfFiles(const Files& files) {
 
 std::shared_ptr<FileManager> videoCache() {
     return FileManager::sharedGroupManager("/videos/");
+}
+
+std::shared_ptr<FileEndpoint> videoFile(const HostPointer& host, const std::string& url) {
+    return Endpoint::make<VideoEndpoint>(url, serviceAt(host->options().host));
 }
 
 std::string videoDirectory() {

@@ -21,7 +21,7 @@ using Work = void(const HostPointer& host, const Arguments& arguments);
 Work showMe, showTimeline, showChannel, showInserts, showVenue, showSounds, showOrSubmitViews;
 Work like, unlike, rekelo, unrekelo, follow, unfollow, boost, submitLoops;
 Work uploadVideo, downloadVideos, listCache, trimCache, showCachePath;
-Work save, showFile, sendRequest, serve;
+Work login, logout, save, showFile, sendRequest, serve;
 
 /// `work` for the parameter of that name, or, where that is "-", for each of the identifiers that
 /// standard input holds.
@@ -32,6 +32,8 @@ std::vector<std::string> linesOfInput(std::string (*check)(const std::string& te
 
 /// The cache that downloaded videos are kept in, in the user's data directory.
 std::shared_ptr<KeloAPI::FileManager> videoCache();
+/// The video at this URL, to be kept there.
+std::shared_ptr<KeloAPI::FileEndpoint> videoFile(const HostPointer& host, const std::string& url);
 /// Where it is, with a "/" at its end. Throws a `Failure` when there is none.
 std::string videoDirectory();
 

@@ -158,7 +158,7 @@ private:
         } else if (!hasFileName(*offer)) {
             failed(wish, {ExitCode::Failed, "the offered file has no name"});
         } else {
-            wish.file = FileEndpoint::create(offer->remoteUrl().absoluteString(), videoCache());
+            wish.file = videoFile(_host, offer->remoteUrl().absoluteString());
         }
     }
 

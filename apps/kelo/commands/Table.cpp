@@ -49,7 +49,12 @@ Parameter flag(const std::string& name, const std::string& help, const std::stri
 }
 
 Commands readingCommands() {
-    return {{"me", "Show the signed-in user", {}, showMe},
+    return {{"login",
+             "Sign in and keep the session for this host, in a file that only you may read",
+             {},
+             login},
+            {"logout", "Forget the session that login keeps for this host", {}, logout},
+            {"me", "Show the signed-in user", {}, showMe},
             {"timeline",
              "Show the posts of a feed",
              {{.name = "PATH",
