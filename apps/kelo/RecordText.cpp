@@ -209,6 +209,15 @@ Lines linesOf(const KLChannel& channel, bool details) {
     return lines;
 }
 
+Lines linesOf(const std::vector<std::shared_ptr<KLChannel>>& channels) {
+    Lines lines;
+    for (const auto& channel : channels) {
+        lines.push_back(fitted(padded(channel->channelId, 4) + padded(channel->name, 16) + " ",
+                               printable(channel->channelDescription.value_or(""))));
+    }
+    return lines.empty() ? Lines{"There are no channels."} : lines;
+}
+
 Lines linesOf(const std::vector<std::shared_ptr<FeedPost>>& posts, bool details) {
     Widths widths;
     for (const auto& shown : posts) {

@@ -81,6 +81,8 @@ Lines linesOf(const KeloAPI::KLVenue& venue);
 Lines linesOf(const KeloAPI::KLVideoUpload& upload);
 /// A channel with the posts of its timeline, which are `FeedPost`s.
 Lines linesOf(const KeloAPI::KLChannel& channel, bool details);
+/// The channels: the identifier, the name and the description of each.
+Lines linesOf(const std::vector<std::shared_ptr<KeloAPI::KLChannel>>& channels);
 /// A page of posts, aligned, as wide as the terminal; with `details`, what stands beside each.
 Lines linesOf(const std::vector<std::shared_ptr<FeedPost>>& posts, bool details);
 Lines linesOf(const std::vector<std::shared_ptr<KeloAPI::SoundboardSound>>& sounds);

@@ -78,16 +78,17 @@ constexpr Timeline timelines[] = {
      "FROM postTags t JOIN posts p USING (postId) WHERE t.tagId = ?1", "p.created"},
 };
 
-Json channelRecord(const Context& context, const std::optional<std::int64_t>& channelId) {
-    return records(context, R"sql(
+constexpr const char* channelSelection = R"sql(
 SELECT channelId, name AS channel, description, fontColor, backgroundColor, created AS "created@",
     '/media/channels/' || channelId || '.png' AS "iconFullUrl/",
     '/media/channels/' || channelId || '@2x.png' AS "retinaIconFullUrl/",
     '/media/channels/' || channelId || '-explore@2x.png' AS "exploreRetinaIconFullUrl/",
     0 AS "following?", 1 AS "showRecent?", vanityUrl
-FROM channels WHERE channelId = ?1)sql",
-                   channelId)
-        .at(0);
+FROM channels )sql";
+
+Json channelRecord(const Context& context, const std::optional<std::int64_t>& channelId) {
+    const std::string sql = std::string(channelSelection) + "WHERE channelId = ?1";
+    return records(context, sql, channelId).at(0);
 }
 
 /// `name` is the path of the timeline, which its anchors are good for.
@@ -102,6 +103,12 @@ Json timelinePage(const Timeline& timeline, const Call& call, const Context& con
         page["channel"] = channelRecord(context, subject.id);
     }
     return page;
+}
+
+Answer listChannels(const Call& call, const Context& context) {
+    sessionUser(call, context);
+    const std::string sql = std::string(channelSelection) + "ORDER BY channelId";
+    return dataAnswer(wholeList(records(context, sql)));
 }
 
 Answer showChannel(const Call& call, const Context& context) {
@@ -122,6 +129,7 @@ void addTimelineRoutes(Routes& routes) {
                 timelinePage(timeline, call, context, std::string(call.request.path())));
         });
     }
+    routes.add("GET", "/channels", listChannels);
     routes.add("GET", "/channels/:id", showChannel);
 }
 

@@ -6,9 +6,28 @@
 namespace KeloService {
 namespace {
 
-Answer me(const Call& call, const Context& context) {
+Answer userAnswer(const Context& context, std::int64_t userId) {
     const std::string sql = std::string(userSelection) + "WHERE userId = ?1";
-    return dataAnswer(records(context, sql, requireUser(call, context)).at(0));
+    return dataAnswer(records(context, sql, userId).at(0));
+}
+
+Answer me(const Call& call, const Context& context) {
+    return userAnswer(context, requireUser(call, context));
+}
+
+Answer showUser(const Call& call, const Context& context) {
+    sessionUser(call, context);
+    return userAnswer(context, requireExisting(call, context, "user"));
+}
+
+Answer findUsers(const Call& call, const Context& context) {
+    sessionUser(call, context);
+    const auto name = call.request.parameter("username");
+    if (!name) {
+        throw ServiceError(400, "A username is needed");
+    }
+    const std::string sql = std::string(userSelection) + "WHERE username = ?1";
+    return dataAnswer(wholeList(records(context, sql, *name)));
 }
 
 // Following a user's account outside the service is apart from following on the service itself,
@@ -37,7 +56,9 @@ Answer unfollow(const Call& call, const Context& context) {
 } // namespace
 
 void addUserRoutes(Routes& routes) {
+    routes.add("GET", "/users", findUsers);
     routes.add("GET", "/users/me", me);
+    routes.add("GET", "/users/:id", showUser);
     routes.add("POST", "/users/:id/follow-on-twitter", follow);
     routes.add("POST", "/users/:id/unfollow-on-twitter", unfollow);
 }

@@ -28,7 +28,7 @@ class Usage(Case):
 
     def test_help_names_commands_options_and_exit_codes(self):
         text = self.succeeds("--help")
-        for command in ("login logout me timeline channel inserts venue like unlike rekelo unrekelo follow "
+        for command in ("login logout me user timeline channels channel inserts venue like unlike rekelo unrekelo follow "
                         "unfollow boost loops upload views sounds download cache save show "
                         "request serve").split():
             self.assertRegex(text, rf"(?m)^  {command} ")
@@ -58,7 +58,8 @@ class Usage(Case):
             "ID is required": ["channel", "venue", "boost user", "views"],
             "FEED is required": ["inserts"],
             "POST is required": ["like", "unlike", "rekelo", "unrekelo", "loops", "download"],
-            "USER is required": ["follow", "unfollow"],
+            "USER is required": ["user", "follow", "unfollow"],
+            "the user's name is empty": ["user ''"],
             "KIND is required": ["boost", "save x"],
             "BOOST is required": ["boost user 1"],
             "COUNT is required": ["loops 1"],

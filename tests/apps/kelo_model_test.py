@@ -24,6 +24,33 @@ def stretch(text, entity):
 
 
 class Models(Case):
+    def test_users_by_name_and_identifier(self):
+        for name in ("lucía", "theo.loops", "the_weather_in_bergen"):
+            user, = self.json("user", name)
+            self.assertEqual((set(user), user["username"]),
+                             ({"userId", "username", "loopData"}, name))
+            self.assertEqual(self.succeeds("user", name).splitlines()[:2],
+                             [name, f"user {user['userId']}"])
+            self.assertEqual(self.succeeds("user", user["userId"]), self.succeeds("user", name))
+        self.assertEqual(self.succeeds("user", "mara"), self.succeeds("me"))
+
+    def test_users_that_are_not_there(self):
+        self.fails(1, "There is no such user", "user", "5")
+        for name in ("nobody", "me", "a/b", "http://x", "x&username=mara", "..", "-"):
+            with self.subTest(name=name):
+                self.fails(1, f"there is no user named {name}", "user", name)
+
+    def test_channels(self):
+        channels = self.json("channels")
+        self.assertEqual(len(channels), 10)
+        for channel, line in zip(channels, self.succeeds("channels").splitlines(), strict=True):
+            self.assertEqual(set(channel), CHANNEL_FIELDS)
+            self.assertIsNone(channel["timelineData"])
+            self.assertEqual(line, f"{channel['channelId']:4}{channel['name']:16} "
+                                   f"{channel['channelDescription']}")
+        self.service.answer("/channels", {"records": []})
+        self.assertEqual(self.succeeds("channels"), "There are no channels.\n")
+
     def test_channel(self):
         lines = self.succeeds("channel", "3").splitlines()
         self.assertEqual(lines[:2], ["Animals", "Mostly cats"])

@@ -251,7 +251,7 @@ class Refusals(RouteCase):
             "GET /timelines", "GET /timelines/nothing", "GET /timelines/users/1",
             "GET /timelines/users/abc", "GET /timelines/users/1001/x",
             "GET /timelines/channels/99", "GET /channels/99", "GET /channels/x", "GET /channels/0",
-            "GET /venues/50a1f0c2e4b00000000000ff",
+            "GET /users/5", "GET /users/kofi", "GET /venues/50a1f0c2e4b00000000000ff",
             "GET /posts/5", "GET /posts/0", "GET /posts/x",
             "POST /posts/77/likes", "DELETE /posts/x/likes",
             "POST /posts/77/repost", "DELETE /posts/77/repost/1",
@@ -292,7 +292,7 @@ class Refusals(RouteCase):
         self.refuses(400, [f"GET /timelines/all?{query}" for query in (
             "size=x", "size=", "size=1.5", "page=two", "c_max=a", "l_max=-",
             "size=99999999999999999999")])
-        self.refuses(400, ["GET /_service/requests?since=x"])
+        self.refuses(400, ["GET /users", "GET /_service/requests?since=x"])
         self.assertEqual(self.service.control("GET", "_service/media-rate"), {"bytesPerSecond": 0})
         self.assertEqual(self.service.control("GET", "_service/processing-time"), {"seconds": 2})
         self.assertEqual(self.service.kept("feedback") + self.service.kept("views"), [])
@@ -320,7 +320,8 @@ class Refusals(RouteCase):
         self.assertEqual(self.service.control("GET", "_service/actions"), before)
 
     def test_where_a_session_is_optional_it_must_be_good(self):
-        calls = "GET /timelines/popular", "GET /channels/3", "GET /inserts/home"
+        calls = ("GET /timelines/popular", "GET /channels/3", "GET /inserts/home", "GET /channels",
+                 "GET /users/1002", "GET /users?username=kofi")
         for call in calls:
             self.assertEqual(self.ask(call, None).status, 200, call)
         self.refuses(401, calls, 100, "nobody's")

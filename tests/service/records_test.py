@@ -291,6 +291,22 @@ class Extras(RouteCase):
         self.assertEqual(channel["timeline"], page)
         self.assertEqual((len(page["records"]), page["channel"]["channelId"]), (7, 3))
 
+    def test_the_list_of_channels_has_each_without_its_timeline(self):
+        page = self.data("/channels", None)
+        self.assertEqual((page["count"], len(page["records"])), (10, 10))
+        for channel in page["records"]:
+            whole = self.data(f"/channels/{channel['channelId']}")
+            del whole["timeline"]
+            self.assertEqual(channel, whole)
+
+    def test_users_are_found_by_identifier_and_name(self):
+        me = self.data("/users/me")
+        self.assertEqual(self.data("/users/1001", None), me)
+        self.assertEqual(self.data("/users?username=mara", None), {"count": 1, "records": [me]})
+        self.assertEqual(self.records("/users?username=luc%C3%ADa"), [self.data("/users/1007")])
+        for name in "", "Mara", "me", "mar%25":
+            self.assertEqual(self.data(f"/users?username={name}"), {"count": 0, "records": []})
+
     def test_feeds_have_inserts(self):
         people, launch = self.records("/inserts/home")
         self.assertEqual((people["type"], launch["type"]), ("userMosaic", "urlAction"))

@@ -18,7 +18,8 @@ using HostPointer = std::shared_ptr<Host>;
 
 // The work of the commands.
 using Work = void(const HostPointer& host, const Arguments& arguments);
-Work showMe, showTimeline, showChannel, showInserts, showVenue, showSounds, showOrSubmitViews;
+Work showMe, showUser, showTimeline, listChannels, showChannel, showInserts, showVenue, showSounds,
+    showOrSubmitViews;
 Work like, unlike, rekelo, unrekelo, follow, unfollow, boost, submitLoops;
 Work uploadVideo, downloadVideos, listCache, trimCache, showCachePath;
 Work login, logout, save, showFile, sendRequest, serve;

@@ -2,13 +2,38 @@
 #include "Feed.hpp"
 #include "Records.hpp"
 
+#include <algorithm>
+
 namespace KeloHost {
 
 using namespace KeloAPI;
 
+static void showUserAt(const HostPointer& host, const std::string& path,
+                       const std::string& complaint, Parameters parameters = {}) {
+    readRecord(
+        host, path, std::make_shared<FeedUserParser>(), complaint,
+        [host](const FeedUser& user) { host->show(fieldsOf(user), linesOf(user)); },
+        std::move(parameters));
+}
+
 void showMe(const HostPointer& host, const Arguments& /*arguments*/) {
-    readRecord(host, "users/me", std::make_shared<FeedUserParser>(), "the service sent no user",
-               [host](const FeedUser& user) { host->show(fieldsOf(user), linesOf(user)); });
+    showUserAt(host, "users/me", "the service sent no user");
+}
+
+void showUser(const HostPointer& host, const Arguments& arguments) {
+    const std::string user = arguments.text("USER");
+    const bool isId =
+        std::all_of(user.begin(), user.end(), [](char c) { return c >= '0' && c <= '9'; });
+    const std::string complaint = "there is no user named " + user;
+    isId ? showUserAt(host, "users/" + user, complaint)
+         : showUserAt(host, "users", complaint, {{"username", user}});
+}
+
+void listChannels(const HostPointer& host, const Arguments& /*arguments*/) {
+    readRecords(host, "channels", std::make_shared<KLChannelParser>(), [host](const auto& all) {
+        host->output().writeAll(all, [](const auto& channels) { return linesOf(channels); });
+        host->end();
+    });
 }
 
 void showChannel(const HostPointer& host, const Arguments& arguments) {

@@ -14,6 +14,10 @@ std::string checkRequestPath(const std::string& path) {
     return good ? "" : "'" + path + "' is not a path such as users/me";
 }
 
+std::string checkUser(const std::string& user) {
+    return user.empty() ? "the user's name is empty" : "";
+}
+
 Parameter identifier(const std::string& name, const std::string& help) {
     return {.name = name, .help = help, .check = checkIdentifier};
 }
@@ -55,6 +59,12 @@ Commands readingCommands() {
              login},
             {"logout", "Forget the session that login keeps for this host", {}, logout},
             {"me", "Show the signed-in user", {}, showMe},
+            {"user",
+             "Show a user",
+             {{.name = "USER",
+               .help = "The user's name or identifier; one of digits alone is an identifier",
+               .check = checkUser}},
+             showUser},
             {"timeline",
              "Show the posts of a feed",
              {{.name = "PATH",
@@ -65,6 +75,7 @@ Commands readingCommands() {
               count("--size", 1000, "Posts in a page (5)"),
               flag("--details", "Show bylines, channels, venues, music, tags and links, too")},
              showTimeline},
+            {"channels", "Show the channels", {}, listChannels},
             {"channel",
              "Show a channel and its first posts",
              {identifier("ID", "The channel's identifier"),
