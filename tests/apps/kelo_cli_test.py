@@ -67,7 +67,7 @@ class Usage(Case):
             "N is required": ["cache trim"],
             "is not a valid identifier": [
                 "channel 1/2", "inserts ../users/me", "venue a?b", "like ''", "like a/b",
-                "like 1?x", "like ..", "follow http://x", "boost user '#1' positive",
+                "like 1?x", "like ..", "like http", "follow http://x", "boost user '#1' positive",
                 "views 'a b'", "download a/b", "download :high", "save x channel a/b"],
             "KIND: channel": ["boost channel 1 positive"],
             "KIND: user": ["save x user"],

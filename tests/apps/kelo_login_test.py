@@ -121,6 +121,12 @@ class Login(LoginCase):
         self.assertEqual(self.who("--user", "mara", KELO_PASSWORD=PASSWORD), "mara")
         self.assertEqual(self.who(), "kofi")
 
+    def test_a_variable_that_outranks_it_is_told(self):
+        done = self.kelo("login", "--user", "kofi", "--password", PASSWORD, KELO_SESSION=KEY)
+        self.assertEqual((done.returncode, done.stdout), (0, "signed in as kofi\n"))
+        self.assertRegex(done.stderr, "^kelo: KELO_SESSION is set, .*\n$")
+        self.assertEqual(self.who(), "kofi")
+
     def test_a_refusal_keeps_what_was_kept(self):
         self.login()
         self.fails(3, "The user name or the password is wrong",

@@ -1,9 +1,15 @@
 #include "commands/Commands.hpp"
 #include "KeptSession.hpp"
+#include "Terminal.hpp"
+
+#include <cstdlib>
 
 namespace KeloHost {
 
 void login(const HostPointer& host, const Arguments& /*arguments*/) {
+    if (std::getenv("KELO_SESSION") != nullptr) {
+        Terminal::say("kelo: KELO_SESSION is set, and goes before the session that login keeps");
+    }
     host->keepSignedIn();
 }
 

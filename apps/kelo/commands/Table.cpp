@@ -52,13 +52,16 @@ Parameter flag(const std::string& name, const std::string& help, const std::stri
     return {.name = name, .help = help, .form = Form::Flag, .excluded = excluded};
 }
 
-Commands readingCommands() {
+Commands signingInCommands() {
     return {{"login",
              "Sign in and keep the session for this host, in a file that only you may read",
              {},
              login},
-            {"logout", "Forget the session that login keeps for this host", {}, logout},
-            {"me", "Show the signed-in user", {}, showMe},
+            {"logout", "Forget the session that login keeps for this host", {}, logout}};
+}
+
+Commands readingCommands() {
+    return {{"me", "Show the signed-in user", {}, showMe},
             {"user",
              "Show a user",
              {{.name = "USER",
@@ -205,11 +208,10 @@ Commands developingCommands() {
 } // namespace
 
 std::vector<Command> allCommands() {
-    const std::pair<const char*, Commands> groups[] = {{"Reading", readingCommands()},
-                                                       {"Acting", actingCommands()},
-                                                       {"Videos", videoCommands()},
-                                                       {"Files", fileCommands()},
-                                                       {"Developing", developingCommands()}};
+    const std::pair<const char*, Commands> groups[] = {
+        {"Signing in", signingInCommands()}, {"Reading", readingCommands()},
+        {"Acting", actingCommands()},        {"Videos", videoCommands()},
+        {"Files", fileCommands()},           {"Developing", developingCommands()}};
     Commands all;
     for (const auto& [heading, commands] : groups) {
         for (Command command : commands) {
@@ -226,10 +228,12 @@ std::vector<Command> allCommands() {
 }
 
 std::string checkIdentifier(const std::string& text) {
-    const bool good = !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
+    const auto mayHold = [](char c) {
         return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
                c == '-' || c == '_';
-    });
+    };
+    const bool good = !text.empty() && std::all_of(text.begin(), text.end(), mayHold) &&
+                      text.find("http") == std::string::npos; // as in checkPath
     return good ? "" : "'" + text + "' is not a valid identifier";
 }
 
