@@ -12,7 +12,7 @@ namespace KeloHost {
 
 class Host;
 
-/// What a command was given, by the names of its parameters. What was not given is empty, and 0.
+/// The arguments of a command by the names of its parameters; empty, and 0, for missing ones.
 class Arguments {
 public:
     struct Value {
@@ -46,7 +46,7 @@ private:
     const std::map<std::string, Value> _values;
 };
 
-/// One parameter of a command: an option with "--" before its name, else a place on the line.
+/// One parameter of a command: an option where its name begins with "--", otherwise positional.
 struct Parameter {
     enum class Form : std::uint8_t { Text, List, Flag, Bitrate, Directory };
     struct Limits {
@@ -65,11 +65,11 @@ struct Parameter {
     std::vector<std::string> choices = {};
     /// Returns what is wrong with a text, or with one of a list; an empty text for a good one.
     std::string (*check)(const std::string& text) = nullptr;
-    /// An option before it that a flag cannot stand beside.
+    /// An option above that this flag cannot be combined with.
     std::string excluded = {};
-    /// The work is done for each identifier on standard input where "-" is given.
+    /// Where it is "-", the work is done for each identifier on standard input.
     bool isForEach = false;
-    /// Of a place that may stay empty.
+    /// Of a positional parameter that may be left out.
     bool isOptional = false;
 };
 
@@ -78,16 +78,16 @@ struct Command {
     std::string name;
     std::string help;
     std::vector<Parameter> parameters = {};
-    /// Returns at once, and what it started ends the program by `Host::end`; a `Failure` that it
-    /// throws ends the program, too.
+    /// Starts the command and returns. The program ends at `Host::end`, or with a `Failure` that
+    /// this throws.
     std::function<void(const std::shared_ptr<Host>& host, const Arguments& arguments)> work = {};
-    /// In place of `work`: of these, one has to follow the name.
+    /// Subcommands in place of `work`; one of them is required.
     std::vector<Command> commands = {};
     /// Returns what is wrong with the arguments together; an empty text for good ones.
     std::string (*check)(const Arguments& arguments) = nullptr;
     /// Whatever follows, --help included, becomes the parameter "rest".
     bool takesTheRest = false;
-    /// The heading that the help text has it under.
+    /// Its heading in the help text.
     std::string group = "Subcommands";
 };
 

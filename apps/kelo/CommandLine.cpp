@@ -69,10 +69,10 @@ void addGlobalOptions(CLI::App& app, Options& options) {
     app.add_flag("--no-input", options.noInput, "Never ask anything, even on a terminal");
 }
 
-/// What the command line leaves to the environment, standard input and the session that is kept.
+/// Reads what the command line leaves to the environment, standard input and the kept session.
 void complete(const CLI::App& app, Options& options) {
     if (options.password == "-") {
-        // Who types it is asked for it in time, without echo.
+        // At a terminal it is asked for later, without echo.
         options.password = Terminal::isTyped() ? "" : Terminal::inputLine().value_or("");
         if (options.password.empty() && !Terminal::isTyped()) {
             throw Failure(ExitCode::Usage, "--password: there is none on standard input");
@@ -105,7 +105,7 @@ public:
         for (const Command& one : command.commands) {
             auto* subcommand = app.add_subcommand(one.name, one.help)->group(one.group);
             _readers.push_back(std::make_unique<Reader>(*subcommand, one));
-            // In `cache`, one is needed; where none is at all, `work` says so.
+            // `cache` requires one; `work` reports a missing command.
             app.require_subcommand(app.get_parent() == nullptr ? 0 : 1, 1);
         }
         if (command.takesTheRest) {
@@ -142,7 +142,7 @@ private:
     }
 
     void addOption(const Parameter& parameter) {
-        // `given` asks the option for its texts.
+        // `given` reads the option's texts.
         const CLI::callback_t take = [](const CLI::results_t&) { return true; };
         auto* option = _app.add_option(parameter.name, take, parameter.help);
         option->required(!parameter.name.starts_with("--") && !parameter.isOptional)

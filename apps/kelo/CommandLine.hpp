@@ -9,7 +9,7 @@ namespace KeloHost {
 
 class Host;
 
-/// What the command line and the environment say to every command.
+/// The options of every command, from the command line and the environment.
 struct Options {
     /// HOST or HOST:PORT of the service.
     std::string host = "localhost:8443";
@@ -29,7 +29,7 @@ struct Options {
     bool json = false;
     /// The library's diagnostics on standard error.
     bool verbose = false;
-    /// Ask the user nothing, terminal or not.
+    /// Never ask the user anything.
     bool noInput = false;
 };
 

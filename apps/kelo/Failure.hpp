@@ -20,8 +20,8 @@ enum class ExitCode : int {
     Interrupted = 130,
 };
 
-/// Why the program ends other than well: an exit code and the one line that people read, which is
-/// empty when everything has been said.
+/// Why the program fails: an exit code and one line for the user, empty when the reason has been
+/// printed already.
 class Failure : public std::runtime_error {
 public:
     Failure(ExitCode code, const std::string& line)

@@ -6,7 +6,7 @@ using namespace KeloAPI;
 
 namespace {
 
-/// What the parser makes of the object; null where it makes nothing.
+/// The parsed object; null where the parser fails.
 template <class P>
 std::shared_ptr<typename P::T> readable(const P& parser, const JsonObject& json) {
     try {

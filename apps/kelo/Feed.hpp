@@ -18,7 +18,7 @@ public:
     std::shared_ptr<KeloAPI::KLWatchUser> user;
 };
 
-/// A post with what stands beside it in its record. What is not there is null, absent or empty.
+/// A post with the other fields of its record. Missing ones are null, absent or empty.
 class FeedPost final : public KeloAPI::Object {
 public:
     /// Never null once parsed.
@@ -40,16 +40,16 @@ public:
     std::shared_ptr<FeedUser> parse(const KeloAPI::JsonObject& json) const override;
 };
 
-/// Reads a record as the library's own parser of posts does, and what stands beside it by the
-/// library's other parsers. What one of those cannot read is left out.
+/// Reads a post by the library's own parser, and the other fields of its record by the library's
+/// other parsers. A field that cannot be read is left out.
 class FeedPostParser final : public KeloAPI::JsonParser<FeedPost> {
 public:
     std::shared_ptr<FeedPost> parse(const KeloAPI::JsonObject& json) const override;
 };
 
 /// Reads the cards of a feed: URL actions and solicitations by the library's parsers, mosaics by
-/// its constructors. A card of an unknown type is a bare `KLFeedInsert`, so that it does not spoil
-/// its list; one of a known type that cannot be read fails as the library's parsers do.
+/// its constructors. A card of an unknown type is a bare `KLFeedInsert`, so that its list can be
+/// read; a malformed card of a known type fails as it does in the library's parsers.
 class FeedCardParser final : public KeloAPI::JsonParser<KeloAPI::KLFeedInsert> {
 public:
     std::shared_ptr<KeloAPI::KLFeedInsert> parse(const KeloAPI::JsonObject& json) const override;

@@ -7,8 +7,8 @@
 
 namespace KeloHost {
 
-/// Writes the bytes to a file, down to the disk, in the place of one that is there. When that
-/// cannot be done, a file that was there is as it was. Returns the error's number, 0 for success.
+/// Writes a file and flushes it to the disk. An existing file is replaced, or stays as it was when
+/// that fails. Returns the error's number, 0 for success.
 int replaceFile(const std::string& path, std::string_view bytes, mode_t mode);
 
 } // namespace KeloHost

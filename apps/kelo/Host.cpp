@@ -21,7 +21,7 @@ std::optional<std::string> unlessEmpty(const std::string& text) {
 
 std::shared_ptr<Host> Host::create(const Options& options) {
     std::shared_ptr<Host> host(new Host(options));
-    // They would spoil standard output.
+    // The default is standard output.
     Diagnostics::setSink([verbose = options.verbose](std::string_view line) {
         if (verbose) {
             std::cerr << std::string(line) + '\n';

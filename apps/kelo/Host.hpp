@@ -33,8 +33,7 @@ public:
     Loop& loop() { return _loop; }
 
     /// Calls `work` (signs the user in first, where the options name one and there is no session)
-    /// and runs the library's main queue until `end`. Throws the `Failure` that the end was, or
-    /// that `work` threw.
+    /// and runs the library's main queue until `end`. Throws the `Failure` that ended the program.
     void run(const std::function<void()>& work);
 
     /// True when a call that failed with `error` is going to be sent again, because the user is
@@ -52,22 +51,22 @@ public:
         hear(error ? &*error : nullptr, use);
     }
 
-    /// Ends the program: well, or with a failure. Of `doAll`, it ends one task.
+    /// Ends the program, successfully or with a failure; during `doAll`, the current task.
     void end();
     void end(const Failure& failure, bool othersFailAlike = false);
     struct Task {
-        /// What the task is done to.
+        /// Failures are reported with it.
         std::string name;
         std::function<void()> work;
     };
-    /// Does one task after another and ends the program. What fails is told at once with the task's
-    /// name, and the others go on, unless they would fail alike: without the service, or where the
-    /// user is refused.
+    /// Does one task after another and ends the program. A failure is reported at once, and the
+    /// next task begins, unless that would fail for the same reason: a connection or session that
+    /// does not work.
     void doAll(std::deque<Task> tasks);
     /// Prints one thing and ends the program.
     void show(const KeloAPI::Parameters& fields, const Lines& lines);
-    /// Something was done: "liked post", its identifier, and the identifier that the service gave
-    /// the deed, where it gave one.
+    /// Prints what was done ("liked post"), to what identifier, and the identifier that the service
+    /// gave the deed, where it gave one, and ends the program.
     void showDone(const std::string& deed, const std::string& id,
                   const std::optional<std::string>& deedId = std::nullopt);
 
@@ -75,11 +74,10 @@ public:
     /// runs and ends the program.
     void keepSignedIn();
 
-    /// A call has succeeded with the session as it is: when that is refused later, the user may
-    /// sign in anew as if for the first time.
+    /// The session has worked: when it is refused later, the attempts to sign in are counted anew.
     void sessionWorks() { _attempts = 0; }
-    /// Tells how many calls are under way. Those that are when the user signs in were sent with the
-    /// session before, and may be refused without the new one being at fault.
+    /// Sets what counts the calls under way. Those that began before the user signed in carry the
+    /// old session key, and a refusal of them says nothing about the new one.
     void setCallsUnderWay(std::function<std::int64_t()> callsUnderWay) {
         _callsUnderWay = std::move(callsUnderWay);
     }

@@ -8,7 +8,7 @@
 namespace KeloHost {
 
 /// A session that `kelo login` keeps in the user's data directory: one file, which only the user
-/// may read, for each scheme, host and port, so that a key goes nowhere but where it came from.
+/// may read, for each scheme, host and port, so that a key is sent only to where it came from.
 struct KeptSession {
     std::string user;
     std::string key;

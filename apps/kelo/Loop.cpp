@@ -49,7 +49,7 @@ void Loop::atInterruption(Task task) {
 }
 
 void Loop::clear() {
-    // Tasks may hold their owner alive, whose end must not meet them half gone.
+    // A task may hold the last reference to an owner that calls this loop when it is destroyed.
     const auto tasks = std::exchange(_tasks, {});
     const auto atInterruption = std::exchange(_atInterruption, nullptr);
 }

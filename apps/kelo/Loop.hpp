@@ -6,8 +6,8 @@
 
 namespace KeloHost {
 
-/// Runs the library's main queue until `stop`, and beside it tasks at their moments and at Ctrl-C.
-/// Used on the main thread.
+/// Runs the library's main queue until `stop`, and tasks at set times and at Ctrl-C. Used on the
+/// main thread.
 class Loop {
 public:
     using Task = std::function<void()>;

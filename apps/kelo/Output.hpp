@@ -8,9 +8,8 @@
 
 namespace KeloHost {
 
-/// Standard output: JSON for programs, one object a line, or text for people. What was written is
-/// out at once. What cannot be written stays in the stream's error mark, which `main` looks at in
-/// the end.
+/// Standard output: JSON for programs, one object per line, or text for people. Each write is
+/// flushed. A failed one sets the stream's error flag, which `main` checks at the end.
 class Output {
 public:
     explicit Output(bool json)
@@ -25,7 +24,7 @@ public:
     void writeAll(const std::vector<std::shared_ptr<Item>>& items, LinesOf linesOf) const;
     /// For people only.
     void say(const Lines& lines) const;
-    /// A path, which has to stay as it is.
+    /// A path, printed unchanged.
     void writePath(const std::string& name, const std::string& path) const {
         print(_json ? jsonLine({{name, path}}) : path + "\n");
     }

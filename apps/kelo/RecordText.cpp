@@ -30,7 +30,7 @@ std::string nameOf(const FeedUser& shown) {
     return shown.user->username.value_or("?");
 }
 
-/// `text`, behind `begin`, cut to the terminal.
+/// Both on one line, `text` cut to the width of the terminal.
 std::string fitted(const std::string& begin, const std::string& text) {
     const auto columns = Terminal::columns();
     if (!columns) {
@@ -91,8 +91,7 @@ void addLinks(Lines& lines, const std::string& text,
     }
 }
 
-/// What stands beside a post: its author's identifier, its byline, channel, venue, music, tags and
-/// links.
+/// The author with the identifier, the byline, channel, venue, music, tags and links.
 Lines detailsOf(const FeedPost& post) {
     Lines lines;
     if (post.author->userId) {
@@ -131,7 +130,7 @@ std::string namesIn(const KLPagedData& users) {
     return names;
 }
 
-/// The kind of a card, and what it says.
+/// The kind of a card, and its text.
 std::pair<std::string, std::string> described(const KLFeedInsert& insert) {
     if (const auto* action = dynamic_cast<const KLUrlAction*>(&insert)) {
         return {"action", action->title() + " – " + action->actionTitle() + ": " +

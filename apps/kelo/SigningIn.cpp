@@ -113,7 +113,7 @@ void Host::tryToSignIn() {
         giveUp();
         return;
     }
-    // The library leaves this call to the host; this is how a host adds calls of its own to it.
+    // The library has no endpoint for this: a host makes its own.
     const auto endpoint = Endpoint::create(Api::session(SessionType::UnAuthenticated));
     endpoint->setPath("sessions");
     endpoint->setMethod(Method::POST);
@@ -167,7 +167,7 @@ void Host::giveUp() {
 
 std::optional<Host::Credentials> Host::credentials() {
     const bool complete = !_options.user.empty() && !_options.password.empty();
-    // What stands on the command line is tried once: it does not get better.
+    // A given name and password are tried only once.
     if (++_attempts > (complete ? 1 : mostAttempts)) {
         return std::nullopt;
     }

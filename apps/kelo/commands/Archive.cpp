@@ -83,15 +83,15 @@ std::string contentsOf(const std::string& path) {
     return bytes;
 }
 
-/// The file that a path leads to, through links.
+/// The path with its links resolved.
 std::string target(const std::string& path) {
     std::error_code error;
     const auto real = std::filesystem::canonical(path, error);
     return error ? path : real.string();
 }
 
-/// Writes the model's archive, in the place of a file that is there, or that a link leads to. When
-/// that cannot be done, a file that was there is as it was.
+/// Writes the model's archive to a file, or to the one that a link leads to. An existing file stays
+/// as it was when that fails.
 void writeArchive(const std::string& path, const Model& model) {
     const Data archive = KeyedArchiver::archivedData(model);
     if (const int problem = replaceFile(target(path), archive.text(), 0666); problem != 0) {
@@ -99,7 +99,7 @@ void writeArchive(const std::string& path, const Model& model) {
     }
 }
 
-/// What a file holds that was written so, by this program or by a phone.
+/// Reads an archive that this program or a phone has written.
 Content readArchive(const std::string& path) {
     const Data archive(contentsOf(path));
     const auto className = KeyedUnarchiver::rootClassName(archive);
@@ -123,10 +123,10 @@ Content readArchive(const std::string& path) {
     return {*className, *std::move(fields)};
 }
 
-/// Keeps a model and ends the program; null for what is not there.
+/// Saves a model and ends the program; null where the service has none.
 using Keep = std::function<void(const Model& model)>;
 
-/// Reads one record, of which `part` is to be kept.
+/// Reads one record and saves the `part` of it.
 template <class Parser, class Part>
 void keepPart(const HostPointer& host, const std::string& path, const Keep& keep, Part part) {
     readRecords(host, path, std::make_shared<Parser>(), [=](const auto& records) {
@@ -134,7 +134,7 @@ void keepPart(const HostPointer& host, const std::string& path, const Keep& keep
     });
 }
 
-/// The service does not tell its size.
+/// The record does not give its size.
 Model thumbnailOf(const FeedPost& post) {
     const auto url = URL::parse(post.post->thumbnailUrl.value_or(""));
     return url ? std::make_shared<PostThumbnail>(*url, 0, 0) : nullptr;

@@ -69,7 +69,7 @@ Files filesInCache() {
     return files;
 }
 
-/// A file of the service, or of wherever its record says: there the session key does not go.
+/// A video, of the service or from another origin, to which the session key is not sent.
 class VideoEndpoint : public FileEndpoint {
 public:
     HeaderFields headerFields() const override {

@@ -10,7 +10,7 @@ using namespace KeloAPI;
 
 namespace {
 
-/// A call with a body as it is given.
+/// A call with the given body.
 class PlainEndpoint : public Endpoint {
 public:
     KeloAPI::URLRequest URLRequest() const override {

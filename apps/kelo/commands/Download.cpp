@@ -37,7 +37,7 @@ std::optional<QueuePriority> priorityOf(const std::string& name) {
     return queuePriorityOf(found - priorityNames.begin());
 }
 
-/// A post that is named twice is wanted once, as the last one says.
+/// A post that is named twice is downloaded once, with the last priority.
 std::vector<Wish> wishesIn(const Arguments& arguments) {
     std::vector<Wish> wishes;
     std::vector<std::string> texts = arguments.texts("POST");
@@ -266,7 +266,7 @@ private:
     Terminal::Progress _progress{true};
     std::chrono::steady_clock::time_point _shown;
     std::vector<Wish> _wishes;
-    /// Wishes that have neither come true nor failed.
+    /// Wishes that have not ended yet.
     std::size_t _open;
     std::size_t _read = 0;
     ExitCode _worst = ExitCode::Success;

@@ -30,7 +30,7 @@ public:
 private:
     using Posts = std::vector<std::shared_ptr<FeedPost>>;
 
-    /// The endpoint's own `fetch` would read posts and no more of a record; it is used here for the
+    /// The endpoint's own `fetch` reads only the library's posts; here the endpoint provides the
     /// path and the parameters of a timeline.
     void fetch(const std::shared_ptr<TimelineEndpoint>& page) {
         _progress.show({std::to_string(_pages) + " pages, " + std::to_string(_posts) + " posts …"});
