@@ -44,9 +44,6 @@ std::string stretchOf(std::string_view text, KeloAPI::Range range);
 /// A header field takes no control characters, and HTTP promises nothing beyond ASCII.
 bool fitsHeader(std::string_view text);
 
-/// Makes the functions below know about characters beyond ASCII, whatever the user's locale.
-void useUnicode();
-
 /// `text` on one line, without what a terminal would take for a command: control characters become
 /// blanks, and marks that turn the direction of writing go. Invalid UTF-8 becomes U+FFFD.
 std::string printable(std::string_view text);
@@ -54,7 +51,8 @@ std::string printable(std::string_view text);
 /// The columns that printable text takes.
 std::size_t displayWidth(std::string_view text);
 
-/// Printable text cut to at most `width` columns, its last one "…" when something is missing.
+/// Printable text cut to at most `width` columns, its last one "…" when something is missing. The
+/// cut is between what a reader sees as characters, never inside an emoji.
 std::string clipped(std::string_view text, std::size_t width);
 
 /// Printable text with blanks behind it (or in front) to fill `width` columns.

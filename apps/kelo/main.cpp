@@ -2,7 +2,6 @@
 #include "Failure.hpp"
 #include "Host.hpp"
 #include "Terminal.hpp"
-#include "Text.hpp"
 
 #include <cstdio>
 #include <cstdlib>
@@ -39,7 +38,6 @@ int complain(const std::string& line, ExitCode code) {
 
 int main(int argc, char** argv) {
     Terminal::endOnSignals();
-    useUnicode();
     try {
         return run(argc, argv);
     } catch (const Failure& failure) {

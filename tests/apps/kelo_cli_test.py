@@ -427,16 +427,24 @@ class Terminal(Case):
         self.assertEqual(done.stderr, "")
 
     def test_captions_fit_the_terminal(self):
-        record = {"postId": 1, "username": "mara", "liked": True, "description": "語" * 200}
-        self.service.answer("/timelines/popular",
-                            {"size": 5, "nextPage": 2, "records": [record]})
-        console = self.console("timeline", "popular", columns=80)
-        self.finishes(console, 0)
-        line = console.output.splitlines()[0]
-        self.assertTrue(line.endswith("語…"), line)
-        width = sum(2 if unicodedata.east_asian_width(c) == "W" else 1 for c in line)
-        self.assertIn(width, (79, 80), line)
-        self.assertIn("There are more posts: use --pages N or --all.", console.output)
+        # What a reader sees as one character, and the columns that it takes.
+        for character, columns in (("語", 2), ("👍🏽", 2), ("👩‍👩‍👧‍👦", 2), ("🇨🇭", 2), ("❤️", 2),
+                                   ("ȩ́", 1), ("ä", 1), ("a", 1)):
+            with self.subTest(character=character):
+                record = {"postId": 1, "username": "mara", "liked": True,
+                          "description": character * 200}
+                self.service.answer("/timelines/popular",
+                                    {"size": 5, "nextPage": 2, "records": [record]})
+                console = self.console("timeline", "popular", columns=80)
+                self.finishes(console, 0)
+                line = console.output.splitlines()[0]
+                begin, caption = line.split("  " + character, 1)
+                caption = character + caption
+                shown = caption.count(character)
+                self.assertEqual(caption, character * shown + "…")
+                width = len(begin) + 2 + shown * columns + 1
+                self.assertIn(width, (79, 80) if columns == 2 else (80,), line)
+                self.assertIn("There are more posts: use --pages N or --all.", console.output)
 
 
 class Serve(Case):
