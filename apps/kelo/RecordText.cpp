@@ -23,7 +23,8 @@ constexpr std::size_t detailIndent = 21;
 std::string loopsText(const std::shared_ptr<KLWatchUser>& user) {
     return user == nullptr || user->loopData == nullptr
                ? "-"
-               : compactText(user->loopData->count.uint64Value()) + " loops";
+               : compactText(user->loopData->count.uint64Value()) + " " +
+                     plural(user->loopData->count.uint64Value(), "loop");
 }
 
 std::string nameOf(const FeedUser& shown) {
@@ -78,8 +79,8 @@ std::string venueText(const KLVenue& venue) {
 std::string tagsText(const FeedPost& post) {
     std::string text;
     for (const auto& tag : post.tags) {
-        text += (text.empty() ? "" : ", ") + tag->name() + " (" + std::to_string(tag->count) +
-                " posts)";
+        text +=
+            (text.empty() ? "" : ", ") + tag->name() + " (" + countText(tag->count, "post") + ")";
     }
     return text;
 }
@@ -138,7 +139,7 @@ std::pair<std::string, std::string> described(const KLFeedInsert& insert) {
     }
     if (const auto* mosaic = dynamic_cast<const KLPostsMosaic*>(&insert)) {
         return {"posts", mosaic->title() + " – " + mosaic->subtitle() + ": " +
-                             std::to_string(mosaic->posts()->count()) + " posts"};
+                             countText(mosaic->posts()->count(), "post")};
     }
     if (const auto* mosaic = dynamic_cast<const KLUserMosaic*>(&insert)) {
         return {"people",
@@ -170,7 +171,8 @@ Lines linesOf(const FeedUser& shown) {
     }
     if (const auto& loops = shown.user->loopData) {
         const double velocity = loops->velocity.doubleValue();
-        lines.push_back(groupedText(loops->count.uint64Value()) + " loops, " +
+        const std::uint64_t count = loops->count.uint64Value();
+        lines.push_back(groupedText(count) + " " + plural(count, "loop") + ", " +
                         formatted(std::abs(velocity) < 1e15 ? "%.1f" : "%g", velocity) +
                         " more each second");
     }
@@ -191,7 +193,7 @@ Lines linesOf(const KLVideoUpload& upload) {
         line += ": " + std::string(rawValue(upload.processingInfo->state()));
     }
     if (upload.size) {
-        line += ", " + std::to_string(*upload.size) + " bytes";
+        line += ", " + countText(*upload.size, "byte");
     }
     return {line};
 }

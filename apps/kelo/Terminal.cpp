@@ -8,7 +8,9 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <iostream>
+#include <string_view>
 
 namespace KeloHost::Terminal {
 
@@ -19,7 +21,11 @@ termios settingsBefore;
 volatile std::sig_atomic_t typingIsHidden = 0;
 volatile std::sig_atomic_t questionIsOpen = 0;
 volatile std::sig_atomic_t wasInterrupted = 0;
+volatile std::sig_atomic_t lineIsWrittenOver = 0;
 int interruptions[2] = {-1, -1};
+
+constexpr char clearLine[] = "\r\x1b[J";
+constexpr std::size_t clearLineSize = sizeof clearLine - 1;
 
 void hideTyping() {
     if (tcgetattr(STDIN_FILENO, &settingsBefore) != 0) {
@@ -50,7 +56,9 @@ std::optional<std::size_t> columnsOf(int file) {
 /// Only what a signal handler may do.
 extern "C" void endBySignal(int number) {
     showTyping();
-    if (isatty(STDERR_FILENO) != 0) {
+    if (lineIsWrittenOver != 0) {
+        [[maybe_unused]] const auto written = write(STDERR_FILENO, clearLine, clearLineSize);
+    } else if (isatty(STDERR_FILENO) != 0) {
         [[maybe_unused]] const auto written = write(STDERR_FILENO, "\n", 1);
     }
     _exit(128 + number);
@@ -70,6 +78,22 @@ extern "C" void noteInterruption(int number) {
 
 std::optional<std::size_t> columns() {
     return columnsOf(STDOUT_FILENO);
+}
+
+std::optional<std::size_t> errorColumns() {
+    return columnsOf(STDERR_FILENO);
+}
+
+bool canWriteOver() {
+    const char* kind = std::getenv("TERM");
+    const std::string_view name = kind == nullptr ? "" : kind;
+    return showsErrors() && !name.empty() && name != "dumb";
+}
+
+void writeOver(const std::string& text) {
+    lineIsWrittenOver = 1;
+    std::cerr << clearLine << text << std::flush;
+    lineIsWrittenOver = text.empty() ? 0 : 1;
 }
 
 void say(const std::string& text) {
@@ -133,24 +157,6 @@ void endOnSignals() {
             sigaction(number, &action, nullptr);
         }
     }
-}
-
-Progress::Progress(bool wanted)
-    : _visible(wanted && showsErrors()) {}
-
-void Progress::show(const std::vector<std::string>& lines) {
-    if (!_visible) {
-        return;
-    }
-    constexpr std::size_t usualColumns = 80;
-    const std::size_t columns = columnsOf(STDERR_FILENO).value_or(usualColumns);
-    std::string text = _linesAbove == 0 ? "" : "\x1b[" + std::to_string(_linesAbove) + "A";
-    text += "\r\x1b[J";
-    for (std::size_t i = 0; i < lines.size(); ++i) {
-        text += (i == 0 ? "" : "\n") + clipped(lines[i], columns - 1);
-    }
-    _linesAbove = lines.empty() ? 0 : lines.size() - 1;
-    std::cerr << text << std::flush;
 }
 
 } // namespace KeloHost::Terminal

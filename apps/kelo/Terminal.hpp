@@ -26,8 +26,15 @@ inline bool isInteractive() {
     return isTyped() && showsErrors();
 }
 
-/// Columns of the terminal; absent when standard output is not a terminal.
+/// Columns of the terminal that standard output, or standard error, is; absent when it is none.
 std::optional<std::size_t> columns();
+std::optional<std::size_t> errorColumns();
+
+/// True when standard error is a terminal on which a line can be written over.
+bool canWriteOver();
+/// Puts the text, or nothing, in the place of the last line of standard error. It must fit in
+/// there: of a line that wraps, parts would stay. A signal that ends the program takes it away.
+void writeOver(const std::string& text);
 
 /// A line; what a terminal would take for a command is left out.
 void say(const std::string& text);
@@ -49,20 +56,5 @@ int catchInterruption();
 /// Makes SIGINT, SIGTERM and SIGHUP end the program with 128 and the signal's number, and leave the
 /// terminal as it was found.
 void endOnSignals();
-
-/// Lines at the end of standard error that are written over as work goes on. Silent unless `wanted`
-/// and standard error is a terminal.
-class Progress {
-public:
-    explicit Progress(bool wanted);
-
-    /// Each is cut to the terminal: of lines that wrap, parts would stay.
-    void show(const std::vector<std::string>& lines);
-    void clear() { show({}); }
-
-private:
-    bool _visible;
-    std::size_t _linesAbove = 0;
-};
 
 } // namespace KeloHost::Terminal

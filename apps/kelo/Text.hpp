@@ -33,8 +33,18 @@ std::string sizeText(std::uint64_t bytes);
 std::string groupedText(std::uint64_t number);
 std::string compactText(std::uint64_t number);
 
+/// "post" for 1, "posts" for others; "1 post", "2 posts".
+template <class Number>
+std::string plural(Number count, const std::string& noun) {
+    return count == 1 ? noun : noun + "s";
+}
+template <class Number>
+std::string countText(Number count, const std::string& noun) {
+    return std::to_string(count) + " " + plural(count, noun);
+}
+
 /// A bar for how much of all is done, and the percentage beside it.
-std::string barText(double done, double all);
+std::string barText(double done, double all, std::size_t width);
 std::string percentText(double done, double all);
 
 /// The stretch of a UTF-8 text that a range in UTF-16 code units covers; what lies behind the

@@ -67,11 +67,11 @@ std::string compactText(std::uint64_t number) {
     return std::to_string(number);
 }
 
-std::string barText(double done, double all) {
-    constexpr int width = 24;
-    const int filled = all <= 0 ? 0 : std::clamp(static_cast<int>(width * done / all), 0, width);
+std::string barText(double done, double all, std::size_t width) {
+    const double share = std::clamp(done / all, 0.0, 1.0);
+    const auto filled = static_cast<std::size_t>(static_cast<double>(width) * share);
     std::string bar;
-    for (int i = 0; i < width; ++i) {
+    for (std::size_t i = 0; i < width; ++i) {
         bar += i < filled ? "█" : "░";
     }
     return bar;

@@ -79,8 +79,8 @@ class Case(unittest.TestCase):
         return subprocess.Popen([KELO, *arguments], stdout=subprocess.PIPE,
                                 stderr=subprocess.PIPE, text=True, env=self.environment)
 
-    def console(self, *arguments, columns=0):
-        return Console([KELO, *arguments], self.environment, columns)
+    def console(self, *arguments, columns=0, **more):
+        return Console([KELO, *arguments], {**self.environment, **more}, columns)
 
     def finishes(self, console, code):
         self.assertEqual(console.finish(), code, console.output)

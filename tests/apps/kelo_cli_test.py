@@ -157,6 +157,22 @@ class Reading(Case):
             self.assertTrue(line.rstrip().endswith(caption.rstrip()), (line, caption))
             self.assertEqual("♥" in line.split(" loops")[1][:6], post["liked"])
 
+    def test_one_is_no_plural(self):
+        user = {"username": "mara", "userId": 1, "loopCount": 1, "loopVelocity": 0.5}
+        post = {**user, "postId": 1, "tags": [{"tagId": 1, "tag": "a", "postCount": 1}]}
+        card = {"type": "postsMosaic", "reference": "r", "title": "t", "description": "d",
+                "link": "kelo://x", "posts": {"records": [post]}}
+        for path, data, arguments, line in (
+                ("/users/me", user, "me", r"(?m)^1 loop, "),
+                ("/timelines/all", {"records": [post]}, "timeline all --details",
+                 r"  1 loop(?s:.*) #a \(1 post\)$"),
+                ("/inserts/home", {"records": [card]}, "inserts home", ": 1 post$"),
+                ("/longforms/a/views", {"longformId": "a", "count": 1}, "views a", "^1 view$"),
+                ("/loops", {}, "loops 1 1", "^reported 1 loop of post 1$")):
+            with self.subTest(arguments=arguments):
+                self.service.answer(path, data)
+                self.assertRegex(self.succeeds(*arguments.split()).rstrip("\n"), line)
+
     def test_pages(self):
         for feed in ("all", "popular", "latest", "channels/1"):
             with self.subTest(feed=feed):
@@ -422,9 +438,16 @@ class Terminal(Case):
     def test_progress_is_for_terminals(self):
         console = self.console("timeline", "editors-picks", "--all", "--size", "10")
         self.finishes(console, 0)
-        self.assertIn("1 pages, 10 posts …", console.output)
+        self.assertIn("1 page, 10 posts …", console.output)
         done = self.kelo("timeline", "editors-picks", "--all", "--size", "10")
         self.assertEqual(done.stderr, "")
+
+    def test_control_c_leaves_the_line_clean(self):
+        self.service.fault("/timelines/all", skip=1, type="delay", milliseconds=60000)
+        console = self.console("timeline", "all", "--all")
+        console.answer("1 page, 5 posts …", "\x03")
+        self.finishes(console, 130)
+        self.assertTrue(console.output.endswith("\r\x1b[J"), console.output)
 
     def test_captions_fit_the_terminal(self):
         # What a reader sees as one character, and the columns that it takes.

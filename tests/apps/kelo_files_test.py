@@ -9,6 +9,7 @@ import tempfile
 import unittest
 
 from case import Case
+from service import wait_until
 
 
 class Files(Case):
@@ -277,53 +278,78 @@ class Bars(Files):
     @staticmethod
     def frames(console):
         """What was shown one over the other."""
-        return re.split(r"(?:\x1b\[\d+A)?\r\x1b\[J", console.output)
+        return console.output.split("\r\x1b[J")
 
-    def test_a_bar_for_each_file_in_the_queues_order(self):
+    def test_one_bar_with_speed_and_time_left(self):
         first, low, high = self.posts(3)
-        self.limit_rate(50_000)
-        console = self.console("download", first, low + ":low", high + ":high", columns=100)
-        console.expect(f"1. {high} high ")
-        console.expect(" %, ")
-        console.expect(f"1. {first} normal")
-        console.expect(f"1. {low} low")
+        self.limit_rate(20_000)
+        console = self.console("download", first, low + ":low", high + ":high", columns=120)
         self.finishes(console, 0)
         frames = self.frames(console)
-        self.assertTrue(any(
-            len(lines) == 3 and f"1. {high} high   █" in lines[0] and
-            f"2. {first} normal ░" in lines[1] and lines[1].endswith("waiting") and
-            f"3. {low} low    ░" in lines[2]
-            for lines in (frame.splitlines() for frame in frames)), frames)
-        shares = [int(share) for share in re.findall(r"(\d+) %, \d+ kB of \d+ kB", console.output)]
+        bars = [re.fullmatch(r"[█░]{24} +(\d+) %, \d+ k?B of \d+ kB((?:, \d+ kB/s, \d+ s left)?)"
+                             r"(?:, \d+ kB/s)?, post (\d+) \((\d) of 3\)", frame)
+                for frame in frames if " %" in frame]
+        self.assertNotIn(None, bars, frames)
+        shares = [int(bar[1]) for bar in bars]
         self.assertTrue(any(0 < share < 100 for share in shares), shares)
+        self.assertTrue(any(bar[2] for bar in bars), frames)
+        self.assertEqual(sorted({(bar[4], bar[3]) for bar in bars}),
+                         [("1", high), ("2", first), ("3", low)])
         # What stays are the files.
-        lines = [frame.splitlines()[0] for frame in frames if frame.startswith("post ")]
-        self.assertEqual([line.split(":")[0] for line in lines],
+        self.assertEqual([frame.split(":")[0] for frame in frames if frame.startswith("post ")],
                          [f"post {post}" for post in (high, first, low)])
 
-    def test_long_rows_and_narrow_terminals(self):
-        posts = self.posts(12)
-        self.limit_rate(250_000)
-        console = self.console("download", *posts, "--bitrate", "0", columns=30)
-        console.expect("2 more wait")
-        console.expect("…")
-        self.finishes(console, 0)
-        for frame in self.frames(console):
-            bars = [line for line in frame.splitlines() if ". 1" in line]
-            self.assertLessEqual(len(bars), 10)
-            for bar in bars:
-                self.assertLessEqual(len(bar), 30, bar)
+    def test_narrow_terminals(self):
+        (post,) = self.posts(1)
+        self.limit_rate(20_000)
+        for columns, bar in ((60, True), (24, False), (5, False)):
+            with self.subTest(columns=columns):
+                folder = tempfile.mkdtemp(dir=self.folder)
+                console = self.console("download", post, columns=columns, XDG_DATA_HOME=folder)
+                self.finishes(console, 0)
+                bars = [frame for frame in self.frames(console)[1:] if not frame.startswith("post")]
+                self.assertTrue(any(bars))
+                self.assertLess(max(map(len, bars)), columns, bars)
+                self.assertEqual(any("░" in one for one in bars), bar, bars)
+                self.assertFalse(any("post" in one for one in bars), bars)
+
+    def test_no_bar_where_nothing_can_be_written_over(self):
+        (post,) = self.posts(1)
+        for kind in ("dumb", ""):
+            folder = tempfile.mkdtemp(dir=self.folder)
+            console = self.console("download", post, TERM=kind, XDG_DATA_HOME=folder)
+            self.finishes(console, 0)
+            self.assertRegex(console.output, rf"^post {post}: [^\x1b\r]*\r\n$")
 
     def test_control_c_leaves_no_half_file(self):
         (post,) = self.posts(1)
-        _, name = self.best(post)
         self.limit_rate(10_000)
         console = self.console("download", post)
         console.answer(" %, ", "\x03")
         self.finishes(console, 130)
-        self.assertNotIn(name, os.listdir(self.cache))
-        self.assertEqual(self.succeeds("cache", "list"), "The cache is empty.\n")
         self.assertEqual(os.listdir(self.cache), [])
+        self.assertEqual(self.frames(console)[-1], "kelo: interrupted; nothing was kept\r\n")
+
+    def test_control_c_tells_what_was_kept(self):
+        first, second = self.posts(2)
+        name = self.best(first)[1]
+        path = self.best(second)[0]
+        self.service.fault(path, type="delay", milliseconds=60000)
+        console = self.console("download", first, second)
+        console.expect(f"post {first}: ")
+        wait_until(lambda: path in self.fetched())
+        console.type("\x03")
+        self.finishes(console, 130)
+        self.assertEqual(os.listdir(self.cache), [name])
+        self.assertIn("kelo: interrupted; kept 1 file of 2\r\n", console.output)
+
+    def test_control_c_before_the_posts_are_read(self):
+        self.service.fault("/posts/*", type="delay", milliseconds=60000)
+        console = self.console("download", "1")
+        wait_until(lambda: self.service.seen("/posts/1"))
+        console.type("\x03")
+        self.finishes(console, 130)
+        self.assertIn("kelo: interrupted; nothing was kept\r\n", console.output)
 
     def test_a_failure_at_the_terminal(self):
         (post,) = self.posts(1)

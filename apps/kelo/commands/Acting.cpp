@@ -1,4 +1,5 @@
 #include "commands/Commands.hpp"
+#include "Text.hpp"
 
 namespace KeloHost {
 
@@ -109,7 +110,7 @@ void submitLoops(const HostPointer& host, const Arguments& arguments) {
     const std::int64_t count = arguments.number("COUNT");
     const auto completion = [=](const std::optional<Error>& error) {
         host->hear(error, [&] {
-            host->showDone("reported " + std::to_string(count) + " loops of post", *post->postId);
+            host->showDone("reported " + countText(count, "loop") + " of post", *post->postId);
         });
     };
     Endpoint::make<AnsweredLoopsEndpoint>(completion)->submit(count, post);

@@ -1,5 +1,4 @@
 #include "commands/Commands.hpp"
-#include "KeptSession.hpp"
 #include "Text.hpp"
 
 #include <sys/stat.h>
@@ -69,31 +68,6 @@ Files filesInCache() {
     return files;
 }
 
-/// A video, of the service or from another origin, to which the session key is not sent.
-class VideoEndpoint : public FileEndpoint {
-public:
-    HeaderFields headerFields() const override {
-        HeaderFields fields = FileEndpoint::headerFields();
-        const auto url = URL::parse(path());
-        if (!url || !url->hasOriginOf(_service)) {
-            fields.erase("kelo-session-id");
-        }
-        return fields;
-    }
-
-protected:
-    VideoEndpoint(Key key, const std::string& url, URL service)
-        : FileEndpoint(key, url, videoCache())
-        , _service(std::move(service)) {}
-
-private:
-    const URL _service;
-};
-
-std::string countText(std::size_t files) {
-    return std::to_string(files) + (files == 1 ? " file" : " files");
-}
-
 Lines linesOfFiles(const Files& files) {
     Lines lines;
     std::uint64_t bytes = 0;
@@ -103,7 +77,7 @@ Lines linesOfFiles(const Files& files) {
                         rightAligned(sizeText(file->bytes), 8) + "  " + file->name);
     }
     lines.push_back(files.empty() ? "The cache is empty."
-                                  : countText(files.size()) + ", " + sizeText(bytes));
+                                  : countText(files.size(), "file") + ", " + sizeText(bytes));
     return lines;
 }
 
@@ -111,10 +85,6 @@ Lines linesOfFiles(const Files& files) {
 
 std::shared_ptr<FileManager> videoCache() {
     return FileManager::sharedGroupManager("/videos/");
-}
-
-std::shared_ptr<FileEndpoint> videoFile(const HostPointer& host, const std::string& url) {
-    return Endpoint::make<VideoEndpoint>(url, serviceAt(host->options().host));
 }
 
 std::string videoDirectory() {
@@ -140,8 +110,8 @@ void trimCache(const HostPointer& host, const Arguments& arguments) {
         throw Failure(ExitCode::Failed, "some files could not be removed from " + videoDirectory());
     }
     const std::size_t removed = before - std::min(before, left);
-    host->show({{"removed", removed}, {"left", left}},
-               {"removed " + countText(removed) + ", " + countText(left) + " left"});
+    host->show({{"removed", removed}, {"left", left}}, {"removed " + countText(removed, "file") +
+                                                        ", " + countText(left, "file") + " left"});
 }
 
 void showCachePath(const HostPointer& host, const Arguments& /*arguments*/) {

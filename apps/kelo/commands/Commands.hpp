@@ -33,8 +33,6 @@ std::vector<std::string> linesOfInput(std::string (*check)(const std::string& te
 
 /// The cache that downloaded videos are kept in, in the user's data directory.
 std::shared_ptr<KeloAPI::FileManager> videoCache();
-/// The video at this URL, to be kept there.
-std::shared_ptr<KeloAPI::FileEndpoint> videoFile(const HostPointer& host, const std::string& url);
 /// Where it is, with a "/" at its end. Throws a `Failure` when there is none.
 std::string videoDirectory();
 

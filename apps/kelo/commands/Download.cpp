@@ -1,10 +1,12 @@
+#include "CancellableFile.hpp"
 #include "commands/Commands.hpp"
+#include "KeptSession.hpp"
+#include "Progress.hpp"
 #include "Terminal.hpp"
 #include "Text.hpp"
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 
@@ -16,9 +18,6 @@ namespace {
 
 using Offers = KLVideoUrlBitrateSettings;
 
-/// More than that would not fit small terminals.
-constexpr std::size_t mostBars = 10;
-constexpr std::chrono::milliseconds moment(50);
 /// In the order of `QueuePriority`.
 constexpr std::array priorityNames = {"low", "normal", "high"};
 
@@ -26,10 +25,7 @@ struct Wish {
     std::string postId;
     QueuePriority priority = QueuePriority::Normal;
     /// Null before the post has been read, and when it cannot be fetched.
-    std::shared_ptr<FileEndpoint> file;
-    std::int64_t received = 0;
-    /// -1 bytes are not known.
-    std::int64_t expected = -1;
+    std::shared_ptr<CancellableFile> file;
 };
 
 std::optional<QueuePriority> priorityOf(const std::string& name) {
@@ -85,26 +81,6 @@ bool hasFileName(const KLVideoUrlBitrateSetting& offer) {
     return !name.empty() && name != "." && name != "..";
 }
 
-std::string stateText(const Wish& wish) {
-    if (wish.received == 0) {
-        return "waiting";
-    }
-    std::string received = sizeText(static_cast<std::uint64_t>(wish.received));
-    if (wish.expected <= 0) {
-        return received;
-    }
-    return percentText(static_cast<double>(wish.received), static_cast<double>(wish.expected)) +
-           ", " + received + " of " + sizeText(static_cast<std::uint64_t>(wish.expected));
-}
-
-/// The line for a file at that place of the queue.
-std::string barLine(std::size_t place, const Wish& wish) {
-    return rightAligned(std::to_string(place), 3) + ". " + wish.postId + " " +
-           padded(priorityNames[static_cast<std::size_t>(wish.priority)], 6) + " " +
-           barText(static_cast<double>(wish.received), static_cast<double>(wish.expected)) + " " +
-           stateText(wish);
-}
-
 /// Reads the posts, chooses a file of each and has the queue fetch what is not there yet.
 class Downloads : public std::enable_shared_from_this<Downloads> {
 public:
@@ -118,6 +94,11 @@ public:
     }
 
     void start() {
+        _host->loop().atInterruption([weak = weak_from_this()] {
+            if (const auto self = weak.lock()) {
+                self->interrupt();
+            }
+        });
         for (Wish& wish : _wishes) {
             read(wish);
         }
@@ -158,7 +139,14 @@ private:
         } else if (!hasFileName(*offer)) {
             failed(wish, {ExitCode::Failed, "the offered file has no name"});
         } else {
-            wish.file = videoFile(_host, offer->remoteUrl().absoluteString());
+            wish.file = Endpoint::make<CancellableFile>(
+                offer->remoteUrl().absoluteString(), videoCache(), serviceAt(_host->options().host),
+                [weak = weak_from_this(), id = wish.postId](std::int64_t, std::int64_t received,
+                                                            std::int64_t expected) {
+                    if (const auto self = weak.lock()) {
+                        self->showProgress(id, received, expected);
+                    }
+                });
         }
     }
 
@@ -176,15 +164,6 @@ private:
 
     void fetch(Wish& wish) {
         const bool cached = wish.file->localUrl().has_value();
-        wish.file->setDownloadProgressHandler(
-            [weak = weak_from_this(), &wish](std::int64_t, std::int64_t received,
-                                             std::int64_t expected) {
-                if (const auto self = weak.lock()) {
-                    wish.received = received;
-                    wish.expected = expected;
-                    self->showBars(false);
-                }
-            });
         _queue->download(wish.file, wish.file->documentsFile().value(), wish.priority,
                          [self = shared_from_this(), &wish, cached](const auto& result) {
                              self->ended(wish, result, cached);
@@ -192,7 +171,9 @@ private:
     }
 
     void ended(const Wish& wish, const FileDownloadResult& result, bool cached) {
-        if (result.error() != nullptr) {
+        if (_isInterrupted && result.error() != nullptr) {
+            --_open;
+        } else if (result.error() != nullptr) {
             const auto url = URL::parse(wish.file->path());
             failed(wish,
                    explained(*result.error(), url ? hostIn(*url) : "", _host->expectedPins()));
@@ -202,10 +183,10 @@ private:
             std::error_code ignored;
             const auto bytes = std::filesystem::file_size(path, ignored);
             showDownloaded(wish, path, ignored ? 0 : bytes, cached);
+            ++_kept;
             --_open;
         }
         if (!cached) {
-            showBars(true);
             endWhenDone();
         }
     }
@@ -218,26 +199,35 @@ private:
              sizeText(bytes) + ")"});
     }
 
-    /// One bar for each queued file, in the queue's order; when the last time was a moment ago,
-    /// only if `now`.
-    void showBars(bool now) {
-        const auto time = std::chrono::steady_clock::now();
-        if (!now && time - _shown < moment) {
-            return;
+    void showProgress(const std::string& postId, std::int64_t received, std::int64_t expected) {
+        if (!_isInterrupted) {
+            const std::size_t place = _wishes.size() - _open + 1;
+            _progress.showBytes(static_cast<double>(received), static_cast<double>(expected),
+                                Progress::When::Soon,
+                                ", post " + postId + " (" + std::to_string(place) + " of " +
+                                    std::to_string(_wishes.size()) + ")");
         }
-        _shown = time;
-        const auto queued = _queue->queuedFiles();
-        Lines lines;
-        for (std::size_t i = 0; i < std::min(queued.size(), mostBars); ++i) {
-            const auto wish = std::find_if(_wishes.begin(), _wishes.end(), [&](const Wish& one) {
-                return one.file != nullptr && *one.file == *queued[i];
-            });
-            lines.push_back(barLine(i + 1, *wish));
+    }
+
+    /// Ends when every download has ended, each of which removes what it has of its file.
+    void interrupt() {
+        _isInterrupted = true;
+        _progress.clear();
+        for (const Wish& wish : _wishes) {
+            if (wish.file != nullptr) {
+                wish.file->cancel();
+            }
         }
-        if (queued.size() > mostBars) {
-            lines.push_back(std::to_string(queued.size() - mostBars) + " more wait");
+        if (_read < _wishes.size()) {
+            endInterrupted();
         }
-        _progress.show(lines);
+    }
+
+    void endInterrupted() {
+        const std::string kept = _kept == 0 ? "nothing was kept"
+                                            : "kept " + countText(_kept, "file") + " of " +
+                                                  std::to_string(_wishes.size());
+        _host->end(Failure(ExitCode::Interrupted, "interrupted; " + kept));
     }
 
     static std::string hostIn(const URL& url) {
@@ -256,19 +246,25 @@ private:
             return;
         }
         _progress.clear();
-        _worst == ExitCode::Success ? _host->end() : _host->end(Failure(_worst, ""));
+        if (_isInterrupted) {
+            endInterrupted();
+        } else {
+            _worst == ExitCode::Success ? _host->end() : _host->end(Failure(_worst, ""));
+        }
     }
 
     const HostPointer _host;
     /// Absent for the best files.
     std::optional<double> _bitrate;
     const std::shared_ptr<FileQueue> _queue = FileQueue::withKey("videos");
-    Terminal::Progress _progress{true};
-    std::chrono::steady_clock::time_point _shown;
+    Progress _progress;
     std::vector<Wish> _wishes;
     /// Wishes that have not ended yet.
     std::size_t _open;
     std::size_t _read = 0;
+    /// Files that are there now.
+    std::int64_t _kept = 0;
+    bool _isInterrupted = false;
     ExitCode _worst = ExitCode::Success;
 };
 

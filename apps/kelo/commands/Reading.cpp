@@ -1,6 +1,7 @@
 #include "commands/Commands.hpp"
 #include "Feed.hpp"
 #include "Records.hpp"
+#include "Text.hpp"
 
 #include <algorithm>
 
@@ -89,7 +90,7 @@ void showOrSubmitViews(const HostPointer& host, const Arguments& arguments) {
                     throw Failure(ExitCode::Failed, "the service sent no views");
                 }
                 host->show({{"longformId", views->longformId()}, {"count", views->count()}},
-                           {std::to_string(views->count()) + " views"});
+                           {countText(views->count(), "view")});
             });
         });
 }

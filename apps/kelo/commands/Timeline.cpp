@@ -1,7 +1,9 @@
 #include "commands/Commands.hpp"
 #include "Feed.hpp"
+#include "Progress.hpp"
 #include "Records.hpp"
 #include "Terminal.hpp"
+#include "Text.hpp"
 
 #include <limits>
 
@@ -33,7 +35,7 @@ private:
     /// The endpoint's own `fetch` reads only the library's posts; here the endpoint provides the
     /// path and the parameters of a timeline.
     void fetch(const std::shared_ptr<TimelineEndpoint>& page) {
-        _progress.show({std::to_string(_pages) + " pages, " + std::to_string(_posts) + " posts …"});
+        _progress.show(countText(_pages, "page") + ", " + countText(_posts, "post") + " …");
         page->request(std::make_shared<FeedPostParser>(),
                       [self = shared_from_this()](const Posts& posts,
                                                   const std::optional<Metadata>& metadata,
@@ -85,7 +87,7 @@ private:
     const std::string _path;
     const bool _details;
     const std::int64_t _mostPages;
-    Terminal::Progress _progress;
+    Progress _progress;
     std::int64_t _pages = 0;
     std::size_t _posts = 0;
 };

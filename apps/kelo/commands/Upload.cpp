@@ -1,9 +1,8 @@
 #include "commands/Commands.hpp"
 #include "Loop.hpp"
+#include "Progress.hpp"
 #include "Records.hpp"
 #include "SegmentedFile.hpp"
-#include "Terminal.hpp"
-#include "Text.hpp"
 
 #include <algorithm>
 
@@ -154,7 +153,7 @@ private:
             _host->sessionWorks();
             _bytesDone += _file.sizeOf(segment->index);
             leave(segment);
-            showProgress();
+            showProgress(Progress::When::Now);
             // Put off until the library has let the segment's buffer go.
             MainQueue::main().async([self = shared_from_this()] { self->sendMore(); });
         } else if (isPassing(*error) && segment->tries < mostTries) {
@@ -310,30 +309,25 @@ private:
         _host->end(failure);
     }
 
-    void showProgress() {
+    void showProgress(Progress::When when = Progress::When::Soon) {
         double sent = static_cast<double>(_bytesDone);
         for (const SegmentPointer& segment : _underWay) {
             sent += segment->sent;
         }
-        const auto all = static_cast<double>(_file.size());
-        const std::string line = barText(sent, all) + " " + percentText(sent, all) +
-                                 formatted(", %.1f of %.1f MB", sent / 1e6, all / 1e6);
-        if (line != _shown && !isOver()) {
-            _shown = line;
-            _progress.show({line});
+        if (!isOver()) {
+            _progress.showBytes(sent, static_cast<double>(_file.size()), when);
         }
     }
 
     void showProcessing(const KLVideoUploadProcessingInfo& info) {
         const double percent = std::clamp(info.progressPercent.value_or(0), 0.0, 100.0);
-        _progress.show({barText(percent, 100) + " " + percentText(percent, 100) +
-                        ", the service is processing it"});
+        _progress.showShare(percent, 100, ", the service is processing it");
     }
 
     const HostPointer _host;
     const SegmentedFile _file;
     const std::size_t _parallel;
-    Terminal::Progress _progress{true};
+    Progress _progress;
     std::string _mediaId;
     /// The first segment that was not begun yet.
     std::int64_t _next = 0;
@@ -347,7 +341,6 @@ private:
     bool _isFinalized = false;
     bool _isInterrupted = false;
     bool _hasEnded = false;
-    std::string _shown;
 };
 
 } // namespace
