@@ -48,7 +48,19 @@ private:
 
 /// One parameter of a command: an option where its name begins with "--", otherwise positional.
 struct Parameter {
-    enum class Form : std::uint8_t { Text, List, Flag, Bitrate, Directory };
+    enum class Form : std::uint8_t {
+        Text,
+        List,
+        Flag,
+        Bitrate,
+        Directory,
+        File,
+        /// The words that name a command.
+        CommandName,
+        /// Flags that ask for a text in place of the command's work.
+        Help,
+        Version
+    };
     struct Limits {
         std::int64_t least;
         std::int64_t most;
@@ -71,6 +83,24 @@ struct Parameter {
     bool isForEach = false;
     /// Of a positional parameter that may be left out.
     bool isOptional = false;
+    /// An option before it that has to stand beside it.
+    std::string needed = {};
+    /// The variable of the environment that an option is read from where it is not given.
+    std::string environment = {};
+    /// A second, short name of a flag, as in "-h".
+    std::string shortName = {};
+
+    bool isOption() const { return name.starts_with("--"); }
+    bool isList() const { return form == Form::List || form == Form::CommandName; }
+    bool takesValue() const {
+        return form != Form::Flag && form != Form::Help && form != Form::Version;
+    }
+};
+
+/// A command line as a user may give it, and what it is good for.
+struct Example {
+    std::string line;
+    std::string help;
 };
 
 /// One command.
@@ -87,11 +117,16 @@ struct Command {
     std::string (*check)(const Arguments& arguments) = nullptr;
     /// Whatever follows, --help included, becomes the parameter "rest".
     bool takesTheRest = false;
-    /// Its heading in the help text.
-    std::string group = "Subcommands";
+    /// The heading that the help text has it under; no text mentions a command without one.
+    std::string group = "Commands";
+    std::vector<Example> examples = {};
+    /// In place of `work`: a text that is made of the description of all of kelo. Throws a
+    /// `Failure` for what is not there.
+    std::string (*describe)(const Command& kelo, const Arguments& arguments) = nullptr;
 };
 
-/// Every command, in the order of the help text.
-std::vector<Command> allCommands();
+/// kelo itself: its parameters are the options that every command has, its commands are in the
+/// order of the help text.
+Command wholeProgram();
 
 } // namespace KeloHost

@@ -1,10 +1,11 @@
 #include "CommandLine.hpp"
 
 #include "Command.hpp"
-#include "Failure.hpp"
+#include "CommonOptions.hpp"
+#include "Help.hpp"
 #include "KeptSession.hpp"
+#include "Slip.hpp"
 #include "Terminal.hpp"
-#include "Text.hpp"
 
 #include <CLI/CLI.hpp>
 
@@ -16,58 +17,6 @@
 namespace KeloHost {
 
 namespace {
-
-constexpr const char* footer =
-    "Exit codes: 0 success, 1 the service, the network or a file failed, 2 the command line "
-    "cannot\n"
-    "be used, 3 the user has to sign in or was refused, 130 Ctrl-C.\n\n"
-    "Try it: run `kelo serve` in one terminal and `kelo timeline popular` in another.";
-
-/// CLI11's form of a check: an empty text for a good value, what is wrong otherwise.
-std::string checkHost(const std::string& host) {
-    const auto url = KeloAPI::URL::parse("https://" + host);
-    const bool onlyHost = url && !url->host().empty() && url->path().empty() && !url->query() &&
-                          host.find_first_of("@#") == std::string::npos;
-    const bool usablePort = onlyHost && url->port().value_or(0) != 0 && host.back() != ':';
-    return usablePort ? "" : "'" + host + "' is not of the form HOST or HOST:PORT";
-}
-
-std::string checkHeaderValue(const std::string& value) {
-    return fitsHeader(value) ? "" : "only printable ASCII characters can be sent";
-}
-
-void addGlobalOptions(CLI::App& app, Options& options) {
-    app.add_option("--host", options.host, "Where the service is")
-        ->envname("KELO_HOST")
-        ->type_name("HOST[:PORT]")
-        ->capture_default_str()
-        ->check(checkHost);
-    app.add_option("--session", options.session,
-                   "Session key of the signed-in user, in place of the one that login keeps")
-        ->envname("KELO_SESSION")
-        ->type_name("KEY")
-        ->capture_default_str()
-        ->check(checkHeaderValue);
-    auto* user = app.add_option("--user", options.user,
-                                "Sign in as this user, at once or when the session is refused")
-                     ->type_name("NAME");
-    app.add_option("--password", options.password,
-                   "The user's password; - reads it from standard input. Without, it is taken from "
-                   "KELO_PASSWORD, or asked for without echo")
-        ->type_name("PASSWORD")
-        ->needs(user);
-    app.add_option("--pin", options.pin, "The service's certificate (PEM); no other is accepted")
-        ->envname("KELO_PIN")
-        ->type_name("FILE");
-    app.add_option("--language", options.language,
-                   "Languages of the responses, the preferred one first")
-        ->type_name("LANGUAGES")
-        ->capture_default_str()
-        ->check(checkHeaderValue);
-    app.add_flag("--json", options.json, "Print JSON, one object per line");
-    app.add_flag("--verbose", options.verbose, "Print each request on standard error");
-    app.add_flag("--no-input", options.noInput, "Never ask anything, even on a terminal");
-}
 
 /// Reads what the command line leaves to the environment, standard input and the kept session.
 void complete(const CLI::App& app, Options& options) {
@@ -100,10 +49,10 @@ public:
         : _command(command)
         , _app(app) {
         for (const Parameter& parameter : command.parameters) {
-            parameter.form == Parameter::Form::Flag ? addFlag(parameter) : addOption(parameter);
+            add(parameter);
         }
         for (const Command& one : command.commands) {
-            auto* subcommand = app.add_subcommand(one.name, one.help)->group(one.group);
+            auto* subcommand = app.add_subcommand(one.name);
             _readers.push_back(std::make_unique<Reader>(*subcommand, one));
             // `cache` requires one; `work` reports a missing command.
             app.require_subcommand(app.get_parent() == nullptr ? 0 : 1, 1);
@@ -115,55 +64,26 @@ public:
         }
     }
 
-    /// The work of the command that was chosen.
-    std::function<void(const std::shared_ptr<Host>& host)> work() const {
+    /// The command that was chosen, and those that it belongs to.
+    CommandPath path() const {
+        CommandPath all = {&_command};
         for (const auto& reader : _readers) {
             if (reader->_app.parsed()) {
-                return reader->work();
+                const CommandPath more = reader->path();
+                all.insert(all.end(), more.begin(), more.end());
             }
         }
-        if (!_command.work) {
-            throw Failure(ExitCode::Usage, "a command is needed, see kelo --help");
-        }
-        const Arguments arguments = given();
-        const std::string problem = _command.check == nullptr ? "" : _command.check(arguments);
-        if (!problem.empty()) {
-            throw Failure(ExitCode::Usage, problem);
-        }
-        return [work = _command.work, arguments](const auto& host) { work(host, arguments); };
+        return all;
     }
 
-private:
-    void addFlag(const Parameter& parameter) {
-        auto* flag = _app.add_flag(parameter.name, parameter.help);
-        if (!parameter.excluded.empty()) {
-            flag->excludes(_app.get_option(parameter.excluded));
+    /// What that command was given.
+    Arguments chosenArguments() const {
+        for (const auto& reader : _readers) {
+            if (reader->_app.parsed()) {
+                return reader->chosenArguments();
+            }
         }
-    }
-
-    void addOption(const Parameter& parameter) {
-        // `given` reads the option's texts.
-        const CLI::callback_t take = [](const CLI::results_t&) { return true; };
-        auto* option = _app.add_option(parameter.name, take, parameter.help);
-        option->required(!parameter.name.starts_with("--") && !parameter.isOptional)
-            ->type_name(parameter.valueName)
-            ->default_str(parameter.defaultValue);
-        if (parameter.form == Parameter::Form::List) {
-            option->expected(CLI::detail::expected_max_vector_size);
-        } else if (parameter.form == Parameter::Form::Bitrate) {
-            option->check(CLI::NonNegativeNumber);
-        } else if (parameter.form == Parameter::Form::Directory) {
-            option->check(CLI::ExistingDirectory);
-        }
-        if (parameter.limits) {
-            option->check(CLI::Range(parameter.limits->least, parameter.limits->most));
-        }
-        if (!parameter.choices.empty()) {
-            option->check(CLI::IsMember(parameter.choices));
-        }
-        if (parameter.check != nullptr) {
-            option->check(CLI::Validator(parameter.check, ""));
-        }
+        return given();
     }
 
     Arguments given() const {
@@ -183,35 +103,114 @@ private:
         return Arguments(std::move(values));
     }
 
+private:
+    using Form = Parameter::Form;
+
+    void add(const Parameter& parameter) {
+        const std::string names =
+            (parameter.shortName.empty() ? "" : parameter.shortName + ",") + parameter.name;
+        if (parameter.form == Form::Help) {
+            _app.set_help_flag(names);
+        } else if (parameter.form == Form::Version) {
+            _app.set_version_flag(names, "kelo " KELO_VERSION);
+        } else if (parameter.form == Form::Flag) {
+            addFlag(parameter);
+        } else {
+            addOption(parameter);
+        }
+    }
+
+    void addFlag(const Parameter& parameter) {
+        auto* flag = _app.add_flag(parameter.name);
+        if (!parameter.excluded.empty()) {
+            flag->excludes(_app.get_option(parameter.excluded));
+        }
+    }
+
+    void addOption(const Parameter& parameter) {
+        // `given` reads the texts of the option.
+        const CLI::callback_t take = [](const CLI::results_t&) { return true; };
+        auto* option = _app.add_option(parameter.name, take);
+        option->required(!parameter.isOption() && !parameter.isOptional)
+            ->type_name(parameter.valueName)
+            ->default_str(parameter.defaultValue)
+            ->envname(parameter.environment);
+        if (!parameter.needed.empty()) {
+            option->needs(_app.get_option(parameter.needed));
+        }
+        if (parameter.isList()) {
+            option->expected(CLI::detail::expected_max_vector_size);
+        } else if (parameter.form == Form::Bitrate) {
+            option->check(CLI::NonNegativeNumber);
+        } else if (parameter.form == Form::Directory) {
+            option->check(CLI::ExistingDirectory);
+        }
+        if (parameter.limits) {
+            option->check(CLI::Range(parameter.limits->least, parameter.limits->most));
+        }
+        if (!parameter.choices.empty()) {
+            option->check(CLI::IsMember(parameter.choices));
+        }
+        if (parameter.check != nullptr) {
+            option->check(CLI::Validator(parameter.check, ""));
+        }
+    }
+
     const Command& _command;
     CLI::App& _app;
     std::vector<std::unique_ptr<Reader>> _readers;
 };
 
+/// What the command that was chosen does, or says.
+void choose(Invocation& invocation, const Reader& reader) {
+    const CommandPath path = reader.path();
+    const Command& command = *path.back();
+    const Arguments arguments = reader.chosenArguments();
+    const std::string problem = command.check == nullptr ? "" : command.check(arguments);
+    if (!problem.empty()) {
+        throw unusable(path, problem);
+    }
+    if (command.describe != nullptr) {
+        invocation.information = command.describe(*path.front(), arguments);
+    } else if (command.work) {
+        invocation.work = [work = command.work, arguments](const auto& host) {
+            work(host, arguments);
+        };
+    } else {
+        throw unusable(path, "a command is needed");
+    }
+}
+
 } // namespace
 
 Invocation parseCommandLine(int argc, char** argv) {
-    Invocation invocation;
-    CLI::App app("The command-line host of the short-looping-video service.", "kelo");
-    app.footer(footer);
-    app.set_version_flag("--version", "kelo " KELO_VERSION);
-    // Global options may stand behind the command, too.
+    const Command kelo = wholeProgram();
+    CLI::App app("", kelo.name);
+    // Common options may stand behind the command, too.
     app.fallthrough();
-    addGlobalOptions(app, invocation.options);
-    const Command root = {.name = "kelo", .help = "", .commands = allCommands()};
-    const Reader reader(app, root);
+    const Reader reader(app, kelo);
+    Invocation invocation;
     try {
         app.parse(argc, argv);
-        invocation.work = reader.work();
-        complete(app, invocation.options);
     } catch (const CLI::CallForHelp&) {
-        invocation.information = app.help();
+        invocation.information = helpText(reader.path());
+        return invocation;
     } catch (const CLI::CallForVersion& version) {
         invocation.information = std::string(version.what()) + "\n";
+        return invocation;
     } catch (const CLI::ParseError& error) {
+        const auto unread = app.remaining(true);
+        if (!unread.empty()) {
+            throw unexpected(reader.path(), unread.front());
+        }
         std::string line = error.what();
         std::replace(line.begin(), line.end(), '\n', ' ');
-        throw Failure(ExitCode::Usage, line);
+        throw unusable(reader.path(), line);
+    }
+    invocation.options = commonOptions(reader.given());
+    choose(invocation, reader);
+    if (!invocation.information) {
+        complete(app, invocation.options);
     }
     return invocation;
 }

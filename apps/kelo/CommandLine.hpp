@@ -38,7 +38,7 @@ struct Invocation {
     Options options;
     /// The command's work; empty where there is `information`.
     std::function<void(const std::shared_ptr<Host>& host)> work;
-    /// What --help or --version prints in its place.
+    /// What is printed in its place: a help text, the version, ...
     std::optional<std::string> information;
 };
 

@@ -4,6 +4,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace KeloHost {
 
@@ -21,17 +22,20 @@ enum class ExitCode : int {
 };
 
 /// Why the program fails: an exit code and one line for the user, empty when the reason has been
-/// printed already.
+/// printed already. Of a slip on the command line, a hint is another line.
 class Failure : public std::runtime_error {
 public:
-    Failure(ExitCode code, const std::string& line)
+    Failure(ExitCode code, const std::string& line, std::string hint = "")
         : std::runtime_error(line)
-        , _code(code) {}
+        , _code(code)
+        , _hint(std::move(hint)) {}
 
     ExitCode code() const { return _code; }
+    const std::string& hint() const { return _hint; }
 
 private:
     ExitCode _code;
+    std::string _hint;
 };
 
 /// What a call's error means to a person, in one line. `host` is where the call went.

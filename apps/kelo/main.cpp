@@ -26,12 +26,16 @@ int run(int argc, char** argv) {
     return EXIT_SUCCESS;
 }
 
-int complain(const std::string& line, ExitCode code) {
+int complain(const Failure& failure) {
     static_cast<void>(std::fflush(stdout));
+    const std::string line = failure.what();
     if (!line.empty()) {
         Terminal::say("kelo: " + line);
     }
-    return static_cast<int>(code);
+    if (!failure.hint().empty()) {
+        Terminal::say(failure.hint());
+    }
+    return static_cast<int>(failure.code());
 }
 
 } // namespace
@@ -41,8 +45,8 @@ int main(int argc, char** argv) {
     try {
         return run(argc, argv);
     } catch (const Failure& failure) {
-        return complain(failure.what(), failure.code());
+        return complain(failure);
     } catch (const std::exception& error) {
-        return complain(error.what(), ExitCode::Failed);
+        return complain(Failure(ExitCode::Failed, error.what()));
     }
 }

@@ -39,9 +39,10 @@ class Usage(Case):
     def test_bad_command_lines(self):
         self.refuses({
             "a command is needed": [""],
-            "not expected": ["dance", "me you", "me --loud", "timeline a b", "me timeline a",
-                             "like 1 2", "unrekelo 1 --feed all", "views a --send", "sounds horn",
-                             "like 1 follow 2", "cache list x", "upload x y"],
+            "there is no command": ["dance", "cache empty", "help dance", "help cache empty"],
+            "there is no option": ["me --loud", "unrekelo 1 --feed all", "views a --send"],
+            "is not expected": ["me you", "timeline a b", "me timeline a", "like 1 2",
+                                "sounds horn", "like 1 follow 2", "cache list x", "upload x y"],
             "HOST or HOST:PORT": [f"--host '{host}' me" for host in (
                 "", "https://localhost", "a b", "localhost:", "localhost:0", "localhost:65536",
                 "localhost:web", "localhost/x", "u@localhost", "localhost//")],
@@ -81,7 +82,6 @@ class Usage(Case):
             "--directory": ["download 1 --directory /nowhere"],
             "A subcommand is required": ["cache"],
             "N: Value": ["cache trim -1", "cache trim x"],
-            "subcommand": ["cache empty"],
             "needed for a channel": ["save x channel"],
             "the signed-in user's own": ["save x loops 5"],
             "--segment-size": ["upload x --segment-size 0", "upload x --segment-size 1073741825"],
@@ -90,8 +90,8 @@ class Usage(Case):
             "--method": ["request users/me --method get"]})
 
     def test_bad_environment(self):
-        self.fails(2, "HOST or HOST:PORT", "me", KELO_HOST="not a host")
-        self.fails(2, "--session", "me", KELO_SESSION="a\tb")
+        self.slips("HOST or HOST:PORT", "me", KELO_HOST="not a host")
+        self.slips("--session", "me", KELO_SESSION="a\tb")
 
 
 class Reading(Case):

@@ -31,6 +31,11 @@ std::function<Work> forEach(const std::string& name, const std::function<Work>& 
 /// finds all of them good.
 std::vector<std::string> linesOfInput(std::string (*check)(const std::string& text));
 
+/// The commands that tell about kelo itself.
+std::vector<Command> describingCommands();
+/// Of the command that these words name.
+std::vector<Example> examplesOf(const std::string& command);
+
 /// The cache that downloaded videos are kept in, in the user's data directory.
 std::shared_ptr<KeloAPI::FileManager> videoCache();
 /// Where it is, with a "/" at its end. Throws a `Failure` when there is none.

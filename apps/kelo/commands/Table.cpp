@@ -1,4 +1,5 @@
 #include "commands/Commands.hpp"
+#include "CommonOptions.hpp"
 
 #include <algorithm>
 
@@ -75,7 +76,7 @@ Commands readingCommands() {
                .check = checkPath},
               count("--pages", 1'000'000, "How many pages to read", "1"),
               flag("--all", "Read on to the feed's end", "--pages"),
-              count("--size", 1000, "Posts in a page (5)"),
+              count("--size", 1000, "Posts in a page, 5 otherwise"),
               flag("--details", "Show bylines, channels, venues, music, tags and links, too")},
              showTimeline},
             {"channels", "Show the channels", {}, listChannels},
@@ -129,7 +130,7 @@ Commands cacheCommands() {
 Commands videoCommands() {
     return {{"upload",
              "Upload a long-form video, an MP4 file",
-             {{.name = "FILE", .help = "The video's file"},
+             {{.name = "FILE", .help = "The video's file", .form = Form::File},
               count("--segment-size", 1 << 30, "Bytes in a segment", "8388608", "BYTES"),
               count("--parallel", 16, "Segments that are sent at the same time", "4")},
              uploadVideo},
@@ -166,7 +167,9 @@ Commands videoCommands() {
 Commands fileCommands() {
     return {{.name = "save",
              .help = "Save a record in a file that phones can read; see show",
-             .parameters = {{.name = "FILE", .help = "The file, which is replaced if it is there"},
+             .parameters = {{.name = "FILE",
+                             .help = "The file, which is replaced if it is there",
+                             .form = Form::File},
                             oneOf("KIND",
                                   {"channel", "venue", "category", "sound", "thumbnail", "tag",
                                    "entity", "loops"},
@@ -181,7 +184,7 @@ Commands fileCommands() {
              .check = checkSave},
             {"show",
              "Show a file that save or a phone has written",
-             {{.name = "FILE", .help = "The file"}},
+             {{.name = "FILE", .help = "The file", .form = Form::File}},
              showFile}};
 }
 
@@ -205,26 +208,39 @@ Commands developingCommands() {
          .takesTheRest = true}};
 }
 
+/// Gives the commands their examples; `before` is the words before their names.
+void addExamples(Commands& commands, const std::string& before) {
+    for (Command& command : commands) {
+        command.examples = examplesOf(before + command.name);
+        addExamples(command.commands, before + command.name + " ");
+    }
+}
+
 } // namespace
 
-std::vector<Command> allCommands() {
+Command wholeProgram() {
     const std::pair<const char*, Commands> groups[] = {
         {"Signing in", signingInCommands()}, {"Reading", readingCommands()},
         {"Acting", actingCommands()},        {"Videos", videoCommands()},
-        {"Files", fileCommands()},           {"Developing", developingCommands()}};
-    Commands all;
+        {"Files", fileCommands()},           {"Developing", developingCommands()},
+        {"Help", describingCommands()}};
+    Command kelo = {.name = "kelo",
+                    .help = "The command-line host of the short-looping-video service.",
+                    .parameters = commonParameters(),
+                    .examples = examplesOf("")};
     for (const auto& [heading, commands] : groups) {
         for (Command command : commands) {
-            command.group = heading;
+            command.group = command.group.empty() ? "" : heading;
             for (const Parameter& parameter : command.parameters) {
                 if (parameter.isForEach) {
                     command.work = forEach(parameter.name, command.work);
                 }
             }
-            all.push_back(std::move(command));
+            kelo.commands.push_back(std::move(command));
         }
     }
-    return all;
+    addExamples(kelo.commands, "");
+    return kelo;
 }
 
 std::string checkIdentifier(const std::string& text) {

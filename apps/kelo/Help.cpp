@@ -1,0 +1,196 @@
+#include "Help.hpp"
+
+#include "Terminal.hpp"
+#include "Text.hpp"
+
+#include <algorithm>
+#include <sstream>
+
+namespace KeloHost {
+
+namespace {
+
+constexpr std::size_t usualColumns = 80;
+/// Longer lines are hard to read, shorter ones hold no word.
+constexpr std::size_t mostColumns = 100;
+constexpr std::size_t leastColumns = 20;
+/// Wider names have their text below.
+constexpr std::size_t widestName = 28;
+constexpr std::size_t nameIndent = 2;
+constexpr std::size_t textIndent = 6;
+
+std::string joined(const std::vector<std::string>& parts, const std::string& between) {
+    std::string text;
+    for (const std::string& part : parts) {
+        text += (text.empty() ? "" : between) + part;
+    }
+    return text;
+}
+
+std::string nameOf(const Parameter& parameter) {
+    return (parameter.shortName.empty() ? "" : parameter.shortName + ", ") + parameter.name +
+           (parameter.isOption() && parameter.takesValue() ? " " + parameter.valueName : "") +
+           (parameter.isList() ? "..." : "");
+}
+
+std::string textOf(const Parameter& parameter) {
+    std::vector<std::string> notes;
+    if (parameter.limits) {
+        notes.push_back(std::to_string(parameter.limits->least) + " to " +
+                        std::to_string(parameter.limits->most));
+    }
+    const auto isNamed = [&](const std::string& choice) {
+        return parameter.help.find(choice) != std::string::npos;
+    };
+    if (!std::all_of(parameter.choices.begin(), parameter.choices.end(), isNamed)) {
+        notes.push_back("one of " + joined(parameter.choices, ", "));
+    }
+    if (!parameter.defaultValue.empty()) {
+        notes.push_back("default: " + parameter.defaultValue);
+    }
+    if (!parameter.environment.empty()) {
+        notes.push_back("environment: " + parameter.environment);
+    }
+    if (!parameter.needed.empty()) {
+        notes.push_back("needs " + parameter.needed);
+    }
+    if (!parameter.excluded.empty()) {
+        notes.push_back("not with " + parameter.excluded);
+    }
+    return parameter.help + (notes.empty() ? "" : " (" + joined(notes, "; ") + ")");
+}
+
+/// The text in lines of so many columns, each behind as many blanks.
+std::string wrapped(const std::string& text, std::size_t indent, std::size_t columns) {
+    std::string lines;
+    std::string line;
+    std::istringstream words(text);
+    for (std::string word; words >> word;) {
+        if (!line.empty() && indent + displayWidth(line) + 1 + displayWidth(word) > columns) {
+            lines += std::string(indent, ' ') + line + "\n";
+            line.clear();
+        }
+        line += (line.empty() ? "" : " ") + word;
+    }
+    return lines + std::string(indent, ' ') + line + "\n";
+}
+
+/// Names in one column and their texts in another, or below, as there is room.
+std::string wrapped(const Section& section, std::size_t columns) {
+    std::size_t width = 0;
+    for (const Entry& entry : section.entries) {
+        width = std::max(width, displayWidth(entry.name));
+    }
+    const bool isBelow = width > widestName || columns < 2 * widestName;
+    std::string text = "\n" + section.heading + ":\n";
+    for (const Entry& entry : section.entries) {
+        const std::string name = std::string(nameIndent, ' ') + entry.name;
+        if (isBelow) {
+            text += name + "\n" + wrapped(entry.text, textIndent, columns);
+        } else {
+            const std::size_t indent = nameIndent + width + 2;
+            text += padded(name, indent) + wrapped(entry.text, indent, columns).substr(indent);
+        }
+    }
+    return text;
+}
+
+void addIfAny(std::vector<Section>& sections, const std::string& heading,
+              std::vector<Entry> entries) {
+    if (!entries.empty()) {
+        sections.push_back({heading, std::move(entries)});
+    }
+}
+
+/// Commands that follow one another under the same heading are one section.
+void addCommands(std::vector<Section>& sections, const std::vector<Command>& commands) {
+    for (const Command& command : commands) {
+        if (command.group.empty()) {
+            continue;
+        }
+        if (sections.empty() || sections.back().heading != command.group) {
+            sections.push_back({command.group, {}});
+        }
+        sections.back().entries.push_back({command.name, command.help});
+    }
+}
+
+} // namespace
+
+std::string nameOf(const CommandPath& path) {
+    std::string name;
+    for (const Command* command : path) {
+        name += (name.empty() ? "" : " ") + command->name;
+    }
+    return name;
+}
+
+std::string usageOf(const CommandPath& path) {
+    const Command& command = *path.back();
+    std::string usage = nameOf(path);
+    if (command.takesTheRest) {
+        return usage + " [ARGUMENTS]";
+    }
+    usage += " [OPTIONS]";
+    for (const Parameter& parameter : command.parameters) {
+        if (!parameter.isOption()) {
+            const std::string place = nameOf(parameter);
+            usage += parameter.isOptional ? " [" + place + "]" : " " + place;
+        }
+    }
+    return command.commands.empty() ? usage : usage + " COMMAND";
+}
+
+std::vector<Entry> entriesOf(const std::vector<Parameter>& parameters, bool options) {
+    std::vector<Entry> entries;
+    for (const Parameter& parameter : parameters) {
+        if (parameter.isOption() == options) {
+            entries.push_back({nameOf(parameter), textOf(parameter)});
+        }
+    }
+    return entries;
+}
+
+std::vector<Section> sectionsOf(const CommandPath& path) {
+    const Command& command = *path.back();
+    std::vector<Section> sections;
+    addIfAny(sections, "Arguments", entriesOf(command.parameters, false));
+    addCommands(sections, command.commands);
+    addIfAny(sections, "Options", entriesOf(command.parameters, true));
+    std::vector<Entry> examples;
+    for (const Example& example : command.examples) {
+        examples.push_back({example.line, example.help});
+    }
+    addIfAny(sections, "Examples", examples);
+    return sections;
+}
+
+std::vector<Entry> exitCodes() {
+    return {{"0", "success"},
+            {"1", "the service, the network or a file failed"},
+            {"2", "the command line cannot be used"},
+            {"3", "the user has to sign in or was refused"},
+            {"130", "Ctrl-C"}};
+}
+
+std::string helpText(const CommandPath& path) {
+    const std::size_t columns =
+        std::clamp(Terminal::columns().value_or(usualColumns), leastColumns, mostColumns);
+    std::string text = wrapped(path.back()->help, 0, columns) + "\n" +
+                       wrapped("Usage: " + usageOf(path), 0, columns);
+    std::vector<Section> sections = sectionsOf(path);
+    if (path.size() > 1 && !path.back()->takesTheRest) {
+        const auto behind = std::find_if(sections.begin(), sections.end(), [](const auto& section) {
+            return section.heading == "Examples";
+        });
+        sections.insert(behind, {"Common options", entriesOf(path.front()->parameters, true)});
+    } else if (path.size() == 1) {
+        sections.push_back({"Exit codes", exitCodes()});
+    }
+    for (const Section& section : sections) {
+        text += wrapped(section, columns);
+    }
+    return text;
+}
+
+} // namespace KeloHost
