@@ -58,6 +58,11 @@ install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${kelo_doc_dir})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples
   DESTINATION ${kelo_doc_dir} PATTERN site EXCLUDE)
 
+if(TARGET kelo)
+  install(DIRECTORY ${PROJECT_BINARY_DIR}/share/ DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}
+    COMPONENT documents)
+endif()
+
 # The executables find the library beside them, wherever the tree lies.
 file(RELATIVE_PATH kelo_bin_to_lib ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
 foreach(program kelo kelo-service)

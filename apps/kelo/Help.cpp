@@ -19,14 +19,6 @@ constexpr std::size_t widestName = 28;
 constexpr std::size_t nameIndent = 2;
 constexpr std::size_t textIndent = 6;
 
-std::string joined(const std::vector<std::string>& parts, const std::string& between) {
-    std::string text;
-    for (const std::string& part : parts) {
-        text += (text.empty() ? "" : between) + part;
-    }
-    return text;
-}
-
 std::string nameOf(const Parameter& parameter) {
     return (parameter.shortName.empty() ? "" : parameter.shortName + ", ") + parameter.name +
            (parameter.isOption() && parameter.takesValue() ? " " + parameter.valueName : "") +
@@ -141,6 +133,17 @@ std::string usageOf(const CommandPath& path) {
     return command.commands.empty() ? usage : usage + " COMMAND";
 }
 
+void forEachCommand(const CommandPath& path, const std::function<void(const CommandPath&)>& use) {
+    for (const Command& command : path.back()->commands) {
+        if (!command.group.empty()) {
+            CommandPath inner = path;
+            inner.push_back(&command);
+            use(inner);
+            forEachCommand(inner, use);
+        }
+    }
+}
+
 std::vector<Entry> entriesOf(const std::vector<Parameter>& parameters, bool options) {
     std::vector<Entry> entries;
     for (const Parameter& parameter : parameters) {
@@ -157,12 +160,16 @@ std::vector<Section> sectionsOf(const CommandPath& path) {
     addIfAny(sections, "Arguments", entriesOf(command.parameters, false));
     addCommands(sections, command.commands);
     addIfAny(sections, "Options", entriesOf(command.parameters, true));
-    std::vector<Entry> examples;
-    for (const Example& example : command.examples) {
-        examples.push_back({example.line, example.help});
-    }
-    addIfAny(sections, "Examples", examples);
+    addIfAny(sections, "Examples", examplesIn(command));
     return sections;
+}
+
+std::vector<Entry> examplesIn(const Command& command) {
+    std::vector<Entry> entries;
+    for (const Example& example : command.examples) {
+        entries.push_back({example.line, example.help});
+    }
+    return entries;
 }
 
 std::vector<Entry> exitCodes() {
@@ -171,6 +178,14 @@ std::vector<Entry> exitCodes() {
             {"2", "the command line cannot be used"},
             {"3", "the user has to sign in or was refused"},
             {"130", "Ctrl-C"}};
+}
+
+std::string joined(const std::vector<std::string>& parts, const std::string& between) {
+    std::string text;
+    for (const std::string& part : parts) {
+        text += (text.empty() ? "" : between) + part;
+    }
+    return text;
 }
 
 std::string helpText(const CommandPath& path) {

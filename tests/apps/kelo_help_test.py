@@ -3,11 +3,14 @@
 import os
 import re
 import shlex
+import shutil
 import subprocess
 import tempfile
 import unittest
 
 from case import KELO, PASSWORD, Case
+from console import Console
+from service import BIN
 
 
 def section(text, heading):
@@ -22,7 +25,13 @@ def names(lines):
             if re.match(r"  \S", line)]
 
 
-class Help(Case):
+def options(text, *headings):
+    """The long names of the options that a help text tells."""
+    return {re.search(r"--[\w-]+", line)[0] for heading in headings
+            for line in section(text, heading) if re.match(r"  -", line)}
+
+
+class Texts(Case):
     @classmethod
     def setUpClass(cls):
         super().setUpClass()
@@ -40,6 +49,8 @@ class Help(Case):
             for name in names(section(text, heading)):
                 cls.read(*words, name)
 
+
+class Help(Texts):
     def test_every_command_tells_all_its_options_and_two_examples(self):
         common = section(self.texts[""], "Options")
         self.assertGreater(len(names(common)), 9)
@@ -127,6 +138,139 @@ class Slips(Case):
                                        "more")):
             with self.subTest(line=line):
                 self.assertTrue(self.slips("", *line.split()).endswith(f"\nUsage: {usage}\n"))
+
+
+class Documents(Texts):
+    """The manual and the completions, which kelo makes of what it knows about itself."""
+
+    PLACES = {"man": "man/man1/kelo.1", "bash": "bash-completion/completions/kelo",
+              "zsh": "zsh/site-functions/_kelo", "fish": "fish/vendor_completions.d/kelo.fish"}
+    # What completes a command line; zsh takes the only one.
+    COMPLETIONS = (("kelo timel", ["timeline"]), ("kelo cache tr", ["trim"]),
+                   ("kelo --host x boost us", ["user"]), ("kelo boost user 1 ne", ["negative", "neutral"]),
+                   ("kelo boost user 1 pos", ["positive"]),
+                   ("kelo me --js", ["--json"]), ("kelo --verb", ["--verbose"]),
+                   ("kelo timeline home --det", ["--details"]), ("kelo timeline --pri", []),
+                   ("kelo download --priority n", ["normal"]), ("kelo help down", ["download"]),
+                   ("kelo upload vid", ["video.mp4"]), ("kelo save vid", ["video.mp4"]),
+                   ("kelo save f chan", ["channel"]), ("kelo like vid", []),
+                   ("kelo download 1 --directory fold", ["folder"]), ("kelo gen", []))
+
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.folder = tempfile.TemporaryDirectory()
+        os.mkdir(f"{cls.folder.name}/folder")
+        open(f"{cls.folder.name}/video.mp4", "w", encoding="utf-8").close()
+        subprocess.run(["cmake", "--install", os.path.dirname(BIN), "--component", "documents",
+                        "--prefix", cls.folder.name], check=True, capture_output=True)
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.folder.cleanup()
+        super().tearDownClass()
+
+    def path(self, form):
+        return f"{self.folder.name}/share/{self.PLACES[form]}"
+
+    def text(self, form):
+        with open(self.path(form), encoding="utf-8") as file:
+            return file.read()
+
+    def run_shell(self, *command, **more):
+        done = subprocess.run(command, cwd=self.folder.name, capture_output=True, text=True,
+                              timeout=60, stdin=subprocess.DEVNULL,
+                              env={**self.environment, "HOME": self.folder.name, **more})
+        self.assertEqual((done.returncode, done.stderr), (0, ""), done)
+        return done.stdout.splitlines()
+
+    def test_installed_as_kelo_prints_them(self):
+        for form in self.PLACES:
+            self.assertEqual(self.text(form), self.succeeds("generate", form))
+
+    def test_the_manual_has_what_the_help_has(self):
+        manual = self.text("man").replace("\\-", "-").replace("\\fB", "").replace("\\fR", "")
+        for command, text in self.texts.items():
+            begin, usage = text.split("\n\n")[0], re.search(r"Usage: (.*)", text)[1]
+            part = manual.split(f'.SS "{usage}"\n')[1].split("\n.S")[0] if command else manual
+            self.assertIn(" ".join(begin.split()), part)
+            for name in options(text, "Options"):
+                self.assertRegex(part, rf"\.TP\n(-\w, )?{name}\b")
+            for line in section(text, "Examples"):
+                if line.startswith("  kelo "):
+                    self.assertIn("\n" + re.split("  +", line.strip())[0] + "\n", part)
+        for word in ("KELO_HOST", "KELO_SESSION", "130"):
+            self.assertIn(f"\n{word}\n", manual)
+
+    @unittest.skipUnless(shutil.which("man"), "there is no man")
+    def test_the_manual_is_well_formed(self):
+        lines = self.run_shell("man", "--warnings", "-l", self.path("man"), MANWIDTH="100")
+        self.assertIn("NAME", lines)
+
+    def test_completions_have_what_the_help_has(self):
+        common = options(self.texts[""], "Options")
+        zsh, fish = self.text("zsh"), self.text("fish")
+        for name in common:
+            self.assertRegex(zsh.split("_kelo()")[0], rf"'{name}[=\[]")
+            self.assertRegex(fish, rf"(?m)^complete -c kelo -l {name[2:]} ")
+        for command, text in self.texts.items():
+            own = options(text, "Options") - common
+            with self.subTest(command=command):
+                if command and command != "serve":
+                    self.assertEqual(set(self.bash(f"kelo {command} --")), own | common)
+                for name in own:
+                    last = command.split()[-1]
+                    self.assertRegex(zsh, rf"\({last}\) _arguments(?:(?! ;;\n)[\s\S])*'{name}[=\[]")
+                    self.assertIn(f"""-n '__kelo_at "kelo {command}" ' -l {name[2:]} """, fish)
+                if command:
+                    before, _, last = f" {command}".rpartition(" ")
+                    self.assertIn(last, self.bash(f"kelo{before} {last}"))
+                    self.assertRegex(zsh, rf"(?m)^ +'{last}:.*'$")
+                    self.assertIn(f"""-n '__kelo_at "kelo{before}" 0' -a {last} """, fish)
+
+    def bash(self, line):
+        words = line.split(" ")
+        script = (f"source {self.path('bash')}; COMP_WORDS=({shlex.join(words)}); "
+                  f"COMP_CWORD={len(words) - 1}; _kelo; printf '%s\\n' \"${{COMPREPLY[@]}}\"")
+        return [one for one in self.run_shell("bash", "-c", script) if one]
+
+    def test_bash(self):
+        for line, expected in self.COMPLETIONS:
+            with self.subTest(line=line):
+                self.assertEqual(sorted(self.bash(line)), expected)
+        self.assertEqual(self.bash("kelo serve --"), [])
+        # Its words are separated at "=", too.
+        self.assertEqual(self.bash("kelo download --priority = n"), ["normal"])
+        self.assertEqual(self.bash("kelo download --priority ="), ["low", "normal", "high"])
+        self.assertEqual(self.bash("kelo --host = a : 1 cache tr"), ["trim"])
+
+    @unittest.skipUnless(shutil.which("fish"), "there is no fish")
+    def test_fish(self):
+        for line, expected in self.COMPLETIONS:
+            with self.subTest(line=line):
+                found = self.run_shell("fish", "--no-config", "-c",
+                                       f"source {self.path('fish')}; complete -C '{line}'")
+                self.assertEqual(sorted(one.split("\t")[0].rstrip("/") for one in found), expected)
+
+    @unittest.skipUnless(shutil.which("zsh"), "there is no zsh")
+    def test_zsh(self):
+        zsh = Console([shutil.which("zsh"), "-f", "-i"],
+                      {**self.environment, "HOME": self.folder.name}, columns=200)
+        zsh.type(f"cd {self.folder.name}; fpath=({os.path.dirname(self.path('zsh'))} $fpath); "
+                 "autoload -Uz compinit; compinit -D -u; unsetopt beep; setopt noautomenu\n"
+                 # A tab completes the line and prints it.
+                 "finish() { zle complete-word; BUFFER=\"print -r -- '<'$BUFFER\"; zle accept-line }; "
+                 "zle -N finish; bindkey '^I' finish; print rea''dy\n")
+        zsh.expect("ready")
+        for line, expected in self.COMPLETIONS:
+            if len(expected) < 2:
+                with self.subTest(line=line):
+                    zsh.output = ""
+                    zsh.type(line + "\t")
+                    word = expected[0] if expected else line.split()[-1]
+                    zsh.expect("\r\n<" + " ".join([*line.split()[:-1], word]))
+        zsh.type("exit\n")
+        self.finishes(zsh, 0)
 
 
 if __name__ == "__main__":

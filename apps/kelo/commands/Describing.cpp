@@ -1,4 +1,5 @@
 #include "commands/Commands.hpp"
+#include "documents/Documents.hpp"
 #include "Help.hpp"
 #include "Slip.hpp"
 
@@ -23,6 +24,14 @@ std::string describeCommand(const Command& kelo, const Arguments& arguments) {
     return helpText(path);
 }
 
+std::string generateDocument(const Command& kelo, const Arguments& arguments) {
+    const std::string form = arguments.text("FORM");
+    return form == "man"    ? manPage(kelo)
+           : form == "bash" ? bashCompletion(kelo)
+           : form == "zsh"  ? zshCompletion(kelo)
+                            : fishCompletion(kelo);
+}
+
 } // namespace
 
 std::vector<Command> describingCommands() {
@@ -32,7 +41,15 @@ std::vector<Command> describingCommands() {
                              .help = "The words that name it; kelo itself without any",
                              .form = Parameter::Form::CommandName,
                              .isOptional = true}},
-             .describe = describeCommand}};
+             .describe = describeCommand},
+            // For the build, which installs what it prints.
+            {.name = "generate",
+             .help = "Print the manual, or what a shell completes command lines with",
+             .parameters = {{.name = "FORM",
+                             .help = "man, bash, zsh or fish",
+                             .choices = {"man", "bash", "zsh", "fish"}}},
+             .group = "",
+             .describe = generateDocument}};
 }
 
 } // namespace KeloHost
