@@ -1,5 +1,6 @@
 #include "CommandLine.hpp"
 
+#include "Color.hpp"
 #include "Command.hpp"
 #include "CommonOptions.hpp"
 #include "Help.hpp"
@@ -193,6 +194,7 @@ Invocation parseCommandLine(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp&) {
+        setColor(reader.given().text("--color"));
         invocation.information = helpText(reader.path());
         return invocation;
     } catch (const CLI::CallForVersion& version) {
@@ -208,6 +210,7 @@ Invocation parseCommandLine(int argc, char** argv) {
         throw unusable(reader.path(), line);
     }
     invocation.options = commonOptions(reader.given());
+    setColor(reader.given().text("--color"));
     choose(invocation, reader);
     if (!invocation.information) {
         complete(app, invocation.options);

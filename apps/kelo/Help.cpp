@@ -1,5 +1,6 @@
 #include "Help.hpp"
 
+#include "Color.hpp"
 #include "Terminal.hpp"
 #include "Text.hpp"
 
@@ -74,7 +75,7 @@ std::string wrapped(const Section& section, std::size_t columns) {
         width = std::max(width, displayWidth(entry.name));
     }
     const bool isBelow = width > widestName || columns < 2 * widestName;
-    std::string text = "\n" + section.heading + ":\n";
+    std::string text = "\n" + styled(section.heading + ":", Style::Bold, Stream::Output) + "\n";
     for (const Entry& entry : section.entries) {
         const std::string name = std::string(nameIndent, ' ') + entry.name;
         if (isBelow) {
@@ -191,8 +192,10 @@ std::string joined(const std::vector<std::string>& parts, const std::string& bet
 std::string helpText(const CommandPath& path) {
     const std::size_t columns =
         std::clamp(Terminal::columns().value_or(usualColumns), leastColumns, mostColumns);
+    const std::string usage = "Usage:";
     std::string text = wrapped(path.back()->help, 0, columns) + "\n" +
-                       wrapped("Usage: " + usageOf(path), 0, columns);
+                       styled(usage, Style::Bold, Stream::Output) +
+                       wrapped(usage + " " + usageOf(path), 0, columns).substr(usage.size());
     std::vector<Section> sections = sectionsOf(path);
     if (path.size() > 1 && !path.back()->takesTheRest) {
         const auto behind = std::find_if(sections.begin(), sections.end(), [](const auto& section) {

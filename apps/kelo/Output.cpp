@@ -1,7 +1,5 @@
 #include "Output.hpp"
 
-#include "Text.hpp"
-
 #include <cstdio>
 
 namespace KeloHost {
@@ -21,8 +19,8 @@ void Output::say(const Lines& lines) const {
         return;
     }
     std::string text;
-    for (const std::string& line : lines) {
-        text += printable(line) + "\n";
+    for (const Line& line : lines) {
+        text += line.printed() + "\n";
     }
     print(text);
 }

@@ -31,15 +31,14 @@ std::string nameOf(const FeedUser& shown) {
     return shown.user->username.value_or("?");
 }
 
-/// Both on one line, `text` cut to the width of the terminal.
-std::string fitted(const std::string& begin, const std::string& text) {
+/// Printable text, cut to what `used` columns leave of the terminal.
+std::string fitted(std::size_t used, const std::string& text) {
     const auto columns = Terminal::columns();
     if (!columns) {
-        return begin + text;
+        return text;
     }
-    const std::size_t used = displayWidth(begin);
     const std::size_t room = *columns > used ? *columns - used : 0;
-    return begin + clipped(text, std::max(room, leastCaptionWidth));
+    return clipped(text, std::max(room, leastCaptionWidth));
 }
 
 std::string idOf(const FeedPost& shown) {
@@ -53,16 +52,18 @@ struct Widths {
 };
 
 /// A heart for a like, an arrow for a repost of the signed-in user.
-std::string lineOf(const FeedPost& shown, const Widths& widths) {
+Line lineOf(const FeedPost& shown, const Widths& widths) {
     const KLWatchPost& post = *shown.post;
     const std::string date = post.created ? dayText(*post.created) : std::string(10, '-');
-    std::string line =
-        fitted(padded(idOf(shown), widths.id) + "  " + date + "  " +
-                   padded(nameOf(*shown.author), widths.name) + "  " +
-                   rightAligned(loopsText(post.user), widths.loops) + "  " +
-                   (post.liked.value_or(false) ? "♥" : " ") + (post.rekeloed() ? "↻" : " ") + "  ",
-               printable(post.caption.value_or("")));
-    line.erase(line.find_last_not_of(' ') + 1);
+    Line line(padded(idOf(shown), widths.id) + "  ");
+    line.add(date + "  ", Style::Dim)
+        .add(padded(nameOf(*shown.author), widths.name), Style::Bold)
+        .add("  " + rightAligned(loopsText(post.user), widths.loops), Style::Dim)
+        .add("  ");
+    post.liked.value_or(false) ? line.add("♥", Style::Red) : line.add(" ");
+    post.rekeloed() ? line.add("↻", Style::Green) : line.add(" ");
+    line.add("  ");
+    line.add(fitted(line.displayWidth(), printable(post.caption.value_or(""))));
     return line;
 }
 
@@ -85,7 +86,7 @@ std::string tagsText(const FeedPost& post) {
     return text;
 }
 
-void addLinks(Lines& lines, const std::string& text,
+void addLinks(std::vector<std::string>& lines, const std::string& text,
               const std::vector<std::shared_ptr<KLEntity>>& entities) {
     for (const auto& entity : entities) {
         lines.push_back(stretchOf(text, entity->range) + " → " + entity->applicationLink());
@@ -94,7 +95,7 @@ void addLinks(Lines& lines, const std::string& text,
 
 /// The author with the identifier, the byline, channel, venue, music, tags and links.
 Lines detailsOf(const FeedPost& post) {
-    Lines lines;
+    std::vector<std::string> lines;
     if (post.author->userId) {
         lines.push_back("by " + nameOf(*post.author) + ", user " + *post.author->userId);
     }
@@ -116,10 +117,12 @@ Lines detailsOf(const FeedPost& post) {
         lines.push_back(tagsText(post));
     }
     addLinks(lines, post.post->caption.value_or(""), post.entities);
-    for (std::string& line : lines) {
-        line = fitted(std::string(detailIndent, ' '), printable(line));
+    Lines shown;
+    for (const std::string& line : lines) {
+        shown.emplace_back(std::string(detailIndent, ' ') + fitted(detailIndent, printable(line)),
+                           Style::Dim);
     }
-    return lines;
+    return shown;
 }
 
 std::string namesIn(const KLPagedData& users) {
@@ -213,8 +216,10 @@ Lines linesOf(const KLChannel& channel, bool details) {
 Lines linesOf(const std::vector<std::shared_ptr<KLChannel>>& channels) {
     Lines lines;
     for (const auto& channel : channels) {
-        lines.push_back(fitted(padded(channel->channelId, 4) + padded(channel->name, 16) + " ",
-                               printable(channel->channelDescription.value_or(""))));
+        Line line(padded(channel->channelId, 4));
+        line.add(padded(channel->name, 16) + " ", Style::Bold);
+        line.add(fitted(line.displayWidth(), printable(channel->channelDescription.value_or(""))));
+        lines.push_back(line);
     }
     return lines.empty() ? Lines{"There are no channels."} : lines;
 }
@@ -241,10 +246,8 @@ Lines linesOf(const std::vector<std::shared_ptr<KLFeedInsert>>& cards) {
     Lines lines;
     for (const auto& card : cards) {
         const auto [kind, text] = described(*card);
-        std::string line = padded(card->reference(), 18) + " " + padded(kind, 8) + " " +
-                           (card->closeable() ? "×" : " ") + " " + text;
-        line.erase(line.find_last_not_of(' ') + 1);
-        lines.push_back(line);
+        lines.push_back(padded(card->reference(), 18) + " " + padded(kind, 8) + " " +
+                        (card->closeable() ? "×" : " ") + " " + text);
     }
     return lines.empty() ? Lines{"This feed has no cards."} : lines;
 }
@@ -263,7 +266,6 @@ Lines linesOf(const Parameters& fields, const std::string& indent) {
     for (const auto& [name, value] : fields) {
         lines.push_back(indent + name + ": " + scalarText(value));
         if (const auto* inner = std::get_if<Parameters>(&value.held())) {
-            lines.back().pop_back(); // the blank
             const Lines more = linesOf(*inner, indent + "  ");
             lines.insert(lines.end(), more.begin(), more.end());
         }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Color.hpp"
+
 #include <KeloAPI/KeloAPI.hpp>
 
 #include <concepts>
@@ -74,7 +76,7 @@ std::vector<std::shared_ptr<T>> elementsOf(const KeloAPI::KLPagedData& list) {
 
 /// What people read of something. Each is printed on a line of its own, without what a terminal
 /// would take for a command.
-using Lines = std::vector<std::string>;
+using Lines = std::vector<Line>;
 
 Lines linesOf(const FeedUser& user);
 Lines linesOf(const KeloAPI::KLVenue& venue);

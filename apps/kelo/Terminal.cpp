@@ -1,5 +1,6 @@
 #include "Terminal.hpp"
 
+#include "Color.hpp"
 #include "Text.hpp"
 
 #include <fcntl.h>
@@ -84,10 +85,10 @@ std::optional<std::size_t> errorColumns() {
     return columnsOf(STDERR_FILENO);
 }
 
-bool canWriteOver() {
+bool isDumb() {
     const char* kind = std::getenv("TERM");
     const std::string_view name = kind == nullptr ? "" : kind;
-    return showsErrors() && !name.empty() && name != "dumb";
+    return name.empty() || name == "dumb";
 }
 
 void writeOver(const std::string& text) {
@@ -98,6 +99,10 @@ void writeOver(const std::string& text) {
 
 void say(const std::string& text) {
     std::cerr << printable(text) << '\n';
+}
+
+void complain(const std::string& text) {
+    std::cerr << styled("kelo:", Style::Red, Stream::Errors) << ' ' << printable(text) << '\n';
 }
 
 std::optional<std::string> ask(const std::string& question) {

@@ -30,14 +30,20 @@ inline bool isInteractive() {
 std::optional<std::size_t> columns();
 std::optional<std::size_t> errorColumns();
 
+/// True when the terminal takes no commands but only text.
+bool isDumb();
 /// True when standard error is a terminal on which a line can be written over.
-bool canWriteOver();
+inline bool canWriteOver() {
+    return showsErrors() && !isDumb();
+}
 /// Puts the text, or nothing, in the place of the last line of standard error. It must fit in
 /// there: of a line that wraps, parts would stay. A signal that ends the program takes it away.
 void writeOver(const std::string& text);
 
 /// A line; what a terminal would take for a command is left out.
 void say(const std::string& text);
+/// The same for what went wrong, behind the program's name.
+void complain(const std::string& text);
 
 /// The line the user types, without its end; absent at the end of the input.
 std::optional<std::string> ask(const std::string& question);

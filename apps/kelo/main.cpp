@@ -30,7 +30,7 @@ int complain(const Failure& failure) {
     static_cast<void>(std::fflush(stdout));
     const std::string line = failure.what();
     if (!line.empty()) {
-        Terminal::say("kelo: " + line);
+        Terminal::complain(line);
     }
     if (!failure.hint().empty()) {
         Terminal::say(failure.hint());

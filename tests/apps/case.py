@@ -18,7 +18,7 @@ def environment(**more):
     """The caller's, without what would steer kelo elsewhere."""
     kept = {name: value for name, value in os.environ.items()
             if not name.startswith("KELO_") and not name.lower().endswith("_proxy")}
-    return {**kept, "LC_ALL": "C.UTF-8", "TERM": "xterm", **more}
+    return {**kept, "LC_ALL": "C.UTF-8", "TERM": "xterm", "NO_COLOR": "1", **more}
 
 
 class Case(unittest.TestCase):

@@ -1,6 +1,7 @@
 """kelo, run as a program against a real kelo-service."""
 
 import json
+import re
 import shutil
 import signal
 import subprocess
@@ -46,6 +47,7 @@ class Usage(Case):
             "HOST or HOST:PORT": [f"--host '{host}' me" for host in (
                 "", "https://localhost", "a b", "localhost:", "localhost:0", "localhost:65536",
                 "localhost:web", "localhost/x", "u@localhost", "localhost//")],
+            "--color": ["--color sometimes me"],
             "--host": ["--host"],
             "--session": ["--session ключ me"],
             "--language": ["'--language=a\nb' me"],
@@ -468,6 +470,58 @@ class Terminal(Case):
                 width = len(begin) + 2 + shown * columns + 1
                 self.assertIn(width, (79, 80) if columns == 2 else (80,), line)
                 self.assertIn("There are more posts: use --pages N or --all.", console.output)
+
+
+class Colour(Case):
+    RED, BOLD, DIM, GREEN, END = "\x1b[1;31m", "\x1b[1m", "\x1b[2m", "\x1b[32m", "\x1b[m"
+
+    def test_where_it_helps(self):
+        repost = {"id": 7, "user": {"username": "mara", "userId": 1}}
+        post = {"postId": 1, "username": "kofi", "description": "A\x1b[31m B", "liked": True,
+                "myRepostId": 5, "currentUserRekelo": repost}
+        self.service.answer("/timelines/popular", {"records": [post]})
+        text = self.succeeds("--color", "always", "timeline", "popular")
+        self.assertIn(f"{self.BOLD}kofi          {self.END}", text)
+        self.assertIn(f"{self.RED}♥{self.END}", text)
+        # What the service says has no colours.
+        self.assertTrue(text.endswith("  A [31m B\n"), text)
+        self.assertIn(f"{self.BOLD}Usage:{self.END} kelo me ", self.succeeds(
+            "me", "--help", "--color", "always"))
+        done = self.kelo("--color", "always", "--session", "bad", "me")
+        self.assertTrue(done.stderr.startswith(f"{self.RED}kelo:{self.END} This session"),
+                        done.stderr)
+
+    def test_when(self):
+        for terminal, environment, options, wanted in (
+                (True, {}, "", True), (False, {}, "", False),
+                (True, {"NO_COLOR": "1"}, "", False), (True, {"TERM": "dumb"}, "", False),
+                (True, {"TERM": ""}, "", False), (True, {}, "--color never", False),
+                (True, {"NO_COLOR": "1"}, "--color always", True),
+                (False, {"NO_COLOR": "1"}, "--color=always", True),
+                (True, {"NO_COLOR": "1"}, "--color auto", False), (True, {}, "--json", False)):
+            with self.subTest(terminal=terminal, environment=environment, options=options):
+                arguments = [*options.split(), "timeline", "popular"]
+                environment = {"NO_COLOR": "", **environment}
+                if terminal:
+                    console = self.console(*arguments, columns=80, **environment)
+                    self.finishes(console, 0)
+                    text = console.output
+                else:
+                    text = self.succeeds(*arguments, **environment)
+                self.assertEqual("\x1b[1m" in text, wanted, text)
+
+    def test_each_stream_has_its_own(self):
+        console = self.console("timeline", "nowhere", NO_COLOR="")
+        self.finishes(console, 1)
+        self.assertTrue(console.output.startswith(f"{self.RED}kelo:{self.END} "), console.output)
+
+    def test_cut_as_without(self):
+        lines = []
+        for when in ("always", "never"):
+            console = self.console("--color", when, "timeline", "all", columns=80)
+            self.finishes(console, 0)
+            lines.append(re.sub(r"\x1b\[[\d;]*m", "", console.output))
+        self.assertEqual(*lines)
 
 
 class Serve(Case):

@@ -137,7 +137,7 @@ class Models(Case):
             "byline": {"body": "no icon"}, "audio": {"trackId": "1"}, "tags": [{"tag": "a"}, 5],
             "entities": [{"range": [0, 99]}, {"range": [0, 2], "title": "a", "link": "b\x07"}]}]})
         lines = self.succeeds("timeline", "popular", "--details").splitlines()
-        self.assertEqual(lines[1:], ["                     #a → b "])
+        self.assertEqual(lines[1:], ["                     #a → b"])
 
     def test_venue(self):
         venue, = self.json("venue", STATION)

@@ -236,7 +236,7 @@ private:
 
     void failed(const Wish& wish, const Failure& failure) {
         _progress.clear();
-        Terminal::say("kelo: post " + wish.postId + ": " + failure.what());
+        Terminal::complain("post " + wish.postId + ": " + failure.what());
         _worst = std::max(_worst, failure.code());
         --_open;
     }
