@@ -13,8 +13,7 @@ struct Progress {
     std::weak_ptr<KeloAPI::EndpointRequest> handle;
 
     void operator()(KeloAPI::EndpointRequest &, double fraction) const {
-        const Pool pool;
-        heard(wrap(handle.lock()), fraction);
+        inPool([&] { heard(wrap(handle.lock()), fraction); });
     }
 };
 

@@ -4,7 +4,10 @@
 
 /// What a host tells its sessions about the service, the user and the device, and what it hears of
 /// them. A session asks anew for every request and keeps nothing. The first seven methods are
-/// called on the thread that sends, the last two on the main queue. A text may be nil.
+/// called on the thread that sends, the last two on the main queue. A text may be nil. All methods
+/// are required: the call that misses one raises `NSInvalidArgumentException`, which names the
+/// delegate's class and the method. What a delegate raises arrives where the host called the
+/// library; on the main queue it ends the process.
 @protocol SessionDelegate <NSObject>
 /// Host of the service, with a port where it is not the scheme's own; nil for the built-in one.
 - (NSString *)hostForSession:(Session *)session;

@@ -25,8 +25,7 @@ struct Telling {
 
     template <class... Values>
     void operator()(const Values &...values) const {
-        const Pool pool;
-        heard(toObjC(values)...);
+        inPool([&] { heard(toObjC(values)...); });
     }
 };
 
@@ -40,10 +39,7 @@ inline id toResult(Class made, const KeloAPI::Error *failure, id content) {
 /// Tells what `convert` makes of what the C++ library tells.
 template <class Convert>
 auto telling(const Completion &heard, Convert convert) {
-    return [=](const auto &...told) {
-        const Pool pool;
-        heard(convert(told...));
-    };
+    return [=](const auto &...told) { inPool([&] { heard(convert(told...)); }); };
 }
 
 /// Tells an outcome as an object of class `made`; `content` gives what a success brings.

@@ -8,3 +8,18 @@ NSException *KLCaught(void (*call)(void *), void *context) {
     }
     return nil;
 }
+
+void KLInPool(void (*call)(void *), void *context) {
+    NSAutoreleasePool *pool = [NSAutoreleasePool new];
+    id raised = nil;
+    @try {
+        call(context);
+    } @catch (id object) { // hosts may throw any
+        raised = [object retain];
+    } @finally {
+        [pool drain];
+    }
+    if (raised != nil) {
+        @throw [raised autorelease];
+    }
+}

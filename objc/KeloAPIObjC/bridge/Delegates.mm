@@ -43,18 +43,17 @@ public:
         return asked(@selector(keloClientForSession:), session);
     }
     bool isPollingForSession(NativeSession &session) override {
-        const Pool pool;
-        return [delegate() isPollingForSession:wrapped(session)];
+        return inPool([&] { return [delegate() isPollingForSession:wrapped(session)] != NO; });
     }
     void reauthRequiredForSession(NativeSession &session) override {
-        const Pool pool;
-        [delegate() reauthRequiredForSession:wrapped(session)];
+        inPool([&] { [delegate() reauthRequiredForSession:wrapped(session)]; });
     }
     bool shouldHandleCaptchaForSession(NativeSession &session,
                                        const KeloAPI::URL &captchaUrl) override {
-        const Pool pool;
-        return [delegate() shouldHandleCaptchaForSession:wrapped(session)
-                                              captchaUrl:url(captchaUrl)];
+        return inPool([&] {
+            return [delegate() shouldHandleCaptchaForSession:wrapped(session)
+                                                  captchaUrl:url(captchaUrl)] != NO;
+        });
     }
 
 private:
@@ -63,8 +62,9 @@ private:
         return static_cast<::Session *>(wrap(session.weak_from_this().lock()));
     }
     Text asked(SEL question, NativeSession &session) const {
-        const Pool pool;
-        return optionalText([delegate() performSelector:question withObject:wrapped(session)]);
+        return inPool([&] {
+            return optionalText([delegate() performSelector:question withObject:wrapped(session)]);
+        });
     }
 
     const Weak _delegate;

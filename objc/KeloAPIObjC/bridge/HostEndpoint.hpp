@@ -44,14 +44,18 @@ public:
         : E(key, std::forward<Arguments>(arguments)...) {}
 
     KeloAPI::HeaderFields headerFields() const override {
-        const Pool pool;
-        id host = overriding(this->shared_from_this(), @selector(headerFields), [::Endpoint class]);
-        return host == nil ? E::headerFields() : KeloBridge::headerFields([host headerFields]);
+        return inPool([this] {
+            id host =
+                overriding(this->shared_from_this(), @selector(headerFields), [::Endpoint class]);
+            return host == nil ? E::headerFields() : KeloBridge::headerFields([host headerFields]);
+        });
     }
     KeloAPI::URLRequest URLRequest() const override {
-        const Pool pool;
-        id host = overriding(this->shared_from_this(), @selector(URLRequest), [::Endpoint class]);
-        return host == nil ? E::URLRequest() : urlRequest(E::URLRequest(), [host URLRequest]);
+        return inPool([this] {
+            id host =
+                overriding(this->shared_from_this(), @selector(URLRequest), [::Endpoint class]);
+            return host == nil ? E::URLRequest() : urlRequest(E::URLRequest(), [host URLRequest]);
+        });
     }
     KeloAPI::HeaderFields ownHeaderFields() const final { return E::headerFields(); }
     KeloAPI::URLRequest ownURLRequest() const final { return E::URLRequest(); }

@@ -24,14 +24,15 @@ public:
     using HostEndpoint<E>::HostEndpoint;
 
     void setPathFor(bool on) override {
-        const Pool pool;
-        id host = overriding(this->shared_from_this(), @selector(setPathForOn:),
-                             [::PostActionEndpoint class]);
-        if (host == nil) {
-            E::setPathFor(on);
-        } else {
-            [host setPathForOn:on];
-        }
+        inPool([&] {
+            id host = overriding(this->shared_from_this(), @selector(setPathForOn:),
+                                 [::PostActionEndpoint class]);
+            if (host == nil) {
+                E::setPathFor(on);
+            } else {
+                [host setPathForOn:on];
+            }
+        });
     }
     void ownSetPathFor(bool on) final { E::setPathFor(on); }
 };
