@@ -103,13 +103,13 @@ TEST_F(HostEndpointsTest, PathsOfActionsAreSent) {
     EXPECT_EQ(sent(), "POST posts/7/likes/loud");
 }
 
-/// Nobody is left to ask.
-TEST_F(HostEndpointsTest, AnEndpointThatHasGoneIsNotAsked) {
+TEST_F(HostEndpointsTest, AnEndpointThatOnlyTheLibraryHoldsIsAsked) {
     NSAutoreleasePool *pool = [NSAutoreleasePool new];
     MarkedTimeline *endpoint = [[MarkedTimeline alloc] initWithPath:@"a"];
-    const auto native = sharedAlone<KeloAPI::Endpoint>(endpoint);
+    const auto native = shared<KeloAPI::Endpoint>(endpoint);
     EXPECT_EQ(native->headerFields().count("X-Marked"), 1U);
     [endpoint release];
     [pool drain];
-    EXPECT_EQ(native->headerFields().count("X-Marked"), 0U);
+    EXPECT_EQ(native->headerFields().count("X-Marked"), 1U);
+    EXPECT_EQ(wrap(native), endpoint);
 }

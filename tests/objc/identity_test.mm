@@ -3,9 +3,6 @@
 #include <KeloAPI/model/KLEmpty.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 
-#include <thread>
-#include <vector>
-
 using namespace KeloBridge;
 using namespace KeloObjcTest;
 
@@ -49,23 +46,26 @@ TEST(IdentityTest, AnotherClassHasNoPlace) {
     EXPECT_TRUE(same([exception name], NSInvalidArgumentException));
 }
 
-TEST(IdentityTest, HoldsAcrossThreads) {
+TEST(IdentityTest, StaysAsLongAsTheLibraryHoldsIt) {
     const auto empty = std::make_shared<KeloAPI::KLEmpty>();
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&] {
-            GSRegisterCurrentThread();
-            for (int round = 0; round < 2000; ++round) {
-                NSAutoreleasePool *pool = [NSAutoreleasePool new];
-                id one = wrap(empty);
-                EXPECT_EQ(wrap(empty), one);
-                [pool drain];
-            }
-            GSUnregisterCurrentThread();
-        });
-    }
-    for (std::thread &thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(empty.use_count(), 1);
+    NSAutoreleasePool *pool = [NSAutoreleasePool new];
+    id first = wrap(empty);
+    [pool drain];
+    EXPECT_EQ([first retainCount], 1U);
+    EXPECT_EQ(wrap(empty), first);
+    EXPECT_EQ(shared(first), empty);
+}
+
+TEST(IdentityTest, AnObjectIsReleasedOnceForEachReference) {
+    const auto empty = std::make_shared<KeloAPI::KLEmpty>();
+    NSAutoreleasePool *pool = [NSAutoreleasePool new];
+    id object = wrap(empty);
+    [pool drain];
+    EXPECT_DEATH([object release], "an object is released once for each reference");
+}
+
+TEST(IdentityTest, AnObjectBeforeItsInitialiserIsNone) {
+    KLEmpty *empty = [KLEmpty alloc];
+    EXPECT_EQ(shared(empty), nullptr);
+    [empty release];
 }

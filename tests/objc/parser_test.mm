@@ -131,13 +131,16 @@ TEST(ParserTest, TheLibraryKeepsADerivedParserAlive) {
     static_cast<void>(parser);
 }
 
-TEST(ParserTest, AParserOutlivesWhatStandsForIt) {
+TEST(ParserTest, AParserIsTheSameOneAsLongAsItLives) {
     NameParser *parser = [[NameParser alloc] init];
-    std::weak_ptr<Parser> seen = crossed(parser);
-    EXPECT_TRUE(seen.expired());
+    const std::weak_ptr<Parser> seen = crossed(parser);
+    EXPECT_EQ(crossed(parser), seen.lock());
+    NSAutoreleasePool *pool = [NSAutoreleasePool new];
     EXPECT_TRUE(same(parse(*crossed(parser), R"({"name": "x"})"), @"x"));
+    [pool drain];
     EXPECT_EQ([parser retainCount], 1U);
     [parser release];
+    EXPECT_TRUE(seen.expired());
 }
 
 TEST(ParserTest, ParsesOnTheLibrarysThreads) {

@@ -18,7 +18,7 @@ struct Progress {
 };
 
 void setProgress(AlamofireEndpointRequest *request, const Completion &heard) {
-    const auto handle = sharedAlone<Native>(request);
+    const auto handle = shared<Native>(request);
     if (heard) {
         handle->setProgressHandler(Progress{heard, handle});
     } else {

@@ -26,8 +26,7 @@ extern NSString *const KLCaptchaUrlKey;
 /// send. A nil target or block hears nothing; one without the action's method raises
 /// `NSInvalidArgumentException`. One endpoint serves one call at a time, from one thread at a time.
 /// A derived class may override `headerFields` and `URLRequest`: the calls ask it, on the thread
-/// that sends, as long as the object is alive; keep it until the call has ended, which may send
-/// again. They do not ask what else it overrides.
+/// that sends. They do not ask what else it overrides.
 @interface Endpoint : KLBridged
 
 /// An endpoint of no particular kind: set its properties, then send. A nil session raises

@@ -53,7 +53,9 @@ KELO_CALLS(void, (endpointRequiresCaptcha, Endpoint *, endpoint, captchaUrl, NSU
 }
 
 - (instancetype)initWithSessionType:(SessionType)sessionType {
-    return KELO_MAKE(nativeType(sessionType));
+    return holdMade(self, [=] {
+        return std::shared_ptr<Native>(new Native(nativeType(sessionType)), Parting<Native>());
+    });
 }
 
 - (id<SessionDelegate>)delegate {

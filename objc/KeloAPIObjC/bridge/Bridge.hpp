@@ -27,53 +27,58 @@ void add(Class made) {
 /// The nearest class that was added: `one`, or one that it is derived from; `one` where none was.
 Class libraryClass(Class one);
 
-/// What stands in C++ for an Objective-C object and keeps it alive. `wrap` gives that very object.
-class Foreign {
-public:
-    explicit Foreign(id object);
-    Foreign(const Foreign &) = delete;
-    Foreign &operator=(const Foreign &) = delete;
-    virtual ~Foreign();
-    id object() const { return _object; }
+/// Whether an object is of a class of the host's: another than `wrap` would make for `native`.
+bool isOfHost(KLBridged *made, const Object &native);
+id holdAny(KLBridged *made, const std::shared_ptr<Object> &native);
 
-private:
-    const id _object;
+/// Deletes an object, before it the Objective-C one that stands for it: `dealloc` of a host's class
+/// may use both.
+template <class T>
+struct Parting {
+    void operator()(const T *native) const {
+        native->deleteCompanion();
+        delete native;
+    }
 };
 
-/// Makes what stands for an object; it is an `Object`, too.
-using Stand = std::shared_ptr<Foreign> (*)(id object);
+/// The same for an object whose last shared pointer this is.
+struct PartingFrom {
+    std::shared_ptr<Object> last;
 
-/// What classes that hosts derive from `made` override is asked: what `stand` makes stands for an
-/// object of such a class, and is the same one while it is alive. Called in `+load`.
-void addDerivable(Class made, Stand stand);
+    void operator()(const Object *native) {
+        native->deleteCompanion();
+        last = nullptr;
+    }
+};
 
-/// Lets an object that has just been allocated stand for `object`, which no other may stand for.
-/// Returns it.
-id hold(KLBridged *made, std::shared_ptr<Object> object);
+/// Lets an object that has just been allocated stand for `native`, which no other may stand for,
+/// and returns it. Where the host's class may have a `dealloc` of its own, the native object goes
+/// after that; one that makes shared pointers to itself sees to it by itself, as by `Parting`.
+template <class T>
+id hold(KLBridged *made, const std::shared_ptr<T> &native) {
+    constexpr bool sharesItself = requires {
+        native->weak_from_this();
+    };
+    if (!sharesItself && made != nil && isOfHost(made, *native)) {
+        return holdAny(made, std::shared_ptr<Object>(native.get(), PartingFrom{native}));
+    }
+    return holdAny(made, native);
+}
 
-/// The Objective-C object of `object`, autoreleased; nil for null. The one there is, or a new one
-/// of the class that was added for it. An Objective-C object that came from `shared` is itself.
-id wrap(std::shared_ptr<Object> object);
+/// The Objective-C object of `native`, autoreleased; nil for null. The one there is, or a new one
+/// of the class that was added for it. What stands for an object of the host's is that object.
+id wrap(const std::shared_ptr<Object> &native);
 
-/// The C++ object that a bridged object stands for; for any other object one that stands for it,
-/// and is the same one while it is alive. Null for nil. As long as it is held, an object of a class
-/// that a host has derived stays itself: what `wrap` gives is that very object.
+/// The C++ object that a bridged object stands for; null before an initialiser has been called. For
+/// any other object one that stands for it, and is the same one while it is alive. Null for nil.
 std::shared_ptr<Object> shared(id object);
 
-/// The C++ object that a bridged object stands for, which does not keep that one alive whatever its
-/// class is: for what is to be held weakly. Null for any other object.
-std::shared_ptr<Object> sharedAlone(id object);
+/// The Objective-C object of `native`, where a class of the host's overrides `method` of `base`;
+/// nil otherwise.
+id overriding(const Object &native, SEL method, Class base);
 
-/// How many bridged objects are alive.
+/// How many bridged objects Objective-C has references to.
 std::size_t aliveCount();
-
-/// The C++ object, of class `T`; null for nil. An object of another class raises
-/// `NSInvalidArgumentException`.
-template <class T>
-std::shared_ptr<T> shared(id object);
-
-template <class T>
-std::shared_ptr<T> sharedAlone(id object);
 
 /// Tells apart nil, an object that was never initialised and one of a class without a place.
 [[noreturn]] void raiseWrongClass(id object);
@@ -82,30 +87,26 @@ std::shared_ptr<T> sharedAlone(id object);
 /// initialiser was called twice.
 void requireNew(KLBridged *made);
 
+/// The C++ object, of class `T`; null for nil. An object of another class raises
+/// `NSInvalidArgumentException`.
 template <class T>
-std::shared_ptr<T> typedOrRaise(id object, const std::shared_ptr<Object> &crossed) {
-    auto typed = std::dynamic_pointer_cast<T>(crossed);
+std::shared_ptr<T> shared(id object) {
+    auto typed = std::dynamic_pointer_cast<T>(shared(object));
     if (object != nil && typed == nullptr) {
         raiseWrongClass(object);
     }
     return typed;
 }
 
-template <class T>
-std::shared_ptr<T> shared(id object) {
-    return typedOrRaise<T>(object, shared(object));
-}
-
-template <class T>
-std::shared_ptr<T> sharedAlone(id object) {
-    return typedOrRaise<T>(object, sharedAlone(object));
-}
+/// What `shared` gives, without a pointer of its own. Null for an object that is none of the
+/// bridge's.
+Object *nativeAddress(id object);
 
 /// The C++ object that a bridged object keeps alive. Nil and an object of another class raise
 /// `NSInvalidArgumentException`.
 template <class T>
 T &held(KLBridged *object) {
-    T *const typed = dynamic_cast<T *>(sharedAlone(static_cast<id>(object)).get());
+    T *const typed = dynamic_cast<T *>(nativeAddress(object));
     if (typed == nullptr) {
         raiseWrongClass(object);
     }

@@ -10,8 +10,7 @@
 #include <utility>
 
 /// What a class that a host has derived from an endpoint's overrides, as the C++ library asks for
-/// it. The Objective-C object is asked while it is alive; afterwards, and where its class overrides
-/// nothing, the endpoint itself knows.
+/// it. Where its class overrides nothing, the endpoint itself knows.
 namespace KeloBridge {
 
 /// The method of this name; any other text raises `NSInvalidArgumentException`.
@@ -21,9 +20,6 @@ NSDictionary *headerFields(const KeloAPI::HeaderFields &fields);
 NSMutableURLRequest *urlRequest(const KeloAPI::URLRequest &request);
 /// `request` with everything that `changed` tells.
 KeloAPI::URLRequest urlRequest(KeloAPI::URLRequest request, NSURLRequest *changed);
-
-/// The object of `endpoint`, where a host's class overrides `method` of `base`; nil otherwise.
-id overriding(const std::shared_ptr<const KeloAPI::Endpoint> &endpoint, SEL method, Class base);
 
 /// What an endpoint does by itself, whatever a host overrides.
 class OwnEndpoint {
@@ -42,18 +38,18 @@ public:
     template <class... Arguments>
     explicit HostEndpoint(typename E::Key key, Arguments &&...arguments)
         : E(key, std::forward<Arguments>(arguments)...) {}
+    /// The Objective-C object goes first: its `dealloc` may use the endpoint.
+    ~HostEndpoint() override { this->deleteCompanion(); }
 
     KeloAPI::HeaderFields headerFields() const override {
         return inPool([this] {
-            id host =
-                overriding(this->shared_from_this(), @selector(headerFields), [::Endpoint class]);
+            id host = overriding(*this, @selector(headerFields), [::Endpoint class]);
             return host == nil ? E::headerFields() : KeloBridge::headerFields([host headerFields]);
         });
     }
     KeloAPI::URLRequest URLRequest() const override {
         return inPool([this] {
-            id host =
-                overriding(this->shared_from_this(), @selector(URLRequest), [::Endpoint class]);
+            id host = overriding(*this, @selector(URLRequest), [::Endpoint class]);
             return host == nil ? E::URLRequest() : urlRequest(E::URLRequest(), [host URLRequest]);
         });
     }

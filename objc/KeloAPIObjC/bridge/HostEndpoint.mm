@@ -61,11 +61,6 @@ KeloAPI::URLRequest urlRequest(KeloAPI::URLRequest request, NSURLRequest *change
     return request;
 }
 
-id overriding(const std::shared_ptr<const KeloAPI::Endpoint> &endpoint, SEL method, Class base) {
-    id host = wrap(std::const_pointer_cast<KeloAPI::Endpoint>(endpoint));
-    return [host methodForSelector:method] == [base instanceMethodForSelector:method] ? nil : host;
-}
-
 OwnEndpoint::~OwnEndpoint() = default;
 
 } // namespace KeloBridge

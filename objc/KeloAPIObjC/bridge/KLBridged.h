@@ -1,8 +1,9 @@
 #import <Foundation/Foundation.h>
 
-/// Root of the classes that stand for objects of the C++ library. While an Objective-C object for a
-/// C++ object is alive, that C++ object is always the same Objective-C object. Objects may be
-/// released on any thread.
+/// Root of the classes that stand for objects of the C++ library. As long as the host or the C++
+/// library holds the object, there is one Objective-C object for it, always the same one, with the
+/// instance variables that a host's class gave it. It ends when the last of both lets go, on that
+/// one's thread: `dealloc` may come on a thread of the library. Any thread may release it.
 ///
 /// An address that is no URL to the C++ library, as one with a port above 65535, counts as nil:
 /// where there need not be one it is absent, where there must be one it raises
@@ -14,6 +15,6 @@
 /// is archived raise it when they are encoded.
 @interface KLBridged : NSObject {
 @private
-    void *_held;
+    void *_life;
 }
 @end

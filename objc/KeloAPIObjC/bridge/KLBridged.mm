@@ -1,7 +1,9 @@
 #import <KeloAPIObjC/bridge/KLBridged.h>
 
+#include <KeloAPI/base/Contract.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Coding.hpp>
+#include <KeloAPIObjC/bridge/Life.hpp>
 #include <KeloAPIObjC/bridge/Pool.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
 #include <KeloAPIObjC/bridge/RuntimeName.hpp>
@@ -10,86 +12,16 @@
 #include <unordered_map>
 #include <vector>
 
-using KeloAPI::Object;
-using KeloBridge::Foreign;
+using KeloBridge::Life;
 
-namespace {
-
-/// What a bridged object keeps.
-struct Held {
-    std::shared_ptr<Object> object;
-    /// Of a class that the host has derived: more than what `wrap` would make anew.
-    bool derived;
-};
-
-struct Made {
-    Class made;
-    KeloBridge::Test test;
-};
-
-struct Derivable {
-    Class made;
-    KeloBridge::Stand stand;
-};
-
-/// What stands for what. Objects are found and let go under one lock: nobody finds an object whose
-/// last reference is just going.
-struct Pairs {
-    std::recursive_mutex mutex;
-    std::unordered_map<const Object *, KLBridged *> bridged;
-    std::unordered_map<id, std::weak_ptr<Foreign>> foreign;
-    std::vector<Made> classes;
-    std::vector<Derivable> derivables;
-};
-
-Pairs &pairs() {
-    static Pairs &instance = *new Pairs; // objects go at any moment of the process's exit
-    return instance;
-}
-
-/// Stands for an object that is nothing to the C++ library.
-class Plain final : public Object, public Foreign {
-public:
-    explicit Plain(id object)
-        : Foreign(object) {}
-    ~Plain() override;
-};
-
-Plain::~Plain() = default;
-
-std::shared_ptr<Foreign> plain(id object) {
-    return std::make_shared<Plain>(object);
-}
-
-/// Null for a class of which nothing but its C++ object is asked.
-KeloBridge::Stand standFor(id object) {
-    if (![object isKindOfClass:[KLBridged class]]) {
-        return plain;
-    }
-    for (const Derivable &one : pairs().derivables) {
-        if ([object isKindOfClass:one.made]) {
-            return one.stand;
-        }
-    }
-    return nullptr;
-}
-
-Class classFor(const Object &object) {
-    Class best = Nil;
-    for (const Made &one : pairs().classes) {
-        if ((best == Nil || [one.made isSubclassOfClass:best]) && one.test(object)) {
-            best = one.made;
-        }
-    }
-    return best == Nil ? [KLBridged class] : best;
-}
-
-} // namespace
+static Life *&lifeIn(KLBridged *object);
 
 @implementation KLBridged
 
 + (id)allocWithZone:(NSZone *)zone {
-    return NSAllocateObject(KeloBridge::instanceClass(self), 0, zone);
+    KLBridged *made = NSAllocateObject(KeloBridge::instanceClass(self), 0, zone);
+    made->_life = new Life(made);
+    return made;
 }
 
 - (instancetype)init {
@@ -100,22 +32,21 @@ Class classFor(const Object &object) {
     KeloBridge::raiseNotArchived(self, coder);
 }
 
-- (oneway void)release {
-    {
-        const std::lock_guard lock(pairs().mutex);
-        if (!NSDecrementExtraRefCountWasZero(self)) {
-            return;
-        }
-        if (_held != nullptr) {
-            pairs().bridged.erase(static_cast<Held *>(_held)->object.get());
-        }
-    }
-    [self dealloc];
+- (instancetype)retain {
+    lifeIn(self)->retain();
+    return self;
 }
 
-- (void)dealloc {
-    delete static_cast<Held *>(_held);
-    [super dealloc];
+- (oneway void)release {
+    lifeIn(self)->release();
+}
+
+- (NSUInteger)retainCount {
+    return lifeIn(self)->references();
+}
+
+static Life *&lifeIn(KLBridged *object) {
+    return reinterpret_cast<Life *&>(object->_life);
 }
 
 @end
@@ -124,65 +55,94 @@ namespace KeloBridge {
 
 namespace {
 
-/// Reads what the class keeps to itself.
-void *&heldOf(KLBridged *object) {
-    static const ptrdiff_t offset =
-        ivar_getOffset(class_getInstanceVariable([KLBridged class], "_held"));
-    return *reinterpret_cast<void **>(reinterpret_cast<char *>(object) + offset);
+/// Stands in C++ for an object that is nothing to the C++ library, and keeps it.
+class Foreign final : public Object {
+public:
+    explicit Foreign(id object)
+        : _object([object retain]) {}
+    ~Foreign() override;
+
+    id object() const { return _object; }
+
+private:
+    const id _object;
+};
+
+/// What stands for which object.
+struct Foreigners {
+    std::mutex mutex;
+    std::unordered_map<id, std::weak_ptr<Foreign>> known;
+};
+
+Foreigners &foreigners() {
+    static Foreigners &instance = *new Foreigners; // objects go at any moment of the process's exit
+    return instance;
 }
-
-/// Null where it keeps nothing, and for an object of any other kind.
-const Held *keptBy(id object) {
-    return [object isKindOfClass:[KLBridged class]] ? static_cast<Held *>(heldOf(object)) : nullptr;
-}
-
-id keep(KLBridged *made, std::shared_ptr<Object> object, bool derived) {
-    pairs().bridged.emplace(object.get(), made);
-    heldOf(made) = new Held{std::move(object), derived};
-    return made;
-}
-
-/// The C++ object, by way of the Objective-C one: that stays as long as this is held.
-std::shared_ptr<Object> keeping(KLBridged *bridged, const std::shared_ptr<Object> &object) {
-    const std::shared_ptr<void> kept(static_cast<void *>([bridged retain]), [](void *released) {
-        const Pool pool;
-        [static_cast<id>(released) release];
-    });
-    return {kept, object.get()};
-}
-
-} // namespace
-
-Foreign::Foreign(id object)
-    : _object([object retain]) {}
 
 Foreign::~Foreign() {
     {
-        const std::lock_guard lock(pairs().mutex);
-        const auto found = pairs().foreign.find(_object);
+        const std::lock_guard lock(foreigners().mutex);
+        const auto found = foreigners().known.find(_object);
         // Another may already stand in its place.
-        if (found != pairs().foreign.end() && found->second.expired()) {
-            pairs().foreign.erase(found);
+        if (found != foreigners().known.end() && found->second.expired()) {
+            foreigners().known.erase(found);
         }
     }
     const Pool pool;
     [_object release];
 }
 
-void addDerivable(Class made, Stand stand) {
-    const std::lock_guard lock(pairs().mutex);
-    pairs().derivables.push_back({made, stand});
+std::shared_ptr<Foreign> foreign(id object) {
+    const auto made = std::make_shared<Foreign>(object); // no message is sent under the lock
+    const std::lock_guard lock(foreigners().mutex);
+    auto &slot = foreigners().known[object];
+    if (auto known = slot.lock()) {
+        return known;
+    }
+    slot = made;
+    return made;
 }
 
+struct Registered {
+    Class made;
+    Test test;
+};
+
+/// Written while classes are loaded, read from then on.
+std::vector<Registered> &registeredClasses() {
+    static auto &instance = *new std::vector<Registered>;
+    return instance;
+}
+
+Class classFor(const Object &native) {
+    Class best = Nil;
+    for (const Registered &one : registeredClasses()) {
+        if ((best == Nil || [one.made isSubclassOfClass:best]) && one.test(native)) {
+            best = one.made;
+        }
+    }
+    return best == Nil ? [KLBridged class] : best;
+}
+
+/// Null for an object that is none of the bridge's.
+Life *lifeOfBridged(id object) {
+    Class root = [KLBridged class];
+    Class one = object_getClass(object);
+    while (one != Nil && one != root) {
+        one = class_getSuperclass(one);
+    }
+    return one == Nil ? nullptr : lifeIn(object);
+}
+
+} // namespace
+
 void add(Class made, Test test) {
-    const std::lock_guard lock(pairs().mutex);
-    pairs().classes.push_back({made, test});
+    registeredClasses().push_back({made, test});
 }
 
 Class libraryClass(Class one) {
-    const std::lock_guard lock(pairs().mutex);
     for (Class known = one; known != Nil; known = class_getSuperclass(known)) {
-        for (const Made &added : pairs().classes) {
+        for (const Registered &added : registeredClasses()) {
             if (added.made == known) {
                 return known;
             }
@@ -191,65 +151,65 @@ Class libraryClass(Class one) {
     return one;
 }
 
-id hold(KLBridged *made, std::shared_ptr<Object> object) {
-    const std::lock_guard lock(pairs().mutex);
-    const bool derived = object_getClass(made) != instanceClass(classFor(*object));
-    return keep(made, std::move(object), derived);
+bool isOfHost(KLBridged *made, const Object &native) {
+    return object_getClass(made) != instanceClass(classFor(native));
 }
 
-id wrap(std::shared_ptr<Object> object) {
-    if (object == nullptr) {
+id holdAny(KLBridged *made, const std::shared_ptr<Object> &native) {
+    if (made == nil) {
         return nil;
     }
-    if (const auto foreign = std::dynamic_pointer_cast<Foreign>(object)) {
-        return [[foreign->object() retain] autorelease];
+    requireNew(made);
+    KeloAPI::require(lifeOf(*native) == nullptr, "one object stands for a native one");
+    lifeIn(made)->adopt(native);
+    return made;
+}
+
+id wrap(const std::shared_ptr<Object> &native) {
+    if (native == nullptr) {
+        return nil;
     }
-    const std::lock_guard lock(pairs().mutex);
-    const auto found = pairs().bridged.find(object.get());
-    if (found != pairs().bridged.end()) {
-        return [[found->second retain] autorelease];
+    if (const auto *foreigner = dynamic_cast<const Foreign *>(native.get())) {
+        return [[foreigner->object() retain] autorelease];
     }
-    Class made = classFor(*object);
-    return [keep([made alloc], std::move(object), false) autorelease];
+    Life *life = lifeOf(*native);
+    if (life == nullptr) {
+        KLBridged *const made = [classFor(*native) alloc];
+        life = &lifeIn(made)->adopt(native);
+        if (life->object() == made) {
+            return [made autorelease];
+        }
+    }
+    life->retain(native);
+    return [life->object() autorelease];
 }
 
 std::shared_ptr<Object> shared(id object) {
     if (object == nil) {
         return nullptr;
     }
-    const Held *const held = keptBy(object);
-    if (held != nullptr && !held->derived) {
-        return held->object;
-    }
-    const std::lock_guard lock(pairs().mutex);
-    const Stand stand = standFor(object);
-    if (stand == nullptr) {
-        return held == nullptr ? nullptr : keeping(object, held->object);
-    }
-    std::weak_ptr<Foreign> &known = pairs().foreign[object];
-    auto foreign = known.lock();
-    if (foreign == nullptr) {
-        foreign = stand(object);
-        known = foreign;
-    }
-    return std::dynamic_pointer_cast<Object>(foreign);
+    const Life *const life = lifeOfBridged(object);
+    return life == nullptr ? foreign(object) : life->native();
 }
 
-std::shared_ptr<Object> sharedAlone(id object) {
-    const Held *const held = keptBy(object);
-    return held == nullptr ? nullptr : held->object;
+Object *nativeAddress(id object) {
+    const Life *const life = lifeOfBridged(object);
+    return life == nullptr ? nullptr : life->address();
 }
 
-std::size_t aliveCount() {
-    const std::lock_guard lock(pairs().mutex);
-    return pairs().bridged.size();
+id overriding(const Object &native, SEL method, Class base) {
+    const Life *const life = lifeOf(native);
+    id object = life == nullptr ? nil : life->object();
+    const bool overrides =
+        [object methodForSelector:method] != [base instanceMethodForSelector:method];
+    return object != nil && overrides ? [[object retain] autorelease] : nil;
 }
 
 void raiseWrongClass(id object) {
     if (object == nil) {
         [NSException raise:NSInvalidArgumentException format:@"nil has no place here"];
     }
-    if ([object isKindOfClass:[KLBridged class]] && keptBy(object) == nullptr) {
+    if (lifeOfBridged(object) != nullptr && nativeAddress(object) == nullptr) {
         [NSException raise:NSInvalidArgumentException
                     format:@"an object of class %@ was never initialised", [object class]];
     }
@@ -259,7 +219,7 @@ void raiseWrongClass(id object) {
 }
 
 void requireNew(KLBridged *made) {
-    if (keptBy(made) != nullptr) {
+    if (nativeAddress(made) != nullptr) {
         [NSException raise:NSInvalidArgumentException
                     format:@"an object of class %@ is initialised already", [made class]];
     }

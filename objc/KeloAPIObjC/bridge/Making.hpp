@@ -2,8 +2,6 @@
 
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 
-#include <utility>
-
 namespace KeloBridge {
 
 /// Lets an object that has just been allocated stand for the C++ object that `make` gives, and
@@ -21,7 +19,7 @@ id holdMade(KLBridged *made, Make make) {
         return nil;
     }
     unfinished.object = nil;
-    return hold(made, std::move(object));
+    return hold(made, object);
 }
 
 } // namespace KeloBridge

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <KeloAPI/parsing/AnyObjectJsonParser.hpp>
+#include <KeloAPIObjC/bridge/BridgedParser.hpp>
 #include <KeloAPIObjC/bridge/Table.hpp>
 
 #include <memory>
@@ -10,13 +10,13 @@ namespace KeloBridge {
 
 /// A C++ parser of type `P`, as one whose type does not say what it makes.
 template <class P>
-class NativeParser final : public KeloAPI::AnyObjectJsonParser {
+class NativeParser final : public BridgedParser {
 public:
     explicit NativeParser(std::shared_ptr<const P> parser)
         : _parser(std::move(parser)) {}
 
     const std::shared_ptr<const P> &parser() const { return _parser; }
-    std::shared_ptr<Object> parse(const KeloAPI::JsonObject &json) const override {
+    std::shared_ptr<Object> parseItself(const KeloAPI::JsonObject &json) const override {
         return _parser->parse(json);
     }
 

@@ -25,8 +25,7 @@ public:
 
     void setPathFor(bool on) override {
         inPool([&] {
-            id host = overriding(this->shared_from_this(), @selector(setPathForOn:),
-                                 [::PostActionEndpoint class]);
+            id host = overriding(*this, @selector(setPathForOn:), [::PostActionEndpoint class]);
             if (host == nil) {
                 E::setPathFor(on);
             } else {

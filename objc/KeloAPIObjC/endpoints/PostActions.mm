@@ -22,7 +22,7 @@ using Parser = KeloAPI::AnyObjectJsonParser;
     }                                                                                              \
     -(instancetype)initWithPost : (KLWatchPost *)post {                                            \
         return holdMade(self, [&] {                                                                \
-            return makePostAction<KeloAPI::Face>(sharedAlone<KeloAPI::KLWatchPost>(post));         \
+            return makePostAction<KeloAPI::Face>(shared<KeloAPI::KLWatchPost>(post));              \
         });                                                                                        \
     }                                                                                              \
     @end
@@ -48,7 +48,7 @@ KELO_CALLS(void, (toggleOn, BOOL, on), target, completion,
 
 - (instancetype)initWithPost:(KLWatchPost *)post parser:(AnyObjectJsonParser *)parser {
     return holdMade(self, [&] {
-        return makePostAction<KELO_NATIVE>(sharedAlone<KeloAPI::KLWatchPost>(post),
+        return makePostAction<KELO_NATIVE>(shared<KeloAPI::KLWatchPost>(post),
                                            required<Parser>(parser, @"parser"));
     });
 }

@@ -23,7 +23,7 @@ using namespace KeloBridge;
 static auto channelParser(KLPagedDataParser *timelineParser) {
     using ChannelParser = KeloAPI::KLChannelParser;
     using Timeline = NativeParser<ChannelParser::TimelineParser>;
-    const auto timeline = sharedAlone<Timeline>(timelineParser);
+    const auto timeline = shared<Timeline>(timelineParser);
     return makeParser<ChannelParser>(timeline == nullptr ? nullptr : timeline->parser());
 }
 

@@ -4,7 +4,7 @@
 
 #include <KeloAPI/model/KLEmpty.hpp>
 #include <KeloAPI/model/KLPagedDataParser.hpp>
-#include <KeloAPIObjC/bridge/DerivedParser.hpp>
+#include <KeloAPIObjC/bridge/BridgedParser.hpp>
 #include <KeloAPIObjC/bridge/NativeParser.hpp>
 
 using namespace KeloBridge;
@@ -13,8 +13,11 @@ using PageParser = KeloAPI::KLPagedDataParser<ItemParser>;
 
 @implementation AnyObjectJsonParser
 
-KELO_STANDS_FOR(AnyObjectJsonParser, ItemParser, addDerivable(self, derivedParser))
-KELO_INIT()
+KELO_STANDS_FOR(AnyObjectJsonParser, ItemParser)
+
+- (instancetype)init {
+    return holdMade(self, [] { return std::make_shared<BridgedParser>(); });
+}
 
 - (id)parse:(NSDictionary *)json error:(NSError **)error {
     return parsed(native(self), json, error);

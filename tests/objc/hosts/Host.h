@@ -18,5 +18,7 @@ typedef struct {
     void (*run)(void);
 } HostCase;
 
-/// Ends with one that has no name.
+/// Each ends with one that has no name.
+extern const HostCase ownershipCases[];
 extern const HostCase exceptionCases[];
+extern const HostCase runtimeCases[];

@@ -5,7 +5,7 @@
 #include <string.h>
 
 int main(int argc, char **argv) {
-    const HostCase *const groups[] = {exceptionCases};
+    const HostCase *const groups[] = {ownershipCases, exceptionCases, runtimeCases};
     int count = 0;
     for (size_t group = 0; group < sizeof groups / sizeof groups[0]; ++group) {
         for (const HostCase *one = groups[group]; one->name != NULL; ++one) {

@@ -1,8 +1,10 @@
-#include <KeloAPIObjC/bridge/DerivedParser.hpp>
+#include <KeloAPIObjC/bridge/BridgedParser.hpp>
 
 #import <KeloAPIObjC/bridge/Caught.h>
+#import <KeloAPIObjC/parsing/AnyObjectJsonParser.h>
 
 #include <KeloAPI/parsing/ParserError.hpp>
+#include <KeloAPIObjC/bridge/Bridge.hpp>
 #include <KeloAPIObjC/bridge/Pool.hpp>
 #include <KeloAPIObjC/bridge/Values.hpp>
 
@@ -13,7 +15,7 @@ namespace {
 using KeloAPI::JsonParseError;
 using KeloAPI::ParserError;
 
-/// A call of an Objective-C parser, and what came of it.
+/// A call of a host's parser, and what came of it.
 struct Call {
     ::AnyObjectJsonParser *parser;
     NSDictionary *json;
@@ -39,19 +41,8 @@ void parse(void *context) {
     throw JsonParseError(static_cast<JsonParseError::Case>(known.code()));
 }
 
-class DerivedParser final : public KeloAPI::AnyObjectJsonParser, public Foreign {
-public:
-    explicit DerivedParser(id parser)
-        : Foreign(parser) {}
-    ~DerivedParser() override;
-    std::shared_ptr<Object> parse(const KeloAPI::JsonObject &json) const override;
-};
-
-DerivedParser::~DerivedParser() = default;
-
-std::shared_ptr<Object> DerivedParser::parse(const KeloAPI::JsonObject &json) const {
-    const Pool pool;
-    Call call = {static_cast<::AnyObjectJsonParser *>(object()), dictionary(json), nil, nil};
+std::shared_ptr<Object> askedOf(id host, const KeloAPI::JsonObject &json) {
+    Call call = {static_cast<::AnyObjectJsonParser *>(host), dictionary(json), nil, nil};
     if (NSException *raised = KLCaught(KeloBridge::parse, &call)) {
         throwRaised(raised);
     }
@@ -64,10 +55,24 @@ std::shared_ptr<Object> DerivedParser::parse(const KeloAPI::JsonObject &json) co
     throw JsonParseError(JsonParseError::InsufficientData);
 }
 
+std::shared_ptr<Object> madeBy(const KeloAPI::AnyObjectJsonParser &parser,
+                               const KeloAPI::JsonObject &json) {
+    const auto *bridged = dynamic_cast<const BridgedParser *>(&parser);
+    return bridged == nullptr ? parser.parse(json) : bridged->parseItself(json);
+}
+
 } // namespace
 
-std::shared_ptr<Foreign> derivedParser(id parser) {
-    return std::make_shared<DerivedParser>(parser);
+BridgedParser::~BridgedParser() = default;
+
+std::shared_ptr<Object> BridgedParser::parse(const KeloAPI::JsonObject &json) const {
+    const Pool pool; // what is raised is caught in it
+    id host = overriding(*this, @selector(parse:error:), [::AnyObjectJsonParser class]);
+    return host == nil ? parseItself(json) : askedOf(host, json);
+}
+
+std::shared_ptr<Object> BridgedParser::parseItself(const KeloAPI::JsonObject &json) const {
+    return KeloAPI::AnyObjectJsonParser::parse(json);
 }
 
 id parsed(const KeloAPI::AnyObjectJsonParser &parser, NSDictionary *json, NSError **failure) {
@@ -77,7 +82,7 @@ id parsed(const KeloAPI::AnyObjectJsonParser &parser, NSDictionary *json, NSErro
             throw JsonParseError(JsonParseError::InsufficientData);
         }
         const auto read = document(json);
-        made = parser.parse(*read.root().object());
+        made = madeBy(parser, *read.root().object());
     } catch (...) {
         NSError *thrown = error(KeloAPI::thrownParserError());
         if (failure != nullptr) {
@@ -85,7 +90,7 @@ id parsed(const KeloAPI::AnyObjectJsonParser &parser, NSDictionary *json, NSErro
         }
         return nil;
     }
-    return wrap(std::move(made));
+    return wrap(made);
 }
 
 } // namespace KeloBridge
