@@ -7,8 +7,13 @@
 /// does not. Elements may be objects of any class, which come back as the objects they are; nil for
 /// one raises `NSInvalidArgumentException`. A copy is of the same class. One thread at a time.
 ///
-/// Fast enumeration goes over the elements that there are when it begins.
-@interface KLPagedData : KLBridged <NSCopying, NSFastEnumeration>
+/// Fast enumeration goes over the elements that there are when it begins, and keeps them until it
+/// has ended. Those of a loop that is left early are kept until the same loop begins anew, or the
+/// list goes.
+@interface KLPagedData : KLBridged <NSCopying, NSFastEnumeration> {
+@private
+    NSMutableDictionary *_enumerated;
+}
 
 /// An empty list.
 - (instancetype)init;

@@ -11,15 +11,6 @@ using namespace KeloBridge;
 using PagedData = KeloAPI::KLPagedData;
 using PagingMetadata = KeloAPI::KLPagingMetadata;
 
-namespace {
-
-/// Where an enumeration keeps the list that it goes over.
-NSArray *&enumerated(NSFastEnumerationState &state) {
-    return *reinterpret_cast<NSArray **>(&state.extra[0]);
-}
-
-} // namespace
-
 @implementation KLPagedData
 
 KELO_STANDS_FOR(KLPagedData, PagedData)
@@ -35,6 +26,11 @@ KELO_READS(BOOL, hasNextPage)
 
 - (instancetype)initWithData:(NSArray *)data metadata:(KLPagingMetadata *)metadata {
     return KELO_MAKE(objects<Object>(data), required<PagingMetadata>(metadata, @"metadata"));
+}
+
+- (void)dealloc {
+    [_enumerated release];
+    [super dealloc];
 }
 
 - (id)copyWithZone:(NSZone *)zone {
@@ -108,15 +104,23 @@ KELO_READS(BOOL, hasNextPage)
 - (NSUInteger)countByEnumeratingWithState:(NSFastEnumerationState *)state
                                   objects:(id *)buffer
                                     count:(NSUInteger)length {
+    // The place of its state tells an enumeration from others that are under way.
+    NSValue *enumeration = [NSValue valueWithPointer:state];
     if (state->state == 0) {
-        enumerated(*state) = self.data;
+        if (_enumerated == nil) {
+            _enumerated = [NSMutableDictionary new];
+        }
+        [_enumerated setObject:self.data forKey:enumeration];
     }
-    NSArray *list = enumerated(*state);
+    NSArray *list = [_enumerated objectForKey:enumeration];
     const NSUInteger given = std::min<NSUInteger>(length, [list count] - state->state);
     [list getObjects:buffer range:NSMakeRange(state->state, given)];
     state->state += given;
     state->itemsPtr = buffer;
-    state->mutationsPtr = &state->extra[1]; // that list never changes
+    state->mutationsPtr = &state->extra[0]; // that list never changes
+    if (given == 0) {
+        [_enumerated removeObjectForKey:enumeration];
+    }
     return given;
 }
 

@@ -194,6 +194,47 @@ static void weakPost(void) {
     [like release];
 }
 
+static int visited = 0;
+
+static void enumeration(void) {
+    KLPagedData *data = [KLPagedData new];
+    for (int i = 0; i < 40; ++i) {
+        [data append:[newPost(@"a") autorelease]];
+    }
+    NSAutoreleasePool *inner = [NSAutoreleasePool new];
+    visited = 0;
+    for (KLWatchPost *post in data) {
+        CHECK([post.caption isEqual:@"a"]);
+        ++visited;
+        [data removeAtIndex:0];
+        [inner drain];
+        inner = [NSAutoreleasePool new];
+    }
+    [inner drain];
+    CHECK(visited == 40);
+    CHECK(data.count == 0);
+    [data release];
+}
+
+/// Counts the elements, by a loop over the list in each round of another that is left early.
+static void enumerationsInEachOther(void) {
+    KLPagedData *data =
+        [[KLPagedData alloc] initWithData:[NSArray arrayWithObjects:@"a", @"b", @"c", nil]];
+    visited = 0;
+    for (int round = 0; round < 3; ++round) {
+        for (NSString *outer in data) {
+            for (NSString *inner in data) {
+                visited += [inner length];
+            }
+            if ([outer isEqual:@"b"]) {
+                break;
+            }
+        }
+    }
+    CHECK(visited == 18);
+    [data release];
+}
+
 const HostCase ownershipCases[] = {
     {"property", property},
     {"element", element},
@@ -204,5 +245,7 @@ const HostCase ownershipCases[] = {
     {"hosts-class", hostsClass},
     {"hosts-endpoint", hostsEndpoint},
     {"weak-post", weakPost},
+    {"enumeration", enumeration},
+    {"enumerations-in-each-other", enumerationsInEachOther},
     {NULL, NULL},
 };
