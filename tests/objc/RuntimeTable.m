@@ -13,14 +13,6 @@ static const void *imageOf(const void *address) {
     return dladdr(address, &info) != 0 ? info.dli_fbase : NULL;
 }
 
-/// Of the library: in its image, or made when it was loaded and derived from one in its image.
-static BOOL isOfLibrary(Class one, const void *library) {
-    const void *image = imageOf((void *)one);
-    Class parent = class_getSuperclass(one);
-    return image == library ||
-           (image == NULL && parent != Nil && imageOf((void *)parent) == library);
-}
-
 static NSArray *sortedLines(NSArray *lines) {
     return [lines sortedArrayUsingSelector:@selector(compare:)];
 }
@@ -81,7 +73,9 @@ NSString *KeloRuntimeTable(Class anyOfLibrary) {
     Class *classes = (Class *)malloc(sizeof(Class) * (size_t)count);
     const int found = objc_getClassList(classes, count);
     for (int i = 0; i < found && i < count; ++i) {
-        if (isOfLibrary(classes[i], library)) {
+        // A class with two names is found twice.
+        if (imageOf((void *)classes[i]) == library &&
+            ![entries containsObject:classEntry(classes[i])]) {
             [entries addObject:classEntry(classes[i])];
         }
     }

@@ -29,7 +29,9 @@ protected:
 TEST_F(SessionTest, HasItsRuntimeName) {
     EXPECT_TRUE(same(NSStringFromClass([session class]), @"KeloAPI.Session"));
     EXPECT_TRUE([session isKindOfClass:[Session class]]);
-    EXPECT_TRUE([session isKindOfClass:NSClassFromString(@"KeloAPI.Session")]);
+    EXPECT_EQ([Session class], NSClassFromString(@"KeloAPI.Session"));
+    EXPECT_EQ([Session class], NSClassFromString(@"Session"));
+    EXPECT_TRUE([session isMemberOfClass:[Session class]]);
     EXPECT_TRUE([session conformsToProtocol:@protocol(EndpointErrorHandler)]);
     EXPECT_TRUE(same(NSStringFromClass([wrap(std::make_shared<KeloAPI::Session>(
                          KeloAPI::SessionType::Authenticated)) class]),

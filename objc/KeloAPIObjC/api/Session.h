@@ -10,8 +10,8 @@ typedef NS_ENUM(NSInteger, SessionType) {
 
 /// One API session: where the service is, what identifies its requests, and the calls that wait for
 /// the host to sign in again or to solve a captcha. What it tells comes from its delegate, anew at
-/// each call, or is the default given below. Its class is "KeloAPI.Session" at the runtime, which
-/// is derived from this one: ask `isKindOfClass:`, not `isMemberOfClass:`.
+/// each call, or is the default given below. At the runtime the class is "KeloAPI.Session", and is
+/// found by the name "Session", too.
 @interface Session : KLBridged <EndpointErrorHandler>
 
 /// The server of the host that the session has when it first sends is pinned. Always YES.

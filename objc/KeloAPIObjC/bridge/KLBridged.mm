@@ -6,7 +6,6 @@
 #include <KeloAPIObjC/bridge/Life.hpp>
 #include <KeloAPIObjC/bridge/Pool.hpp>
 #include <KeloAPIObjC/bridge/Required.hpp>
-#include <KeloAPIObjC/bridge/RuntimeName.hpp>
 
 #include <mutex>
 #include <unordered_map>
@@ -19,7 +18,7 @@ static Life *&lifeIn(KLBridged *object);
 @implementation KLBridged
 
 + (id)allocWithZone:(NSZone *)zone {
-    KLBridged *made = NSAllocateObject(KeloBridge::instanceClass(self), 0, zone);
+    KLBridged *made = [super allocWithZone:zone];
     made->_life = new Life(made);
     return made;
 }
@@ -152,7 +151,7 @@ Class libraryClass(Class one) {
 }
 
 bool isOfHost(KLBridged *made, const Object &native) {
-    return object_getClass(made) != instanceClass(classFor(native));
+    return object_getClass(made) != classFor(native);
 }
 
 id holdAny(KLBridged *made, const std::shared_ptr<Object> &native) {

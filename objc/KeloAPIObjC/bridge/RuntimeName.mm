@@ -2,30 +2,31 @@
 
 #include <KeloAPI/base/Contract.hpp>
 
-#include <unordered_map>
+/// The runtime's own: lets a class be found by the name that it has now. NO where there is another
+/// of that name.
+extern "C" BOOL __objc_add_class_to_hash(Class made);
 
 namespace KeloBridge {
 
 namespace {
 
-/// Written while classes are loaded, read from then on.
-std::unordered_map<Class, Class> &namedClasses() {
-    static auto &instance = *new std::unordered_map<Class, Class>;
-    return instance;
+/// The head of a class in memory, which is part of the runtime's binary interface.
+struct ClassLayout {
+    Class metaclass;
+    Class superclass;
+    const char *name;
+};
+
+void rename(Class made, const char *name) {
+    reinterpret_cast<ClassLayout *>(made)->name = name;
 }
 
 } // namespace
 
 void nameAtRuntime(Class made, const char *name) {
-    Class named = objc_allocateClassPair(made, name, 0);
-    KeloAPI::require(named != Nil, "a runtime name is given once");
-    objc_registerClassPair(named);
-    namedClasses().emplace(made, named);
-}
-
-Class instanceClass(Class made) {
-    const auto found = namedClasses().find(made);
-    return found == namedClasses().end() ? made : found->second;
+    rename(object_getClass(static_cast<id>(made)), name);
+    rename(made, name);
+    KeloAPI::require(__objc_add_class_to_hash(made), "a runtime name is given once");
 }
 
 } // namespace KeloBridge

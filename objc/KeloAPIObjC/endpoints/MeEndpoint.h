@@ -9,8 +9,8 @@
 @property(nonatomic, readonly) KLWatchUser *user;
 @end
 
-/// Reads the signed-in user: GET users/me. Its class is "KeloAPI.MeEndpoint" at the runtime, which
-/// is derived from this one: ask `isKindOfClass:`, not `isMemberOfClass:`.
+/// Reads the signed-in user: GET users/me. At the runtime the class is "KeloAPI.MeEndpoint", and is
+/// found by the name "MeEndpoint", too.
 @interface MeEndpoint : Endpoint
 
 /// On the authenticated session, with `Api.sessionDelegate`.

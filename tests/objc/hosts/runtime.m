@@ -1,8 +1,39 @@
-// The runtime's own lock.
+// Names of classes, and the runtime's own lock.
 #import "Host.h"
 
 #include <pthread.h>
 #include <sched.h>
+
+static void oneClassPerName(void) {
+    CHECK([Session class] == NSClassFromString(@"KeloAPI.Session"));
+    CHECK([Session class] == NSClassFromString(@"Session"));
+    CHECK([NSStringFromClass([Session class]) isEqual:@"KeloAPI.Session"]);
+    CHECK([MeEndpoint class] == NSClassFromString(@"KeloAPI.MeEndpoint"));
+    CHECK([MeEndpoint class] == NSClassFromString(@"MeEndpoint"));
+    CHECK([NSStringFromClass([MeEndpoint class]) isEqual:@"KeloAPI.MeEndpoint"]);
+    Session *session =
+        [[[Session alloc] initWithSessionType:SessionTypeUnAuthenticated] autorelease];
+    CHECK([session isMemberOfClass:[Session class]]);
+    CHECK([[Api session:SessionTypeUnAuthenticated] isMemberOfClass:[Session class]]);
+    MeEndpoint *endpoint = [[[MeEndpoint alloc] initWithSession:session] autorelease];
+    CHECK([endpoint isMemberOfClass:[MeEndpoint class]]);
+    CHECK([endpoint isKindOfClass:[Endpoint class]]);
+}
+
+@interface DerivedSession : Session
+@end
+
+@implementation DerivedSession
+@end
+
+static void classesDerivedFromOneWithTwoNames(void) {
+    Session *session =
+        [[[DerivedSession alloc] initWithSessionType:SessionTypeUnAuthenticated] autorelease];
+    CHECK([session isMemberOfClass:[DerivedSession class]]);
+    CHECK([session isKindOfClass:[Session class]]);
+    CHECK([DerivedSession superclass] == [Session class]);
+    CHECK([NSStringFromClass([session class]) isEqual:@"DerivedSession"]);
+}
 
 static KLPagedData *page;
 static KLPagedData *known;
@@ -58,6 +89,8 @@ static void objectsInInitialize(void) {
 }
 
 const HostCase runtimeCases[] = {
+    {"one-class-per-name", oneClassPerName},
+    {"classes-derived-from-one-with-two-names", classesDerivedFromOneWithTwoNames},
     {"objects-in-initialize", objectsInInitialize},
     {NULL, NULL},
 };
