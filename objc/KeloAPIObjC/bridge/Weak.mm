@@ -7,12 +7,20 @@
 namespace KeloBridge {
 
 struct Weak::Watched {
+    /// How the references of the object are counted: a class has none.
+    enum class Counting { None, ByFoundation, ByItself };
+
     id object;
+    Counting counting;
     std::shared_ptr<void> companion;
+
+    void retain() const;
+    bool hasOneReference() const;
 };
 
 /// The objects that are watched. A reference is taken and the last one given up under one lock:
-/// nobody takes one to an object that is just going.
+/// nobody takes one to an object that is just going. Under it no message is sent but to an object
+/// that counts its references by itself.
 struct Watching {
     using Release = void (*)(id, SEL);
     using Watched = Weak::Watched;
@@ -35,32 +43,63 @@ struct Watching {
     static void release(id object, SEL selector);
 };
 
-std::shared_ptr<Watching::Watched> Watching::watch(id object) {
-    const auto found = objects.find(object);
-    if (found != objects.end()) {
-        return found->second;
-    }
-    if (!class_isMetaClass(object_getClass(object))) { // a class never goes
-        extend([object class]); // not the one that stands in for it while it is observed
-    }
-    auto watched = std::make_shared<Watched>(Watched{object, nullptr});
-    objects.emplace(object, watched);
-    return watched;
+static Watching::Function functionOf(Class made, SEL selector) {
+    return reinterpret_cast<Watching::Function>(class_getMethodImplementation(made, selector));
 }
 
+static Watching::Watched::Counting countingOf(id object) {
+    using Counting = Watching::Watched::Counting;
+    Class made = object_getClass(object);
+    if (class_isMetaClass(made)) {
+        return Counting::None;
+    }
+    for (SEL selector : { @selector(retain), @selector(retainCount) }) {
+        if (functionOf(made, selector) != functionOf([NSObject class], selector)) {
+            return Counting::ByItself;
+        }
+    }
+    return Counting::ByFoundation;
+}
+
+void Weak::Watched::retain() const {
+    if (counting == Counting::ByFoundation) {
+        NSIncrementExtraRefCount(object);
+    } else if (counting == Counting::ByItself) {
+        [object retain];
+    }
+}
+
+bool Weak::Watched::hasOneReference() const {
+    return counting == Counting::ByFoundation ? NSExtraRefCount(object) == 0
+                                              : [object retainCount] == 1;
+}
+
+std::shared_ptr<Watching::Watched> Watching::watch(id object) {
+    auto made = std::make_shared<Watched>(Watched{object, countingOf(object), nullptr});
+    if (made->counting != Watched::Counting::None) { // a class never goes
+        extend([object class]); // not the one that stands in for it while it is observed
+    }
+    const std::lock_guard lock(mutex);
+    return objects.emplace(object, std::move(made)).first->second;
+}
+
+/// Asks the runtime, which has a lock of its own, without ours. Threads that do so at the same time
+/// do the same.
 void Watching::extend(Class made) {
     SEL selector = @selector(release);
-    const auto before = reinterpret_cast<Release>(
-        reinterpret_cast<Function>(class_getMethodImplementation(made, selector)));
+    const auto before = reinterpret_cast<Release>(functionOf(made, selector));
     if (before == &release) {
         return; // a class that it is derived from is watched
     }
-    releases.emplace(made, before);
-    Method method = class_getInstanceMethod(made, selector);
+    {
+        const std::lock_guard lock(mutex);
+        releases.emplace(made, before);
+    }
+    const char *types = method_getTypeEncoding(class_getInstanceMethod(made, selector));
     const auto extended = reinterpret_cast<IMP>(reinterpret_cast<Function>(&release));
     // Only where the class has none of its own yet: an inherited one belongs to others, too.
-    if (!class_addMethod(made, selector, extended, method_getTypeEncoding(method))) {
-        method_setImplementation(method, extended);
+    if (!class_addMethod(made, selector, extended, types)) {
+        method_setImplementation(class_getInstanceMethod(made, selector), extended);
     }
 }
 
@@ -92,15 +131,13 @@ void Watching::release(id object, SEL selector) {
     }
     const Release before = here.releases.at(made);
     std::shared_ptr<void> gone; // the companion, which may hold what watches the object
-    if ([object retainCount] == 1) {
-        const auto found = here.objects.find(object);
-        if (found != here.objects.end()) {
-            found->second->object = nil;
-            gone = std::move(found->second->companion);
-            here.objects.erase(found);
-        }
-        lock.unlock(); // the object ends without the lock: what it does then is its own affair
+    const auto found = here.objects.find(object);
+    if (found != here.objects.end() && found->second->hasOneReference()) {
+        found->second->object = nil;
+        gone = std::move(found->second->companion);
+        here.objects.erase(found);
     }
+    lock.unlock(); // the object ends without the lock: what it does then is its own affair
     const Step outer = std::exchange(step, Step{object, made});
     before(object, selector);
     step = outer;
@@ -108,26 +145,34 @@ void Watching::release(id object, SEL selector) {
 
 Weak::Weak(id object) {
     if (object != nil) {
-        const std::lock_guard lock(Watching::all().mutex);
         _watched = Watching::all().watch(object);
     }
 }
 
 id Weak::object() const {
-    const std::lock_guard lock(Watching::all().mutex);
-    return _watched == nullptr ? nil : [[_watched->object retain] autorelease];
+    if (_watched == nullptr) {
+        return nil;
+    }
+    std::unique_lock lock(Watching::all().mutex);
+    id object = _watched->object;
+    if (object != nil) {
+        _watched->retain();
+    }
+    lock.unlock();
+    return [object autorelease];
 }
 
 std::shared_ptr<void> companion(id object, const std::function<std::shared_ptr<void>()> &make) {
     if (object == nil) {
         return nullptr;
     }
+    const auto watched = Watching::all().watch(object);
+    const auto made = make();
     const std::lock_guard lock(Watching::all().mutex);
-    auto &known = Watching::all().watch(object)->companion;
-    if (known == nullptr) {
-        known = make();
+    if (watched->companion == nullptr) {
+        watched->companion = made;
     }
-    return known;
+    return watched->companion;
 }
 
 } // namespace KeloBridge
