@@ -6,9 +6,6 @@
 #include <KeloAPI/api/Api.hpp>
 #include <KeloAPIObjC/bridge/Bridge.hpp>
 
-#include <atomic>
-#include <thread>
-
 using namespace KeloBridge;
 using namespace KeloObjcTest;
 
@@ -147,28 +144,6 @@ TEST_F(SessionTest, LetsGoWhatBelongsToADelegate) {
     [own release];
     [pool drain];
     EXPECT_TRUE(asking.expired());
-}
-
-TEST_F(SessionTest, DelegateIsAskedWhileItGoes) {
-    std::atomic<bool> done{false};
-    std::thread asking([&] {
-        GSRegisterCurrentThread();
-        while (!done) {
-            NSAutoreleasePool *pool = [NSAutoreleasePool new];
-            NSString *host = session.host;
-            EXPECT_GT([host length], 0U);
-            [pool drain];
-        }
-        GSUnregisterCurrentThread();
-    });
-    for (int round = 0; round < 2000; ++round) {
-        HostDelegate *own = [HostDelegate new];
-        own->host = @"service.example";
-        session.delegate = own;
-        [own release];
-    }
-    done = true;
-    asking.join();
 }
 
 TEST_F(SessionTest, AClassCanBeTheDelegate) {

@@ -1,5 +1,7 @@
-// What the leak checker need not tell of: the Foundation's and its runtime's own.
-#include "objc/ObjcTest.hpp"
+// What the checkers need not tell of: the Foundation's and its runtime's own.
+#import <Foundation/Foundation.h>
+
+#include <functional>
 
 #ifdef __SANITIZE_ADDRESS__
 #include <sanitizer/lsan_interface.h>
@@ -11,8 +13,17 @@ extern "C" const char *__lsan_default_suppressions() {
 }
 #endif
 
+#ifdef __SANITIZE_THREAD__
+/// The Foundation takes its locks and the runtime's in either order.
+extern "C" const char *__tsan_default_suppressions();
+extern "C" const char *__tsan_default_suppressions() {
+    return "deadlock:libgnustep-base\n";
+}
+#endif
+
 namespace KeloObjcTest {
 
+void lettingLeak(const std::function<void()> &call);
 void lettingLeak(const std::function<void()> &call) {
 #ifdef __SANITIZE_ADDRESS__
     const __lsan::ScopedDisabler notTold;
