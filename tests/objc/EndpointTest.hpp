@@ -34,7 +34,7 @@ protected:
                (address.rfind(root, 0) == 0 ? address.substr(root.size()) : address);
     }
     /// The registry's session.
-    Session *registrySession() const { return KeloBridge::wrap(session); }
+    Session *registrySession() const { return KeloBridge::toObjC(session); }
 
     Listener *const listener = [[Listener new] autorelease];
 };

@@ -31,7 +31,7 @@ KLByline *byline();
 /// What stands for a new object of the library's own.
 template <class T, class... Arguments>
 id parsed(Arguments &&...arguments) {
-    return KeloBridge::wrap(std::make_shared<T>(std::forward<Arguments>(arguments)...));
+    return KeloBridge::toObjC(std::make_shared<T>(std::forward<Arguments>(arguments)...));
 }
 
 /// Their properties.

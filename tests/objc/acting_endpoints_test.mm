@@ -25,7 +25,8 @@ protected:
 /// Gives a post for every record.
 AnyObjectJsonParser *posts() {
     using KeloAPI::AnyObjectParserAdaptor;
-    return wrap(std::make_shared<AnyObjectParserAdaptor>(std::make_shared<KeloAPI::PostParser>()));
+    return toObjC(
+        std::make_shared<AnyObjectParserAdaptor>(std::make_shared<KeloAPI::PostParser>()));
 }
 
 constexpr const char *refusal = R"({"error": "No.", "code": 7})";
@@ -58,7 +59,7 @@ TEST_F(ActingTest, ReadsTheSignedInUser) {
     MeEndpoint *endpoint = [[MeEndpoint new] autorelease];
     EXPECT_TRUE(same(NSStringFromClass([endpoint class]), @"KeloAPI.MeEndpoint"));
     EXPECT_TRUE([endpoint isKindOfClass:[MeEndpoint class]]);
-    EXPECT_TRUE(same(NSStringFromClass([wrap(KeloAPI::MeEndpoint::create()) class]),
+    EXPECT_TRUE(same(NSStringFromClass([toObjC(KeloAPI::MeEndpoint::create()) class]),
                      @"KeloAPI.MeEndpoint"));
     EXPECT_EQ(endpoint.session, registrySession());
     [endpoint getWithTarget:listener action:@selector(heard:)];
@@ -199,8 +200,8 @@ TEST_F(ActingTest, ActionsOfAnyKind) {
 
 TEST_F(ActingTest, ActionsFromTheOtherSide) {
     const auto native = KeloAPI::LikeActionEndpoint::create(nullptr);
-    EXPECT_TRUE([wrap(native) isMemberOfClass:[LikeActionEndpoint class]]);
-    EXPECT_EQ([(LikeActionEndpoint *)wrap(native) post], nil);
+    EXPECT_TRUE([toObjC(native) isMemberOfClass:[LikeActionEndpoint class]]);
+    EXPECT_EQ([(LikeActionEndpoint *)toObjC(native) post], nil);
 }
 
 TEST_F(ActingTest, BoostsHaveTheirTexts) {

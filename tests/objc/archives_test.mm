@@ -47,7 +47,7 @@ id thereAndBack(id object) {
 /// What the C++ library archives of this object's own C++ object.
 template <class T>
 id archivedThere(id object) {
-    return readHere(std::dynamic_pointer_cast<T>(shared(object)));
+    return readHere(std::dynamic_pointer_cast<T>(toNative(object)));
 }
 
 std::vector<ArchivedModel> archivedModels() {

@@ -140,13 +140,13 @@ TEST(KLVideoUrlBitrateSettingsTest, FindsByFormatAndURL) {
 
 TEST(KLVideoUrlBitrateSettingsTest, StandsForTheLibrarysOwn) {
     const auto there = std::make_shared<KeloAPI::KLVideoUrlBitrateSettings>();
-    KLVideoUrlBitrateSettings *here = wrap(there);
+    KLVideoUrlBitrateSettings *here = toObjC(there);
     ASSERT_TRUE([here isMemberOfClass:[KLVideoUrlBitrateSettings class]]);
     const auto one = std::make_shared<KeloAPI::KLVideoUrlBitrateSetting>(
         *KeloAPI::URL::parse("https://v.example/"), "hls", "1", 1, "2");
     there->setSettings({one});
     EXPECT_TRUE([[here.settings objectAtIndex:0] isMemberOfClass:[KLVideoUrlBitrateSetting class]]);
-    EXPECT_EQ([here highestSettingForFormat:@"hls"], wrap(one));
+    EXPECT_EQ([here highestSettingForFormat:@"hls"], toObjC(one));
 }
 
 TEST(KLVideoUrlBitrateSettingParserTest, ReadsJson) {

@@ -24,7 +24,7 @@ class EmptyParser final : public Parser {
 class ObjcEndpointTest : public EndpointTest {
 protected:
     Endpoint *const endpoint = [[[Endpoint alloc] initWithSession:registrySession()] autorelease];
-    AnyObjectJsonParser *const parser = wrap(std::make_shared<EmptyParser>());
+    AnyObjectJsonParser *const parser = toObjC(std::make_shared<EmptyParser>());
 };
 
 } // namespace

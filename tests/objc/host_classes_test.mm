@@ -85,12 +85,12 @@ TEST_F(HostClassesTest, AHostsModelOutOfAParserIsKept) {
     std::shared_ptr<KeloAPI::Object> made;
     NSAutoreleasePool *pool = [NSAutoreleasePool new];
     const auto parser =
-        shared<KeloAPI::AnyObjectJsonParser>([[[NotedPostParser alloc] init] autorelease]);
+        toNative<KeloAPI::AnyObjectJsonParser>([[[NotedPostParser alloc] init] autorelease]);
     const auto read = KeloAPI::JsonDocument::parse(R"({"postId": "7"})");
     made = parser->parse(*read.value().root().object());
     [pool drain];
     EXPECT_EQ(std::dynamic_pointer_cast<KeloAPI::KLWatchPost>(made)->postId, "7");
-    EXPECT_EQ(noteOf(wrap(made)), 5);
+    EXPECT_EQ(noteOf(toObjC(made)), 5);
     EXPECT_EQ(notedGone, 0);
 }
 
@@ -157,14 +157,14 @@ TEST_F(HostClassesTest, ACopyIsOfTheHostsClass) {
     EXPECT_TRUE(same(copied.data, list.data));
     [copied removeAtIndex:0];
     EXPECT_EQ(list.count, 1);
-    EXPECT_EQ(wrap(shared(copied)), copied);
+    EXPECT_EQ(toObjC(toNative(copied)), copied);
 }
 
 TEST_F(HostClassesTest, ADerivedClassIsFoundWithoutBeingKept) {
     NotedPost *post = [NotedPost new];
     NSAutoreleasePool *pool = [NSAutoreleasePool new];
-    EXPECT_EQ(shared(post), shared(post));
-    EXPECT_EQ(wrap(shared(post)), post);
+    EXPECT_EQ(toNative(post), toNative(post));
+    EXPECT_EQ(toObjC(toNative(post)), post);
     [pool drain];
     EXPECT_EQ([post retainCount], 1U);
     [post release];
@@ -175,7 +175,7 @@ TEST_F(HostClassesTest, ADerivedClassIsFoundWithoutBeingKept) {
 TEST_F(HostClassesTest, WhatGoesOnAnotherThreadLeavesNothing) {
     lateGone = 0;
     Leaving *leaving = [Leaving new];
-    auto crossed = shared(leaving);
+    auto crossed = toNative(leaving);
     [leaving release];
     int gone = 0;
     std::thread([&] {

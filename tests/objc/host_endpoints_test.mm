@@ -106,10 +106,10 @@ TEST_F(HostEndpointsTest, PathsOfActionsAreSent) {
 TEST_F(HostEndpointsTest, AnEndpointThatOnlyTheLibraryHoldsIsAsked) {
     NSAutoreleasePool *pool = [NSAutoreleasePool new];
     MarkedTimeline *endpoint = [[MarkedTimeline alloc] initWithPath:@"a"];
-    const auto native = shared<KeloAPI::Endpoint>(endpoint);
+    const auto native = toNative<KeloAPI::Endpoint>(endpoint);
     EXPECT_EQ(native->headerFields().count("X-Marked"), 1U);
     [endpoint release];
     [pool drain];
     EXPECT_EQ(native->headerFields().count("X-Marked"), 1U);
-    EXPECT_EQ(wrap(native), endpoint);
+    EXPECT_EQ(toObjC(native), endpoint);
 }

@@ -8,10 +8,10 @@ using namespace KeloObjcTest;
 
 TEST(IdentityTest, OneObjectWhileItIsAlive) {
     const auto empty = std::make_shared<KeloAPI::KLEmpty>();
-    id first = wrap(empty);
+    id first = toObjC(empty);
     EXPECT_TRUE([first isMemberOfClass:[KLEmpty class]]);
-    EXPECT_EQ(wrap(empty), first);
-    EXPECT_EQ(shared(first), empty);
+    EXPECT_EQ(toObjC(empty), first);
+    EXPECT_EQ(toNative(first), empty);
 }
 
 TEST(IdentityTest, LetsTheObjectGo) {
@@ -20,7 +20,7 @@ TEST(IdentityTest, LetsTheObjectGo) {
     {
         const auto empty = std::make_shared<KeloAPI::KLEmpty>();
         seen = empty;
-        wrap(empty);
+        toObjC(empty);
     }
     EXPECT_FALSE(seen.expired());
     [pool drain];
@@ -29,43 +29,44 @@ TEST(IdentityTest, LetsTheObjectGo) {
 
 TEST(IdentityTest, OneMadeHereIsFoundAgain) {
     KLEmpty *empty = [[KLEmpty new] autorelease];
-    EXPECT_EQ(wrap(shared(empty)), empty);
+    EXPECT_EQ(toObjC(toNative(empty)), empty);
 }
 
 TEST(IdentityTest, OtherObjectsCross) {
     NSObject *other = [[NSObject new] autorelease];
-    const auto crossed = shared(other);
-    EXPECT_EQ(shared(other), crossed);
-    EXPECT_EQ(wrap(crossed), other);
-    EXPECT_EQ(wrap(nullptr), nil);
-    EXPECT_EQ(shared(nil), nullptr);
+    const auto crossed = toNative(other);
+    EXPECT_EQ(toNative(other), crossed);
+    EXPECT_EQ(toObjC(crossed), other);
+    EXPECT_EQ(toObjC(nullptr), nil);
+    EXPECT_EQ(toNative(nil), nullptr);
 }
 
 TEST(IdentityTest, AnotherClassHasNoPlace) {
-    NSException *exception = raised([] { shared<KeloAPI::KLEmpty>([[NSObject new] autorelease]); });
+    NSException *exception =
+        raised([] { toNative<KeloAPI::KLEmpty>([[NSObject new] autorelease]); });
     EXPECT_TRUE(same([exception name], NSInvalidArgumentException));
 }
 
 TEST(IdentityTest, StaysAsLongAsTheLibraryHoldsIt) {
     const auto empty = std::make_shared<KeloAPI::KLEmpty>();
     NSAutoreleasePool *pool = [NSAutoreleasePool new];
-    id first = wrap(empty);
+    id first = toObjC(empty);
     [pool drain];
     EXPECT_EQ([first retainCount], 1U);
-    EXPECT_EQ(wrap(empty), first);
-    EXPECT_EQ(shared(first), empty);
+    EXPECT_EQ(toObjC(empty), first);
+    EXPECT_EQ(toNative(first), empty);
 }
 
 TEST(IdentityTest, AnObjectIsReleasedOnceForEachReference) {
     const auto empty = std::make_shared<KeloAPI::KLEmpty>();
     NSAutoreleasePool *pool = [NSAutoreleasePool new];
-    id object = wrap(empty);
+    id object = toObjC(empty);
     [pool drain];
     EXPECT_DEATH([object release], "an object is released once for each reference");
 }
 
 TEST(IdentityTest, AnObjectBeforeItsInitialiserIsNone) {
     KLEmpty *empty = [KLEmpty alloc];
-    EXPECT_EQ(shared(empty), nullptr);
+    EXPECT_EQ(toNative(empty), nullptr);
     [empty release];
 }

@@ -24,7 +24,7 @@ using namespace KeloObjcTest;
 
 TEST(ModelRulesTest, TheLibrarySeesWhatIsSet) {
     KLWatchPost *post = [[KLWatchPost new] autorelease];
-    const auto native = shared<KeloAPI::KLWatchPost>(post);
+    const auto native = toNative<KeloAPI::KLWatchPost>(post);
     post.liked = [NSNumber numberWithBool:NO];
     EXPECT_EQ(native->liked, false);
     post.liked = nil;
@@ -33,7 +33,7 @@ TEST(ModelRulesTest, TheLibrarySeesWhatIsSet) {
     EXPECT_TRUE(post.rekeloed);
     post.currentUserRekelo = nil;
     EXPECT_FALSE(post.rekeloed);
-    EXPECT_EQ(wrap(native), post);
+    EXPECT_EQ(toObjC(native), post);
     KLEntity *mention = entity(@"9", @"mention", @"Mia");
     mention.range = NSMakeRange(NSNotFound, 0);
     EXPECT_TRUE(NSEqualRanges(mention.range, NSMakeRange(NSNotFound, 0)));
@@ -126,10 +126,10 @@ TEST(ModelRulesTest, ListsOfBylinesAreTheLibrarys) {
     const auto bob =
         std::make_shared<KeloAPI::KLEntity>("8", "user", "bob", "", KeloAPI::Range{0, 3});
     KLByline *line = byline();
-    line.entities = [NSArray arrayWithObjects:wrap(ann), wrap(bob), nil];
+    line.entities = [NSArray arrayWithObjects:toObjC(ann), toObjC(bob), nil];
     EXPECT_EQ(held<KeloAPI::KLByline>(line).entities, (std::vector{ann, bob}));
     EXPECT_EQ(told(line, "entities"), "[KLEntity KLEntity]");
-    EXPECT_EQ([line.entities objectAtIndex:1], wrap(bob));
+    EXPECT_EQ([line.entities objectAtIndex:1], toObjC(bob));
     line.entities = nil;
     EXPECT_EQ(told(line, "entities"), "[]");
 }

@@ -182,8 +182,8 @@ TEST(NativeParsersTest, Channels) {
 
 TEST(NativeParsersTest, CrossAsThemselves) {
     KLTagParser *parser = [[KLTagParser new] autorelease];
-    EXPECT_EQ(wrap(shared(parser)), parser);
-    const auto native = shared<KeloAPI::AnyObjectJsonParser>(parser);
+    EXPECT_EQ(toObjC(toNative(parser)), parser);
+    const auto native = toNative<KeloAPI::AnyObjectJsonParser>(parser);
     const auto read = KeloAPI::JsonDocument::parse(R"({"tagId": 1, "tag": "a"})");
     const auto tag = native->parse(*read.value().root().object());
     EXPECT_NE(std::dynamic_pointer_cast<KeloAPI::KLTag>(tag), nullptr);
@@ -191,12 +191,12 @@ TEST(NativeParsersTest, CrossAsThemselves) {
 
 TEST(NativeParsersTest, MayBeDerivedFrom) {
     CountingTagParser *parser = [[CountingTagParser new] autorelease];
-    const auto native = shared<KeloAPI::AnyObjectJsonParser>(parser);
+    const auto native = toNative<KeloAPI::AnyObjectJsonParser>(parser);
     const auto read = KeloAPI::JsonDocument::parse(R"({"tagId": 1, "tag": "a"})");
     const auto tag = native->parse(*read.value().root().object());
     EXPECT_NE(std::dynamic_pointer_cast<KeloAPI::KLTag>(tag), nullptr);
     EXPECT_EQ(parser->made, 1);
-    EXPECT_EQ(wrap(native), parser);
+    EXPECT_EQ(toObjC(native), parser);
     EXPECT_EQ(failure([CountingTagParser new], "{}"), InsufficientData);
 }
 

@@ -27,11 +27,11 @@ namespace {
 /// The Objective-C object that a C++ call of `parser` makes.
 id parse(const Parser &parser, const char *text) {
     const auto read = JsonDocument::parse(text);
-    return wrap(parser.parse(*read.value().root().object()));
+    return toObjC(parser.parse(*read.value().root().object()));
 }
 
 std::shared_ptr<Parser> crossed(AnyObjectJsonParser *parser) {
-    return shared<Parser>(parser);
+    return toNative<Parser>(parser);
 }
 
 class RaisingParser final : public Parser {
@@ -52,7 +52,7 @@ TEST(ParserTest, TheClassItselfParsesNothing) {
     EXPECT_TRUE(same([failure domain], parseDomain));
     EXPECT_EQ([failure code], 0);
     EXPECT_EQ([parser parse:json("{}") error:nullptr], nil);
-    EXPECT_EQ(wrap(crossed(parser)), parser);
+    EXPECT_EQ(toObjC(crossed(parser)), parser);
     EXPECT_THROW(parse(*crossed(parser), "{}"), JsonParseError);
 }
 
@@ -62,7 +62,7 @@ TEST(ParserTest, AsksADerivedClass) {
     EXPECT_TRUE(same(parse(*native, R"({"name": "Caf\u00e9"})"), @"Caf\u00e9"));
     EXPECT_EQ(parser.asked, 1);
     EXPECT_EQ(crossed(parser), native);
-    EXPECT_EQ(wrap(native), parser);
+    EXPECT_EQ(toObjC(native), parser);
     EXPECT_TRUE(same([parser parse:json(R"({"name": "x"})") error:nullptr], @"x"));
 }
 
@@ -124,7 +124,7 @@ TEST(ParserTest, TheLibraryKeepsADerivedParserAlive) {
     EXPECT_TRUE(same(parse(*native, R"({"name": "still there"})"), @"still there"));
     // Not the other way round.
     pool = [NSAutoreleasePool new];
-    NameParser *parser = static_cast<NameParser *>(wrap(native));
+    NameParser *parser = static_cast<NameParser *>(toObjC(native));
     native.reset();
     [pool drain];
     EXPECT_TRUE(seen.expired());
@@ -151,7 +151,7 @@ TEST(ParserTest, ParsesOnTheLibrarysThreads) {
         const auto read = JsonDocument::parse(R"({"name": "elsewhere"})");
         made = native->parse(*read.value().root().object());
     }).join();
-    EXPECT_TRUE(same(wrap(made), @"elsewhere"));
+    EXPECT_TRUE(same(toObjC(made), @"elsewhere"));
 }
 
 TEST(ParserTest, ADerivedParserParsesThePagesOfAChannel) {
@@ -162,7 +162,7 @@ TEST(ParserTest, ADerivedParserParsesThePagesOfAChannel) {
         R"({"channelId": 3, "channel": "Cats",
             "timeline": {"nextPage": 2, "records": [{"name": "a"}, {}, {"name": "b"}]}})");
     KLChannel *channel =
-        wrap(KeloAPI::KLChannelParser(timeline).parse(*read.value().root().object()));
+        toObjC(KeloAPI::KLChannelParser(timeline).parse(*read.value().root().object()));
     EXPECT_EQ(channel.timelineData.count, 2);
     EXPECT_TRUE(channel.timelineData.hasNextPage);
     KLTag *last = [channel.timelineData objectAtIndex:1];
@@ -171,7 +171,7 @@ TEST(ParserTest, ADerivedParserParsesThePagesOfAChannel) {
 }
 
 TEST(ParserTest, NativeParsersCross) {
-    AnyObjectJsonParser *parser = wrap(std::make_shared<KeloAPI::AnyObjectParserAdaptor>(
+    AnyObjectJsonParser *parser = toObjC(std::make_shared<KeloAPI::AnyObjectParserAdaptor>(
         std::make_shared<KeloAPI::KLTagParser>()));
     EXPECT_TRUE([parser isMemberOfClass:[AnyObjectJsonParser class]]);
     KLTag *tag = [parser parse:json(R"({"tagId": 5, "tag": "cats", "postCount": 8})")
@@ -192,7 +192,7 @@ TEST(ParserTest, WhatNativeParsersThrowCrosses) {
         const auto closure = [=](const JsonObject &) -> std::shared_ptr<KeloAPI::Object> {
             throw thrown;
         };
-        return wrap(std::make_shared<KeloAPI::AnyObjectParserAdaptor>(
+        return toObjC(std::make_shared<KeloAPI::AnyObjectParserAdaptor>(
             std::make_shared<KeloAPI::KLClosureParser<KeloAPI::Object>>(closure)));
     };
     NSError *failure = nil;
@@ -209,7 +209,7 @@ TEST(ParserTest, WhatNativeParsersThrowCrosses) {
 }
 
 TEST(ParserTest, WhatIsRaisedInANativeParserIsStopped) {
-    AnyObjectJsonParser *parser = wrap(std::make_shared<RaisingParser>());
+    AnyObjectJsonParser *parser = toObjC(std::make_shared<RaisingParser>());
     NSError *failure = nil;
     EXPECT_EQ([parser parse:json("{}") error:&failure], nil);
     EXPECT_TRUE(same([failure domain], @"KeloAPI.Exception"));

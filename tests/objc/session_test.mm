@@ -30,7 +30,7 @@ TEST_F(SessionTest, HasItsRuntimeName) {
     EXPECT_EQ([Session class], NSClassFromString(@"Session"));
     EXPECT_TRUE([session isMemberOfClass:[Session class]]);
     EXPECT_TRUE([session conformsToProtocol:@protocol(EndpointErrorHandler)]);
-    EXPECT_TRUE(same(NSStringFromClass([wrap(std::make_shared<KeloAPI::Session>(
+    EXPECT_TRUE(same(NSStringFromClass([toObjC(std::make_shared<KeloAPI::Session>(
                          KeloAPI::SessionType::Authenticated)) class]),
                      @"KeloAPI.Session"));
 }
@@ -139,7 +139,7 @@ TEST_F(SessionTest, LetsGoWhatBelongsToADelegate) {
     NSAutoreleasePool *pool = [NSAutoreleasePool new];
     HostDelegate *own = [HostDelegate new];
     session.delegate = own;
-    asking = shared<KeloAPI::Session>(session)->delegate();
+    asking = toNative<KeloAPI::Session>(session)->delegate();
     EXPECT_FALSE(asking.expired());
     [own release];
     [pool drain];
@@ -192,7 +192,7 @@ TEST_F(SessionTest, QueuesCaptchasThatAreAccepted) {
     [session handleQueuedRetriesWithShouldRetry:YES];
     EXPECT_EQ([listener.calls count], 0U);
     const auto without = KeloAPI::URL::parse("https://h?x=1");
-    shared<KeloAPI::Session>(session)->endpointRequiresCaptcha(nullptr, *without, [] {});
+    toNative<KeloAPI::Session>(session)->endpointRequiresCaptcha(nullptr, *without, [] {});
     EXPECT_TRUE(same([delegate->captchaUrl absoluteString], @"https://h/?x=1"));
     delegate->handlesCaptcha = YES;
     [session endpointRequiresCaptcha:nil
@@ -251,7 +251,7 @@ protected:
 TEST_F(ApiTest, OneSessionOfEachType) {
     Session *authenticated = [Api session:SessionTypeAuthenticated];
     EXPECT_EQ([Api session:SessionTypeAuthenticated], authenticated);
-    EXPECT_EQ(shared(authenticated), KeloAPI::Api::session(KeloAPI::SessionType::Authenticated));
+    EXPECT_EQ(toNative(authenticated), KeloAPI::Api::session(KeloAPI::SessionType::Authenticated));
     Session *other = [Api session:SessionTypeUnAuthenticated];
     EXPECT_NE(other, authenticated);
     EXPECT_EQ(other.sessionType, SessionTypeUnAuthenticated);

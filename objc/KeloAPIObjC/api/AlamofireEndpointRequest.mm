@@ -13,12 +13,12 @@ struct Progress {
     std::weak_ptr<KeloAPI::EndpointRequest> handle;
 
     void operator()(KeloAPI::EndpointRequest &, double fraction) const {
-        inPool([&] { heard(wrap(handle.lock()), fraction); });
+        inPool([&] { heard(toObjC(handle.lock()), fraction); });
     }
 };
 
 void setProgress(AlamofireEndpointRequest *request, const Completion &heard) {
-    const auto handle = shared<Native>(request);
+    const auto handle = toNative<Native>(request);
     if (heard) {
         handle->setProgressHandler(Progress{heard, handle});
     } else {
@@ -34,7 +34,7 @@ KELO_STANDS_FOR(AlamofireEndpointRequest, Native)
 KELO_CALLS(void, (), setProgressTarget, setProgressHandler, setProgress(self, heard))
 
 - (instancetype)init {
-    return holdMade(self, [] { return Native::create(nullptr); });
+    return adoptMade(self, [] { return Native::create(nullptr); });
 }
 
 - (id)progressHandler {

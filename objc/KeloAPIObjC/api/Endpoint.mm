@@ -35,15 +35,15 @@ KELO_COMPARES(Endpoint)
 KELO_READS(NSString *, path)
 KELO_READS(Session *, session)
 KELO_CALLS(id<EndpointRequest>, (), requestWithTarget, requestWithCompletionHandler,
-           wrap(native(self).request(Telling{heard})))
+           toObjC(native(self).request(Telling{heard})))
 KELO_CALLS(id<EndpointRequest>, (requestWithParser, AnyObjectJsonParser *, parser), target,
            completionHandler,
-           wrap(native(self).request(required<Parser>(parser, @"parser"), Telling{heard})))
+           toObjC(native(self).request(required<Parser>(parser, @"parser"), Telling{heard})))
 KELO_CALLS(id<EndpointRequest>,
            (uploadWithParser, AnyObjectJsonParser *, parser, data, NSData *, data), target,
            completionHandler,
-           wrap(native(self).upload(required<Parser>(parser, @"parser"), bytes(data),
-                                    Telling{heard})))
+           toObjC(native(self).upload(required<Parser>(parser, @"parser"), bytes(data),
+                                      Telling{heard})))
 KELO_CALLS(void, (downloadWithDestinationUrl, NSURL *, destinationUrl), target, completionHandler,
            native(self).download(requiredURL(destinationUrl, @"destinationUrl"), Telling{heard}))
 KELO_CALLS(void, (), setDownloadProgressTarget, setDownloadProgressHandler,

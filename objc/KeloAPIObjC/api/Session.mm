@@ -23,13 +23,13 @@ KeloAPI::SessionType nativeType(SessionType type) {
 }
 
 void requireAuth(Native &session, Endpoint *endpoint, const Completion &retry) {
-    session.endpointRequiresAuth(shared<KeloAPI::Endpoint>(endpoint),
+    session.endpointRequiresAuth(toNative<KeloAPI::Endpoint>(endpoint),
                                  tellingIfHeard<KeloAPI::EndpointRetry>(retry));
 }
 
 void requireCaptcha(Native &session, Endpoint *endpoint, NSURL *captchaUrl,
                     const Completion &retry) {
-    session.endpointRequiresCaptcha(shared<KeloAPI::Endpoint>(endpoint),
+    session.endpointRequiresCaptcha(toNative<KeloAPI::Endpoint>(endpoint),
                                     requiredURL(captchaUrl, @"captchaUrl"),
                                     tellingIfHeard<KeloAPI::EndpointRetry>(retry));
 }
@@ -53,7 +53,7 @@ KELO_CALLS(void, (endpointRequiresCaptcha, Endpoint *, endpoint, captchaUrl, NSU
 }
 
 - (instancetype)initWithSessionType:(SessionType)sessionType {
-    return holdMade(self, [=] {
+    return adoptMade(self, [=] {
         return std::shared_ptr<Native>(new Native(nativeType(sessionType)), Parting<Native>());
     });
 }
@@ -79,11 +79,11 @@ KELO_CALLS(void, (endpointRequiresCaptcha, Endpoint *, endpoint, captchaUrl, NSU
 }
 
 + (Session *)session:(SessionType)type {
-    return wrap(KeloAPI::Api::session(nativeType(type)));
+    return toObjC(KeloAPI::Api::session(nativeType(type)));
 }
 
 + (Session *)session:(SessionType)type delegate:(id<SessionDelegate>)delegate {
-    return wrap(KeloAPI::Api::session(nativeType(type), sessionDelegate(delegate)));
+    return toObjC(KeloAPI::Api::session(nativeType(type), sessionDelegate(delegate)));
 }
 
 + (id<SessionDelegate>)sessionDelegate {

@@ -19,8 +19,8 @@ struct Boxed final : KeloAPI::Object {
 
 /// A new Objective-C object for each call.
 template <class Value>
-id wrapValue(Value value) {
-    return wrap(std::make_shared<Boxed<Value>>(std::move(value)));
+id valueToObjC(Value value) {
+    return toObjC(std::make_shared<Boxed<Value>>(std::move(value)));
 }
 
 } // namespace KeloBridge
@@ -31,5 +31,5 @@ id wrapValue(Value value) {
         return held<Boxed<Value>>(face).value;                                                     \
     }                                                                                              \
     +(void)load {                                                                                  \
-        add<Boxed<Value>>(self);                                                                   \
+        registerClass<Boxed<Value>>(self);                                                         \
     }

@@ -17,19 +17,21 @@ using Test = bool (*)(const Object &object);
 
 /// `made` stands for the objects of C++ class that `test` knows, unless a class that was made from
 /// it knows them too. Called in `+load`.
-void add(Class made, Test test);
+void registerClass(Class made, Test test);
 
 template <class T>
-void add(Class made) {
-    add(made, [](const Object &object) { return dynamic_cast<const T *>(&object) != nullptr; });
+void registerClass(Class made) {
+    registerClass(made,
+                  [](const Object &object) { return dynamic_cast<const T *>(&object) != nullptr; });
 }
 
-/// The nearest class that was added: `one`, or one that it is derived from; `one` where none was.
+/// The nearest class that was registered: `one`, or one that it is derived from; `one` where none
+/// was.
 Class libraryClass(Class one);
 
-/// Whether an object is of a class of the host's: another than `wrap` would make for `native`.
+/// Whether an object is of a class of the host's: another than `toObjC` would make for `native`.
 bool isOfHost(KLBridged *made, const Object &native);
-id holdAny(KLBridged *made, const std::shared_ptr<Object> &native);
+id adoptNative(KLBridged *made, const std::shared_ptr<Object> &native);
 
 /// Deletes an object, before it the Objective-C one that stands for it: `dealloc` of a host's class
 /// may use both.
@@ -55,23 +57,23 @@ struct PartingFrom {
 /// and returns it. Where the host's class may have a `dealloc` of its own, the native object goes
 /// after that; one that makes shared pointers to itself sees to it by itself, as by `Parting`.
 template <class T>
-id hold(KLBridged *made, const std::shared_ptr<T> &native) {
+id adopt(KLBridged *made, const std::shared_ptr<T> &native) {
     constexpr bool sharesItself = requires {
         native->weak_from_this();
     };
     if (!sharesItself && made != nil && isOfHost(made, *native)) {
-        return holdAny(made, std::shared_ptr<Object>(native.get(), PartingFrom{native}));
+        return adoptNative(made, std::shared_ptr<Object>(native.get(), PartingFrom{native}));
     }
-    return holdAny(made, native);
+    return adoptNative(made, native);
 }
 
 /// The Objective-C object of `native`, autoreleased; nil for null. The one there is, or a new one
-/// of the class that was added for it. What stands for an object of the host's is that object.
-id wrap(const std::shared_ptr<Object> &native);
+/// of the class that was registered for it. What stands for an object of the host's is that object.
+id toObjC(const std::shared_ptr<Object> &native);
 
 /// The C++ object that a bridged object stands for; null before an initialiser has been called. For
 /// any other object one that stands for it, and is the same one while it is alive. Null for nil.
-std::shared_ptr<Object> shared(id object);
+std::shared_ptr<Object> toNative(id object);
 
 /// The Objective-C object of `native`, where a class of the host's overrides `method` of `base`;
 /// nil otherwise.
@@ -90,15 +92,15 @@ void requireNew(KLBridged *made);
 /// The C++ object, of class `T`; null for nil. An object of another class raises
 /// `NSInvalidArgumentException`.
 template <class T>
-std::shared_ptr<T> shared(id object) {
-    auto typed = std::dynamic_pointer_cast<T>(shared(object));
+std::shared_ptr<T> toNative(id object) {
+    auto typed = std::dynamic_pointer_cast<T>(toNative(object));
     if (object != nil && typed == nullptr) {
         raiseWrongClass(object);
     }
     return typed;
 }
 
-/// What `shared` gives, without a pointer of its own. Null for an object that is none of the
+/// What `toNative` gives, without a pointer of its own. Null for an object that is none of the
 /// bridge's.
 Object *nativeAddress(id object);
 

@@ -47,7 +47,7 @@ std::shared_ptr<Object> askedOf(id host, const KeloAPI::JsonObject &json) {
         throwRaised(raised);
     }
     if (call.made != nil) {
-        return shared(call.made);
+        return toNative(call.made);
     }
     if (call.failure != nil) {
         throwFailure(call.failure);
@@ -90,7 +90,7 @@ id parsed(const KeloAPI::AnyObjectJsonParser &parser, NSDictionary *json, NSErro
         }
         return nil;
     }
-    return wrap(made);
+    return toObjC(made);
 }
 
 } // namespace KeloBridge

@@ -13,10 +13,10 @@
 namespace KeloBridge {
 
 inline id toObjC(const std::optional<KeloAPI::Metadata> &value) {
-    return value ? wrapValue(*value) : nil;
+    return value ? valueToObjC(*value) : nil;
 }
 inline id toObjC(const KeloAPI::Timeline &value) {
-    return wrapValue(value);
+    return valueToObjC(value);
 }
 
 /// Tells a completion what the C++ library tells, each value as its counterpart.

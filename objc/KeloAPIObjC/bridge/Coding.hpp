@@ -48,7 +48,7 @@ void decode(NSCoder *coder, std::optional<T> &member, NSString *key) {
 }
 template <class T>
 void decode(NSCoder *coder, std::shared_ptr<T> &member, NSString *key) {
-    member = std::dynamic_pointer_cast<T>(shared([coder decodeObjectForKey:key]));
+    member = std::dynamic_pointer_cast<T>(toNative([coder decodeObjectForKey:key]));
 }
 /// No and 0 where the archive lacks them.
 void decode(NSCoder *coder, bool &member, NSString *key);

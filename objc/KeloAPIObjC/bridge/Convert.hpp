@@ -70,7 +70,7 @@ template <class T>
 NSArray *array(const std::vector<std::shared_ptr<T>> &objects) {
     NSMutableArray *made = [NSMutableArray arrayWithCapacity:objects.size()];
     for (const auto &object : objects) {
-        [made addObject:wrap(object)];
+        [made addObject:toObjC(object)];
     }
     return made;
 }
@@ -81,15 +81,11 @@ std::vector<std::shared_ptr<T>> objects(NSArray *array) {
     std::vector<std::shared_ptr<T>> made;
     made.reserve([array count]);
     for (NSUInteger i = 0; i < [array count]; ++i) {
-        made.push_back(shared<T>([array objectAtIndex:i]));
+        made.push_back(toNative<T>([array objectAtIndex:i]));
     }
     return made;
 }
 
-template <class T>
-id toObjC(const std::shared_ptr<T> &value) {
-    return wrap(value);
-}
 template <class T>
 NSArray *toObjC(const std::vector<std::shared_ptr<T>> &value) {
     return array(value);
@@ -148,7 +144,7 @@ inline void assign(KeloAPI::Range &member, NSRange value, NSString *) {
 }
 template <class T>
 void assign(std::shared_ptr<T> &member, id value, NSString *) {
-    member = shared<T>(value);
+    member = toNative<T>(value);
 }
 template <class T>
 void assign(std::vector<std::shared_ptr<T>> &member, NSArray *value, NSString *) {

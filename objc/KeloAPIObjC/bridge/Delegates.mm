@@ -59,7 +59,7 @@ public:
 private:
     /// Nil for a session that no shared pointer holds.
     static ::Session *wrapped(NativeSession &session) {
-        return static_cast<::Session *>(wrap(session.weak_from_this().lock()));
+        return static_cast<::Session *>(toObjC(session.weak_from_this().lock()));
     }
     Text asked(SEL question, NativeSession &session) const {
         return inPool([&] {

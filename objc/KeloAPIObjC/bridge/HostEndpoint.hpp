@@ -66,7 +66,7 @@ std::shared_ptr<E> makeEndpoint(Arguments &&...arguments) {
 
 /// `KELO_MAKE` of an endpoint.
 #define KELO_MAKE_ENDPOINT(...)                                                                    \
-    holdMade(self, [&] { return makeEndpoint<KELO_NATIVE>(__VA_ARGS__); })
+    adoptMade(self, [&] { return makeEndpoint<KELO_NATIVE>(__VA_ARGS__); })
 
 /// `initWithSession:`, where the session is all that the endpoint is made of.
 #define KELO_INIT_WITH_SESSION()                                                                   \

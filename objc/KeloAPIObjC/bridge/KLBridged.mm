@@ -135,7 +135,7 @@ Life *lifeOfBridged(id object) {
 
 } // namespace
 
-void add(Class made, Test test) {
+void registerClass(Class made, Test test) {
     registeredClasses().push_back({made, test});
 }
 
@@ -154,7 +154,7 @@ bool isOfHost(KLBridged *made, const Object &native) {
     return object_getClass(made) != classFor(native);
 }
 
-id holdAny(KLBridged *made, const std::shared_ptr<Object> &native) {
+id adoptNative(KLBridged *made, const std::shared_ptr<Object> &native) {
     if (made == nil) {
         return nil;
     }
@@ -164,7 +164,7 @@ id holdAny(KLBridged *made, const std::shared_ptr<Object> &native) {
     return made;
 }
 
-id wrap(const std::shared_ptr<Object> &native) {
+id toObjC(const std::shared_ptr<Object> &native) {
     if (native == nullptr) {
         return nil;
     }
@@ -183,7 +183,7 @@ id wrap(const std::shared_ptr<Object> &native) {
     return [life->object() autorelease];
 }
 
-std::shared_ptr<Object> shared(id object) {
+std::shared_ptr<Object> toNative(id object) {
     if (object == nil) {
         return nullptr;
     }

@@ -8,7 +8,7 @@ namespace KeloBridge {
 /// returns it. Where `make` raises, or gives null, it is released; for null, nil is returned. One
 /// that is initialised already is refused and stays as it is.
 template <class Make>
-id holdMade(KLBridged *made, Make make) {
+id adoptMade(KLBridged *made, Make make) {
     requireNew(made);
     struct Unfinished {
         KLBridged *object;
@@ -19,7 +19,7 @@ id holdMade(KLBridged *made, Make make) {
         return nil;
     }
     unfinished.object = nil;
-    return hold(made, object);
+    return adopt(made, object);
 }
 
 } // namespace KeloBridge

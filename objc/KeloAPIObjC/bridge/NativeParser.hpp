@@ -37,6 +37,6 @@ std::shared_ptr<NativeParser<P>> makeParser(Arguments &&...arguments) {
     @implementation Parser                                                                         \
     KELO_STANDS_FOR(Parser, NativeParser<KeloAPI::Parser>)                                         \
     -(instancetype)init {                                                                          \
-        return holdMade(self, [] { return makeParser<KeloAPI::Parser>(); });                       \
+        return adoptMade(self, [] { return makeParser<KeloAPI::Parser>(); });                      \
     }                                                                                              \
     @end

@@ -53,7 +53,7 @@ template <class E, class Item>
 PostAction postAction() {
     using Result = KeloAPI::PostActionResult<Item>;
     PostAction action;
-    action.post = [](Object &endpoint) { return wrap(dynamic_cast<E &>(endpoint).post()); };
+    action.post = [](Object &endpoint) { return toObjC(dynamic_cast<E &>(endpoint).post()); };
     action.setPath = [](Object &endpoint, bool on) {
         if (auto *own = dynamic_cast<OwnPostAction *>(&endpoint)) {
             own->ownSetPathFor(on);

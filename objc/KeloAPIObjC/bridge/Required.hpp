@@ -25,7 +25,7 @@ void requireArgument(id value, NSString *name);
 template <class T>
 std::shared_ptr<T> required(id object, NSString *name) {
     requireArgument(object, name);
-    return shared<T>(object);
+    return toNative<T>(object);
 }
 
 /// Absent for nil.

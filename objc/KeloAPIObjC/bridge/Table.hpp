@@ -36,7 +36,7 @@
         return held<Native>(face);                                                                 \
     }                                                                                              \
     +(void)load {                                                                                  \
-        add<Native>(self);                                                                         \
+        registerClass<Native>(self);                                                               \
         __VA_ARGS__;                                                                               \
     }
 
@@ -58,7 +58,7 @@
 
 /// The one shape of an initialiser: what stands for a new C++ object made of these. What raises
 /// while they are told lets the receiver go.
-#define KELO_MAKE(...) holdMade(self, [&] { return std::make_shared<KELO_NATIVE>(__VA_ARGS__); })
+#define KELO_MAKE(...) adoptMade(self, [&] { return std::make_shared<KELO_NATIVE>(__VA_ARGS__); })
 
 /// `init`, where the C++ object is made of nothing.
 #define KELO_INIT()                                                                                \
@@ -98,7 +98,7 @@
 /// Reads from an archive what `made` gives, which may be null, and into it these members.
 #define KELO_DECODES(made, ...)                                                                    \
     -(instancetype)initWithCoder : (NSCoder *)coder {                                              \
-        return holdMade(self, [&] {                                                                \
+        return adoptMade(self, [&] {                                                               \
             const auto kept = made;                                                                \
             if (kept != nullptr) {                                                                 \
                 KELO_FOR_EACH(KELO_DECODE, coder, __VA_ARGS__)                                     \

@@ -32,8 +32,8 @@ id timelineResult(const KeloAPI::TimelineResult &result) {
     }
     const auto &page = *result.success();
     return [[[TimelineResult alloc] initWithPosts:array(page.posts)
-                                         nextPage:wrap(page.nextPage)
-                                     previousPage:wrap(page.previousPage)] autorelease];
+                                         nextPage:toObjC(page.nextPage)
+                                     previousPage:toObjC(page.previousPage)] autorelease];
 }
 
 KeloAPI::RecommendationBoost requiredBoost(RecommendationBoost boost) {
@@ -100,7 +100,7 @@ KELO_CALLS(void, (setFollowingOnTwitter, BOOL, following), target, completion,
 KELO_STANDS_FOR(SoundboardEndpoint, KeloAPI::SoundboardEndpoint)
 KELO_INIT_WITH_SESSION()
 KELO_CALLS(id<EndpointRequest>, (), fetchSoundsWithTarget, fetchSoundsWithCompletion,
-           wrap(native(self).fetchSounds(Telling{heard})))
+           toObjC(native(self).fetchSounds(Telling{heard})))
 
 @end
 

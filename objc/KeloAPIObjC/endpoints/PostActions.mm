@@ -21,8 +21,8 @@ using Parser = KeloAPI::AnyObjectJsonParser;
         return postAction<KeloAPI::Face, KeloAPI::Item>();                                         \
     }                                                                                              \
     -(instancetype)initWithPost : (KLWatchPost *)post {                                            \
-        return holdMade(self, [&] {                                                                \
-            return makePostAction<KeloAPI::Face>(shared<KeloAPI::KLWatchPost>(post));              \
+        return adoptMade(self, [&] {                                                               \
+            return makePostAction<KeloAPI::Face>(toNative<KeloAPI::KLWatchPost>(post));            \
         });                                                                                        \
     }                                                                                              \
     @end
@@ -47,8 +47,8 @@ KELO_CALLS(void, (toggleOn, BOOL, on), target, completion,
 }
 
 - (instancetype)initWithPost:(KLWatchPost *)post parser:(AnyObjectJsonParser *)parser {
-    return holdMade(self, [&] {
-        return makePostAction<KELO_NATIVE>(shared<KeloAPI::KLWatchPost>(post),
+    return adoptMade(self, [&] {
+        return makePostAction<KELO_NATIVE>(toNative<KeloAPI::KLWatchPost>(post),
                                            required<Parser>(parser, @"parser"));
     });
 }

@@ -99,7 +99,7 @@ KELO_NO_INIT()
 KELO_READS(NSString *, relativePath, documentsDirectory)
 
 + (FileManager *)sharedGroupManager:(NSString *)relativePath {
-    return wrap(KeloAPI::FileManager::sharedGroupManager(text(relativePath)));
+    return toObjC(KeloAPI::FileManager::sharedGroupManager(text(relativePath)));
 }
 
 - (void)kill {
@@ -129,7 +129,7 @@ KELO_CALLS(void,
            target, completion, request(native(self), endpoint, url, priority, heard))
 
 + (FileQueue *)withKey:(NSString *)key {
-    return wrap(KeloAPI::FileQueue::withKey(text(key)));
+    return toObjC(KeloAPI::FileQueue::withKey(text(key)));
 }
 
 - (void)kill {

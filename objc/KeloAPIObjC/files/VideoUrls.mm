@@ -53,7 +53,7 @@ KELO_STANDS_FOR(KLVideoUrlBitrateSettingParser, NativeParser<SettingParser>)
 KELO_NO_INIT()
 
 - (instancetype)initWithIdentifier:(NSString *)identifier {
-    return holdMade(self, [&] { return makeParser<SettingParser>(text(identifier)); });
+    return adoptMade(self, [&] { return makeParser<SettingParser>(text(identifier)); });
 }
 
 - (NSString *)identifier {
@@ -78,15 +78,15 @@ KELO_READS(NSArray *, settings)
 
 - (KLVideoUrlBitrateSetting *)settingForRemoteURL:(NSURL *)url {
     const auto known = optionalURL(url);
-    return known ? wrap(native(self).settingForRemoteURL(*known)) : nil;
+    return known ? toObjC(native(self).settingForRemoteURL(*known)) : nil;
 }
 
 - (KLVideoUrlBitrateSetting *)settingForFormat:(NSString *)format bitrate:(double)bitrate {
-    return wrap(native(self).settingForFormat(text(format), bitrate));
+    return toObjC(native(self).settingForFormat(text(format), bitrate));
 }
 
 - (KLVideoUrlBitrateSetting *)highestSettingForFormat:(NSString *)format {
-    return wrap(native(self).highestSettingForFormat(text(format)));
+    return toObjC(native(self).highestSettingForFormat(text(format)));
 }
 
 - (NSArray *)settingsForFormat:(NSString *)format {

@@ -24,17 +24,17 @@ KELO_REFUSES("init(session:)", initWithSession, Session *, session)
 }
 
 KELO_CALLS(id<EndpointRequest>, (initiateUploadWithTotalBytes, NSInteger, totalBytes), target,
-           completion, wrap(native(self).initiateUpload(totalBytes, Telling{heard})))
+           completion, toObjC(native(self).initiateUpload(totalBytes, Telling{heard})))
 KELO_CALLS(id<EndpointRequest>,
            (uploadSegmentWithMediaId, NSString *, mediaId, data, NSData *, data, segmentIndex,
             NSInteger, segmentIndex),
            target, completion,
-           wrap(native(self).uploadSegment(text(mediaId), bytes(data), segmentIndex,
-                                           Telling{heard})))
+           toObjC(native(self).uploadSegment(text(mediaId), bytes(data), segmentIndex,
+                                             Telling{heard})))
 KELO_CALLS(id<EndpointRequest>, (finalizeUploadWithMediaId, NSString *, mediaId), target,
-           completion, wrap(native(self).finalizeUpload(text(mediaId), Telling{heard})))
+           completion, toObjC(native(self).finalizeUpload(text(mediaId), Telling{heard})))
 KELO_CALLS(id<EndpointRequest>, (checkStatusWithMediaId, NSString *, mediaId), target, completion,
-           wrap(native(self).checkStatus(text(mediaId), Telling{heard})))
+           toObjC(native(self).checkStatus(text(mediaId), Telling{heard})))
 
 @end
 
@@ -48,9 +48,9 @@ KELO_REFUSES("init(session:)", initWithSession, Session *, session)
 }
 
 KELO_CALLS(id<EndpointRequest>, (), fetchViewsWithTarget, fetchViewsWithCompletion,
-           wrap(native(self).fetchViews(Telling{heard})))
+           toObjC(native(self).fetchViews(Telling{heard})))
 KELO_CALLS(id<EndpointRequest>, (), submitViewWithTarget, submitViewWithCompletion,
-           wrap(native(self).submitView(Telling{heard})))
+           toObjC(native(self).submitView(Telling{heard})))
 
 @end
 

@@ -23,7 +23,7 @@ using namespace KeloBridge;
 static auto channelParser(KLPagedDataParser *timelineParser) {
     using ChannelParser = KeloAPI::KLChannelParser;
     using Timeline = NativeParser<ChannelParser::TimelineParser>;
-    const auto timeline = shared<Timeline>(timelineParser);
+    const auto timeline = toNative<Timeline>(timelineParser);
     return makeParser<ChannelParser>(timeline == nullptr ? nullptr : timeline->parser());
 }
 
@@ -45,8 +45,8 @@ KELO_STANDS_FOR(KLEntityParser, NativeParser<KeloAPI::KLEntityParser>)
 KELO_NO_INIT()
 
 - (instancetype)initWithText:(NSString *)text {
-    return holdMade(self,
-                    [&] { return makeParser<KeloAPI::KLEntityParser>(KeloBridge::text(text)); });
+    return adoptMade(self,
+                     [&] { return makeParser<KeloAPI::KLEntityParser>(KeloBridge::text(text)); });
 }
 
 @end
@@ -56,11 +56,11 @@ KELO_NO_INIT()
 KELO_STANDS_FOR(KLChannelParser, NativeParser<KeloAPI::KLChannelParser>)
 
 - (instancetype)init {
-    return holdMade(self, [] { return channelParser(nil); });
+    return adoptMade(self, [] { return channelParser(nil); });
 }
 
 - (instancetype)initWithTimelineParser:(KLPagedDataParser *)timelineParser {
-    return holdMade(self, [&] { return channelParser(timelineParser); });
+    return adoptMade(self, [&] { return channelParser(timelineParser); });
 }
 
 @end

@@ -102,7 +102,7 @@ KELO_FIELD(NSURL *, thumbnailUrl, setThumbnailUrl)
 KELO_READS(KLPostSourceContentType, contentType)
 
 - (instancetype)initWithJSON:(NSDictionary *)json {
-    return holdMade(self, [&] { return KeloAPI::KLPostSource::fromJSON(*JsonOf(json)); });
+    return adoptMade(self, [&] { return KeloAPI::KLPostSource::fromJSON(*JsonOf(json)); });
 }
 
 @end
@@ -120,7 +120,7 @@ KELO_READS(BOOL, hasTrackTimeline)
 KELO_FIELD(NSURL *, albumArtUrl, setAlbumArtUrl)
 
 - (instancetype)initWithJson:(NSDictionary *)json {
-    return holdMade(self, [&] { return KeloAPI::KLPostAudioMetadata::fromJSON(*JsonOf(json)); });
+    return adoptMade(self, [&] { return KeloAPI::KLPostAudioMetadata::fromJSON(*JsonOf(json)); });
 }
 
 @end

@@ -34,7 +34,7 @@ KELO_READS(BOOL, hasNextPage)
 }
 
 - (id)copyWithZone:(NSZone *)zone {
-    return hold([[self class] allocWithZone:zone], native(self).copy());
+    return adopt([[self class] allocWithZone:zone], native(self).copy());
 }
 
 - (void)setMetadata:(KLPagingMetadata *)metadata {
@@ -46,7 +46,7 @@ KELO_READS(BOOL, hasNextPage)
 }
 
 - (id)objectAtIndexedSubscript:(NSInteger)index {
-    return wrap(native(self)[index]);
+    return toObjC(native(self)[index]);
 }
 
 - (void)setObject:(id)object atIndexedSubscript:(NSInteger)index {
@@ -54,7 +54,7 @@ KELO_READS(BOOL, hasNextPage)
 }
 
 - (id)objectAtIndex:(NSInteger)index {
-    return wrap(native(self).objectAtIndex(index));
+    return toObjC(native(self).objectAtIndex(index));
 }
 
 - (void)append:(id)object {
@@ -74,23 +74,23 @@ KELO_READS(BOOL, hasNextPage)
 }
 
 - (id)removeAtIndex:(NSInteger)index {
-    return wrap(native(self).removeAtIndex(index));
+    return toObjC(native(self).removeAtIndex(index));
 }
 
 - (id)removeObjectAtIndex:(NSInteger)index {
-    return wrap(native(self).removeObjectAtIndex(index));
+    return toObjC(native(self).removeObjectAtIndex(index));
 }
 
 - (BOOL)remove:(id)object {
-    return native(self).remove(shared(object));
+    return native(self).remove(toNative(object));
 }
 
 - (BOOL)removeObject:(id)object {
-    return native(self).removeObject(shared(object));
+    return native(self).removeObject(toNative(object));
 }
 
 - (void)addPagedData:(KLPagedData *)other {
-    native(self).addPagedData(shared<PagedData>(other));
+    native(self).addPagedData(toNative<PagedData>(other));
 }
 
 - (void)appendPagedData:(KLPagedData *)other {

@@ -57,7 +57,7 @@ KELO_READS(NSNumber *, nextPage, previousPage)
 KELO_READS(NSString *, anchor, backAnchor, title)
 
 - (instancetype)initWithJson:(NSDictionary *)json {
-    return holdMade(self, [&] {
+    return adoptMade(self, [&] {
         return std::make_shared<Boxed<KeloAPI::Metadata>>(KeloAPI::Metadata(*JsonOf(json)));
     });
 }

@@ -16,7 +16,7 @@ using PageParser = KeloAPI::KLPagedDataParser<ItemParser>;
 KELO_STANDS_FOR(AnyObjectJsonParser, ItemParser)
 
 - (instancetype)init {
-    return holdMade(self, [] { return std::make_shared<BridgedParser>(); });
+    return adoptMade(self, [] { return std::make_shared<BridgedParser>(); });
 }
 
 - (id)parse:(NSDictionary *)json error:(NSError **)error {
@@ -40,7 +40,7 @@ KELO_STANDS_FOR(KLPagedDataParser, NativeParser<PageParser>)
 KELO_NO_INIT()
 
 - (instancetype)initWithItemParser:(AnyObjectJsonParser *)itemParser {
-    return holdMade(self, [&] {
+    return adoptMade(self, [&] {
         return makeParser<PageParser>(required<ItemParser>(itemParser, @"itemParser"));
     });
 }

@@ -14,8 +14,8 @@ KELO_READS(NSDate *, requestStartTime, initialResponseTime, requestCompletedTime
 KELO_READS(NSTimeInterval, latency, requestDuration, serializationDuration, totalDuration)
 
 - (instancetype)init {
-    return holdMade(self,
-                    [] { return std::make_shared<Boxed<KeloAPI::Timeline>>(KeloAPI::Timeline()); });
+    return adoptMade(
+        self, [] { return std::make_shared<Boxed<KeloAPI::Timeline>>(KeloAPI::Timeline()); });
 }
 
 @end

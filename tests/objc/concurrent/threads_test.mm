@@ -78,8 +78,8 @@ TEST(ThreadsTest, AllFindOneObject) {
         Natives natives(threadCount, std::exchange(made, {}));
         std::vector<std::vector<id>> found(threadCount, std::vector<id>(objectCount));
         onThreadsForEach([&](std::size_t thread, std::size_t object) {
-            id one = wrap(natives[thread][object]);
-            EXPECT_EQ(shared(one), natives[thread][object]);
+            id one = toObjC(natives[thread][object]);
+            EXPECT_EQ(toNative(one), natives[thread][object]);
             natives[thread][object] = nullptr;
             found[thread][object] = [one retain];
         });
@@ -95,15 +95,15 @@ TEST(ThreadsTest, AllFindOneObject) {
 
 TEST(ThreadsTest, AnObjectRestsAndWakes) {
     const auto native = std::make_shared<KeloAPI::KLEmpty>();
-    id object = wrap(native);
+    id object = toObjC(native);
     for (int round = 0; round < roundCount; ++round) {
         onThreadsForEach([&](std::size_t, std::size_t) {
-            EXPECT_EQ(wrap(native), object);
+            EXPECT_EQ(toObjC(native), object);
             [object retain];
             [object release];
         });
     }
-    EXPECT_EQ(shared(object), native);
+    EXPECT_EQ(toNative(object), native);
 }
 
 /// Whichever side lets go last, on whichever thread.
@@ -117,14 +117,14 @@ TEST(ThreadsTest, AHostsObjectEndsOnce) {
             post.postId = @"7";
             object = post;
             for (auto &ofThread : natives) {
-                ofThread.push_back(shared(post));
+                ofThread.push_back(toNative(post));
             }
         }
         onThreadsForEach([&](std::size_t thread, std::size_t object) {
             if (thread == 0) {
                 [posts[object] release];
             } else {
-                EXPECT_EQ(wrap(natives[thread][object]), posts[object]);
+                EXPECT_EQ(toObjC(natives[thread][object]), posts[object]);
             }
             natives[thread][object] = nullptr;
         });
@@ -152,9 +152,9 @@ TEST(ThreadsTest, ObjectsAreArchived) {
 TEST(ThreadsTest, AHostsOwnObjectsCross) {
     NSObject *other = [[NSObject new] autorelease];
     onThreadsForEach([&](std::size_t, std::size_t) {
-        const auto crossed = shared(other);
-        EXPECT_EQ(shared(other), crossed);
-        EXPECT_EQ(wrap(crossed), other);
+        const auto crossed = toNative(other);
+        EXPECT_EQ(toNative(other), crossed);
+        EXPECT_EQ(toObjC(crossed), other);
     });
     EXPECT_EQ([other retainCount], 1U);
 }
