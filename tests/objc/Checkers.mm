@@ -31,16 +31,16 @@ void lettingLeak(const std::function<void()> &call) {
     call();
 }
 
-void makeWhatStays();
+} // namespace KeloObjcTest
+
+extern "C" void KeloMakeWhatStays();
 
 /// Has classes make what they keep for good, and lose.
-void makeWhatStays() {
-    lettingLeak([] {
+extern "C" void KeloMakeWhatStays() {
+    KeloObjcTest::lettingLeak([] {
         NSAutoreleasePool *pool = [NSAutoreleasePool new];
         [NSData data];
         [NSKeyedUnarchiver class];
         [pool drain];
     });
 }
-
-} // namespace KeloObjcTest

@@ -4,9 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace KeloObjcTest {
-void makeWhatStays();
-}
+extern "C" void KeloMakeWhatStays();
 
 namespace {
 
@@ -31,7 +29,7 @@ class PoolOfEachTest : public testing::EmptyTestEventListener {
 
 int main(int argc, char **argv) {
     testing::InitGoogleTest(&argc, argv);
-    KeloObjcTest::makeWhatStays();
+    KeloMakeWhatStays();
     testing::UnitTest::GetInstance()->listeners().Append(new PoolOfEachTest);
     return RUN_ALL_TESTS();
 }

@@ -7,6 +7,7 @@
 int main(int argc, char **argv) {
     const HostCase *const groups[] = {ownershipCases, exceptionCases, runtimeCases};
     int count = 0;
+    KeloMakeWhatStays();
     for (size_t group = 0; group < sizeof groups / sizeof groups[0]; ++group) {
         for (const HostCase *one = groups[group]; one->name != NULL; ++one) {
             if (argc > 1 && strcmp(argv[1], one->name) != 0) {
