@@ -67,7 +67,7 @@ inline NSTimeInterval toObjC(std::chrono::microseconds value) {
 }
 /// No element is null.
 template <class T>
-NSArray *array(const std::vector<std::shared_ptr<T>> &objects) {
+NSArray *toObjC(const std::vector<std::shared_ptr<T>> &objects) {
     NSMutableArray *made = [NSMutableArray arrayWithCapacity:objects.size()];
     for (const auto &object : objects) {
         [made addObject:toObjC(object)];
@@ -84,11 +84,6 @@ std::vector<std::shared_ptr<T>> objects(NSArray *array) {
         made.push_back(toNative<T>([array objectAtIndex:i]));
     }
     return made;
-}
-
-template <class T>
-NSArray *toObjC(const std::vector<std::shared_ptr<T>> &value) {
-    return array(value);
 }
 
 /// The JSON object that a dictionary is, for the length of an expression.

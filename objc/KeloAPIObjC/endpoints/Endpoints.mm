@@ -31,7 +31,7 @@ id timelineResult(const KeloAPI::TimelineResult &result) {
         return toResult([TimelineResult class], result.error(), nil);
     }
     const auto &page = *result.success();
-    return [[[TimelineResult alloc] initWithPosts:array(page.posts)
+    return [[[TimelineResult alloc] initWithPosts:toObjC(page.posts)
                                          nextPage:toObjC(page.nextPage)
                                      previousPage:toObjC(page.previousPage)] autorelease];
 }

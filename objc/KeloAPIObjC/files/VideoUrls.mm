@@ -90,7 +90,7 @@ KELO_READS(NSArray *, settings)
 }
 
 - (NSArray *)settingsForFormat:(NSString *)format {
-    return array(native(self).settingsForFormat(text(format)));
+    return toObjC(native(self).settingsForFormat(text(format)));
 }
 
 @end
