@@ -44,7 +44,9 @@ enum class ReadingPlace : std::uint8_t {
 /// Where a manager's responses are read, each queue one after another: by the library's own
 /// readers, and by those that may be slow, which are the hosts'.
 struct ResponseQueues {
+    /// By the library's own readers.
     std::shared_ptr<SerialQueue> library;
+    /// By those that may be slow, which are the hosts'.
     std::shared_ptr<SerialQueue> hosts;
 };
 

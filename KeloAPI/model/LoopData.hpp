@@ -26,6 +26,7 @@ public:
         , velocity(initialVelocity)
         , created(Date::now()) {}
 
+    /// The same of plain numbers.
     LoopData(std::uint64_t initialCount, double initialVelocity)
         : LoopData(Number::of(initialCount), Number::of(initialVelocity)) {}
 

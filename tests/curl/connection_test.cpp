@@ -59,7 +59,31 @@ protected:
 TEST_F(ConnectionTest, OneTheServerClosedMeanwhileIsReplaced) {
     RawServer closing(answeringOnce(okResponse()));
     for (int i = 0; i < 5; ++i) {
-        ASSERT_TRUE(succeeded(send(*transport, with(Method::POST, closing.url("/"), "body"))));
+        ASSERT_TRUE(succeeded(send(*transport, with(Method::PUT, closing.url("/"), "body"))));
+    }
+}
+
+TEST_F(ConnectionTest, WhatWasReadOnALostOneIsSentAgainOnlyWhereThatDoesNoHarm) {
+    for (const auto& [method, isSentAgain] :
+         {std::pair{Method::POST, false}, {Method::PATCH, false}, {Method::PUT, true}}) {
+        std::atomic<bool> loses = true;
+        RawServer losing([&loses](RawConnection& connection) {
+            connection.readRequest();
+            connection.write(okResponse());
+            // The second request on the first connection is read, and nothing comes back.
+            if (!connection.readRequest().empty() && !loses.exchange(false)) {
+                connection.write(okResponse());
+            }
+        });
+        const auto request = with(method, losing.url("/"), "body");
+        ASSERT_TRUE(succeeded(send(*transport, request)));
+        const auto second = send(*transport, request);
+        EXPECT_EQ(losing.requests(), isSentAgain ? 3 : 2);
+        if (isSentAgain) {
+            EXPECT_TRUE(succeeded(second));
+        } else {
+            EXPECT_TRUE(failedWith(second, HTTPErrorCode::ConnectionLost));
+        }
     }
 }
 
