@@ -49,7 +49,7 @@ std::unique_ptr<BodySink> Manager::memorySink() const {
 
 std::shared_ptr<Request> Manager::start(URLRequest request, TransferKind kind,
                                         Request::Counts counts, std::unique_ptr<BodySink> sink) {
-    const std::shared_ptr<Request> made(
+    std::shared_ptr<Request> made(
         new Request(std::move(request), kind, counts, std::move(sink), _queues));
     made->start(*_transport);
     return made;

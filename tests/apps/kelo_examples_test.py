@@ -11,7 +11,7 @@ import unittest
 import urllib.parse
 
 from case import PASSWORD, Case
-from service import BIN, CERTIFICATES, KEY
+from service import BIN, CERTIFICATES, KEY, Service
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 
@@ -233,6 +233,16 @@ class ObjcExample(Case):
         self.assertEqual(len(keys), 1)
         self.assertNotEqual(keys, [KEY])
         self.assertEqual(len(self.service.seen(path)), 1)
+
+    def test_accepts_the_certificate_that_it_is_given(self):
+        with tempfile.TemporaryDirectory() as state:
+            own = Service(XDG_STATE_HOME=state)
+            self.addCleanup(own.stop)
+            pem = f"{state}/kelo-service/certificate.pem"
+            for code, environment in ((1, {}), (0, {"XDG_STATE_HOME": state}),
+                                      (0, {"KELO_PIN": pem})):
+                done = self.feed(KELO_HOST=own.host, **environment)
+                self.assertEqual(done.returncode, code, done.stderr)
 
     def test_failures(self):
         for environment in ({"KELO_HOST": "localhost:1"}, {"KELO_PASSWORD": "no"}):

@@ -45,6 +45,7 @@ std::vector<Call> callsThatNeed() {
     id target = nil;
     return {
         {"session", [] { [[Endpoint alloc] initWithSession:nil]; }},
+        {"certificates", [] { [anySession() pinCertificates:nil]; }},
         {"session", [] { [[MeEndpoint alloc] initWithSession:nil]; }},
         {"session", [] { [[UserEndpoint alloc] initWithSession:nil]; }},
         {"session", [] { [[UserEndpoint alloc] initWithSession:nil userId:@"1"]; }},

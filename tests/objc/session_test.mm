@@ -41,6 +41,13 @@ TEST_F(SessionTest, KeepsItsType) {
     EXPECT_TRUE([Session certificatePinningEnabled]);
 }
 
+TEST_F(SessionTest, PinsWhatIsACertificate) {
+    [session pinCertificates:[NSArray array]];
+    NSData *text = [@"-----BEGIN" dataUsingEncoding:NSUTF8StringEncoding];
+    const auto pinText = [&] { [session pinCertificates:[NSArray arrayWithObject:text]]; };
+    EXPECT_TRUE(same([raised(pinText) reason], @"not a certificate"));
+}
+
 TEST_F(SessionTest, WithoutADelegate) {
     EXPECT_EQ(session.delegate, nil);
     EXPECT_GT([session.host length], 0U);

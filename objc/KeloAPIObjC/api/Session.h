@@ -41,6 +41,12 @@ typedef NS_ENUM(NSInteger, SessionType) {
 /// Whether requests are background polls; by default NO.
 @property(nonatomic, readonly) BOOL polling;
 
+/// From now on the session's host must show one of these certificates, each an `NSData` in PEM or
+/// DER form, in place of those that are built into the library. An empty array refuses every
+/// server; what is not a certificate raises `NSInvalidArgumentException`. Calls that are under way
+/// are cancelled.
+- (void)pinCertificates:(NSArray *)certificates;
+
 /// Ends the wait of the queued retries: YES sends each again, oldest first; NO drops them. On the
 /// main queue's thread.
 - (void)handleQueuedRetriesWithShouldRetry:(BOOL)shouldRetry;

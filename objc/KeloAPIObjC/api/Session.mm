@@ -4,6 +4,7 @@
 #include <KeloAPI/api/Api.hpp>
 #include <KeloAPI/api/Endpoint.hpp>
 #include <KeloAPI/api/Session.hpp>
+#include <KeloAPI/http/Manager.hpp>
 #include <KeloAPIObjC/bridge/Calls.hpp>
 #include <KeloAPIObjC/bridge/Delegates.hpp>
 #include <KeloAPIObjC/bridge/RuntimeName.hpp>
@@ -32,6 +33,19 @@ void requireCaptcha(Native &session, Endpoint *endpoint, NSURL *captchaUrl,
     session.endpointRequiresCaptcha(toNative<KeloAPI::Endpoint>(endpoint),
                                     requiredURL(captchaUrl, @"captchaUrl"),
                                     tellingIfHeard<KeloAPI::EndpointRetry>(retry));
+}
+
+/// PEM or DER.
+KeloAPI::Certificate requiredCertificate(NSData *data) {
+    const std::string bytes(static_cast<const char *>([data bytes]), [data length]);
+    auto certificate = KeloAPI::Certificate::fromPEM(bytes);
+    if (!certificate) {
+        certificate = KeloAPI::Certificate::fromDER(KeloAPI::Data(bytes));
+    }
+    if (!certificate) {
+        [NSException raise:NSInvalidArgumentException format:@"not a certificate"];
+    }
+    return *certificate;
 }
 
 } // namespace
@@ -64,6 +78,17 @@ KELO_CALLS(void, (endpointRequiresCaptcha, Endpoint *, endpoint, captchaUrl, NSU
 
 - (void)setDelegate:(id<SessionDelegate>)delegate {
     native(self).setDelegate(sessionDelegate(delegate));
+}
+
+- (void)pinCertificates:(NSArray *)certificates {
+    requireArgument(certificates, @"certificates");
+    KeloAPI::PinCertificates pins;
+    for (NSUInteger index = 0; index < [certificates count]; ++index) {
+        pins.certificates.push_back(requiredCertificate([certificates objectAtIndex:index]));
+    }
+    Native &session = native(self);
+    const KeloAPI::ServerTrustPolicyManager trust({{session.host(), std::move(pins)}});
+    session.setSessionManager(std::make_shared<KeloAPI::Manager>(trust));
 }
 
 - (void)handleQueuedRetriesWithShouldRetry:(BOOL)shouldRetry {
