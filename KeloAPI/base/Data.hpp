@@ -30,7 +30,7 @@ public:
     /// Valid as long as a copy of this object.
     std::span<const std::byte> bytes() const { return _bytes; }
     std::size_t size() const { return _bytes.size(); } ///< How many bytes.
-    bool empty() const { return _bytes.empty(); }      ///< Whether there is no byte.
+    bool empty() const { return _bytes.empty(); }      ///< Whether it has a size of 0.
 
     /// The same bytes as characters.
     std::string_view text() const {

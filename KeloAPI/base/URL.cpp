@@ -37,7 +37,7 @@ private:
     bool _ok;
 };
 
-/// None where there are no digits, or more than a port has.
+/// Absent without digits, and with more than a port has.
 std::optional<std::uint16_t> portOf(std::string_view digits) {
     std::uint16_t port = 0;
     const auto outcome = std::from_chars(digits.data(), digits.data() + digits.size(), port);

@@ -14,7 +14,7 @@ struct TimelineSuccess {
     std::vector<std::shared_ptr<KLWatchPost>> posts;
     /// Null where there is no such page.
     std::shared_ptr<TimelineEndpoint> nextPage;
-    /// Null where there is no such page; may lead to an empty one.
+    /// Null without such a page; may lead to an empty one.
     std::shared_ptr<TimelineEndpoint> previousPage;
 };
 

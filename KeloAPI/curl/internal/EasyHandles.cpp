@@ -19,7 +19,7 @@ void EasyHandles::clear() noexcept {
 
 CURL* EasyHandles::take() {
     if (_idle.empty()) {
-        _idle.reserve(maxIdle); // so that none is lost where there is no memory any more
+        _idle.reserve(maxIdle); // so that giving back never needs memory
         return curl_easy_init();
     }
     CURL* easy = _idle.back();

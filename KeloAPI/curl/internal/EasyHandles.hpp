@@ -15,7 +15,7 @@ public:
     EasyHandles& operator=(const EasyHandles&) = delete;
     ~EasyHandles() { clear(); }
 
-    /// Without options; null where there is no memory.
+    /// Without options; null when memory has run out.
     CURL* take();
     /// Takes back what `take` gave. `mayServeAgain` is false where its request had a Host field:
     /// libcurl would file the cookies of the next one under that name.

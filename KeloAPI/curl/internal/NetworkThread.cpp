@@ -21,7 +21,7 @@ NetworkThread::NetworkThread(std::string name, const ServerTrustPolicyManager& t
     , _connectionsPerHost(connectionsPerHost) {}
 
 NetworkThread::~NetworkThread() {
-    curl_multi_cleanup(_multi); // where there was no thread
+    curl_multi_cleanup(_multi); // if the thread never started
 }
 
 void NetworkThread::open() {
@@ -94,7 +94,8 @@ void NetworkThread::loop() {
         }
         resumePaused();
         sendWaiting();
-        // What arrives while transfers are ended below, however long that takes, is no silence.
+        // What arrives while transfers are ended below, however long that takes, breaks the
+        // silence.
         const auto now = CurlTransfer::Clock::now();
         int running = 0;
         curl_multi_perform(_multi, &running);
