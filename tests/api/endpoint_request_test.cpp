@@ -214,6 +214,24 @@ TEST_F(EndpointRequestTest, TheProgressHandlerMayReplaceItself) {
     EXPECT_FALSE(handle->progressHandler());
 }
 
+TEST_F(EndpointRequestTest, TheProgressHandlerIsReadAnewAtEachReport) {
+    const auto manual = std::make_shared<testing::ManualTransport>();
+    session->setSessionManager(std::make_shared<Manager>(manual));
+    std::string heard;
+    const auto handle = send();
+    handle->setProgressHandler([&heard](EndpointRequest& request, double) {
+        heard += "a";
+        request.setProgressHandler([&heard](EndpointRequest&, double) { heard += "b"; });
+    });
+    manual->head(200, 4);
+    manual->data("ab");
+    EXPECT_TRUE(runUntil([&] { return heard == "a"; }));
+    manual->data("cd");
+    EXPECT_TRUE(runUntil([&] { return heard == "ab"; }));
+    manual->complete();
+    EXPECT_TRUE(completed());
+}
+
 TEST_F(EndpointRequestTest, UploadsReportTheBytesSent) {
     noteProgress(*endpoint->upload(std::make_shared<KLEmptyParser>(), Data(std::string(1000, 'x')),
                                    completion()));
