@@ -99,6 +99,24 @@ TEST_F(RequestOnTheWire, EveryMethodUnderItsNameWithAndWithoutABody) {
         << "an empty body is a body";
 }
 
+TEST_F(RequestOnTheWire, CookiesOfAHostThatARequestNamesReachNoOther) {
+    const auto sayingCookies = [](RawConnection& connection) {
+        connection.serve([](const std::string& request) {
+            const bool has = request.find("\r\nCookie: ") != std::string::npos;
+            const std::string body = has ? "cookie" : "none";
+            return "HTTP/1.1 200 OK\r\nSet-Cookie: secret=1\r\nContent-Length: " +
+                   std::to_string(body.size()) + "\r\n\r\n" + body;
+        });
+    };
+    RawServer first(sayingCookies);
+    RawServer second(sayingCookies);
+    auto named = get(first.url("/"));
+    named.headerFields["Host"] = "a.example";
+    EXPECT_EQ(send(*transport, named)->body, "none");
+    EXPECT_EQ(send(*transport, get(second.url("/")))->body, "none");
+    EXPECT_EQ(send(*transport, get(second.url("/")))->body, "cookie") << "its own";
+}
+
 TEST_F(RequestOnTheWire, CookiesComeBackToWhoeverSetThem) {
     RawServer setting([](RawConnection& connection) {
         connection.serve([](const std::string& request) {

@@ -227,6 +227,20 @@ TEST_F(RetryTest, RepeatsWhatMayBeRepeatedInTime) {
     }
 }
 
+TEST_F(RetryTest, WhatWasPassedOverIsNotASuccessWhenItsPauseNoLongerFits) {
+    std::binary_semaphore late{0};
+    const RawServer slow([&late](RawConnection& connection) {
+        connection.readRequest();
+        connection.write("HTTP/1.1 503 Busy\r\nContent-Length: 4\r\n\r\nbu");
+        static_cast<void>(late.try_acquire_for(700ms));
+        connection.write("sy");
+        connection.waitForClose();
+    });
+    const auto heard =
+        sendWith({.responseTimeout = 1s, .retries = retrying(2, 600ms)}, get(slow.url("/")));
+    EXPECT_TRUE(failedWith(heard, HTTPErrorCode::TimedOut));
+}
+
 TEST_F(RetryTest, APauseIsCancelledAtOnceAndEndsWithItsTransport) {
     transport = unpinned({.retries = retrying(2, 1h)});
     const auto first = std::make_shared<RecordingObserver>();
