@@ -2,6 +2,7 @@
 #include <KeloAPI/http/internal/makeTransport.hpp>
 #include <KeloAPI/http/internal/MemorySink.hpp>
 #include <KeloAPI/http/Manager.hpp>
+#include <KeloAPI/json/internal/JsonReader.hpp>
 
 #include <utility>
 
@@ -14,7 +15,9 @@ Manager::Manager(std::shared_ptr<Transport> transport, const TransportSettings& 
     : _settings(settings)
     , _queues{std::make_shared<SerialQueue>("KeloAPI.models"),
               std::make_shared<SerialQueue>("KeloAPI.response")}
-    , _transport(std::move(transport)) {}
+    , _transport(std::move(transport)) {
+    initialiseJsonReader();
+}
 
 std::shared_ptr<Request> Manager::request(const URLRequestConvertible& convertible) {
     return start(convertible.URLRequest(), TransferKind::Call, Request::Counts::BytesReceived,

@@ -1,3 +1,4 @@
+#include <KeloAPI/json/internal/JsonReader.hpp>
 #include <KeloAPI/json/internal/JsonSubstitution.hpp>
 #include <KeloAPI/json/Json.hpp>
 #include <KeloAPI/queues/internal/ExitGuard.hpp>
@@ -337,16 +338,6 @@ JsonDocument::~JsonDocument() = default;
 
 namespace {
 
-/// Makes the reader choose its implementation for this processor, whose objects register exit
-/// handlers.
-void initialiseReader() {
-    static std::once_flag once;
-    std::call_once(once, [] {
-        static_cast<void>(simdjson::get_active_implementation()->name());
-        ExitGuard::installBehindLibrary();
-    });
-}
-
 /// Puts the numbers that stood as 0 into the document as doubles.
 void putBack(const std::vector<LargeNumber>& numbers, Document& document) {
     auto number = numbers.begin();
@@ -384,13 +375,21 @@ simdjson::error_code readWithSubstitutes(std::string_view text, simdjson::error_
 
 } // namespace
 
+void initialiseJsonReader() {
+    static std::once_flag once;
+    std::call_once(once, [] {
+        static_cast<void>(simdjson::get_active_implementation()->name());
+        ExitGuard::installBehindLibrary();
+    });
+}
+
 Result<JsonDocument> JsonDocument::parse(const std::string& text) {
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
     std::string_view json = text;
     json.remove_prefix(json.starts_with(byteOrderMark) ? byteOrderMark.size() : 0);
     const bool padded = text.capacity() - text.size() >= simdjson::SIMDJSON_PADDING;
     auto contents = std::make_unique<Contents>();
-    initialiseReader();
+    initialiseJsonReader();
     // A task that outlasts the exit's patience must not come to a reader that is gone.
     ExitGuard::parkIfExiting();
     simdjson::dom::parser parser;
