@@ -5,6 +5,7 @@
 #include <KeloAPI/http/internal/MemorySink.hpp>
 
 #include <atomic>
+#include <mutex>
 #include <semaphore>
 
 namespace KeloAPI::testing {
@@ -159,18 +160,29 @@ protected:
     void serve(RawConnection& connection) {
         for (std::string request = connection.readRequest(); !request.empty();
              request = connection.readRequest()) {
+            const std::string failed = failure();
             if (++requests > failures) {
                 connection.write(okResponse());
-            } else if (failure.empty()) {
+            } else if (failed.empty()) {
                 return; // the connection closes without a response
             } else {
-                connection.write(failure);
+                connection.write(failed);
             }
         }
     }
 
-    std::string failure = responseOf("503 Busy", "", "busy");
-    int failures = 2;
+    std::string failure() {
+        const std::lock_guard lock(mutex);
+        return failureText;
+    }
+    void setFailure(std::string failure) {
+        const std::lock_guard lock(mutex);
+        failureText = std::move(failure);
+    }
+
+    std::mutex mutex;
+    std::string failureText = responseOf("503 Busy", "", "busy");
+    std::atomic<int> failures = 2;
     std::atomic<int> requests = 0;
     RawServer server{[this](RawConnection& connection) { serve(connection); }};
 };
@@ -185,7 +197,7 @@ TEST_F(RetryTest, GoesOnUntilAResponseIsThere) {
 }
 
 TEST_F(RetryTest, RepeatsWhatMayBeRepeatedInTime) {
-    const std::string busy = failure;
+    const std::string busy = failure();
     const struct {
         const char* what;
         TransportSettings settings;
@@ -218,7 +230,7 @@ TEST_F(RetryTest, RepeatsWhatMayBeRepeatedInTime) {
     for (const auto& one : table) {
         SCOPED_TRACE(one.what);
         requests = 0;
-        failure = one.failure;
+        setFailure(one.failure);
         const auto heard = sendWith(one.settings, with(one.method, server.url("/"), "bytes"));
         EXPECT_TRUE(succeeded(heard, one.status));
         EXPECT_EQ(heard->body, one.status == 200 ? "ok" : one.status == 503 ? "busy" : "");
@@ -244,8 +256,8 @@ TEST_F(RetryTest, WhatWasPassedOverIsNotASuccessWhenItsPauseNoLongerFits) {
 TEST_F(RetryTest, APauseIsCancelledAtOnceAndEndsWithItsTransport) {
     transport = unpinned({.retries = retrying(2, 1h)});
     const auto first = std::make_shared<RecordingObserver>();
-    const auto exchange = transport->start(get(server.url("/")), first);
     failures = 1;
+    const auto exchange = transport->start(get(server.url("/")), first);
     ASSERT_TRUE(eventually([this] { return requests > 0; }));
     // Behind the pause of the first, on the same thread.
     ASSERT_TRUE(succeeded(send(*transport, with(Method::POST, server.url("/"), ""))));
