@@ -294,7 +294,7 @@ int main(int argc, char** argv) {
     return KeloBenchmark::runWithRatios(
         argc, argv,
         {{"file-1GiB/curl", "largeFile/real_time", "largeFileByCurl/real_time", 0.95, Clock::Wall},
-         {"files-1000/loop", "smallFilesByQueue/real_time", "smallFilesByLoop/real_time", 0.9,
+         {"files-1000/loop", "smallFilesByQueue/real_time", "smallFilesByLoop/real_time", 0.80,
           Clock::Wall},
          {"list-100000/ls", "listCache/real_time", "listCacheByLs/real_time", 1.0, Clock::Wall},
          {"trim-100000/shell",
