@@ -56,8 +56,10 @@ bool isNumber(std::string_view label) {
 /// some, characters beyond ASCII are mapped to others, and behind a last label that is a number
 /// hides an address.
 bool isPlainName(std::string_view name) {
-    constexpr std::string_view allowed = "abcdefghijklmnopqrstuvwxyz0123456789-_.";
-    return name.find_first_not_of(allowed) == std::string_view::npos && !name.starts_with('.') &&
+    const auto isAllowed = [](char c) {
+        return Ascii::isAlphanumeric(c) || c == '-' || c == '_' || c == '.';
+    };
+    return std::all_of(name.begin(), name.end(), isAllowed) && !name.starts_with('.') &&
            name.find("..") == std::string_view::npos && !isNumber(name.substr(name.rfind('.') + 1));
 }
 
@@ -124,11 +126,16 @@ std::string unescaped(std::string_view text) {
 
 // The parts of a URL that has been parsed once are read off its text, as they are asked for often.
 
+bool endsAuthority(char c) {
+    return c == '/' || c == '?' || c == '#';
+}
+
 /// A colon before any other delimiter ends the scheme, and nothing else does.
 std::string_view schemeOf(std::string_view url) {
-    const auto end = url.find_first_of(":/?#");
-    return end == std::string_view::npos || url[end] != ':' ? std::string_view()
-                                                            : url.substr(0, end);
+    const auto end =
+        std::find_if(url.begin(), url.end(), [](char c) { return c == ':' || endsAuthority(c); });
+    return end == url.end() || *end != ':' ? std::string_view()
+                                           : std::string_view(url.begin(), end);
 }
 
 std::string_view withoutScheme(std::string_view url) {
@@ -138,9 +145,12 @@ std::string_view withoutScheme(std::string_view url) {
 
 /// Empty where there is none.
 std::string_view authorityOf(std::string_view url) {
-    const std::string_view rest = withoutScheme(url);
-    return rest.starts_with("//") ? rest.substr(2, rest.find_first_of("/?#", 2) - 2)
-                                  : std::string_view();
+    std::string_view rest = withoutScheme(url);
+    if (!rest.starts_with("//")) {
+        return {};
+    }
+    rest.remove_prefix(2);
+    return {rest.begin(), std::find_if(rest.begin(), rest.end(), endsAuthority)};
 }
 
 struct Authority {

@@ -32,9 +32,10 @@ std::string_view name(Method method) {
 }
 
 bool HeaderNameLess::operator()(std::string_view a, std::string_view b) const {
-    return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
-        return Ascii::lower(x) < Ascii::lower(y);
-    });
+    const auto [inA, inB] =
+        std::mismatch(a.begin(), a.end(), b.begin(), b.end(),
+                      [](char x, char y) { return Ascii::lower(x) == Ascii::lower(y); });
+    return inB != b.end() && (inA == a.end() || Ascii::lower(*inA) < Ascii::lower(*inB));
 }
 
 std::string URLRequest::description() const {
