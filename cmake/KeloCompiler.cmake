@@ -17,6 +17,18 @@ endif()
 target_compile_options(kelo-compiler INTERFACE
   $<$<CONFIG:Release>:-O2 -ffunction-sections -fdata-sections>)
 target_link_options(kelo-compiler INTERFACE $<$<CONFIG:Release>:LINKER:--gc-sections>)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  target_compile_options(kelo-compiler INTERFACE
+    $<$<CONFIG:Release>:-fno-align-jumps -fno-align-loops -fno-align-labels>)
+endif()
+# What a host's users run stops at a smashed stack or an overrun buffer, and its tables of addresses
+# cannot be written to. The standard library checks itself in builds for tests.
+target_compile_definitions(kelo-compiler INTERFACE
+  $<IF:$<CONFIG:Debug>,_GLIBCXX_ASSERTIONS,_FORTIFY_SOURCE=2>)
+target_compile_options(kelo-compiler INTERFACE
+  $<$<NOT:$<CONFIG:Debug>>:-fstack-protector-strong>)
+target_link_options(kelo-compiler INTERFACE
+  $<$<NOT:$<CONFIG:Debug>>:LINKER:-z,relro,-z,now>)
 if(KELO_WARNINGS_AS_ERRORS)
   target_compile_options(kelo-compiler INTERFACE -Werror)
 endif()

@@ -41,7 +41,7 @@ std::string temporaryName() {
     std::array<unsigned char, randomBytes> bytes{};
     // For 256 bytes at most it fails only where the system lacks the call; the name is then taken
     // once, and another download is refused.
-    static_cast<void>(getentropy(bytes.data(), bytes.size()));
+    [[maybe_unused]] const int failed = getentropy(bytes.data(), bytes.size());
     std::string name(prefix);
     for (const unsigned char byte : bytes) {
         name += digits[byte >> 4U];
