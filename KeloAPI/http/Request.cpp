@@ -36,7 +36,8 @@ enum class Phase : std::uint8_t {
 
 } // namespace
 
-/// What several threads touch.
+/// What several threads touch. Each handler completes exactly once, whenever it is attached
+/// (tests/interleavings).
 struct Request::Guarded {
     std::mutex mutex;
     std::shared_ptr<Exchange> exchange;

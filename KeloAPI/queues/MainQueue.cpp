@@ -43,6 +43,7 @@ void runToItsEnd(const MainQueue::Task& task) noexcept {
 
 } // namespace
 
+/// While a task waits and nobody drains, the descriptor is readable (tests/interleavings).
 struct MainQueue::State {
     std::mutex mutex;
     std::condition_variable changed;

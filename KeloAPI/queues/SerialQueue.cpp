@@ -14,6 +14,7 @@
 
 namespace KeloAPI {
 
+/// The thread neither sleeps nor ends while a task waits (tests/interleavings).
 struct SerialQueue::State {
     explicit State(std::string queueLabel)
         : label(std::move(queueLabel)) {}

@@ -88,7 +88,9 @@ private:
     Commands _commands;
     CURLM* _multi = nullptr;
     bool _stopped = false;
-    bool _resting = false; // until it is woken
+    // Until it is woken. While a command waits, the thread is awake or about to be woken
+    // (tests/interleavings).
+    bool _resting = false;
 
     // Only for the thread itself:
     CurlTransfer::Shared _shared;

@@ -6,7 +6,8 @@
 /// not be touched once the crypto library has cleaned up after itself, nor JSON read once the
 /// reader's objects are destroyed, which both happens in exit handlers of their own. Handlers run
 /// in reverse, so the guard's is registered behind each of those: it asks every thread of the
-/// library to park, and waits until they have.
+/// library to park, and waits until they have. No thread of the library uses what has been torn
+/// down, and the exit does not wait for ever (tests/interleavings).
 namespace KeloAPI::ExitGuard {
 
 /// Registers the handler. Once; further calls do nothing.
