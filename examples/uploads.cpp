@@ -62,14 +62,14 @@ std::shared_ptr<KLVideoUpload> processed(std::shared_ptr<KLVideoUpload> upload) 
     using State = KLVideoUploadProcessingState;
     while (upload && upload->processingInfo) {
         const auto& info = *upload->processingInfo;
-        if (info.state() == State::Succeeded || info.state() == State::Failed) {
+        if (info.state == State::Succeeded || info.state == State::Failed) {
             break;
         }
         // A program with a loop sets a timer instead.
         const double seconds = std::clamp(info.checkAfterSeconds.value_or(1), 0.0, 60.0);
         std::this_thread::sleep_for(std::chrono::duration<double>(seconds));
         upload = ended([&](auto completion) {
-            LongformUploadEndpoint::create()->checkStatus(upload->mediaId(), completion);
+            LongformUploadEndpoint::create()->checkStatus(upload->mediaId, completion);
         });
     }
     return upload;
@@ -90,16 +90,16 @@ int main(int argc, char** argv) {
         LongformUploadEndpoint::create()->initiateUpload(static_cast<std::int64_t>(file.size()),
                                                          completion);
     });
-    if (!upload || !sendSegments(upload->mediaId(), file)) {
+    if (!upload || !sendSegments(upload->mediaId, file)) {
         return 1;
     }
     upload = processed(ended([&](auto completion) {
-        LongformUploadEndpoint::create()->finalizeUpload(upload->mediaId(), completion);
+        LongformUploadEndpoint::create()->finalizeUpload(upload->mediaId, completion);
     }));
     if (!upload || !upload->processingInfo) {
         return 1;
     }
-    const auto state = upload->processingInfo->state();
+    const auto state = upload->processingInfo->state;
     std::cout << rawValue(state) << '\n';
     return state == KLVideoUploadProcessingState::Succeeded ? 0 : 1;
 }

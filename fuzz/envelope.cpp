@@ -116,7 +116,7 @@ std::shared_ptr<Object> readAsAnything(const JsonObject& json) {
 void expectWithin(const KLEntity& entity, std::int64_t utf16Length) {
     expect(entity.range.location >= 0 && entity.range.length >= 0);
     expect(entity.range.location + entity.range.length <= utf16Length);
-    expect(entity.link().empty() == entity.applicationLink().empty());
+    expect(entity.link.empty() == entity.applicationLink().empty());
 }
 
 /// Entities of a text of a flag, a combining mark and an emoji: 10 code points, 13 UTF-16 units.
@@ -129,17 +129,17 @@ std::shared_ptr<KLEntity> readAsEntity(const JsonObject& json) {
 
 std::shared_ptr<KLByline> readAsByline(const JsonObject& json) {
     auto byline = KLBylineParser().parse(json);
-    expect(byline->iconUrl.has_value() && !byline->text().empty());
+    expect(byline->iconUrl.has_value() && !byline->text.empty());
     for (const auto& entity : byline->entities) {
         // A text has no more UTF-16 units than bytes.
-        expectWithin(*entity, static_cast<std::int64_t>(byline->text().size()));
+        expectWithin(*entity, static_cast<std::int64_t>(byline->text.size()));
     }
     return byline;
 }
 
 std::shared_ptr<KLTag> readAsTag(const JsonObject& json) {
     auto tag = KLTagParser().parse(json);
-    expect(tag->name() == "#" + tag->nameWithoutHash());
+    expect(tag->name == "#" + tag->nameWithoutHash());
     return tag;
 }
 

@@ -29,16 +29,16 @@ std::string uniqueIdOf(const URL& remoteUrl, const std::optional<std::string>& i
 
 } // namespace
 
-KLVideoUrlBitrateSetting::KLVideoUrlBitrateSetting(URL remoteUrl, std::string format,
-                                                   std::optional<std::string> identifier,
-                                                   double minBitrate,
-                                                   std::optional<std::string> version)
-    : _remoteUrl(std::move(remoteUrl))
-    , _uniqueId(uniqueIdOf(_remoteUrl, identifier, version))
-    , _format(std::move(format))
-    , _minBitrate(minBitrate)
-    , _identifier(std::move(identifier))
-    , _version(std::move(version)) {}
+KLVideoUrlBitrateSetting::KLVideoUrlBitrateSetting(URL url, std::string fileFormat,
+                                                   std::optional<std::string> video,
+                                                   double fromBitrate,
+                                                   std::optional<std::string> encoding)
+    : remoteUrl(std::move(url))
+    , uniqueId(uniqueIdOf(remoteUrl, video, encoding))
+    , format(std::move(fileFormat))
+    , minBitrate(fromBitrate)
+    , identifier(std::move(video))
+    , version(std::move(encoding)) {}
 
 KLVideoUrlBitrateSettingParser::KLVideoUrlBitrateSettingParser(std::string identifier)
     : _identifier(std::move(identifier)) {}

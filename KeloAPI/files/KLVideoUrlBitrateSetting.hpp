@@ -11,32 +11,23 @@ namespace KeloAPI {
 class KELO_API KLVideoUrlBitrateSetting final : public Object {
 public:
     /// Stores everything as given, and makes `uniqueId` of it.
-    KLVideoUrlBitrateSetting(URL remoteUrl, std::string format,
-                             std::optional<std::string> identifier, double minBitrate,
-                             std::optional<std::string> version);
+    KLVideoUrlBitrateSetting(URL url, std::string fileFormat, std::optional<std::string> video,
+                             double fromBitrate, std::optional<std::string> encoding);
 
     /// "videoUrl": where the file is fetched.
-    const URL& remoteUrl() const { return _remoteUrl; }
+    const URL remoteUrl;
     /// Names this file in every process and run: the identifier, "-" and the version where both are
     /// there, otherwise a number made from the URL, which may be negative. A setting that has
     /// neither them nor a URL of any characters stops the process.
-    const std::string& uniqueId() const { return _uniqueId; }
+    const std::string uniqueId;
     /// "format": one of `KLVideoFileFormat`'s as a rule.
-    const std::string& format() const { return _format; }
+    const std::string format;
     /// "rate": the lowest bitrate at which this file should be chosen, in the service's unit.
-    double minBitrate() const { return _minBitrate; }
+    const double minBitrate;
     /// The video's own identity; absent when it is not known.
-    const std::optional<std::string>& identifier() const { return _identifier; }
+    const std::optional<std::string> identifier;
     /// "id": the identity of this encoding; absent when the service gave none.
-    const std::optional<std::string>& version() const { return _version; }
-
-private:
-    URL _remoteUrl;
-    std::string _uniqueId;
-    std::string _format;
-    double _minBitrate;
-    std::optional<std::string> _identifier;
-    std::optional<std::string> _version;
+    const std::optional<std::string> version;
 };
 
 /// Needs "videoUrl" as a URL and "format" as text (`InsufficientData`). "rate" is 0 where it is

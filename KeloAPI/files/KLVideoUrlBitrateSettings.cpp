@@ -13,12 +13,12 @@ using Setting = std::shared_ptr<KLVideoUrlBitrateSetting>;
 
 /// Ascending; not-a-number goes last, or the order would not be one that sorting needs.
 bool goesBefore(const Setting& a, const Setting& b) {
-    return a->minBitrate() < b->minBitrate() ||
-           (std::isnan(b->minBitrate()) && !std::isnan(a->minBitrate()));
+    return a->minBitrate < b->minBitrate ||
+           (std::isnan(b->minBitrate) && !std::isnan(a->minBitrate));
 }
 
 auto hasFormat(std::string_view format) {
-    return [format](const Setting& setting) { return setting->format() == format; };
+    return [format](const Setting& setting) { return setting->format == format; };
 }
 
 } // namespace
@@ -31,17 +31,17 @@ KLVideoUrlBitrateSettings::KLVideoUrlBitrateSettings(Settings settings)
 Setting KLVideoUrlBitrateSettings::settingForRemoteURL(const URL& url) const {
     const auto found =
         std::find_if(_settings.begin(), _settings.end(),
-                     [&](const Setting& setting) { return setting->remoteUrl() == url; });
+                     [&](const Setting& setting) { return setting->remoteUrl == url; });
     return found == _settings.end() ? nullptr : *found;
 }
 
 Setting KLVideoUrlBitrateSettings::settingForFormat(std::string_view format, double bitrate) const {
     Setting candidate;
     for (const Setting& setting : _settings) {
-        if (setting->format() != format) {
+        if (setting->format != format) {
             continue;
         }
-        if (setting->minBitrate() > bitrate) {
+        if (setting->minBitrate > bitrate) {
             return candidate ? candidate : setting;
         }
         candidate = setting;

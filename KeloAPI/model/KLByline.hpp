@@ -12,19 +12,16 @@ class KLEntity;
 class KELO_API KLByline final : public Object {
 public:
     /// Without icon and entities.
-    explicit KLByline(std::string text)
-        : _text(std::move(text)) {}
+    explicit KLByline(std::string body)
+        : text(std::move(body)) {}
 
     /// "body".
-    const std::string& text() const { return _text; }
+    const std::string text;
 
     /// "iconUrl".
     std::optional<URL> iconUrl;
     /// "entities": the stretches of the text that link somewhere. Never null.
     std::vector<std::shared_ptr<KLEntity>> entities;
-
-private:
-    std::string _text;
 };
 
 /// Needs "body", a text that is not empty, and "iconUrl", a URL (`InsufficientData`). Entities that

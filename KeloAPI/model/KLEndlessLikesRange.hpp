@@ -9,26 +9,20 @@ namespace KeloAPI {
 class KELO_API KLEndlessLikesRange final : public Object {
 public:
     /// Stores everything as given.
-    KLEndlessLikesRange(double count, double start, double end, double level)
-        : _count(count)
-        , _startTime(start)
-        , _endTime(end)
-        , _level(level) {}
+    KLEndlessLikesRange(double likes, double start, double end, double atLevel)
+        : count(likes)
+        , startTime(start)
+        , endTime(end)
+        , level(atLevel) {}
 
     /// "count".
-    double count() const { return _count; }
+    const double count;
     /// "startTime": in seconds of the video.
-    double startTime() const { return _startTime; }
+    const double startTime;
     /// "endTime": in seconds of the video.
-    double endTime() const { return _endTime; }
+    const double endTime;
     /// "level": as the service means it.
-    double level() const { return _level; }
-
-private:
-    double _count;
-    double _startTime;
-    double _endTime;
-    double _level;
+    const double level;
 };
 
 /// Needs all four keys as numbers (`InsufficientData`).

@@ -43,22 +43,22 @@ std::string linkOf(const JsonValue& value) {
 } // namespace
 
 std::string KLEntity::applicationLink() const {
-    std::string link = _link;
-    if (const auto at = link.find(separator); at != std::string::npos) {
-        link.erase(at, separator.size());
+    std::string result = link;
+    if (const auto at = result.find(separator); at != std::string::npos) {
+        result.erase(at, separator.size());
     }
-    return link;
+    return result;
 }
 
 bool operator==(const KLEntity& a, const KLEntity& b) {
-    return a._idString == b._idString && a._type == b._type && a._title == b._title;
+    return a.idString == b.idString && a.type == b.type && a.title == b.title;
 }
 
 void KLEntity::encodeWithCoder(KeyedArchiver& coder) const {
-    coder.encodeText(_idString, "idString");
-    coder.encodeText(_type, "type");
-    coder.encodeText(_title, "title");
-    coder.encodeText(_link, "link");
+    coder.encodeText(idString, "idString");
+    coder.encodeText(type, "type");
+    coder.encodeText(title, "title");
+    coder.encodeText(link, "link");
     coder.encodeRange(range, "range");
 }
 

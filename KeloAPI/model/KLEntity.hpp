@@ -12,27 +12,27 @@ namespace KeloAPI {
 class KELO_API KLEntity final : public Archivable {
 public:
     /// Stores everything as given.
-    KLEntity(std::optional<std::string> idString, std::optional<std::string> type,
-             std::string title, std::string link, Range stretch)
-        : range(stretch)
-        , _idString(std::move(idString))
-        , _type(std::move(type))
-        , _title(std::move(title))
-        , _link(std::move(link)) {}
+    KLEntity(std::optional<std::string> identifier, std::optional<std::string> kind,
+             std::string titleText, std::string shownLink, Range stretch)
+        : idString(std::move(identifier))
+        , type(std::move(kind))
+        , title(std::move(titleText))
+        , link(std::move(shownLink))
+        , range(stretch) {}
 
     /// "id", sent as text or as a number.
-    const std::optional<std::string>& idString() const { return _idString; }
+    const std::optional<std::string> idString;
     /// "type".
-    const std::optional<std::string>& type() const { return _type; }
+    const std::optional<std::string> type;
     /// "title"; empty when missing.
-    const std::string& title() const { return _title; }
+    const std::string title;
     /// "link" as user interfaces show it: with " | " before it; empty when missing.
-    const std::string& link() const { return _link; }
-    /// The link without its first " | ".
-    std::string applicationLink() const;
-
+    const std::string link;
     /// The stretch, in UTF-16 code units of the text. The wire counts code points.
     Range range;
+
+    /// The link without its first " | ".
+    std::string applicationLink() const;
 
     static constexpr std::string_view archivedClassName = "KLEntity"; ///< Its name in an archive.
     std::vector<std::string_view> archivedClassNames() const override {
@@ -44,12 +44,6 @@ public:
 
     /// Equal are entities of the same identifier, type and title.
     KELO_API friend bool operator==(const KLEntity& a, const KLEntity& b);
-
-private:
-    std::optional<std::string> _idString;
-    std::optional<std::string> _type;
-    std::string _title;
-    std::string _link;
 };
 
 /// Needs "range", a list of two numbers (`InsufficientData`): the offsets of its start and its end
@@ -76,8 +70,8 @@ template <>
 struct std::hash<KeloAPI::KLEntity> {
     std::size_t operator()(const KeloAPI::KLEntity& entity) const {
         const std::hash<std::optional<std::string>> optionalText;
-        std::size_t result = optionalText(entity.idString());
-        result = result * 31 + optionalText(entity.type());
-        return result * 31 + std::hash<std::string>()(entity.title());
+        std::size_t result = optionalText(entity.idString);
+        result = result * 31 + optionalText(entity.type);
+        return result * 31 + std::hash<std::string>()(entity.title);
     }
 };

@@ -11,18 +11,14 @@ namespace KeloAPI {
 class KELO_API KLFeedInsert : public Object {
 public:
     /// Stores both as given.
-    KLFeedInsert(std::string reference, bool closeable)
-        : _reference(std::move(reference))
-        , _closeable(closeable) {}
+    KLFeedInsert(std::string name, bool mayClose)
+        : reference(std::move(name))
+        , closeable(mayClose) {}
 
     /// "reference": the service's name of the insert.
-    const std::string& reference() const { return _reference; }
+    const std::string reference;
     /// "closeable": whether the user may dismiss it.
-    bool closeable() const { return _closeable; }
-
-private:
-    std::string _reference;
-    bool _closeable;
+    const bool closeable;
 };
 
 } // namespace KeloAPI

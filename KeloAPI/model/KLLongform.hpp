@@ -10,17 +10,17 @@ namespace KeloAPI {
 class KELO_API KLLongform final : public Object {
 public:
     /// All else has its default.
-    KLLongform(std::string longformId, URL url, double duration)
-        : _longformId(std::move(longformId))
-        , _url(std::move(url))
-        , _duration(duration) {}
+    KLLongform(std::string identifier, URL videoUrl, double seconds)
+        : longformId(std::move(identifier))
+        , url(std::move(videoUrl))
+        , duration(seconds) {}
 
     /// "longformId".
-    const std::string& longformId() const { return _longformId; }
+    const std::string longformId;
     /// "videoUrl".
-    const URL& url() const { return _url; }
+    const URL url;
     /// "duration": in seconds.
-    double duration() const { return _duration; }
+    const double duration;
 
     /// "aspectRatio": the width over the height.
     double aspectRatio = 1;
@@ -28,11 +28,6 @@ public:
     std::optional<URL> thumbnailUrl;
     /// Whether the host may fetch the video before it plays. The host's own: no response sets it.
     bool canPreload = false;
-
-private:
-    std::string _longformId;
-    URL _url;
-    double _duration;
 };
 
 /// Needs "longformId" as text, "videoUrl" as a URL and "duration" as a number

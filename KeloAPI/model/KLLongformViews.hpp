@@ -9,18 +9,14 @@ namespace KeloAPI {
 class KELO_API KLLongformViews final : public Object {
 public:
     /// Stores both as given.
-    KLLongformViews(std::string longformId, std::int64_t count)
-        : _longformId(std::move(longformId))
-        , _count(count) {}
+    KLLongformViews(std::string identifier, std::int64_t views)
+        : longformId(std::move(identifier))
+        , count(views) {}
 
     /// "longformId".
-    const std::string& longformId() const { return _longformId; }
+    const std::string longformId;
     /// "count".
-    std::int64_t count() const { return _count; }
-
-private:
-    std::string _longformId;
-    std::int64_t _count;
+    const std::int64_t count;
 };
 
 /// Needs "longformId" as text and "count" as a number (`InsufficientData`).

@@ -18,11 +18,9 @@ std::shared_ptr<KLPostAudioMetadata> KLPostAudioMetadata::fromJSON(const JsonObj
     if (!name || !artist) {
         return nullptr;
     }
-    std::shared_ptr<KLPostAudioMetadata> audio(
-        new KLPostAudioMetadata(*std::move(artist), *std::move(name), *std::move(id)));
-    audio->_iTunesId = iTunesId.number();
-    audio->_affiliateToken = textOf(affiliateToken);
-    audio->_hasTrackTimeline = hasTrackTimeline.boolean().value_or(false);
+    std::shared_ptr<KLPostAudioMetadata> audio(new KLPostAudioMetadata(
+        *std::move(artist), *std::move(name), *std::move(id), iTunesId.number(),
+        textOf(affiliateToken), hasTrackTimeline.boolean().value_or(false)));
     audio->albumArtUrl = urlOf(albumArtUrl);
     return audio;
 }

@@ -15,6 +15,13 @@ public:
     std::string trackName; ///< "trackName" of "track".
     /// "trackId", a number beside "track", as decimal text.
     std::string trackId;
+    /// "itunesId" of "track": the track's number in the music store; absent when missing or
+    /// not a number.
+    const std::optional<Number> iTunesId;
+    /// "itunes_affiliate_token" of "track"; absent when missing or not text.
+    const std::optional<std::string> affiliateToken;
+    /// "hasAudioTrackTimeline" of "track"; false when missing or not a number.
+    const bool hasTrackTimeline;
     /// "albumArtUrl" of "track"; absent when missing or not a URL.
     std::optional<URL> albumArtUrl;
 
@@ -22,23 +29,16 @@ public:
     /// missing or not a number.
     static std::shared_ptr<KLPostAudioMetadata> fromJSON(const JsonObject& json);
 
-    /// "itunesId" of "track": the track's number in the music store; absent when missing or
-    /// not a number.
-    const std::optional<Number>& iTunesId() const { return _iTunesId; }
-    /// "itunes_affiliate_token" of "track"; absent when missing or not text.
-    const std::optional<std::string>& affiliateToken() const { return _affiliateToken; }
-    /// "hasAudioTrackTimeline" of "track"; false when missing or not a number.
-    bool hasTrackTimeline() const { return _hasTrackTimeline; }
-
 private:
-    KLPostAudioMetadata(std::string artist, std::string track, std::string identifier)
+    KLPostAudioMetadata(std::string artist, std::string track, std::string identifier,
+                        std::optional<Number> storeNumber, std::optional<std::string> token,
+                        bool hasTimeline)
         : artistName(std::move(artist))
         , trackName(std::move(track))
-        , trackId(std::move(identifier)) {}
-
-    std::optional<Number> _iTunesId;
-    std::optional<std::string> _affiliateToken;
-    bool _hasTrackTimeline = false;
+        , trackId(std::move(identifier))
+        , iTunesId(storeNumber)
+        , affiliateToken(std::move(token))
+        , hasTrackTimeline(hasTimeline) {}
 };
 
 } // namespace KeloAPI

@@ -20,14 +20,11 @@ constexpr std::optional<KLPostProcessStatusState> postProcessStatusStateOf(std::
 class KELO_API KLPostProcessStatus final : public Object {
 public:
     /// Stores the state.
-    explicit KLPostProcessStatus(KLPostProcessStatusState state)
-        : _state(state) {}
+    explicit KLPostProcessStatus(KLPostProcessStatusState reached)
+        : state(reached) {}
 
     /// "state", as "started", "completed" or "failed".
-    KLPostProcessStatusState state() const { return _state; }
-
-private:
-    KLPostProcessStatusState _state;
+    const KLPostProcessStatusState state;
 };
 
 /// Needs "state" as text (`InsufficientData`), and as one of the three (`InvalidData`).

@@ -12,11 +12,10 @@ std::shared_ptr<KLPostSource> KLPostSource::fromJSON(const JsonObject& json) {
     if (!postId || !userId) {
         return nullptr;
     }
-    std::shared_ptr<KLPostSource> source(new KLPostSource(*std::move(postId), *std::move(userId)));
-    source->_contentType =
-        contentTypeOf(contentType.integer().value_or(0)).value_or(KLPostSourceContentType::Unknown);
-    source->_username = textOf(username);
-    source->_caption = textOf(caption);
+    std::shared_ptr<KLPostSource> source(
+        new KLPostSource(*std::move(postId), *std::move(userId), textOf(username), textOf(caption),
+                         contentTypeOf(contentType.integer().value_or(0))
+                             .value_or(KLPostSourceContentType::Unknown)));
     source->thumbnailUrl = urlOf(thumbnailUrl);
     source->avatarUrl = urlOf(avatarUrl);
     return source;

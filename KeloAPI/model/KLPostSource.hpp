@@ -22,9 +22,18 @@ constexpr std::optional<KLPostSourceContentType> contentTypeOf(std::int64_t rawV
     return static_cast<KLPostSourceContentType>(rawValue);
 }
 
-/// The post whose content another post reuses.
+/// The post whose content another post reuses. One thread at a time.
 class KELO_API KLPostSource final : public Object {
 public:
+    /// "postId", as decimal text.
+    const std::string postId;
+    const std::string userId; ///< "userId", as decimal text.
+    /// "username"; absent when missing or not a text.
+    const std::optional<std::string> username;
+    /// "description"; absent likewise.
+    const std::optional<std::string> caption;
+    /// "contentType"; `Unknown` when missing or outside its values.
+    const KLPostSourceContentType contentType;
     /// "avatarUrl"; absent when missing or not a URL.
     std::optional<URL> avatarUrl;
     std::optional<URL> thumbnailUrl; ///< "thumbnailUrl"; absent likewise.
@@ -32,26 +41,14 @@ public:
     /// Null when "postId" or "userId" is missing or not a number.
     static std::shared_ptr<KLPostSource> fromJSON(const JsonObject& json);
 
-    /// "postId", as decimal text.
-    const std::string& postId() const { return _postId; }
-    const std::string& userId() const { return _userId; } ///< "userId", as decimal text.
-    /// "username"; absent when missing or not a text.
-    const std::optional<std::string>& username() const { return _username; }
-    /// "description"; absent likewise.
-    const std::optional<std::string>& caption() const { return _caption; }
-    /// "contentType"; `Unknown` when missing or outside its values.
-    KLPostSourceContentType contentType() const { return _contentType; }
-
 private:
-    KLPostSource(std::string postId, std::string userId)
-        : _postId(std::move(postId))
-        , _userId(std::move(userId)) {}
-
-    std::string _postId;
-    std::string _userId;
-    std::optional<std::string> _username;
-    std::optional<std::string> _caption;
-    KLPostSourceContentType _contentType = KLPostSourceContentType::Unknown;
+    KLPostSource(std::string post, std::string user, std::optional<std::string> nameOfUser,
+                 std::optional<std::string> description, KLPostSourceContentType content)
+        : postId(std::move(post))
+        , userId(std::move(user))
+        , username(std::move(nameOfUser))
+        , caption(std::move(description))
+        , contentType(content) {}
 };
 
 } // namespace KeloAPI

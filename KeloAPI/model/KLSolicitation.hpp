@@ -9,16 +9,13 @@ namespace KeloAPI {
 class KELO_API KLSolicitation final : public KLFeedInsert {
 public:
     /// An absent `closeable` is false.
-    KLSolicitation(std::string reference, std::optional<bool> closeable,
-                   std::optional<std::string> closeUrlPath)
-        : KLFeedInsert(std::move(reference), closeable.value_or(false))
-        , _closeUrlPath(std::move(closeUrlPath)) {}
+    KLSolicitation(std::string name, std::optional<bool> mayClose,
+                   std::optional<std::string> closePath)
+        : KLFeedInsert(std::move(name), mayClose.value_or(false))
+        , closeUrlPath(std::move(closePath)) {}
 
     /// "closeUrlPath": the path to call when the user dismisses the prompt.
-    const std::optional<std::string>& closeUrlPath() const { return _closeUrlPath; }
-
-private:
-    std::optional<std::string> _closeUrlPath;
+    const std::optional<std::string> closeUrlPath;
 };
 
 /// Reads objects of the "type" "solicitation" and no others (`IncorrectType`). Needs "reference" as

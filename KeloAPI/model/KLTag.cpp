@@ -5,27 +5,30 @@
 
 namespace KeloAPI {
 
-KLTag::KLTag(std::string tagId, std::string name)
-    : _tagId(std::move(tagId))
-    , _name(std::move(name)) {
-    if (!_name.starts_with('#')) {
-        _name.insert(0, 1, '#');
-    }
+namespace {
+
+std::string withHash(const std::string& name) {
+    return name.starts_with('#') ? name : "#" + name;
 }
 
+} // namespace
+
+KLTag::KLTag(std::string identifier, const std::string& tagName)
+    : tagId(std::move(identifier))
+    , name(withHash(tagName)) {}
+
 std::string KLTag::nameWithoutHash() const {
-    return _name.starts_with('#') ? _name.substr(1) : _name;
+    return name.starts_with('#') ? name.substr(1) : name;
 }
 
 void KLTag::encodeWithCoder(KeyedArchiver& coder) const {
-    coder.encodeText(_tagId, "tagId");
-    coder.encodeText(_name, "name");
+    coder.encodeText(tagId, "tagId");
+    coder.encodeText(name, "name");
 }
 
 std::shared_ptr<KLTag> KLTag::initWithCoder(KeyedUnarchiver& coder) {
-    auto tag = std::make_shared<KLTag>(coder.decodeText("tagId").value_or(""), std::string());
-    tag->_name = coder.decodeText("name").value_or("");
-    return tag;
+    return std::shared_ptr<KLTag>(new KLTag(AsKept(), coder.decodeText("tagId").value_or(""),
+                                            coder.decodeText("name").value_or("")));
 }
 
 std::shared_ptr<KLTag> KLTagParser::parse(const JsonObject& json) const {

@@ -9,20 +9,20 @@ namespace KeloAPI {
 class KELO_API KLTag final : public Archivable {
 public:
     /// The name is stored with a "#" before it, unless it begins with one already.
-    KLTag(std::string tagId, std::string name);
+    KLTag(std::string identifier, const std::string& tagName);
     /// A tag that has no identifier yet: an empty one.
-    explicit KLTag(std::string name)
-        : KLTag(std::string(), std::move(name)) {}
+    explicit KLTag(const std::string& tagName)
+        : KLTag(std::string(), tagName) {}
 
     /// "tagId", sent as text or as a number.
-    const std::string& tagId() const { return _tagId; }
+    const std::string tagId;
     /// "tagName" or "tag", with its "#".
-    const std::string& name() const { return _name; }
-    /// The name without its first "#".
-    std::string nameWithoutHash() const;
-
+    const std::string name;
     /// "postCount": posts with this tag; 0 when missing.
     std::int64_t count = 0;
+
+    /// The name without its first "#".
+    std::string nameWithoutHash() const;
 
     static constexpr std::string_view archivedClassName = "KLTag"; ///< Its name in an archive.
     std::vector<std::string_view> archivedClassNames() const override {
@@ -34,8 +34,10 @@ public:
     static std::shared_ptr<KLTag> initWithCoder(KeyedUnarchiver& coder);
 
 private:
-    std::string _tagId;
-    std::string _name;
+    struct AsKept {};
+    KLTag(AsKept, std::string identifier, std::string keptName)
+        : tagId(std::move(identifier))
+        , name(std::move(keptName)) {}
 };
 
 /// Needs "tagId" (text or number) and "tagName", or else "tag", as text (`InsufficientData`).

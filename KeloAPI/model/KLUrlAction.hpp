@@ -10,46 +10,36 @@ namespace KeloAPI {
 class KELO_API KLUrlAction final : public KLFeedInsert {
 public:
     /// An absent `closeable` is false.
-    KLUrlAction(std::string reference, std::string title, std::string actionTitle, URL actionUrl,
-                std::optional<bool> closeable, std::optional<URL> backgroundImage,
-                std::optional<URL> backgroundVideo, std::optional<std::string> details,
-                std::optional<URL> actionIcon, std::optional<std::string> closeUrlPath)
-        : KLFeedInsert(std::move(reference), closeable.value_or(false))
-        , _title(std::move(title))
-        , _actionTitle(std::move(actionTitle))
-        , _actionUrl(std::move(actionUrl))
-        , _backgroundImage(std::move(backgroundImage))
-        , _backgroundVideo(std::move(backgroundVideo))
-        , _details(std::move(details))
-        , _actionIcon(std::move(actionIcon))
-        , _closeUrlPath(std::move(closeUrlPath)) {}
+    KLUrlAction(std::string name, std::string titleText, std::string button, URL target,
+                std::optional<bool> mayClose, std::optional<URL> image, std::optional<URL> video,
+                std::optional<std::string> description, std::optional<URL> icon,
+                std::optional<std::string> closePath)
+        : KLFeedInsert(std::move(name), mayClose.value_or(false))
+        , title(std::move(titleText))
+        , actionTitle(std::move(button))
+        , actionUrl(std::move(target))
+        , backgroundImage(std::move(image))
+        , backgroundVideo(std::move(video))
+        , details(std::move(description))
+        , actionIcon(std::move(icon))
+        , closeUrlPath(std::move(closePath)) {}
 
     /// "title".
-    const std::string& title() const { return _title; }
+    const std::string title;
     /// "actionTitle": the text of the button.
-    const std::string& actionTitle() const { return _actionTitle; }
+    const std::string actionTitle;
     /// "actionLink".
-    const URL& actionUrl() const { return _actionUrl; }
+    const URL actionUrl;
     /// "backgroundImage"; absent when missing or not a URL.
-    const std::optional<URL>& backgroundImage() const { return _backgroundImage; }
+    const std::optional<URL> backgroundImage;
     /// "backgroundVideo"; absent likewise.
-    const std::optional<URL>& backgroundVideo() const { return _backgroundVideo; }
+    const std::optional<URL> backgroundVideo;
     /// "description".
-    const std::optional<std::string>& details() const { return _details; }
+    const std::optional<std::string> details;
     /// "actionIcon"; absent when missing or not a URL.
-    const std::optional<URL>& actionIcon() const { return _actionIcon; }
+    const std::optional<URL> actionIcon;
     /// "closeUrlPath": the path to call when the user dismisses the card.
-    const std::optional<std::string>& closeUrlPath() const { return _closeUrlPath; }
-
-private:
-    std::string _title;
-    std::string _actionTitle;
-    URL _actionUrl;
-    std::optional<URL> _backgroundImage;
-    std::optional<URL> _backgroundVideo;
-    std::optional<std::string> _details;
-    std::optional<URL> _actionIcon;
-    std::optional<std::string> _closeUrlPath;
+    const std::optional<std::string> closeUrlPath;
 };
 
 /// Reads objects of the "type" "urlAction" and no others (`IncorrectType`). Needs "reference",

@@ -13,27 +13,21 @@ class KLPagedData;
 class KELO_API KLUserMosaic final : public KLFeedInsert {
 public:
     /// `description` becomes the subtitle. `users` must not be null.
-    KLUserMosaic(std::shared_ptr<KLPagedData> users, std::string title, std::string description,
-                 std::string link, std::string reference, bool closeable)
-        : KLFeedInsert(std::move(reference), closeable)
-        , _users(std::move(users))
-        , _title(std::move(title))
-        , _subtitle(std::move(description))
-        , _link(std::move(link)) {
-        require(_users != nullptr, "a mosaic of users needs a list of users");
+    KLUserMosaic(std::shared_ptr<KLPagedData> list, std::string titleText, std::string description,
+                 std::string target, std::string name, bool mayClose)
+        : KLFeedInsert(std::move(name), mayClose)
+        , users(std::move(list))
+        , title(std::move(titleText))
+        , subtitle(std::move(description))
+        , link(std::move(target)) {
+        require(users != nullptr, "a mosaic of users needs a list of users");
     }
 
     /// Never null.
-    const std::shared_ptr<KLPagedData>& users() const { return _users; }
-    const std::string& title() const { return _title; }       ///< As given.
-    const std::string& subtitle() const { return _subtitle; } ///< The description that was given.
-    const std::string& link() const { return _link; }         ///< As given; where the card leads.
-
-private:
-    std::shared_ptr<KLPagedData> _users;
-    std::string _title;
-    std::string _subtitle;
-    std::string _link;
+    const std::shared_ptr<KLPagedData> users;
+    const std::string title;    ///< As given.
+    const std::string subtitle; ///< The description that was given.
+    const std::string link;     ///< As given; where the card leads.
 };
 
 } // namespace KeloAPI

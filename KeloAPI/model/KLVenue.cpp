@@ -62,8 +62,8 @@ void setLocation(KLVenue& venue, const JsonObject& location) {
 } // namespace
 
 void KLVenue::encodeWithCoder(KeyedArchiver& coder) const {
-    coder.encodeText(_foursquareVenueId, "foursquareVenueId");
-    coder.encodeText(_name, "name");
+    coder.encodeText(foursquareVenueId, "foursquareVenueId");
+    coder.encodeText(name, "name");
     coder.encodeText(address, "address");
     coder.encodeText(city, "city");
     coder.encodeText(state, "state");

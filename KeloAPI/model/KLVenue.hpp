@@ -11,13 +11,13 @@ class KLVenueCategory;
 class KELO_API KLVenue final : public Archivable {
 public:
     /// All else is absent. The parsers below name the wire keys.
-    KLVenue(std::string foursquareVenueId, std::string name)
-        : _foursquareVenueId(std::move(foursquareVenueId))
-        , _name(std::move(name)) {}
+    KLVenue(std::string identifier, std::string title)
+        : foursquareVenueId(std::move(identifier))
+        , name(std::move(title)) {}
 
     /// The venue's own identity.
-    const std::string& foursquareVenueId() const { return _foursquareVenueId; }
-    const std::string& name() const { return _name; } ///< As the service sends it.
+    const std::string foursquareVenueId;
+    const std::string name; ///< As the service sends it.
 
     std::optional<std::string> address; ///< Absent where not known.
     std::optional<std::string> city;    ///< Absent where not known.
@@ -36,10 +36,6 @@ public:
     void encodeWithCoder(KeyedArchiver& coder) const override;
     /// Missing texts that every venue has become empty ones, missing coordinates 0.
     static std::shared_ptr<KLVenue> initWithCoder(KeyedUnarchiver& coder);
-
-private:
-    std::string _foursquareVenueId;
-    std::string _name;
 };
 
 /// The service's own, flat form. Needs "foursquareVenueId" and "venueName" as texts

@@ -5,8 +5,8 @@
 namespace KeloAPI {
 
 void KLVenueCategory::encodeWithCoder(KeyedArchiver& coder) const {
-    coder.encodeText(_categoryId, "categoryId");
-    coder.encodeText(_shortName, "shortName");
+    coder.encodeText(categoryId, "categoryId");
+    coder.encodeText(shortName, "shortName");
     coder.encodeURL(iconUrl, "iconUrl");
 }
 

@@ -12,12 +12,12 @@ namespace KeloAPI {
 class KELO_API KLVenueCategory final : public Archivable {
 public:
     /// Without an icon. The parsers of venues name the wire keys.
-    KLVenueCategory(std::string categoryId, std::string shortName)
-        : _categoryId(std::move(categoryId))
-        , _shortName(std::move(shortName)) {}
+    KLVenueCategory(std::string identifier, std::string title)
+        : categoryId(std::move(identifier))
+        , shortName(std::move(title)) {}
 
-    const std::string& categoryId() const { return _categoryId; } ///< The category's own identity.
-    const std::string& shortName() const { return _shortName; }   ///< As the service sends it.
+    const std::string categoryId; ///< The category's own identity.
+    const std::string shortName;  ///< As the service sends it.
 
     std::optional<URL> iconUrl; ///< Absent where not known.
 
@@ -29,10 +29,6 @@ public:
     void encodeWithCoder(KeyedArchiver& coder) const override;
     /// Missing texts become empty ones.
     static std::shared_ptr<KLVenueCategory> initWithCoder(KeyedUnarchiver& coder);
-
-private:
-    std::string _categoryId;
-    std::string _shortName;
 };
 
 } // namespace KeloAPI

@@ -11,11 +11,11 @@ namespace KeloAPI {
 class KELO_API KLVideoUpload final : public Object {
 public:
     /// All else is absent.
-    explicit KLVideoUpload(std::string mediaId)
-        : _mediaId(std::move(mediaId)) {}
+    explicit KLVideoUpload(std::string identifier)
+        : mediaId(std::move(identifier)) {}
 
     /// "mediaId", sent as text or as a number: names the session in every later call.
-    const std::string& mediaId() const { return _mediaId; }
+    const std::string mediaId;
 
     /// "expiresAfterSecs" from the moment of parsing: when the service forgets the session;
     /// absent when it does not say.
@@ -24,9 +24,6 @@ public:
     std::shared_ptr<KLVideoUploadProcessingInfo> processingInfo;
     /// "size": in bytes; absent when the service does not say.
     std::optional<std::int64_t> size;
-
-private:
-    std::string _mediaId;
 };
 
 /// Needs "mediaId" as text or number, and where "processingInfo" is an object, its "state" as one

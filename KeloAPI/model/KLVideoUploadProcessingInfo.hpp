@@ -22,20 +22,17 @@ videoUploadProcessingStateOf(std::string_view rawValue);
 class KELO_API KLVideoUploadProcessingInfo final : public Object {
 public:
     /// All else is absent.
-    explicit KLVideoUploadProcessingInfo(KLVideoUploadProcessingState state)
-        : _state(state) {}
+    explicit KLVideoUploadProcessingInfo(KLVideoUploadProcessingState reached)
+        : state(reached) {}
 
     /// "state".
-    KLVideoUploadProcessingState state() const { return _state; }
+    const KLVideoUploadProcessingState state;
 
     /// "checkAfterSecs": how many seconds to wait before asking again; absent when the service does
     /// not say.
     std::optional<double> checkAfterSeconds;
     /// "progressPercent": 0 to 100, as the service sends it; absent when it does not.
     std::optional<double> progressPercent;
-
-private:
-    KLVideoUploadProcessingState _state;
 };
 
 } // namespace KeloAPI

@@ -5,9 +5,9 @@
 namespace KeloAPI {
 
 void PostThumbnail::encodeWithCoder(KeyedArchiver& coder) const {
-    coder.encodeURL(_url, "url");
-    coder.encodeInt64(_width, "width");
-    coder.encodeInt64(_height, "height");
+    coder.encodeURL(url, "url");
+    coder.encodeInt64(width, "width");
+    coder.encodeInt64(height, "height");
 }
 
 std::shared_ptr<PostThumbnail> PostThumbnail::initWithCoder(KeyedUnarchiver& coder) {

@@ -12,14 +12,14 @@ namespace KeloAPI {
 class KELO_API PostThumbnail final : public Archivable {
 public:
     /// Stores everything as given.
-    PostThumbnail(URL url, std::int64_t width, std::int64_t height)
-        : _url(std::move(url))
-        , _width(width)
-        , _height(height) {}
+    PostThumbnail(URL image, std::int64_t pixelsWide, std::int64_t pixelsHigh)
+        : url(std::move(image))
+        , width(pixelsWide)
+        , height(pixelsHigh) {}
 
-    const URL& url() const { return _url; }         ///< Where the image is.
-    std::int64_t width() const { return _width; }   ///< In pixels.
-    std::int64_t height() const { return _height; } ///< In pixels.
+    const URL url;             ///< Where the image is.
+    const std::int64_t width;  ///< In pixels.
+    const std::int64_t height; ///< In pixels.
 
     /// Its name in an archive.
     static constexpr std::string_view archivedClassName = "PostThumbnail";
@@ -29,11 +29,6 @@ public:
     void encodeWithCoder(KeyedArchiver& coder) const override;
     /// Null without an address; missing sizes are 0.
     static std::shared_ptr<PostThumbnail> initWithCoder(KeyedUnarchiver& coder);
-
-private:
-    URL _url;
-    std::int64_t _width;
-    std::int64_t _height;
 };
 
 } // namespace KeloAPI

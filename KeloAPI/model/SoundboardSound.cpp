@@ -6,11 +6,11 @@
 namespace KeloAPI {
 
 void SoundboardSound::encodeWithCoder(KeyedArchiver& coder) const {
-    coder.encodeURL(_soundUrl, "soundUrl");
-    coder.encodeText(_name, "name");
-    coder.encodeText(_sourcePostId, "sourcePostId");
-    coder.encodeText(_soundId, "soundId");
-    coder.encodeBool(_featured, "featured");
+    coder.encodeURL(soundUrl, "soundUrl");
+    coder.encodeText(name, "name");
+    coder.encodeText(sourcePostId, "sourcePostId");
+    coder.encodeText(soundId, "soundId");
+    coder.encodeBool(featured, "featured");
 }
 
 std::shared_ptr<SoundboardSound> SoundboardSound::initWithCoder(KeyedUnarchiver& coder) {

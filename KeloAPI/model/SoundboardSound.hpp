@@ -10,24 +10,24 @@ namespace KeloAPI {
 class KELO_API SoundboardSound final : public Archivable {
 public:
     /// A text that is not a URL makes `soundUrl` an empty one.
-    SoundboardSound(std::string name, std::string soundId, std::string_view soundUrl, bool featured,
-                    std::optional<std::string> sourcePostId = std::nullopt)
-        : _name(std::move(name))
-        , _soundId(std::move(soundId))
-        , _soundUrl(URL::parse(soundUrl).value_or(URL::empty()))
-        , _sourcePostId(std::move(sourcePostId))
-        , _featured(featured) {}
+    SoundboardSound(std::string title, std::string identifier, std::string_view url,
+                    bool isFeatured, std::optional<std::string> sourcePost = std::nullopt)
+        : name(std::move(title))
+        , soundId(std::move(identifier))
+        , soundUrl(URL::parse(url).value_or(URL::empty()))
+        , sourcePostId(std::move(sourcePost))
+        , featured(isFeatured) {}
 
     /// "name".
-    const std::string& name() const { return _name; }
+    const std::string name;
     /// "soundId", sent as text or as a number.
-    const std::string& soundId() const { return _soundId; }
+    const std::string soundId;
     /// "soundUrl"; empty where that is missing or not a URL.
-    const URL& soundUrl() const { return _soundUrl; }
+    const URL soundUrl;
     /// "sourcePostId": the post that the sound was taken from, sent as text or as a number.
-    const std::optional<std::string>& sourcePostId() const { return _sourcePostId; }
+    const std::optional<std::string> sourcePostId;
     /// "featured".
-    bool featured() const { return _featured; }
+    const bool featured;
 
     /// Its name in an archive.
     static constexpr std::string_view archivedClassName = "SoundboardSound";
@@ -37,13 +37,6 @@ public:
     void encodeWithCoder(KeyedArchiver& coder) const override;
     /// Null unless the address, the identifier and the name are there.
     static std::shared_ptr<SoundboardSound> initWithCoder(KeyedUnarchiver& coder);
-
-private:
-    std::string _name;
-    std::string _soundId;
-    URL _soundUrl;
-    std::optional<std::string> _sourcePostId;
-    bool _featured;
 };
 
 /// Needs "soundId" (`InsufficientData`); every other key has a default.

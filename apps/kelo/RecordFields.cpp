@@ -28,16 +28,16 @@ ParameterValue valueOf(const Number& number) {
 }
 
 Parameters fieldsOf(const KLByline& byline) {
-    return {{"text", byline.text()},
+    return {{"text", byline.text},
             {"iconUrl", valueOf(byline.iconUrl)},
             {"entities", valueOf(byline.entities)}};
 }
 
 Parameters fieldsOf(const KLEntity& entity) {
-    return {{"idString", valueOf(entity.idString())},
-            {"type", valueOf(entity.type())},
-            {"title", entity.title()},
-            {"link", entity.link()},
+    return {{"idString", valueOf(entity.idString)},
+            {"type", valueOf(entity.type)},
+            {"title", entity.title},
+            {"link", entity.link},
             {"range",
              Parameters{{"location", entity.range.location}, {"length", entity.range.length}}}};
 }
@@ -46,9 +46,9 @@ Parameters fieldsOf(const KLPostAudioMetadata& audio) {
     return {{"artistName", audio.artistName},
             {"trackName", audio.trackName},
             {"trackId", audio.trackId},
-            {"iTunesId", valueOf(audio.iTunesId())},
-            {"affiliateToken", valueOf(audio.affiliateToken())},
-            {"hasTrackTimeline", audio.hasTrackTimeline()},
+            {"iTunesId", valueOf(audio.iTunesId)},
+            {"affiliateToken", valueOf(audio.affiliateToken)},
+            {"hasTrackTimeline", audio.hasTrackTimeline},
             {"albumArtUrl", valueOf(audio.albumArtUrl)}};
 }
 
@@ -57,12 +57,12 @@ Parameters fieldsOf(const KLRekelo& rekelo) {
 }
 
 Parameters fieldsOf(const KLTag& tag) {
-    return {{"tagId", tag.tagId()}, {"name", tag.name()}, {"count", tag.count}};
+    return {{"tagId", tag.tagId}, {"name", tag.name}, {"count", tag.count}};
 }
 
 Parameters fieldsOf(const KLVenueCategory& category) {
-    return {{"categoryId", category.categoryId()},
-            {"shortName", category.shortName()},
+    return {{"categoryId", category.categoryId},
+            {"shortName", category.shortName},
             {"iconUrl", valueOf(category.iconUrl)}};
 }
 
@@ -74,17 +74,17 @@ Parameters fieldsOf(const LoopData& loops) {
 }
 
 Parameters fieldsOf(const PostThumbnail& thumbnail) {
-    return {{"url", thumbnail.url().absoluteString()},
-            {"width", thumbnail.width()},
-            {"height", thumbnail.height()}};
+    return {{"url", thumbnail.url.absoluteString()},
+            {"width", thumbnail.width},
+            {"height", thumbnail.height}};
 }
 
 Parameters fieldsOf(const SoundboardSound& sound) {
-    return {{"soundId", sound.soundId()},
-            {"name", sound.name()},
-            {"soundUrl", sound.soundUrl().absoluteString()},
-            {"featured", sound.featured()},
-            {"sourcePostId", valueOf(sound.sourcePostId())}};
+    return {{"soundId", sound.soundId},
+            {"name", sound.name},
+            {"soundUrl", sound.soundUrl.absoluteString()},
+            {"featured", sound.featured},
+            {"sourcePostId", valueOf(sound.sourcePostId)}};
 }
 
 Parameters fieldsOf(const KLWatchUser& user) {
@@ -117,8 +117,8 @@ Parameters fieldsOf(const FeedPost& shown) {
 }
 
 Parameters fieldsOf(const KLVenue& venue) {
-    return {{"foursquareVenueId", venue.foursquareVenueId()},
-            {"name", venue.name()},
+    return {{"foursquareVenueId", venue.foursquareVenueId},
+            {"name", venue.name},
             {"address", valueOf(venue.address)},
             {"city", valueOf(venue.city)},
             {"state", valueOf(venue.state)},
@@ -148,34 +148,34 @@ Parameters fieldsOf(const KLChannel& channel) {
 
 Parameters fieldsOf(const KLFeedInsert& card) {
     Parameters fields = {
-        {"reference", card.reference()}, {"closeable", card.closeable()}, {"kind", nullptr}};
+        {"reference", card.reference}, {"closeable", card.closeable}, {"kind", nullptr}};
     Parameters more;
     if (const auto* action = dynamic_cast<const KLUrlAction*>(&card)) {
         more = {{"kind", "urlAction"},
-                {"title", action->title()},
-                {"actionTitle", action->actionTitle()},
-                {"actionUrl", valueOf(action->actionUrl())},
-                {"backgroundImage", valueOf(action->backgroundImage())},
-                {"backgroundVideo", valueOf(action->backgroundVideo())},
-                {"details", valueOf(action->details())},
-                {"actionIcon", valueOf(action->actionIcon())},
-                {"closeUrlPath", valueOf(action->closeUrlPath())}};
+                {"title", action->title},
+                {"actionTitle", action->actionTitle},
+                {"actionUrl", valueOf(action->actionUrl)},
+                {"backgroundImage", valueOf(action->backgroundImage)},
+                {"backgroundVideo", valueOf(action->backgroundVideo)},
+                {"details", valueOf(action->details)},
+                {"actionIcon", valueOf(action->actionIcon)},
+                {"closeUrlPath", valueOf(action->closeUrlPath)}};
     } else if (const auto* prompt = dynamic_cast<const KLSolicitation*>(&card)) {
-        more = {{"kind", "solicitation"}, {"closeUrlPath", valueOf(prompt->closeUrlPath())}};
+        more = {{"kind", "solicitation"}, {"closeUrlPath", valueOf(prompt->closeUrlPath)}};
     } else if (const auto* mosaic = dynamic_cast<const KLPostsMosaic*>(&card)) {
         more = {{"kind", "postsMosaic"},
-                {"title", mosaic->title()},
-                {"subtitle", mosaic->subtitle()},
-                {"link", mosaic->link()},
-                {"type", static_cast<int>(mosaic->type())},
-                {"pinnable", mosaic->pinnable()},
-                {"posts", valueOf(elementsOf<FeedPost>(*mosaic->posts()))}};
+                {"title", mosaic->title},
+                {"subtitle", mosaic->subtitle},
+                {"link", mosaic->link},
+                {"type", static_cast<int>(mosaic->type)},
+                {"pinnable", mosaic->pinnable},
+                {"posts", valueOf(elementsOf<FeedPost>(*mosaic->posts))}};
     } else if (const auto* people = dynamic_cast<const KLUserMosaic*>(&card)) {
         more = {{"kind", "userMosaic"},
-                {"title", people->title()},
-                {"subtitle", people->subtitle()},
-                {"link", people->link()},
-                {"users", valueOf(elementsOf<FeedUser>(*people->users()))}};
+                {"title", people->title},
+                {"subtitle", people->subtitle},
+                {"link", people->link},
+                {"users", valueOf(elementsOf<FeedUser>(*people->users))}};
     }
     more.merge(fields);
     return more;

@@ -68,20 +68,19 @@ Line lineOf(const FeedPost& shown, const Widths& widths) {
 }
 
 std::string venueText(const KLVenue& venue) {
-    std::string text = venue.name();
+    std::string text = venue.name;
     for (const auto& part : {venue.address, venue.city, venue.state, venue.country}) {
         if (part && !part->empty()) {
             text += ", " + *part;
         }
     }
-    return venue.category == nullptr ? text : text + " (" + venue.category->shortName() + ")";
+    return venue.category == nullptr ? text : text + " (" + venue.category->shortName + ")";
 }
 
 std::string tagsText(const FeedPost& post) {
     std::string text;
     for (const auto& tag : post.tags) {
-        text +=
-            (text.empty() ? "" : ", ") + tag->name() + " (" + countText(tag->count, "post") + ")";
+        text += (text.empty() ? "" : ", ") + tag->name + " (" + countText(tag->count, "post") + ")";
     }
     return text;
 }
@@ -100,15 +99,15 @@ Lines detailsOf(const FeedPost& post) {
         lines.push_back("by " + nameOf(*post.author) + ", user " + *post.author->userId);
     }
     if (post.byline != nullptr) {
-        lines.push_back(post.byline->text());
-        addLinks(lines, post.byline->text(), post.byline->entities);
+        lines.push_back(post.byline->text);
+        addLinks(lines, post.byline->text, post.byline->entities);
     }
     if (post.channel) {
         lines.push_back("in " + *post.channel);
     }
     if (post.venue != nullptr) {
         lines.push_back("at " + venueText(*post.venue) + ", venue " +
-                        post.venue->foursquareVenueId());
+                        post.venue->foursquareVenueId);
     }
     if (post.audio != nullptr) {
         lines.push_back("♪ " + post.audio->trackName + " – " + post.audio->artistName);
@@ -137,16 +136,16 @@ std::string namesIn(const KLPagedData& users) {
 /// The kind of a card, and its text.
 std::pair<std::string, std::string> described(const KLFeedInsert& insert) {
     if (const auto* action = dynamic_cast<const KLUrlAction*>(&insert)) {
-        return {"action", action->title() + " – " + action->actionTitle() + ": " +
-                              action->actionUrl().absoluteString()};
+        return {"action", action->title + " – " + action->actionTitle + ": " +
+                              action->actionUrl.absoluteString()};
     }
     if (const auto* mosaic = dynamic_cast<const KLPostsMosaic*>(&insert)) {
-        return {"posts", mosaic->title() + " – " + mosaic->subtitle() + ": " +
-                             countText(mosaic->posts()->count(), "post")};
+        return {"posts", mosaic->title + " – " + mosaic->subtitle + ": " +
+                             countText(mosaic->posts->count(), "post")};
     }
     if (const auto* mosaic = dynamic_cast<const KLUserMosaic*>(&insert)) {
         return {"people",
-                mosaic->title() + " – " + mosaic->subtitle() + ": " + namesIn(*mosaic->users())};
+                mosaic->title + " – " + mosaic->subtitle + ": " + namesIn(*mosaic->users)};
     }
     return {dynamic_cast<const KLSolicitation*>(&insert) != nullptr ? "prompt" : "unknown", ""};
 }
@@ -191,9 +190,9 @@ Lines linesOf(const KLVenue& venue) {
 }
 
 Lines linesOf(const KLVideoUpload& upload) {
-    std::string line = "video " + upload.mediaId();
+    std::string line = "video " + upload.mediaId;
     if (upload.processingInfo) {
-        line += ": " + std::string(rawValue(upload.processingInfo->state()));
+        line += ": " + std::string(rawValue(upload.processingInfo->state));
     }
     if (upload.size) {
         line += ", " + countText(*upload.size, "byte");
@@ -246,8 +245,8 @@ Lines linesOf(const std::vector<std::shared_ptr<KLFeedInsert>>& cards) {
     Lines lines;
     for (const auto& card : cards) {
         const auto [kind, text] = described(*card);
-        lines.push_back(padded(card->reference(), 18) + " " + padded(kind, 8) + " " +
-                        (card->closeable() ? "×" : " ") + " " + text);
+        lines.push_back(padded(card->reference, 18) + " " + padded(kind, 8) + " " +
+                        (card->closeable ? "×" : " ") + " " + text);
     }
     return lines.empty() ? Lines{"This feed has no cards."} : lines;
 }
@@ -255,8 +254,8 @@ Lines linesOf(const std::vector<std::shared_ptr<KLFeedInsert>>& cards) {
 Lines linesOf(const std::vector<std::shared_ptr<SoundboardSound>>& sounds) {
     Lines lines;
     for (const auto& sound : sounds) {
-        lines.push_back(padded(sound->soundId(), 10) + (sound->featured() ? " ★ " : "   ") +
-                        sound->name());
+        lines.push_back(padded(sound->soundId, 10) + (sound->featured ? " ★ " : "   ") +
+                        sound->name);
     }
     return lines.empty() ? Lines{"The soundboard is empty."} : lines;
 }

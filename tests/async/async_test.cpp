@@ -145,11 +145,11 @@ TEST_F(AsyncTest, AnUploadReadsFromTopToBottom) {
     const auto upload = []() -> Task<std::string> {
         const auto endpoint = LongformUploadEndpoint::create();
         const auto begun = co_await async::initiateUpload(endpoint, 5);
-        const std::string id = begun.value()->mediaId();
+        const std::string id = begun.value()->mediaId;
         const auto failed = co_await async::uploadSegment(endpoint, id, Data("video"), 1);
         const auto closed = co_await async::finalizeUpload(endpoint, id);
         const auto seen = co_await async::checkStatus(endpoint, id);
-        co_return failed || !closed ? "" : seen.value()->mediaId();
+        co_return failed || !closed ? "" : seen.value()->mediaId;
     };
     for (const char* answer : {R"({"data": {"mediaId": "m"}})", R"({"data": {}})",
                                R"({"data": {"mediaId": "m"}})", R"({"data": {"mediaId": "n"}})"}) {

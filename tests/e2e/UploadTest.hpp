@@ -75,7 +75,7 @@ protected:
     std::string newUpload(std::size_t totalBytes) {
         const Answer answer = initiate(totalBytes);
         EXPECT_NE(answer.upload, nullptr);
-        return answer.upload ? answer.upload->mediaId() : "";
+        return answer.upload ? answer.upload->mediaId : "";
     }
     Answer finalize(const std::string& mediaId) {
         return answerTo([&](auto completion) { endpoint->finalizeUpload(mediaId, completion); });

@@ -223,7 +223,7 @@ TEST_F(ActionsAtService, ViewsAreReadAndReportedByOneEndpoint) {
     const auto count = [&] {
         const auto [views, error] = awaited<std::shared_ptr<KLLongformViews>, std::optional<Error>>(
             [&](auto completion) { endpoint->fetchViews(completion); });
-        return views ? views->count() : -1;
+        return views ? views->count : -1;
     };
     EXPECT_EQ(count(), 0);
     service.requests();
@@ -247,14 +247,14 @@ TEST_F(ActionsAtService, TheSoundboardComesWhole) {
             [&](auto completion) { SoundboardEndpoint::create(session)->fetchSounds(completion); });
     EXPECT_FALSE(error);
     ASSERT_GE(sounds.size(), 12U);
-    EXPECT_EQ(sounds.front()->name(), "Air horn");
-    EXPECT_EQ(sounds.front()->soundId(), "8001");
-    EXPECT_TRUE(sounds.front()->featured());
-    EXPECT_FALSE(sounds.front()->sourcePostId());
-    EXPECT_EQ(sounds.front()->soundUrl().absoluteString(),
+    EXPECT_EQ(sounds.front()->name, "Air horn");
+    EXPECT_EQ(sounds.front()->soundId, "8001");
+    EXPECT_TRUE(sounds.front()->featured);
+    EXPECT_FALSE(sounds.front()->sourcePostId);
+    EXPECT_EQ(sounds.front()->soundUrl.absoluteString(),
               "https://" + service.host() + "/media/sounds/8001.m4a");
-    EXPECT_FALSE(sounds[2]->featured());
-    EXPECT_EQ(sounds[3]->sourcePostId(), std::to_string(1150000000000000001 + 12 * 4111));
+    EXPECT_FALSE(sounds[2]->featured);
+    EXPECT_EQ(sounds[3]->sourcePostId, std::to_string(1150000000000000001 + 12 * 4111));
 }
 
 TEST_F(ActionsAtService, ACaptchaIsDemandedUntilItIsSolved) {

@@ -85,21 +85,20 @@ TEST_F(ModelsAtService, AVenueInBothForms) {
     });
     ASSERT_GT(flat.size(), 20U);
     for (const auto& venue : flat) {
-        const auto nested = read("venues/" + venue->foursquareVenueId(),
-                                 std::make_shared<KLFoursquareVenueParser>());
+        const auto nested =
+            read("venues/" + venue->foursquareVenueId, std::make_shared<KLFoursquareVenueParser>());
         ASSERT_EQ(nested.size(), 1U);
         const KLVenue& other = *nested.front();
         const auto shared = [](const KLVenue& one) {
-            return std::tuple(one.foursquareVenueId(), one.name(), one.address, one.city,
-                              one.state);
+            return std::tuple(one.foursquareVenueId, one.name, one.address, one.city, one.state);
         };
         EXPECT_EQ(shared(other), shared(*venue));
         EXPECT_FALSE(venue->country);
         EXPECT_EQ(venue->latitude, 0);
         ASSERT_EQ(other.category == nullptr, venue->category == nullptr);
         if (venue->category) {
-            EXPECT_EQ(other.category->categoryId(), venue->category->categoryId());
-            EXPECT_EQ(other.category->shortName(), venue->category->shortName());
+            EXPECT_EQ(other.category->categoryId, venue->category->categoryId);
+            EXPECT_EQ(other.category->shortName, venue->category->shortName);
             EXPECT_EQ(other.category->iconUrl, venue->category->iconUrl);
             EXPECT_TRUE(other.category->iconUrl);
         }
@@ -115,7 +114,7 @@ TEST_F(ModelsAtService, BylinesMusicTagsAndEntities) {
         readRecords<KLByline>([&](const JsonObject& json) -> std::shared_ptr<KLByline> {
             const auto tagList = json["tags"].objects().value();
             for (const auto& tag : KLTagParser().parseArray(tagList)) {
-                EXPECT_TRUE(tag->name().starts_with("#"));
+                EXPECT_TRUE(tag->name.starts_with("#"));
                 EXPECT_GT(tag->count, 0);
                 ++tags;
             }
@@ -123,7 +122,7 @@ TEST_F(ModelsAtService, BylinesMusicTagsAndEntities) {
             const auto entityList = json["entities"].objects().value();
             for (const auto& entity : parser.parseArray(entityList)) {
                 EXPECT_TRUE(entity->applicationLink().starts_with("kelo://"));
-                EXPECT_TRUE(entity->idString() && entity->type());
+                EXPECT_TRUE(entity->idString && entity->type);
                 ++entities;
             }
             const auto byline = json["byline"].object();
@@ -143,7 +142,7 @@ TEST_F(ModelsAtService, BylinesMusicTagsAndEntities) {
     ASSERT_GT(music.size(), 20U);
     for (const auto& audio : music) {
         EXPECT_FALSE(audio->trackName.empty() || audio->artistName.empty());
-        EXPECT_EQ(audio->iTunesId().has_value(), audio->albumArtUrl.has_value());
+        EXPECT_EQ(audio->iTunesId.has_value(), audio->albumArtUrl.has_value());
     }
 }
 
@@ -165,17 +164,17 @@ TEST_F(ModelsAtService, FeedInserts) {
         };
         for (const auto& insert : read(std::string("inserts/") + feed,
                                        std::make_shared<KLClosureParser<KLFeedInsert>>(card))) {
-            references.push_back(insert->reference());
+            references.push_back(insert->reference);
         }
         return references;
     };
     EXPECT_EQ(readCards("popular"), (std::vector<std::string>{"editors-picks", "rate-the-app"}));
     EXPECT_EQ(readCards("home"), (std::vector<std::string>{"people-to-follow", "longform-launch"}));
     ASSERT_NE(action, nullptr);
-    EXPECT_TRUE(action->closeable());
-    EXPECT_EQ(action->actionUrl().absoluteString(), "kelo://upload-longform");
-    EXPECT_TRUE(action->details() && action->backgroundImage() && action->actionIcon());
-    ASSERT_TRUE(action->closeUrlPath());
+    EXPECT_TRUE(action->closeable);
+    EXPECT_EQ(action->actionUrl.absoluteString(), "kelo://upload-longform");
+    EXPECT_TRUE(action->details && action->backgroundImage && action->actionIcon);
+    ASSERT_TRUE(action->closeUrlPath);
 }
 
 } // namespace KeloAPI::testing

@@ -98,7 +98,7 @@ TEST_F(UploadsAtService, AVideoIsServedAsItWasSent) {
     const std::string bytes = video();
     const Answer begun = initiate(bytes.size());
     ASSERT_NE(begun.upload, nullptr);
-    const std::string id = begun.upload->mediaId();
+    const std::string id = begun.upload->mediaId;
     EXPECT_NEAR(timeIntervalSince1970(begun.upload->expireDate.value()),
                 timeIntervalSince1970(dateSinceNow(3600)), 20);
     const std::size_t half = bytes.size() / 2;
@@ -111,13 +111,13 @@ TEST_F(UploadsAtService, AVideoIsServedAsItWasSent) {
     EXPECT_FALSE(ended.upload->expireDate);
     auto info = ended.upload->processingInfo;
     ASSERT_NE(info, nullptr);
-    EXPECT_EQ(info->state(), KLVideoUploadProcessingState::Pending);
+    EXPECT_EQ(info->state, KLVideoUploadProcessingState::Pending);
     EXPECT_TRUE(eventually([&] {
         const double percent = info->progressPercent.value();
         EXPECT_GT(info->checkAfterSeconds.value(), 0);
         info = status(id).upload->processingInfo;
         EXPECT_GE(info->progressPercent.value(), percent);
-        return info->state() == KLVideoUploadProcessingState::Succeeded;
+        return info->state == KLVideoUploadProcessingState::Succeeded;
     }));
     EXPECT_FALSE(info->checkAfterSeconds);
     EXPECT_TRUE(fetched("media/longforms/" + id + ".mp4") == bytes);
@@ -296,7 +296,7 @@ TEST_F(UploadsAtService, ARetryIsSentWithoutTheSegmentAndTheHostSendsItAgain) {
 
         EXPECT_FALSE(segment(id, part, index));
     }
-    EXPECT_EQ(finalize(id).upload->processingInfo->state(),
+    EXPECT_EQ(finalize(id).upload->processingInfo->state,
               KLVideoUploadProcessingState::Succeeded);
     EXPECT_TRUE(fetched("media/longforms/" + id + ".mp4") == bytes);
 }

@@ -126,9 +126,9 @@ TEST_F(SoundboardEndpointTest, ReadsAllSoundsWithoutParametersWhateverWasSetBefo
     EXPECT_EQ(lastBody(), "none");
     EXPECT_FALSE(error);
     ASSERT_EQ(sounds.size(), 2U);
-    EXPECT_EQ(sounds[0]->soundId(), "7");
-    EXPECT_EQ(sounds[0]->name(), "Airhorn");
-    EXPECT_EQ(sounds[1]->soundId(), "x");
+    EXPECT_EQ(sounds[0]->soundId, "7");
+    EXPECT_EQ(sounds[0]->name, "Airhorn");
+    EXPECT_EQ(sounds[1]->soundId, "x");
     fetch(R"({"data": {"records": []}})");
     EXPECT_TRUE(sounds.empty());
     EXPECT_FALSE(error);
@@ -271,7 +271,7 @@ TEST_F(LongformViewsEndpointTest, TheFirstItemCountsAndNoneIsNoError) {
         transport->answer(ScriptedAnswer::json(body));
         const auto [views, error] = awaited<std::shared_ptr<KLLongformViews>, std::optional<Error>>(
             [](auto completion) { LongformViewsEndpoint::create("abc")->fetchViews(completion); });
-        return views ? views->longformId() : error ? std::to_string(error->code()) : "";
+        return views ? views->longformId : error ? std::to_string(error->code()) : "";
     };
     EXPECT_EQ(idIn(R"({"data": {"records": [{"longformId": "a", "count": 1},
                                             {"longformId": "b", "count": 2}]}})"),

@@ -38,41 +38,40 @@ std::shared_ptr<KLVideoUrlBitrateSetting> setting(const std::string& format, dou
 std::vector<double> bitratesOf(const Settings& settings) {
     std::vector<double> bitrates;
     for (const auto& one : settings) {
-        bitrates.push_back(one->minBitrate());
+        bitrates.push_back(one->minBitrate);
     }
     return bitrates;
 }
 
 double chosen(const KLVideoUrlBitrateSettings& settings, const char* format, double bitrate) {
     const auto found = settings.settingForFormat(format, bitrate);
-    return found ? found->minBitrate() : -1;
+    return found ? found->minBitrate : -1;
 }
 
 } // namespace
 
 TEST(BitrateSetting, IsNamedByIdentifierAndVersionUnescaped) {
-    EXPECT_EQ(named("1234", "77")->uniqueId(), "1234-77");
-    EXPECT_EQ(named("1-2", "3-4")->uniqueId(), "1-2-3-4");
-    EXPECT_EQ(named("", "")->uniqueId(), "-");
+    EXPECT_EQ(named("1234", "77")->uniqueId, "1234-77");
+    EXPECT_EQ(named("1-2", "3-4")->uniqueId, "1-2-3-4");
+    EXPECT_EQ(named("", "")->uniqueId, "-");
 }
 
 TEST(BitrateSetting, IsNamedByTheHashOfItsUrlWhereEitherIsMissing) {
     // The 64-bit FNV-1a of the URL's text, reckoned by hand elsewhere.
     constexpr const char* hash = "-8203470007738517263";
-    EXPECT_EQ(named(std::nullopt, std::nullopt)->uniqueId(), hash);
-    EXPECT_EQ(named("1234", std::nullopt)->uniqueId(), hash);
-    EXPECT_EQ(named(std::nullopt, "77")->uniqueId(), hash);
-    EXPECT_NE(named(std::nullopt, std::nullopt, "https://media.example/v/abd.mp4")->uniqueId(),
-              hash);
+    EXPECT_EQ(named(std::nullopt, std::nullopt)->uniqueId, hash);
+    EXPECT_EQ(named("1234", std::nullopt)->uniqueId, hash);
+    EXPECT_EQ(named(std::nullopt, "77")->uniqueId, hash);
+    EXPECT_NE(named(std::nullopt, std::nullopt, "https://media.example/v/abd.mp4")->uniqueId, hash);
     // A positive one has no sign.
-    EXPECT_EQ(named(std::nullopt, std::nullopt, "https://media.example/v/0.mp4")->uniqueId(),
+    EXPECT_EQ(named(std::nullopt, std::nullopt, "https://media.example/v/0.mp4")->uniqueId,
               "6232926789435820417");
 }
 
 TEST(BitrateSettingDeathTest, HasAUrlWhereItIsNamedByIt) {
     EXPECT_DEATH(KLVideoUrlBitrateSetting(URL::empty(), "h264", std::nullopt, 0, std::nullopt),
                  "a bitrate setting needs a URL");
-    EXPECT_EQ(KLVideoUrlBitrateSetting(URL::empty(), "h264", "1", 0, "2").uniqueId(), "1-2");
+    EXPECT_EQ(KLVideoUrlBitrateSetting(URL::empty(), "h264", "1", 0, "2").uniqueId, "1-2");
 }
 
 TEST(BitrateSettingParser, EveryKeyWithEveryKindOfValue) {
@@ -84,7 +83,7 @@ TEST(BitrateSettingParser, EveryKeyWithEveryKindOfValue) {
                   {"rate", "0.5", "0.5", &S::minBitrate, reals(), "0"},
                   {"id", R"("77")", "77", &S::version, texts(), absent}});
     const JsonText json(R"({"videoUrl":"a.mp4","format":"hls","id":"7"})");
-    EXPECT_EQ(parser.parse(json.object())->uniqueId(), "42-7");
+    EXPECT_EQ(parser.parse(json.object())->uniqueId, "42-7");
 }
 
 TEST(BitrateSettings, AreEmptyAtFirst) {
@@ -141,8 +140,8 @@ TEST(BitrateSettings, FindThoseOfAFormatInOrderAndTheHighest) {
         {setting("h264", 500), setting("hls", 900), setting("h264", 200)});
     EXPECT_EQ(bitratesOf(settings.settingsForFormat("h264")), (std::vector<double>{200, 500}));
     EXPECT_TRUE(settings.settingsForFormat("none").empty());
-    EXPECT_EQ(settings.highestSettingForFormat("h264")->minBitrate(), 500);
-    EXPECT_EQ(settings.highestSettingForFormat("hls")->minBitrate(), 900);
+    EXPECT_EQ(settings.highestSettingForFormat("h264")->minBitrate, 500);
+    EXPECT_EQ(settings.highestSettingForFormat("hls")->minBitrate, 900);
     EXPECT_EQ(settings.highestSettingForFormat("h264-preview"), nullptr);
 }
 

@@ -87,8 +87,8 @@ TEST(ModelArchivingTest, ASoundWithAnEmptyAddressIsASound) {
     const auto again =
         KeyedUnarchiver::unarchive<SoundboardSound>(KeyedArchiver::archivedData(sound));
     ASSERT_TRUE(again);
-    EXPECT_EQ(again->soundUrl(), URL::empty());
-    EXPECT_EQ(again->name(), "Bell");
+    EXPECT_EQ(again->soundUrl, URL::empty());
+    EXPECT_EQ(again->name, "Bell");
 }
 
 } // namespace KeloAPI::testing

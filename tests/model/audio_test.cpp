@@ -61,7 +61,7 @@ TEST(PostSourceTest, EveryKeyWithEveryKindOfValue) {
     }
     ids["1e3"] = "1000";
     const auto type = [](const S& made) {
-        return std::to_string(static_cast<int>(made.contentType()));
+        return std::to_string(static_cast<int>(made.contentType));
     };
     // What is outside the four values is unknown.
     const Reads types = {{"true", "1"}, {"2.5", "2"}, {"1.9", "1"}, {"1", "1"},

@@ -48,7 +48,7 @@ TEST(EntityTest, TheApplicationLinkIsTheLinkWithoutItsFirstSeparator) {
     for (const auto& [link, expected] : table) {
         const KLEntity entity({}, {}, "", link, Range{});
         EXPECT_EQ(entity.applicationLink(), expected) << link;
-        EXPECT_EQ(entity.link(), link) << "only a parser puts the separator before it";
+        EXPECT_EQ(entity.link, link) << "only a parser puts the separator before it";
     }
 }
 
@@ -190,7 +190,7 @@ namespace {
 std::string titles(const KLByline& byline) {
     std::string titles;
     for (const auto& entity : byline.entities) {
-        titles += entity->title() + ";";
+        titles += entity->title + ";";
     }
     return titles;
 }
@@ -199,7 +199,7 @@ std::string titles(const KLByline& byline) {
 
 TEST(BylineTest, StartsWithItsTextAlone) {
     const KLByline byline("Featured");
-    EXPECT_EQ(byline.text(), "Featured");
+    EXPECT_EQ(byline.text, "Featured");
     EXPECT_EQ(byline.iconUrl, std::nullopt);
     EXPECT_TRUE(byline.entities.empty());
 }
@@ -255,8 +255,8 @@ TEST(TagTest, StoresItsNameWithAHash) {
     };
     for (const auto& [given, name, withoutHash] : table) {
         const KLTag tag("5", given);
-        EXPECT_EQ(tag.tagId(), "5");
-        EXPECT_EQ(tag.name(), name);
+        EXPECT_EQ(tag.tagId, "5");
+        EXPECT_EQ(tag.name, name);
         EXPECT_EQ(tag.nameWithoutHash(), withoutHash);
         EXPECT_EQ(tag.count, 0);
     }
@@ -264,8 +264,8 @@ TEST(TagTest, StoresItsNameWithAHash) {
 
 TEST(TagTest, OfANameAloneHasNoIdentifier) {
     const KLTag tag("cats");
-    EXPECT_EQ(tag.tagId(), "");
-    EXPECT_EQ(tag.name(), "#cats");
+    EXPECT_EQ(tag.tagId, "");
+    EXPECT_EQ(tag.name, "#cats");
     EXPECT_EQ(tag.count, 0);
 }
 

@@ -44,28 +44,28 @@ KeyRule<Model> typeRule(const std::string& type, const std::string& others) {
 TEST(FeedInsertTest, KeepsWhatItWasMadeOf) {
     const auto list = std::make_shared<KLPagedData>();
     const auto expectKept = [&](const auto& mosaic) {
-        EXPECT_EQ(mosaic.title(), "Title");
-        EXPECT_EQ(mosaic.subtitle(), "Description");
-        EXPECT_EQ(mosaic.link(), "kelo://x");
-        EXPECT_EQ(mosaic.reference(), "r1");
-        EXPECT_TRUE(mosaic.closeable());
+        EXPECT_EQ(mosaic.title, "Title");
+        EXPECT_EQ(mosaic.subtitle, "Description");
+        EXPECT_EQ(mosaic.link, "kelo://x");
+        EXPECT_EQ(mosaic.reference, "r1");
+        EXPECT_TRUE(mosaic.closeable);
     };
     const KLPostsMosaic posts(list, "Title", "Description", "kelo://x", "r1", true,
                               KLPostsMosaicType::SmallThumbnails, false);
     expectKept(posts);
-    EXPECT_EQ(posts.posts(), list);
-    EXPECT_EQ(posts.type(), KLPostsMosaicType::SmallThumbnails);
-    EXPECT_FALSE(posts.pinnable());
+    EXPECT_EQ(posts.posts, list);
+    EXPECT_EQ(posts.type, KLPostsMosaicType::SmallThumbnails);
+    EXPECT_FALSE(posts.pinnable);
     const KLUserMosaic users(list, "Title", "Description", "kelo://x", "r1", true);
     expectKept(users);
-    EXPECT_EQ(users.users(), list);
+    EXPECT_EQ(users.users, list);
 
     const KLPostsMosaic other(list, "", "", "", "", false, KLPostsMosaicType::Unknown, true);
-    EXPECT_FALSE(other.closeable());
-    EXPECT_TRUE(other.pinnable());
-    EXPECT_EQ(KLFeedInsert("r1", true).reference(), "r1");
-    EXPECT_TRUE(KLFeedInsert("r1", true).closeable());
-    EXPECT_FALSE(KLFeedInsert("r1", false).closeable());
+    EXPECT_FALSE(other.closeable);
+    EXPECT_TRUE(other.pinnable);
+    EXPECT_EQ(KLFeedInsert("r1", true).reference, "r1");
+    EXPECT_TRUE(KLFeedInsert("r1", true).closeable);
+    EXPECT_FALSE(KLFeedInsert("r1", false).closeable);
 }
 
 TEST(MosaicDeathTest, WithoutAListStopsTheProcess) {
@@ -77,14 +77,14 @@ TEST(MosaicDeathTest, WithoutAListStopsTheProcess) {
 
 TEST(UrlActionTest, WhatIsNotSaidIsNotCloseable) {
     const auto action = [](std::optional<bool> closeable) {
-        return KLUrlAction("", "", "", URL::empty(), closeable, {}, {}, {}, {}, {}).closeable();
+        return KLUrlAction("", "", "", URL::empty(), closeable, {}, {}, {}, {}, {}).closeable;
     };
     EXPECT_FALSE(action(std::nullopt));
     EXPECT_FALSE(action(false));
     EXPECT_TRUE(action(true));
-    EXPECT_FALSE(KLSolicitation("", std::nullopt, {}).closeable());
-    EXPECT_FALSE(KLSolicitation("", false, {}).closeable());
-    EXPECT_TRUE(KLSolicitation("", true, {}).closeable());
+    EXPECT_FALSE(KLSolicitation("", std::nullopt, {}).closeable);
+    EXPECT_FALSE(KLSolicitation("", false, {}).closeable);
+    EXPECT_TRUE(KLSolicitation("", true, {}).closeable);
 }
 
 TEST(UrlActionParserTest, EveryKeyWithEveryKindOfValue) {

@@ -140,9 +140,9 @@ TEST(PostParserTest, OfTwoEqualKeysTheFirstCounts) {
 TEST(PostThumbnailTest, KeepsWhatItWasMadeOf) {
     const auto url = *URL::parse("https://v.example/t.jpg");
     const PostThumbnail thumbnail(url, 480, INT64_MIN);
-    EXPECT_EQ(thumbnail.url(), url);
-    EXPECT_EQ(thumbnail.width(), 480);
-    EXPECT_EQ(thumbnail.height(), INT64_MIN);
+    EXPECT_EQ(thumbnail.url, url);
+    EXPECT_EQ(thumbnail.width, 480);
+    EXPECT_EQ(thumbnail.height, INT64_MIN);
 }
 
 TEST(UserTest, IsEmptyByDefault) {

@@ -54,7 +54,7 @@ TEST(PostProcessStatusParser, TellsAnUnknownStateFromAMissingOne) {
     states[R"("completed")"] = "1";
     states[R"("failed")"] = "2";
     const auto state = [](const KLPostProcessStatus& status) {
-        return std::to_string(static_cast<int>(status.state()));
+        return std::to_string(static_cast<int>(status.state));
     };
     checkParser<KLPostProcessStatusParser>(
         {{"state", R"("started")", "0", state, states, fails(insufficient)}});
@@ -99,7 +99,7 @@ TEST(VideoUploadParser, EveryKeyWithEveryKindOfValue) {
         if (!made.processingInfo) {
             return std::string(absent);
         }
-        return std::string(rawValue(made.processingInfo->state())) + " " +
+        return std::string(rawValue(made.processingInfo->state)) + " " +
                shown(made.processingInfo->progressPercent) + " " +
                shown(made.processingInfo->checkAfterSeconds);
     };

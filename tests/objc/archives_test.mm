@@ -191,7 +191,7 @@ TEST(ArchivesTest, NamesOfTagsAreTakenAsTheyAre) {
 
 TEST(ArchivesTest, SizesMayBeNegative) {
     const auto native = readThere<KeloAPI::PostThumbnail>(thumbnail());
-    id read = readHere(std::make_shared<KeloAPI::PostThumbnail>(native->url(), -3, 4));
+    id read = readHere(std::make_shared<KeloAPI::PostThumbnail>(native->url, -3, 4));
     EXPECT_EQ(told(read, thumbnailKeys), "<https://cdn.example/a.jpg> -3 4");
 }
 

@@ -59,7 +59,7 @@ TEST(KLVideoUrlBitrateSettingTest, NamesAFileByItsURLWithoutIdentity) {
     EXPECT_EQ(bare.version, nil);
     const KeloAPI::KLVideoUrlBitrateSetting there(*KeloAPI::URL::parse("https://v.example/a.mp4"),
                                                   "hls", std::nullopt, 1, std::nullopt);
-    EXPECT_EQ([bare.uniqueId UTF8String], there.uniqueId());
+    EXPECT_EQ([bare.uniqueId UTF8String], there.uniqueId);
     EXPECT_TRUE(same(setting(url(@"a.mp4"), @"1234", nil).uniqueId, bare.uniqueId));
     EXPECT_TRUE(same(setting(url(@"a.mp4"), nil, @"77").uniqueId, bare.uniqueId));
     EXPECT_FALSE(same(setting(url(@"b.mp4"), nil, nil).uniqueId, bare.uniqueId));

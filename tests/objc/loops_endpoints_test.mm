@@ -14,7 +14,7 @@ constexpr const char *refusal = R"({"error": "No.", "code": 7})";
 
 /// The identifier of an upload.
 std::string mediaId(id upload) {
-    return toNative<KeloAPI::KLVideoUpload>(upload)->mediaId();
+    return toNative<KeloAPI::KLVideoUpload>(upload)->mediaId;
 }
 
 } // namespace

@@ -154,14 +154,14 @@ TEST(ModelRulesTest, NumbersOfEnumerationsAreTheLibrarys) {
     using State = KeloAPI::KLVideoUploadProcessingState;
     using Status = KeloAPI::KLPostProcessStatusState;
     const auto layout = [](KLPostsMosaicType type) {
-        return held<KeloAPI::KLPostsMosaic>(postsMosaic(NO, type, NO)).type();
+        return held<KeloAPI::KLPostsMosaic>(postsMosaic(NO, type, NO)).type;
     };
     EXPECT_EQ(layout(KLPostsMosaicTypeUnknown), Layout::Unknown);
     EXPECT_EQ(layout(KLPostsMosaicTypeAvatarIncluded), Layout::AvatarIncluded);
     EXPECT_EQ(layout(KLPostsMosaicTypeDefault), Layout::Default);
     EXPECT_EQ(layout(KLPostsMosaicTypeSmallThumbnails), Layout::SmallThumbnails);
-    EXPECT_EQ(held<KeloAPI::KLPostProcessStatus>(status(1)).state(), Status::Completed);
-    EXPECT_EQ(held<KeloAPI::KLVideoUploadProcessingInfo>(info(2)).state(), State::Succeeded);
+    EXPECT_EQ(held<KeloAPI::KLPostProcessStatus>(status(1)).state, Status::Completed);
+    EXPECT_EQ(held<KeloAPI::KLVideoUploadProcessingInfo>(info(2)).state, State::Succeeded);
     for (const NSInteger none : {NSInteger{-1}, NSInteger{4}, NSInteger{256}}) {
         NSException *const exceptions[] = {raised([&] { postsMosaic(NO, none, NO); }),
                                            raised([&] { info(none); }),

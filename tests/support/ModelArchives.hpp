@@ -38,7 +38,7 @@ inline std::string keptRange(const KLEntity& entity) {
     return std::to_string(entity.range.location) + "+" + std::to_string(entity.range.length);
 }
 inline std::string keptCategory(const KLVenue& venue) {
-    return venue.category ? "category " + venue.category->shortName() : absent;
+    return venue.category ? "category " + venue.category->shortName : absent;
 }
 
 /// What an entry of an archive is.

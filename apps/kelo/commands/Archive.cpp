@@ -152,7 +152,7 @@ void keepSound(const HostPointer& host, const std::string& id, const Keep& keep)
             host->hear(error, [&] {
                 const auto found =
                     std::find_if(sounds.begin(), sounds.end(),
-                                 [&](const auto& sound) { return sound->soundId() == id; });
+                                 [&](const auto& sound) { return sound->soundId == id; });
                 keep(found == sounds.end() ? nullptr : *found);
             });
         });

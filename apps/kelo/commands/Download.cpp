@@ -75,7 +75,7 @@ std::shared_ptr<KLVideoUrlBitrateSetting> chosenOffer(const Offers& offers,
 
 bool hasFileName(const KLVideoUrlBitrateSetting& offer) {
     // The part of the URL that a `FileEndpoint` takes for the name.
-    const std::string url = offer.remoteUrl().absoluteString();
+    const std::string url = offer.remoteUrl.absoluteString();
     const std::string last = url.substr(url.rfind('/') + 1);
     const std::string name = last.substr(0, last.find('?'));
     return !name.empty() && name != "." && name != "..";
@@ -140,7 +140,7 @@ private:
             failed(wish, {ExitCode::Failed, "the offered file has no name"});
         } else {
             wish.file = Endpoint::make<CancellableFile>(
-                offer->remoteUrl().absoluteString(), videoCache(), serviceAt(_host->options().host),
+                offer->remoteUrl.absoluteString(), videoCache(), serviceAt(_host->options().host),
                 [weak = weak_from_this(), id = wish.postId](std::int64_t, std::int64_t received,
                                                             std::int64_t expected) {
                     if (const auto self = weak.lock()) {

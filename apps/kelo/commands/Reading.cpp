@@ -89,8 +89,8 @@ void showOrSubmitViews(const HostPointer& host, const Arguments& arguments) {
                 if (views == nullptr) {
                     throw Failure(ExitCode::Failed, "the service sent no views");
                 }
-                host->show({{"longformId", views->longformId()}, {"count", views->count()}},
-                           {countText(views->count(), "view")});
+                host->show({{"longformId", views->longformId}, {"count", views->count}},
+                           {countText(views->count, "view")});
             });
         });
 }

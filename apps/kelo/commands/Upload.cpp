@@ -88,7 +88,7 @@ private:
     }
 
     void begun(const std::shared_ptr<KLVideoUpload>& upload) {
-        _mediaId = upload->mediaId();
+        _mediaId = upload->mediaId;
         showProgress();
         sendMore();
     }
@@ -188,16 +188,16 @@ private:
     void heard(const std::shared_ptr<KLVideoUpload>& upload) {
         _isFinalized = true;
         const auto info = upload->processingInfo;
-        if (info && info->state() == KLVideoUploadProcessingState::Failed) {
+        if (info && info->state == KLVideoUploadProcessingState::Failed) {
             fail(Failure(ExitCode::Failed, "the service cannot process the video: upload " +
-                                               upload->mediaId() + " " +
-                                               std::string(rawValue(info->state()))));
+                                               upload->mediaId + " " +
+                                               std::string(rawValue(info->state))));
             return;
         }
-        if (info && info->state() == KLVideoUploadProcessingState::Succeeded) {
+        if (info && info->state == KLVideoUploadProcessingState::Succeeded) {
             close();
-            _host->show({{"mediaId", upload->mediaId()},
-                         {"state", std::string(rawValue(info->state()))},
+            _host->show({{"mediaId", upload->mediaId},
+                         {"state", std::string(rawValue(info->state))},
                          {"size", valueOf(upload->size)}},
                         linesOf(*upload));
             return;
