@@ -1,5 +1,5 @@
-// Keeps a channel and a draft of the host's own in files that phones read, too, and reads them
-// back.
+// Keeps a channel, a draft of the host's own and a list in files that phones read, too, and reads
+// them back.
 //
 //     example-archives FOLDER
 #include <KeloAPI/KeloAPI.hpp>
@@ -43,17 +43,43 @@ public:
     }
 };
 
-bool save(const std::string& path, const std::shared_ptr<const Archivable>& object) {
+bool save(const std::string& path, const Data& archive) {
     std::ofstream file(path, std::ios::binary);
-    file << KeyedArchiver::archivedData(object).text();
+    file << archive.text();
     return static_cast<bool>(file.flush());
 }
 
-template <Unarchivable T>
-std::shared_ptr<T> load(const std::string& path) {
+/// Empty where the file cannot be read: that is no archive either.
+Data load(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
-    return KeyedUnarchiver::unarchive<T>(
-        Data(std::string(std::istreambuf_iterator<char>(file), {})));
+    return Data(std::string(std::istreambuf_iterator<char>(file), {}));
+}
+
+bool saveAll(const std::string& folder) {
+    const auto channel = std::make_shared<KLChannel>("7", "Dance", "ffffff", "e04080");
+    const auto draft = std::make_shared<Draft>();
+    draft->caption = "The loop is seamless";
+    draft->begun = Date::now();
+    draft->channel = channel;
+    const std::vector<std::shared_ptr<KLTag>> tags = {std::make_shared<KLTag>("5", "dance"),
+                                                      std::make_shared<KLTag>("6", "loop")};
+    return save(folder + "/channel", KeyedArchiver::archivedData(channel)) &&
+           save(folder + "/draft", KeyedArchiver::archivedData(draft)) &&
+           save(folder + "/tags", KeyedArchiver::archivedData(tags));
+}
+
+bool printAll(const std::string& folder) {
+    const auto channel = KeyedUnarchiver::unarchive<KLChannel>(load(folder + "/channel"));
+    const auto draft = KeyedUnarchiver::unarchive<Draft>(load(folder + "/draft"));
+    const auto tags = KeyedUnarchiver::unarchiveList<KLTag>(load(folder + "/tags"));
+    if (!channel || !draft || !draft->channel || !tags) {
+        return false;
+    }
+    std::cout << channel->name << '\n' << draft->caption << " (" << draft->channel->name << ")\n";
+    for (const auto& tag : *tags) {
+        std::cout << tag->name << '\n';
+    }
+    return true;
 }
 
 } // namespace
@@ -64,24 +90,14 @@ int main(int argc, char** argv) {
         return 2;
     }
     const std::string folder = argv[1];
-    const auto channel = std::make_shared<KLChannel>("7", "Dance", "ffffff", "e04080");
-    const auto draft = std::make_shared<Draft>();
-    draft->caption = "The loop is seamless";
-    draft->begun = Date::now();
-    draft->channel = channel;
-    if (!save(folder + "/channel", channel) || !save(folder + "/draft", draft)) {
+    if (!saveAll(folder)) {
         std::cerr << "Nothing can be written there.\n";
         return 1;
     }
-
-    const auto readChannel = load<KLChannel>(folder + "/channel");
-    const auto readDraft = load<Draft>(folder + "/draft");
-    if (!readChannel || !readDraft || !readDraft->channel) {
+    if (!printAll(folder)) {
         std::cerr << "The files do not hold what was saved.\n";
         return 1;
     }
-    std::cout << readChannel->name << '\n'
-              << readDraft->caption << " (" << readDraft->channel->name << ")\n";
     // What is something else, or broken, is null: here a draft is no channel.
-    return load<KLChannel>(folder + "/draft") ? 1 : 0;
+    return KeyedUnarchiver::unarchive<KLChannel>(load(folder + "/draft")) ? 1 : 0;
 }

@@ -60,6 +60,22 @@ public:
         return object(value(PropertyList::Dictionary{std::move(entries)}));
     }
 
+    /// A reference to a new list of objects.
+    Reference list(const std::vector<std::shared_ptr<const Archivable>>& objects) {
+        // The root comes first in the archive, as the platform has it.
+        const std::size_t place = _objects.size();
+        _objects.push_back(0);
+        PropertyList::Array elements;
+        for (const auto& element : objects) {
+            require(element != nullptr, "a list to be archived holds a null pointer");
+            elements.elements.push_back(object(element));
+        }
+        Entries entries{{text(Layout::arrayObjects), value(std::move(elements))},
+                        {text(Layout::objectClass), classNamed({Layout::arrayClass})}};
+        _objects[place] = value(PropertyList::Dictionary{std::move(entries)});
+        return uid(place);
+    }
+
     /// A reference to an object that `encodeAll` encodes, if it has not.
     Reference object(const std::shared_ptr<const Archivable>& object) {
         if (object == nullptr) {
@@ -145,6 +161,13 @@ KeyedArchiver::~KeyedArchiver() = default;
 Data KeyedArchiver::archivedData(const std::shared_ptr<const Archivable>& object) {
     KeyedArchiver coder;
     const auto root = coder._contents->object(object);
+    coder._contents->encodeAll(coder);
+    return coder._contents->finish(root);
+}
+
+Data KeyedArchiver::archivedList(const std::vector<std::shared_ptr<const Archivable>>& objects) {
+    KeyedArchiver coder;
+    const auto root = coder._contents->list(objects);
     coder._contents->encodeAll(coder);
     return coder._contents->finish(root);
 }

@@ -7,10 +7,12 @@
 #include <KeloAPI/base/Range.hpp>
 #include <KeloAPI/base/URL.hpp>
 
+#include <concepts>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 namespace KeloAPI {
 
@@ -24,6 +26,13 @@ public:
     /// The archive of `object` and all it refers to; null is archived as null. However deep objects
     /// refer to one another, and whether in circles, each is written once.
     static Data archivedData(const std::shared_ptr<const Archivable>& object);
+
+    /// The archive of a list, the platform's array, with all its objects in their order. They may
+    /// be of several classes; a null among them stops the process.
+    template <std::derived_from<Archivable> T>
+    static Data archivedData(const std::vector<std::shared_ptr<T>>& objects) {
+        return archivedList({objects.begin(), objects.end()});
+    }
 
     /// An object that is encoded later, once, and referred to here.
     void encodeObject(const std::shared_ptr<const Archivable>& object, std::string_view key);
@@ -52,6 +61,8 @@ private:
 
     KeyedArchiver();
     ~KeyedArchiver();
+
+    static Data archivedList(const std::vector<std::shared_ptr<const Archivable>>& objects);
 
     std::unique_ptr<Contents> _contents;
 };

@@ -90,6 +90,24 @@ public:
         return object;
     }
 
+    /// The references in a list; null where there is none.
+    const PropertyList::Array* list(Place place) const {
+        const Dictionary* entries = _refused ? nullptr : _archive.entries(place);
+        if (entries == nullptr || !_archive.isKindOf(*entries, Layout::arrayClass)) {
+            return nullptr;
+        }
+        const auto* elements =
+            _archive.get<PropertyList::Array>(_archive.value(*entries, Layout::arrayObjects));
+        // References are shorter than the pointers that they become.
+        return elements != nullptr && elements->elements.size() <= BinaryPropertyList::maxValues
+                   ? elements
+                   : nullptr;
+    }
+
+    std::optional<Place> place(PropertyList::Reference element) const {
+        return _archive.place(element);
+    }
+
     std::optional<Date> date(Reference value) const {
         double seconds = 0;
         if (const auto* plain = _archive.get<PropertyList::Date>(value)) {
@@ -226,6 +244,27 @@ std::shared_ptr<Archivable> KeyedUnarchiver::rootObject(std::string_view classNa
                                                         std::type_index type,
                                                         Initialiser initialise) {
     return _contents->object(*this, _contents->root(), className, type, initialise);
+}
+
+std::optional<std::vector<std::shared_ptr<Archivable>>>
+KeyedUnarchiver::rootObjects(std::string_view className, std::type_index type,
+                             Initialiser initialise) {
+    const auto* list = _contents->list(_contents->root());
+    if (list == nullptr) {
+        return std::nullopt;
+    }
+    std::vector<std::shared_ptr<Archivable>> objects;
+    objects.reserve(list->elements.size());
+    for (const PropertyList::Reference element : list->elements) {
+        const auto place = _contents->place(element);
+        auto object =
+            place ? _contents->object(*this, *place, className, type, initialise) : nullptr;
+        if (object == nullptr) {
+            return std::nullopt;
+        }
+        objects.push_back(std::move(object));
+    }
+    return objects;
 }
 
 std::shared_ptr<Archivable> KeyedUnarchiver::object(std::string_view key,

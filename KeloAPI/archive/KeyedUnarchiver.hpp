@@ -14,6 +14,7 @@
 #include <string>
 #include <string_view>
 #include <typeindex>
+#include <vector>
 
 namespace KeloAPI {
 
@@ -47,8 +48,27 @@ public:
         return coder.isRefused() ? nullptr : object;
     }
 
+    /// The list that was archived, in its order; the same archived object is the same `T` each
+    /// time. Absent when the root of `archive` is not an array, when one of its elements is not a
+    /// `T` or one that `T` refuses, and when `unarchive` gave null for another reason. A list may
+    /// have 500,000 elements.
+    template <Unarchivable T>
+    static std::optional<std::vector<std::shared_ptr<T>>> unarchiveList(const Data& archive) {
+        KeyedUnarchiver coder(archive);
+        const auto objects = coder.rootObjects(T::archivedClassName, typeid(T), initialiser<T>());
+        if (!objects || coder.isRefused()) {
+            return std::nullopt;
+        }
+        std::vector<std::shared_ptr<T>> typed;
+        typed.reserve(objects->size());
+        for (const auto& object : *objects) {
+            typed.push_back(std::static_pointer_cast<T>(object));
+        }
+        return typed;
+    }
+
     /// The name of the class of the object in an archive, without a module before it; absent when
-    /// there is none.
+    /// there is none. A list is an "NSArray", or a subclass of it.
     static std::optional<std::string> rootClassName(const Data& archive);
 
     /// Whether there is a value under `key`, null included.
@@ -99,6 +119,8 @@ private:
 
     std::shared_ptr<Archivable> rootObject(std::string_view className, std::type_index type,
                                            Initialiser initialise);
+    std::optional<std::vector<std::shared_ptr<Archivable>>>
+    rootObjects(std::string_view className, std::type_index type, Initialiser initialise);
     std::shared_ptr<Archivable> object(std::string_view key, std::string_view className,
                                        std::type_index type, Initialiser initialise);
     bool isRefused() const;

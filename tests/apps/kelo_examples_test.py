@@ -166,7 +166,7 @@ class Examples(Case):
         self.assertEqual(sizes, [[256 << 10, len(video) - (256 << 10)], [8]])
 
     def test_archives(self):
-        self.prints("Dance\nThe loop is seamless (Dance)\n", "archives", self.folder)
+        self.prints("Dance\nThe loop is seamless (Dance)\n#dance\n#loop\n", "archives", self.folder)
         with open(f"{self.folder}/draft", "rb") as file:
             self.assertEqual(plistlib.load(file)["$archiver"], "NSKeyedArchiver")
         done = self.example("archives", f"{self.folder}/nowhere")

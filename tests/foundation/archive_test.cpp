@@ -249,6 +249,30 @@ TEST(FoundationTest, AgreesOnAChainOfManyObjects) {
     EXPECT_EQ(FoundationArchive::read(KeyedArchiver::archivedData(again), nodeClass), expected);
 }
 
+TEST(FoundationTest, AgreesOnLists) {
+    const auto first = std::make_shared<Node>("a");
+    const auto second = std::make_shared<Node>("b");
+    second->left = first;
+    const std::string objects =
+        objectsOf(nodeClass, {{"Node", {"=a", "null", "null"}}, {"Node", {"=b", "1", "null"}}});
+    const Data ours = KeyedArchiver::archivedData(std::vector{first, second, first});
+    EXPECT_EQ(FoundationArchive::read(ours, nodeClass), "list 1 2 1\n" + objects);
+    for (const std::string list : {"list", "mutable-list"}) {
+        const Data theirs = FoundationArchive::write(list + " 1 2 1\n" + objects);
+        const auto again = KeyedUnarchiver::unarchiveList<Node>(theirs);
+        ASSERT_TRUE(again && again->size() == 3) << list;
+        EXPECT_EQ((*again)[0]->name, "a");
+        EXPECT_EQ((*again)[1]->name, "b");
+        EXPECT_EQ((*again)[1]->left, (*again)[0]);
+        EXPECT_EQ((*again)[2], (*again)[0]);
+    }
+    EXPECT_EQ(FoundationArchive::read(
+                  KeyedArchiver::archivedData(std::vector<std::shared_ptr<Node>>()), nodeClass),
+              "list\n");
+    const auto none = KeyedUnarchiver::unarchiveList<Node>(FoundationArchive::write("list\n"));
+    EXPECT_TRUE(none && none->empty());
+}
+
 TEST(FoundationTest, RefusesWhatIsNoArchive) {
     EXPECT_THROW(FoundationArchive::read(Data("no archive"), nodeClass), std::runtime_error);
 }

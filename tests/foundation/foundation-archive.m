@@ -13,7 +13,8 @@
 //   object 2 KLVenueCategory                 class KLVenueCategory
 //   url iconUrl null                         url iconUrl
 //
-// A class may name its superclass ("KLVenue:KLPlace"). The kinds of entries and their values:
+// A line "list 1 2 1" (or "mutable-list") makes the root a list of these objects. A class may name
+// its superclass ("KLVenue:KLPlace"). The kinds of entries and their values:
 //
 //   object       the number of an object
 //   int64        -5             double    1.5         bool   0 or 1
@@ -46,6 +47,9 @@ static NSMutableArray *met;
 // By the names that archives have for them: the classes, and reading their lists of kind and key.
 static NSMutableDictionary *classes;
 static NSMutableDictionary *entriesOfClass;
+
+// The words of the line that makes the root a list; nil where there is none.
+static NSArray *listLine;
 
 static void fail(NSString *what, NSString *why) {
     fprintf(stderr, "foundation-archive: %s: %s\n", [what UTF8String], [why UTF8String]);
@@ -235,6 +239,10 @@ static NSArray *readInput(void) {
     NSMutableArray *groups = [NSMutableArray new];
     for (NSString *line in [text componentsSeparatedByString:@"\n"]) {
         NSArray *words = [line componentsSeparatedByString:@" "];
+        if ([[words objectAtIndex:0] hasSuffix:@"list"]) {
+            listLine = [words retain];
+            continue;
+        }
         if ([words count] < 2) {
             continue;
         }
@@ -252,8 +260,17 @@ static NSArray *readInput(void) {
     return groups;
 }
 
+static NSArray *listOf(NSArray *words) {
+    NSMutableArray *list = [NSMutableArray array];
+    for (NSUInteger at = 1; at < [words count]; ++at) {
+        [list addObject:[objectsByNumber objectForKey:[words objectAtIndex:at]]];
+    }
+    BOOL isMutable = [[words objectAtIndex:0] isEqual:@"mutable-list"];
+    return isMutable ? list : [NSArray arrayWithArray:list];
+}
+
 static void writeArchive(NSString *path) {
-    Model *root = nil;
+    id root = nil;
     for (NSMutableArray *group in readInput()) {
         NSArray *words = [group objectAtIndex:0];
         Model *object = [classNamed([words objectAtIndex:2]) new];
@@ -262,9 +279,24 @@ static void writeArchive(NSString *path) {
         object->entries = [group retain];
         root = root == nil ? object : root;
     }
+    root = listLine == nil ? root : listOf(listLine);
     NSData *archive = [NSKeyedArchiver archivedDataWithRootObject:root];
     if (root == nil || ![archive writeToFile:path atomically:NO]) {
         fail(@"no object to write, or no place", path);
+    }
+}
+
+static void printRoot(id root, NSString *path) {
+    BOOL isList = [root isKindOfClass:[NSArray class]];
+    NSMutableString *line = [NSMutableString stringWithString:@"list"];
+    for (id object in isList ? root : [NSArray arrayWithObject:root]) {
+        if (![object isKindOfClass:[Model class]]) {
+            fail(@"the root is no object of these classes, nor a list of such", path);
+        }
+        [line appendFormat:@" %lu", numberOfObject(object)];
+    }
+    if (isList) {
+        printf("%s\n", [line UTF8String]);
     }
 }
 
@@ -277,9 +309,10 @@ static void readArchive(NSString *path) {
                            forKey:[[name componentsSeparatedByString:@":"] objectAtIndex:0]];
     }
     id root = [NSKeyedUnarchiver unarchiveObjectWithFile:path];
-    if (![root isKindOfClass:[Model class]]) {
-        fail(@"the root is no object of these classes", path);
+    if (root == nil) {
+        fail(@"no archive", path);
     }
+    printRoot(root, path);
     for (Model *object in met) {
         NSString *name = [[classes allKeysForObject:[object class]] objectAtIndex:0];
         printf("object %lu %s\n", numberOfObject(object), [name UTF8String]);
