@@ -1,6 +1,9 @@
 #include "support/Loopback.hpp"
 #include "TrustTest.hpp"
 
+#include <KeloAPI/curl/internal/CurlOptions.hpp>
+#include <KeloAPI/curl/internal/TrustStore.hpp>
+
 #include <poll.h>
 #include <unistd.h>
 
@@ -90,8 +93,61 @@ TEST_F(TrustTest, APinnedHostIsJudgedByItsPinsAloneAndAllOthersByTheSystem) {
     }
 }
 
-/// Whatever was connected and trusted before under one policy must not help under another.
-TEST_F(TrustTest, ConnectionsAndTLSSessionsDoNotCrossPolicies) {
+/// One libcurl handle, which keeps its connection and its TLS sessions from one request to the
+/// next, and a server that counts both.
+class TrustStoreTest : public TransportTest {
+protected:
+    ~TrustStoreTest() override { curl_easy_cleanup(_easy); }
+
+    /// What becomes of the connection.
+    enum class After : long { Keep = 0, Close = 1 };
+
+    CURLcode get(const ServerTrustPolicy* policy, After after) {
+        curl_easy_reset(_easy);
+        CurlOptions options(_easy);
+        const TrustStore store(policy);
+        store.applyTo(options);
+        options.set(CURLOPT_URL, server.secureUrl("/").c_str());
+        options.set(CURLOPT_NOBODY, 1L);
+        options.set(CURLOPT_FORBID_REUSE, static_cast<long>(after));
+        EXPECT_EQ(options.code(), CURLE_OK);
+        return curl_easy_perform(_easy);
+    }
+
+    const TestCertificate authority = TestCertificate::authority();
+    std::atomic<int> resumed = 0;
+    RawServer server{authority.issue({}).serverContext(), [this](RawConnection& connection) {
+                         resumed += SSL_session_reused(connection.session());
+                         connection.serve(
+                             [](const std::string&) { return "HTTP/1.1 204 No Content\r\n\r\n"; });
+                     }};
+
+private:
+    CURL* _easy = curl_easy_init();
+};
+
+/// Whatever was connected and trusted before under one policy must not help under another, even for
+/// the same name of the same server.
+TEST_F(TrustStoreTest, ConnectionsAndTLSSessionsDoNotCrossPolicies) {
+    const ServerTrustPolicy own = PinCertificates{{authority.certificate()}};
+    const ServerTrustPolicy other =
+        PinCertificates{{TestCertificate::authority("other").certificate()}};
+    const auto expectRefusals = [&](After after) {
+        EXPECT_EQ(get(&other, after), CURLE_PEER_FAILED_VERIFICATION);
+        EXPECT_EQ(get(nullptr, after), CURLE_PEER_FAILED_VERIFICATION);
+    };
+    EXPECT_EQ(get(&own, After::Keep), CURLE_OK);
+    EXPECT_EQ(get(&own, After::Keep), CURLE_OK);
+    ASSERT_EQ(server.connections(), 1) << "the connection was not kept";
+    expectRefusals(After::Keep);
+    EXPECT_EQ(get(&own, After::Close), CURLE_OK);
+    EXPECT_EQ(get(&own, After::Close), CURLE_OK);
+    ASSERT_EQ(server.connections(), 2);
+    ASSERT_EQ(resumed, 1) << "the TLS session was not kept";
+    expectRefusals(After::Close);
+}
+
+TEST_F(TrustTest, AServerThatIsTrustedUnderOneNameIsRefusedUnderAPinnedOne) {
     const auto authority = TestCertificate::authority();
     trustBySystem(authority);
     serve(authority.issue({}));
