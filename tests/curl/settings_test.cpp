@@ -253,14 +253,14 @@ TEST_F(RetryTest, WhatWasPassedOverIsNotASuccessWhenItsPauseNoLongerFits) {
     EXPECT_TRUE(failedWith(heard, HTTPErrorCode::TimedOut));
 }
 
-TEST_F(RetryTest, APauseIsCancelledAtOnceAndEndsWithItsTransport) {
-    transport = unpinned({.retries = retrying(2, 1h)});
+TEST_F(RetryTest, APauseIsCancelledBeforeItsEndAndEndsWithItsTransport) {
+    // One connection: it is free for another request only when the one before has begun its pause.
+    transport = unpinned({.maxCallConnectionsPerHost = 1, .retries = retrying(2, 1h)});
     const auto first = std::make_shared<RecordingObserver>();
     failures = 1;
     const auto exchange = transport->start(get(server.url("/")), first);
-    ASSERT_TRUE(eventually([this] { return requests > 0; }));
-    // Behind the pause of the first, on the same thread.
     ASSERT_TRUE(succeeded(send(*transport, with(Method::POST, server.url("/"), ""))));
+    EXPECT_EQ(server.connections(), 1);
     EXPECT_FALSE(first->hasCompleted());
     exchange->cancel();
     ASSERT_TRUE(first->wait());
@@ -272,6 +272,7 @@ TEST_F(RetryTest, APauseIsCancelledAtOnceAndEndsWithItsTransport) {
     transport.reset();
     ASSERT_TRUE(second->wait());
     EXPECT_TRUE(failedWith(second, HTTPErrorCode::Cancelled));
+    EXPECT_EQ(requests, 4);
 }
 
 TEST(RetryPauseTest, GrowsAndVariesWithinItsLimits) {
