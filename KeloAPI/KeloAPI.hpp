@@ -55,6 +55,7 @@
 #include <KeloAPI/http/ResponseSerializers.hpp>
 #include <KeloAPI/http/ServerTrustPolicy.hpp>
 #include <KeloAPI/http/Timeline.hpp>
+#include <KeloAPI/http/TrafficObserver.hpp>
 #include <KeloAPI/http/Transport.hpp>
 #include <KeloAPI/http/TransportSettings.hpp>
 #include <KeloAPI/http/URLRequest.hpp>

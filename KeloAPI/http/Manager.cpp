@@ -52,8 +52,8 @@ std::unique_ptr<BodySink> Manager::memorySink() const {
 
 std::shared_ptr<Request> Manager::start(URLRequest request, TransferKind kind,
                                         Request::Counts counts, std::unique_ptr<BodySink> sink) {
-    std::shared_ptr<Request> made(
-        new Request(std::move(request), kind, counts, std::move(sink), _queues));
+    std::shared_ptr<Request> made(new Request(std::move(request), kind, counts, std::move(sink),
+                                              _queues, _settings.observer));
     made->start(*_transport);
     return made;
 }

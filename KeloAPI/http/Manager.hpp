@@ -24,8 +24,8 @@ public:
 
     /// Over HTTP, each host's certificate judged by `trust`.
     explicit Manager(const ServerTrustPolicyManager& trust, const TransportSettings& settings = {});
-    /// Over a transport of the caller's own, of whose settings the manager itself reads the limits
-    /// of bodies.
+    /// Over a transport of the caller's own. Of the settings, those that concern no connection are
+    /// in force: the limits of bodies and the observer.
     explicit Manager(std::shared_ptr<Transport> transport, const TransportSettings& settings = {});
     Manager(const Manager&) = delete;
     Manager& operator=(const Manager&) = delete;

@@ -1,9 +1,11 @@
 #include <KeloAPI/http/HTTPError.hpp>
 #include <KeloAPI/http/internal/BodySink.hpp>
 #include <KeloAPI/http/Request.hpp>
+#include <KeloAPI/http/TrafficObserver.hpp>
 #include <KeloAPI/queues/MainQueue.hpp>
 
 #include <algorithm>
+#include <atomic>
 #include <mutex>
 #include <new>
 #include <utility>
@@ -21,6 +23,11 @@ void post(Request::Completion completion) {
 
 Error noMemory() {
     return httpError(HTTPErrorCode::OutOfResources, "there is no memory for the response");
+}
+
+std::uint64_t nextExchangeId() {
+    static constinit std::atomic<std::uint64_t> last = 0;
+    return ++last;
 }
 
 /// How far a request is; it never goes back.
@@ -54,11 +61,14 @@ struct Request::Guarded {
 };
 
 Request::Request(KeloAPI::URLRequest request, TransferKind kind, Counts counts,
-                 std::unique_ptr<BodySink> sink, ResponseQueues queues)
+                 std::unique_ptr<BodySink> sink, ResponseQueues queues,
+                 std::shared_ptr<TrafficObserver> observer)
     : _request(std::move(request))
     , _kind(kind)
     , _counts(counts)
     , _queues(std::move(queues))
+    , _observer(std::move(observer))
+    , _id(_observer ? nextExchangeId() : 0)
     , _sink(std::move(sink))
     , _guarded(std::make_unique<Guarded>()) {}
 
@@ -66,6 +76,9 @@ Request::~Request() = default;
 
 void Request::start(Transport& transport) {
     _timeline.requestStartTime = Date::now();
+    if (_observer) {
+        _observer->didStart(observed());
+    }
     if (auto reason = obstacle()) {
         // Nobody hears of the end inside the call.
         _queues.library->asyncOrOnMain(
@@ -93,6 +106,10 @@ std::optional<Error> Request::obstacle() const {
         return httpError(HTTPErrorCode::OutOfResources, "no thread can be made for the response");
     }
     return _request.problem();
+}
+
+ObservedExchange Request::observed() const {
+    return {_id, _kind, _request.method, _request.url, _timeline.requestStartTime};
 }
 
 void Request::cancel() {
@@ -169,6 +186,13 @@ void Request::didSendBody(std::int64_t sent, std::int64_t total) {
     }
 }
 
+/// A transport may serve a manager that nobody observes beside one that somebody does.
+void Request::didFinishHop(const HopReport& hop) {
+    if (_observer) {
+        _observer->didFinishHop(observed(), hop);
+    }
+}
+
 void Request::didComplete(std::optional<Error> error) {
     _timeline.requestCompletedTime = Date::now();
     if (!_head) {
@@ -222,6 +246,9 @@ void Request::end(std::optional<Error> error, bool mayBeSlow) {
         _error = _sink->finish(std::move(error));
     } catch (const std::bad_alloc&) {
         _error = _sink->finish(noMemory());
+    }
+    if (_observer) {
+        _observer->didEnd(observed(), _error, _timeline.requestCompletedTime);
     }
     Completion last;
     for (auto handlers = takeHandlers(mayBeSlow); !handlers.empty();

@@ -19,6 +19,8 @@
 namespace KeloAPI {
 
 class BodySink;
+class TrafficObserver;
+struct ObservedExchange;
 
 /// The outcome of an exchange, as a serializer sees it.
 struct ResponseContent {
@@ -104,13 +106,16 @@ private:
     enum class Counts : std::uint8_t { BytesReceived, BytesSent };
 
     Request(KeloAPI::URLRequest request, TransferKind kind, Counts counts,
-            std::unique_ptr<BodySink> sink, ResponseQueues queues);
+            std::unique_ptr<BodySink> sink, ResponseQueues queues,
+            std::shared_ptr<TrafficObserver> observer);
 
     void start(Transport& transport);
     std::optional<Error> obstacle() const;
+    ObservedExchange observed() const;
     void didReceiveResponse(HTTPResponse response) override;
     bool didReceiveData(std::string_view bytes) override;
     void didSendBody(std::int64_t sent, std::int64_t total) override;
+    void didFinishHop(const HopReport& hop) override;
     void didComplete(std::optional<Error> error) override;
     bool isReadWhereItArrived() const;
     void readOnQueue(std::function<void(bool mayBeSlow)> task);
@@ -129,6 +134,9 @@ private:
     const TransferKind _kind;
     const Counts _counts;
     const ResponseQueues _queues;
+    /// Null where nobody observes the manager.
+    const std::shared_ptr<TrafficObserver> _observer;
+    const std::uint64_t _id;
 
     // Written on the network thread, read behind the exchange.
     const std::unique_ptr<BodySink> _sink;

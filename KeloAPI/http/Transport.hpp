@@ -24,6 +24,8 @@ struct HTTPResponse {
     std::int64_t expectedContentLength = -1;
 };
 
+struct HopReport;
+
 /// Hears of one exchange. Calls come one at a time, on a thread of the transport's choice.
 class KELO_API ExchangeObserver {
 public:
@@ -40,6 +42,9 @@ public:
     /// More of the request's body was sent: `sent` bytes of `total`. Goes back to a smaller
     /// number where the body is sent again.
     virtual void didSendBody(std::int64_t sent, std::int64_t total) = 0;
+    /// One request of the exchange is over, and what it took; not for transports that measure
+    /// nothing. The library's own tells where the settings name an observer.
+    virtual void didFinishHop(const HopReport& /*hop*/) {}
     /// The exchange is over. Exactly once, and the last call.
     virtual void didComplete(std::optional<Error> error) = 0;
 };

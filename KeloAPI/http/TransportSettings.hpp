@@ -2,10 +2,13 @@
 
 #include <chrono>
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 
 namespace KeloAPI {
+
+class TrafficObserver;
 
 /// Sends again what failed for a passing reason: the connection could not be made or was lost
 /// before a response, or the response was 429, 502, 503 or 504. Only for methods that may be
@@ -23,7 +26,7 @@ struct RetrySettings {
     std::chrono::milliseconds maxPause{30'000};
 };
 
-/// The limits of a manager. The defaults suit an app on a phone.
+/// The limits of a manager, and who observes it. The defaults suit an app on a phone.
 ///
 /// Calls beyond a limit of connections wait, in their order, and their time-outs run from when they
 /// are sent. One that has waited as long as its time-out, while no byte moved on any connection to
@@ -61,6 +64,9 @@ struct TransportSettings {
     std::optional<std::string> proxy = std::nullopt;
 
     RetrySettings retries = {}; ///< None by default.
+
+    /// Hears of every exchange; null for nobody. One may serve several managers.
+    std::shared_ptr<TrafficObserver> observer = nullptr;
 };
 
 } // namespace KeloAPI

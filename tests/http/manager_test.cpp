@@ -159,7 +159,7 @@ class ManagerMemoryTest : public ManagerTest {
 protected:
     static constexpr std::size_t left = 1000;
 
-    static constexpr std::size_t maxOfAll = TransportSettings().maxBodyBytesInProcess;
+    static inline const std::size_t maxOfAll = TransportSettings().maxBodyBytesInProcess;
 
     ManagerMemoryTest() { EXPECT_TRUE(BodyMemory::take(maxOfAll - left, maxOfAll)); }
     ~ManagerMemoryTest() override { BodyMemory::giveBack(maxOfAll - left); }

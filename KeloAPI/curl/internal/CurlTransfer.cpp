@@ -6,6 +6,7 @@
 #include <KeloAPI/curl/internal/Redirect.hpp>
 #include <KeloAPI/curl/internal/Retry.hpp>
 #include <KeloAPI/curl/internal/StrayData.hpp>
+#include <KeloAPI/http/TrafficObserver.hpp>
 #include <KeloAPI/queues/internal/ExitGuard.hpp>
 
 #include <sys/socket.h>
@@ -77,7 +78,11 @@ CurlTransfer::Clock::time_point CurlTransfer::deadline() const {
 
 bool CurlTransfer::arm(Shared& shared) {
     _shared = &shared;
-    _hop->lastActivity = Clock::now();
+    const auto waitingSince = std::exchange(_hop->lastActivity, Clock::now());
+    if (_settings.observer) {
+        _hop->armed = _hop->lastActivity;
+        _hop->waited = _hop->armed - waitingSince;
+    }
     if (_settings.responseTimeout && _end == Clock::time_point::max()) {
         _end = _hop->lastActivity + std::min(*_settings.responseTimeout, maxInterval);
     }
@@ -183,6 +188,9 @@ bool CurlTransfer::mayPass(const Error& error) const {
 }
 
 CurlTransfer::Next CurlTransfer::goOn(Outcome outcome) {
+    if (_settings.observer && stage == Stage::InFlight) {
+        _observer->didFinishHop(report(outcome));
+    }
     if (outcome.redirects) {
         return follow();
     }
@@ -245,6 +253,9 @@ bool CurlTransfer::giveUp(HTTPErrorCode code, const char* message) {
 
 bool CurlTransfer::takeHeaderLine(std::string_view line) {
     moved();
+    if (_settings.observer && !_hop->firstByte) {
+        _hop->firstByte = _hop->lastActivity;
+    }
     switch (_hop->head.take(line)) {
     case ResponseHead::Progress::Unfinished:
         return true;

@@ -123,10 +123,16 @@ private:
         curl_off_t moved = 0;
         std::optional<Error> failure;
         Clock::time_point lastActivity = Clock::now();
+        // Only where somebody observes the manager:
+        Clock::time_point armed{};
+        Clock::duration waited{};
+        std::optional<Clock::time_point> firstByte;
     };
 
     void disarm();
     Next follow();
+    /// What the hop that is over took.
+    HopReport report(const Outcome& outcome) const;
     bool mayRetry() const;
     bool mayPass(const Error& error) const;
     /// Of the next retry; absent where there is none.
