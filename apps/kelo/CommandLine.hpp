@@ -29,6 +29,8 @@ struct Options {
     bool json = false;
     /// The library's diagnostics on standard error.
     bool verbose = false;
+    /// File that what the calls take is written to; empty for none.
+    std::string trace;
     /// Never ask the user anything.
     bool noInput = false;
 };

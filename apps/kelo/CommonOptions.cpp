@@ -72,6 +72,10 @@ std::vector<Parameter> commonParameters() {
          .choices = {"auto", "always", "never"}},
         flagFor("--json", "Print JSON, one object per line"),
         flagFor("--verbose", "Print each request on standard error"),
+        {.name = "--trace",
+         .help = "Write what each request takes to this file, for the trace viewer of a browser",
+         .form = Form::File,
+         .valueName = "FILE"},
         flagFor("--no-input", "Never ask anything, even on a terminal")};
 }
 
@@ -84,6 +88,7 @@ Options commonOptions(const Arguments& arguments) {
             .language = arguments.text("--language"),
             .json = arguments.has("--json"),
             .verbose = arguments.has("--verbose"),
+            .trace = arguments.text("--trace"),
             .noInput = arguments.has("--no-input")};
 }
 

@@ -28,7 +28,11 @@ std::shared_ptr<Host> Host::create(const Options& options) {
         }
     });
     Api::setSessionDelegate(host);
-    host->_expectedPins = usePins(options);
+    TransportSettings settings;
+    if (!options.trace.empty()) {
+        settings.observer = host->_trace = std::make_shared<Trace>(options.trace);
+    }
+    host->_expectedPins = usePins(options, settings);
     return host;
 }
 
@@ -42,6 +46,9 @@ void Host::run(const std::function<void()>& work) {
     _loop.run();
     if (_failure) {
         throw Failure(*_failure);
+    }
+    if (_trace) {
+        _trace->check();
     }
 }
 

@@ -5,6 +5,7 @@
 #include "KeptSession.hpp"
 #include "Loop.hpp"
 #include "Output.hpp"
+#include "Trace.hpp"
 
 #include <KeloAPI/KeloAPI.hpp>
 
@@ -33,7 +34,8 @@ public:
     Loop& loop() { return _loop; }
 
     /// Calls `work` (signs the user in first, where the options name one and there is no session)
-    /// and runs the library's main queue until `end`. Throws the `Failure` that ended the program.
+    /// and runs the library's main queue until `end`. Throws the `Failure` that ended the program,
+    /// or that of the trace.
     void run(const std::function<void()>& work);
 
     /// True when a call that failed with `error` is going to be sent again, because the user is
@@ -123,6 +125,8 @@ private:
     const Output _output;
     std::string _expectedPins;
     Loop _loop;
+    /// Absent unless the options ask for one.
+    std::shared_ptr<Trace> _trace;
     std::optional<Failure> _failure;
     std::deque<Task> _tasks;
     /// Of the one at work; empty outside `doAll`.

@@ -29,8 +29,10 @@ public:
         print(_json ? jsonLine({{name, path}}) : path + "\n");
     }
 
-private:
+    /// The fields as JSON, with the line's end.
     static std::string jsonLine(const KeloAPI::Parameters& fields);
+
+private:
     static void print(const std::string& text);
 
     const bool _json;

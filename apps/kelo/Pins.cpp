@@ -50,9 +50,10 @@ std::string servedFile() {
            "/kelo-service/certificate.pem";
 }
 
-void pin(const std::string& host, std::vector<Certificate> certificates) {
+void pin(const std::string& host, std::vector<Certificate> certificates,
+         const TransportSettings& settings) {
     const ServerTrustPolicyManager trust({{host, PinCertificates{std::move(certificates)}}});
-    const auto manager = std::make_shared<Manager>(trust);
+    const auto manager = std::make_shared<Manager>(trust, settings);
     for (const auto type : {SessionType::Authenticated, SessionType::UnAuthenticated}) {
         Api::session(type)->setSessionManager(manager);
     }
@@ -66,9 +67,9 @@ bool isThisMachine(const std::string& host) {
     return name == "localhost" || name == "::1" || name.starts_with("127.");
 }
 
-std::string usePins(const Options& options) {
+std::string usePins(const Options& options, const TransportSettings& settings) {
     if (!options.pin.empty()) {
-        pin(options.host, {namedCertificate(options.pin)});
+        pin(options.host, {namedCertificate(options.pin)}, settings);
         return "the certificate in " + options.pin + " (--pin or KELO_PIN)";
     }
     std::vector<Certificate> certificates = Certificates::chain();
@@ -77,10 +78,10 @@ std::string usePins(const Options& options) {
         const std::string path = servedFile();
         if (const auto served = Certificate::fromPEM(textOf(path).value_or(""))) {
             certificates.push_back(*served);
-            pin(options.host, std::move(certificates));
-            return (expected.empty() ? "" : expected + " or ") + "that of kelo serve in " + path;
+            expected += (expected.empty() ? "" : " or ") + ("that of kelo serve in " + path);
         }
     }
+    pin(options.host, std::move(certificates), settings);
     return expected.empty() ? "none, as none is built into kelo" : expected;
 }
 

@@ -34,7 +34,7 @@ class Usage(Case):
                         "request serve").split():
             self.assertRegex(text, rf"(?m)^  {command} ")
         for word in ("--host", "--session", "--user", "--password", "--language", "--verbose",
-                     "--json", "--no-input", "KELO_HOST", "KELO_SESSION", "KELO_PASSWORD", KEY, "130"):
+                     "--json", "--trace", "--no-input", "KELO_HOST", "KELO_SESSION", "KELO_PASSWORD", KEY, "130"):
             self.assertIn(word, text)
 
     def test_bad_command_lines(self):

@@ -152,7 +152,7 @@ class Documents(Texts):
                    ("kelo me --js", ["--json"]), ("kelo --verb", ["--verbose"]),
                    ("kelo timeline home --det", ["--details"]), ("kelo timeline --pri", []),
                    ("kelo download --priority n", ["normal"]), ("kelo help down", ["download"]),
-                   ("kelo upload vid", ["video.mp4"]), ("kelo save vid", ["video.mp4"]),
+                   ("kelo upload vid", ["video.mp4"]), ("kelo me --trace vid", ["video.mp4"]), ("kelo save vid", ["video.mp4"]),
                    ("kelo save f chan", ["channel"]), ("kelo like vid", []),
                    ("kelo download 1 --directory fold", ["folder"]), ("kelo gen", []))
 
