@@ -181,6 +181,15 @@ class Examples(Case):
         self.service.fault("/soundboard", type="stall")
         self.prints("The service is not answering.\n", "limits")
 
+    def test_observing(self):
+        first, second = self.example("observing").stdout.splitlines()
+        self.assertRegex(first, r"^GET /users/me: \d+ ms, \d+ ms of them to connect$")
+        self.assertRegex(second, r"^GET /users/me: \d+ ms, on a connection that was there$")
+        failed = self.example("observing", KELO_HOST="localhost:1").stdout.splitlines()
+        self.assertEqual(failed[1::2], ["KeloAPI.HTTP 4"] * 2)
+        for line in failed[::2]:
+            self.assertRegex(line, r"^GET /users/me: \d+ ms$")
+
     def test_errors(self):
         later = "Something went wrong. Try again later.\n"
         self.prints("Signed in\n", "errors")

@@ -5,9 +5,12 @@ import os
 import signal
 import tempfile
 import unittest
+import xml.etree.ElementTree
 
 from case import PASSWORD, Case
 from service import KEY, wait_until
+
+SCRIPTS = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "scripts")
 
 
 class Trace:
@@ -189,6 +192,16 @@ class Tracing(Case):
         console.type("\x03")
         self.finishes(console, 130)
         self.assertEqual(self.trace().names(), ["GET /users/me"])
+
+    def test_a_picture_of_it(self):
+        trace = self.traced("timeline", "popular", "--pages", "3")
+        drawn = self.run_program(f"{SCRIPTS}/trace-picture", self.path)
+        self.assertEqual((drawn.returncode, drawn.stderr), (0, ""))
+        rectangles = [one.get("class") for one in xml.etree.ElementTree.fromstring(drawn.stdout)
+                      if one.tag.endswith("rect") and one.get("height") == "18"]
+        self.assertEqual(rectangles.count("exchange"), 3)
+        self.assertEqual(rectangles.count("tls"), 1)
+        self.assertEqual(len(rectangles), 3 + sum(len(one["steps"]) for one in trace.exchanges))
 
     def test_nothing_to_tell(self):
         self.assertEqual(self.traced("cache", "list").events, [])
