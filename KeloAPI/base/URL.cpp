@@ -1,5 +1,6 @@
 #include <KeloAPI/base/Contract.hpp>
 #include <KeloAPI/base/internal/Ascii.hpp>
+#include <KeloAPI/base/internal/PercentDecoding.hpp>
 #include <KeloAPI/base/URL.hpp>
 
 #include <arpa/inet.h>
@@ -105,23 +106,6 @@ std::string escaped(std::string_view text, bool (*mayStand)(char)) {
 
 std::string escapedPath(std::string_view text) {
     return escaped(text, mayStandInPath);
-}
-
-std::string unescaped(std::string_view text) {
-    std::string result;
-    result.reserve(text.size());
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        unsigned byte = 0;
-        if (text[at] == '%' &&
-            std::from_chars(text.data() + at + 1, text.data() + at + 3, byte, 16).ec ==
-                std::errc()) {
-            result += static_cast<char>(byte);
-            at += 2;
-        } else {
-            result += text[at];
-        }
-    }
-    return result;
 }
 
 // The parts of a URL that has been parsed once are read off its text, as they are asked for often.
@@ -249,7 +233,7 @@ std::optional<std::string> URL::filePath() const {
     if (scheme() != "file") {
         return std::nullopt;
     }
-    std::string path = unescaped(pathOf(_text));
+    std::string path = percentDecoded(pathOf(_text));
     // The system's calls would take the name to end there.
     if (path.find('\0') != std::string::npos) {
         return std::nullopt;
@@ -330,6 +314,24 @@ std::optional<URL> URL::resolve(std::string_view reference) const {
 
 std::string percentEncoded(std::string_view text) {
     return escaped(text, isUnreserved);
+}
+
+std::string percentDecoded(std::string_view text) {
+    std::string result;
+    result.reserve(text.size());
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const std::string_view digits = text.substr(std::min(at + 1, text.size()), 2);
+        const char* const end = digits.data() + digits.size();
+        unsigned byte = 0;
+        if (text[at] == '%' && digits.size() == 2 &&
+            std::from_chars(digits.data(), end, byte, 16).ptr == end) {
+            result += static_cast<char>(byte);
+            at += 2;
+        } else {
+            result += text[at];
+        }
+    }
+    return result;
 }
 
 } // namespace KeloAPI

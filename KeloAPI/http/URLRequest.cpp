@@ -1,5 +1,6 @@
 #include <KeloAPI/base/internal/Ascii.hpp>
 #include <KeloAPI/http/HTTPError.hpp>
+#include <KeloAPI/http/internal/Secrets.hpp>
 #include <KeloAPI/http/URLRequest.hpp>
 
 #include <algorithm>
@@ -39,7 +40,8 @@ bool HeaderNameLess::operator()(std::string_view a, std::string_view b) const {
 }
 
 std::string URLRequest::description() const {
-    return std::string(name(method)) + " " + (url ? url->absoluteString() : "nil");
+    return std::string(name(method)) + " " +
+           (url ? withoutSecrets(url->absoluteString(), SecretNames()) : "nil");
 }
 
 std::optional<Error> URLRequest::problem() const {

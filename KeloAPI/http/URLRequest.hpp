@@ -30,7 +30,8 @@ public:
     /// How long no byte may move, in either direction, before the request times out.
     std::chrono::milliseconds timeoutInterval{60'000};
 
-    /// Method and URL, and never a header.
+    /// Method and URL, and never a header. In the URL, "BLANKED" stands in the place of a user with
+    /// a password, and of values whose names in the query speak of a secret, such as "token".
     std::string description() const;
 
     /// Why this request cannot be sent at all; absent when it can.
