@@ -1,5 +1,9 @@
 #include <KeloAPI/base/Date.hpp>
 #include <KeloAPI/base/internal/Ascii.hpp>
+#include <KeloAPI/base/internal/ManualNow.hpp>
+
+#include <atomic>
+#include <limits>
 
 namespace KeloAPI {
 
@@ -51,9 +55,22 @@ private:
     bool _ok = true;
 };
 
+constexpr Date::rep systemClock = std::numeric_limits<Date::rep>::min();
+
+/// The instant that is now, in microseconds since 1970, where it does not come from the clock.
+std::atomic<Date::rep> setInstant = systemClock;
+
 } // namespace
 
+void setNow(std::optional<Date> instant) {
+    setInstant = instant ? instant->time_since_epoch().count() : systemClock;
+}
+
 Date Date::now() {
+    const Date::rep instant = setInstant.load(std::memory_order_relaxed);
+    if (instant != systemClock) {
+        return Date(Date::duration(instant));
+    }
     return std::chrono::floor<std::chrono::microseconds>(std::chrono::system_clock::now());
 }
 

@@ -1,3 +1,4 @@
+#include <KeloAPI/base/Contract.hpp>
 #include <KeloAPI/fakes/ScriptedTransport.hpp>
 #include <KeloAPI/http/HTTPError.hpp>
 #include <KeloAPI/queues/SerialQueue.hpp>
@@ -10,6 +11,10 @@
 namespace KeloAPI::fakes {
 
 struct ScriptedTransport::State {
+    explicit State(std::shared_ptr<ManualClock> manualClock)
+        : clock(std::move(manualClock)) {}
+
+    const std::shared_ptr<ManualClock> clock;
     mutable std::mutex mutex;
     std::deque<ScriptedAnswer> answers;
     std::vector<std::shared_ptr<ScriptedExchange>> exchanges;
@@ -29,30 +34,53 @@ public:
     const URLRequest& request() const { return _request; }
 
     // Under the state's mutex.
-    bool waits() const { return _observer != nullptr; }
+    bool waits() const { return _observer != nullptr && !_isAnswered; }
 
-    /// Ends the exchange on the queue. Under the state's mutex; false when it has ended already.
-    bool end(SerialQueue& queue, ScriptedAnswer answer) {
+    /// Under the state's mutex.
+    void answer(State& state, ScriptedAnswer answer) {
         if (!waits()) {
-            return false;
+            return;
+        }
+        _isAnswered = true;
+        if (answer.delay <= std::chrono::milliseconds(0)) {
+            end(state.queue, std::move(answer));
+            return;
+        }
+        require(state.clock != nullptr, "a delayed answer needs a clock");
+        endAfter(*state.clock, answer.delay, answer);
+    }
+
+    void endAfter(ManualClock& clock, std::chrono::milliseconds time, ScriptedAnswer answer) {
+        clock.after(time, [weak = weak_from_this(), answer = std::move(answer)]() mutable {
+            if (const auto self = weak.lock()) {
+                self->endUnderLock(std::move(answer));
+            }
+        });
+    }
+
+    /// Ends the exchange on the queue, unless it has ended already. Under the state's mutex.
+    void end(SerialQueue& queue, ScriptedAnswer answer) {
+        if (_observer == nullptr) {
+            return;
         }
         queue.async([self = shared_from_this(), observer = std::exchange(_observer, nullptr),
                      answer = std::move(answer)] { self->play(*observer, answer); });
-        return true;
     }
 
-    void cancel() override {
-        if (const auto state = _state.lock()) {
-            const std::lock_guard lock(state->mutex);
-            end(state->queue, cancelled());
-        }
-    }
+    void cancel() override { endUnderLock(cancelled()); }
 
     static ScriptedAnswer cancelled() {
         return ScriptedAnswer::failure(httpError(HTTPErrorCode::Cancelled, "cancelled"));
     }
 
 private:
+    void endUnderLock(ScriptedAnswer answer) {
+        if (const auto state = _state.lock()) {
+            const std::lock_guard lock(state->mutex);
+            end(state->queue, std::move(answer));
+        }
+    }
+
     void play(ExchangeObserver& observer, const ScriptedAnswer& answer) const {
         if (_request.body) {
             const auto size = static_cast<std::int64_t>(_request.body->size());
@@ -62,7 +90,8 @@ private:
         if (answer.statusCode != 0) {
             const auto length = answer.expectedContentLength.value_or(
                 static_cast<std::int64_t>(answer.body.size()));
-            HTTPResponse head{*_request.url, answer.statusCode, answer.headerFields, length};
+            HTTPResponse head{answer.url.value_or(*_request.url), answer.statusCode,
+                              answer.headerFields, length};
             observer.didReceiveResponse(std::move(head));
             wanted = answer.body.empty() || observer.didReceiveData(answer.body);
         }
@@ -75,6 +104,7 @@ private:
 
     const URLRequest _request;
     std::shared_ptr<ExchangeObserver> _observer;
+    bool _isAnswered = false;
     const std::weak_ptr<State> _state;
 };
 
@@ -86,8 +116,8 @@ ScriptedAnswer ScriptedAnswer::failure(Error error) {
     return {0, {}, {}, std::move(error)};
 }
 
-ScriptedTransport::ScriptedTransport()
-    : _state(std::make_shared<State>()) {}
+ScriptedTransport::ScriptedTransport(std::shared_ptr<ManualClock> clock)
+    : _state(std::make_shared<State>(std::move(clock))) {}
 
 ScriptedTransport::~ScriptedTransport() {
     const std::lock_guard lock(_state->mutex);
@@ -100,7 +130,7 @@ void ScriptedTransport::answer(ScriptedAnswer answer) {
     const std::lock_guard lock(_state->mutex);
     for (const auto& exchange : _state->exchanges) {
         if (exchange->waits()) {
-            exchange->end(_state->queue, std::move(answer));
+            exchange->answer(*_state, std::move(answer));
             return;
         }
     }
@@ -110,7 +140,7 @@ void ScriptedTransport::answer(ScriptedAnswer answer) {
 void ScriptedTransport::answerRequest(std::size_t index, ScriptedAnswer answer) {
     const std::lock_guard lock(_state->mutex);
     if (index < _state->exchanges.size()) {
-        _state->exchanges[index]->end(_state->queue, std::move(answer));
+        _state->exchanges[index]->answer(*_state, std::move(answer));
     }
 }
 
@@ -137,8 +167,13 @@ std::shared_ptr<Exchange> ScriptedTransport::start(const URLRequest& request,
     auto exchange = std::make_shared<ScriptedExchange>(request, std::move(observer), _state);
     const std::lock_guard lock(_state->mutex);
     _state->exchanges.push_back(exchange);
+    if (_state->clock) {
+        exchange->endAfter(*_state->clock, request.timeoutInterval,
+                           ScriptedAnswer::failure(
+                               httpError(HTTPErrorCode::TimedOut, "the response takes too long")));
+    }
     if (!_state->answers.empty()) {
-        exchange->end(_state->queue, std::move(_state->answers.front()));
+        exchange->answer(*_state, std::move(_state->answers.front()));
         _state->answers.pop_front();
     }
     return exchange;

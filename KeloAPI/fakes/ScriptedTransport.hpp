@@ -1,10 +1,13 @@
 #pragma once
 
 #include <KeloAPI/base/Error.hpp>
+#include <KeloAPI/base/URL.hpp>
+#include <KeloAPI/fakes/ManualClock.hpp>
 #include <KeloAPI/http/HeaderFields.hpp>
 #include <KeloAPI/http/Transport.hpp>
 #include <KeloAPI/http/URLRequest.hpp>
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -24,6 +27,10 @@ struct KELO_API ScriptedAnswer {
     std::optional<Error> error = std::nullopt;
     /// What the head says of the body's length; its real length when absent.
     std::optional<std::int64_t> expectedContentLength = std::nullopt;
+    /// Where the response came from, after redirects; the request's URL when absent.
+    std::optional<URL> url = std::nullopt;
+    /// How long it takes, by the transport's clock; a transport without one stops the process.
+    std::chrono::milliseconds delay{0};
 
     /// A JSON response with this body.
     static ScriptedAnswer json(std::string body);
@@ -37,11 +44,14 @@ struct KELO_API ScriptedAnswer {
 ///     session->setSessionManager(std::make_shared<Manager>(transport));
 ///     transport->answer(ScriptedAnswer::json(R"({"data": {}})"));
 ///
-/// Requests take the responses in the order both come in; one that finds none waits.
-/// Usable from any thread; observers are called on a queue of the transport's own.
+/// Requests take the responses in the order both come in; one that finds none waits. Over a clock,
+/// a request that has no response yet when its `timeoutInterval` has passed ends with `TimedOut`;
+/// without one it waits for ever. Usable from any thread; observers are called on a queue of the
+/// transport's own.
 class KELO_API ScriptedTransport final : public Transport {
 public:
-    ScriptedTransport();
+    /// Without a clock unless one is given.
+    explicit ScriptedTransport(std::shared_ptr<ManualClock> clock = nullptr);
     /// Exchanges that still wait end with `HTTPErrorCode::Cancelled`.
     ~ScriptedTransport() override;
 
@@ -53,7 +63,7 @@ public:
 
     /// The requests that were started, oldest first.
     std::vector<URLRequest> requests() const;
-    /// How many of them wait for a response.
+    /// How many of them wait for a response that has not been given.
     std::size_t waitingCount() const;
 
     std::shared_ptr<Exchange> start(const URLRequest& request,
