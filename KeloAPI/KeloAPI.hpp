@@ -37,6 +37,7 @@
 #include <KeloAPI/endpoints/TimelineEndpoint.hpp>
 #include <KeloAPI/endpoints/UserEndpoint.hpp>
 #include <KeloAPI/fakes/ManualClock.hpp>
+#include <KeloAPI/fakes/ManualMainQueue.hpp>
 #include <KeloAPI/fakes/ScriptedTransport.hpp>
 #include <KeloAPI/files/Application.hpp>
 #include <KeloAPI/files/FileEndpoint.hpp>
