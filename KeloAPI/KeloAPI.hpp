@@ -36,8 +36,11 @@
 #include <KeloAPI/endpoints/SoundboardEndpoint.hpp>
 #include <KeloAPI/endpoints/TimelineEndpoint.hpp>
 #include <KeloAPI/endpoints/UserEndpoint.hpp>
+#include <KeloAPI/fakes/Cassette.hpp>
 #include <KeloAPI/fakes/ManualClock.hpp>
 #include <KeloAPI/fakes/ManualMainQueue.hpp>
+#include <KeloAPI/fakes/PlaybackTransport.hpp>
+#include <KeloAPI/fakes/RecordingTransport.hpp>
 #include <KeloAPI/fakes/ScriptedTransport.hpp>
 #include <KeloAPI/files/Application.hpp>
 #include <KeloAPI/files/FileEndpoint.hpp>

@@ -1,4 +1,5 @@
 #include <KeloAPI/base/Contract.hpp>
+#include <KeloAPI/base/internal/Hash.hpp>
 #include <KeloAPI/files/KLVideoUrlBitrateSetting.hpp>
 #include <KeloAPI/parsing/internal/JsonTexts.hpp>
 
@@ -8,15 +9,6 @@ namespace KeloAPI {
 
 namespace {
 
-/// FNV-1a: the value names cached files, so every build and run must come to the same.
-std::uint64_t hashOf(std::string_view text) {
-    std::uint64_t hash = 0xcbf29ce484222325U;
-    for (const char c : text) {
-        hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3U;
-    }
-    return hash;
-}
-
 std::string uniqueIdOf(const URL& remoteUrl, const std::optional<std::string>& identifier,
                        const std::optional<std::string>& version) {
     if (identifier && version) {
@@ -24,7 +16,8 @@ std::string uniqueIdOf(const URL& remoteUrl, const std::optional<std::string>& i
     }
     const std::string& text = remoteUrl.absoluteString();
     require(!text.empty(), "a bitrate setting needs a URL");
-    return std::to_string(std::bit_cast<std::int64_t>(hashOf(text)));
+    // The value names cached files.
+    return std::to_string(std::bit_cast<std::int64_t>(stableHash(text)));
 }
 
 } // namespace

@@ -6,7 +6,7 @@
 
 namespace KeloAPI {
 
-TEST(Base64Test, DecodesTheStandardsVectorsAndBytesOfAllKinds) {
+TEST(Base64Test, DecodesAndEncodesTheStandardsVectorsAndBytesOfAllKinds) {
     const std::pair<const char*, std::string> table[] = {
         {"", ""},
         {"Zg==", "f"},
@@ -22,6 +22,7 @@ TEST(Base64Test, DecodesTheStandardsVectorsAndBytesOfAllKinds) {
     };
     for (const auto& [text, bytes] : table) {
         EXPECT_EQ(base64Decoded(text), bytes) << text;
+        EXPECT_EQ(base64Encoded(bytes), text) << text;
     }
 }
 

@@ -39,6 +39,22 @@ std::optional<std::size_t> base64DecodedBuffer(const char* input, std::size_t le
     return written;
 }
 
+std::string base64Encoded(std::string_view bytes) {
+    std::string text;
+    text.reserve((bytes.size() + 2) / 3 * 4);
+    for (std::size_t at = 0; at < bytes.size(); at += 3) {
+        const std::string_view group = bytes.substr(at, 3);
+        std::uint32_t bits = 0;
+        for (std::size_t i = 0; i < 3; ++i) {
+            bits = bits << 8U | (i < group.size() ? static_cast<unsigned char>(group[i]) : 0U);
+        }
+        for (std::size_t i = 0; i < 4; ++i) {
+            text += i <= group.size() ? alphabet[bits >> (18U - 6U * i) & 63U] : '=';
+        }
+    }
+    return text;
+}
+
 std::optional<std::string> base64Decoded(std::string_view text) {
     std::string bytes(base64DecodedLength(text.size()), '\0');
     const auto written = base64DecodedBuffer(text.data(), text.size(),

@@ -18,6 +18,9 @@ constexpr std::size_t base64DecodedLength(std::size_t length) {
     return length / 4 * 3;
 }
 
+/// `bytes` in base64, with padding.
+std::string base64Encoded(std::string_view bytes);
+
 /// `text` decoded; none when it is not base64.
 std::optional<std::string> base64Decoded(std::string_view text);
 
