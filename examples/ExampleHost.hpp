@@ -24,10 +24,17 @@ public:
         useManager();
     }
 
-    /// Gives the library's sessions managers with these settings. The certificate that KELO_PIN
-    /// names or that `kelo serve` made, where there is one, is accepted beside those that are built
-    /// into the library.
+    /// Gives the library's sessions managers with these settings.
     static void useManager(const KeloAPI::TransportSettings& settings = {}) {
+        using namespace KeloAPI;
+        for (const SessionType type : {SessionType::Authenticated, SessionType::UnAuthenticated}) {
+            Api::session(type)->setSessionManager(std::make_shared<Manager>(trust(), settings));
+        }
+    }
+
+    /// Accepts the certificate that KELO_PIN names or that `kelo serve` made, where there is one,
+    /// beside those that are built into the library.
+    static KeloAPI::ServerTrustPolicyManager trust() {
         using namespace KeloAPI;
         const std::string state =
             fromEnvironment("XDG_STATE_HOME", fromEnvironment("HOME", "") + "/.local/state");
@@ -37,10 +44,7 @@ public:
         if (const auto certificate = Certificate::fromPEM(pem)) {
             pins.push_back(*certificate);
         }
-        const ServerTrustPolicyManager trust({{service(), PinCertificates{std::move(pins)}}});
-        for (const SessionType type : {SessionType::Authenticated, SessionType::UnAuthenticated}) {
-            Api::session(type)->setSessionManager(std::make_shared<Manager>(trust, settings));
-        }
+        return ServerTrustPolicyManager({{service(), PinCertificates{std::move(pins)}}});
     }
 
     std::optional<std::string> hostForSession(KeloAPI::Session&) override { return service(); }

@@ -71,6 +71,26 @@ class Examples(Case):
         done = self.example("offline-test", KELO_HOST="localhost:1")
         self.assertEqual((done.returncode, done.stdout.count("ok  "), done.stderr), (0, 3, ""))
 
+    def test_manual_time(self):
+        done = self.example("manual-time", KELO_HOST="localhost:1")
+        self.assertEqual((done.returncode, done.stdout.count("ok  "), done.stderr), (0, 6, ""))
+
+    def test_cassette(self):
+        file = f"{self.folder}/me.json"
+        key = self.service.session("kofi")
+        self.prints("kofi\n", "cassette", "record", file, KELO_SESSION=key)
+        with open(file) as cassette:
+            text = cassette.read()
+        self.assertNotIn(key, text)
+        [exchange] = json.loads(text)["exchanges"]
+        self.assertEqual(exchange["request"]["headerFields"]["kelo-session-id"], "BLANKED")
+        self.assertEqual(len(self.service.seen("/users/me")), 1)
+        self.prints("kofi\n", "cassette", "play", file)
+        self.prints("kofi\n", "cassette", "play", file, KELO_HOST="localhost:1")
+        self.assertEqual(len(self.service.seen("/users/me")), 1)
+        done = self.example("cassette", "play", f"{self.folder}/nowhere")
+        self.assertIn("nowhere cannot be read (errno 2: ", done.stdout)
+
     def test_own_service(self):
         for certificate, told in (("development-1", (0, "Signed in as mara\n")),
                                   ("development-2", (1, ""))):
@@ -211,7 +231,7 @@ class Examples(Case):
 
     def test_arguments(self):
         self.refuses_arguments("own-service", "signing-in", "paging", "own-endpoint", "downloads",
-                               "uploads", "archives", "phone", "coroutines")
+                               "uploads", "archives", "phone", "coroutines", "cassette")
 
 
 # Built where the Objective-C face is.
