@@ -26,6 +26,7 @@ public:
     void didSendBody(std::int64_t sent, std::int64_t total) override {
         _observer->didSendBody(sent, total);
     }
+    void didFinishHop(const HopReport& hop) override { _observer->didFinishHop(hop); }
     void didComplete(std::optional<Error> error) override {
         _cassette->_contents->end(_place, _head, _body, error);
         _observer->didComplete(std::move(error));

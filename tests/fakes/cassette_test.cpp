@@ -1,6 +1,8 @@
 #include "CassetteTest.hpp"
+#include "support/ManualTransport.hpp"
 
 #include <KeloAPI/http/HTTPError.hpp>
+#include <KeloAPI/http/TrafficObserver.hpp>
 
 namespace KeloAPI::testing {
 
@@ -145,6 +147,24 @@ TEST_F(CassetteTest, PassesEverythingOn) {
     ASSERT_TRUE(answers.waitFor(3));
     EXPECT_EQ(contentsOf(file), std::string(3000, 'v'));
     EXPECT_EQ(readAndWritten(cassette->text()), cassette->text());
+}
+
+TEST_F(CassetteTest, PassesHopsOnToWhoeverObservesTheManager) {
+    struct Hops final : TrafficObserver {
+        void didFinishHop(const ObservedExchange&, const HopReport&) override { ++count; }
+        int count = 0;
+    };
+    const auto hops = std::make_shared<Hops>();
+    TransportSettings settings;
+    settings.observer = hops;
+    const auto manual = std::make_shared<ManualTransport>();
+    Manager manager(std::make_shared<fakes::RecordingTransport>(manual, cassette), settings);
+    HeardAnswers answers;
+    answers.listenTo(manager.request(get("https://h/1")));
+    manual->observer->didFinishHop({});
+    manual->answer("{}");
+    ASSERT_TRUE(answers.waitFor(1));
+    EXPECT_EQ(hops->count, 1);
 }
 
 TEST_F(CassetteTest, BlanksWhatTurnsOutToBeSecretLater) {

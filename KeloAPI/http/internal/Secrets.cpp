@@ -82,6 +82,9 @@ bool SecretNames::contains(std::string_view name) const {
 
 std::string withoutSecrets(std::string_view text, const SecretNames& names,
                            const SecretListener& listener) {
+    if (text.find('=') == text.npos && text.find('@') == text.npos) {
+        return std::string(text); // as most URLs
+    }
     std::string result;
     std::size_t copied = 0;
     for (std::size_t at = text.find_first_of("=@"); at != text.npos;
