@@ -15,7 +15,7 @@ configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/KeloAPIConfig.cmake.in
   INSTALL_DESTINATION ${kelo_package_dir}
   NO_SET_AND_CHECK_MACRO)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/package/KeloAPIConfigVersion.cmake
-  COMPATIBILITY SameMajorVersion)
+  COMPATIBILITY ${KELO_COMPATIBILITY})
 install(FILES
   ${PROJECT_BINARY_DIR}/package/KeloAPIConfig.cmake
   ${PROJECT_BINARY_DIR}/package/KeloAPIConfigVersion.cmake

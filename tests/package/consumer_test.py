@@ -33,16 +33,23 @@ class InstalledConsumer(unittest.TestCase):
         for name in ("architecture.md", "objective-c.md"):
             self.assertGreater(package.installed(name).stat().st_size, 0)
 
-    def test_refuses_another_major_version(self):
-        project = package.fresh(package.WORK / "wrong_version")
+    def asks_for(self, version):
+        project = package.fresh(package.WORK / "asked_version")
         (project / "CMakeLists.txt").write_text(
-            "cmake_minimum_required(VERSION 3.25)\nproject(wrong LANGUAGES CXX)\n"
-            "find_package(KeloAPI 99 CONFIG REQUIRED)\n"
+            "cmake_minimum_required(VERSION 3.25)\nproject(asked LANGUAGES CXX)\n"
+            f"find_package(KeloAPI {version} CONFIG REQUIRED)\n"
         )
-        with self.assertRaisesRegex(AssertionError, "99"):
-            package.configure(
-                project, project / "build", f"-DCMAKE_PREFIX_PATH={package.MOVED}"
-            )
+        package.configure(project, project / "build", f"-DCMAKE_PREFIX_PATH={package.MOVED}")
+
+    def test_version_stands_for_what_the_soname_does(self):
+        major, minor, _ = package.version()
+        self.asks_for(f"{major}.{minor}")
+        others = [f"{int(major) + 1}.0", f"{major}.{int(minor) + 1}"]
+        if major == "0":
+            others.append(f"{major}.{int(minor) - 1}")
+        for other in others:
+            with self.subTest(other), self.assertRaisesRegex(AssertionError, re.escape(other)):
+                self.asks_for(other)
 
     def test_pkg_config(self):
         file = package.installed("kelo-api.pc")

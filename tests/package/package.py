@@ -46,6 +46,12 @@ def configure(source, build, *definitions):
     )
 
 
+def version():
+    """The project's version, as its numbers."""
+    text = (SOURCE / "CMakeLists.txt").read_text()
+    return text.split("project(KeloAPI VERSION ")[1].split()[0].split(".")
+
+
 def installed(pattern):
     """The one installed file that the pattern finds, in the moved tree."""
     found = list(MOVED.rglob(pattern))
