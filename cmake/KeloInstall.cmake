@@ -1,15 +1,23 @@
 # What is installed: the library with its public headers, its CMake package and its pkg-config file,
-# and the executables that this build makes. A user of the library needs nothing else: none of the
-# libraries behind it shows in its headers or its link interface.
+# and the executables that this build makes. A user of the shared library needs nothing else: none of
+# the libraries behind it shows in its headers or its link interface. A static one names them.
 include(CMakePackageConfigHelpers)
 
 set(kelo_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/KeloAPI)
 
 install(TARGETS KeloAPI EXPORT KeloAPITargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
   FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(EXPORT KeloAPITargets NAMESPACE KeloAPI:: DESTINATION ${kelo_package_dir})
 
+set(KELO_FIND_DEPENDENCIES "")
+if(KELO_LIBRARY_TYPE STREQUAL "STATIC")
+  set(KELO_FIND_DEPENDENCIES "include(CMakeFindDependencyMacro)")
+  foreach(package CURL OpenSSL simdjson uriparser ZLIB Threads)
+    string(APPEND KELO_FIND_DEPENDENCIES "\nfind_dependency(${package})")
+  endforeach()
+endif()
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/KeloAPIConfig.cmake.in
   ${PROJECT_BINARY_DIR}/package/KeloAPIConfig.cmake
   INSTALL_DESTINATION ${kelo_package_dir}
@@ -26,6 +34,7 @@ install(FILES
 if(TARGET KeloAPIObjC)
   install(TARGETS KeloAPIObjC EXPORT KeloAPIObjCTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
     FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
   install(EXPORT KeloAPIObjCTargets NAMESPACE KeloAPI:: DESTINATION ${kelo_package_dir})
 endif()
@@ -41,6 +50,16 @@ foreach(name LIBDIR INCLUDEDIR)
 endforeach()
 list(JOIN kelo_gnustep_compile_flags " " KELO_PC_GNUSTEP_CFLAGS)
 list(JOIN kelo_gnustep_link_flags " " KELO_PC_GNUSTEP_LIBS)
+set(KELO_PC_DEFINES "")
+set(KELO_PC_LIBS_BELOW "")
+set(KELO_PC_OBJC_LIB "-lKeloAPIObjC")
+if(KELO_LIBRARY_TYPE STREQUAL "STATIC")
+  # By name, not as packages required: libcurl's own would ask for a dozen libraries more, which a
+  # program that is linked to the shared libcurl does not need.
+  set(KELO_PC_LIBS_BELOW "-lcurl -lssl -lcrypto -lsimdjson -luriparser -lz -lstdc++ -lm -pthread")
+  set(KELO_PC_DEFINES "-DKELO_STATIC")
+  set(KELO_PC_OBJC_LIB "-Wl,--whole-archive,-lKeloAPIObjC,--no-whole-archive")
+endif()
 foreach(package KeloAPI:kelo-api KeloAPIObjC:kelo-api-objc)
   string(REPLACE ":" ";" package ${package})
   list(GET package 0 target)

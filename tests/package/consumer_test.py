@@ -1,28 +1,17 @@
 """A host of a few lines takes the library in, builds and runs, in each of the usual ways."""
 
-import os
 import pathlib
 import re
-import shlex
 import unittest
 
 import package
 
-CONSUMER = package.SOURCE / "tests" / "package" / "consumer"
 SAYS = "1 post read"
-
-
-def last_line(program):
-    """What the host itself says; the library's trace of its request stands before it."""
-    return package.run(program).splitlines()[-1]
 
 
 class InstalledConsumer(unittest.TestCase):
     def test_find_package(self):
-        build = package.fresh(package.WORK / "find_package")
-        package.configure(CONSUMER, build, f"-DCMAKE_PREFIX_PATH={package.MOVED}")
-        package.run("cmake", "--build", build)
-        self.assertEqual(last_line(build / "consumer"), SAYS)
+        self.assertEqual(package.last_line(package.built_with_cmake(package.MOVED)), SAYS)
 
     def test_package_asks_for_no_other(self):
         folder = package.installed("KeloAPIConfig.cmake").parent
@@ -52,18 +41,7 @@ class InstalledConsumer(unittest.TestCase):
                 self.asks_for(other)
 
     def test_pkg_config(self):
-        file = package.installed("kelo-api.pc")
-        environment = {**os.environ, "PKG_CONFIG_PATH": str(file.parent)}
-        flags = package.run("pkg-config", "--cflags", "--libs", "kelo-api", env=environment)
-        made = package.fresh(package.WORK / "pkg_config") / "consumer"
-        library = pathlib.Path(
-            package.run("pkg-config", "--variable=libdir", "kelo-api", env=environment).strip()
-        )
-        package.run(
-            package.CXX, "-std=c++20", CONSUMER / "main.cpp", "-o", made, *shlex.split(flags),
-            f"-Wl,-rpath,{library.resolve()}",
-        )
-        self.assertEqual(last_line(made), SAYS)
+        self.assertEqual(package.last_line(package.built_with_pkg_config(package.MOVED)), SAYS)
 
 
 class ObjectiveCConsumer(unittest.TestCase):
@@ -74,18 +52,8 @@ class ObjectiveCConsumer(unittest.TestCase):
             self.skipTest("the Objective-C face is not built")
 
     def test_pkg_config(self):
-        """Its flags are all that a host compiles and links with."""
-        file = package.installed("kelo-api-objc.pc")
-        environment = {**os.environ, "PKG_CONFIG_PATH": str(file.parent)}
-        flags = package.run("pkg-config", "--cflags", "--libs", "kelo-api-objc", env=environment)
-        library = package.installed("libKeloAPIObjC.so").parent
-        made = package.fresh(package.WORK / "objective_c") / "consumer"
-        package.run(
-            os.environ.get("OBJC", "gcc"), "-Wall", "-Wextra", "-Werror", CONSUMER / "main.m",
-            "-o", made, *shlex.split(flags), f"-Wl,-rpath,{library.resolve()}",
-        )
-        self.assertEqual(last_line(made), "1 of 3 read")
-        self.assertNotIn("GNUstep/Library", flags)  # the folder of whoever built the package
+        made = package.built_in_objective_c(package.MOVED)
+        self.assertEqual(package.last_line(made), "1 of 3 read")
 
     def test_find_package(self):
         project = package.fresh(package.WORK / "find_objective_c")
@@ -105,9 +73,11 @@ class ObjectiveCConsumer(unittest.TestCase):
 class SubdirectoryConsumer(unittest.TestCase):
     def test_add_subdirectory(self):
         build = package.WORK / "add_subdirectory"
-        package.configure(CONSUMER, build, f"-DKELO_SOURCE_DIR={package.SOURCE}")
+        package.configure(
+            package.CONSUMER, build, f"-DKELO_SOURCE_DIR={package.SOURCE}", *package.QUICKLY
+        )
         package.run("cmake", "--build", build, "--target", "consumer")
-        self.assertEqual(last_line(build / "consumer"), SAYS)
+        self.assertEqual(package.last_line(build / "consumer"), SAYS)
 
     def test_brings_nothing_but_the_library(self):
         targets = package.run(
@@ -116,7 +86,6 @@ class SubdirectoryConsumer(unittest.TestCase):
         linked = re.findall(r"(?m)^(\S+): CXX_\w+_LINKER__", targets)
         names = {pathlib.Path(path).name.split(".so")[0] for path in linked}
         self.assertEqual(names, {"consumer", "libKeloAPI"})
-
 
 
 if __name__ == "__main__":
