@@ -36,7 +36,7 @@ function(kelo_gnustep_flags variable question)
   execute_process(COMMAND ${GNUSTEP_CONFIG} ${question}
     OUTPUT_VARIABLE flags OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
   separate_arguments(flags UNIX_COMMAND "${flags}")
-  list(REMOVE_ITEM flags -MMD -MP -g -O2 -I. -Wall -fPIC)
+  list(REMOVE_ITEM flags -MMD -MP -g -O2 -I. -Wall -Wno-import -fPIC -L/usr/lib -L/usr/local/lib)
   list(FILTER flags EXCLUDE REGEX "^-[IL].*/GNUstep/Library/(Headers|Libraries)$") # the user's own
   list(REMOVE_DUPLICATES flags)
   list(TRANSFORM flags REPLACE "^-I/" "-isystem/")

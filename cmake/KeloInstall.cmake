@@ -1,15 +1,24 @@
 # What is installed: the library with its public headers, its CMake package and its pkg-config file,
 # and the executables that this build makes. A user of the shared library needs nothing else: none of
 # the libraries behind it shows in its headers or its link interface. A static one names them.
+# The components are those of the Debian packages (KeloPackages.cmake).
 include(CMakePackageConfigHelpers)
 
 set(kelo_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/KeloAPI)
 
-install(TARGETS KeloAPI EXPORT KeloAPITargets
-  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-  FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(EXPORT KeloAPITargets NAMESPACE KeloAPI:: DESTINATION ${kelo_package_dir})
+# kelo_install_library(TARGET COMPONENT): the library, and what those need who build with it.
+function(kelo_install_library target component)
+  set(development ${component}-development)
+  install(TARGETS ${target} EXPORT ${target}Targets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+      COMPONENT ${component} NAMELINK_COMPONENT ${development}
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${development}
+    FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT ${development})
+  install(EXPORT ${target}Targets NAMESPACE KeloAPI:: DESTINATION ${kelo_package_dir}
+    COMPONENT ${development})
+endfunction()
+
+kelo_install_library(KeloAPI library)
 
 set(KELO_FIND_DEPENDENCIES "")
 if(KELO_LIBRARY_TYPE STREQUAL "STATIC")
@@ -27,16 +36,12 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/package/KeloAPIConfigVers
 install(FILES
   ${PROJECT_BINARY_DIR}/package/KeloAPIConfig.cmake
   ${PROJECT_BINARY_DIR}/package/KeloAPIConfigVersion.cmake
-  DESTINATION ${kelo_package_dir})
+  DESTINATION ${kelo_package_dir} COMPONENT library-development)
 
 # The Objective-C face is a package of its own beside it. Its pkg-config file also tells what the
 # Foundation's headers and library need; a CMake project asks gnustep-config.
 if(TARGET KeloAPIObjC)
-  install(TARGETS KeloAPIObjC EXPORT KeloAPIObjCTargets
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-  install(EXPORT KeloAPIObjCTargets NAMESPACE KeloAPI:: DESTINATION ${kelo_package_dir})
+  kelo_install_library(KeloAPIObjC objc)
 endif()
 
 # The files find their prefix from where they lie, so that the tree can be moved and
@@ -60,26 +65,32 @@ if(KELO_LIBRARY_TYPE STREQUAL "STATIC")
   set(KELO_PC_DEFINES "-DKELO_STATIC")
   set(KELO_PC_OBJC_LIB "-Wl,--whole-archive,-lKeloAPIObjC,--no-whole-archive")
 endif()
-foreach(package KeloAPI:kelo-api KeloAPIObjC:kelo-api-objc)
+foreach(package KeloAPI:kelo-api:library KeloAPIObjC:kelo-api-objc:objc)
   string(REPLACE ":" ";" package ${package})
   list(GET package 0 target)
   list(GET package 1 name)
+  list(GET package 2 component)
   if(TARGET ${target})
     configure_file(${CMAKE_CURRENT_LIST_DIR}/${name}.pc.in
       ${PROJECT_BINARY_DIR}/package/${name}.pc @ONLY)
-    install(FILES ${PROJECT_BINARY_DIR}/package/${name}.pc DESTINATION ${kelo_pkgconfig_dir})
+    install(FILES ${PROJECT_BINARY_DIR}/package/${name}.pc DESTINATION ${kelo_pkgconfig_dir}
+      COMPONENT ${component}-development)
   endif()
 endforeach()
 
 # The documents and the examples that they lead to lie beside each other.
 set(kelo_doc_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/kelo-api)
-install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${kelo_doc_dir})
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${kelo_doc_dir} COMPONENT licence)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples
-  DESTINATION ${kelo_doc_dir} PATTERN site EXCLUDE)
+  DESTINATION ${kelo_doc_dir} COMPONENT library-development PATTERN site EXCLUDE)
 
 if(TARGET kelo)
   install(DIRECTORY ${PROJECT_BINARY_DIR}/share/ DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}
     COMPONENT documents)
+endif()
+if(TARGET kelo-service)
+  install(FILES ${PROJECT_SOURCE_DIR}/service/kelo-service.1
+    DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT documents)
 endif()
 
 # The executables find the library beside them, wherever the tree lies.
@@ -87,6 +98,6 @@ file(RELATIVE_PATH kelo_bin_to_lib ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_
 foreach(program kelo kelo-service)
   if(TARGET ${program})
     set_target_properties(${program} PROPERTIES INSTALL_RPATH "\$ORIGIN/${kelo_bin_to_lib}")
-    install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+    install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
   endif()
 endforeach()

@@ -1,5 +1,5 @@
-"""Builds the library alone in release mode, installs it, and moves the installed tree away: what
-the other tests use must not depend on where it was made."""
+"""Builds once what all packages are made of, as scripts/packages does; installs it, and moves the
+installed tree away: what the other tests use must not depend on where it was made. Then packs it."""
 
 import shutil
 import unittest
@@ -8,20 +8,23 @@ import package
 
 
 class Build(unittest.TestCase):
-    def test_builds_and_installs(self):
-        off = [
-            f"-DKELO_BUILD_{part}=OFF"
-            for part in ("SERVICE", "APPS", "EXAMPLES", "TESTS", "BENCHMARKS", "FUZZERS")
-        ]
+    def build(self, skip_rpath):
         package.configure(
-            package.SOURCE, package.BUILD, *off, "-DKELO_INSTALL=ON", "-DKELO_SANITIZE=",
-            f"-DCMAKE_INSTALL_PREFIX={package.PREFIX}",
+            package.SOURCE, package.BUILD, "--preset", "packages",
+            f"-DCMAKE_SKIP_INSTALL_RPATH={skip_rpath}",
         )
         package.run("cmake", "--build", package.BUILD)
+
+    def test_builds_installs_and_packs(self):
+        self.build(skip_rpath="OFF")
         package.fresh(package.PREFIX)
-        package.run("cmake", "--install", package.BUILD)
+        package.run("cmake", "--install", package.BUILD, "--prefix", package.PREFIX)
         shutil.rmtree(package.MOVED, ignore_errors=True)
         package.PREFIX.rename(package.MOVED)
+        # A package's library is where the loader looks: only linking is done once more.
+        self.build(skip_rpath="ON")
+        package.fresh(package.DEBIAN)
+        package.run("cpack", "--config", package.BUILD / "CPackConfig.cmake", "-B", package.DEBIAN)
 
 
 if __name__ == "__main__":

@@ -15,6 +15,7 @@ CONSUMER = SOURCE / "tests" / "package" / "consumer"
 BUILD = WORK / "build"
 PREFIX = WORK / "prefix"
 MOVED = WORK / "moved"
+DEBIAN = WORK / "debian"
 LIBRARY = BUILD / "lib" / "libKeloAPI.so"
 # Where only the way matters in which the sources are taken in.
 QUICKLY = ("-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_UNITY_BUILD=ON", "-DCMAKE_UNITY_BUILD_BATCH_SIZE=16")
