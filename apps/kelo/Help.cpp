@@ -5,7 +5,6 @@
 #include "Text.hpp"
 
 #include <algorithm>
-#include <sstream>
 
 namespace KeloHost {
 
@@ -56,16 +55,10 @@ std::string textOf(const Parameter& parameter) {
 /// The text in lines of so many columns, each behind as many blanks.
 std::string wrapped(const std::string& text, std::size_t indent, std::size_t columns) {
     std::string lines;
-    std::string line;
-    std::istringstream words(text);
-    for (std::string word; words >> word;) {
-        if (!line.empty() && indent + displayWidth(line) + 1 + displayWidth(word) > columns) {
-            lines += std::string(indent, ' ') + line + "\n";
-            line.clear();
-        }
-        line += (line.empty() ? "" : " ") + word;
+    for (const std::string& line : wrappedLines(text, columns - std::min(columns, indent))) {
+        lines += std::string(indent, ' ') + line + "\n";
     }
-    return lines + std::string(indent, ' ') + line + "\n";
+    return lines;
 }
 
 /// Names in one column and their texts in another, or below, as there is room.

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 #include <variant>
 
 namespace KeloHost {
@@ -17,8 +18,12 @@ namespace {
 constexpr std::size_t leastNameWidth = 14;
 constexpr std::size_t leastLoopsWidth = 12;
 constexpr std::size_t leastCaptionWidth = 12;
+/// Of a date, the marks, and the blanks that part them from the rest of a post.
+constexpr std::size_t widthBetween = 22;
 /// Behind the identifiers.
 constexpr std::size_t detailIndent = 21;
+/// Where the terminal is too narrow to have all of a record in a line.
+constexpr std::size_t narrowIndent = 2;
 
 std::string loopsText(const std::shared_ptr<KLWatchUser>& user) {
     return user == nullptr || user->loopData == nullptr
@@ -41,6 +46,11 @@ std::string fitted(std::size_t used, const std::string& text) {
     return clipped(text, std::max(room, leastCaptionWidth));
 }
 
+bool isNarrowerThan(std::size_t width) {
+    const auto columns = Terminal::columns();
+    return columns && *columns < width;
+}
+
 std::string idOf(const FeedPost& shown) {
     return shown.post->postId.value_or("?");
 }
@@ -49,22 +59,33 @@ struct Widths {
     std::size_t id = 0;
     std::size_t name = leastNameWidth;
     std::size_t loops = leastLoopsWidth;
+    bool areNarrow = false;
 };
 
-/// A heart for a like, an arrow for a repost of the signed-in user.
-Line lineOf(const FeedPost& shown, const Widths& widths) {
+/// The post, its author with a heart for a like and an arrow for a repost of the signed-in user,
+/// and its caption, in one line or in three.
+Lines linesOf(const FeedPost& shown, const Widths& widths) {
     const KLWatchPost& post = *shown.post;
     const std::string date = post.created ? dayText(*post.created) : std::string(10, '-');
+    Lines lines;
     Line line(padded(idOf(shown), widths.id) + "  ");
-    line.add(date + "  ", Style::Dim)
-        .add(padded(nameOf(*shown.author), widths.name), Style::Bold)
+    const auto breakLine = [&] {
+        if (widths.areNarrow) {
+            lines.push_back(std::exchange(line, std::string(narrowIndent, ' ')));
+        }
+    };
+    line.add(date + "  ", Style::Dim);
+    breakLine();
+    line.add(padded(nameOf(*shown.author), widths.name), Style::Bold)
         .add("  " + rightAligned(loopsText(post.user), widths.loops), Style::Dim)
         .add("  ");
     post.liked.value_or(false) ? line.add("♥", Style::Red) : line.add(" ");
     post.rekeloed() ? line.add("↻", Style::Green) : line.add(" ");
     line.add("  ");
+    breakLine();
     line.add(fitted(line.displayWidth(), printable(post.caption.value_or(""))));
-    return line;
+    lines.push_back(line);
+    return lines;
 }
 
 std::string venueText(const KLVenue& venue) {
@@ -93,7 +114,7 @@ void addLinks(std::vector<std::string>& lines, const std::string& text,
 }
 
 /// The author with the identifier, the byline, channel, venue, music, tags and links.
-Lines detailsOf(const FeedPost& post) {
+Lines detailsOf(const FeedPost& post, std::size_t indent) {
     std::vector<std::string> lines;
     if (post.author->userId) {
         lines.push_back("by " + nameOf(*post.author) + ", user " + *post.author->userId);
@@ -118,8 +139,7 @@ Lines detailsOf(const FeedPost& post) {
     addLinks(lines, post.post->caption.value_or(""), post.entities);
     Lines shown;
     for (const std::string& line : lines) {
-        shown.emplace_back(std::string(detailIndent, ' ') + fitted(detailIndent, printable(line)),
-                           Style::Dim);
+        shown.emplace_back(std::string(indent, ' ') + fitted(indent, printable(line)), Style::Dim);
     }
     return shown;
 }
@@ -148,6 +168,24 @@ std::pair<std::string, std::string> described(const KLFeedInsert& insert) {
                 mosaic->title + " – " + mosaic->subtitle + ": " + namesIn(*mosaic->users)};
     }
     return {dynamic_cast<const KLSolicitation*>(&insert) != nullptr ? "prompt" : "unknown", ""};
+}
+
+/// The text behind `head`, broken between words to stay in its column, which begins below the head
+/// where that takes half of the terminal.
+void addWrapped(Lines& lines, std::string head, const std::string& text) {
+    const auto columns = Terminal::columns();
+    if (!columns) {
+        lines.push_back(head + text);
+        return;
+    }
+    std::size_t indent = displayWidth(head);
+    if (*columns < 2 * indent) {
+        indent = narrowIndent;
+        lines.push_back(std::exchange(head, std::string(indent, ' ')));
+    }
+    for (const std::string& line : wrappedLines(text, *columns - std::min(*columns, indent))) {
+        lines.push_back(std::exchange(head, std::string(indent, ' ')) + line);
+    }
 }
 
 std::string scalarText(const ParameterValue& value) {
@@ -230,12 +268,16 @@ Lines linesOf(const std::vector<std::shared_ptr<FeedPost>>& posts, bool details)
         widths.name = std::max(widths.name, displayWidth(nameOf(*shown->author)));
         widths.loops = std::max(widths.loops, displayWidth(loopsText(shown->post->user)));
     }
+    widths.areNarrow =
+        isNarrowerThan(widths.id + widths.name + widths.loops + widthBetween + leastCaptionWidth);
     Lines lines;
+    const auto add = [&lines](const Lines& more) {
+        lines.insert(lines.end(), more.begin(), more.end());
+    };
     for (const auto& shown : posts) {
-        lines.push_back(lineOf(*shown, widths));
+        add(linesOf(*shown, widths));
         if (details) {
-            const Lines beside = detailsOf(*shown);
-            lines.insert(lines.end(), beside.begin(), beside.end());
+            add(detailsOf(*shown, widths.areNarrow ? narrowIndent : detailIndent));
         }
     }
     return lines;
@@ -245,8 +287,10 @@ Lines linesOf(const std::vector<std::shared_ptr<KLFeedInsert>>& cards) {
     Lines lines;
     for (const auto& card : cards) {
         const auto [kind, text] = described(*card);
-        lines.push_back(padded(card->reference, 18) + " " + padded(kind, 8) + " " +
-                        (card->closeable ? "×" : " ") + " " + text);
+        addWrapped(lines,
+                   padded(printable(card->reference), 18) + " " + padded(kind, 8) + " " +
+                       (card->closeable ? "×" : " ") + " ",
+                   printable(text));
     }
     return lines.empty() ? Lines{"This feed has no cards."} : lines;
 }

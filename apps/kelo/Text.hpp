@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // Text for people: dates, sizes and the like, and UTF-8 on a terminal.
 namespace KeloHost {
@@ -64,6 +65,10 @@ std::size_t displayWidth(std::string_view text);
 /// Printable text cut to at most `width` columns, its last one "…" when something is missing. The
 /// cut is between what a reader sees as characters, never inside an emoji.
 std::string clipped(std::string_view text, std::size_t width);
+
+/// Printable text in lines of at most `width` columns, broken between words. A word that is wider
+/// has a line to itself.
+std::vector<std::string> wrappedLines(const std::string& text, std::size_t width);
 
 /// Printable text with blanks behind it (or in front) to fill `width` columns.
 std::string padded(std::string_view text, std::size_t width);

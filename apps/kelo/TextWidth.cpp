@@ -2,6 +2,9 @@
 
 #include <utf8proc.h>
 
+#include <sstream>
+#include <utility>
+
 namespace KeloHost {
 
 namespace {
@@ -118,6 +121,20 @@ std::string clipped(std::string_view text, std::size_t width) {
         kept += character.length;
     }
     return width == 0 ? "" : std::string(text.substr(0, kept)) + "…";
+}
+
+std::vector<std::string> wrappedLines(const std::string& text, std::size_t width) {
+    std::vector<std::string> lines;
+    std::string line;
+    std::istringstream words(text);
+    for (std::string word; words >> word;) {
+        if (!line.empty() && displayWidth(line) + 1 + displayWidth(word) > width) {
+            lines.push_back(std::exchange(line, {}));
+        }
+        line += (line.empty() ? "" : " ") + word;
+    }
+    lines.push_back(line);
+    return lines;
 }
 
 std::string padded(std::string_view text, std::size_t width) {

@@ -451,6 +451,22 @@ class Terminal(Case):
         self.finishes(console, 130)
         self.assertTrue(console.output.endswith("\r\x1b[J"), console.output)
 
+    def test_posts_in_a_narrow_terminal(self):
+        record = {"postId": 1150000000000000001, "username": "mara", "liked": True,
+                  "created": "2015-11-15T08:00:00.000", "description": "word " * 20,
+                  "channel": "Dance"}
+        self.service.answer("/timelines/popular", {"size": 5, "records": [record]}, times=2)
+        console = self.console("timeline", "popular", "--details", columns=40, NO_COLOR="1")
+        self.finishes(console, 0)
+        lines = console.output.splitlines()
+        self.assertEqual(lines[:3], ["1150000000000000001  2015-11-15",
+                                     f"  {'mara':14}  {'-':>12}  ♥",
+                                     "  word word word word word word word wo…"])
+        self.assertTrue(all(re.match("  \\S", line) for line in lines[1:]), lines)
+        console = self.console("timeline", "popular", columns=79, NO_COLOR="1")
+        self.finishes(console, 0)
+        self.assertEqual(len(console.output.splitlines()), 1)
+
     def test_captions_fit_the_terminal(self):
         # What a reader sees as one character, and the columns that it takes.
         for character, columns in (("語", 2), ("👍🏽", 2), ("👩‍👩‍👧‍👦", 2), ("🇨🇭", 2), ("❤️", 2),
