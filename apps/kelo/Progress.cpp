@@ -17,10 +17,12 @@ constexpr std::size_t widestBar = 24;
 /// A shorter bar says nothing.
 constexpr std::size_t leastBar = 4;
 
-/// The last column stays empty: some terminals break the line when it is written.
+/// The last columns stay empty: some terminals break the line when the very last is written, and
+/// what Ctrl-C leaves behind the line, "^C", must not.
 std::size_t usableColumns() {
     constexpr std::size_t assumedColumns = 80;
-    return Terminal::errorColumns().value_or(assumedColumns) - 1;
+    constexpr std::size_t empty = 3;
+    return std::max(Terminal::errorColumns().value_or(assumedColumns), empty + 1) - empty;
 }
 
 std::string bytesText(double bytes) {

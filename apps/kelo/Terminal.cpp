@@ -54,14 +54,18 @@ std::optional<std::size_t> columnsOf(int file) {
     return size.ws_col;
 }
 
-/// Only what a signal handler may do.
-extern "C" void endBySignal(int number) {
-    showTyping();
+/// What comes next does not stand behind the "^C" of a terminal. Only what a signal handler may do.
+void leaveLine() {
     if (lineIsWrittenOver != 0) {
         [[maybe_unused]] const auto written = write(STDERR_FILENO, clearLine, clearLineSize);
     } else if (isatty(STDERR_FILENO) != 0) {
         [[maybe_unused]] const auto written = write(STDERR_FILENO, "\n", 1);
     }
+}
+
+extern "C" void endBySignal(int number) {
+    showTyping();
+    leaveLine();
     _exit(128 + number);
 }
 
@@ -71,6 +75,7 @@ extern "C" void noteInterruption(int number) {
     }
     wasInterrupted = 1;
     const int error = errno;
+    leaveLine();
     [[maybe_unused]] const auto written = write(interruptions[1], "", 1);
     errno = error;
 }

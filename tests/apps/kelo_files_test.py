@@ -309,7 +309,8 @@ class Bars(Files):
                 self.finishes(console, 0)
                 bars = [frame for frame in self.frames(console)[1:] if not frame.startswith("post")]
                 self.assertTrue(any(bars))
-                self.assertLess(max(map(len, bars)), columns, bars)
+                # Behind the bar there is room for what Ctrl-C leaves there.
+                self.assertLess(max(map(len, bars)) + len("^C"), columns, bars)
                 self.assertEqual(any("░" in one for one in bars), bar, bars)
                 self.assertFalse(any("post" in one for one in bars), bars)
 
@@ -329,6 +330,16 @@ class Bars(Files):
         self.finishes(console, 130)
         self.assertEqual(os.listdir(self.cache), [])
         self.assertEqual(self.frames(console)[-1], "kelo: interrupted; nothing was kept\r\n")
+
+    def test_control_c_where_there_is_no_bar(self):
+        (post,) = self.posts(1)
+        path = self.best(post)[0]
+        self.service.fault(path, type="delay", milliseconds=60000)
+        console = self.console("download", post, TERM="dumb")
+        wait_until(lambda: path in self.fetched())
+        console.type("\x03")
+        self.finishes(console, 130)
+        self.assertEqual(console.output, "^C\r\nkelo: interrupted; nothing was kept\r\n")
 
     def test_control_c_tells_what_was_kept(self):
         first, second = self.posts(2)
