@@ -115,6 +115,8 @@ private:
     void releaseSoon();
     void tryToSignIn();
     void giveUp();
+    /// What would help who could not sign in; empty where nothing is missing.
+    std::string signInHint() const;
     /// What to sign in with next; absent when there is nothing left to try.
     std::optional<Credentials> credentials();
     void signedIn(const Sessions& sessions, const std::optional<KeloAPI::Error>& error);
@@ -138,6 +140,8 @@ private:
     std::int64_t _stragglers = 0;
     bool _waitsForCaptcha = false;
     int _attempts = 0;
+    /// Whether to sign in is what the user has asked for.
+    bool _isLogin = false;
     /// What the service said when it refused the session.
     std::string _reason;
     std::function<void()> _afterSignIn;

@@ -144,6 +144,7 @@ void Host::signedIn(const Sessions& sessions, const std::optional<Error>& error)
 }
 
 void Host::keepSignedIn() {
+    _isLogin = true;
     _options.sessionIsKept = true;
     const auto tell = [this] { showDone("signed in as", _newSession->user); };
     if (_newSession) {
@@ -155,14 +156,21 @@ void Host::keepSignedIn() {
 }
 
 void Host::giveUp() {
-    std::string line = _reason.empty() ? "nobody is signed in" : _reason;
-    if (_options.user.empty()) {
-        line += " (run kelo login, or give --user or another --session)";
-    } else if (_options.password.empty() && !canAsk()) {
-        line += " (set KELO_PASSWORD, or pipe the password to --password -)";
-    }
+    const std::string hint = signInHint();
     releaseRetries(SessionType::Authenticated, false);
-    end(Failure(ExitCode::SignIn, line));
+    end(Failure(ExitCode::SignIn, (_reason.empty() ? "nobody is signed in" : _reason) +
+                                      (hint.empty() ? "" : " (" + hint + ")")));
+}
+
+std::string Host::signInHint() const {
+    const std::string password = "set KELO_PASSWORD, or pipe the password to --password -";
+    if (!_options.user.empty()) {
+        return _options.password.empty() && !canAsk() ? password : "";
+    }
+    if (!_isLogin) {
+        return "run kelo login, or give --user or another --session";
+    }
+    return canAsk() ? "" : "give --user, and " + password;
 }
 
 std::optional<Host::Credentials> Host::credentials() {

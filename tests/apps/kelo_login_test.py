@@ -93,7 +93,8 @@ class Login(LoginCase):
         self.fails(2, "--password: there is none on standard input",
                    "login", "--user", "kofi", "--password", "-")
         self.fails(3, "set KELO_PASSWORD", "login", "--user", "kofi")
-        self.fails(3, "nobody is signed in", "login")
+        self.fails(3, "nobody is signed in (give --user, and set KELO_PASSWORD, or pipe the "
+                   "password to --password -)", "login")
         self.assertEqual((self.service.seen(), self.files()), ([], []))
 
     def test_only_the_user_may_read_it(self):
