@@ -78,9 +78,14 @@ foreach(package KeloAPI:kelo-api:library KeloAPIObjC:kelo-api-objc:objc)
   endif()
 endforeach()
 
-# The documents and the examples that they lead to lie beside each other.
+# The documents and what they lead to lie beside each other, as in the checkout.
 set(kelo_doc_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/kelo-api)
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${kelo_doc_dir} COMPONENT licence)
+foreach(document CHANGELOG.md CONTRIBUTING.md README.md SECURITY.md service/README.md)
+  cmake_path(GET document PARENT_PATH folder)
+  install(FILES ${PROJECT_SOURCE_DIR}/${document} DESTINATION ${kelo_doc_dir}/${folder}
+    COMPONENT library-development)
+endforeach()
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples
   DESTINATION ${kelo_doc_dir} COMPONENT library-development PATTERN site EXCLUDE)
 

@@ -111,6 +111,10 @@ class Library(unittest.TestCase):
     def test_comes_with_its_documents(self):
         docs = package.installed("getting-started.md").parent
         self.assertTrue((docs.parent / "examples/timeline.cpp").is_file())
+        self.assertTrue((docs.parent / "README.md").is_file())
+        links = re.findall(r"\]\(([^)]+)\)", (docs / "index.md").read_text())
+        self.assertGreater(len(links), 15)
+        self.assertEqual([link for link in links if not (docs / link).is_file()], [])
 
 
 if __name__ == "__main__":
