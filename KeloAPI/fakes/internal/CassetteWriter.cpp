@@ -141,7 +141,7 @@ public:
 private:
     static std::size_t endOfText(std::string_view json, std::size_t at) {
         for (++at; json[at] != '"'; ++at) {
-            at += json[at] == '\\' ? 1 : 0;
+            at += json[at] == '\\' ? 1U : 0U;
         }
         return at + 1;
     }

@@ -88,7 +88,7 @@ private:
     std::size_t endOfText() const {
         std::size_t at = _at + 1;
         while (at < _json.size() && _json[at] != '"') {
-            at += _json[at] == '\\' ? 2 : 1;
+            at += _json[at] == '\\' ? 2U : 1U;
         }
         return std::min(at, _json.size());
     }
