@@ -59,9 +59,17 @@ void Progress::showBytes(double done, double all, When when, const std::string& 
         show(bytesText(done) + speed + text);
         return;
     }
-    const std::string bytes = ", " + bytesText(done) + " of " + bytesText(all) + speed;
-    const std::size_t whole = widestBar + displayWidth(" 100 %" + bytes + text);
-    showShare(done, all, whole > usableColumns() ? bytes : bytes + text);
+    std::string behind = ", " + bytesText(done) + " of " + bytesText(all);
+    const auto fits = [&behind](std::size_t bar, const std::string& more) {
+        return bar + displayWidth(" 100 %" + behind + more) <= usableColumns();
+    };
+    if (fits(leastBar, speed)) {
+        behind += speed;
+    }
+    if (fits(widestBar, text)) {
+        behind += text;
+    }
+    showShare(done, all, behind);
 }
 
 void Progress::clear() {

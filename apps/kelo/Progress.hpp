@@ -26,7 +26,7 @@ public:
     void showShare(double done, double all, const std::string& text);
     /// The same for bytes: how many there are, how many come each second, and the time left. `all`
     /// is not above 0 where it is not known; that has no bar. Where the terminal is narrow, `text`
-    /// is left out.
+    /// is left out, and then what is told of the speed.
     void showBytes(double done, double all, When when, const std::string& text = "");
     /// The next bytes are those of other work.
     void clear();

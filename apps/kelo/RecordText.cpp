@@ -69,20 +69,21 @@ Lines linesOf(const FeedPost& shown, const Widths& widths) {
     const std::string date = post.created ? dayText(*post.created) : std::string(10, '-');
     Lines lines;
     Line line(padded(idOf(shown), widths.id) + "  ");
-    const auto breakLine = [&] {
+    const auto nextPart = [&] {
         if (widths.areNarrow) {
             lines.push_back(std::exchange(line, std::string(narrowIndent, ' ')));
+        } else {
+            line.add("  ");
         }
     };
-    line.add(date + "  ", Style::Dim);
-    breakLine();
+    line.add(date, Style::Dim);
+    nextPart();
     line.add(padded(nameOf(*shown.author), widths.name), Style::Bold)
         .add("  " + rightAligned(loopsText(post.user), widths.loops), Style::Dim)
         .add("  ");
     post.liked.value_or(false) ? line.add("♥", Style::Red) : line.add(" ");
     post.rekeloed() ? line.add("↻", Style::Green) : line.add(" ");
-    line.add("  ");
-    breakLine();
+    nextPart();
     line.add(fitted(line.displayWidth(), printable(post.caption.value_or(""))));
     lines.push_back(line);
     return lines;

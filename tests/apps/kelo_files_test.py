@@ -302,7 +302,7 @@ class Bars(Files):
     def test_narrow_terminals(self):
         (post,) = self.posts(1)
         self.limit_rate(20_000)
-        for columns, bar in ((60, True), (24, False), (5, False)):
+        for columns, bar in ((60, True), (40, True), (24, False), (5, False)):
             with self.subTest(columns=columns):
                 folder = tempfile.mkdtemp(dir=self.folder)
                 console = self.console("download", post, columns=columns, XDG_DATA_HOME=folder)
@@ -312,6 +312,8 @@ class Bars(Files):
                 # Behind the bar there is room for what Ctrl-C leaves there.
                 self.assertLess(max(map(len, bars)) + len("^C"), columns, bars)
                 self.assertEqual(any("░" in one for one in bars), bar, bars)
+                # A bar stays, also when there is a speed to tell.
+                self.assertLessEqual({one[0] in "░█" for one in bars if "%" in one}, {bar}, bars)
                 self.assertFalse(any("post" in one for one in bars), bars)
 
     def test_no_bar_where_nothing_can_be_written_over(self):
