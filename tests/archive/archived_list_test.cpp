@@ -10,7 +10,6 @@
 namespace KeloAPI {
 
 using testing::ArchiveFile;
-using testing::Everything;
 using testing::Node;
 using testing::PropertyListFile;
 using testing::PropertyListText;

@@ -97,21 +97,20 @@ TEST_F(TrustTest, APinnedHostIsJudgedByItsPinsAloneAndAllOthersByTheSystem) {
 /// next, and a server that counts both.
 class TrustStoreTest : public TransportTest {
 protected:
-    ~TrustStoreTest() override { curl_easy_cleanup(_easy); }
-
     /// What becomes of the connection.
     enum class After : long { Keep = 0, Close = 1 };
 
     CURLcode get(const ServerTrustPolicy* policy, After after) {
-        curl_easy_reset(_easy);
-        CurlOptions options(_easy);
+        CURL* easy = _handle.get();
+        curl_easy_reset(easy);
+        CurlOptions options(easy);
         const TrustStore store(policy);
         store.applyTo(options);
         options.set(CURLOPT_URL, server.secureUrl("/").c_str());
         options.set(CURLOPT_NOBODY, 1L);
         options.set(CURLOPT_FORBID_REUSE, static_cast<long>(after));
         EXPECT_EQ(options.code(), CURLE_OK);
-        return curl_easy_perform(_easy);
+        return curl_easy_perform(easy);
     }
 
     const TestCertificate authority = TestCertificate::authority();
@@ -123,7 +122,8 @@ protected:
                      }};
 
 private:
-    CURL* _easy = curl_easy_init();
+    const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> _handle{curl_easy_init(),
+                                                                      &curl_easy_cleanup};
 };
 
 /// Whatever was connected and trusted before under one policy must not help under another, even for
