@@ -1,9 +1,12 @@
 #include <KeloAPI/json/internal/JsonSubstitution.hpp>
 
+#include <simdjson.h>
+
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <limits>
+#include <new>
 #include <optional>
 #include <string_view>
 #include <system_error>
@@ -58,15 +61,20 @@ std::optional<NumberParts> partsOf(std::string_view text) {
     return wellFormed && text.empty() ? std::optional(parts) : std::nullopt;
 }
 
-/// Reads as much of `text` as a `T` holds; absent when it is out of range.
-template <class T>
-std::optional<T> inRange(std::string_view text) {
-    T value = 0;
+/// Absent when it is out of range.
+template <class Integer>
+std::optional<Integer> inRange(std::string_view text) {
+    Integer value = 0;
     const auto outcome = std::from_chars(text.data(), text.data() + text.size(), value);
     return outcome.ec == std::errc::result_out_of_range ? std::nullopt : std::optional(value);
 }
 
-/// Whether a number that is out of the range of doubles is too large and not too small for them.
+bool isInteger64(std::string_view text) {
+    return text.front() == '-' ? inRange<std::int64_t>(text).has_value()
+                               : inRange<std::uint64_t>(text).has_value();
+}
+
+/// Whether a number, if it is beyond doubles, is too large for them and not too small.
 bool isAboveOne(const NumberParts& parts) {
     constexpr std::int64_t endless = std::int64_t{1} << 60U;
     const auto exponent =
@@ -77,22 +85,6 @@ bool isAboveOne(const NumberParts& parts) {
     const auto leading = parts.whole == "0" ? -static_cast<std::int64_t>(zeros)
                                             : static_cast<std::int64_t>(parts.whole.size());
     return leading + (parts.negativeExponent ? -exponent : exponent) > 0;
-}
-
-/// The value of a number that neither a 64-bit integer nor a double holds; absent for any other.
-std::optional<double> largeValue(std::string_view text, const NumberParts& parts) {
-    const bool negative = text.front() == '-';
-    const auto nearest = inRange<double>(text);
-    if (parts.isInteger()) {
-        if (negative ? inRange<std::int64_t>(text).has_value()
-                     : inRange<std::uint64_t>(text).has_value()) {
-            return std::nullopt;
-        }
-    } else if (nearest || !isAboveOne(parts)) {
-        return std::nullopt;
-    }
-    constexpr double largest = std::numeric_limits<double>::max();
-    return nearest.value_or(negative ? -largest : largest);
 }
 
 /// Goes through a text once, from its start to its end.
@@ -131,6 +123,31 @@ private:
         }
         ++_ordinal;
         _at = end;
+    }
+
+    /// The value of a number that neither a 64-bit integer nor a double holds, else absent.
+    std::optional<double> largeValue(std::string_view text, const NumberParts& parts) {
+        const bool negative = text.front() == '-';
+        if (parts.isInteger() ? isInteger64(text) : !isAboveOne(parts)) {
+            return std::nullopt;
+        }
+        const auto nearest = nearestDouble(std::string(text) + (parts.isInteger() ? ".0" : ""));
+        if (nearest && !parts.isInteger()) {
+            return std::nullopt;
+        }
+        constexpr double largest = std::numeric_limits<double>::max();
+        return nearest.value_or(negative ? -largest : largest);
+    }
+
+    /// What the JSON reader makes of a number that is not an integer; absent beyond doubles. Not
+    /// every standard library's `from_chars` knows doubles.
+    std::optional<double> nearestDouble(const std::string& text) {
+        double value = 0;
+        const auto error = _reader.parse(text).get(value);
+        if (error == simdjson::MEMALLOC) {
+            throw std::bad_alloc();
+        }
+        return error == simdjson::SUCCESS ? std::optional(value) : std::nullopt;
     }
 
     void passString() {
@@ -175,6 +192,7 @@ private:
     }
 
     std::string& _text;
+    simdjson::dom::parser _reader; // of single numbers
     std::size_t _at = 0;
     std::size_t _ordinal = 0;
     JsonSubstitution _substitution;
