@@ -1,13 +1,10 @@
 #include <KeloAPI/base/Contract.hpp>
 #include <KeloAPI/base/internal/NeverDestroyed.hpp>
+#include <KeloAPI/base/internal/System.hpp>
 #include <KeloAPI/queues/MainQueue.hpp>
-
-#include <sys/eventfd.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <condition_variable>
-#include <cstdint>
 #include <deque>
 #include <mutex>
 #include <utility>
@@ -17,16 +14,6 @@ namespace KeloAPI {
 namespace {
 
 using Deadline = std::chrono::steady_clock::time_point;
-
-void signal(int event) {
-    const std::uint64_t one = 1;
-    [[maybe_unused]] const auto written = write(event, &one, sizeof one);
-}
-
-void clear(int event) {
-    std::uint64_t count = 0;
-    [[maybe_unused]] const auto got = read(event, &count, sizeof count);
-}
 
 /// The instant so long from now; the last one there is where that lies beyond it.
 Deadline deadlineAfter(std::chrono::milliseconds timeout) {
@@ -49,13 +36,13 @@ struct MainQueue::State {
     std::condition_variable changed;
     std::deque<Task> waiting;
     Executor executor;
-    int event = -1; // made when a host asks for it: others should not pay a descriptor
+    System::Event event; // made when a host asks for it: others should not pay a descriptor
     bool stopping = false;
     bool running = false; // a task is on the stack
 
     void clearEventIfIdle() {
-        if (event >= 0 && waiting.empty()) {
-            clear(event);
+        if (event.isOpen() && waiting.empty()) {
+            event.clear();
         }
     }
 };
@@ -77,8 +64,8 @@ void MainQueue::async(Task task) {
         return;
     }
     _state->waiting.push_back(std::move(task));
-    if (_state->event >= 0 && _state->waiting.size() == 1) {
-        signal(_state->event);
+    if (_state->event.isOpen() && _state->waiting.size() == 1) {
+        _state->event.set();
     }
     lock.unlock();
     _state->changed.notify_all();
@@ -164,14 +151,13 @@ void MainQueue::stop() {
 
 int MainQueue::fileDescriptor() {
     const std::lock_guard lock(_state->mutex);
-    if (_state->event < 0) {
-        _state->event = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
-        require(_state->event >= 0, "no descriptor left for the main queue");
+    if (!_state->event.isOpen()) {
+        require(_state->event.open(), "no descriptor left for the main queue");
         if (!_state->waiting.empty()) {
-            signal(_state->event);
+            _state->event.set();
         }
     }
-    return _state->event;
+    return _state->event.descriptor();
 }
 
 void MainQueue::setExecutor(Executor executor) {

@@ -1,9 +1,9 @@
+#include <KeloAPI/base/internal/System.hpp>
 #include <KeloAPI/queues/internal/ExitGuard.hpp>
 #include <KeloAPI/queues/internal/SignalShield.hpp>
 #include <KeloAPI/queues/MainQueue.hpp>
 #include <KeloAPI/queues/SerialQueue.hpp>
 
-#include <pthread.h>
 #include <unistd.h>
 
 #include <condition_variable>
@@ -20,7 +20,7 @@ struct SerialQueue::State {
         : label(std::move(queueLabel)) {}
 
     void run() noexcept {
-        pthread_setname_np(pthread_self(), label.substr(0, 15).c_str());
+        System::nameThread(label);
         const ExitGuard::Member member([this] { wake(); });
         std::unique_lock lock(mutex);
         while (true) {

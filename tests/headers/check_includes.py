@@ -9,6 +9,7 @@ FOLDER is KeloAPI/. Prints one line for each fault and ends with 1 when there is
 - includes point downwards from room to room;
 - headers form no circle;
 - libcurl and OpenSSL are the business of the room curl alone;
+- what a system has beyond POSIX is the business of base/internal/System.cpp alone;
 - KeloAPI.hpp includes every public header but async.hpp, which no other includes.
 """
 import graphlib
@@ -27,6 +28,15 @@ STANDARD = set(
     cassert cctype cerrno cfenv cfloat cinttypes climits clocale cmath csetjmp csignal cstdarg cstddef
     cstdint cstdio cstdlib cstring ctime cuchar cwchar cwctype""".split()
 )
+
+# Of POSIX what the library uses, and flock's header, which every system has beside it.
+POSIX = set(
+    """arpa/inet dirent fcntl iconv netinet/in pthread sys/file sys/resource sys/socket sys/stat
+    sys/types unistd""".split()
+)
+# The libraries below this one.
+LIBRARIES = re.compile(r"(curl|openssl|uriparser)/|(simdjson|zlib)\.h$")
+SYSTEM = "base/internal/System.cpp"
 
 # The rooms, from the lowest up. Rooms of the same height do not know one another.
 HEIGHTS = {
@@ -90,6 +100,9 @@ def faults_of(path, name, names):
             found.append(f"{name}: public, and includes {include}")
         elif re.match(r"(curl|openssl)/", bare) and not name.startswith("curl/"):
             found.append(f"{name}: {include} belongs to the room curl")
+        elif not (bare in STANDARD or LIBRARIES.match(bare) or bare.removesuffix(".h") in POSIX
+                  or name == SYSTEM):
+            found.append(f"{name}: {include} is not of POSIX and belongs into {SYSTEM}")
     if path.suffix == ".hpp" and "#pragma once" not in path.read_text(encoding="utf-8"):
         found.append(f"{name}: has no include guard")
     return found, own

@@ -28,6 +28,7 @@ class CheckIncludesTest(unittest.TestCase):
             "base/A.cpp": ["<KeloAPI/base/internal/B.hpp>", "<unistd.h>"],
             "curl/internal/C.cpp": ["<curl/curl.h>", "<openssl/ssl.h>", "<KeloAPI/http/H.hpp>"],
             "http/H.hpp": ["<KeloAPI/base/A.hpp>"],
+            "base/internal/System.cpp": ["<sys/eventfd.h>"],
             "api/S.cpp": ["<KeloAPI/Settings.hpp>"],
         }
         self.assertEqual(self.judge(files), [])
@@ -63,6 +64,7 @@ class CheckIncludesTest(unittest.TestCase):
             ("does not exist", {"base/A.hpp": ["<KeloAPI/base/Z.hpp>"]}),
             ("whole name", {"base/A.hpp": ['"B.hpp"']}),
             ("belongs to the room curl", {"http/A.cpp": ["<curl/curl.h>"]}),
+            ("not of POSIX", {"http/A.cpp": ["<sys/eventfd.h>"]}),
             ("no header's business", {"api/A.hpp": ["<KeloAPI/Settings.hpp>"]}),
             ("stands in no room", {"attic/A.cpp": []}),
         ):

@@ -1,4 +1,5 @@
 #include <KeloAPI/base/internal/Directory.hpp>
+#include <KeloAPI/base/internal/System.hpp>
 
 #include <dirent.h>
 #include <sys/stat.h>
@@ -28,7 +29,7 @@ std::pair<std::int64_t, std::int64_t> modificationOf(const std::string& path) {
     if (lstat(path.c_str(), &attributes) != 0) {
         fail("cannot examine", path);
     }
-    return {attributes.st_mtim.tv_sec, attributes.st_mtim.tv_nsec};
+    return System::modificationTime(attributes);
 }
 
 } // namespace

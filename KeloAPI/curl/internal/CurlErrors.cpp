@@ -1,3 +1,4 @@
+#include <KeloAPI/base/internal/System.hpp>
 #include <KeloAPI/curl/internal/CurlErrors.hpp>
 #include <KeloAPI/http/HTTPError.hpp>
 
@@ -31,7 +32,7 @@ bool lacksDescriptors() {
     constexpr int needed = 4; // libcurl's lookup holds two beside its own files and sockets
     std::array<int, needed> made{};
     std::generate(made.begin(), made.end(),
-                  [] { return ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0); });
+                  [] { return System::openSocket(AF_UNIX, SOCK_DGRAM, 0); });
     const bool lacks = made.back() < 0 && (errno == EMFILE || errno == ENFILE);
     for (const int descriptor : made) {
         if (descriptor >= 0) {

@@ -9,8 +9,6 @@
 #include <KeloAPI/http/TrafficObserver.hpp>
 #include <KeloAPI/queues/internal/ExitGuard.hpp>
 
-#include <sys/socket.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
@@ -408,7 +406,7 @@ std::size_t CurlTransfer::onRead(char* buffer, std::size_t size, std::size_t cou
 /// Remembers why a socket could not be made: libcurl only says that it could not connect.
 curl_socket_t CurlTransfer::onOpenSocket(void* self, curlsocktype /*purpose*/,
                                          curl_sockaddr* address) noexcept {
-    const int made = socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+    const int made = System::openSocket(address->family, address->socktype, address->protocol);
     static_cast<CurlTransfer*>(self)->_hop->lacksDescriptors =
         made < 0 && (errno == EMFILE || errno == ENFILE);
     return made < 0 ? CURL_SOCKET_BAD : made;

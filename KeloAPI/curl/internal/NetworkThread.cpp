@@ -1,3 +1,4 @@
+#include <KeloAPI/base/internal/System.hpp>
 #include <KeloAPI/curl/internal/CurlErrors.hpp>
 #include <KeloAPI/curl/internal/Libraries.hpp>
 #include <KeloAPI/curl/internal/NetworkThread.hpp>
@@ -5,7 +6,6 @@
 #include <KeloAPI/queues/internal/SignalShield.hpp>
 
 #include <openssl/crypto.h>
-#include <pthread.h>
 
 #include <algorithm>
 #include <climits>
@@ -78,7 +78,7 @@ void NetworkThread::wake() {
 }
 
 void NetworkThread::run() {
-    pthread_setname_np(pthread_self(), _name.c_str());
+    System::nameThread(_name);
     const ExitGuard::Member member([this] { wake(); });
     ExitGuard::parkIfExiting();
     _shared.cookies = curl_share_init();

@@ -1,5 +1,6 @@
 #include <KeloAPI/base/internal/Directory.hpp>
 #include <KeloAPI/base/internal/NeverDestroyed.hpp>
+#include <KeloAPI/base/internal/System.hpp>
 #include <KeloAPI/http/internal/AbandonedDownloads.hpp>
 
 #include <fcntl.h>
@@ -39,9 +40,8 @@ Cleared& cleared() {
 
 std::string temporaryName() {
     std::array<unsigned char, randomBytes> bytes{};
-    // For 256 bytes at most it fails only where the system lacks the call; the name is then taken
-    // once, and another download is refused.
-    [[maybe_unused]] const int failed = getentropy(bytes.data(), bytes.size());
+    // Without random bytes the name is taken once, and another download is refused.
+    static_cast<void>(System::fillWithRandom(bytes));
     std::string name(prefix);
     for (const unsigned char byte : bytes) {
         name += digits[byte >> 4U];
