@@ -62,8 +62,8 @@ struct TaskPromise {
         bool await_ready() const noexcept { return false; }
         template <class Promise>
         std::coroutine_handle<> await_suspend(std::coroutine_handle<Promise> task) noexcept {
-            const auto waiter = task.promise().waiter;
-            return waiter ? waiter : std::noop_coroutine();
+            const auto resumed = task.promise().waiter;
+            return resumed ? resumed : std::noop_coroutine();
         }
         void await_resume() const noexcept {}
     };

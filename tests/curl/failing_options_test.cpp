@@ -14,7 +14,7 @@
 // made to fail.
 extern "C" {
 CURLcode __real_curl_easy_setopt(CURL* easy, CURLoption option, ...);
-CURLcode __wrap_curl_easy_setopt(CURL* easy, CURLoption option, ...);
+CURLcode __wrap_curl_easy_setopt(CURL* easy, unsigned number, ...);
 curl_slist* __real_curl_slist_append(curl_slist* list, const char* text);
 curl_slist* __wrap_curl_slist_append(curl_slist* list, const char* text);
 CURLMsg* __real_curl_multi_info_read(CURLM* multi, int* left);
@@ -42,7 +42,9 @@ WrappedCurl wrappedCurl;
 
 using KeloAPI::testing::wrappedCurl;
 
-CURLcode __wrap_curl_easy_setopt(CURL* easy, CURLoption option, ...) {
+// A parameter before the dots must not be of a type that is widened when it is passed among them.
+CURLcode __wrap_curl_easy_setopt(CURL* easy, unsigned number, ...) {
+    const auto option = static_cast<CURLoption>(number);
     {
         const std::lock_guard lock(wrappedCurl.mutex);
         wrappedCurl.seen.insert(option);
@@ -51,13 +53,13 @@ CURLcode __wrap_curl_easy_setopt(CURL* easy, CURLoption option, ...) {
         }
     }
     va_list arguments;
-    va_start(arguments, option);
+    va_start(arguments, number);
     const int kind = option / 10'000 * 10'000;
     static_assert(std::is_same_v<long, curl_off_t>);
     CURLcode code = CURLE_OK;
     if (kind == CURLOPTTYPE_LONG || kind == CURLOPTTYPE_OFF_T) {
-        const long number = va_arg(arguments, long);
-        code = __real_curl_easy_setopt(easy, option, number);
+        const long value = va_arg(arguments, long);
+        code = __real_curl_easy_setopt(easy, option, value);
     } else {
         void* pointer = va_arg(arguments, void*);
         code = __real_curl_easy_setopt(easy, option, pointer);

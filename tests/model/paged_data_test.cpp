@@ -231,16 +231,16 @@ TEST(PagedDataDeathTest, AnIndexOutsideStopsTheProcess) {
     const auto object = std::make_shared<Named>("x");
     constexpr const char* inserted =
         "KeloAPI: contract violated: index of an insertion outside the paged data\n";
-    constexpr const char* outside = "KeloAPI: contract violated: index outside the paged data\n";
+    constexpr const char* noElement = "KeloAPI: contract violated: index outside the paged data\n";
     EXPECT_DEATH(list.insert(object, 3), inserted);
     EXPECT_DEATH(list.insertObject(object, -1), inserted);
-    EXPECT_DEATH(list.removeAtIndex(2), outside);
-    EXPECT_DEATH(list.removeObjectAtIndex(-1), outside);
-    EXPECT_DEATH(KLPagedData().removeAtIndex(0), outside);
-    EXPECT_DEATH(static_cast<void>(list[2]), outside);
-    EXPECT_DEATH(static_cast<void>(fixed[-1]), outside);
-    EXPECT_DEATH(static_cast<void>(fixed.objectAtIndex(INT64_MIN)), outside);
-    EXPECT_DEATH(list[INT64_MAX] = object, outside);
+    EXPECT_DEATH(list.removeAtIndex(2), noElement);
+    EXPECT_DEATH(list.removeObjectAtIndex(-1), noElement);
+    EXPECT_DEATH(KLPagedData().removeAtIndex(0), noElement);
+    EXPECT_DEATH(static_cast<void>(list[2]), noElement);
+    EXPECT_DEATH(static_cast<void>(fixed[-1]), noElement);
+    EXPECT_DEATH(static_cast<void>(fixed.objectAtIndex(INT64_MIN)), noElement);
+    EXPECT_DEATH(list[INT64_MAX] = object, noElement);
 }
 
 TEST(PagedDataDeathTest, ACountThatOverflowsStopsTheProcess) {
