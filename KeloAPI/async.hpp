@@ -49,7 +49,7 @@ inline const Error* errorOf(const std::optional<Error>& error) {
 
 /// True for what a session queues a retry for.
 inline bool asksTheUser(const Error* error) {
-    const auto code = error == nullptr ? std::nullopt : error->integer(KLAPIStatusCodeKey);
+    const auto code = error == nullptr ? 0 : error->integer(KLAPIStatusCodeKey).value_or(0);
     return code == 100 || code == 103 || code == 419;
 }
 
