@@ -7,6 +7,10 @@ include(CheckLanguage)
 find_program(GNUSTEP_CONFIG gnustep-config)
 find_program(GNUSTEP_MAKE NAMES gmake make) # which gnustep-config asks, and else answers nothing
 set(KELO_FOUNDATION_MISSING "")
+if(CMAKE_CROSSCOMPILING)
+  set(KELO_FOUNDATION_MISSING "a Foundation of the other system")
+  return()
+endif()
 # Its headers are made for GCC's runtime.
 if(NOT CMAKE_OBJC_COMPILER AND NOT DEFINED ENV{OBJC})
   set(ENV{OBJC} gcc)
