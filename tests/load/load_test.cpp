@@ -190,7 +190,7 @@ TEST_F(SoakTest, TakesNoMoreAtItsEndThanEarlyOn) {
     const Taken late = Taken::now();
     ASSERT_TRUE(early);
     std::cout << started << " exchanges in " << wanted().count() << " s\nearly: " << early->text()
-              << "\nlate:  " << late.text() << '\n';
+              << "\nlate: " << late.text() << '\n';
     EXPECT_GE(good, round * 4);
     EXPECT_LE(late.threads, early->threads);
     EXPECT_LE(late.descriptors, early->descriptors + 6); // connections come and go
