@@ -2,6 +2,7 @@
 shared library does not pass it on."""
 
 import re
+import shutil
 import subprocess
 import unittest
 
@@ -78,7 +79,7 @@ class Static(unittest.TestCase):
             "target_link_libraries(consumer PRIVATE KeloAPI::KeloAPIObjC gnustep-base objc)\n"
         )
         package.configure(project, project / "build", f"-DCMAKE_PREFIX_PATH={PREFIX}",
-                          f"-DCMAKE_OBJC_COMPILER={package.OBJC}")
+                          f"-DCMAKE_OBJC_COMPILER={shutil.which(package.OBJC)}")
         package.run("cmake", "--build", project / "build")
         self.assert_stands_alone(project / "build/consumer", "1 of 3 read")
 
