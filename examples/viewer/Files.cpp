@@ -1,0 +1,91 @@
+#include "Files.hpp"
+
+#include <QImageReader>
+#include <QThreadPool>
+
+namespace KeloViewer {
+
+using namespace KeloAPI;
+
+namespace {
+
+constexpr int mostFilesOfAKind = 200;
+
+/// A file's place goes by its name alone, so that each kind has a cache of its own: the URL
+/// ".../thumbnails/x.png" goes to "/thumbnails/".
+std::string kindOf(const std::string& url) {
+    const std::size_t end = url.rfind('/');
+    const std::size_t start = end == std::string::npos ? end : url.rfind('/', end - 1);
+    return start == std::string::npos ? "other" : url.substr(start + 1, end - start - 1);
+}
+
+std::shared_ptr<FileManager> cacheOf(const std::string& kind) {
+    return FileManager::sharedGroupManager("/" + kind + "/");
+}
+
+/// One picture on its way. It ends on whichever thread reads the file.
+class PictureResponse : public QQuickImageResponse {
+public:
+    PictureResponse(const std::string& url, QSize size) {
+        MainQueue::main().async([this, url, size] {
+            fetchFile(url, QueuePriority::Normal, [this, size](const QString& path) {
+                QThreadPool::globalInstance()->start([this, path, size] { read(path, size); });
+            });
+        });
+    }
+
+    QQuickTextureFactory* textureFactory() const override {
+        return QQuickTextureFactory::textureFactoryForImage(_picture);
+    }
+
+private:
+    void read(const QString& path, QSize size) {
+        QImageReader reader(path);
+        if (size.width() > 0 && size.height() > 0) {
+            reader.setScaledSize(size);
+        }
+        _picture = reader.read();
+        Q_EMIT finished();
+    }
+
+    QImage _picture;
+};
+
+} // namespace
+
+void fetchFile(const std::string& url, QueuePriority priority, HearFile hear) {
+    const std::string kind = kindOf(url);
+    const auto file = FileEndpoint::create(url, cacheOf(kind));
+    const auto place = file->documentsFile();
+    if (!place) {
+        hear({});
+        return;
+    }
+    FileQueue::withKey(kind)->download(
+        file, *place, priority, [hear = std::move(hear)](const FileDownloadResult& result) {
+            const auto* success = result.success();
+            hear(success == nullptr ? QString()
+                                    : QString::fromStdString(
+                                          success->endpoint->localUrl()->filePath().value_or("")));
+        });
+}
+
+std::size_t videosInQueue() {
+    return FileQueue::withKey("videos")->queuedFiles().size();
+}
+
+void forgetQueuedVideos() {
+    FileQueue::withKey("videos")->kill();
+}
+
+void trimFiles() {
+    for (const char* kind : {"videos", "thumbnails", "avatars"}) {
+        cacheOf(kind)->cleanDirectory(mostFilesOfAKind);
+    }
+}
+
+QQuickImageResponse* PictureProvider::requestImageResponse(const QString& id, const QSize& size) {
+    return new PictureResponse(id.toStdString(), size);
+}
+
+} // namespace KeloViewer

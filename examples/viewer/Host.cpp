@@ -1,0 +1,138 @@
+#include "Host.hpp"
+
+#include <QQmlEngine>
+#include <QSettings>
+
+namespace KeloViewer {
+
+using namespace KeloAPI;
+
+Host& Host::shared() {
+    static const auto host = [] {
+        std::shared_ptr<Host> made(new Host);
+        use(made);
+        // A person waits: it is better to hear soon that there is no network.
+        useManager({.connectTimeout = std::chrono::seconds(5),
+                    .silenceTimeout = std::chrono::seconds(15)});
+        Diagnostics::setSink([](std::string_view) {});
+        made->readUser();
+        return made;
+    }();
+    return *host;
+}
+
+Host* Host::create(QQmlEngine*, QJSEngine*) {
+    QQmlEngine::setObjectOwnership(&shared(), QQmlEngine::CppOwnership);
+    return &shared();
+}
+
+// An app for people keeps the key in the system's keychain.
+Host::Host()
+    : _key(QSettings().value("sessionKey").toString().toStdString()) {}
+
+Host::Heard Host::hear(const Error* error, Undo ifDropped) {
+    if (error == nullptr) {
+        setOffline(false);
+        return Heard::Well;
+    }
+    const std::int64_t code = error->integer(KLAPIStatusCodeKey).value_or(0);
+    if (code == 100 || code == 103 || (code == 419 && error->url(KLCaptchaUrlKey))) {
+        setOffline(false);
+        _undos.push_back(std::move(ifDropped));
+        return Heard::Waits;
+    }
+    if (error->domain() == HTTPErrorDomain && !isHTTPError(*error, HTTPErrorCode::Cancelled) &&
+        !isHTTPError(*error, HTTPErrorCode::HTTPStatus)) {
+        setOffline(true);
+    } else {
+        setOffline(false);
+        Q_EMIT said(QString::fromStdString(error->localizedDescription()));
+    }
+    return Heard::Failed;
+}
+
+void Host::signIn(const QString& user, const QString& password) {
+    const auto endpoint = Endpoint::create(Api::session(SessionType::UnAuthenticated));
+    endpoint->setPath("sessions");
+    endpoint->setMethod(Method::POST);
+    endpoint->setParameterEncoding(ParameterEncoding::JSON);
+    endpoint->setParameters(
+        {{"username", user.toStdString()}, {"password", password.toStdString()}});
+    const auto keyIn = [](const JsonObject& json) {
+        const auto key = json["key"].text();
+        return key ? std::make_shared<std::string>(*key) : nullptr;
+    };
+    endpoint->request(
+        std::make_shared<KLClosureParser<std::string>>(keyIn),
+        [this](const auto& keys, const auto&, const auto&, const std::optional<Error>& error) {
+            if (error || keys.empty()) {
+                _problem = error ? QString::fromStdString(error->localizedDescription())
+                                 : "The service sent no key.";
+                Q_EMIT changed();
+                return;
+            }
+            {
+                const std::lock_guard lock(_keyMutex);
+                _key = *keys.front();
+            }
+            QSettings().setValue("sessionKey", QString::fromStdString(_key));
+            closeSheet(true);
+            readUser();
+        });
+}
+
+void Host::closeSheet(bool sendAgain) {
+    _sheet.clear();
+    _problem.clear();
+    Q_EMIT changed();
+    const auto undos = std::exchange(_undos, {});
+    Api::session(SessionType::Authenticated)->handleQueuedRetries(sendAgain);
+    for (const Undo& undo : undos) {
+        if (!sendAgain) {
+            undo();
+        }
+    }
+}
+
+void Host::retry() {
+    setOffline(false);
+    readUser();
+    Q_EMIT retryWanted();
+}
+
+std::optional<std::string> Host::sessionKeyForSession(Session& session) {
+    if (session.sessionType() == SessionType::UnAuthenticated) {
+        return std::nullopt;
+    }
+    const std::lock_guard lock(_keyMutex);
+    return _key.empty() ? ExampleHost::sessionKeyForSession(session) : _key;
+}
+
+void Host::reauthRequiredForSession(Session&) {
+    _sheet = "signIn";
+    Q_EMIT changed();
+}
+
+bool Host::shouldHandleCaptchaForSession(Session&, const URL& captchaUrl) {
+    _sheet = "captcha";
+    _captchaUrl = QString::fromStdString(captchaUrl.absoluteString());
+    Q_EMIT changed();
+    return true;
+}
+
+void Host::readUser() {
+    MeEndpoint::create()->get([this](const MeResult& result) {
+        if (hear(result.error()) == Heard::Well) {
+            _userName = QString::fromStdString(result.success()->user->username.value_or(""));
+            Q_EMIT changed();
+        }
+    });
+}
+
+void Host::setOffline(bool offline) {
+    if (std::exchange(_offline, offline) != offline) {
+        Q_EMIT changed();
+    }
+}
+
+} // namespace KeloViewer

@@ -1,0 +1,28 @@
+// A button with a text, which can be on.
+import QtQuick
+
+Rectangle {
+    id: pill
+
+    property alias text: label.text
+    property bool on: false
+    property color tint: "#19c3a6"
+    signal clicked
+
+    implicitWidth: label.implicitWidth + 24
+    implicitHeight: 32
+    radius: 16
+    color: on ? tint : "#2a2d34"
+    opacity: enabled ? 1 : 0.4
+
+    Text {
+        id: label
+        anchors.centerIn: parent
+        color: pill.on ? "#101216" : "#e8eaee"
+        font.pixelSize: 14
+    }
+    MouseArea {
+        anchors.fill: parent
+        onClicked: pill.clicked()
+    }
+}

@@ -1,0 +1,169 @@
+// One post: its author, its loop, what it says and what can be done with it.
+import QtQuick
+import KeloViewer
+
+Rectangle {
+    id: post
+
+    required property int index
+    required property var record
+    required property string video
+    required property real loops
+    required property real likes
+    required property real rekelos
+    required property bool liked
+    required property bool rekeloed
+    required property bool following
+    required property bool less
+    property bool playing: false
+    signal acted(int action)
+    signal looped
+    signal opened(string link)
+
+    objectName: "post-" + record.key
+    implicitHeight: column.height + 20
+    color: "#16181d"
+
+    component Words: Text {
+        width: parent.width
+        color: "#e8eaee"
+        linkColor: "#19c3a6"
+        font.pixelSize: 15
+        wrapMode: Text.Wrap
+        textFormat: Text.StyledText
+        visible: text !== ""
+        onLinkActivated: link => post.opened(link)
+    }
+    component Line: Row {
+        property alias icon: picture.source
+        property alias text: words.text
+        spacing: 8
+        visible: text !== ""
+        Image {
+            id: picture
+            width: 20
+            height: 20
+            sourceSize: Qt.size(20, 20)
+            visible: source != ""
+        }
+        Words {
+            id: words
+            width: column.width - 52
+            color: "#9aa0aa"
+            font.pixelSize: 13
+        }
+    }
+
+    Column {
+        id: column
+        width: parent.width
+        spacing: 8
+
+        Item {
+            width: parent.width
+            height: 56
+            Image {
+                id: face
+                x: 12
+                y: 8
+                width: 40
+                height: 40
+                source: post.record.avatar
+                sourceSize: Qt.size(40, 40)
+            }
+            Text {
+                anchors { left: face.right; leftMargin: 10; verticalCenter: face.verticalCenter }
+                objectName: "author-" + post.record.key
+                color: "#e8eaee"
+                font { pixelSize: 16; bold: true }
+                text: post.record.author
+                MouseArea {
+                    anchors.fill: parent
+                    onClicked: post.opened("kelo://user-id/" + post.record.authorId)
+                }
+            }
+            Pill {
+                anchors { right: parent.right; rightMargin: 12; verticalCenter: face.verticalCenter }
+                objectName: "follow-" + post.record.key
+                text: post.following ? "Following" : "Follow"
+                on: post.following
+                onClicked: post.acted(FeedModel.Follow)
+            }
+        }
+        Item {
+            width: parent.width
+            height: width
+            Image {
+                anchors.fill: parent
+                source: post.record.thumbnail
+                sourceSize: Qt.size(width, height)
+                visible: !loop.hasPicture
+            }
+            LoopItem {
+                id: loop
+                objectName: "loop-" + post.record.key
+                anchors.fill: parent
+                source: post.video
+                playing: post.playing
+                onLooped: post.looped()
+            }
+            Rectangle {
+                anchors.fill: parent
+                color: "#c0101216"
+                visible: post.less
+                Text {
+                    anchors.centerIn: parent
+                    color: "#e8eaee"
+                    text: "You will see less of this."
+                }
+            }
+        }
+        Column {
+            x: 12
+            width: parent.width - 24
+            spacing: 8
+
+            Words {
+                objectName: "caption-" + post.record.key
+                text: post.record.caption
+            }
+            Line { icon: post.record.bylineIcon; text: post.record.byline }
+            Line { text: post.record.venue }
+            Line { icon: post.record.albumArt; text: post.record.music }
+            Row {
+                spacing: 8
+                Pill {
+                    objectName: "like-" + post.record.key
+                    text: "♥ " + post.likes
+                    on: post.liked
+                    tint: "#ff5c7a"
+                    onClicked: post.acted(FeedModel.Like)
+                }
+                Pill {
+                    objectName: "rekelo-" + post.record.key
+                    text: "⟲ " + post.rekelos
+                    on: post.rekeloed
+                    onClicked: post.acted(FeedModel.Rekelo)
+                }
+                Pill {
+                    objectName: "less-" + post.record.key
+                    text: "Less"
+                    on: post.less
+                    onClicked: post.acted(FeedModel.Less)
+                }
+                Pill {
+                    objectName: "channel-" + post.record.key
+                    text: post.record.channel
+                    visible: text !== ""
+                    onClicked: post.opened("kelo://channel-id/" + post.record.channelId)
+                }
+            }
+            Words {
+                objectName: "loops-" + post.record.key
+                color: "#9aa0aa"
+                font.pixelSize: 13
+                text: Number(post.loops).toLocaleString(Qt.locale("en"), "f", 0) + " loops"
+            }
+        }
+    }
+}
