@@ -22,9 +22,10 @@ LoopSums& LoopSums::shared() {
 }
 
 LoopSums::LoopSums() {
-    const QVariantMap kept = QSettings().value("loops").toMap();
-    for (auto sum = kept.begin(); sum != kept.end(); ++sum) {
-        _sums[sum.key().toStdString()] = sum.value().toLongLong();
+    QSettings kept;
+    kept.beginGroup("loops");
+    for (const QString& postId : kept.childKeys()) {
+        _sums[postId.toStdString()] = kept.value(postId).toLongLong();
     }
     connect(&_timer, &QTimer::timeout, this, &LoopSums::submit);
     _timer.start(submitInterval);
@@ -61,11 +62,11 @@ void LoopSums::submitAtTheEnd() {
 }
 
 void LoopSums::keep() const {
-    QVariantMap kept;
+    QSettings kept;
+    kept.remove("loops");
     for (const auto& [postId, count] : _sums) {
-        kept.insert(QString::fromStdString(postId), static_cast<qint64>(count));
+        kept.setValue("loops/" + QString::fromStdString(postId), static_cast<qlonglong>(count));
     }
-    QSettings().setValue("loops", kept);
 }
 
 } // namespace KeloViewer

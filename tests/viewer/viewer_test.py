@@ -4,7 +4,7 @@ import json
 import time
 import unittest
 
-from viewer import BIN, ROOT, Home, Viewer
+from viewer import Home, Viewer
 
 PASSWORD = "loop-the-loop"
 
@@ -169,6 +169,256 @@ class Feed(Case):
         viewer.wait("post-999999")
         self.assertEqual(viewer.eval("caption-999999", "text"), "Brand new")
         self.assertNotEqual(key, "999999")
+        self.close()
+
+
+class Actions(Case):
+    def likes(self, key):
+        """(whether it is on, its text)"""
+        return self.viewer.eval(f"like-{key}", "on"), self.viewer.eval(f"like-{key}", "text")
+
+    def wait_round(self, key):
+        """Until a round of the post's loop is noted down."""
+        kept = self.home.folder / "kelo/kelo-viewer.conf"
+        self.viewer.until(lambda: kept.exists() and f"\n{key}=" in kept.read_text(), "it loops")
+
+    def test_a_like_shows_at_once_and_can_be_taken_back(self):
+        self.service.fault("/posts/*", type="delay", milliseconds=1500)
+        viewer = self.start("latest")
+        key = self.key()
+        before = self.likes(key)
+        viewer.click(f"like-{key}")
+        self.assertNotEqual(self.likes(key), before)
+        self.assertEqual(self.service.kept("likes"), [])
+        viewer.until(lambda: self.service.kept("likes"), "the service has the like")
+        viewer.click(f"like-{key}")
+        viewer.until(lambda: not self.service.kept("likes"), "it is taken back")
+        self.assertEqual(self.likes(key), before)
+        self.close()
+
+    def test_what_the_service_refuses_goes_back(self):
+        viewer = self.start("latest")
+        key = self.key()
+        for button, path, on in (("like", f"/posts/{key}/likes", "on"),
+                                 ("rekelo", f"/posts/{key}/repost", "on"),
+                                 ("follow", "/users/*", "on"),
+                                 ("less", "/recommendations/*", "on")):
+            with self.subTest(button=button):
+                self.service.fault(path, method="POST", type="error", code=500,
+                                   message=f"No {button}")
+                viewer.click(f"{button}-{key}")
+                viewer.wait_for("said", "text", f"No {button}")
+                viewer.wait_for(f"{button}-{key}", on, "false")
+        self.close()
+
+    def test_the_service_hears_of_each_action(self):
+        viewer = self.start("latest")
+        key = self.key()
+        for kind, button in (("reposts", "rekelo"), ("follows", "follow")):
+            for there in (1, 0):
+                viewer.click(f"{button}-{key}")
+                viewer.until(lambda: len(self.service.kept(kind)) == there, f"{there} {kind}")
+                viewer.wait_for(f"{button}-{key}", "on", "true" if there else "false")
+        viewer.click(f"less-{key}")
+        viewer.until(lambda: self.service.kept("feedback"), "there is feedback")
+        self.assertEqual(self.service.kept("feedback")[0]["boost"], "negative")
+        self.close()
+
+    def test_loops_are_submitted_at_the_end_one_record_a_post(self):
+        viewer = self.start("latest")
+        keys = []
+        for row in range(2):
+            self.reach(row)
+            keys.append(self.key())
+            self.plays(keys[-1])
+            self.wait_round(keys[-1])
+        self.close()
+        records = {one["postId"]: one["count"] for one in self.service.kept("loops")}
+        self.assertLessEqual(set(keys), set(map(str, records)))
+        self.assertEqual(len(records), len(self.service.kept("loops")))
+
+    def test_loops_that_were_not_submitted_are_kept(self):
+        viewer = self.start("latest")
+        key = self.key()
+        self.plays(key)
+        self.service.control("POST", "_service/sessions/kelo-development-session/expire", {})
+        viewer.click(f"like-{key}")
+        viewer.wait("signIn")
+        self.wait_round(key)
+        self.close()
+        self.assertEqual(self.service.kept("loops"), [])
+        self.service.set("sessions", username="mara", key="kelo-development-session")
+        self.start("home")
+        self.viewer.until(lambda: self.viewer.eval("user", "text") == "none", "it is signed in")
+        self.close()
+        self.assertIn(key, {str(one["postId"]) for one in self.service.kept("loops")})
+
+
+class Sheets(Case):
+    def expire(self):
+        self.service.control("POST", "_service/sessions/kelo-development-session/expire", {})
+
+    def sign_in(self, password):
+        viewer = self.viewer
+        viewer.wait("signIn")
+        viewer.eval("user", 'text = "mara"')
+        viewer.eval("password", f'text = "{password}"')
+        viewer.click("signInNow")
+
+    def test_signing_in_sends_what_waited(self):
+        viewer = self.start("latest")
+        key = self.key()
+        self.plays(key)
+        self.expire()
+        viewer.click(f"like-{key}")
+        self.sign_in("wrong")
+        viewer.until(lambda: "assword" in viewer.eval("problem", "text"), "the service says no")
+        self.sign_in(PASSWORD)
+        viewer.wait_gone("signIn")
+        viewer.until(lambda: self.service.kept("likes"), "the like is sent")
+        self.assertEqual(viewer.eval(f"like-{key}", "on"), "true")
+        self.close()
+        # The key is kept for the next start.
+        self.start("latest")
+        self.viewer.until(lambda: self.viewer.eval(f"like-{key}", "on") == "true", "it is liked")
+        self.assertFalse(self.viewer.shown("signIn"))
+        self.close()
+
+    def test_what_waits_is_given_up_with_the_sheet(self):
+        viewer = self.start("latest")
+        key = self.key()
+        self.expire()
+        viewer.click(f"like-{key}")
+        viewer.wait("signIn")
+        self.assertEqual(viewer.eval(f"like-{key}", "on"), "true")
+        viewer.click("signInLater")
+        viewer.wait_gone("signIn")
+        viewer.wait_for(f"like-{key}", "on", "false")
+        self.assertEqual(self.service.kept("likes"), [])
+        self.close()
+
+    def test_a_captcha_holds_calls_until_it_is_solved(self):
+        viewer = self.start("latest")
+        key = self.key()
+        url = self.service.control(
+            "POST", "_service/sessions/kelo-development-session/captcha", {})["url"]
+        viewer.click(f"like-{key}")
+        viewer.wait("captcha")
+        self.assertEqual(viewer.eval("captchaUrl", "text"), url)
+        self.service.solve(url)
+        viewer.click("captchaSolved")
+        viewer.until(lambda: self.service.kept("likes"), "the like is sent")
+        viewer.wait_gone("captcha")
+        self.close()
+
+    def test_a_start_without_a_session(self):
+        self.expire()
+        self.viewer = viewer = Viewer(self.home, self.service.host)
+        self.sign_in(PASSWORD)
+        viewer.until(lambda: int(viewer.eval("feed", "count")) > 2, "there are posts")
+        self.close()
+
+
+class Network(Case):
+    def test_without_a_network_there_is_a_banner(self):
+        viewer = self.start("latest")
+        self.plays(self.key())
+        self.service.fault(times=0, type="reset", afterBytes=0)
+        viewer.click("tab-popular")
+        viewer.wait("banner")
+        self.assertEqual(viewer.eval("feed", "count"), "0")
+        # The window lives: another page opens.
+        viewer.click("tab-upload")
+        viewer.wait("uploadNow")
+        viewer.click("tab-popular")
+        self.service.forget()
+        viewer.click("retry")
+        viewer.until(lambda: int(viewer.eval("feed", "count")) > 5, "the feed is read")
+        viewer.wait_gone("banner")
+        self.plays(self.key())
+        self.close()
+
+
+class Pages(Case):
+    def test_the_soundboard(self):
+        viewer = self.start()
+        viewer.click("tab-sounds")
+        viewer.until(lambda: viewer.eval("sounds", "count") == "14", "14 sounds")
+        self.close()
+
+    def test_a_channel_has_its_colours(self):
+        viewer = self.start()
+        channel = ""
+        for row in range(20):
+            self.reach(row)
+            key = self.key()
+            if viewer.shown(f"channel-{key}"):
+                break
+        name = viewer.eval(f"channel-{key}", "text")
+        channel = next(one for one in json.loads(self.service.fetch("channels"))["data"]["records"]
+                       if one["channel"] == name)
+        viewer.click(f"channel-{key}")
+        viewer.wait("channelHeader")
+        self.assertEqual(viewer.eval("channelHeader", "color"),
+                         "#" + channel["backgroundColor"].lower())
+        viewer.until(lambda: int(viewer.eval("feed", "count")) > 2, "its posts")
+        self.close()
+
+    def test_an_upload(self):
+        viewer = self.start()
+        video = self.home.folder / "video.mp4"
+        page = json.loads(self.service.fetch("timelines/latest?size=1"))
+        url = page["data"]["records"][0]["videoUrls"][0]["videoUrl"]
+        video.write_bytes(self.service.fetch(url.split("/", 3)[3]))
+        viewer.click("tab-upload")
+        viewer.eval("file", f'text = "{video}"')
+        viewer.click("uploadNow")
+        viewer.wait_for("uploadState", "text", "It is there.")
+        self.close()
+
+    def test_an_upload_can_be_cancelled(self):
+        self.service.set("upload-rate", bytesPerSecond=100_000)
+        viewer = self.start()
+        video = self.home.folder / "video.mp4"
+        video.write_bytes(bytes(2_000_000))
+        viewer.click("tab-upload")
+        viewer.eval("file", f'text = "{video}"')
+        viewer.click("uploadNow")
+        viewer.until(lambda: float(viewer.eval("bar", "width")) > 4, "the bar moves")
+        viewer.click("uploadCancel")
+        viewer.wait_for("uploadState", "text", "Cancelled.")
+        self.assertFalse(self.service.control("GET", "_service/uploads")["uploads"][0]["finalized"])
+        self.close()
+
+
+class Scrolling(Case):
+    def row(self):
+        return int(self.viewer.eval("feed", "indexAt(width / 2, contentY + height / 2)"))
+
+    def flick_past(self, row):
+        viewer = self.viewer
+        last = time.monotonic() + 300
+        while self.row() < row:
+            self.assertLess(time.monotonic(), last)
+            viewer.eval("feed", "flick(0, -4000)")
+            time.sleep(0.05)
+
+    def test_it_is_smooth_and_memory_stays_flat(self):
+        viewer = self.start("latest")
+        viewer.frames()
+        self.flick_past(100)
+        count, latest, own = viewer.frames()
+        early = viewer.memory()
+        self.flick_past(500)
+        viewer.until(lambda: viewer.eval("feed", "moving") == "false", "it rests")
+        self.plays(self.key())
+        print(f"viewer: {count} frames past 100 posts, the latest {latest:.0f} ms behind the one "
+              f"before it, {own:.0f} ms of them its own; {early:.0f} MiB there and "
+              f"{viewer.memory():.0f} MiB past 500")
+        self.assertGreater(count, 100)
+        # Of the thread's own time: on a machine with other work the clock tells of that.
+        self.assertLess(own, 100)
+        self.assertLess(viewer.memory() - early, 40)
         self.close()
 
 
