@@ -113,7 +113,7 @@ void FeedModel::setPath(const QString& path) {
         return;
     }
     if (path.startsWith("timelines/channels/")) {
-        readChannel(path.section('/', -1));
+        readChannel(path.section('/', -1).toStdString());
     }
     restart(pagingOf(QSettings().value("place/" + _path).toMap()));
 }
@@ -124,6 +124,8 @@ void FeedModel::restart(const Parameters& start) {
     endResetModel();
     _known.clear();
     _cards.clear();
+    ++_generation;
+    _isReading[Before] = _isReading[Behind] = false;
     _pages[Before].reset();
     _pages[Behind].reset();
     _start = start;
@@ -149,37 +151,28 @@ void FeedModel::read(Side side, const Parameters& paging) {
     }
     page->setParameters(std::move(parameters));
     page->request(std::make_shared<FeedPostParser>(),
-                  [model = QPointer(this), side,
+                  [model = QPointer(this), generation = _generation, side,
                    paging](const Posts& posts, const std::optional<Metadata>& metadata, const auto&,
                            const std::optional<Error>& error) {
-                      if (!model) {
+                      if (!model || generation != model->_generation) {
                           return;
                       }
-                      const auto failed = [model, side] {
-                          if (model) {
-                              model->_isReading[side] = false;
-                              model->_hasFailed = true;
-                              Q_EMIT model->changed();
-                          }
-                      };
-                      switch (Host::shared().hear(error, failed)) {
-                      case Host::Heard::Well:
-                          model->_isReading[side] = false;
-                          model->received(side, paging, posts, metadata);
-                          break;
-                      case Host::Heard::Failed:
-                          failed();
-                          model->leaveStaleStart(paging);
-                          break;
-                      case Host::Heard::Waits:
-                          break;
-                      }
+                      model->_isReading[side] = false;
+                      Host::shared().hear(
+                          error, [&] { model->received(side, paging, posts, metadata); },
+                          [model, paging] {
+                              if (model) {
+                                  model->failed(paging);
+                              }
+                          });
                   });
 }
 
-/// The service does not know the place any more at which an earlier run ended.
-void FeedModel::leaveStaleStart(const Parameters& paging) {
-    if (_rows.empty() && !paging.empty() && !Host::shared().offline()) {
+void FeedModel::failed(const Parameters& paging) {
+    _hasFailed = true;
+    Q_EMIT changed();
+    // The service may have forgotten the place at which an earlier run ended.
+    if (_rows.empty() && !paging.empty() && Host::shared().isReady()) {
         restart({});
     }
 }
@@ -354,46 +347,45 @@ void FeedModel::settle(const std::shared_ptr<Toggle>& toggle, const Send& send) 
         }
     };
     send(on, [ended](const Error* error) {
-        const auto heard = Host::shared().hear(error, [ended] { ended(false); });
-        if (heard != Host::Heard::Waits) {
-            ended(heard == Host::Heard::Well);
-        }
+        Host::shared().hear(
+            error, [ended] { ended(true); }, [ended] { ended(false); });
     });
 }
 
-void FeedModel::readChannel(const QString& id) {
+/// Reads what is at a path; `use` gets the items if the model is still there.
+template <class P, class Use>
+void FeedModel::readRecords(const std::string& path, Use use) {
     const auto endpoint = Endpoint::create(Api::session(SessionType::Authenticated));
-    endpoint->setPath("channels/" + id.toStdString());
-    endpoint->request(std::make_shared<KLChannelParser>(),
-                      [model = QPointer(this)](const auto& channels, const auto&, const auto&,
-                                               const std::optional<Error>& error) {
-                          const auto heard = Host::shared().hear(error);
-                          if (!model || heard != Host::Heard::Well || channels.empty()) {
-                              return;
-                          }
-                          const KLChannel& channel = *channels.front();
-                          const auto text = &QString::fromStdString;
-                          model->_channel = {
-                              {"name", text(channel.name)},
-                              {"details", text(channel.channelDescription.value_or(""))},
-                              {"color", text("#" + channel.fontColorHex)},
-                              {"background", text("#" + channel.backgroundColorHex)},
-                              {"icon", pictureSource(channel.iconRetinaUrl)}};
-                          Q_EMIT model->changed();
+    endpoint->setPath(path);
+    endpoint->request(std::make_shared<P>(),
+                      [model = QPointer(this), use](const auto& items, const auto&, const auto&,
+                                                    const std::optional<Error>& error) {
+                          Host::shared().hear(error, [&] {
+                              if (model) {
+                                  use(items);
+                              }
+                          });
                       });
 }
 
+void FeedModel::readChannel(const std::string& id) {
+    readRecords<KLChannelParser>("channels/" + id, [this](const auto& channels) {
+        const KLChannel& channel = *channels.at(0);
+        const auto text = &QString::fromStdString;
+        _channel = {{"name", text(channel.name)},
+                    {"details", text(channel.channelDescription.value_or(""))},
+                    {"color", text("#" + channel.fontColorHex)},
+                    {"background", text("#" + channel.backgroundColorHex)},
+                    {"icon", pictureSource(channel.iconRetinaUrl)}};
+        Q_EMIT changed();
+    });
+}
+
 void FeedModel::readCards() {
-    const auto endpoint = Endpoint::create(Api::session(SessionType::Authenticated));
-    endpoint->setPath("inserts/" + _path.toStdString());
-    endpoint->request(std::make_shared<FeedCardParser>(),
-                      [model = QPointer(this)](const auto& cards, const auto&, const auto&,
-                                               const std::optional<Error>& error) {
-                          if (Host::shared().hear(error) == Host::Heard::Well && model) {
-                              model->_cards = cards;
-                              model->placeCards();
-                          }
-                      });
+    readRecords<FeedCardParser>("inserts/" + _path.toStdString(), [this](const auto& cards) {
+        _cards = cards;
+        placeCards();
+    });
 }
 
 /// Each card goes behind as many posts as it says, once there are so many.
@@ -424,14 +416,13 @@ void FeedModel::closeCard(int row) {
     endpoint->request(std::make_shared<KLEmptyParser>(),
                       [model = QPointer(this), closed, row](const auto&, const auto&, const auto&,
                                                             const std::optional<Error>& error) {
-                          const auto back = [=] {
-                              if (model) {
-                                  model->insert(std::min(row, model->rowCount()), {closed});
-                              }
-                          };
-                          if (Host::shared().hear(error, back) == Host::Heard::Failed) {
-                              back();
-                          }
+                          Host::shared().hear(
+                              error, [] {},
+                              [=] {
+                                  if (model) {
+                                      model->insert(std::min(row, model->rowCount()), {closed});
+                                  }
+                              });
                       });
 }
 

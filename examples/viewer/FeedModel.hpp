@@ -97,11 +97,13 @@ private:
     };
 
     void restart(const KeloAPI::Parameters& start);
-    void leaveStaleStart(const KeloAPI::Parameters& paging);
+    void failed(const KeloAPI::Parameters& paging);
     void read(Side side, const KeloAPI::Parameters& paging);
     void received(Side side, const KeloAPI::Parameters& paging, const Posts& posts,
                   const std::optional<KeloAPI::Metadata>& metadata);
-    void readChannel(const QString& id);
+    template <class P, class Use>
+    void readRecords(const std::string& path, Use use);
+    void readChannel(const std::string& id);
     void readCards();
     void placeCards();
     void insert(int at, std::vector<RowPointer> rows);
@@ -120,6 +122,7 @@ private:
     bool _hasFailed = false;
     KeloAPI::Parameters _start; // the page to begin with; empty for the first
     int _shown = 0;
+    int _generation = 0; // pages that were asked for before a restart are dropped
 };
 
 } // namespace KeloViewer

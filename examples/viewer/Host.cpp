@@ -30,25 +30,26 @@ Host* Host::create(QQmlEngine*, QJSEngine*) {
 Host::Host()
     : _key(QSettings().value("sessionKey").toString().toStdString()) {}
 
-Host::Heard Host::hear(const Error* error, Undo ifDropped) {
+bool Host::isForSheet(const Error& error) {
+    const std::int64_t code = error.integer(KLAPIStatusCodeKey).value_or(0);
+    return code == 100 || code == 103 || (code == 419 && error.url(KLCaptchaUrlKey));
+}
+
+void Host::hear(const Error* error, const Work& well, Work failed) {
+    const bool isOfNetwork = error != nullptr && error->domain() == HTTPErrorDomain &&
+                             !isHTTPError(*error, HTTPErrorCode::Cancelled) &&
+                             !isHTTPError(*error, HTTPErrorCode::HTTPStatus);
+    setOffline(isOfNetwork);
     if (error == nullptr) {
-        setOffline(false);
-        return Heard::Well;
-    }
-    const std::int64_t code = error->integer(KLAPIStatusCodeKey).value_or(0);
-    if (code == 100 || code == 103 || (code == 419 && error->url(KLCaptchaUrlKey))) {
-        setOffline(false);
-        _undos.push_back(std::move(ifDropped));
-        return Heard::Waits;
-    }
-    if (error->domain() == HTTPErrorDomain && !isHTTPError(*error, HTTPErrorCode::Cancelled) &&
-        !isHTTPError(*error, HTTPErrorCode::HTTPStatus)) {
-        setOffline(true);
+        well();
+    } else if (isForSheet(*error)) {
+        _waiting.push_back(std::move(failed));
     } else {
-        setOffline(false);
-        Q_EMIT said(QString::fromStdString(error->localizedDescription()));
+        if (!isOfNetwork) {
+            Q_EMIT said(QString::fromStdString(error->localizedDescription()));
+        }
+        failed();
     }
-    return Heard::Failed;
 }
 
 void Host::signIn(const QString& user, const QString& password) {
@@ -85,11 +86,11 @@ void Host::closeSheet(bool sendAgain) {
     _sheet.clear();
     _problem.clear();
     Q_EMIT changed();
-    const auto undos = std::exchange(_undos, {});
+    const auto waiting = std::exchange(_waiting, {});
     Api::session(SessionType::Authenticated)->handleQueuedRetries(sendAgain);
-    for (const Undo& undo : undos) {
+    for (const Work& failed : waiting) {
         if (!sendAgain) {
-            undo();
+            failed();
         }
     }
 }
@@ -122,10 +123,10 @@ bool Host::shouldHandleCaptchaForSession(Session&, const URL& captchaUrl) {
 
 void Host::readUser() {
     MeEndpoint::create()->get([this](const MeResult& result) {
-        if (hear(result.error()) == Heard::Well) {
+        hear(result.error(), [&] {
             _userName = QString::fromStdString(result.success()->user->username.value_or(""));
             Q_EMIT changed();
-        }
+        });
     });
 }
 

@@ -29,25 +29,24 @@ class Host : public QObject, public ExampleHost {
     Q_PROPERTY(bool offline READ offline NOTIFY changed)
 
 public:
-    using Undo = std::function<void()>;
-    enum class Heard {
-        Well,   ///< The call did what it should.
-        Waits,  ///< It waits for a sheet, and its completion is called again if that goes well.
-        Failed, ///< Nothing more comes of it.
-    };
+    using Work = std::function<void()>;
 
     /// Made at the first call, and kept by the library.
     static Host& shared();
     /// For QML.
     static Host* create(QQmlEngine*, QJSEngine*);
 
-    /// What every completion asks first. `ifDropped` runs when a call that waits is given up.
-    Heard hear(
-        const KeloAPI::Error* error, Undo ifDropped = [] {});
-    Heard hear(
-        const std::optional<KeloAPI::Error>& error, Undo ifDropped = [] {}) {
-        return hear(error ? &*error : nullptr, std::move(ifDropped));
+    /// What every completion does with its error: does `well` without one, and `failed` where
+    /// nothing more will come of the call. One that waits for a sheet does neither now: either its
+    /// completion is called again, or it is given up and `failed` is done.
+    void hear(
+        const KeloAPI::Error* error, const Work& well, Work failed = [] {});
+    void hear(
+        const std::optional<KeloAPI::Error>& error, const Work& well, Work failed = [] {}) {
+        hear(error ? &*error : nullptr, well, std::move(failed));
     }
+    /// Whether the error is one after which a sheet is shown.
+    static bool isForSheet(const KeloAPI::Error& error);
     bool offline() const { return _offline; }
     /// Whether calls would go through now.
     bool isReady() const { return !_offline && _sheet.isEmpty(); }
@@ -75,8 +74,8 @@ private:
 
     QString _sheet, _captchaUrl, _problem, _userName;
     bool _offline = false;
-    std::vector<Undo> _undos;
-    std::mutex _keyMutex; // a file queue asks on its own thread
+    std::vector<Work> _waiting; // what to do where calls that wait are given up
+    std::mutex _keyMutex;       // a file queue asks on its own thread
     std::string _key;
 };
 

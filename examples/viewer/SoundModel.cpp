@@ -15,11 +15,13 @@ SoundModel::SoundModel(QObject* parent)
 void SoundModel::read() {
     SoundboardEndpoint::create(Api::session(SessionType::Authenticated))
         ->fetchSounds([model = QPointer(this)](const auto& sounds, const auto& error) {
-            if (Host::shared().hear(error) == Host::Heard::Well && model) {
-                model->beginResetModel();
-                model->_sounds = sounds;
-                model->endResetModel();
-            }
+            Host::shared().hear(error, [&] {
+                if (model) {
+                    model->beginResetModel();
+                    model->_sounds = sounds;
+                    model->endResetModel();
+                }
+            });
         });
 }
 

@@ -50,28 +50,16 @@ void Uploader::sendSegment() {
             if (!self || !self->isRunning()) {
                 return;
             }
-            const auto dropped = [self] {
-                if (self) {
-                    self->end("failed", "You are not signed in.");
-                }
-            };
             // After signing in the library sends the call again, but not the segment's bytes.
-            if (std::exchange(*isRefused, false)) {
+            const bool wasRefused = std::exchange(*isRefused, error && Host::isForSheet(*error));
+            if (wasRefused && !*isRefused) {
                 self->sendSegment();
                 return;
             }
-            switch (Host::shared().hear(error, dropped)) {
-            case Host::Heard::Well:
+            self->hear(error, [&] {
                 ++self->_segment;
                 self->sendSegment();
-                break;
-            case Host::Heard::Waits:
-                *isRefused = true;
-                break;
-            case Host::Heard::Failed:
-                self->end("failed", QString::fromStdString(error->localizedDescription()));
-                break;
-            }
+            });
         });
     _call->setProgressHandler([self = QPointer(this), start, size = bytes.size()](EndpointRequest&,
                                                                                   double fraction) {
@@ -122,19 +110,19 @@ Uploader::completion(std::function<void(const KLVideoUpload& upload)> next) {
         if (!self || !self->isRunning()) {
             return;
         }
-        const auto failed = [self, error] {
-            if (self) {
-                self->end("failed", error ? QString::fromStdString(error->localizedDescription())
-                                          : "The service sent no upload.");
-            }
-        };
-        const auto heard = Host::shared().hear(error, failed);
-        if (heard == Host::Heard::Well && upload) {
-            next(*upload);
-        } else if (heard != Host::Heard::Waits) {
-            failed();
-        }
+        self->hear(error, [&] {
+            upload ? next(*upload) : self->end("failed", "The service sent no upload.");
+        });
     };
+}
+
+/// Does `next`, or ends with the error.
+void Uploader::hear(const std::optional<Error>& error, const std::function<void()>& next) {
+    Host::shared().hear(error, next, [self = QPointer(this), error] {
+        if (self) {
+            self->end("failed", QString::fromStdString(error->localizedDescription()));
+        }
+    });
 }
 
 void Uploader::cancel() {

@@ -33,6 +33,7 @@ private:
     void sendSegment();
     void finalize();
     void ask();
+    void hear(const std::optional<KeloAPI::Error>& error, const std::function<void()>& next);
     void heard(const KeloAPI::KLVideoUpload& upload);
     void end(const QString& state, const QString& problem = {});
     bool isRunning() const { return _state == "uploading" || _state == "processing"; }

@@ -2,6 +2,8 @@
 // KELO_VIEWER_CONTROL names a path. Each line is a command; each reply is one line, and the bytes
 // of a picture behind it.
 //
+// NAME is an item's object name, or "window".
+//
 //     rect NAME         x, y, width and height in the window, or "none"
 //     click NAME
 //     drag NAME DY      presses in its middle, moves by DY pixels and lets go
@@ -77,7 +79,9 @@ private:
         if (command == "frames") {
             return frames();
         }
-        QQuickItem* item = itemNamed(window->contentItem(), line.section(' ', 1, 1));
+        const QString name = line.section(' ', 1, 1);
+        QQuickItem* item =
+            name == "window" ? window->contentItem() : itemNamed(window->contentItem(), name);
         if (!item) {
             return "none\n";
         }

@@ -331,6 +331,7 @@ class Network(Case):
         viewer.click("tab-upload")
         viewer.wait("uploadNow")
         viewer.click("tab-popular")
+        viewer.wait_for("footer", "text", "This could not be read.")
         self.service.forget()
         viewer.click("retry")
         viewer.until(lambda: int(viewer.eval("feed", "count")) > 5, "the feed is read")

@@ -33,9 +33,9 @@ ApplicationWindow {
         Row {
             id: tabs
             property string shown: "home"
-            x: 10
+            x: 8
             anchors.verticalCenter: parent.verticalCenter
-            spacing: 6
+            spacing: 5
 
             function show(page, properties) {
                 shown = properties.path ?? page;

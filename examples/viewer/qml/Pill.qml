@@ -9,7 +9,7 @@ Rectangle {
     property color tint: "#19c3a6"
     signal clicked
 
-    implicitWidth: label.implicitWidth + 24
+    implicitWidth: label.implicitWidth + 22
     implicitHeight: 32
     radius: 16
     color: on ? tint : "#2a2d34"
