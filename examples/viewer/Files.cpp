@@ -1,5 +1,7 @@
 #include "Files.hpp"
 
+#include "Host.hpp"
+
 #include <QImageReader>
 #include <QThreadPool>
 
@@ -40,11 +42,11 @@ public:
 
 private:
     void read(const QString& path, QSize size) {
-        QImageReader reader(path);
-        if (size.width() > 0 && size.height() > 0) {
+        if (!path.isEmpty()) {
+            QImageReader reader(path);
             reader.setScaledSize(size);
+            _picture = reader.read();
         }
-        _picture = reader.read();
         Q_EMIT finished();
     }
 
@@ -62,11 +64,13 @@ void fetchFile(const std::string& url, QueuePriority priority, HearFile hear) {
         return;
     }
     FileQueue::withKey(kind)->download(
-        file, *place, priority, [hear = std::move(hear)](const FileDownloadResult& result) {
-            const auto* success = result.success();
-            hear(success == nullptr ? QString()
-                                    : QString::fromStdString(
-                                          success->endpoint->localUrl()->filePath().value_or("")));
+        file, *place, priority, [file, hear = std::move(hear)](const FileDownloadResult& result) {
+            if (const Error* error = result.error()) {
+                Host::shared().hearOfFile(*error);
+                hear({});
+                return;
+            }
+            hear(QString::fromStdString(file->localUrl()->filePath().value_or("")));
         });
 }
 

@@ -7,6 +7,17 @@ namespace KeloViewer {
 
 using namespace KeloAPI;
 
+namespace {
+
+constexpr auto pollInterval = std::chrono::seconds(5);
+
+bool isOfNetwork(const Error& error) {
+    return error.domain() == HTTPErrorDomain && !isHTTPError(error, HTTPErrorCode::Cancelled) &&
+           !isHTTPError(error, HTTPErrorCode::HTTPStatus);
+}
+
+} // namespace
+
 Host& Host::shared() {
     static const auto host = [] {
         std::shared_ptr<Host> made(new Host);
@@ -28,7 +39,14 @@ Host* Host::create(QQmlEngine*, QJSEngine*) {
 
 // An app for people keeps the key in the system's keychain.
 Host::Host()
-    : _key(QSettings().value("sessionKey").toString().toStdString()) {}
+    : _key(QSettings().value("sessionKey").toString().toStdString()) {
+    _poll.setInterval(pollInterval);
+    connect(&_poll, &QTimer::timeout, this, [this] {
+        _isPolling = true; // the service shall know that nobody asked for it
+        readUser();
+        _isPolling = false;
+    });
+}
 
 bool Host::isForSheet(const Error& error) {
     const std::int64_t code = error.integer(KLAPIStatusCodeKey).value_or(0);
@@ -36,20 +54,23 @@ bool Host::isForSheet(const Error& error) {
 }
 
 void Host::hear(const Error* error, const Work& well, Work failed) {
-    const bool isOfNetwork = error != nullptr && error->domain() == HTTPErrorDomain &&
-                             !isHTTPError(*error, HTTPErrorCode::Cancelled) &&
-                             !isHTTPError(*error, HTTPErrorCode::HTTPStatus);
-    setOffline(isOfNetwork);
+    const bool isLost = error != nullptr && isOfNetwork(*error);
+    setOffline(_offline || isLost);
     if (error == nullptr) {
         well();
     } else if (isForSheet(*error)) {
         _waiting.push_back(std::move(failed));
     } else {
-        if (!isOfNetwork) {
+        if (!isLost) {
             Q_EMIT said(QString::fromStdString(error->localizedDescription()));
         }
         failed();
     }
+    setOffline(isLost); // who waits for the network hears of it last
+}
+
+void Host::hearOfFile(const Error& error) {
+    setOffline(_offline || isOfNetwork(error));
 }
 
 void Host::signIn(const QString& user, const QString& password) {
@@ -96,9 +117,7 @@ void Host::closeSheet(bool sendAgain) {
 }
 
 void Host::retry() {
-    setOffline(false);
     readUser();
-    Q_EMIT retryWanted();
 }
 
 std::optional<std::string> Host::sessionKeyForSession(Session& session) {
@@ -131,8 +150,15 @@ void Host::readUser() {
 }
 
 void Host::setOffline(bool offline) {
-    if (std::exchange(_offline, offline) != offline) {
-        Q_EMIT changed();
+    if (std::exchange(_offline, offline) == offline) {
+        return;
+    }
+    Q_EMIT changed();
+    if (offline) {
+        _poll.start();
+    } else {
+        _poll.stop();
+        Q_EMIT retryWanted();
     }
 }
 

@@ -6,9 +6,11 @@
 
 #include <qqmlregistration.h>
 
+#include <atomic>
 #include <mutex>
 #include <QObject>
 #include <QString>
+#include <QTimer>
 
 class QJSEngine;
 class QQmlEngine;
@@ -45,6 +47,8 @@ public:
         const std::optional<KeloAPI::Error>& error, const Work& well, Work failed = [] {}) {
         hear(error ? &*error : nullptr, well, std::move(failed));
     }
+    /// The same of a file's download: without a network, the banner comes.
+    void hearOfFile(const KeloAPI::Error& error);
     /// Whether the error is one after which a sheet is shown.
     static bool isForSheet(const KeloAPI::Error& error);
     bool offline() const { return _offline; }
@@ -54,17 +58,18 @@ public:
     Q_INVOKABLE void signIn(const QString& user, const QString& password);
     /// Closes the sheet. The calls that waited for it are sent again, or dropped.
     Q_INVOKABLE void closeSheet(bool sendAgain);
-    /// After a failure of the network: reads again what was missed.
+    /// Without a network: tries now, and not only every few seconds.
     Q_INVOKABLE void retry();
 
     std::optional<std::string> sessionKeyForSession(KeloAPI::Session& session) override;
+    bool isPollingForSession(KeloAPI::Session&) override { return _isPolling; }
     void reauthRequiredForSession(KeloAPI::Session& session) override;
     bool shouldHandleCaptchaForSession(KeloAPI::Session& session,
                                        const KeloAPI::URL& captchaUrl) override;
 
 Q_SIGNALS:
     void changed();
-    void retryWanted();
+    void retryWanted();             ///< The network is back: what was missed can be read.
     void said(const QString& text); ///< A line for the user.
 
 private:
@@ -74,6 +79,8 @@ private:
 
     QString _sheet, _captchaUrl, _problem, _userName;
     bool _offline = false;
+    QTimer _poll; // runs while there is no network
+    std::atomic<bool> _isPolling = false;
     std::vector<Work> _waiting; // what to do where calls that wait are given up
     std::mutex _keyMutex;       // a file queue asks on its own thread
     std::string _key;

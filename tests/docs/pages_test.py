@@ -9,7 +9,8 @@ import unittest
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 # Where the code of each kind comes from.
 SOURCES = {
-    "cpp": sorted((ROOT / "examples").glob("*.cpp")),
+    "cpp": sorted((ROOT / "examples").glob("**/*.[ch]pp")),
+    "qml": sorted((ROOT / "examples/viewer/qml").glob("*.qml")),
     "objc": sorted((ROOT / "examples/objc").glob("*.[hm]")),
     "cmake": sorted((ROOT / "tests/package/consumer").glob("CMakeLists.txt")),
 }
@@ -57,7 +58,7 @@ class Code(unittest.TestCase):
 
     def test_every_example_has_its_page(self):
         pages = "".join(page.read_text() for page in (ROOT / "docs").glob("*.md"))
-        for example in SOURCES["cpp"]:
+        for example in sorted((ROOT / "examples").glob("*.cpp")):
             self.assertIn(f"(../examples/{example.name})", pages)
 
 

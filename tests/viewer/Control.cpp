@@ -10,8 +10,8 @@
 //     eval NAME CODE    the value of an expression in the item's scope
 //     shot NAME         "WIDTH HEIGHT", then 4 bytes for each pixel: blue, green, red, 255
 //     frames            forgets, and tells of the frames while the feed moved: how many, and of the
-//                       latest the milliseconds behind its forerunner, by the clock and by the
-//                       main thread's own
+//                       latest the milliseconds behind its forerunner, by the clock and in the
+//                       time that all threads of the process computed
 #include <ctime>
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -46,7 +46,7 @@ QQuickItem* itemNamed(QQuickItem* root, const QString& name) {
 
 qint64 ownMicroseconds() {
     timespec time{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
     return time.tv_sec * 1'000'000 + time.tv_nsec / 1000;
 }
 

@@ -118,8 +118,8 @@ class Viewer:
             + chunk(b"IDAT", zlib.compress(bytes(rows))) + chunk(b"IEND", b""))
 
     def frames(self):
-        """How many while the feed moved, and the longest between two: in milliseconds, and of the
-        main thread's own time."""
+        """How many while the feed moved, and the longest between two in milliseconds: by the clock,
+        and of the process's own time."""
         count, latest, own = self.ask("frames").split()
         return int(count), float(latest), float(own)
 

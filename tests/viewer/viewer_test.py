@@ -253,6 +253,13 @@ class Actions(Case):
         self.close()
         self.assertIn(key, {str(one["postId"]) for one in self.service.kept("loops")})
 
+    def test_loops_are_submitted_every_half_minute(self):
+        viewer = self.start("latest")
+        self.plays(self.key())
+        viewer.until(lambda: self.service.kept("loops"), "there is a record")
+        self.assertGreater(self.service.kept("loops")[0]["count"], 1)
+        self.close()
+
 
 class Sheets(Case):
     def expire(self):
@@ -340,6 +347,20 @@ class Network(Case):
         self.close()
 
 
+    def test_a_file_that_does_not_come_brings_the_banner_too(self):
+        viewer = self.start("latest")
+        self.plays(self.key())
+        self.service.fault("/media/*", times=0, type="reset", afterBytes=0)
+        self.reach(8)
+        key = self.key()
+        viewer.wait("banner")
+        self.service.forget()
+        viewer.click("retry")
+        self.plays(key)
+        viewer.wait_gone("banner")
+        self.close()
+
+
 class Pages(Case):
     def test_the_soundboard(self):
         viewer = self.start()
@@ -396,28 +417,28 @@ class Scrolling(Case):
     def row(self):
         return int(self.viewer.eval("feed", "indexAt(width / 2, contentY + height / 2)"))
 
-    def flick_past(self, row):
+    def flick_past(self, row, speed):
         viewer = self.viewer
         last = time.monotonic() + 300
         while self.row() < row:
             self.assertLess(time.monotonic(), last)
-            viewer.eval("feed", "flick(0, -4000)")
-            time.sleep(0.05)
+            viewer.eval("feed", f"flick(0, -{speed})")
+            time.sleep(0.1)
 
     def test_it_is_smooth_and_memory_stays_flat(self):
         viewer = self.start("latest")
         viewer.frames()
-        self.flick_past(100)
+        self.flick_past(100, speed=4000)
         count, latest, own = viewer.frames()
         early = viewer.memory()
-        self.flick_past(500)
+        self.flick_past(500, speed=6000)
         viewer.until(lambda: viewer.eval("feed", "moving") == "false", "it rests")
         self.plays(self.key())
         print(f"viewer: {count} frames past 100 posts, the latest {latest:.0f} ms behind the one "
               f"before it, {own:.0f} ms of them its own; {early:.0f} MiB there and "
               f"{viewer.memory():.0f} MiB past 500")
         self.assertGreater(count, 100)
-        # Of the thread's own time: on a machine with other work the clock tells of that.
+        # Of the process's own time: on a machine with other work the clock tells of that, too.
         self.assertLess(own, 100)
         self.assertLess(viewer.memory() - early, 40)
         self.close()
