@@ -157,18 +157,18 @@ void FeedModel::read(Side side, const Parameters& paging) {
                       if (!model || generation != model->_generation) {
                           return;
                       }
-                      model->_isReading[side] = false;
                       Host::shared().hear(
                           error, [&] { model->received(side, paging, posts, metadata); },
-                          [model, paging] {
+                          [model, side, paging] {
                               if (model) {
-                                  model->failed(paging);
+                                  model->failed(side, paging);
                               }
                           });
                   });
 }
 
-void FeedModel::failed(const Parameters& paging) {
+void FeedModel::failed(Side side, const Parameters& paging) {
+    _isReading[side] = false;
     _hasFailed = true;
     Q_EMIT changed();
     // The service may have forgotten the place at which an earlier run ended.
@@ -184,6 +184,7 @@ void FeedModel::received(Side side, const Parameters& paging, const Posts& posts
                : there == Before ? metadata->previousPageParameters(pageSize)
                                  : metadata->nextPageParameters(pageSize);
     };
+    _isReading[side] = false;
     const bool isFirst = _rows.empty();
     const bool isNewest = side == Before && paging.empty();
     auto rows = rowsOf(posts, paging);

@@ -97,7 +97,7 @@ private:
     };
 
     void restart(const KeloAPI::Parameters& start);
-    void failed(const KeloAPI::Parameters& paging);
+    void failed(Side side, const KeloAPI::Parameters& paging);
     void read(Side side, const KeloAPI::Parameters& paging);
     void received(Side side, const KeloAPI::Parameters& paging, const Posts& posts,
                   const std::optional<KeloAPI::Metadata>& metadata);

@@ -53,18 +53,20 @@ bool Host::isForSheet(const Error& error) {
     return code == 100 || code == 103 || (code == 419 && error.url(KLCaptchaUrlKey));
 }
 
-void Host::hear(const Error* error, const Work& well, Work failed) {
+void Host::hear(const Error* error, const Work& well, const Work& failed) {
     const bool isLost = error != nullptr && isOfNetwork(*error);
     setOffline(_offline || isLost);
     if (error == nullptr) {
         well();
     } else if (isForSheet(*error)) {
-        _waiting.push_back(std::move(failed));
+        _waiting.push_back(failed);
     } else {
         if (!isLost) {
             Q_EMIT said(QString::fromStdString(error->localizedDescription()));
         }
-        failed();
+        if (failed) {
+            failed();
+        }
     }
     setOffline(isLost); // who waits for the network hears of it last
 }
@@ -110,7 +112,7 @@ void Host::closeSheet(bool sendAgain) {
     const auto waiting = std::exchange(_waiting, {});
     Api::session(SessionType::Authenticated)->handleQueuedRetries(sendAgain);
     for (const Work& failed : waiting) {
-        if (!sendAgain) {
+        if (!sendAgain && failed) {
             failed();
         }
     }

@@ -41,11 +41,10 @@ public:
     /// What every completion does with its error: does `well` without one, and `failed` where
     /// nothing more will come of the call. One that waits for a sheet does neither now: either its
     /// completion is called again, or it is given up and `failed` is done.
-    void hear(
-        const KeloAPI::Error* error, const Work& well, Work failed = [] {});
-    void hear(
-        const std::optional<KeloAPI::Error>& error, const Work& well, Work failed = [] {}) {
-        hear(error ? &*error : nullptr, well, std::move(failed));
+    void hear(const KeloAPI::Error* error, const Work& well, const Work& failed = {});
+    void hear(const std::optional<KeloAPI::Error>& error, const Work& well,
+              const Work& failed = {}) {
+        hear(error ? &*error : nullptr, well, failed);
     }
     /// The same of a file's download: without a network, the banner comes.
     void hearOfFile(const KeloAPI::Error& error);

@@ -5,6 +5,7 @@
 #include <QGuiApplication>
 #include <QQmlApplicationEngine>
 #include <QSocketNotifier>
+#include <QThreadPool>
 
 using namespace KeloViewer;
 
@@ -25,5 +26,7 @@ int main(int argc, char** argv) {
     QQmlApplicationEngine engine;
     engine.addImageProvider("kelo", new PictureProvider);
     engine.load(QUrl("qrc:/KeloViewer/qml/Main.qml"));
-    return engine.rootObjects().isEmpty() ? 1 : QGuiApplication::exec();
+    const int code = engine.rootObjects().isEmpty() ? 1 : QGuiApplication::exec();
+    QThreadPool::globalInstance()->waitForDone(); // pictures that are still being read
+    return code;
 }
