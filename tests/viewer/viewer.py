@@ -82,6 +82,14 @@ class Viewer:
         """Whether an item of this name is shown."""
         return self.ask("rect", name) != "none"
 
+    def is_in_window(self, name):
+        """Whether the middle of the item can be clicked."""
+        rect, window = self.ask("rect", name), self.ask("rect", "window")
+        if "none" in (rect, window):
+            return False
+        _, y, _, height = map(int, rect.split())
+        return 0 <= y + height // 2 < int(window.split()[3])
+
     def wait(self, name):
         self.until(lambda: self.shown(name), f"{name} is shown")
 
@@ -92,7 +100,7 @@ class Viewer:
         self.until(lambda: self.eval(name, code) == str(value), f"{code} of {name} is {value}")
 
     def click(self, name):
-        self.wait(name)
+        self.until(lambda: self.is_in_window(name), f"{name} is in the window")
         self.ask("click", name)
 
     def shot(self, name="pages"):
