@@ -25,15 +25,14 @@ std::shared_ptr<FileManager> cacheOf(const std::string& kind) {
     return FileManager::sharedGroupManager("/" + kind + "/");
 }
 
-/// One picture on its way. It ends on whichever thread reads the file.
+/// One picture on its way. It ends on whichever thread reads the file. Without a network it waits
+/// for that to come back, as nobody would ask for the picture again.
 class PictureResponse : public QQuickImageResponse {
 public:
-    PictureResponse(const std::string& url, QSize size) {
-        MainQueue::main().async([this, url, size] {
-            fetchFile(url, QueuePriority::Normal, [this, size](const QString& path) {
-                QThreadPool::globalInstance()->start([this, path, size] { read(path, size); });
-            });
-        });
+    PictureResponse(std::string url, QSize size)
+        : _url(std::move(url))
+        , _size(size) {
+        MainQueue::main().async([this] { fetch(); });
     }
 
     QQuickTextureFactory* textureFactory() const override {
@@ -41,15 +40,30 @@ public:
     }
 
 private:
-    void read(const QString& path, QSize size) {
+    void fetch() {
+        fetchFile(_url, QueuePriority::Normal, [this](const QString& path) {
+            Host& host = Host::shared();
+            if (path.isEmpty() && host.offline()) {
+                connect(
+                    &host, &Host::retryWanted, &host, [this] { fetch(); },
+                    Qt::SingleShotConnection);
+            } else {
+                QThreadPool::globalInstance()->start([this, path] { read(path); });
+            }
+        });
+    }
+
+    void read(const QString& path) {
         if (!path.isEmpty()) {
             QImageReader reader(path);
-            reader.setScaledSize(size);
+            reader.setScaledSize(_size);
             _picture = reader.read();
         }
         Q_EMIT finished();
     }
 
+    const std::string _url;
+    const QSize _size;
     QImage _picture;
 };
 

@@ -95,6 +95,7 @@ Rectangle {
             height: width
             Image {
                 anchors.fill: parent
+                objectName: "thumbnail-" + post.record.key
                 source: post.record.thumbnail
                 sourceSize: Qt.size(width, height)
                 visible: !loop.hasPicture
