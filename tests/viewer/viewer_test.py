@@ -386,8 +386,14 @@ class Pages(Case):
         self.close()
 
     def test_a_channel_has_its_colours(self):
+        # Whether its posts come before it or behind it.
+        for late in ("/channels/*", "/timelines/channels/*"):
+            with self.subTest(late=late):
+                self.service.fault(late, type="delay", milliseconds=500)
+                self.open_a_channel()
+
+    def open_a_channel(self):
         viewer = self.start()
-        channel = ""
         for row in range(20):
             self.reach(row)
             key = self.key()
@@ -397,10 +403,10 @@ class Pages(Case):
         channel = next(one for one in json.loads(self.service.fetch("channels"))["data"]["records"]
                        if one["channel"] == name)
         viewer.click(f"channel-{key}")
-        viewer.wait("channelHeader")
-        self.assertEqual(viewer.eval("channelHeader", "color"),
-                         "#" + channel["backgroundColor"].lower())
+        viewer.wait_for("channelHeader", "color", "#" + channel["backgroundColor"].lower())
         viewer.until(lambda: int(viewer.eval("feed", "count")) > 2, "its posts")
+        top = viewer.ask("rect", "pages").split()[1]
+        viewer.until(lambda: viewer.ask("rect", "channelHeader").split()[1] == top, "it is on top")
         self.close()
 
     def test_an_upload(self):

@@ -74,6 +74,8 @@ Item {
             visible: height > 0
             color: feed.channel.background ?? "black"
             objectName: "channelHeader"
+            // It may come later than the posts.
+            onHeightChanged: if (page.inView === 0) Qt.callLater(view.positionViewAtBeginning)
             Row {
                 x: 16
                 spacing: 16
