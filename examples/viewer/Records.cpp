@@ -53,7 +53,7 @@ QString linked(const std::string& plain, const std::vector<std::shared_ptr<KLEnt
 
 QString venueIn(const JsonObject& json) {
     const auto venue = readable(KLVenueParser(), json);
-    return !venue ? QString() : qtText(venue->name() + (venue->city ? ", " + *venue->city : ""));
+    return !venue ? QString() : qtText(venue->name + (venue->city ? ", " + *venue->city : ""));
 }
 
 /// The pictures of the records of the page under a key, and where each leads.
@@ -99,7 +99,7 @@ std::shared_ptr<FeedPost> FeedPostParser::parse(const JsonObject& json) const {
         {"avatar", pictureAt(json, "avatarUrl")},
         {"thumbnail", pictureAt(json, "thumbnailUrl")},
         {"caption", linked(caption, KLEntityParser(caption).parseArray(entities, true))},
-        {"byline", byline ? linked(byline->text(), byline->entities) : ""},
+        {"byline", byline ? linked(byline->text, byline->entities) : ""},
         {"bylineIcon", byline ? pictureSource(byline->iconUrl) : ""},
         {"venue", venueIn(json)},
         {"music", audio ? qtText(audio->artistName + " – " + audio->trackName) : ""},
@@ -125,8 +125,8 @@ std::shared_ptr<FeedCard> FeedCardParser::parse(const JsonObject& json) const {
     const auto type = json["type"].text();
     if (type == "urlAction") {
         const auto action = KLUrlActionParser().parse(json);
-        made->shown["link"] = qtText(action->actionUrl().absoluteString());
-        made->shown["linkTitle"] = qtText(action->actionTitle());
+        made->shown["link"] = qtText(action->actionUrl.absoluteString());
+        made->shown["linkTitle"] = qtText(action->actionTitle);
     } else if (type == "solicitation") {
         KLSolicitationParser().parse(json); // throws where it is none
         made->shown["title"] = "Do you like it here?";

@@ -27,9 +27,9 @@ void SoundModel::read() {
 
 QVariant SoundModel::data(const QModelIndex& index, int) const {
     const SoundboardSound& sound = *_sounds.at(static_cast<std::size_t>(index.row()));
-    return QVariantMap{{"soundId", QString::fromStdString(sound.soundId())},
-                       {"name", QString::fromStdString(sound.name())},
-                       {"featured", sound.featured()}};
+    return QVariantMap{{"soundId", QString::fromStdString(sound.soundId)},
+                       {"name", QString::fromStdString(sound.name)},
+                       {"featured", sound.featured}};
 }
 
 } // namespace KeloViewer

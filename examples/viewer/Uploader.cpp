@@ -30,7 +30,7 @@ void Uploader::start(const QString& file) {
     Q_EMIT changed();
     _call = LongformUploadEndpoint::create()->initiateUpload(
         _file.size(), completion([this](const KLVideoUpload& upload) {
-            _mediaId = upload.mediaId();
+            _mediaId = upload.mediaId;
             sendSegment();
         }));
 }
@@ -88,12 +88,12 @@ void Uploader::ask() {
 
 void Uploader::heard(const KLVideoUpload& upload) {
     const auto& info = upload.processingInfo;
-    if (info && info->state() == KLVideoUploadProcessingState::Succeeded) {
+    if (info && info->state == KLVideoUploadProcessingState::Succeeded) {
         _progress = 1;
         end("done");
         return;
     }
-    if (info && info->state() == KLVideoUploadProcessingState::Failed) {
+    if (info && info->state == KLVideoUploadProcessingState::Failed) {
         end("failed", "The service cannot process this video.");
         return;
     }
