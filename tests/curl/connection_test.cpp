@@ -1,3 +1,4 @@
+#include "support/OwnProcess.hpp"
 #include "support/RawServer.hpp"
 #include "support/Sanitizers.hpp"
 #include "TransportTest.hpp"
@@ -8,44 +9,13 @@
 #include <sys/ioctl.h>
 
 #include <atomic>
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <mutex>
 #include <new>
 #include <semaphore>
-#include <set>
 
 namespace KeloAPI::testing {
 namespace {
-
-std::size_t openDescriptors() {
-    const std::filesystem::directory_iterator all("/proc/self/fd");
-    return static_cast<std::size_t>(std::distance(begin(all), end(all)));
-}
-
-/// In KiB.
-long residentMemory() {
-    std::ifstream status("/proc/self/status");
-    std::string word;
-    long size = 0;
-    while (status >> word) {
-        if (word == "VmRSS:") {
-            status >> size;
-        }
-    }
-    return size;
-}
-
-std::multiset<std::string> threadNames() {
-    std::multiset<std::string> names;
-    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
-        std::string name;
-        std::getline(std::ifstream(task.path() / "comm"), name);
-        names.insert(name);
-    }
-    return names;
-}
 
 class ConnectionTest : public TransportTest {
 protected:
@@ -165,16 +135,16 @@ TEST_F(ConnectionTest, TenThousandRequestsLeaveNoTrace) {
     for (int i = 0; i < all; ++i) {
         if (i == warmUp) {
             descriptors = openDescriptors();
-            memory = residentMemory();
+            memory = memoryInKiB("VmRSS");
         }
         ASSERT_TRUE(succeeded(send(*transport, get(server.secureUrl("/"))))) << "request " << i;
     }
     EXPECT_EQ(server.connections(), 1);
     EXPECT_LE(openDescriptors(), descriptors);
-    const long growth = residentMemory() - memory;
+    const long growth = memoryInKiB("VmRSS") - memory;
     RecordProperty("growth_kib", static_cast<int>(growth));
     std::printf("memory after %d requests: %ld KiB, grown by %ld KiB since request %d\n", all,
-                residentMemory(), growth, warmUp);
+                memoryInKiB("VmRSS"), growth, warmUp);
     if (!isSanitized) {
         // 100 bytes kept of each would be twice as much.
         EXPECT_LE(growth, 400);

@@ -1,4 +1,5 @@
 #include "NginxTest.hpp"
+#include "support/FrameConnection.hpp"
 #include "support/RawServer.hpp"
 #include "TransportTest.hpp"
 
@@ -128,100 +129,9 @@ TEST_F(HTTP2Test, IsSpokenWhereTheServerSpeaksItWithEmptyFieldsAndRedirects) {
     EXPECT_EQ(field(heard, "X-Echo"), "[][t]");
 }
 
-/// One HTTP/2 connection, frame by frame, over the server's end of TLS.
-class FrameConnection {
-public:
-    explicit FrameConnection(RawConnection& connection)
-        : _connection(connection) {
-        _open = read(std::string_view(preface).size()) == preface;
-        write(settings, 0, 0, "");
-    }
-
-    /// Reads up to the end of a request; the stream it came on, or 0 when the client has gone.
-    std::uint32_t readRequest() {
-        while (_open) {
-            const std::string head = read(9);
-            if (!_open) {
-                break;
-            }
-            const std::size_t size = byte(head, 0) << 16U | byte(head, 1) << 8U | byte(head, 2);
-            read(size);
-            if (byte(head, 3) == settings && byte(head, 4) == 0) {
-                write(settings, acknowledged, 0, "");
-            }
-            const bool ofRequest = byte(head, 3) == headers || byte(head, 3) == data;
-            if (ofRequest && (byte(head, 4) & endOfStream) != 0) {
-                return byte(head, 7) << 8U | byte(head, 8);
-            }
-        }
-        return 0;
-    }
-
-    void answer(std::uint32_t stream) {
-        write(headers, endOfStream | endOfHeaders, stream, "\x88"); // ":status: 200"
-    }
-
-    /// Says that streams beyond `last` have not been and will not be looked at.
-    void goAway(std::uint32_t last, std::uint32_t error) {
-        write(goaway, 0, 0, number(last) + number(error));
-    }
-
-    /// Sends what no server may: the connection is of no more use to the client.
-    void breakProtocol() { write(data, 0, 0, "x"); }
-
-    void waitForClose() { _connection.waitForClose(); }
-
-private:
-    static constexpr const char* preface = "PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n";
-    static constexpr std::uint8_t data = 0;
-    static constexpr std::uint8_t headers = 1;
-    static constexpr std::uint8_t settings = 4;
-    static constexpr std::uint8_t goaway = 7;
-    static constexpr std::uint8_t acknowledged = 1;
-    static constexpr std::uint8_t endOfStream = 1;
-    static constexpr std::uint8_t endOfHeaders = 4;
-
-    static std::uint32_t byte(const std::string& bytes, std::size_t at) {
-        return static_cast<std::uint8_t>(bytes[at]);
-    }
-    static std::string number(std::uint32_t value) {
-        return {static_cast<char>(value >> 24U), static_cast<char>(value >> 16U),
-                static_cast<char>(value >> 8U), static_cast<char>(value)};
-    }
-
-    std::string read(std::size_t size) {
-        std::string bytes;
-        while (_open && bytes.size() < size) {
-            const std::string more = _connection.read(size - bytes.size());
-            _open = !more.empty();
-            bytes += more;
-        }
-        return bytes;
-    }
-
-    void write(std::uint8_t type, std::uint8_t flags, std::uint32_t stream,
-               const std::string& payload) {
-        std::string frame = number(static_cast<std::uint32_t>(payload.size())).substr(1);
-        frame += static_cast<char>(type);
-        frame += static_cast<char>(flags);
-        frame += number(stream) + payload;
-        _open = _open && _connection.write(frame);
-    }
-
-    RawConnection& _connection;
-    bool _open = true;
-};
-
-int selectHTTP2(SSL*, const unsigned char** selected, unsigned char* size, const unsigned char*,
-                unsigned, void*) {
-    *selected = reinterpret_cast<const unsigned char*>("h2");
-    *size = 2;
-    return SSL_TLSEXT_ERR_OK;
-}
-
 class GoAwayTest : public TransportTest {
 protected:
-    GoAwayTest() { SSL_CTX_set_alpn_select_cb(_context.get(), &selectHTTP2, nullptr); }
+    GoAwayTest() { FrameConnection::offer(_context.get()); }
 
     using Handler = std::function<void(FrameConnection&)>;
 

@@ -1,27 +1,12 @@
+#include "support/Gzip.hpp"
 #include "support/RawServer.hpp"
 #include "TransportTest.hpp"
 
 #include <KeloAPI/curl/internal/CurlErrors.hpp>
 #include <KeloAPI/curl/internal/ResponseHead.hpp>
 
-#include <zlib.h>
-
 namespace KeloAPI::testing {
 namespace {
-
-std::string gzip(const std::string& text) {
-    z_stream stream{};
-    deflateInit2(&stream, Z_BEST_COMPRESSION, Z_DEFLATED, 15 + 16, 8, Z_DEFAULT_STRATEGY);
-    std::string packed(deflateBound(&stream, text.size()), '\0');
-    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(text.data()));
-    stream.avail_in = static_cast<uInt>(text.size());
-    stream.next_out = reinterpret_cast<Bytef*>(packed.data());
-    stream.avail_out = static_cast<uInt>(packed.size());
-    deflate(&stream, Z_FINISH);
-    packed.resize(stream.total_out);
-    deflateEnd(&stream);
-    return packed;
-}
 
 /// A response with this body, packed as its head says.
 std::string packedResponse(const std::string& body, const std::string& encoding = "gzip") {

@@ -35,11 +35,10 @@ std::string pathOf(const std::string& request) {
 }
 
 void RequestLog::add(std::string request) {
-    constexpr std::size_t kept = 500;
     const std::lock_guard lock(_mutex);
     ++_count;
     _last.push_back(std::move(request));
-    if (_last.size() > kept) {
+    if (_last.size() > _kept) {
         _last.pop_front();
     }
 }

@@ -23,11 +23,15 @@ std::string pathOf(const std::string& request);
 /// What a `RawServer` has read. It keeps the last requests only, so that memory can be measured.
 class RequestLog {
 public:
+    explicit RequestLog(std::size_t kept = 500)
+        : _kept(kept) {}
+
     void add(std::string request);
     int count() const;
     std::vector<std::string> last() const;
 
 private:
+    const std::size_t _kept;
     mutable std::mutex _mutex;
     int _count = 0;
     std::deque<std::string> _last;
