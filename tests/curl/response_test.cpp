@@ -119,6 +119,10 @@ TEST_F(ResponseTest, WhatIsNoSoundHTTPIsRefused) {
         // No HTTP at all.
         "SSH-2.0-OpenSSH_9.2\r\n", "HTTP/7.5 200 OK\r\n\r\n", std::string(4096, '\0'),
         chunkedResponse("not hex\r\nab\r\n"), manyFields,
+        // Lengths of two minds, a coding that was not offered, and another protocol.
+        "HTTP/1.1 200 OK\r\nContent-Length: 2\r\nContent-Length: 3\r\n\r\nabc",
+        "HTTP/1.1 200 OK\r\nTransfer-Encoding: x-none\r\n\r\nabc",
+        "HTTP/1.1 101 Switching Protocols\r\nUpgrade: x\r\n\r\n",
         chunkedResponse("2\r\nab\r\n0\r\nX-Long: " + std::string(300'000, 'x') + "\r\n\r\n")};
     for (const std::string& bytes : cases) {
         EXPECT_TRUE(failedWith(answeredWith(bytes), HTTPErrorCode::BadServerResponse))
@@ -168,10 +172,15 @@ TEST(ResponseHeadTest, LengthIsOnlyWhatTheHeadSaysPlainly) {
             head.take(field + "\r\n");
         }
         EXPECT_EQ(head.take("\r\n"), ResponseHead::Progress::Finished);
+        EXPECT_TRUE(head.expectedContentLength() < 0 || head.hasSoundFraming());
         return head.expectedContentLength();
     };
     EXPECT_EQ(length({"content-length: 12"}), 12);
     EXPECT_EQ(length({"content-length: 0"}), 0);
+    EXPECT_EQ(length({"content-length: 12", "content-length: 12"}), 12);
+    EXPECT_EQ(length({"content-length: 12 ,12"}), 12);
+    EXPECT_EQ(length({"content-length: 12", "content-length: 13"}), -1);
+    EXPECT_EQ(length({"content-length: 12,"}), -1);
     EXPECT_EQ(length({"content-length: -3"}), -1);
     EXPECT_EQ(length({"content-length: 12x"}), -1);
     EXPECT_EQ(length({"content-length: 99999999999999999999"}), -1);

@@ -262,6 +262,12 @@ bool CurlTransfer::takeHeaderLine(std::string_view line) {
     case ResponseHead::Progress::Finished:
         break;
     }
+    if (_hop->head.statusCode() == 101) {
+        return giveUp(HTTPErrorCode::BadServerResponse, "the server has left HTTP unasked");
+    }
+    if (!_hop->head.hasSoundFraming()) {
+        return giveUp(HTTPErrorCode::BadServerResponse, "the response's length cannot be known");
+    }
     if (isRedirect(_hop->head.statusCode(), _hop->head.fields())) {
         _hop->redirects = true;
         _hop->isPassedOver = true;

@@ -3,8 +3,31 @@
 
 #include <algorithm>
 #include <charconv>
+#include <optional>
 
 namespace KeloAPI {
+
+namespace {
+
+/// The number of which the list consists; absent where it has none or several.
+std::optional<std::int64_t> lengthIn(std::string_view list) {
+    std::optional<std::int64_t> length;
+    for (std::size_t begin = 0; begin <= list.size();) {
+        const auto end = std::min(list.find(',', begin), list.size());
+        const std::string_view text = Ascii::trimmed(list.substr(begin, end - begin));
+        std::int64_t number = -1;
+        const auto read = std::from_chars(text.data(), text.data() + text.size(), number);
+        const bool isNumber = read.ec == std::errc() && read.ptr == text.data() + text.size();
+        if (!isNumber || number < 0 || (length && number != *length)) {
+            return std::nullopt;
+        }
+        length = number;
+        begin = end + 1;
+    }
+    return length;
+}
+
+} // namespace
 
 ResponseHead::Progress ResponseHead::take(std::string_view line) {
     _size += line.size();
@@ -75,19 +98,27 @@ ResponseHead::ContentCoding ResponseHead::contentCoding() const {
     return coding;
 }
 
+bool ResponseHead::hasSoundFraming() const {
+    const auto coding = _fields.find("Transfer-Encoding");
+    if (coding != _fields.end()) {
+        return Ascii::equalsIgnoringCase(coding->second, "chunked");
+    }
+    const auto length = _fields.find("Content-Length");
+    return length == _fields.end() || lengthIn(length->second).has_value();
+}
+
+bool ResponseHead::endsWithConnection() const {
+    return _statusCode != 204 && _statusCode != 304 && !_fields.contains("Content-Length") &&
+           !_fields.contains("Transfer-Encoding");
+}
+
 std::int64_t ResponseHead::expectedContentLength() const {
-    if (contentCoding() != ContentCoding::None) {
-        return -1;
-    }
     const auto field = _fields.find("Content-Length");
-    if (field == _fields.end() || _fields.contains("Transfer-Encoding")) {
+    if (field == _fields.end() || _fields.contains("Transfer-Encoding") ||
+        contentCoding() != ContentCoding::None) {
         return -1;
     }
-    const std::string& text = field->second;
-    std::int64_t length = -1;
-    const auto end = text.data() + text.size();
-    const auto read = std::from_chars(text.data(), end, length);
-    return read.ec == std::errc() && read.ptr == end && length >= 0 ? length : -1;
+    return lengthIn(field->second).value_or(-1);
 }
 
 } // namespace KeloAPI

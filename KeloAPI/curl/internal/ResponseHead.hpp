@@ -40,6 +40,12 @@ public:
     /// What was done to the body on its way, as Content-Encoding says.
     enum class ContentCoding : std::uint8_t { None, Gzip, Other };
     ContentCoding contentCoding() const;
+    /// Whether the end of the body can be told: by chunks, or by a length of one number, be it
+    /// named several times, or by the connection's end. libcurl takes the last of several lengths,
+    /// and passes over codings that were not offered.
+    bool hasSoundFraming() const;
+    /// Whether only the end of an HTTP/1 connection ends the body, where there is one.
+    bool endsWithConnection() const;
     /// The body's length in bytes as the observer will see it; -1 when the head does not tell.
     std::int64_t expectedContentLength() const;
 
