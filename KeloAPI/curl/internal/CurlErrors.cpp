@@ -26,6 +26,12 @@ bool isOfChunks(std::string_view detail) {
     return detail.ends_with("in chunked-encoding");
 }
 
+/// Over HTTP/2 a head that is too long for libcurl has the same code.
+bool isOfHead(std::string_view detail) {
+    return detail.ends_with("returned -902:The user callback function failed") ||
+           detail.find("Too many CONTINUATION frames") != std::string_view::npos;
+}
+
 /// Whether the process has fewer descriptors left than a lookup or a store of certificates takes
 /// for itself: then it is these that failed, not the name or the store.
 bool lacksDescriptors() {
@@ -72,8 +78,8 @@ HTTPErrorCode httpCode(CURLcode code, std::string_view detail) {
     case CURLE_HTTP2:
         return HTTPErrorCode::ConnectionLost;
     case CURLE_RECV_ERROR:
-        return isOfChunks(detail) ? HTTPErrorCode::BadServerResponse
-                                  : HTTPErrorCode::ConnectionLost;
+        return isOfChunks(detail) || isOfHead(detail) ? HTTPErrorCode::BadServerResponse
+                                                      : HTTPErrorCode::ConnectionLost;
     case CURLE_SSL_CONNECT_ERROR:
         return brokeOff(detail) ? HTTPErrorCode::ConnectionLost : HTTPErrorCode::ServerTrust;
     case CURLE_SSL_CACERT_BADFILE:

@@ -245,6 +245,10 @@ void CurlTransfer::complete(std::optional<Error> error) {
 }
 
 bool CurlTransfer::giveUp(HTTPErrorCode code, const char* message) {
+    if (code == HTTPErrorCode::BadServerResponse) {
+        // Over HTTP/2 the server may go on with it for ever: the next request must not come behind.
+        distrustConnection();
+    }
     _hop->failure = httpError(code, message);
     return false;
 }
