@@ -154,6 +154,30 @@ TEST_F(ResponseTest, AConnectionThatBreaksOffIsLost) {
     EXPECT_TRUE(failedWith(answeredWith(half, Method::GET, true), HTTPErrorCode::ConnectionLost));
 }
 
+TEST_F(ResponseTest, ABodyThatEndsWithItsConnectionIsWholeOnlyWhereTLSEndsToo) {
+    const auto leaf = TestCertificate::selfSigned({});
+    for (const bool endsTLS : {true, false}) {
+        RawServer server(leaf.serverContext(), [endsTLS](RawConnection& connection) {
+            const bool isHead = connection.readRequest().starts_with("HEAD");
+            connection.write("HTTP/1.1 200 OK\r\n\r\n");
+            if (isHead) {
+                connection.waitForClose();
+                return;
+            }
+            connection.write("half");
+            if (endsTLS) {
+                SSL_shutdown(connection.session());
+            }
+        });
+        const auto pinned = pinning("localhost", {leaf.certificate()});
+        auto request = get(server.secureUrl("/"));
+        const auto heard = send(*pinned, request);
+        EXPECT_TRUE(endsTLS ? succeeded(heard) : failedWith(heard, HTTPErrorCode::ConnectionLost));
+        request.method = Method::HEAD;
+        EXPECT_TRUE(succeeded(send(*pinned, request))) << "it has no body";
+    }
+}
+
 TEST_F(ResponseTest, AReceiverThatGivesUpEndsTheExchange) {
     const RawServer server(
         answeringAndWaiting("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nsome"));

@@ -157,6 +157,9 @@ CurlTransfer::Outcome CurlTransfer::outcome(CURLcode code) const {
     } else if (!_hop->head.isFinished()) {
         outcome.error =
             httpError(HTTPErrorCode::ConnectionLost, "the response ended within its head");
+    } else if (_hop->farewell && !_hop->farewell->wasHeard()) {
+        outcome.error =
+            httpError(HTTPErrorCode::ConnectionLost, "the connection ended before TLS did");
     } else if (_hop->gzip && !_hop->gzip->isComplete()) {
         outcome.error =
             httpError(HTTPErrorCode::BadServerResponse, "the response's body was cut short");
@@ -287,6 +290,9 @@ bool CurlTransfer::takeHeaderLine(std::string_view line) {
     if (isCancelled()) {
         return false;
     }
+    if (_request.method != Method::HEAD && _hop->head.endsWithConnection()) {
+        listenForFarewell();
+    }
     _hop->isToldOf = true;
     _hop->coding = _hop->head.contentCoding();
     const std::int64_t length = _hop->head.expectedContentLength();
@@ -350,6 +356,21 @@ std::size_t CurlTransfer::giveBody(char* buffer, std::size_t room) {
     return size;
 }
 
+/// OpenSSL's session on the connection that is in use; null without TLS.
+SSL* CurlTransfer::tlsSession() const {
+    curl_tlssessioninfo* session = nullptr;
+    curl_easy_getinfo(_easy, CURLINFO_TLS_SSL_PTR, &session);
+    const bool isOpenSSL = session != nullptr && session->backend == CURLSSLBACKEND_OPENSSL;
+    return isOpenSSL ? static_cast<SSL*>(session->internals) : nullptr;
+}
+
+void CurlTransfer::listenForFarewell() {
+    SSL* session = tlsSession();
+    if (session != nullptr && !speaksHTTP2(session)) {
+        _hop->farewell = std::make_unique<TLSFarewell>(session);
+    }
+}
+
 /// Whether the request may go out on the connection that libcurl has chosen for it.
 bool CurlTransfer::acceptConnection(const std::string& ends) {
     // libcurl sends again by itself where a kept connection ends before the first byte of a
@@ -359,10 +380,7 @@ bool CurlTransfer::acceptConnection(const std::string& ends) {
         !(isShared ? changesNothing(_request.method) : isRepeatable(_request.method))) {
         return giveUp(HTTPErrorCode::ConnectionLost, "the connection was lost");
     }
-    curl_tlssessioninfo* session = nullptr;
-    curl_easy_getinfo(_easy, CURLINFO_TLS_SSL_PTR, &session);
-    const bool isOpenSSL = session != nullptr && session->backend == CURLSSLBACKEND_OPENSSL;
-    auto* tls = isOpenSSL ? static_cast<SSL*>(session->internals) : nullptr;
+    SSL* tls = tlsSession();
     const bool multiplexed = speaksHTTP2(tls);
     _origin->protocol =
         multiplexed ? CurlOrigin::Protocol::Multiplexed : CurlOrigin::Protocol::Serial;

@@ -5,6 +5,7 @@
 #include <KeloAPI/curl/internal/EasyHandles.hpp>
 #include <KeloAPI/curl/internal/GzipDecoder.hpp>
 #include <KeloAPI/curl/internal/ResponseHead.hpp>
+#include <KeloAPI/curl/internal/TLSFarewell.hpp>
 #include <KeloAPI/http/HTTPError.hpp>
 #include <KeloAPI/http/Transport.hpp>
 #include <KeloAPI/http/TransportSettings.hpp>
@@ -112,6 +113,8 @@ private:
         bool isPassedOver = false;
         ResponseHead::ContentCoding coding = ResponseHead::ContentCoding::None;
         std::unique_ptr<GzipDecoder> gzip;
+        /// Where the body ends with its connection, over TLS.
+        std::unique_ptr<TLSFarewell> farewell;
         bool sent = false;
         bool refusedConnection = false;
         bool redirects = false;
@@ -148,6 +151,8 @@ private:
     bool deliver(std::string_view bytes);
     std::size_t giveBody(char* buffer, std::size_t room);
     void moved() { _hop->lastActivity = _origin->lastMoved = Clock::now(); }
+    SSL* tlsSession() const;
+    void listenForFarewell();
     bool acceptConnection(const std::string& ends);
     template <class Step>
     bool withMemory(Step step);
