@@ -1,0 +1,73 @@
+#include "Table.hpp"
+
+#include <algorithm>
+
+namespace KeloAPI::testing {
+
+namespace {
+
+/// One line: every outcome of a kind of call, in the order in which they were met.
+struct Line {
+    explicit Line(std::string name)
+        : row(std::move(name)) {}
+
+    std::string row;
+    int cells = 0;
+    std::array<std::vector<Outcome>, callKinds.size()> outcomes;
+
+    void add(CallKind kind, const Outcome& outcome) {
+        cells += outcome == ruledOut ? 0 : 1;
+        auto& met = outcomes.at(static_cast<std::size_t>(kind));
+        if (std::find(met.begin(), met.end(), outcome) == met.end()) {
+            met.push_back(outcome);
+        }
+    }
+
+    std::string text() const {
+        std::string text = "| " + row + " | " + std::to_string(cells) + " |";
+        for (const auto& met : outcomes) {
+            std::string list;
+            for (const Outcome& outcome : met) {
+                list += (list.empty() ? "" : "; ") + outcome;
+            }
+            text += ' ' + list + " |";
+        }
+        return text + '\n';
+    }
+};
+
+std::string heading() {
+    std::string names = "| Fault | Cells |";
+    std::string rule = "| --- | --- |";
+    for (const char* kind : callKinds) {
+        names += ' ' + std::string(kind) + " |";
+        rule += " --- |";
+    }
+    return names + '\n' + rule + '\n';
+}
+
+} // namespace
+
+std::string tableOf(const std::vector<Fault>& faults, const std::vector<Call>& calls,
+                    const std::vector<std::vector<Outcome>>& outcomes) {
+    std::vector<Line> lines;
+    for (std::size_t i = 0; i < faults.size(); ++i) {
+        auto line = std::find_if(lines.begin(), lines.end(),
+                                 [&](const Line& each) { return each.row == faults[i].row; });
+        if (line == lines.end()) {
+            line = lines.insert(line, Line(faults[i].row));
+        }
+        for (std::size_t j = 0; j < calls.size(); ++j) {
+            line->add(calls[j].kind, outcomes[i][j]);
+        }
+    }
+    int cells = 0;
+    std::string table = heading();
+    for (const Line& line : lines) {
+        cells += line.cells;
+        table += line.text();
+    }
+    return std::to_string(cells) + " cells\n\n" + table;
+}
+
+} // namespace KeloAPI::testing

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "Calls.hpp"
+#include "Fault.hpp"
+
+#include <string>
+#include <vector>
+
+namespace KeloAPI::testing {
+
+/// What came of the calls as a table of Markdown: a line for each row of faults with the number of
+/// its cells, a column for each kind of call. `outcomes` are those of each fault, of each call.
+std::string tableOf(const std::vector<Fault>& faults, const std::vector<Call>& calls,
+                    const std::vector<std::vector<Outcome>>& outcomes);
+
+} // namespace KeloAPI::testing
