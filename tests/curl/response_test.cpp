@@ -267,31 +267,5 @@ TEST_F(ErrorsTransportTest, AURLThatLeadsNowhere) {
     EXPECT_EQ(refused->error.value().underlying()->code(), CURLE_COULDNT_CONNECT);
 }
 
-TEST_F(ErrorsTransportTest, AConnectionThatBreaksOffInItsHandshakeIsLost) {
-    for (const bool abruptly : {false, true}) {
-        RawServer server([abruptly](RawConnection& connection) {
-            connection.read(abruptly ? 5 : 65536);
-            if (abruptly) {
-                connection.reset();
-            }
-        });
-        const auto heard = send(*unpinned(), get(server.url("/", "https")));
-        EXPECT_TRUE(failedWith(heard, HTTPErrorCode::ConnectionLost)) << abruptly;
-    }
-}
-
-TEST_F(ErrorsTransportTest, AHandshakeThatIsRefusedOrNoneIsNoTrust) {
-    const std::string refusal("\x15\x03\x03\x00\x02\x02\x28", 7); // a fatal alert
-    for (const std::string& bytes : {refusal, std::string("HTTP/1.1 400 Bad Request\r\n\r\n")}) {
-        RawServer server([&bytes](RawConnection& connection) {
-            connection.read(65536);
-            connection.write(bytes);
-            connection.waitForClose();
-        });
-        const auto heard = send(*unpinned(), get(server.url("/", "https")));
-        EXPECT_TRUE(failedWith(heard, HTTPErrorCode::ServerTrust));
-    }
-}
-
 } // namespace
 } // namespace KeloAPI::testing
