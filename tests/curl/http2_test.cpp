@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <semaphore>
 
 namespace KeloAPI::testing {
 namespace {
@@ -157,17 +158,21 @@ protected:
 
     /// What comes of so many requests at once.
     std::vector<Observer> sent(Method method, std::size_t count) {
-        const auto transport = pinning("127.0.0.1", {_certificate.certificate()});
+        const auto pinned = transport();
         auto request = get(_server->url("/", "https"));
         request.method = method;
         request.timeoutInterval = 2 * timeLimit; // none is left lying until it times out
-        auto observers = startMany(*transport, request, count);
+        auto observers = startMany(*pinned, request, count);
         for (const Observer& observer : observers) {
             EXPECT_TRUE(observer->wait());
         }
         return observers;
     }
     Observer sent(Method method) { return sent(method, 1).front(); }
+    /// The same of a GET, heard by this observer.
+    Observer sent(const Observer& observer) {
+        return send(*transport(), get(_server->url("/", "https")), observer);
+    }
 
     static constexpr std::size_t all = 3;
 
@@ -186,6 +191,10 @@ protected:
     std::atomic<std::size_t> taken = 0;
 
 private:
+    std::shared_ptr<CurlTransport> transport() const {
+        return pinning("127.0.0.1", {_certificate.certificate()});
+    }
+
     TestCertificate _certificate = TestCertificate::selfSigned({});
     std::shared_ptr<SSL_CTX> _context = _certificate.serverContext();
     std::unique_ptr<RawServer> _server; // goes before what its connections use
@@ -246,6 +255,32 @@ TEST_F(GoAwayTest, ActionsThatTheServerHasTakenAreNotSentAgain) {
         }
         EXPECT_EQ(taken, all) << breaks;
     }
+}
+
+TEST_F(GoAwayTest, AResponseThatHasBegunIsNotMixedWithAnother) {
+    std::binary_semaphore begun{0};
+    const auto handle = [&](FrameConnection& connection) {
+        using Frames = FrameConnection;
+        if (connections > 1) { // which speaks HTTP/1.1, as libcurl was told
+            connection.connection().write(okResponse("other"));
+            connection.waitForClose();
+            return;
+        }
+        const std::uint32_t stream = connection.readRequest();
+        connection.write(Frames::Headers, Frames::endOfHeaders, stream, Frames::status200);
+        connection.write(Frames::Data, 0, stream, "half");
+        EXPECT_TRUE(begun.try_acquire_for(timeLimit));
+        connection.write(Frames::ResetStream, 0, stream, Frames::number(13)); // wants HTTP/1.1
+        connection.waitForClose();
+    };
+    serve(handle, true);
+    const auto observer = std::make_shared<RecordingObserver>();
+    observer->onData = [&begun] {
+        begun.release();
+        return true;
+    };
+    EXPECT_TRUE(failedWith(sent(observer), HTTPErrorCode::ConnectionLost));
+    EXPECT_EQ(observer->body, "half");
 }
 
 TEST_F(GoAwayTest, AServerThatAlwaysGoesAwayIsGivenUp) {

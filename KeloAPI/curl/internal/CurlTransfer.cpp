@@ -375,9 +375,11 @@ void CurlTransfer::listenForFarewell() {
 bool CurlTransfer::acceptConnection(const std::string& ends) {
     // libcurl sends again by itself where a kept connection ends before the first byte of a
     // response. The server may have been at work on it, on a shared connection for long.
+    // And where an HTTP/2 server asks for HTTP/1.1, even in the midst of its response.
     const bool isShared = _origin->protocol == CurlOrigin::Protocol::Multiplexed;
-    if (_hop->sent &&
-        !(isShared ? changesNothing(_request.method) : isRepeatable(_request.method))) {
+    const bool mayRepeat =
+        isShared ? changesNothing(_request.method) : isRepeatable(_request.method);
+    if (_hop->sent && !(mayRepeat && _hop->head.statusCode() == 0)) {
         return giveUp(HTTPErrorCode::ConnectionLost, "the connection was lost");
     }
     SSL* tls = tlsSession();
