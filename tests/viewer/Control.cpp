@@ -123,7 +123,7 @@ private:
         constexpr int steps = 10;
         send(QEvent::MouseButtonPress, from, Qt::LeftButton);
         for (int step = 1; dy != 0 && step <= steps; ++step) {
-            send(QEvent::MouseMove, from + QPointF(0, dy * step / steps), Qt::LeftButton);
+            send(QEvent::MouseMove, from + QPointF(0, qreal(dy) * step / steps), Qt::LeftButton);
         }
         send(QEvent::MouseButtonRelease, from + QPointF(0, dy), Qt::NoButton);
         return "done\n";
@@ -154,11 +154,11 @@ private:
     }
 
     QByteArray frames() {
-        const QByteArray told = QString("%1 %2 %3\n")
-                                    .arg(_count)
-                                    .arg(static_cast<double>(_latest) / 1000)
-                                    .arg(static_cast<double>(_latestOwn) / 1000)
-                                    .toUtf8();
+        QByteArray told = QString("%1 %2 %3\n")
+                              .arg(_count)
+                              .arg(static_cast<double>(_latest) / 1000)
+                              .arg(static_cast<double>(_latestOwn) / 1000)
+                              .toUtf8();
         _count = 0;
         _latest = _latestOwn = 0;
         return told;
