@@ -130,7 +130,7 @@ class Scrolling(Case):
         self.flick_past(500, speed=6000)
         viewer.until(lambda: viewer.eval("feed", "moving") == "false", "it rests")
         self.plays(self.key())
-        print(f"viewer: {count} frames past 100 posts, the latest {latest:.0f} ms behind the one "
+        print(f"\nviewer: {count} frames past 100 posts, the latest {latest:.0f} ms behind the one "
               f"before it, {own:.0f} ms of them its own; {early:.0f} MiB there and "
               f"{viewer.memory():.0f} MiB past 500")
         self.assertGreater(count, 100)
