@@ -35,7 +35,8 @@ std::optional<std::string> transportsPart(const std::string& text, CURLUPart par
     return copy;
 }
 
-/// As `URL::host` writes it: in lower case, without a dot at the end; an IPv6 address in one notation.
+/// As `URL::host` writes it: in lower case, without a dot at the end; an IPv6 address in one
+/// notation.
 std::string written(std::string host) {
     if (host.starts_with('[')) {
         const auto address = URL::parse("https://" + host);
