@@ -15,7 +15,7 @@ stage() {
     if [ "$status" -ne 0 ]; then
         cat "$log"
     else
-        grep -hE '^(tidy|docs|viewer|(fuzz|mutate) [a-z]+): |^(early|late): |^[0-9]+% tests passed' "$log" | sed 's/^/   /' || true
+        grep -hE '^(tidy|docs|viewer|(fuzz|mutate) [a-z]+): |^(early|late|lines|branches): |^[0-9]+% tests passed' "$log" | sed 's/^/   /' || true
     fi
     printf '   %d s\n' $((SECONDS - began))
     rm -f "$log"

@@ -51,7 +51,7 @@ TEST(SystemEventDeathTest, TellsThatNoDescriptorIsLeft) {
             const testing::NoDescriptors shortage;
             Event event;
             const bool opened = event.open();
-            std::exit(opened || event.isOpen() ? 1 : 0);
+            std::_Exit(opened || event.isOpen() ? 1 : 0);
         },
         ::testing::ExitedWithCode(0), "");
 }

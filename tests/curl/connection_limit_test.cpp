@@ -240,7 +240,8 @@ TEST_F(ConnectionLimitTest, AFailedPollEndsNoCall) {
 using ConnectionLimitHTTP2Test = NginxTest;
 
 TEST_F(ConnectionLimitHTTP2Test, SixToAHostCarryAnyNumberOfCalls) {
-    const LoweredLimit few(RLIMIT_NOFILE, 256);
+    // libcurl polls once for each stream, and 7.88 loses the list where that is too long.
+    const LoweredLimit few(RLIMIT_NOFILE, isSanitized ? 1024 : 256);
     const auto transport = pinning("localhost", {leaf.certificate()});
     const auto observers = startMany(*transport, get(nginx->url("/quick")), 1000);
     expectAllSucceeded(observers);
