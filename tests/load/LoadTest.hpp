@@ -1,6 +1,7 @@
 #pragma once
 
 #include "support/FixedRequest.hpp"
+#include "support/GeneratedBlock.hpp"
 #include "support/MainLoop.hpp"
 #include "support/Nginx.hpp"
 #include "support/TestCertificates.hpp"
@@ -10,46 +11,23 @@
 #include <KeloAPI/queues/Diagnostics.hpp>
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <chrono>
-#include <filesystem>
+#include <cmath>
+#include <ctime>
 #include <fstream>
+#include <iomanip>
 #include <iostream>
 #include <memory>
-#include <optional>
+#include <sstream>
 #include <string>
+#include <thread>
 
 namespace KeloAPI::testing {
 
-/// What this process takes at a moment.
-struct Taken {
-    static Taken now() {
-        Taken taken;
-        taken.descriptors = entries("/proc/self/fd");
-        taken.threads = entries("/proc/self/task");
-        std::ifstream("/proc/self/statm") >> taken.kibibytes >> taken.kibibytes;
-        taken.kibibytes *= sysconf(_SC_PAGESIZE) / 1024;
-        return taken;
-    }
-
-    std::string text() const {
-        return std::to_string(descriptors) + " descriptors, " + std::to_string(threads) +
-               " threads, " + std::to_string(kibibytes) + " KiB";
-    }
-
-    std::size_t descriptors = 0;
-    std::size_t threads = 0;
-    long kibibytes = 0;
-
-private:
-    static std::size_t entries(const char* folder) {
-        const std::filesystem::directory_iterator all(folder);
-        return static_cast<std::size_t>(std::distance(begin(all), end(all)));
-    }
-};
-
-/// Calls and downloads against an nginx, each of which must complete exactly once.
+/// Calls and downloads against an nginx, each of which must complete exactly once. What they took
+/// is told, and KELO_UPDATE_DOCS=1 has the whole program write it into the page on reliability:
+/// these figures are the machine's, and nothing is compared with them.
 class LoadTest : public ::testing::Test {
 protected:
     using Clock = std::chrono::steady_clock;
@@ -69,7 +47,12 @@ protected:
             {"127.0.0.1", PinCertificates{{certificate.certificate()}}}});
     }
 
-    void TearDown() override { Diagnostics::setSink({}); }
+    void TearDown() override {
+        Diagnostics::setSink({});
+        if (!IsSkipped() && !HasFailure()) {
+            writeGeneratedBlock(KELO_RELIABILITY_PAGE, "load", block());
+        }
+    }
 
     std::shared_ptr<Manager> makeManager(const TransportSettings& settings = {}) const {
         return std::make_shared<Manager>(*trust, settings);
@@ -100,10 +83,14 @@ protected:
         return runUntil([this] { return ended == started; }, patience);
     }
 
-    static void say(const std::string& what, Clock::time_point began, int calls) {
+    /// Tells of `count` exchanges that began then.
+    static void say(const std::string& what, Clock::time_point began, int count) {
         const std::chrono::duration<double> seconds = Clock::now() - began;
-        std::cout << what << ": " << calls << " in " << seconds.count() << " s, "
-                  << static_cast<int>(calls / seconds.count()) << " a second\n";
+        std::ostringstream row;
+        row << "| " << what << " | " << count << " | " << std::fixed << std::setprecision(2)
+            << seconds.count() << " s | " << std::lround(count / seconds.count()) << " |\n";
+        std::cout << row.str();
+        rows() += row.str();
     }
 
     std::unique_ptr<Nginx> server;
@@ -111,6 +98,33 @@ protected:
     int started = 0;
     int ended = 0;
     int good = 0;
+
+private:
+    /// What all tests so far have told.
+    static std::string& rows() {
+        static std::string all;
+        return all;
+    }
+
+    static std::string block() {
+        const std::time_t now = std::time(nullptr);
+        std::ostringstream text;
+        text << "Measured on " << std::put_time(std::gmtime(&now), "%Y-%m-%d") << ", with "
+             << std::thread::hardware_concurrency() << " cores (" << processor() << ").\n\n"
+             << "| Load | Exchanges | Time | A second |\n| --- | --- | --- | --- |\n"
+             << rows();
+        return text.str();
+    }
+
+    static std::string processor() {
+        std::ifstream all("/proc/cpuinfo");
+        for (std::string line; std::getline(all, line);) {
+            if (line.starts_with("model name")) {
+                return line.substr(line.find(": ") + 2);
+            }
+        }
+        return "of an unknown kind";
+    }
 };
 
 } // namespace KeloAPI::testing

@@ -1,9 +1,11 @@
 #include "LoadTest.hpp"
+#include "support/OwnProcess.hpp"
 #include "support/RawServer.hpp"
 #include "support/Sanitizers.hpp"
 #include "support/Shortage.hpp"
 
 #include <atomic>
+#include <optional>
 #include <random>
 #include <thread>
 #include <vector>
@@ -71,7 +73,7 @@ TEST_F(ManyCallsTest, FromAHundredThreads) {
     }
     EXPECT_TRUE(runUntil([&] { return completed == threads * each; }, patience));
     EXPECT_EQ(succeeded, threads * each);
-    say("from 100 threads", began, threads * each);
+    say("started by 100 threads", began, threads * each);
 }
 
 TEST_F(ManyCallsTest, FiveThousandAtOnceUnderFewDescriptors) {
@@ -87,11 +89,11 @@ TEST_F(ManyCallsTest, FiveThousandAtOnceUnderFewDescriptors) {
     }
     EXPECT_TRUE(allEnd());
     EXPECT_EQ(good, calls);
-    say("at once under 256 descriptors", began, calls);
+    say("all at once, with 256 descriptors", began, calls);
 }
 
 TEST_F(ManyCallsTest, GoOutInTheOrderOfTheirStart) {
-    constexpr std::size_t calls = 1'000;
+    constexpr int calls = 1'000;
     std::vector<std::string> seen; // by the one connection's thread
     RawServer one([&seen](RawConnection& connection) {
         connection.serve([&seen](const std::string& request) {
@@ -103,18 +105,21 @@ TEST_F(ManyCallsTest, GoOutInTheOrderOfTheirStart) {
     settings.maxCallConnectionsPerHost = 1;
     auto manager = makeManager(settings);
     std::vector<std::string> wanted;
-    for (std::size_t i = 0; i < calls; ++i) {
+    const auto began = Clock::now();
+    for (int i = 0; i < calls; ++i) {
         wanted.push_back("/" + std::to_string(i));
         call(manager, one.url(wanted.back()));
     }
     EXPECT_TRUE(allEnd());
     EXPECT_EQ(seen, wanted);
+    say("in order over one connection", began, calls);
 }
 
 TEST_F(ManyCallsTest, CancelledAtRandomMomentsCompleteOnce) {
     constexpr int calls = 10'000;
     std::minstd_rand random(7); // always the same moments, as far as the machine allows
     const auto manager = makeManager();
+    const auto began = Clock::now();
     std::vector<std::shared_ptr<Request>> inFlight;
     for (int i = 0; i < calls; ++i) {
         inFlight.push_back(call(manager, server->url(i % 50 == 0 ? "/slow" : "/quick")));
@@ -132,11 +137,12 @@ TEST_F(ManyCallsTest, CancelledAtRandomMomentsCompleteOnce) {
     EXPECT_TRUE(allEnd());
     EXPECT_GT(good, 0);
     EXPECT_LT(good, calls);
-    std::cout << calls - good << " of " << calls << " cancelled in time\n";
+    say(std::to_string(calls - good) + " of them cancelled in time", began, calls);
 }
 
 TEST_F(ManyCallsTest, ManagersMayGoInTheirCallsCompletions) {
     constexpr int rounds = 300;
+    const auto began = Clock::now();
     for (int round = 0; round < rounds; ++round) {
         auto manager = makeManager();
         const auto held = std::make_shared<std::shared_ptr<Manager>>(manager);
@@ -148,7 +154,15 @@ TEST_F(ManyCallsTest, ManagersMayGoInTheirCallsCompletions) {
     }
     // The first completion of a round ends its manager, and the calls behind it with it.
     EXPECT_GE(good, rounds);
+    say("by 300 managers that go in a completion", began, started);
 }
+
+/// What this process takes when this is made.
+struct Taken {
+    std::size_t descriptors = openDescriptors();
+    std::size_t threads = threadNames().size();
+    long kibibytes = memoryInKiB("VmRSS");
+};
 
 class SoakTest : public LoadTest {
 protected:
@@ -173,24 +187,25 @@ protected:
 };
 
 TEST_F(SoakTest, TakesNoMoreAtItsEndThanEarlyOn) {
-    const auto until = Clock::now() + wanted();
-    const auto warmed = Clock::now() + wanted() / 3;
-    auto manager = makeManager();
+    const auto began = Clock::now();
+    const auto manager = makeManager();
     std::optional<Taken> early;
     int round = 0;
-    while (Clock::now() < until) {
+    while (Clock::now() < began + wanted()) {
         for (int i = 0; i < 8; ++i) {
             mixed(manager, round++);
         }
         ASSERT_TRUE(allEnd());
-        if (!early && Clock::now() >= warmed) {
-            early = Taken::now();
+        if (!early && Clock::now() >= began + wanted() / 3) {
+            early.emplace();
         }
     }
-    const Taken late = Taken::now();
+    const Taken late;
     ASSERT_TRUE(early);
-    std::cout << started << " exchanges in " << wanted().count() << " s\nearly: " << early->text()
-              << "\nlate: " << late.text() << '\n';
+    say("mixed: calls, redirects, files both ways, some cancelled; " +
+            std::to_string(late.kibibytes - early->kibibytes) +
+            " KiB more at the end than after a third",
+        began, started);
     EXPECT_GE(good, round * 4);
     EXPECT_LE(late.threads, early->threads);
     EXPECT_LE(late.descriptors, early->descriptors + 6); // connections come and go
