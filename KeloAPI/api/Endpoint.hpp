@@ -63,6 +63,10 @@ public:
 
     /// Where the call goes: a path below the service's root, or a complete URL (a path that holds
     /// "http" anywhere is taken for one). Empty by default.
+    ///
+    /// A complete URL gets all header fields of the call, the session key among them, whatever its
+    /// host and with or without TLS: give an endpoint only URLs of places that may have the key.
+    /// From there on, a redirect takes the key to no other origin.
     virtual const std::string& path() const { return _path; }
     /// Replaces the path, for calls that are sent from then on. The setters below do the same.
     virtual void setPath(std::string path) { _path = std::move(path); }

@@ -17,8 +17,8 @@ struct FileDownloadSuccess {
 using FileDownloadResult = Outcome<FileDownloadSuccess>; ///< How a download of a file ended.
 
 /// One file of the service, a video as a rule, and its place in a cache directory. Its path is
-/// where the file is fetched: the complete URL as a rule. Two endpoints with the same path are the
-/// same file.
+/// where the file is fetched: the complete URL as a rule, whose host gets the session key
+/// (`Endpoint::path`). Two endpoints with the same path are the same file.
 class KELO_API FileEndpoint : public Endpoint {
 public:
     /// Neither empty nor throwing.

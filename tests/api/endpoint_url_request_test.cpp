@@ -140,6 +140,19 @@ TEST_F(EndpointURLRequest, CarriesOnlyTheHeaderFieldsThatTheSessionHas) {
     EXPECT_TRUE(endpoint->URLRequest().originBoundFields.contains("Kelo-Session-Id"));
 }
 
+TEST_F(EndpointURLRequest, ACompleteURLGetsAllHeaderFieldsWhateverItsHost) {
+    delegate->userAgent = "agent/1";
+    delegate->sessionKey = "key";
+    for (const char* path :
+         {"https://cdn.example/v", "http://elsewhere.example:81/v", "users/me"}) {
+        endpoint->setPath(path);
+        const auto request = endpoint->URLRequest();
+        EXPECT_EQ(request.headerFields, endpoint->headerFields()) << path;
+        EXPECT_EQ(request.headerFields.at("kelo-session-id"), "key") << path;
+        EXPECT_TRUE(request.originBoundFields.contains("kelo-session-id")) << path;
+    }
+}
+
 TEST_F(EndpointURLRequest, EncodesParametersIntoTheQueryForEveryMethod) {
     endpoint->setPath("things");
     endpoint->setMethod(Method::POST);

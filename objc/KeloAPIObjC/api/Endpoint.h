@@ -36,7 +36,9 @@ extern NSString *const KLCaptchaUrlKey;
 - (instancetype)init;
 
 /// Where the call goes: a path below the service's root, or a complete URL (a path that holds
-/// "http" anywhere is taken for one). Empty by default.
+/// "http" anywhere is taken for one). Empty by default. A complete URL gets all header fields of
+/// the call, the session key among them, whatever its host: set only URLs of places that may have
+/// the key.
 @property(nonatomic, copy) NSString *path;
 /// An HTTP method by its name; "GET" by default. Any other text raises
 /// `NSInvalidArgumentException`.
