@@ -1,10 +1,13 @@
 """The pages in docs/ against the sources: their code is that of examples that are built and run, and
-the tables of errors have every code."""
+the tables of errors have every code, and pictures show what they are drawn from."""
 
 import pathlib
 import re
+import subprocess
+import tempfile
 import textwrap
 import unittest
+import xml.etree.ElementTree
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 # Where the code of each kind comes from.
@@ -60,6 +63,44 @@ class Code(unittest.TestCase):
         pages = "".join(page.read_text() for page in (ROOT / "docs").glob("*.md"))
         for example in sorted((ROOT / "examples").glob("*.cpp")):
             self.assertIn(f"(../examples/{example.name})", pages)
+
+
+class Pictures(unittest.TestCase):
+    def drawn(self, figures):
+        """The chart of what the benchmarks printed."""
+        with tempfile.NamedTemporaryFile("w", suffix=".txt") as file:
+            file.write(figures)
+            file.flush()
+            return subprocess.run([ROOT / "scripts/benchmark-picture", file.name], text=True,
+                                  capture_output=True)
+
+    def test_the_chart_is_that_of_the_figures(self):
+        drawn = self.drawn(text("docs/benchmarks.txt"))
+        self.assertEqual((drawn.stdout, drawn.stderr), (text("docs/benchmarks.svg"), ""))
+
+    def test_bars_go_from_one_twice_as_far_for_the_square(self):
+        drawn = self.drawn("2026-01-31T10:00:00+00:00\nRun on (4 X 3000 MHz CPU s)\n"
+                           "ratio calls-http1-64/curl 2.00 0.80 ok\n"
+                           "ladder calls-http2-1/curl 0.50\n"
+                           "ratio timeline-20/nlohmann 4.00 8.00 SHORT\n")
+        self.assertIn("2026-01-31, 4 cores at 3 GHz", drawn.stdout)
+        bars = [one.attrib for one in xml.etree.ElementTree.fromstring(drawn.stdout).iter()
+                if one.get("class") in ("faster", "slower")]
+        self.assertEqual([bar["class"] for bar in bars], ["faster", "slower", "faster"])
+        double, half, fourfold = [(float(bar["x"]), float(bar["width"])) for bar in bars]
+        self.assertAlmostEqual(half[0] + half[1], double[0], delta=0.2)
+        self.assertEqual(fourfold[0], double[0])
+        self.assertAlmostEqual(half[1], double[1], delta=0.2)
+        self.assertAlmostEqual(fourfold[1], 2 * double[1], delta=0.2)
+
+    def test_a_chart_needs_figures_their_day_and_their_machine(self):
+        day, machine = "2026-01-31T10:00:00+00:00\n", "Run on (4 X 3000 MHz CPU s)\n"
+        for figures in ("", day + machine, day + "ratio calls-http1-64/curl 1.00 0.80 ok\n",
+                        machine + "ratio calls-http1-64/curl 1.00 0.80 ok\n"):
+            with self.subTest(figures=figures):
+                drawn = self.drawn(figures)
+                self.assertEqual((drawn.returncode, drawn.stdout), (1, ""))
+                self.assertRegex(drawn.stderr, "^scripts/benchmark-picture: .*\n$")
 
 
 class Errors(unittest.TestCase):
