@@ -109,21 +109,22 @@ class Viewer:
         return width, height, self.replies.read(width * height * 4)
 
     def save(self, path, name="pages"):
-        """As a PNG, to look at."""
+        """As a PNG, to look at. Each row is written as its difference to the one above it."""
         width, height, pixels = self.shot(name)
-        rows = bytearray()
+        rows, above = bytearray(), bytes(width * 3)
         for y in range(height):
             line = pixels[y * width * 4:(y + 1) * width * 4]
             rgb = bytearray(width * 3)
             rgb[0::3], rgb[1::3], rgb[2::3] = line[2::4], line[1::4], line[0::4]
-            rows += b"\0" + rgb
+            rows += b"\2" + bytes((one - other) & 255 for one, other in zip(rgb, above))
+            above = rgb
 
         def chunk(kind, data):
             return (struct.pack(">I", len(data)) + kind + data
                     + struct.pack(">I", zlib.crc32(kind + data)))
         pathlib.Path(path).write_bytes(
             b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, 8, 2, 0, 0, 0))
-            + chunk(b"IDAT", zlib.compress(bytes(rows))) + chunk(b"IEND", b""))
+            + chunk(b"IDAT", zlib.compress(bytes(rows), 9)) + chunk(b"IEND", b""))
 
     def frames(self):
         """How many while the feed moved, and the longest between two in milliseconds: by the clock,
