@@ -74,6 +74,20 @@ class Pictures(unittest.TestCase):
             return subprocess.run([ROOT / "scripts/benchmark-picture", file.name], text=True,
                                   capture_output=True)
 
+    def test_of_the_readme(self):
+        page = text("README.md")
+        pictures = re.findall(r"!\[([^]]+)\]\((docs/[^)]+)\)", page)
+        pictures += [(told, path) for path, told
+                     in re.findall(r'<img src="([^"]+)"[^>]*? alt="([^"]+)">', page)]
+        self.assertEqual({path for _, path in pictures},
+                         {"docs/viewer.png", "docs/kelo.svg", "docs/benchmarks.svg"})
+        for _, path in pictures:
+            with self.subTest(path=path):
+                self.assertLess((ROOT / path).stat().st_size, 120_000)
+                if path.endswith(".svg"):
+                    self.assertIn("prefers-color-scheme: dark", text(path))
+                    xml.etree.ElementTree.fromstring(text(path))
+
     def test_the_chart_is_that_of_the_figures(self):
         drawn = self.drawn(text("docs/benchmarks.txt"))
         self.assertEqual((drawn.stdout, drawn.stderr), (text("docs/benchmarks.svg"), ""))
