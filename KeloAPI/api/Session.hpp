@@ -15,7 +15,10 @@
 namespace KeloAPI {
 
 /// Whether a session's requests act for a signed-in user.
-enum class SessionType : std::uint8_t { Authenticated, UnAuthenticated };
+enum class SessionType : std::uint8_t {
+    Authenticated,  ///< For the signed-in user, with the delegate's session key.
+    UnAuthenticated ///< For nobody: calls that need no user, such as signing in.
+};
 
 /// Where the completion of a download is called.
 enum class DownloadDelivery {

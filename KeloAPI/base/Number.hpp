@@ -14,7 +14,12 @@ namespace KeloAPI {
 class KELO_API Number {
 public:
     /// What the number was when it was made.
-    enum class Kind : std::uint8_t { Boolean, Signed, Unsigned, Double };
+    enum class Kind : std::uint8_t {
+        Boolean,  ///< true or false.
+        Signed,   ///< A signed integer of 64 bits.
+        Unsigned, ///< An unsigned integer of 64 bits.
+        Double    ///< A double.
+    };
 
     /// A boolean.
     static constexpr Number of(bool value) { return {Kind::Boolean, Bits{.u = value ? 1U : 0U}}; }

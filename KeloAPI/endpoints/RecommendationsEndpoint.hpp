@@ -12,7 +12,11 @@
 namespace KeloAPI {
 
 /// Whether the user wants more, the same or less of something recommended.
-enum class RecommendationBoost : std::uint8_t { Positive, Neutral, Negative };
+enum class RecommendationBoost : std::uint8_t {
+    Positive, ///< "positive": more of it.
+    Neutral,  ///< "neutral": as much as before.
+    Negative  ///< "negative": less of it.
+};
 
 /// The boost's text on the wire: "positive", "neutral", "negative".
 KELO_API std::string_view rawValue(RecommendationBoost boost);

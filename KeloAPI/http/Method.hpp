@@ -12,7 +12,17 @@
 namespace KeloAPI {
 
 /// An HTTP method.
-enum class Method : std::uint8_t { OPTIONS, GET, HEAD, POST, PUT, PATCH, DELETE, TRACE, CONNECT };
+enum class Method : std::uint8_t {
+    OPTIONS, ///< Asks what may be done with a resource.
+    GET,     ///< Reads a resource.
+    HEAD,    ///< Reads what `GET` would answer, without the body.
+    POST,    ///< Hands data to a resource, to act on.
+    PUT,     ///< Puts the body in the place of a resource.
+    PATCH,   ///< Changes a part of a resource.
+    DELETE,  ///< Removes a resource; see also `deleteMethod`.
+    TRACE,   ///< Asks for the request as it arrived.
+    CONNECT  ///< Asks a proxy for a tunnel.
+};
 
 /// `Method::DELETE` for sources in which that is a macro.
 inline constexpr Method deleteMethod = Method::DELETE;

@@ -103,7 +103,11 @@ public:
 private:
     friend class Manager;
 
-    enum class Counts : std::uint8_t { BytesReceived, BytesSent };
+    /// What the request's progress counts.
+    enum class Counts : std::uint8_t {
+        BytesReceived, ///< The bytes of the response.
+        BytesSent      ///< The bytes of the request's body.
+    };
 
     Request(KeloAPI::URLRequest request, TransferKind kind, Counts counts,
             std::unique_ptr<BodySink> sink, ResponseQueues queues,

@@ -6,7 +6,11 @@
 namespace KeloAPI {
 
 /// How far the service is with a post's video.
-enum class KLPostProcessStatusState : std::uint8_t { Started = 0, Completed = 1, Failed = 2 };
+enum class KLPostProcessStatusState : std::uint8_t {
+    Started = 0,   ///< "started": still at work.
+    Completed = 1, ///< "completed": the video is ready.
+    Failed = 2     ///< "failed": there will be no video.
+};
 
 /// The state with this raw value; none for any other number.
 constexpr std::optional<KLPostProcessStatusState> postProcessStatusStateOf(std::int64_t rawValue) {

@@ -8,10 +8,10 @@ namespace KeloAPI {
 
 /// What one post took from another; the raw values are the wire's.
 enum class KLPostSourceContentType : std::int64_t {
-    Unknown = 0,
-    Audio = 1,
-    Video = 2,
-    SoundboardAudio = 3,
+    Unknown = 0,         ///< Not said, or a value that is not known here.
+    Audio = 1,           ///< The sound of the other post.
+    Video = 2,           ///< The video of the other post.
+    SoundboardAudio = 3, ///< The sound, by way of the soundboard.
 };
 
 /// The content type with this raw value; none outside 0 to 3.

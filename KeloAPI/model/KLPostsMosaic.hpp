@@ -10,7 +10,12 @@ namespace KeloAPI {
 class KLPagedData;
 
 /// How a mosaic of posts is laid out.
-enum class KLPostsMosaicType : int { Unknown, AvatarIncluded, Default, SmallThumbnails };
+enum class KLPostsMosaicType : int {
+    Unknown,        ///< No layout was named.
+    AvatarIncluded, ///< The thumbnails with an avatar.
+    Default,        ///< The usual layout.
+    SmallThumbnails ///< The thumbnails in a smaller size.
+};
 
 /// A card of several posts, made by the host. Does not change once made, but for its list.
 class KELO_API KLPostsMosaic final : public KLFeedInsert {

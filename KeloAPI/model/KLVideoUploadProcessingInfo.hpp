@@ -9,7 +9,12 @@
 namespace KeloAPI {
 
 /// How far the service is with an uploaded video. `Succeeded` and `Failed` are final.
-enum class KLVideoUploadProcessingState : std::uint8_t { InProgress, Pending, Succeeded, Failed };
+enum class KLVideoUploadProcessingState : std::uint8_t {
+    InProgress, ///< "in_progress": the service is working on the video.
+    Pending,    ///< "pending": the work has not begun.
+    Succeeded,  ///< "succeeded": the video is ready.
+    Failed      ///< "failed": there will be no video.
+};
 
 /// The state's text on the wire: "in_progress", "pending", "succeeded", "failed".
 KELO_API std::string_view rawValue(KLVideoUploadProcessingState state);
