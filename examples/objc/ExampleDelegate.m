@@ -5,6 +5,19 @@ NSString *fromEnvironment(NSString *name, NSString *otherwise) {
     return value != nil ? value : otherwise;
 }
 
+void pinCertificate(void) {
+    NSString *home = fromEnvironment(@"HOME", @"");
+    NSString *state =
+        fromEnvironment(@"XDG_STATE_HOME", [home stringByAppendingPathComponent:@".local/state"]);
+    NSString *own = [state stringByAppendingPathComponent:@"kelo-service/certificate.pem"];
+    NSData *certificate = [NSData dataWithContentsOfFile:fromEnvironment(@"KELO_PIN", own)];
+    if (certificate != nil) {
+        NSArray *certificates = [NSArray arrayWithObject:certificate];
+        [[Api session:SessionTypeAuthenticated] pinCertificates:certificates];
+        [[Api session:SessionTypeUnAuthenticated] pinCertificates:certificates];
+    }
+}
+
 @implementation ExampleDelegate
 
 @synthesize sessionKey = _sessionKey;

@@ -20,7 +20,6 @@ static const NSUInteger pageCount = 2;
 @end
 
 @interface Feed ()
-- (void)pinCertificate;
 - (void)signIn;
 - (void)download;
 @end
@@ -48,7 +47,7 @@ static const NSUInteger pageCount = 2;
     [Diagnostics setSinkTarget:self action:@selector(trace:)];
     [MainQueue addToRunLoop:[NSRunLoop mainRunLoop] forMode:NSDefaultRunLoopMode];
     [Api setSessionDelegate:_delegate];
-    [self pinCertificate];
+    pinCertificate();
     [self signIn];
     while (!_done) {
         NSAutoreleasePool *pool = [NSAutoreleasePool new];
@@ -58,21 +57,6 @@ static const NSUInteger pageCount = 2;
     [MainQueue removeFromRunLoop:[NSRunLoop mainRunLoop] forMode:NSDefaultRunLoopMode];
     [Diagnostics setSinkTarget:nil action:NULL];
     return _exitCode;
-}
-
-/// Where there is one, the certificate that KELO_PIN names or that `kelo serve` made is accepted in
-/// place of those that are built into the library.
-- (void)pinCertificate {
-    NSString *home = fromEnvironment(@"HOME", @"");
-    NSString *state =
-        fromEnvironment(@"XDG_STATE_HOME", [home stringByAppendingPathComponent:@".local/state"]);
-    NSString *own = [state stringByAppendingPathComponent:@"kelo-service/certificate.pem"];
-    NSData *certificate = [NSData dataWithContentsOfFile:fromEnvironment(@"KELO_PIN", own)];
-    if (certificate != nil) {
-        NSArray *certificates = [NSArray arrayWithObject:certificate];
-        [[Api session:SessionTypeAuthenticated] pinCertificates:certificates];
-        [[Api session:SessionTypeUnAuthenticated] pinCertificates:certificates];
-    }
 }
 
 - (void)trace:(NSString *)line {

@@ -290,6 +290,19 @@ class ObjcExample(Case):
         self.assertTrue(done.stdout.startswith("Signed in as mara\n"))
         self.assertEqual(os.listdir(self.folder), [])
 
+    def test_uploads(self):
+        file = f"{self.folder}/video.mp4"
+        with open(file, "wb") as stream:
+            stream.write(bytes(300_000))
+        done = self.run_program(f"{BIN}/example-objc-upload", file)
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.assertRegex(done.stdout, r"(?m)^\d+ %$")
+        upload, = self.service.control("GET", "_service/uploads")["uploads"]
+        self.assertEqual([segment["bytes"] for segment in upload["segments"]], [300_000])
+        done = self.run_program(f"{BIN}/example-objc-upload", file, KELO_SESSION="nobody's")
+        self.assertEqual(done.returncode, 1)
+        self.assertNotEqual(done.stderr, "")
+
 
 if __name__ == "__main__":
     unittest.main()

@@ -54,10 +54,17 @@ class Code(unittest.TestCase):
             for kind, block in re.findall(r"^```(\w*)\n(.*?)^```$", page.read_text(), re.S | re.M):
                 with self.subTest(page=page.name, block=block):
                     count += 1
-                    self.assertIn(kind, (*SOURCES, "sh"))
-                    self.assertTrue(kind == "sh" or any(
+                    self.assertIn(kind, (*SOURCES, "sh", "text"))
+                    self.assertTrue(kind in ("sh", "text") or any(
                         stands_in(block, source.read_text()) for source in SOURCES[kind]))
         self.assertGreater(count, 30)
+
+    def test_no_code_stands_outside_its_fences(self):
+        """Indented lines in no list are code of no kind, which nothing compares."""
+        for page in sorted((ROOT / "docs").glob("*.md")):
+            prose = re.sub(r"^```.*?^```$", "", page.read_text(), flags=re.S | re.M)
+            with self.subTest(page=page.name):
+                self.assertEqual(re.findall(r"(?:^|\n)\n((?: {4}|\t).*)", prose), [])
 
     def test_every_example_has_its_page(self):
         pages = "".join(page.read_text() for page in (ROOT / "docs").glob("*.md"))
