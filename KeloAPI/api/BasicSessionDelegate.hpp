@@ -7,8 +7,8 @@
 
 namespace KeloAPI {
 
-/// A delegate that says nothing: texts are absent, questions are answered with false, reports are
-/// ignored. A host derives from it and overrides what it has to say.
+/// A delegate with a default for every question: texts are absent, yes-or-no questions are answered
+/// with false, reports are ignored. A host derives from it and overrides what it needs.
 class BasicSessionDelegate : public SessionDelegate {
 public:
     std::optional<std::string> hostForSession(Session&) override { return {}; }

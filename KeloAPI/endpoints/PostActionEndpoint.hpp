@@ -28,8 +28,8 @@ public:
     virtual void setPathFor([[maybe_unused]] bool on) {}
 
     /// An endpoint without a path of its own, on the authenticated session with
-    /// `Api::sessionDelegate()`. A null parser stops the process; a null post counts as one that
-    /// has gone.
+    /// `Api::sessionDelegate()`. A null parser stops the process; a null post is treated like one
+    /// that no longer exists.
     static std::shared_ptr<PostActionEndpoint> create(const std::shared_ptr<KLWatchPost>& post,
                                                       std::shared_ptr<P> parser) {
         return make<PostActionEndpoint>(post, std::move(parser));
