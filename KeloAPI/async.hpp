@@ -28,8 +28,8 @@ namespace KeloAPI::async {
 enum class Wait : std::uint8_t {
     /// The first one, whatever it says; later ones are dropped.
     First,
-    /// The first one that does not say so. For hosts whose delegate sees to both: one that
-    /// does not release the call never completes it.
+    /// The first one that is not such a refusal. For hosts whose delegate handles both: a call that
+    /// the host never releases never completes.
     AfterRetry
 };
 
