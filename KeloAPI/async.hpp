@@ -28,8 +28,9 @@ namespace KeloAPI::async {
 enum class Wait : std::uint8_t {
     /// The first one, whatever it says; later ones are dropped.
     First,
-    /// The first one that is not such a refusal. For hosts whose delegate handles both: a call that
-    /// the host never releases never completes.
+    /// The first one that does not say so. For hosts whose delegate signs the user in and has the
+    /// captcha solved, and then calls `Session::handleQueuedRetries(true)`: a call that is not sent
+    /// again never resumes its coroutine.
     AfterRetry
 };
 
@@ -141,7 +142,7 @@ private:
 
 /// A call that is sent when it is awaited, and resumes its coroutine once, on the main queue. When
 /// it goes before that, a call that has a handle is cancelled; another runs to its end, and nobody
-/// hears of it.
+/// hears of it. Await it on the thread that runs the main queue, and let it go there.
 template <class R>
 class [[nodiscard]] Call {
 public:
@@ -156,16 +157,18 @@ public:
     Call(Call&&) noexcept = default; ///< Not while it is awaited.
     Call& operator=(Call&&) = delete;
     ~Call() {
-        if (_waiting && !_waiting->result) {
-            _waiting->coroutine = nullptr;
-            if (_handle) {
-                _handle->cancel();
-            }
+        if (!_waiting) {
+            return;
+        }
+        _waiting->coroutine = nullptr; // with a result, too, it may be about to be resumed
+        if (_handle && !_waiting->result) {
+            _handle->cancel();
         }
     }
 
     bool await_ready() const noexcept { return false; } ///< For `co_await`: it always waits.
-    /// For `co_await`: sends the call.
+    /// For `co_await`: sends the call. Only on the thread that runs the main queue, where nothing
+    /// can resume the coroutine before it is suspended.
     void await_suspend(std::coroutine_handle<> coroutine) {
         _waiting = std::make_shared<Waiting>();
         _waiting->coroutine = coroutine;
