@@ -266,9 +266,9 @@ inline Call<TimelineResult> fetch(const std::shared_ptr<TimelineEndpoint>& endpo
 }
 
 /// See `PostActionEndpoint::toggle`.
-template <class P>
-Call<PostActionResult<typename P::T>> toggle(const std::shared_ptr<PostActionEndpoint<P>>& endpoint,
-                                             bool on, Wait wait = Wait::First) {
+template <class E, class P = std::remove_cvref_t<decltype(*std::declval<E&>().parser())>>
+Call<PostActionResult<typename P::T>> toggle(const std::shared_ptr<E>& endpoint, bool on,
+                                             Wait wait = Wait::First) {
     return detail::callWithoutHandle<PostActionResult<typename P::T>>(
         [endpoint, on](auto completion) { endpoint->toggle(on, std::move(completion)); }, wait);
 }

@@ -194,6 +194,34 @@ TEST_F(AsyncTest, FeedbackAndViewsAreHeard) {
     EXPECT_TRUE(task.result());
 }
 
+TEST_F(AsyncTest, ActionsAndViewsBringWhatTheServiceSays) {
+    const auto post = std::make_shared<KLWatchPost>();
+    post->postId = "123";
+    const auto send = [post]() -> Task<std::int64_t> {
+        const auto like = co_await async::toggle(LikeActionEndpoint::create(post), true);
+        const auto unlike = co_await async::toggle(LikeActionEndpoint::create(post), false);
+        const auto follow = co_await async::setFollowingOnTwitter(UserEndpoint::create("7"), true);
+        const auto views = co_await async::fetchViews(LongformViewsEndpoint::create("lf"));
+        const bool went = like.success() && unlike.error() && follow.success() && views;
+        co_return went ? views.value()->count : -1;
+    };
+    for (const char* answer : {R"({"data": {}})", R"({"error": "No", "code": 7})",
+                               R"({"error": "Done before", "code": 230})",
+                               R"({"data": {"longformId": "lf", "count": 12}})"}) {
+        transport->answer(ScriptedAnswer::json(answer));
+    }
+    auto task = send();
+    ASSERT_TRUE(finishes(task));
+    EXPECT_EQ(task.result(), 12);
+    std::vector<std::string> sent;
+    for (const URLRequest& request : transport->requests()) {
+        sent.push_back(std::string(KeloAPI::name(request.method)) + " " + request.url->path());
+    }
+    EXPECT_EQ(sent, (std::vector<std::string>{"POST /posts/123/likes", "DELETE /posts/123/likes",
+                                              "POST /users/7/follow-on-twitter",
+                                              "GET /longforms/lf/views"}));
+}
+
 TEST_F(AsyncTest, PagesAreReadToTheEndAndAgainAfterAnError) {
     async::TimelinePages pages(TimelineEndpoint::create("popular"));
     const auto next = [&](const std::string& answer) {
@@ -217,6 +245,31 @@ TEST_F(AsyncTest, PagesAreReadToTheEndAndAgainAfterAnError) {
               true);
     EXPECT_EQ(pages.nextEndpoint(), nullptr);
     EXPECT_FALSE(next(""));
+}
+
+TEST_F(AsyncTest, PagesGoOnWhereOthersStopped) {
+    const auto read = [this](async::TimelinePages& pages, const char* answer) {
+        transport->answer(ScriptedAnswer::json(answer));
+        auto task = pages.next();
+        EXPECT_TRUE(finishes(task));
+        return task.result();
+    };
+    std::shared_ptr<TimelineEndpoint> next;
+    {
+        async::TimelinePages pages(TimelineEndpoint::create("popular"));
+        EXPECT_TRUE(read(pages, R"({"data": {"records": [{"postId": 1}], "nextPage": 2}})"));
+        next = pages.nextEndpoint();
+    }
+    async::TimelinePages rest(next);
+    const auto page = read(rest, R"({"data": {"records": [{"postId": 5}]}})");
+    ASSERT_TRUE(page && page->success());
+    EXPECT_EQ(page->success()->posts.at(0)->postId, "5");
+    const auto requests = transport->requests();
+    ASSERT_EQ(requests.size(), 2U);
+    EXPECT_EQ(requests[1].url->path(), requests[0].url->path());
+    EXPECT_EQ(requests[0].url->query().value_or("").find("page=2"), std::string::npos);
+    EXPECT_NE(requests[1].url->query().value_or("").find("page=2"), std::string::npos);
+    EXPECT_EQ(rest.nextEndpoint(), nullptr);
 }
 
 TEST_F(AsyncTest, ATaskWaitsForAnotherAndHearsItsException) {
