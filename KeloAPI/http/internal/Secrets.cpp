@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstddef>
 
 namespace KeloAPI {
@@ -18,11 +19,46 @@ struct SecretPlace {
     std::size_t end = 0;
 };
 
+/// A character of a text, as it stands or in percent escapes: a "=" is "%3D" in a URL that is a
+/// value of another URL, and "%253D" in one that is a value of that.
+struct Mark {
+    char character = 0;
+    std::size_t size = 1;
+    std::size_t depth = 0;
+};
+
+Mark markAt(std::string_view text, std::size_t at) {
+    const Mark plain = {text[at]};
+    if (plain.character != '%') {
+        return plain;
+    }
+    std::size_t digits = at + 1;
+    while (text.substr(digits, 2) == "25") {
+        digits += 2;
+    }
+    unsigned byte = 0;
+    const char* const begin = text.data() + digits;
+    if (text.size() - digits < 2 || std::from_chars(begin, begin + 2, byte, 16).ptr != begin + 2) {
+        return plain;
+    }
+    return {static_cast<char>(byte), digits + 2 - at, (digits - at + 1) / 2};
+}
+
+bool isInNames(char c) {
+    constexpr std::string_view marks = "-_.~%[]";
+    return Ascii::isAlphanumeric(c) || marks.find(c) != marks.npos ||
+           static_cast<unsigned char>(c) >= 0x80;
+}
+
 /// The name in front of the "=" at `at`, percent escapes included.
 std::string_view nameBefore(std::string_view text, std::size_t at) {
     std::size_t begin = at;
-    while (begin > 0 && (Ascii::isAlphanumeric(text[begin - 1]) ||
-                         std::string_view("-_.~%[]").find(text[begin - 1]) != text.npos)) {
+    while (begin > 0 && isInNames(text[begin - 1])) {
+        const Mark mark = markAt(text, begin - 1);
+        if (!isInNames(mark.character)) { // in escapes, of which the digits have been passed
+            begin += mark.size - 1;
+            break;
+        }
         --begin;
     }
     std::string_view name = text.substr(begin, at - begin);
@@ -34,12 +70,28 @@ std::string_view nameBefore(std::string_view text, std::size_t at) {
     return name;
 }
 
+/// Where the value ends that begins at `at`. Escapes that are deeper than its "=" are part of it.
+std::size_t endOfValue(std::string_view text, std::size_t at, std::size_t depth) {
+    constexpr std::string_view notInEscapedValues = "&#\"";
+    while (at < text.size() && notInValues.find(text[at]) == notInValues.npos) {
+        const Mark mark = markAt(text, at);
+        if (mark.depth > 0 && mark.depth <= depth &&
+            notInEscapedValues.find(mark.character) != notInEscapedValues.npos) {
+            break;
+        }
+        at += mark.size;
+    }
+    return at;
+}
+
 /// The value behind the "=" at `at`, where its name is secret; empty otherwise.
-SecretPlace valueBehind(std::string_view text, std::size_t at, const SecretNames& names) {
+SecretPlace valueBehind(std::string_view text, std::size_t at, const Mark& mark,
+                        const SecretNames& names) {
     if (!names.contains(nameBefore(text, at))) {
         return {};
     }
-    return {at + 1, std::min(text.find_first_of(notInValues, at + 1), text.size())};
+    const std::size_t begin = at + mark.size;
+    return {begin, endOfValue(text, begin, mark.depth)};
 }
 
 /// The user and password in front of the "@" at `at`; empty where that is not in a URL. JSON may
@@ -82,15 +134,22 @@ bool SecretNames::contains(std::string_view name) const {
 
 std::string withoutSecrets(std::string_view text, const SecretNames& names,
                            const SecretListener& listener) {
-    if (text.find('=') == text.npos && text.find('@') == text.npos) {
+    constexpr std::string_view marks = "=@%"; // "=" may be an escape
+    if (text.find_first_of(marks) == text.npos) {
         return std::string(text); // as most URLs
     }
     std::string result;
     std::size_t copied = 0;
-    for (std::size_t at = text.find_first_of("=@"); at != text.npos;
-         at = text.find_first_of("=@", at + 1)) {
-        const auto [begin, end] =
-            text[at] == '@' ? userBefore(text, at) : valueBehind(text, at, names);
+    for (std::size_t at = text.find_first_of(marks); at != text.npos;
+         at = text.find_first_of(marks, std::max(at + 1, copied))) {
+        const Mark mark = markAt(text, at);
+        SecretPlace place;
+        if (mark.character == '=') {
+            place = valueBehind(text, at, mark, names);
+        } else if (text[at] == '@') {
+            place = userBefore(text, at);
+        }
+        const auto [begin, end] = place;
         if (begin < copied || begin == end) {
             continue;
         }

@@ -30,7 +30,8 @@ private:
 using SecretListener = std::function<void(std::string_view secret)>;
 
 /// `text` with the secrets blanked that stand in it as NAME=VALUE, as they do in queries and forms,
-/// or in front of a host, as USER:PASSWORD@.
+/// also in a URL that is a value of another one ("NAME%3DVALUE"), or in front of a host, as
+/// USER:PASSWORD@.
 std::string withoutSecrets(std::string_view text, const SecretNames& names,
                            const SecretListener& listener = {});
 
