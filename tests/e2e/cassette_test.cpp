@@ -23,12 +23,14 @@ struct Secrets {
     std::string uploadToken = "t0k/en+\"of\" an & upl\xC3\xA9\xC3\xA0"
                               "d";
     std::string cookie = "c00kie/of-a-host";
+    std::string secondCookie = "c00kie+number/two";
+    std::string nestedToken = "n3sted-token-of-a-host";
     std::string bearer = "b3arer+of/a-host";
     /// What the service gives.
     std::string sessionKey;
 
     std::vector<std::string> all() const {
-        return {password, uploadToken, cookie, bearer, sessionKey};
+        return {password, uploadToken, cookie, secondCookie, nestedToken, bearer, sessionKey};
     }
 };
 
@@ -116,9 +118,9 @@ protected:
             seen.push_back(post->caption.value_or("-"));
         }
         seen.push_back(like(page.success()->posts.at(0)));
+        seen.push_back(sendFields(secrets));
         seen.push_back(upload(secrets));
         seen.push_back(echo(secrets));
-        seen.push_back(sendFields(secrets));
         seen.push_back(std::to_string(fetched("https://" + service.host() + "/redirected").size()));
         return seen;
     }
@@ -146,9 +148,10 @@ protected:
         return result.error() ? result.error()->description() : "liked";
     }
 
-    /// One segment, whose bytes hold the session's key, to a URL with a token.
+    /// One segment, whose bytes hold the session's key and a cookie, to a URL with a token.
     std::string upload(const Secrets& secrets) {
-        const std::string bytes = "\xFF\xFE" + secrets.sessionKey + std::string(3, '\0');
+        const std::string bytes =
+            "\xFF\xFE" + secrets.sessionKey + secrets.secondCookie + std::string(3, '\0');
         const auto segment = Endpoint::create(session);
         segment->setPath("upload/longform-videos/" + newUpload(100));
         segment->setMethod(Method::PUT);
@@ -172,9 +175,12 @@ protected:
 
     /// Fields that the library itself does not send.
     std::string sendFields(const Secrets& secrets) {
-        FixedRequest request("https://" + service.host() + "/soundboard");
-        request.request.headerFields = {{"Cookie", "sid=" + secrets.cookie},
-                                        {"Authorization", "Bearer " + secrets.bearer}};
+        const std::string nested = "https://h/?a=b&token=" + secrets.nestedToken;
+        FixedRequest request("https://" + service.host() +
+                             "/soundboard?next=" + percentEncoded(nested));
+        request.request.headerFields = {
+            {"Cookie", "sid=" + secrets.cookie + "; device=" + secrets.secondCookie},
+            {"Authorization", "Bearer " + secrets.bearer}};
         std::optional<std::string> outcome;
         manager->request(request)->response([&](const ResponseContent& content, Timeline) {
             return [&outcome, size = content.body.size()] { outcome = std::to_string(size); };
@@ -284,7 +290,7 @@ TEST(SecretHuntTest, FindsEachForm) {
          {token, percentEncoded(token), nlohmann::json(token).dump(), base64Encoded(token),
           base64Encoded("x" + token), base64Encoded("xy" + token + "z"),
           base64Encoded("xyz" + token), secrets.sessionKey, secrets.password, secrets.cookie,
-          secrets.bearer}) {
+          secrets.secondCookie, secrets.nestedToken, secrets.bearer}) {
         EXPECT_THAT(foundIn("a " + text + " b", secrets), ::testing::Not(::testing::IsEmpty()))
             << text;
     }

@@ -44,7 +44,7 @@ HeaderFields Blanker::fields(const HeaderFields& fields,
     for (const auto& [name, value] : fields) {
         const bool isSecret = _names.contains(name) || secretFields.contains(name);
         if (isSecret && !value.empty()) {
-            learnField(value);
+            learnField(name, value);
         }
         blanked.emplace(name,
                         isSecret && !value.empty() ? std::string(blankedSecret) : text(value));
@@ -90,13 +90,32 @@ std::string Blanker::withoutKnownValues(std::string text) const {
     return text;
 }
 
-/// Beside the whole value, what follows a scheme ("Bearer ...") or a name ("sid=...; Path=/").
-void Blanker::learnField(std::string_view value) {
+/// Beside the whole value, what follows a scheme ("Bearer ...") or a name ("sid=...").
+void Blanker::learnField(std::string_view name, std::string_view value) {
     learn(value);
+    if (Ascii::equalsIgnoringCase(name, "Cookie")) {
+        return learnCookies(value, ";");
+    }
+    if (Ascii::equalsIgnoringCase(name, "Set-Cookie")) {
+        return learnCookies(value, ","); // a ";" is followed by attributes
+    }
     const std::size_t mark = value.find_first_of(" =");
     if (mark != value.npos) {
         const std::string_view rest = value.substr(mark + 1);
         learn(rest.substr(0, rest.find_first_of(";,")));
+    }
+}
+
+/// The value of each cookie ("sid=...").
+void Blanker::learnCookies(std::string_view cookies, std::string_view separator) {
+    while (!cookies.empty()) {
+        const std::string_view cookie = cookies.substr(0, cookies.find(separator));
+        cookies.remove_prefix(std::min(cookie.size() + 1, cookies.size()));
+        const std::string_view pair = cookie.substr(0, cookie.find(';'));
+        const std::size_t mark = pair.find('=');
+        if (mark != pair.npos) {
+            learn(Ascii::trimmed(pair.substr(mark + 1)));
+        }
     }
 }
 

@@ -49,7 +49,8 @@ private:
                                const SecretListener& listener) const;
     void learn(std::string_view value);
     void learnForms(std::string_view value);
-    void learnField(std::string_view value);
+    void learnField(std::string_view name, std::string_view value);
+    void learnCookies(std::string_view cookies, std::string_view separator);
 
     SecretNames _names;
     SecretNames _userNames;
