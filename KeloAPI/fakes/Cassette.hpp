@@ -41,7 +41,8 @@ enum class CassetteErrorCode : std::int8_t {
 /// - the same values wherever else they stand (in a path, an error's text, a binary body), as they
 ///   are or percent-encoded, in base64 or escaped, if they have 8 characters or more and not only
 ///   letters.
-/// Parts of a path are not known to be secret unless they have stood under such a name.
+/// A part of a path is known to be secret only if it has stood under such a name. A body that is
+/// too long to be kept is not searched: what stands in it alone is not blanked elsewhere.
 ///
 /// Usable from any thread.
 class KELO_API Cassette {
@@ -64,9 +65,8 @@ public:
     /// The text of that file.
     std::string text() const;
 
-    /// Makes secret what stands under this name, in whatever is recorded from now on and in what is
-    /// played back. Case counts as little as what is neither a letter nor a digit. The names are
-    /// kept in the file.
+    /// Blanks what stands under this name from now on, in recording and in playback. Only letters
+    /// and digits of the name count, in either case. The file keeps the name.
     void addSecretName(std::string_view name);
 
     /// How many exchanges are over.
