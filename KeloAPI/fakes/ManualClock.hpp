@@ -9,10 +9,11 @@
 
 namespace KeloAPI::fakes {
 
-/// Time that passes when a test says so. While it exists, `Date::now()` is its time, and with it
-/// all that the library says of when something was: the timelines of calls, the dates of loops and
-/// views, when an upload expires. A `ScriptedTransport` over it answers late and times out by it;
-/// what a host does later by itself goes in with `after`. The real transport waits in real time.
+/// Time that passes when a test says so. While the clock exists, `Date::now()` returns its time. So
+/// the library takes all its dates from it: the timelines of calls, the dates of loops and views,
+/// the expiry of uploads. A `ScriptedTransport` that is given the clock uses it for delays and
+/// time-outs, and `after` is a timer for the host's own code. The real transport waits in real
+/// time.
 ///
 /// There may be one at a time: a second one stops the process. Usable from any thread.
 class KELO_API ManualClock {
@@ -23,17 +24,17 @@ public:
     explicit ManualClock(Date start = std::chrono::sys_days(std::chrono::year(2026) / 1 / 1));
     ManualClock(const ManualClock&) = delete;
     ManualClock& operator=(const ManualClock&) = delete;
-    /// From then on real time counts again. Tasks whose time has not come never run.
+    /// Goes back to real time. Tasks that are not due yet never run.
     ~ManualClock();
 
-    /// Its time.
+    /// The time that the clock shows.
     Date now() const;
 
-    /// Lets time pass. The tasks that become due run inside the call, in the order of their times,
-    /// each while the clock stands at its time. A negative time stops the process.
+    /// Lets time pass. Tasks that become due run inside the call, in the order of their times.
+    /// While one runs, the clock shows the time it was due. A negative time stops the process.
     void advance(std::chrono::milliseconds time);
 
-    /// Runs `task` when so much time has passed: at the next `advance` where it is 0.
+    /// Runs `task` once `time` has passed. If `time` is 0, that is at the next `advance`.
     void after(std::chrono::milliseconds time, Task task);
 
 private:

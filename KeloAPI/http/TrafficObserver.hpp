@@ -13,12 +13,12 @@
 
 namespace KeloAPI {
 
-/// One exchange of a manager: a request with the redirects and retries that it takes. A call that a
-/// session sends again, once the user has signed in, is another exchange.
+/// One exchange of a manager: a request with its redirects and retries. When a session sends a call
+/// again after the user has signed in, that is another exchange.
 struct ObservedExchange {
-    std::uint64_t id = 0;                   ///< No other exchange of this process has it.
-    TransferKind kind = TransferKind::Call; ///< Of an upload, too, it is `Call`.
-    Method method = Method::GET;            ///< Of the first request.
+    std::uint64_t id = 0;                   ///< Unique within the process.
+    TransferKind kind = TransferKind::Call; ///< An upload is a `Call`, too.
+    Method method = Method::GET;            ///< The method of the first request.
     /// Where the first request goes; absent where it has no URL. The query may hold secrets.
     std::optional<URL> url;
     Date start; ///< When the manager was given the request.
