@@ -38,12 +38,22 @@ class Static(unittest.TestCase):
         self.assert_stands_alone(made, "1 post read")
 
     def test_fetch_content(self):
-        build = package.WORK / "fetch_content"
+        if not (package.SOURCE / ".git").exists():
+            self.skipTest("the sources are not a checkout, so nothing can be cloned")
+        clone = package.fresh(package.WORK / "clone")
+        package.run("git", "clone", "--quiet", package.SOURCE, clone)
+        package.run("git", "-C", clone, "tag", "fetched")
+        build = package.fresh(package.WORK / "fetch_content")
         package.configure(
-            package.CONSUMER, build, "-DKELO_REPOSITORY=none", "-DBUILD_SHARED_LIBS=OFF",
-            f"-DFETCHCONTENT_SOURCE_DIR_KELOAPI={package.SOURCE}", *package.QUICKLY,
+            package.CONSUMER, build, f"-DKELO_REPOSITORY=file://{clone}", "-DKELO_VERSION=fetched",
+            "-DBUILD_SHARED_LIBS=OFF", *package.QUICKLY,
         )
         package.run("cmake", "--build", build, "--target", "consumer")
+        fetched = build / "_deps" / "keloapi-src"
+        self.assertEqual(
+            package.run("git", "-C", fetched, "rev-parse", "HEAD"),
+            package.run("git", "-C", clone, "rev-parse", "fetched^{commit}"),
+        )
         self.assert_stands_alone(build / "consumer", "1 post read")
 
     def test_parks_its_threads_at_exit(self):
