@@ -1,5 +1,6 @@
-"""The pages in docs/ against the sources: their code is that of examples that are built and run, and
-the tables of errors have every code, and pictures show what they are drawn from."""
+"""The pages in docs/ against the sources: their code is that of examples that are built and run, these
+include what hosts include, the tables of errors have every code, and pictures show what they are drawn
+from."""
 
 import pathlib
 import re
@@ -70,6 +71,22 @@ class Code(unittest.TestCase):
         pages = "".join(page.read_text() for page in (ROOT / "docs").glob("*.md"))
         for example in sorted((ROOT / "examples").glob("*.cpp")):
             self.assertIn(f"(../examples/{example.name})", pages)
+
+    def test_examples_include_the_library_as_hosts_do(self):
+        whole, optional = "KeloAPI/KeloAPI.hpp", "KeloAPI/async.hpp"
+        users = 0
+        for example in sorted((ROOT / "examples").rglob("*")):
+            if example.suffix not in (".cpp", ".hpp", ".h", ".m"):
+                continue
+            found = re.findall(r"^\s*#\s*(?:include|import)\s*[<\"]([^>\"]+)",
+                               example.read_text(), re.M)
+            library = {name for name in found if re.match(r"(\.\./)*KeloAPI", name)}
+            users += len(library)
+            allowed = ({"KeloAPIObjC/KeloAPIObjC.h"} if example.parent.name == "objc"
+                       else {whole, optional})
+            with self.subTest(example=example.name):
+                self.assertLessEqual(library, allowed)
+        self.assertGreater(users, 8)
 
 
 class Pictures(unittest.TestCase):
