@@ -32,17 +32,22 @@ public:
         }
     }
 
-    /// Accepts the certificate that KELO_PIN names or that `kelo serve` made, where there is one,
-    /// beside those that are built into the library.
+    /// Accepts the certificate that KELO_PIN names, or that `kelo serve` made on this machine,
+    /// where there is one, beside those that are built into the library. Ends the program where
+    /// KELO_PIN names none.
     static KeloAPI::ServerTrustPolicyManager trust() {
         using namespace KeloAPI;
-        const std::string state =
-            fromEnvironment("XDG_STATE_HOME", fromEnvironment("HOME", "") + "/.local/state");
-        std::ifstream file(fromEnvironment("KELO_PIN", state + "/kelo-service/certificate.pem"));
-        const std::string pem(std::istreambuf_iterator<char>(file), {});
         std::vector<Certificate> pins = Certificates::chain();
-        if (const auto certificate = Certificate::fromPEM(pem)) {
-            pins.push_back(*certificate);
+        const std::string pin = fromEnvironment("KELO_PIN", "");
+        if (!pin.empty() || isThisMachine(service())) {
+            std::ifstream file(pin.empty() ? servedCertificate() : pin);
+            const std::string pem(std::istreambuf_iterator<char>(file), {});
+            if (const auto certificate = Certificate::fromPEM(pem)) {
+                pins.push_back(*certificate);
+            } else if (!pin.empty()) {
+                std::cerr << "KELO_PIN: no certificate can be read from " << pin << '\n';
+                std::exit(1);
+            }
         }
         return ServerTrustPolicyManager({{service(), PinCertificates{std::move(pins)}}});
     }
@@ -56,6 +61,19 @@ private:
     static std::string fromEnvironment(const char* name, const std::string& otherwise) {
         const char* value = std::getenv(name);
         return value != nullptr ? value : otherwise;
+    }
+    static bool isThisMachine(const std::string& host) {
+        const auto url = KeloAPI::URL::parse("https://" + host);
+        const std::string name = url ? url->host() : "";
+        return name == "localhost" || name == "::1" ||
+               (name.starts_with("127.") && name.find_first_not_of("0123456789.") == name.npos);
+    }
+    static std::string servedCertificate() {
+        std::string folder = fromEnvironment("XDG_STATE_HOME", "");
+        if (!folder.starts_with("/")) {
+            folder = fromEnvironment("HOME", "") + "/.local/state";
+        }
+        return folder + "/kelo-service/certificate.pem";
     }
     static std::string service() { return fromEnvironment("KELO_HOST", "localhost:8443"); }
 };

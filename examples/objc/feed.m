@@ -20,6 +20,7 @@ static const NSUInteger pageCount = 2;
 @end
 
 @interface Feed ()
+- (void)fail:(NSString *)why;
 - (void)signIn;
 - (void)download;
 @end
@@ -47,8 +48,12 @@ static const NSUInteger pageCount = 2;
     [Diagnostics setSinkTarget:self action:@selector(trace:)];
     [MainQueue addToRunLoop:[NSRunLoop mainRunLoop] forMode:NSDefaultRunLoopMode];
     [Api setSessionDelegate:_delegate];
-    pinCertificate();
-    [self signIn];
+    NSString *obstacle = pinCertificate();
+    if (obstacle != nil) {
+        [self fail:obstacle];
+    } else {
+        [self signIn];
+    }
     while (!_done) {
         NSAutoreleasePool *pool = [NSAutoreleasePool new];
         [[NSRunLoop mainRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate distantFuture]];

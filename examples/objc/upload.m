@@ -85,7 +85,11 @@ int main(int argc, char **argv) {
     ExampleDelegate *delegate = [[ExampleDelegate new] autorelease];
     delegate.sessionKey = fromEnvironment(@"KELO_SESSION", @"kelo-development-session");
     [Api setSessionDelegate:delegate];
-    pinCertificate();
+    NSString *obstacle = pinCertificate();
+    if (obstacle != nil) {
+        fprintf(stderr, "%s\n", [obstacle UTF8String]);
+        return 1;
+    }
     Upload *upload = [[Upload alloc] initWithVideo:video];
     const int exitCode = [upload run];
     [upload release];

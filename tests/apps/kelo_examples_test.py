@@ -20,6 +20,40 @@ LOOPS = [loop for loop in ("poll-loop", "executor", "glib-loop", "qt-loop")
          if os.path.exists(f"{BIN}/example-{loop}")]
 
 
+def finds_the_certificate(case, program, *arguments):
+    """It is looked for where kelo serve keeps it, with little else in the environment, and only for
+    a service on this machine."""
+    home = case.enterContext(tempfile.TemporaryDirectory(prefix="kelo-"))
+    state = f"{home}/.local/state"
+    own = Service(HOME=home, XDG_STATE_HOME="")
+    case.addCleanup(own.stop)
+    kept = {name: os.environ[name] for name in ("LSAN_OPTIONS",) if name in os.environ}
+
+    def run(host, **environment):
+        words = [host] if program.endswith("timeline") else arguments
+        return subprocess.run([program, *words], capture_output=True, text=True, timeout=60,
+                              env={**kept, "KELO_HOST": host, **environment})
+
+    address = own.host.replace("localhost", "127.0.0.1")
+    for code, host, environment in (
+            (0, own.host, {"HOME": home}),
+            (0, own.host, {"XDG_STATE_HOME": state}),
+            (0, own.host, {"HOME": "/nowhere", "XDG_STATE_HOME": state}),
+            (0, own.host, {"HOME": home, "XDG_STATE_HOME": "not/absolute"}),
+            (0, address, {"HOME": home}),
+            (1, own.host, {"HOME": "/nowhere"}),
+            (1, own.host, {})):
+        with case.subTest(program=program, host=host, **environment):
+            done = run(host, **environment)
+            case.assertEqual(done.returncode, code, done)
+    # Whoever opens it now waits for good.
+    os.remove(f"{state}/kelo-service/certificate.pem")
+    os.mkfifo(f"{state}/kelo-service/certificate.pem")
+    for host in ("127.example.com", "kelo.example.com"):
+        done = run(host, HOME=home, https_proxy="http://localhost:1")
+        case.assertEqual(done.returncode, 1, done)
+
+
 class Examples(Case):
     def setUp(self):
         super().setUp()
@@ -53,6 +87,17 @@ class Examples(Case):
         captions = [post["caption"] for post in self.json("timeline", "popular")]
         self.assertRegex(trace, "^GET https://")
         self.assertEqual((done.returncode, done.stderr, said), (0, "", captions))
+
+    def test_finds_the_certificate_of_kelo_serve(self):
+        finds_the_certificate(self, f"{BIN}/example-timeline")
+        finds_the_certificate(self, f"{BIN}/example-paging", "popular", "1")
+
+    def test_a_certificate_that_cannot_be_read(self):
+        for example, *arguments in (["timeline"], ["paging", "popular", "1"]):
+            done = self.example(example, *arguments, KELO_PIN=f"{self.folder}/none")
+            self.assertEqual(
+                (done.returncode, done.stdout, done.stderr),
+                (1, "", f"KELO_PIN: no certificate can be read from {self.folder}/none\n"))
 
     def test_loops(self):
         for example in LOOPS:
@@ -272,6 +317,14 @@ class ObjcExample(Case):
                                       (0, {"KELO_PIN": pem})):
                 done = self.feed(KELO_HOST=own.host, **environment)
                 self.assertEqual(done.returncode, code, done.stderr)
+
+    def test_finds_the_certificate_of_kelo_serve(self):
+        finds_the_certificate(self, f"{BIN}/example-objc-feed", self.folder)
+
+    def test_a_certificate_that_cannot_be_read(self):
+        done = self.feed(KELO_PIN=f"{self.folder}/none")
+        self.assertEqual((done.returncode, done.stderr),
+                         (1, f"KELO_PIN: cannot read {self.folder}/none\n"))
 
     def test_failures(self):
         for environment in ({"KELO_HOST": "localhost:1"}, {"KELO_PASSWORD": "no"}):
