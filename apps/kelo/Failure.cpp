@@ -21,8 +21,8 @@ std::string transportProblem(const Error& error, const std::string& host,
     case HTTPErrorCode::ConnectionLost:
         return "the connection to " + host + " broke off";
     case HTTPErrorCode::ServerTrust:
-        return "the server at " + host + " cannot prove that it is the service; expected was " +
-               expectedPins + "; name the service's own with --pin FILE";
+        return "the server at " + host + " cannot prove that it is the service; " + expectedPins +
+               "; name the service's own with --pin FILE";
     case HTTPErrorCode::BadServerResponse:
     case HTTPErrorCode::BadJson:
     case HTTPErrorCode::EmptyBody:

@@ -4,6 +4,8 @@
 
 #include <KeloAPI/KeloAPI.hpp>
 
+#include <arpa/inet.h>
+
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -64,25 +66,32 @@ void pin(const std::string& host, std::vector<Certificate> certificates,
 bool isThisMachine(const std::string& host) {
     const auto url = URL::parse("https://" + host);
     const std::string name = url ? url->host() : "";
-    return name == "localhost" || name == "::1" || name.starts_with("127.");
+    in_addr address{};
+    const bool isIPv4Loopback =
+        name.starts_with("127.") && inet_pton(AF_INET, name.c_str(), &address) == 1;
+    return name == "localhost" || name == "::1" || isIPv4Loopback;
 }
 
 std::string usePins(const Options& options, const TransportSettings& settings) {
     if (!options.pin.empty()) {
         pin(options.host, {namedCertificate(options.pin)}, settings);
-        return "the certificate in " + options.pin + " (--pin or KELO_PIN)";
+        return "expected was the certificate in " + options.pin + " (--pin or KELO_PIN)";
     }
     std::vector<Certificate> certificates = Certificates::chain();
-    std::string expected = certificates.empty() ? "" : "a certificate built into kelo";
+    std::string expected = certificates.empty() ? "no certificate is built into kelo"
+                                                : "expected was a certificate built into kelo";
     if (isThisMachine(options.host)) {
         const std::string path = servedFile();
         if (const auto served = Certificate::fromPEM(textOf(path).value_or(""))) {
+            expected = (certificates.empty() ? "expected was " : expected + " or ") +
+                       "that of kelo serve in " + path;
             certificates.push_back(*served);
-            expected += (expected.empty() ? "" : " or ") + ("that of kelo serve in " + path);
+        } else {
+            expected += "; that of kelo serve cannot be read from " + path;
         }
     }
     pin(options.host, std::move(certificates), settings);
-    return expected.empty() ? "none, as none is built into kelo" : expected;
+    return expected;
 }
 
 } // namespace KeloHost

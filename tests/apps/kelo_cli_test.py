@@ -251,8 +251,18 @@ class Failures(Case):
             own = Service(XDG_STATE_HOME=state)
             self.addCleanup(own.stop)
             self.assertIn("mara", self.succeeds("--host", own.host, "me", XDG_STATE_HOME=state))
-            self.fails(1, "expected was a certificate built into kelo;", "--host", own.host, "me",
-                       XDG_STATE_HOME=f"{state}/none")
+            self.fails(1, "expected was a certificate built into kelo; that of kelo serve cannot be "
+                       f"read from {state}/none/kelo-service/certificate.pem; name the service's own "
+                       "with --pin FILE", "--host", own.host, "me", XDG_STATE_HOME=f"{state}/none")
+
+    def test_only_numbers_of_the_loopback_address_are_this_machine(self):
+        for host, is_this_machine in (("127.0.0.1:1", True), ("127.9.9.9:1", True), ("[::1]:1", True),
+                                      ("127.example.com", False), ("127.0.0.1.example.com", False)):
+            with self.subTest(host=host):
+                done = self.kelo("--host", host, "me", https_proxy="http://localhost:1")
+                self.assertEqual(done.returncode, 1)
+                self.assertIn(f"cannot connect to {host}", done.stderr)
+                self.assertEqual("kelo serve" in done.stderr, is_this_machine, done.stderr)
 
     def test_service_error(self):
         self.service.fault("/users/me", type="error", code=777, message="Later,\nplease\x1b[2J")

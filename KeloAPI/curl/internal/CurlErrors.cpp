@@ -120,7 +120,7 @@ std::string_view message(HTTPErrorCode code) {
     case HTTPErrorCode::ConnectionLost:
         return "the connection was lost";
     case HTTPErrorCode::ServerTrust:
-        return "no secure connection that the host's policy accepts";
+        return "no secure connection that the host's policy accepts; check the pinned certificates";
     case HTTPErrorCode::BadServerResponse:
         return "the server's response is not HTTP";
     case HTTPErrorCode::OutOfResources:
