@@ -42,7 +42,9 @@ const char* codeOf(Style style) {
 } // namespace
 
 void setColor(const std::string& when) {
-    isColorWanted = when == "auto" ? std::nullopt : std::optional(when == "always");
+    isColorWanted = when == "always"  ? std::optional(true)
+                    : when == "never" ? std::optional(false)
+                                      : std::nullopt;
 }
 
 std::string styled(const std::string& text, Style style, Stream stream) {

@@ -12,7 +12,7 @@ enum class Style : std::uint8_t { Plain, Bold, Dim, Red, Green };
 enum class Stream : std::uint8_t { Output, Errors };
 
 /// "auto", as it is from the start: on a terminal, unless NO_COLOR is set and not empty or TERM is
-/// dumb; "always"; or "never".
+/// dumb; "always"; or "never". Anything else is as "auto".
 void setColor(const std::string& when);
 
 /// The text as the stream shows it in this style.

@@ -150,7 +150,12 @@ private:
             option->check(CLI::Range(parameter.limits->least, parameter.limits->most));
         }
         if (!parameter.choices.empty()) {
-            option->check(CLI::IsMember(parameter.choices));
+            option->check(CLI::Validator(
+                [isMember = CLI::IsMember(parameter.choices), &parameter](std::string& word) {
+                    const std::string problem = isMember(word);
+                    return problem.empty() ? "" : problem + didYouMean(word, parameter.choices);
+                },
+                ""));
         }
         if (parameter.check != nullptr) {
             option->check(CLI::Validator(parameter.check, ""));
@@ -201,6 +206,7 @@ Invocation parseCommandLine(int argc, char** argv) {
         invocation.information = std::string(version.what()) + "\n";
         return invocation;
     } catch (const CLI::ParseError& error) {
+        setColor(reader.given().text("--color"));
         const auto unread = app.remaining(true);
         if (!unread.empty()) {
             throw unexpected(reader.path(), unread.front());

@@ -27,6 +27,8 @@ std::size_t slipsBetween(const std::string& a, const std::string& b) {
     return slips[a.size()][b.size()];
 }
 
+} // namespace
+
 std::string didYouMean(const std::string& word, const std::vector<std::string>& known) {
     // Nothing is near to one or two letters; of longer words, every third letter may be wrong.
     std::size_t least = word.size() / 3 + 1;
@@ -42,8 +44,6 @@ std::string didYouMean(const std::string& word, const std::vector<std::string>& 
     }
     return nearest.empty() ? "" : "; did you mean " + nearest + "?";
 }
-
-} // namespace
 
 Failure unusable(const CommandPath& path, const std::string& problem) {
     const std::string command = nameOf(path).substr(path.front()->name.size());

@@ -541,6 +541,17 @@ class Colour(Case):
         self.finishes(console, 1)
         self.assertTrue(console.output.startswith(f"{self.RED}kelo:{self.END} "), console.output)
 
+    def test_slips_have_the_colours_that_are_asked_for(self):
+        for slip in ("timelien", "timeline", "me --pin"):
+            for when in ("always", "never"):
+                with self.subTest(slip=slip, when=when):
+                    console = self.console("--color", when, *slip.split(), NO_COLOR="")
+                    self.finishes(console, 2)
+                    self.assertEqual(self.RED in console.output, when == "always", console.output)
+        console = self.console("timelien", "--color", "never", NO_COLOR="")
+        self.finishes(console, 2)
+        self.assertNotIn(self.RED, console.output)
+
     def test_cut_as_without(self):
         lines = []
         for when in ("always", "never"):

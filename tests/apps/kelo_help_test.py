@@ -124,8 +124,16 @@ class Slips(Case):
                 self.assertRegex(self.slips(f"; did you mean {meant}?", *line.split()),
                                  "there is no (command|option) ")
 
+    def test_which_choice_may_be_meant(self):
+        for line, meant in (("boost user 1 positve", "positive"), ("boost usr 1 positive", "user"),
+                            ("save f chanel", "channel"), ("request users/me --method PSOT", "POST"),
+                            ("me --color nevr", "never")):
+            with self.subTest(line=line):
+                self.assertRegex(self.slips(f"; did you mean {meant}?", *line.split()),
+                                 " not in {")
+
     def test_nothing_is_meant(self):
-        for line in ("dance", "x", "me --loud", "me you"):
+        for line in ("dance", "x", "me --loud", "me you", "boost user 1 dance", "boost x 1 positive"):
             with self.subTest(line=line):
                 self.assertNotIn("did you mean", self.slips("", *line.split()))
 
