@@ -51,8 +51,8 @@ std::vector<Parameter> commonParameters() {
          .help = "Sign in as this user, at once or when the session is refused",
          .valueName = "NAME"},
         {.name = "--password",
-         .help = "The user's password; - reads it from standard input. Without, it is taken from "
-                 "KELO_PASSWORD, or asked for without echo",
+         .help = "The user's password; - reads it from standard input. If it is not given, "
+                 "KELO_PASSWORD is used, or kelo asks for it without echo",
          .valueName = "PASSWORD",
          .needed = "--user"},
         {.name = "--pin",

@@ -166,6 +166,26 @@ std::vector<Entry> examplesIn(const Command& command) {
     return entries;
 }
 
+std::vector<Entry> environmentOf(const Command& kelo) {
+    std::vector<Entry> entries;
+    for (const Parameter& parameter : kelo.parameters) {
+        if (!parameter.environment.empty()) {
+            entries.push_back({parameter.environment,
+                               parameter.help + ". Used if " + parameter.name + " is not given"});
+        }
+    }
+    entries.insert(
+        entries.end(),
+        {{"KELO_PASSWORD", "The user's password, if --password is not given"},
+         {"NO_COLOR", "If it is set and not empty, nothing is coloured unless --color asks for it"},
+         {"TERM", "If it is dumb, nothing is coloured or written over"},
+         {"XDG_DATA_HOME",
+          "Holds the cache and the sessions that login keeps (default: ~/.local/share)"},
+         {"XDG_STATE_HOME",
+          "Holds the certificate that kelo serve makes for itself (default: ~/.local/state)"}});
+    return entries;
+}
+
 std::vector<Entry> exitCodes() {
     return {{"0", "success"},
             {"1", "the service, the network or a file failed"},

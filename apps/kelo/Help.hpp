@@ -38,6 +38,8 @@ std::vector<Section> sectionsOf(const CommandPath& path);
 std::vector<Entry> entriesOf(const std::vector<Parameter>& parameters, bool options);
 /// The examples of a command.
 std::vector<Entry> examplesIn(const Command& command);
+/// The variables of the environment that kelo reads.
+std::vector<Entry> environmentOf(const Command& kelo);
 /// The codes that kelo ends with.
 std::vector<Entry> exitCodes();
 

@@ -76,7 +76,7 @@ Commands readingCommands() {
                .check = checkPath},
               count("--pages", 1'000'000, "How many pages to read", "1"),
               flag("--all", "Read on to the feed's end", "--pages"),
-              count("--size", 1000, "Posts in a page, 5 otherwise"),
+              count("--size", 1000, "Posts in a page; 5 if it is not given"),
               flag("--details", "Show bylines, channels, venues, music, tags and links, too")},
              showTimeline},
             {"channels", "Show the channels", {}, listChannels},
@@ -147,8 +147,8 @@ Commands videoCommands() {
                .form = Form::List,
                .check = checkWish},
               {.name = "--bitrate",
-               .help = "Bitrate of the connection, which the files are chosen for; the best one is "
-                       "taken otherwise",
+               .help = "Bitrate of the connection, for which the files are chosen; if it is not "
+                       "given, the best ones are",
                .form = Form::Bitrate,
                .valueName = "RATE"},
               {.name = "--priority",

@@ -43,17 +43,6 @@ std::string commandText(const CommandPath& path) {
     return text;
 }
 
-std::string environmentText(const Command& kelo) {
-    std::string text;
-    for (const Parameter& parameter : kelo.parameters) {
-        if (!parameter.environment.empty()) {
-            text += entryText({parameter.environment,
-                               parameter.help + ", where " + parameter.name + " is not given"});
-        }
-    }
-    return text;
-}
-
 } // namespace
 
 std::string manPage(const Command& kelo) {
@@ -61,11 +50,11 @@ std::string manPage(const Command& kelo) {
     std::string text = ".TH KELO 1 \"\" \"kelo " KELO_VERSION "\" \"User Commands\"\n" +
                        heading("NAME") + "kelo \\- " + escapedForRoff(kelo.help) + "\n" +
                        heading("SYNOPSIS") + escapedForRoff(usageOf(path)) + "\n" +
-                       heading("OPTIONS") + "Every command has them.\n" +
+                       heading("OPTIONS") + "Every command takes these options.\n" +
                        entriesText(entriesOf(kelo.parameters, true)) + heading("COMMANDS");
     forEachCommand(path, [&](const CommandPath& command) { text += commandText(command); });
     text += heading("\"EXIT STATUS\"") + entriesText(exitCodes()) + heading("ENVIRONMENT") +
-            environmentText(kelo) + heading("EXAMPLES");
+            entriesText(environmentOf(kelo)) + heading("EXAMPLES");
     return text + entriesText(examplesIn(kelo));
 }
 
