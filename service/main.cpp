@@ -59,7 +59,7 @@ Options parseOptions(int argc, const char* const* argv) {
     CLI::App app("A stand-in of the service: an HTTPS server on this machine's loopback address.",
                  "kelo-service");
     app.footer(footer());
-    app.set_version_flag("--version", "kelo-service " KELO_SERVICE_VERSION);
+    app.set_version_flag("-V,--version", "kelo-service " KELO_SERVICE_VERSION);
     app.add_option("--listen", settings.address, "Loopback address to listen on")
         ->capture_default_str();
     const auto addNumber = [&app](const char* name, auto& value, auto highest, const char* help) {

@@ -187,9 +187,10 @@ class CommandLine(unittest.TestCase):
                      "--media-rate", "--upload-rate", "--upload-expiry", "--processing-time",
                      "--quiet", "--version", KEY, "loop-the-loop"):
             self.assertIn(part, told.stdout)
-        version = run("--version")
-        self.assertEqual(version.returncode, 0)
-        self.assertRegex(version.stdout, r"^kelo-service \S")
+        for option in "--version", "-V":
+            version = run(option)
+            self.assertEqual(version.returncode, 0)
+            self.assertRegex(version.stdout, r"^kelo-service \S")
 
     def test_refuses_bad_arguments(self):
         for option, *values in (["--no-such-option"], ["--port"], ["--port", "eighty"],
