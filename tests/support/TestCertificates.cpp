@@ -17,10 +17,11 @@ void check(bool ok, const char* what) {
     }
 }
 
-void addExtension(X509* certificate, X509* issuer, int nid, const std::string& value) {
+void addExtension(X509* certificate, X509* issuer, const std::string& name,
+                  const std::string& value) {
     X509V3_CTX context;
     X509V3_set_ctx(&context, issuer, certificate, nullptr, nullptr, 0);
-    X509_EXTENSION* extension = X509V3_EXT_conf_nid(nullptr, &context, nid, value.c_str());
+    X509_EXTENSION* extension = X509V3_EXT_conf(nullptr, &context, name.c_str(), value.c_str());
     check(extension != nullptr, value.c_str());
     X509_add_ext(certificate, extension, -1);
     X509_EXTENSION_free(extension);
@@ -32,36 +33,60 @@ void setSerial(X509* certificate) {
     ASN1_INTEGER_set_uint64(X509_get_serialNumber(certificate), serial >> 1U);
 }
 
+std::shared_ptr<EVP_PKEY> newKey(const std::string& kind) {
+    const std::string rsa = "RSA-";
+    EVP_PKEY* key = kind.starts_with(rsa) ? EVP_RSA_gen(std::stoul(kind.substr(rsa.size())))
+                                          : EVP_EC_gen(kind.c_str());
+    check(key != nullptr, kind.c_str());
+    return {key, EVP_PKEY_free};
+}
+
+void addExtensions(X509* certificate, X509* issuer, const CertificateWish& wish) {
+    const std::string constraints =
+        wish.basicConstraints.value_or(wish.authority ? "critical,CA:TRUE" : "critical,CA:FALSE");
+    if (!constraints.empty()) {
+        addExtension(certificate, issuer, "basicConstraints", constraints);
+    }
+    if (!wish.names.empty()) {
+        addExtension(certificate, issuer, "subjectAltName", wish.names);
+    }
+    for (const auto& [name, value] : wish.extensions) {
+        addExtension(certificate, issuer, name, value);
+    }
+}
+
 } // namespace
 
-TestCertificate TestCertificate::make(const CertificateWish& wish, const TestCertificate* issuer) {
+TestCertificate TestCertificate::make(const CertificateWish& wish, const TestCertificate* issuer,
+                                      std::shared_ptr<EVP_PKEY> key) {
     TestCertificate made;
-    made._key.reset(EVP_EC_gen("P-256"), EVP_PKEY_free);
+    made._key = std::move(key);
     made._x509.reset(X509_new(), X509_free);
-    check(made._key && made._x509, "key");
+    check(made._x509 != nullptr, "certificate");
     X509* x509 = made.x509();
-    X509_set_version(x509, 2);
+    X509_set_version(x509, wish.version - 1);
     setSerial(x509);
     X509_gmtime_adj(X509_getm_notBefore(x509), wish.notBefore.count());
     X509_gmtime_adj(X509_getm_notAfter(x509), wish.notAfter.count());
     X509_set_pubkey(x509, made.key());
-    X509_NAME_add_entry_by_txt(X509_get_subject_name(x509), "CN", MBSTRING_UTF8,
-                               reinterpret_cast<const unsigned char*>(wish.commonName.c_str()), -1,
-                               -1, 0);
+    if (!wish.commonName.empty()) {
+        X509_NAME_add_entry_by_txt(X509_get_subject_name(x509), "CN", MBSTRING_UTF8,
+                                   reinterpret_cast<const unsigned char*>(wish.commonName.c_str()),
+                                   -1, -1, 0);
+    }
     X509* signer = issuer == nullptr ? x509 : issuer->x509();
     X509_set_issuer_name(x509, X509_get_subject_name(signer));
-    addExtension(x509, signer, NID_basic_constraints,
-                 wish.authority ? "critical,CA:TRUE" : "critical,CA:FALSE");
-    if (!wish.names.empty()) {
-        addExtension(x509, signer, NID_subject_alt_name, wish.names);
+    if (wish.version == 3) {
+        addExtensions(x509, signer, wish);
     }
-    check(X509_sign(x509, issuer == nullptr ? made.key() : issuer->key(), EVP_sha256()) > 0,
+    check(X509_sign(x509, issuer == nullptr ? made.key() : issuer->key(),
+                    EVP_get_digestbyname(wish.digest.c_str())) > 0,
           "signature");
     return made;
 }
 
 TestCertificate TestCertificate::selfSigned(const CertificateWish& wish) {
-    return make(wish, nullptr);
+    return make(wish, nullptr, newKey(wish.key));
 }
 
 TestCertificate TestCertificate::authority(const std::string& name) {
@@ -69,11 +94,16 @@ TestCertificate TestCertificate::authority(const std::string& name) {
     wish.commonName = name;
     wish.names.clear();
     wish.authority = true;
-    return make(wish, nullptr);
+    return selfSigned(wish);
 }
 
 TestCertificate TestCertificate::issue(const CertificateWish& wish) const {
-    return make(wish, this);
+    return make(wish, this, newKey(wish.key));
+}
+
+TestCertificate TestCertificate::certify(const TestCertificate& holder,
+                                         const CertificateWish& wish) const {
+    return make(wish, this, holder._key);
 }
 
 Certificate TestCertificate::certificate() const {
@@ -85,11 +115,16 @@ Certificate TestCertificate::certificate() const {
     return *Certificate::fromDER(Data(der));
 }
 
-std::shared_ptr<SSL_CTX> TestCertificate::serverContext() const {
+std::shared_ptr<SSL_CTX>
+TestCertificate::serverContext(const std::vector<TestCertificate>& others) const {
     std::shared_ptr<SSL_CTX> context(SSL_CTX_new(TLS_server_method()), SSL_CTX_free);
+    SSL_CTX_set_security_level(context.get(), 0);
     check(SSL_CTX_use_certificate(context.get(), x509()) == 1 &&
               SSL_CTX_use_PrivateKey(context.get(), key()) == 1,
           "TLS context");
+    for (const TestCertificate& each : others) {
+        check(SSL_CTX_add1_chain_cert(context.get(), each.x509()) == 1, "chain");
+    }
     return context;
 }
 
