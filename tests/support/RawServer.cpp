@@ -110,6 +110,12 @@ void RawConnection::waitForClose() {
     }
 }
 
+bool RawConnection::startTLS(SSL_CTX* context) {
+    _session.reset(SSL_new(context));
+    SSL_set_fd(_session.get(), _socket);
+    return SSL_accept(_session.get()) == 1;
+}
+
 void RawConnection::reset() const {
     const linger abrupt{1, 0};
     ::setsockopt(_socket, SOL_SOCKET, SO_LINGER, &abrupt, sizeof abrupt);

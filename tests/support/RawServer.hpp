@@ -57,6 +57,8 @@ public:
     void waitForClose();
     /// Closes with a reset where the handler's return closes in peace.
     void reset() const;
+    /// Goes on over TLS, as behind CONNECT; false when the handshake fails.
+    bool startTLS(SSL_CTX* context);
     int socket() const { return _socket; }
     SSL* session() const { return _session.get(); }
 
