@@ -11,7 +11,7 @@ namespace KeloAPI::fakes {
 namespace {
 
 /// A text in quotes. Bytes that are not UTF-8 become U+FFFD.
-std::string quoted(std::string_view text) {
+std::string jsonString(std::string_view text) {
     if (auto json = jsonText(ParameterValue(text))) {
         return *std::move(json);
     }
@@ -31,9 +31,9 @@ public:
 
     void add(std::string_view json) { _json.append(_json.size() > 1 ? "," : "").append(json); }
     void add(std::string_view name, std::string_view json) {
-        add(quoted(name).append(":").append(json));
+        add(jsonString(name).append(":").append(json));
     }
-    void addText(std::string_view name, std::string_view text) { add(name, quoted(text)); }
+    void addText(std::string_view name, std::string_view text) { add(name, jsonString(text)); }
 
     std::string make() && { return std::move(_json += _json.front() == '{' ? '}' : ']'); }
 
@@ -177,7 +177,7 @@ private:
 std::string cassetteText(const CassetteFile& file) {
     JsonComposer names('[');
     for (const std::string& name : file.secretNames.added()) {
-        names.add(quoted(name));
+        names.add(jsonString(name));
     }
     JsonComposer exchanges('[');
     for (const RecordedExchange& exchange : file.exchanges) {
