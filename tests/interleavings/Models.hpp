@@ -22,7 +22,7 @@ struct MainQueueModel {
     int waiting = 0, left = 0, ran = 0;
     bool signalled = false, draining = false, mustClear = false;
 
-    auto operator<=>(const MainQueueModel&) const = default;
+    std::strong_ordering operator<=>(const MainQueueModel&) const = default;
 
     Turn step(int thread) { return thread < 2 ? post(posted[thread]) : host(); }
 
@@ -81,7 +81,7 @@ struct SerialQueueModel {
     enum class At : std::uint8_t { Looking, AboutToWait, Waiting, Running, Ended } at{};
     bool closed = false;
 
-    auto operator<=>(const SerialQueueModel&) const = default;
+    std::strong_ordering operator<=>(const SerialQueueModel&) const = default;
 
     Turn step(int thread) { return thread < 2 ? enter(thread) : run(); }
 
@@ -149,7 +149,7 @@ struct NetworkThreadModel {
     bool resting = false, woken = false;
     enum class Loop : std::uint8_t { Taking, Working, Resting, Polling } loop{};
 
-    auto operator<=>(const NetworkThreadModel&) const = default;
+    std::strong_ordering operator<=>(const NetworkThreadModel&) const = default;
 
     Turn step(int thread) { return thread < 2 ? host(thread) : network(); }
 
@@ -219,7 +219,7 @@ struct CompletionModel {
     int network = 0, cancel = 0, attach = 0;
     int handlers = 1, late = 0, posted = 0, completed = 0, cancels = 0;
 
-    auto operator<=>(const CompletionModel&) const = default;
+    std::strong_ordering operator<=>(const CompletionModel&) const = default;
 
     Turn step(int thread) {
         switch (thread) {
@@ -320,7 +320,7 @@ struct ExitModel {
     std::array<bool, 2> member{}, woken{};
     bool exiting = false, tornDown = false, touchedRuins = false;
 
-    auto operator<=>(const ExitModel&) const = default;
+    std::strong_ordering operator<=>(const ExitModel&) const = default;
 
     Turn step(int thread) { return thread < 2 ? work(thread) : exit(); }
 
