@@ -49,7 +49,7 @@ bool save(const std::string& path, const Data& archive) {
     return static_cast<bool>(file.flush());
 }
 
-/// Empty where the file cannot be read: that is no archive either.
+/// Empty where the file cannot be read, which the unarchiver refuses as well.
 Data load(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     return Data(std::string(std::istreambuf_iterator<char>(file), {}));
@@ -98,6 +98,6 @@ int main(int argc, char** argv) {
         std::cerr << "The files do not hold what was saved.\n";
         return 1;
     }
-    // What is something else, or broken, is null: here a draft is no channel.
+    // Null where the file holds something else or is damaged: here, a draft.
     return KeyedUnarchiver::unarchive<KLChannel>(load(folder + "/draft")) ? 1 : 0;
 }

@@ -1,4 +1,4 @@
-// Reads a feed page by page until there is no next one, or as many pages as are wanted.
+// Reads a feed page by page to its end, or as many pages as are wanted.
 //
 //     example-paging FEED PAGES
 #include "ExampleHost.hpp"

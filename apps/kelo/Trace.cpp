@@ -20,7 +20,7 @@ namespace {
 /// Behind the last event, and in the place of the next one's beginning.
 constexpr std::string_view arrayEnd = "\n]\n";
 
-/// Less is no waiting, but the time that the network thread takes for a turn.
+/// What is shorter is not waiting, only the time that the network thread takes for a turn.
 constexpr std::chrono::milliseconds leastWait(1);
 
 std::string addressOf(const URL& url) {

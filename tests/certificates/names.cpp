@@ -110,7 +110,7 @@ CertificateGroup addresses() {
                    {"IP:2001:db8::1", "[2001:DB8:0:0:0:0:0:1]", true},
                    {"IP:127.0.0.2", "127.0.0.1", false},
                    {"IP:::2", "[::1]", false},
-                   {"IP:::ffff:127.0.0.1", "127.0.0.1", false},
+                   {"IP:0:0:0:0:0:ffff:7f00:1", "127.0.0.1", false},
                    {"IP:127.0.0.1", "localhost", false},
                    {"DNS:127.0.0.1", "127.0.0.1", false},
                    {"DNS:localhost", "127.0.0.1", false},

@@ -15,7 +15,7 @@ namespace KeloAPI::System {
 /// Readable from `set` until `clear`, for loops that watch descriptors. Never closed.
 class Event {
 public:
-    /// False when there is no descriptor left.
+    /// False when the process has no descriptor left.
     bool open();
     bool isOpen() const { return _readable >= 0; }
     /// What a loop watches; -1 before `open`.
