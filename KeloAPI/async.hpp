@@ -157,11 +157,10 @@ public:
     Call(Call&&) noexcept = default; ///< Not while it is awaited.
     Call& operator=(Call&&) = delete;
     ~Call() {
-        if (!_waiting) {
-            return;
+        if (_waiting) {
+            _waiting->coroutine = nullptr; // with a result, too, it may be about to be resumed
         }
-        _waiting->coroutine = nullptr; // with a result, too, it may be about to be resumed
-        if (_handle && !_waiting->result) {
+        if (_waiting && !_waiting->result && _handle) {
             _handle->cancel();
         }
     }
