@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cerrno>
+#include <filesystem>
 #include <fstream>
 #include <system_error>
 #include <utility>
@@ -135,14 +136,16 @@ Result<std::shared_ptr<Cassette>> Cassette::parse(const std::string& text) {
 }
 
 Result<std::shared_ptr<Cassette>> Cassette::load(const std::string& path) {
+    std::error_code unknown;
+    const bool isFolder = std::filesystem::is_directory(path, unknown); // libc++ reads it as empty
     std::ifstream file(path, std::ios::binary);
     std::string text;
     std::array<char, 65536> piece{};
     while (file.read(piece.data(), piece.size()) || file.gcount() > 0) {
         text.append(piece.data(), static_cast<std::size_t>(file.gcount()));
     }
-    if (!file.is_open() || file.bad()) {
-        const std::error_code reason(errno, std::generic_category());
+    if (isFolder || !file.is_open() || file.bad()) {
+        const std::error_code reason(isFolder ? EISDIR : errno, std::generic_category());
         return fileError("the cassette " + path + " cannot be read",
                          Error::withMessage("errno", reason.value(), reason.message()));
     }
