@@ -82,7 +82,8 @@ void askEverything(const URL& url) {
     compareWithTransport(url);
 }
 
-/// A pinned host is found again under every way to write it; an entry that is no host refuses all.
+/// A pinned host is found again under every way to write it; an entry that is not a host refuses
+/// all.
 void askPolicies(const std::string& entry, const URL& url) {
     const ServerTrustPolicyManager policies({{entry, PinCertificates{}}});
     const ServerTrustPolicy* policy = policies.policyFor(url);

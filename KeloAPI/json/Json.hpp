@@ -85,7 +85,7 @@ public:
 
     /// The number of members.
     std::size_t size() const;
-    bool empty() const { return size() == 0; } ///< Whether there is no member.
+    bool empty() const { return size() == 0; } ///< Whether it has no members.
 
     /// The value under `key`.
     JsonValue operator[](std::string_view key) const;
@@ -122,7 +122,7 @@ public:
     JsonList() = default;
 
     std::size_t size() const;                  ///< The number of elements.
-    bool empty() const { return size() == 0; } ///< Whether there is no element.
+    bool empty() const { return size() == 0; } ///< Whether it has no elements.
     Iterator begin() const;                    ///< The first element.
     Iterator end() const;                      ///< Behind the last element.
 

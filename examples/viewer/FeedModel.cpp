@@ -38,7 +38,7 @@ QVariantMap keptOf(const Parameters& paging) {
     return kept;
 }
 
-/// All of them as texts: in a query, numbers are no different.
+/// All of them as texts: a query has only texts.
 Parameters pagingOf(const QVariantMap& kept) {
     Parameters paging;
     for (auto one = kept.begin(); one != kept.end(); ++one) {

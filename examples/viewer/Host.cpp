@@ -22,7 +22,7 @@ Host& Host::shared() {
     static const auto host = [] {
         std::shared_ptr<Host> made(new Host);
         use(made);
-        // A person waits: it is better to hear soon that there is no network.
+        // A person waits, and should soon hear that the network is down.
         useManager({.connectTimeout = std::chrono::seconds(5),
                     .silenceTimeout = std::chrono::seconds(15)});
         Diagnostics::setSink([](std::string_view) {});

@@ -78,7 +78,7 @@ private:
 
     QString _sheet, _captchaUrl, _problem, _userName;
     bool _offline = false;
-    QTimer _poll; // runs while there is no network
+    QTimer _poll; // runs while the network is down
     std::atomic<bool> _isPolling = false;
     std::vector<Work> _waiting; // what to do where calls that wait are given up
     std::mutex _keyMutex;       // a file queue asks on its own thread

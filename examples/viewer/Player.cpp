@@ -74,7 +74,7 @@ public:
     }
 
 private:
-    /// Hands the decoder its next packet, or tells it that there are no more.
+    /// Hands the decoder its next packet, or tells it that the last one has come.
     bool feed() {
         while (av_read_frame(_file.get(), _packet.get()) >= 0) {
             const bool isVideo = _packet->stream_index == _stream;

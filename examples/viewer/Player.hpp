@@ -12,7 +12,7 @@ namespace KeloViewer {
 using ShowPicture = std::function<void(QImage picture, bool hasLooped)>;
 
 /// Plays the file on this thread until it is told to stop, the pictures scaled to `size`. Returns
-/// at once where the file is no video.
+/// at once where the file is not a video.
 void playOverAndOver(const std::stop_token& stop, const std::string& path, QSize size,
                      const ShowPicture& show);
 

@@ -95,6 +95,13 @@ TEST(WithoutSecretsTest, BlanksValuesInQueriesFormsAndInFrontOfHosts) {
     }
 }
 
+TEST(WithoutSecretsTest, TakesNoLongerForManyMarksThanForTheirLength) {
+    const std::string path = "https://u:p@h/" + std::string(std::size_t{4} << 20U, '@');
+    EXPECT_EQ(withoutSecrets(path, SecretNames()), "https://BLANKED" + path.substr(11));
+    const std::string query(std::size_t{1} << 20U, '=');
+    EXPECT_EQ(withoutSecrets(query, SecretNames()), query);
+}
+
 TEST(WithoutSecretsTest, TellsOfEachSecretAsItStood) {
     std::vector<std::string> heard;
     withoutSecrets("https://u:p@h/?token=a%20b&key=BLANKED&sig=c", SecretNames(),

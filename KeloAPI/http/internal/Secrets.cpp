@@ -6,6 +6,7 @@
 #include <array>
 #include <charconv>
 #include <cstddef>
+#include <utility>
 
 namespace KeloAPI {
 
@@ -94,11 +95,12 @@ SecretPlace valueBehind(std::string_view text, std::size_t at, const Mark& mark,
     return {begin, endOfValue(text, begin, mark.depth)};
 }
 
-/// The user and password in front of the "@" at `at`; empty where that is not in a URL. JSON may
-/// write a slash with a backslash in front.
-SecretPlace userBefore(std::string_view text, std::size_t at) {
-    const std::size_t slash = text.find_last_of("/?#\"'<> \t\r\n", at);
-    if (slash == text.npos || slash == 0 || text[slash] != '/') {
+/// The user and password in front of the "@" at `at`; empty where that is not in a URL, or where no
+/// URL begins at `from` or behind it. JSON may write a slash with a backslash in front.
+SecretPlace userBefore(std::string_view text, std::size_t from, std::size_t at) {
+    const std::size_t found = text.substr(from, at - from).find_last_of("/?#\"'<> \t\r\n");
+    const std::size_t slash = found == text.npos ? 0 : from + found;
+    if (slash == 0 || text[slash] != '/') {
         return {};
     }
     const std::size_t other = text.find_last_not_of('\\', slash - 1);
@@ -140,6 +142,7 @@ std::string withoutSecrets(std::string_view text, const SecretNames& names,
     }
     std::string result;
     std::size_t copied = 0;
+    std::size_t behindUser = 0; // the last "@": looking back beyond it again finds nothing new
     for (std::size_t at = text.find_first_of(marks); at != text.npos;
          at = text.find_first_of(marks, std::max(at + 1, copied))) {
         const Mark mark = markAt(text, at);
@@ -147,7 +150,7 @@ std::string withoutSecrets(std::string_view text, const SecretNames& names,
         if (mark.character == '=') {
             place = valueBehind(text, at, mark, names);
         } else if (text[at] == '@') {
-            place = userBefore(text, at);
+            place = userBefore(text, std::exchange(behindUser, at + 1), at);
         }
         const auto [begin, end] = place;
         if (begin < copied || begin == end) {
