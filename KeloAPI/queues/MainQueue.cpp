@@ -63,7 +63,9 @@ void MainQueue::async(Task task) {
         executor(std::move(task));
         return;
     }
-    _state->waiting.push_back(std::move(task));
+    // A function that was moved from may still hold what it captured: that goes before the task can
+    // run.
+    _state->waiting.push_back(std::exchange(task, nullptr));
     if (_state->event.isOpen() && _state->waiting.size() == 1) {
         _state->event.set();
     }

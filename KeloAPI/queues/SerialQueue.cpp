@@ -10,6 +10,7 @@
 #include <mutex>
 #include <system_error>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace KeloAPI {
@@ -94,7 +95,7 @@ void SerialQueue::async(Task task) {
 
 void SerialQueue::asyncOrOnMain(Task task) {
     if (!enter(task, false)) {
-        MainQueue::main().async(std::move(task));
+        MainQueue::main().async(std::exchange(task, nullptr));
     }
 }
 
@@ -112,7 +113,9 @@ bool SerialQueue::enter(Task& task, bool mayWaitForThread) {
         if (!startThread() && !mayWaitForThread) {
             return false;
         }
-        state->waiting.push_back(std::move(task));
+        // A function that was moved from may still hold what it captured: that goes before the task
+        // can run.
+        state->waiting.push_back(std::exchange(task, nullptr));
     }
     // Without the lock, or the thread would wake only to wait for it.
     state->somethingToDo.notify_one();
