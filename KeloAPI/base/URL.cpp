@@ -262,9 +262,9 @@ URL URL::appendingPathComponent(std::string_view component) const {
     if (!pathOf(_text).ends_with('/')) {
         text += '/';
     }
-    if (component.starts_with('/')) {
-        component.remove_prefix(1);
-    }
+    // Behind a slash that begins the reference, a second one would make a host of what follows.
+    const std::size_t most = withoutScheme(text) == "/" ? component.size() : 1;
+    component.remove_prefix(std::min({component.find_first_not_of('/'), most, component.size()}));
     text += escapedPath(component);
     text += _text.substr(end);
     return URL(std::move(text));

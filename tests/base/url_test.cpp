@@ -205,6 +205,12 @@ TEST(URLTest, AppendsAPathComponent) {
         {"https://", "users/me", "https:///users/me"},
         {"https://?q", "users/me", "https:///users/me?q"},
         {"https://u@", "users/me", "https://u@/users/me"},
+        {"https://h", "///a", "https://h///a"},
+        {"a:", "//h/b", "a:/h/b"},
+        {"a:/", "///h/b", "a:/h/b"},
+        {"/", "//h/b", "/h/b"},
+        {"?q", "//h", "/h?q"},
+        {"/", "//", "/"},
     };
     for (const auto& [base, component, expected] : table) {
         const URL joined = url(base).appendingPathComponent(component);
