@@ -15,40 +15,15 @@ struct Host final : BasicSessionDelegate {
     std::optional<std::string> hostForSession(Session&) override { return service; }
 };
 
-bool isThisMachine(const std::string& host) {
-    const auto url = URL::parse("https://" + host);
-    const std::string name = url ? url->host() : "";
-    return name == "localhost" || name == "::1" ||
-           (name.starts_with("127.") && name.find_first_not_of("0123456789.") == name.npos);
-}
-
-// Where `kelo serve` keeps the certificate that it makes for itself.
-std::string servedCertificate() {
+// What `kelo serve` made for itself. A host that knows its service's certificate builds it in.
+std::optional<Certificate> servedCertificate() {
     const char* state = std::getenv("XDG_STATE_HOME");
     const char* home = std::getenv("HOME");
     const std::string folder =
         state && *state == '/' ? state : std::string(home ? home : "") + "/.local/state";
-    return folder + "/kelo-service/certificate.pem";
-}
-
-// The library reads no pins from files: it is handed the certificate that the service must have.
-bool pinCertificate(const std::string& host) {
-    const char* pin = std::getenv("KELO_PIN");
-    if (!pin && !isThisMachine(host)) {
-        return true; // pinned are the certificates that are built in
-    }
-    const std::string path = pin ? pin : servedCertificate();
-    std::ifstream file(path);
+    std::ifstream file(folder + "/kelo-service/certificate.pem");
     const std::string pem(std::istreambuf_iterator<char>(file), {});
-    const auto certificate = Certificate::fromPEM(pem);
-    if (certificate) {
-        const ServerTrustPolicyManager trust({{host, PinCertificates{{*certificate}}}});
-        Api::session(SessionType::Authenticated)
-            ->setSessionManager(std::make_shared<Manager>(trust));
-    } else if (pin) {
-        std::cerr << "KELO_PIN: no certificate can be read from " << path << '\n';
-    }
-    return certificate || !pin;
+    return Certificate::fromPEM(pem);
 }
 
 int main(int argc, char** argv) {
@@ -57,8 +32,10 @@ int main(int argc, char** argv) {
         host->service = argv[1];
     }
     Api::setSessionDelegate(host); // this keeps it; sessions hold their delegate weakly
-    if (!pinCertificate(host->service)) {
-        return 1;
+    if (const auto certificate = servedCertificate()) {
+        const ServerTrustPolicyManager trust({{host->service, PinCertificates{{*certificate}}}});
+        Api::session(SessionType::Authenticated)
+            ->setSessionManager(std::make_shared<Manager>(trust)); // no other server will do
     }
 
     int exitCode = 0;

@@ -97,7 +97,7 @@ const std::map<std::string, Examples>& allExamples() {
          {{"kelo show animals", "What kelo save animals has kept"},
           {"kelo show animals --json", "The same for another program"}}},
         {"request",
-         {{"kelo request users/me", "The answer of the service as it came"},
+         {{"kelo request users/me", "The response of the service as it came"},
           {"kelo request posts/1150000000005093530/likes --method POST --body '{}'",
            "A request with a body"}}},
         {"serve",
