@@ -353,10 +353,11 @@ class UploadInterrupted(Upload):
         self.assertEqual(errors, NOT_UPLOADED)
 
     def test_while_the_video_is_processed(self):
-        self.service.set("processing-time", seconds=60)
-        errors = self.interrupted(
-            self.file(mp4(5000)),
-            until=lambda: any(one["finalized"] for one in self.uploads()[-1:]))
+        self.service.set("processing-time", seconds=20)
+        self.service.forget()
+        # Once kelo asks for the state, it has heard that the video is there.
+        errors = self.interrupted(self.file(mp4(5000)),
+                                  until=lambda: self.service.seen(method="GET"))
         self.assertIn("interrupted; the service has the video and is processing it", errors)
 
     def test_at_a_terminal(self):
