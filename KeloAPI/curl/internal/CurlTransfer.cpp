@@ -1,3 +1,4 @@
+#include <KeloAPI/base/internal/System.hpp>
 #include <KeloAPI/curl/internal/CurlErrors.hpp>
 #include <KeloAPI/curl/internal/CurlOptions.hpp>
 #include <KeloAPI/curl/internal/CurlSockets.hpp>
