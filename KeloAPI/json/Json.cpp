@@ -146,22 +146,10 @@ struct JsonAccess {
     static std::size_t last(const JsonValue& value) {
         return indexBehind(value._document, value._index) - 1;
     }
-    /// The number of elements or members, counted where the reader's own count is saturated.
-    static std::size_t count(const JsonValue& value) {
-        if (!value.exists()) {
-            return 0;
-        }
-        constexpr std::uint64_t saturated = 0xFFFFFF;
-        const std::uint64_t kept = (wordAt(value._document, value._index) >> 32U) & saturated;
-        if (kept < saturated) {
-            return kept;
-        }
-        const bool isObject = kind(value) == '{';
-        std::size_t count = 0;
-        for (std::size_t at = value._index + 1; at < last(value); ++count) {
-            at = next(value._document, isObject ? at + 1 : at);
-        }
-        return count;
+    /// The number of elements or members. The reader's own count stops at 2^24 - 1.
+    template <class View>
+    static std::size_t count(const View& view) {
+        return static_cast<std::size_t>(std::distance(view.begin(), view.end()));
     }
 };
 
@@ -249,7 +237,7 @@ std::string JsonValue::description() const {
 }
 
 std::size_t JsonObject::size() const {
-    return JsonAccess::count(_value);
+    return JsonAccess::count(*this);
 }
 
 JsonValue JsonObject::operator[](std::string_view key) const {
@@ -294,7 +282,7 @@ JsonObject::Iterator JsonObject::end() const {
 
 template <class Element>
 std::size_t JsonList<Element>::size() const {
-    return JsonAccess::count(_value);
+    return JsonAccess::count(*this);
 }
 
 template <class Element>
@@ -365,7 +353,7 @@ simdjson::error_code readWithSubstitutes(std::string_view text, simdjson::error_
     if (!substitution.changed) {
         return error;
     }
-    error = parser.parse_into_document(document, readable.data(), readable.size(), false).error();
+    error = parser.parse_into_document(document, readable).error();
     if (error == simdjson::SUCCESS && !substitution.numbers.empty()) {
         document.text = text;
         putBack(substitution.numbers, document);

@@ -293,10 +293,12 @@ TEST(JsonLimitsTest, DoublesReadLikeTheSystemsOwn) {
 
 TEST(JsonLimitsTest, ASurrogateAloneIsReplaced) {
     const JsonText json(R"({"\uD800":"a\uDFFFb","pair":"\uD83D\uD83D\uDE00\ude00",
-                            "escaped":"\\uD800\\\ud800\\","number":1e400})");
+                            "lowest":"\uDBFF\uDC00\uDC00","escaped":"\\uD800\\\ud800\\",
+                            "number":1e400})");
     EXPECT_EQ(json["\xEF\xBF\xBD"].text(), "a\xEF\xBF\xBD"
                                            "b");
     EXPECT_EQ(json["pair"].text(), "\xEF\xBF\xBD\xF0\x9F\x98\x80\xEF\xBF\xBD");
+    EXPECT_EQ(json["lowest"].text(), "\xF4\x8F\xB0\x80\xEF\xBF\xBD");
     EXPECT_EQ(json["escaped"].text(), "\\uD800\\\xEF\xBF\xBD\\");
     EXPECT_EQ(json["number"].real(), largestDouble);
 }
