@@ -1,7 +1,6 @@
 #include "support/RecordingDelegate.hpp"
 
 #include <KeloAPI/api/Api.hpp>
-#include <KeloAPI/api/Certificates.hpp>
 #include <KeloAPI/api/Endpoint.hpp>
 #include <KeloAPI/api/Session.hpp>
 #include <KeloAPI/Settings.hpp>
@@ -29,7 +28,6 @@ protected:
 
 static_assert(!std::is_default_constructible_v<Session>);
 static_assert(Session::certificatePinningEnabled);
-static_assert(!std::is_default_constructible_v<Certificates>);
 
 TEST_F(SessionTest, WithoutADelegateOrItsAnswersHasTheDefaults) {
     for (const auto& asked : {std::shared_ptr<RecordingDelegate>(), delegate}) {
@@ -165,13 +163,6 @@ TEST_F(SessionTest, ADelegateMayUseTheSessionWhileItsManagerIsMade) {
 TEST(SessionTypeTest, HashesToItsPosition) {
     EXPECT_EQ(std::hash<SessionType>()(SessionType::Authenticated), 0U);
     EXPECT_EQ(std::hash<SessionType>()(SessionType::UnAuthenticated), 1U);
-}
-
-TEST(Certificates, AreTheTwoThatWereBuiltIn) {
-    const auto chain = Certificates::chain();
-    ASSERT_EQ(chain.size(), Settings::certificates.size());
-    EXPECT_FALSE(chain[0] == chain[1]);
-    EXPECT_TRUE(Certificates::chain()[0] == chain[0]);
 }
 
 static_assert(!std::is_default_constructible_v<Api> && !std::is_destructible_v<Api>);
