@@ -16,17 +16,15 @@ std::optional<std::size_t> base64DecodedBuffer(const char* input, std::size_t le
     if (length % 4 != 0) {
         return std::nullopt;
     }
-    std::size_t padding = 0;
-    while (padding < 2 && padding < length && input[length - 1 - padding] == '=') {
-        ++padding;
-    }
+    const std::string_view text(input, length);
+    const std::size_t padding = text.ends_with("==") ? 2 : text.ends_with('=') ? 1 : 0;
     std::size_t written = 0;
     for (std::size_t at = 0; at < length; at += 4) {
         std::uint32_t bits = 0;
         const bool last = at + 4 == length;
         const std::size_t characters = last ? 4 - padding : 4;
         for (std::size_t i = 0; i < 4; ++i) {
-            const std::size_t value = i < characters ? alphabet.find(input[at + i]) : 0;
+            const std::size_t value = i < characters ? alphabet.find(text[at + i]) : 0;
             if (value == std::string_view::npos) {
                 return std::nullopt;
             }
@@ -41,7 +39,6 @@ std::optional<std::size_t> base64DecodedBuffer(const char* input, std::size_t le
 
 std::string base64Encoded(std::string_view bytes) {
     std::string text;
-    text.reserve((bytes.size() + 2) / 3 * 4);
     for (std::size_t at = 0; at < bytes.size(); at += 3) {
         const std::string_view group = bytes.substr(at, 3);
         std::uint32_t bits = 0;
