@@ -64,6 +64,16 @@ TEST_F(PostActionEndpointTest, TakingBackAnUnknownRepostGoesToThePathOfBefore) {
     EXPECT_EQ(lastCall(), "DELETE /before");
 }
 
+TEST_F(PostActionEndpointTest, TakingBackAKnownRepostNamesIt) {
+    post->currentUserRekelo = std::make_shared<KLRekelo>();
+    post->currentUserRekelo->rekeloId = "987";
+    const auto rekelo = RekeloActionEndpoint::create(post);
+    toggle(*rekelo, false);
+    EXPECT_EQ(lastCall(), "DELETE /posts/123/repost/987");
+    toggle(*rekelo, true);
+    EXPECT_EQ(lastCall(), "POST /posts/123/repost");
+}
+
 TEST_F(PostActionEndpointTest, APostThatHasGoneLeavesThePathAndIsNotKeptAlive) {
     const auto like = LikeActionEndpoint::create(post);
     const auto rekelo = RekeloActionEndpoint::create(post);

@@ -72,6 +72,15 @@ TEST_F(UserEndpointTest, MadeOfASessionAloneItHasNoUser) {
               "https://service.example/users//follow-on-twitter");
 }
 
+TEST_F(UserEndpointTest, FollowingAndItsEndArePostedUnderThePathOfTheUser) {
+    endpoint->setFollowingOnTwitter(true, [](const UserResult&) {});
+    EXPECT_EQ(lastRequest().method, Method::POST);
+    EXPECT_EQ(lastRequest().url->path(), "/users/123/follow-on-twitter");
+    endpoint->setFollowingOnTwitter(false, [](const UserResult&) {});
+    EXPECT_EQ(lastRequest().method, Method::POST);
+    EXPECT_EQ(lastRequest().url->path(), "/users/123/unfollow-on-twitter");
+}
+
 TEST_F(UserEndpointTest, Codes230And231OfTheServiceCountAsSuccessAndOthersArePassedOn) {
     for (const int code : {-1, 0, 100, 229, 230, 231, 232}) {
         const auto result = follow(
@@ -280,6 +289,25 @@ TEST_F(LongformViewsEndpointTest, TheFirstItemCountsAndNoneIsNoError) {
     EXPECT_EQ(idIn(R"({"data": {}, "error": "no", "code": 3})"), "3");
 }
 
+TEST_F(LongformViewsEndpointTest, AViewIsPostedWithItsInstantWhichNoFetchCarries) {
+    const auto endpoint = LongformViewsEndpoint::create("abc");
+    const double before = timeIntervalSince1970(Date::now());
+    endpoint->submitView([](const auto&) {});
+    EXPECT_EQ(lastRequest().method, Method::POST);
+    EXPECT_EQ(lastRequest().url->absoluteString(), "https://service.example/longforms/abc/views");
+    const JsonText body(lastBody());
+    EXPECT_EQ(body.object().size(), 1U);
+    const auto instant = body["timestamp"].text();
+    ASSERT_TRUE(instant);
+    EXPECT_NE(instant->find('.'), std::string_view::npos);
+    EXPECT_GE(std::stod(std::string(*instant)), before);
+    EXPECT_LE(std::stod(std::string(*instant)), timeIntervalSince1970(Date::now()));
+    endpoint->fetchViews([](const auto&, const auto&) {});
+    EXPECT_EQ(lastRequest().method, Method::GET);
+    EXPECT_EQ(lastRequest().url->absoluteString(), "https://service.example/longforms/abc/views");
+    EXPECT_EQ(lastBody(), "none");
+}
+
 static_assert(!std::is_default_constructible_v<KLLongformViews>);
 static_assert(std::is_constructible_v<KLLongformViews, const char*, int>);
 
@@ -328,6 +356,10 @@ TEST_F(LongformUploadEndpointTest, PassesAnySegmentOnWithoutCopyingIt) {
     const Data data(owner, std::as_bytes(std::span(owner->data(), owner->size())));
     endpoint->uploadSegment("m-1", data, 0, ignore);
     EXPECT_EQ(lastRequest().body->bytes().data(), data.bytes().data());
+    EXPECT_EQ(lastRequest().method, Method::PUT);
+    EXPECT_EQ(lastRequest().url->absoluteString(),
+              "https://service.example/upload/longform-videos/m-1?segmentIndex=0");
+    EXPECT_EQ(lastRequest().headerFields.at("Content-Type"), "application/octet-stream");
     endpoint->uploadSegment("m-1", Data(), -3, ignore);
     EXPECT_EQ(lastRequest().url->query(), "segmentIndex=-3");
     EXPECT_EQ(lastBody(), "");
@@ -338,6 +370,17 @@ TEST_F(LongformUploadEndpointTest, PassesAnySegmentOnWithoutCopyingIt) {
               "https://service.example/upload/longform-videos/m-1");
     EXPECT_FALSE(lastRequest().body);
     EXPECT_EQ(lastRequest().headerFields.count("content-type"), 0U);
+}
+
+TEST_F(LongformUploadEndpointTest, BeginsWithTheSizeAndAsksForTheStatusWithoutIt) {
+    endpoint->initiateUpload(12345, [](const auto&, const auto&) {});
+    EXPECT_EQ(lastRequest().method, Method::POST);
+    EXPECT_EQ(lastRequest().url->absoluteString(), "https://service.example/upload/longform-videos"
+                                                   "?mediaType=video%2Fmp4&totalBytes=12345");
+    endpoint->checkStatus("m-1", [](const auto&, const auto&) {});
+    EXPECT_EQ(lastRequest().method, Method::GET);
+    EXPECT_EQ(lastRequest().url->absoluteString(),
+              "https://service.example/upload/longform-videos/m-1/status");
 }
 
 TEST_F(LongformUploadEndpointTest, HasNoUploadWhereItIsIncomplete) {
