@@ -29,13 +29,13 @@ public:
     }
 };
 
-/// Asks for one text many times.
+/// Asks for one text as many times as it says.
 class Greedy final : public ReadOnly {
 public:
     std::size_t bytes = 0;
     static std::shared_ptr<Greedy> initWithCoder(KeyedUnarchiver& coder) {
         auto object = std::make_shared<Greedy>();
-        for (int times = 0; times < 100; ++times) {
+        for (auto times = coder.decodeInt64("integer"); times > 0; --times) {
             object->bytes += coder.decodeText("text").value_or("").size();
         }
         return object;
@@ -277,12 +277,14 @@ TEST(HostileArchiveTest, RefusesAFileThatIsTooLong) {
 }
 
 TEST(HostileArchiveTest, HandsOutNoMoreTextThanAFileCanHold) {
+    constexpr std::int64_t times = 64;
     const auto object = std::make_shared<Everything>();
-    object->text = std::string(600'000, 'x');
+    object->text = std::string(BinaryPropertyList::maxBytes / times, 'x');
+    object->integer = times;
     const auto some = KeyedUnarchiver::unarchive<Greedy>(KeyedArchiver::archivedData(object));
     ASSERT_TRUE(some);
-    EXPECT_EQ(some->bytes, 60'000'000U);
-    object->text = std::string(700'000, 'x');
+    EXPECT_EQ(some->bytes, BinaryPropertyList::maxBytes);
+    object->integer = times + 1;
     EXPECT_FALSE(KeyedUnarchiver::unarchive<Greedy>(KeyedArchiver::archivedData(object)));
 }
 
