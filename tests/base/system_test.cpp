@@ -12,6 +12,8 @@
 #include <array>
 #include <cerrno>
 #include <cstdlib>
+#include <string_view>
+#include <thread>
 
 namespace KeloAPI::System {
 
@@ -54,6 +56,15 @@ TEST(SystemEventDeathTest, TellsThatNoDescriptorIsLeft) {
             std::_Exit(opened || event.isOpen() ? 1 : 0);
         },
         ::testing::ExitedWithCode(0), "");
+}
+
+TEST(SystemTest, AThreadHasTheFirstFifteenBytesOfItsNameWhereThatCanBe) {
+    char name[16] = "";
+    std::thread([&name] {
+        nameThread("a name of sixteen or more");
+        pthread_getname_np(pthread_self(), name, sizeof name);
+    }).join();
+    EXPECT_EQ(std::string_view(name) == "a name of sixte", canNameThreads());
 }
 
 TEST(SystemTest, ProgramsThatItStartsGetNoSocket) {
