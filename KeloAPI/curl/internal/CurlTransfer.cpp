@@ -38,8 +38,8 @@ bool speaksHTTP2(const SSL* tls) {
 }
 
 std::uint64_t nextOrder() {
-    static std::atomic<std::uint64_t> last = 0;
-    return ++last;
+    static std::atomic<std::uint64_t> next;
+    return next++;
 }
 
 bool changesNothing(Method method) {
@@ -117,14 +117,17 @@ CurlTransfer& CurlTransfer::of(CURL* easy) {
     return *reinterpret_cast<CurlTransfer*>(self);
 }
 
-/// The result of a step; gives the transfer up when memory runs out.
-template <class Step>
-bool CurlTransfer::withMemory(Step step) {
+/// The result of a callback's step; gives the transfer up, with `otherwise`, when memory runs out.
+template <class Result, class Step>
+Result CurlTransfer::inCallback(Result otherwise, Step step) {
+    Result result = otherwise;
     try {
-        return step();
+        result = step();
     } catch (const std::bad_alloc&) {
-        return giveUp(HTTPErrorCode::OutOfResources, "there is no memory for the exchange");
+        giveUp(HTTPErrorCode::OutOfResources, "there is no memory for the exchange");
     }
+    ExitGuard::parkIfExiting();
+    return result;
 }
 
 void CurlTransfer::distrustConnection() {
@@ -407,31 +410,24 @@ bool CurlTransfer::acceptConnection(const std::string& ends) {
 std::size_t CurlTransfer::onHeader(char* bytes, std::size_t size, std::size_t count,
                                    void* self) noexcept {
     auto& transfer = *static_cast<CurlTransfer*>(self);
-    const bool goOn = transfer.withMemory([&] {
-        return transfer.takeHeaderLine({bytes, size * count});
-    });
-    ExitGuard::parkIfExiting();
-    return goOn ? size * count : 0;
+    const std::string_view line(bytes, size * count);
+    const bool goOn = transfer.inCallback(false, [&] { return transfer.takeHeaderLine(line); });
+    return goOn ? line.size() : 0;
 }
 
 std::size_t CurlTransfer::onBody(char* bytes, std::size_t size, std::size_t count,
                                  void* self) noexcept {
     auto& transfer = *static_cast<CurlTransfer*>(self);
-    const bool goOn = transfer.withMemory([&] { return transfer.takeBody({bytes, size * count}); });
-    ExitGuard::parkIfExiting();
-    return goOn ? size * count : 0;
+    const std::string_view body(bytes, size * count);
+    const bool goOn = transfer.inCallback(false, [&] { return transfer.takeBody(body); });
+    return goOn ? body.size() : 0;
 }
 
 std::size_t CurlTransfer::onRead(char* buffer, std::size_t size, std::size_t count,
                                  void* self) noexcept {
     auto& transfer = *static_cast<CurlTransfer*>(self);
-    std::size_t given = CURL_READFUNC_ABORT;
-    transfer.withMemory([&] {
-        given = transfer.giveBody(buffer, size * count);
-        return true;
-    });
-    ExitGuard::parkIfExiting();
-    return given;
+    return transfer.inCallback(std::size_t{CURL_READFUNC_ABORT},
+                               [&] { return transfer.giveBody(buffer, size * count); });
 }
 
 /// Remembers why a socket could not be made: libcurl only says that it could not connect.
@@ -439,18 +435,16 @@ curl_socket_t CurlTransfer::onOpenSocket(void* self, curlsocktype /*purpose*/,
                                          curl_sockaddr* address) noexcept {
     const int made = System::openSocket(address->family, address->socktype, address->protocol);
     static_cast<CurlTransfer*>(self)->_hop->lacksDescriptors =
-        made < 0 && (errno == EMFILE || errno == ENFILE);
-    return made < 0 ? CURL_SOCKET_BAD : made;
+        made == CURL_SOCKET_BAD && (errno == EMFILE || errno == ENFILE);
+    return made;
 }
 
+/// Back to the start: libcurl goes nowhere else in a body that is sent from its start.
 int CurlTransfer::onSeek(void* self, curl_off_t offset, int origin) noexcept {
-    auto& transfer = *static_cast<CurlTransfer*>(self);
-    const bool possible = origin == SEEK_SET && offset >= 0 &&
-                          static_cast<std::size_t>(offset) <= transfer._body.size();
-    if (!possible) {
+    if (offset != 0 || origin != SEEK_SET) {
         return CURL_SEEKFUNC_FAIL;
     }
-    transfer._hop->bodySent = static_cast<std::size_t>(offset);
+    static_cast<CurlTransfer*>(self)->_hop->bodySent = 0;
     return CURL_SEEKFUNC_OK;
 }
 
@@ -469,7 +463,7 @@ int CurlTransfer::onProgress(void* self, curl_off_t /*downTotal*/, curl_off_t do
 int CurlTransfer::onConnected(void* self, char* address, char* localAddress, int port,
                               int localPort) noexcept {
     auto& transfer = *static_cast<CurlTransfer*>(self);
-    const bool accepted = transfer.withMemory([&] {
+    const bool accepted = transfer.inCallback(false, [&] {
         return transfer.acceptConnection(CurlSockets::ends(localAddress, localPort, address, port));
     });
     return accepted ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;

@@ -154,8 +154,8 @@ private:
     SSL* tlsSession() const;
     void listenForFarewell();
     bool acceptConnection(const std::string& ends);
-    template <class Step>
-    bool withMemory(Step step);
+    template <class Result, class Step>
+    Result inCallback(Result otherwise, Step step);
     bool giveUp(HTTPErrorCode code, const char* message);
 
     static std::size_t onHeader(char* bytes, std::size_t size, std::size_t count,

@@ -28,7 +28,6 @@ GzipDecoder::Result GzipDecoder::take(std::string_view bytes, const Receiver& re
     while (more) {
         if (_complete) {
             inflateReset(&_stream);
-            _complete = false;
         }
         _stream.next_out = reinterpret_cast<Bytef*>(_unpacked.data());
         _stream.avail_out = static_cast<uInt>(_unpacked.size());
