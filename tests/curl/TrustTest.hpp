@@ -9,7 +9,10 @@ namespace KeloAPI::testing {
 /// The server is "localhost" and "127.0.0.1" alike: two hosts for one place.
 class TrustTest : public TransportTest {
 protected:
-    void TearDown() override { unsetenv("SSL_CERT_FILE"); }
+    void TearDown() override {
+        unsetenv("SSL_CERT_FILE");
+        unsetenv("SSL_CERT_DIR");
+    }
 
     /// Serves /away with a redirect to `target`, and everything else itself.
     void serve(const TestCertificate& certificate) {

@@ -1,3 +1,4 @@
+#include "support/Gzip.hpp"
 #include "support/OwnProcess.hpp"
 #include "support/RawServer.hpp"
 #include "support/Sanitizers.hpp"
@@ -20,9 +21,11 @@ namespace {
 class ConnectionTest : public TransportTest {
 protected:
     TestCertificate leaf = TestCertificate::selfSigned({});
-    RawServer server{leaf.serverContext(), [](RawConnection& connection) {
-                         connection.serve([](const std::string& request) {
-                             return okResponse(pathOf(request));
+    const std::string packed = packedResponse(gzip("packed"));
+    RawServer server{leaf.serverContext(), [this](RawConnection& connection) {
+                         connection.serve([this](const std::string& request) {
+                             const std::string path = pathOf(request);
+                             return path == "/packed" ? packed : okResponse(path);
                          });
                      }};
     std::shared_ptr<CurlTransport> transport = pinning("localhost", {leaf.certificate()});
@@ -137,7 +140,8 @@ TEST_F(ConnectionTest, TenThousandRequestsLeaveNoTrace) {
             descriptors = openDescriptors();
             memory = memoryInKiB("VmRSS");
         }
-        ASSERT_TRUE(succeeded(send(*transport, get(server.secureUrl("/"))))) << "request " << i;
+        const std::string path = i % 2 == 0 ? "/" : "/packed";
+        ASSERT_TRUE(succeeded(send(*transport, get(server.secureUrl(path))))) << "request " << i;
     }
     EXPECT_EQ(server.connections(), 1);
     EXPECT_LE(openDescriptors(), descriptors);

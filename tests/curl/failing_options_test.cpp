@@ -98,7 +98,6 @@ protected:
     }
     void TearDown() override {
         letAllPass();
-        unsetenv("SSL_CERT_DIR");
         TrustTest::TearDown();
     }
 

@@ -8,12 +8,6 @@
 namespace KeloAPI::testing {
 namespace {
 
-/// A response with this body, packed as its head says.
-std::string packedResponse(const std::string& body, const std::string& encoding = "gzip") {
-    return "HTTP/1.1 200 OK\r\nContent-Encoding: " + encoding +
-           "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
-}
-
 std::string chunkedResponse(const std::string& chunks) {
     return "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n" + chunks;
 }
@@ -113,6 +107,9 @@ TEST_F(ResponseTest, WhatIsNoSoundHTTPIsRefused) {
         packedResponse(packed.substr(0, 1)), packedResponse(packed.substr(0, packed.size() / 2)),
         packedResponse(packed.substr(0, packed.size() - 1)),
         packedResponse(gzip("one") + "and more", "X-GZIP"),
+        packedResponse(gzip(std::string(100'000, 'z')) + "\x1f"),
+        // Without the header of gzip: packed nothing, as zlib has it.
+        packedResponse({"\x78\x9c\x03\0\0\0\0\x01", 8}),
         // Encodings that were not offered.
         packedResponse("abc", "br"), packedResponse("abc", "gzip, gzip"),
         packedResponse("abc", "unheard-of"),
@@ -219,6 +216,17 @@ TEST(ResponseHeadTest, AFoldedFieldIsOneValue) {
     head.take("X-Long: a\r\n");
     head.take("  b\r\n");
     EXPECT_EQ(head.fields().find("x-long")->second, "a b");
+}
+
+TEST(ResponseHeadTest, TheLimitIsTheLongestHeadThatIsTaken) {
+    const std::string statusLine = "HTTP/1.1 200 OK\r\n";
+    const std::size_t size = statusLine.size() + 2;
+    for (const auto& [limit, expected] : {std::pair(size, ResponseHead::Progress::Finished),
+                                          std::pair(size - 1, ResponseHead::Progress::TooLong)}) {
+        ResponseHead head(limit);
+        EXPECT_EQ(head.take(statusLine), ResponseHead::Progress::Unfinished);
+        EXPECT_EQ(head.take("\r\n"), expected);
+    }
 }
 
 TEST(CurlErrorsTest, CodesOfTheLibraryBelowAreNamedInOurs) {

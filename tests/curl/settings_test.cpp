@@ -275,6 +275,15 @@ TEST_F(RetryTest, APauseIsCancelledBeforeItsEndAndEndsWithItsTransport) {
     EXPECT_EQ(requests, 4);
 }
 
+TEST(RetryStatusTest, SomeStatusesPass) {
+    for (const int passing : {429, 502, 503, 504}) {
+        EXPECT_TRUE(isPassingStatus(passing)) << passing;
+    }
+    for (const int other : {200, 428, 430, 500, 501, 505}) {
+        EXPECT_FALSE(isPassingStatus(other)) << other;
+    }
+}
+
 TEST(RetryPauseTest, GrowsAndVariesWithinItsLimits) {
     const RetrySettings settings{.maxRetries = 10, .firstPause = 100ms, .maxPause = 1000ms};
     std::set<std::chrono::milliseconds> pauses;
@@ -296,6 +305,7 @@ TEST(RetryPauseTest, ReadsRetryAfterInSecondsAndAsADate) {
         return retryPause(settings, 0, {{"Retry-After", value}}, 0);
     };
     EXPECT_EQ(pauseAfter("7"), 7s);
+    EXPECT_EQ(pauseAfter("60"), 60s);
     EXPECT_EQ(pauseAfter("61"), std::nullopt);
     EXPECT_EQ(pauseAfter("Fri, 13 Nov 2015 17:20:00 GMT"), 0s);
     EXPECT_EQ(pauseAfter("Fri, 13 Nov 2065 17:20:00 GMT"), std::nullopt);

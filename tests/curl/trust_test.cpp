@@ -8,6 +8,8 @@
 #include <unistd.h>
 
 #include <array>
+#include <cstdio>
+#include <cstdlib>
 
 namespace KeloAPI::testing {
 namespace {
@@ -91,6 +93,20 @@ TEST_F(TrustTest, APinnedHostIsJudgedByItsPinsAloneAndAllOthersByTheSystem) {
             }
         }
     }
+}
+
+TEST_F(TrustTest, TheSystemsStoreMayBeAFolder) {
+    const auto leaf = TestCertificate::selfSigned({});
+    serve(leaf);
+    char name[16];
+    std::snprintf(name, sizeof name, "%08lx.0", X509_subject_name_hash(leaf.x509()));
+    const TemporaryFolder folder;
+    folder.write(name, leaf.pem());
+    setenv("SSL_CERT_DIR", folder.path().c_str(), 1);
+    EXPECT_TRUE(succeeded(send(*unpinned(), get(server->secureUrl("/")))));
+    unsetenv("SSL_CERT_DIR");
+    EXPECT_TRUE(
+        failedWith(send(*unpinned(), get(server->secureUrl("/"))), HTTPErrorCode::ServerTrust));
 }
 
 /// One libcurl handle, which keeps its connection and its TLS sessions from one request to the
@@ -255,6 +271,7 @@ protected:
     void TearDown() override {
         unsetenv("http_proxy");
         unsetenv("https_proxy");
+        unsetenv("no_proxy");
         TrustTest::TearDown();
     }
 
@@ -294,7 +311,9 @@ TEST_F(ProxyTest, OfTheEnvironmentIsUsedUnlessTheSettingsSayOtherwise) {
         EXPECT_EQ(heard->body, "by proxy!");
         EXPECT_TRUE(seen().starts_with("GET http://api.example/path HTTP/1.1\r\n")) << seen();
     };
+    setenv("no_proxy", "api.example", 1);
     expectProxied({.proxy = proxy.url("")});
+    unsetenv("no_proxy");
     setenv("http_proxy", proxy.url("").c_str(), 1);
     expectProxied({});
     EXPECT_TRUE(failedWith(send(*unpinned({.proxy = ""}), get("http://127.0.0.1:1/")),

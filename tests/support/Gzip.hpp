@@ -21,4 +21,10 @@ inline std::string gzip(const std::string& text) {
     return packed;
 }
 
+/// A response with this body, packed as its head says.
+inline std::string packedResponse(const std::string& body, const std::string& encoding = "gzip") {
+    return "HTTP/1.1 200 OK\r\nContent-Encoding: " + encoding +
+           "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
+}
+
 } // namespace KeloAPI::testing
