@@ -294,11 +294,12 @@ TEST(JsonLimitsTest, DoublesReadLikeTheSystemsOwn) {
 TEST(JsonLimitsTest, ASurrogateAloneIsReplaced) {
     const JsonText json(R"({"\uD800":"a\uDFFFb","pair":"\uD83D\uD83D\uDE00\ude00",
                             "lowest":"\uDBFF\uDC00\uDC00","escaped":"\\uD800\\\ud800\\",
-                            "number":1e400})");
+                            "others":"\u00e4\uD7FF\uE000","number":1e400})");
     EXPECT_EQ(json["\xEF\xBF\xBD"].text(), "a\xEF\xBF\xBD"
                                            "b");
     EXPECT_EQ(json["pair"].text(), "\xEF\xBF\xBD\xF0\x9F\x98\x80\xEF\xBF\xBD");
     EXPECT_EQ(json["lowest"].text(), "\xF4\x8F\xB0\x80\xEF\xBF\xBD");
+    EXPECT_EQ(json["others"].text(), "\xC3\xA4\xED\x9F\xBF\xEE\x80\x80");
     EXPECT_EQ(json["escaped"].text(), "\\uD800\\\xEF\xBF\xBD\\");
     EXPECT_EQ(json["number"].real(), largestDouble);
 }
