@@ -99,7 +99,8 @@ TEST_F(TrustTest, TheSystemsStoreMayBeAFolder) {
     const auto leaf = TestCertificate::selfSigned({});
     serve(leaf);
     char name[16];
-    std::snprintf(name, sizeof name, "%08lx.0", X509_subject_name_hash(leaf.x509()));
+    static_cast<void>(
+        std::snprintf(name, sizeof name, "%08lx.0", X509_subject_name_hash(leaf.x509())));
     const TemporaryFolder folder;
     folder.write(name, leaf.pem());
     setenv("SSL_CERT_DIR", folder.path().c_str(), 1);
