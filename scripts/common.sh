@@ -1,9 +1,11 @@
 # What the scripts share. Sourced from the project's folder, by bash.
 
 # stage NAME COMMAND...: runs the command and says what it is, what it is at and how long it took.
-# Its output is printed only when it fails, but for the lines that count its results.
+# Its output is printed only when it fails, but for the lines that count its results, which are added
+# to $results.
+results=
 stage() {
-    local began=$SECONDS log status=0 watcher
+    local began=$SECONDS log status=0 watcher counted
     log=$(mktemp)
     printf '== %s\n' "$1"
     follow "$log" &
@@ -15,7 +17,11 @@ stage() {
     if [ "$status" -ne 0 ]; then
         cat "$log"
     else
-        grep -hE '^(tidy|docs|viewer|(fuzz|mutate) [a-z]+): |^(early|late|lines|branches): |^[0-9]+% tests passed' "$log" | sed 's/^/   /' || true
+        counted=$(grep -hE '^(tidy|docs|viewer|soak|(fuzz|mutate) [a-z]+): |^(lines|branches): |^[0-9]+% tests passed' "$log" || true)
+        if [ -n "$counted" ]; then
+            sed 's/^/   /' <<<"$counted"
+            results+=$counted$'\n'
+        fi
     fi
     printf '   %d s\n' $((SECONDS - began))
     rm -f "$log"
