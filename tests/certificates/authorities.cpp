@@ -110,6 +110,11 @@ CertificateGroup nameConstraints() {
     addConstrained(group, "excluded;DNS:other.test", true, usual, "another name");
     addConstrained(group, "permitted;DNS:example.test,excluded;DNS:api.example.test", false, usual,
                    "that name");
+    addConstrained(group, "permitted;DNS:EXAMPLE.test", true, usual, "a name within");
+    addConstrained(group, "permitted;DNS:api.example.test", false, named("DNS:*.example.test"),
+                   "a wildcard that reaches further");
+    addConstrained(group, "excluded;DNS:api.example.test", true, named("DNS:*.example.test"),
+                   "a wildcard that reaches there, too");
     addConstrained(group, "permitted;email:example.test", true, usual, "a name of a host");
     addConstrained(group, "permitted;DNS:other.test", false, named("", usualHost),
                    "another common name");
@@ -121,6 +126,21 @@ CertificateGroup nameConstraints() {
                    "another address", "127.0.0.1");
     addConstrained(group, "excluded;IP:127.0.0.0/255.0.0.0", false, named("IP:127.0.0.1"),
                    "an address within", "127.0.0.1");
+    addConstrained(group, "permitted;DNS:example.test", true, named("IP:127.0.0.1"), "an address",
+                   "127.0.0.1");
+    addConstrained(group, "permitted;IP:2001:db8::/ffff:ffff::", true, named("IP:2001:db8::1"),
+                   "an address within", "[2001:db8::1]");
+    addConstrained(group, "excluded;IP:2001:db8::/ffff:ffff::", false, named("IP:2001:db8::1"),
+                   "an address within", "[2001:db8::1]");
+    const auto permitting = [](const std::string& name, const std::string& domain) {
+        return with(authorityWish(name), "nameConstraints", "critical,permitted;DNS:" + domain);
+    };
+    group.cases.push_back(
+        under("within what both authorities permit", true,
+              {permitting("root", "example.test"), permitting("middle", "api.example.test")}));
+    group.cases.push_back(
+        under("within what one of both authorities permits", false,
+              {permitting("root", "other.test"), permitting("middle", "api.example.test")}));
     return group;
 }
 

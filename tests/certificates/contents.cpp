@@ -60,6 +60,27 @@ CertificateCase pinnedLeaf(const std::string& name, bool isAccepted, const Certi
 const CertificateWish server = serverWish();
 const CertificateWish authority = authorityWish("an authority");
 
+/// Signatures that do not fit.
+void addForged(CertificateGroup& group) {
+    const auto root = TestCertificate::authority("root");
+    const auto middle = root.issue(authority);
+    const auto leaf = root.issue(server);
+    const auto changed = leaf.withChangedSignature();
+    const auto add = [&](CertificateCase each) { group.cases.push_back(std::move(each)); };
+    add({"a leaf with a changed signature", false, changed, {root}});
+    add({"a pinned leaf with a changed signature", true, changed, {changed}});
+    add({"a leaf with a changed signature, pinned as it was", false, changed, {leaf}});
+    add({"an authority with a changed signature",
+         false,
+         middle.issue(server),
+         {root},
+         {middle.withChangedSignature()}});
+    add({"a leaf by a namesake of the authority",
+         false,
+         TestCertificate::authority("root").issue(server),
+         {root}});
+}
+
 } // namespace
 
 CertificateGroup dates() {
@@ -100,8 +121,9 @@ CertificateGroup dates() {
 }
 
 CertificateGroup usages() {
-    CertificateGroup group{"What a certificate says it is for has to include servers' TLS, or "
-                           "signing certificates; one that says nothing may be used.",
+    CertificateGroup group{"What a certificate says it is for has to include servers' TLS, by this "
+                           "or an older name, or signing certificates; one that says nothing may "
+                           "be used.",
                            {}};
     const auto add = [&](CertificateCase each) { group.cases.push_back(std::move(each)); };
     const auto leafUsages = {
@@ -113,17 +135,26 @@ CertificateGroup usages() {
         const auto wish = with(server, "keyUsage", std::string("critical,") + usage);
         add(underRoot(std::string("a key for ") + usage, fits, wish));
     }
-    const auto purposes = {
-        std::pair("serverAuth", true),       std::pair("serverAuth,clientAuth", true),
-        std::pair("clientAuth", false),      std::pair("codeSigning", false),
-        std::pair("emailProtection", false), std::pair("anyExtendedKeyUsage", false),
-        std::pair("1.2.3.4", false)};
+    const auto purposes = {std::pair("serverAuth", true),
+                           std::pair("serverAuth,clientAuth", true),
+                           std::pair("1.2.3.4,serverAuth", true),
+                           std::pair("critical,serverAuth", true),
+                           std::pair("msSGC", true),
+                           std::pair("clientAuth", false),
+                           std::pair("codeSigning", false),
+                           std::pair("emailProtection", false),
+                           std::pair("anyExtendedKeyUsage", false),
+                           std::pair("1.2.3.4", false)};
     for (const auto& [purpose, fits] : purposes) {
         const std::string name = std::string(" for ") + purpose;
         add(underRoot("a leaf" + name, fits, with(server, "extendedKeyUsage", purpose)));
         add(pinnedLeaf("a pinned leaf" + name, fits, with(server, "extendedKeyUsage", purpose)));
         add(underAuthority("an authority" + name, fits,
                            with(authority, "extendedKeyUsage", purpose)));
+    }
+    for (const auto& [type, fits] : {std::pair("server", true), std::pair("client", false)}) {
+        add(underRoot(std::string("a leaf of the old type ") + type, fits,
+                      with(server, "nsCertType", type)));
     }
     add(underPinned("a pinned root for clientAuth", false,
                     with(authority, "extendedKeyUsage", "clientAuth")));
@@ -153,31 +184,37 @@ CertificateGroup extensions() {
     firstAuthority.version = 1;
     CertificateWish broken = server;
     broken.basicConstraints = "critical,DER:0500";
-    return {"A critical extension has to be known, and none may be there twice. A certificate of "
-            "version 1, which has none, may be a leaf or a trusted root, not an authority between.",
-            {underRoot("an unknown critical extension", false, critical(server)),
-             pinnedLeaf("an unknown critical extension, pinned", false, critical(server)),
-             underAuthority("an unknown critical extension of the authority", false,
-                            critical(authority)),
-             underPinned("an unknown critical extension of the pinned root", false,
-                         critical(authority)),
-             underRoot("an unknown extension", true, plain(server)),
-             underAuthority("an unknown extension of the authority", true, plain(authority)),
-             underPinned("an unknown extension of the pinned root", true, plain(authority)),
-             underRoot("names twice", false, with(server, "subjectAltName", "DNS:other.test")),
-             underRoot(
-                 "usages twice", false,
-                 with(with(server, "keyUsage", "digitalSignature"), "keyUsage", "keyEncipherment")),
-             underRoot("basic constraints that cannot be read", false, broken),
-             underRoot("a leaf of version 1", true, first),
-             pinnedLeaf("a pinned leaf of version 1", true, first),
-             underPinned("a pinned root of version 1", true, firstAuthority),
-             underAuthority("an authority of version 1", false, firstAuthority)}};
+    CertificateWish criticallyNamed = server;
+    criticallyNamed.names = "critical," + server.names;
+    return {
+        "A critical extension has to be known, and none may be there twice. A certificate of "
+        "version 1, which has none, may be a leaf or a trusted root, not an authority between.",
+        {underRoot("an unknown critical extension", false, critical(server)),
+         pinnedLeaf("an unknown critical extension, pinned", false, critical(server)),
+         underAuthority("an unknown critical extension of the authority", false,
+                        critical(authority)),
+         underPinned("an unknown critical extension of the pinned root", false,
+                     critical(authority)),
+         underRoot("an unknown extension", true, plain(server)),
+         underAuthority("an unknown extension of the authority", true, plain(authority)),
+         underPinned("an unknown extension of the pinned root", true, plain(authority)),
+         underRoot("names that are critical", true, criticallyNamed),
+         underAuthority("policies that the authority wants, which do not count", true,
+                        with(authority, "policyConstraints", "critical,requireExplicitPolicy:0")),
+         underRoot("names twice", false, with(server, "subjectAltName", "DNS:other.test")),
+         underRoot(
+             "usages twice", false,
+             with(with(server, "keyUsage", "digitalSignature"), "keyUsage", "keyEncipherment")),
+         underRoot("basic constraints that cannot be read", false, broken),
+         underRoot("a leaf of version 1", true, first),
+         pinnedLeaf("a pinned leaf of version 1", true, first),
+         underPinned("a pinned root of version 1", true, firstAuthority),
+         underAuthority("an authority of version 1", false, firstAuthority)}};
 }
 
 CertificateGroup signatures() {
-    CertificateGroup group{"Keys and signatures have 112 bits of security or more. How a trusted "
-                           "certificate is signed does not count.",
+    CertificateGroup group{"Keys and signatures have 112 bits of security or more, and signatures "
+                           "fit. How a trusted certificate is signed does not count.",
                            {}};
     const auto kinds = {
         std::tuple("P-256", "SHA512", true),     std::tuple("P-384", "SHA384", true),
@@ -198,6 +235,15 @@ CertificateGroup signatures() {
     group.cases.push_back(pinnedLeaf("a pinned leaf by SHA1", true, weak(server)));
     group.cases.push_back(underAuthority("an authority by SHA1", false, weak(authority)));
     group.cases.push_back(underPinned("a pinned root by SHA1", true, weak(authority)));
+    const auto rsa = TestCertificate::selfSigned(made(authority, "RSA-2048", "SHA256"));
+    group.cases.push_back(
+        {"a leaf by RSA and MD5", false, rsa.issue(made(server, "P-256", "MD5")), {rsa}});
+    group.cases.push_back(
+        {"a leaf by RSA and SHA384", true, rsa.issue(made(server, "P-256", "SHA384")), {rsa}});
+    group.cases.push_back(underRoot("a leaf by SHA224", true, made(server, "P-256", "SHA224")));
+    group.cases.push_back(
+        underRoot("a leaf's Ed25519 and SHA256", true, made(server, "Ed25519", "SHA256")));
+    addForged(group);
     return group;
 }
 

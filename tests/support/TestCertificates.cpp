@@ -36,6 +36,7 @@ void setSerial(X509* certificate) {
 std::shared_ptr<EVP_PKEY> newKey(const std::string& kind) {
     const std::string rsa = "RSA-";
     EVP_PKEY* key = kind.starts_with(rsa) ? EVP_RSA_gen(std::stoul(kind.substr(rsa.size())))
+                    : kind == "Ed25519"   ? EVP_PKEY_Q_keygen(nullptr, nullptr, "ED25519")
                                           : EVP_EC_gen(kind.c_str());
     check(key != nullptr, kind.c_str());
     return {key, EVP_PKEY_free};
@@ -104,6 +105,19 @@ TestCertificate TestCertificate::issue(const CertificateWish& wish) const {
 TestCertificate TestCertificate::certify(const TestCertificate& holder,
                                          const CertificateWish& wish) const {
     return make(wish, this, holder._key);
+}
+
+TestCertificate TestCertificate::withChangedSignature() const {
+    unsigned char* bytes = nullptr;
+    const int size = i2d_X509(x509(), &bytes);
+    check(size > 0, "DER");
+    bytes[size - 1] ^= 1U;
+    const unsigned char* from = bytes;
+    TestCertificate changed = *this;
+    changed._x509.reset(d2i_X509(nullptr, &from, size), X509_free);
+    OPENSSL_free(bytes);
+    check(changed._x509 != nullptr, "changed certificate");
+    return changed;
 }
 
 Certificate TestCertificate::certificate() const {

@@ -29,7 +29,8 @@ struct CertificateWish {
     std::vector<std::pair<std::string, std::string>> extensions = {};
     /// 1 is without extensions, whatever is wished.
     int version = 3;
-    /// "P-256" and the like for an elliptic curve, "RSA-2048" for RSA with this many bits.
+    /// "P-256" and the like for an elliptic curve, "RSA-2048" for RSA with this many bits, or
+    /// "Ed25519", which cannot sign others here.
     std::string key = "P-256";
     /// Of the signature.
     std::string digest = "SHA256";
@@ -45,6 +46,8 @@ public:
     TestCertificate issue(const CertificateWish& wish) const;
     /// The same for a key that is there already: that of `holder`.
     TestCertificate certify(const TestCertificate& holder, const CertificateWish& wish) const;
+    /// The same with another bit at the end of its signature.
+    TestCertificate withChangedSignature() const;
 
     Certificate certificate() const;
     std::string pem() const { return certificate().pem(); }
