@@ -1,4 +1,5 @@
 #include "Models.hpp"
+#include "support/GeneratedBlock.hpp"
 
 #include <gtest/gtest.h>
 
@@ -32,13 +33,28 @@ TYPED_TEST(InterleavingsTest, HoldsInEveryOrder) {
     const Explored found = Explorer<TypeParam>::explore({});
     EXPECT_FALSE(found.counterexample) << steps(found);
     EXPECT_GT(found.schedules, 100U);
-    std::cout << found.schedules << " schedules, " << found.states << " states\n";
 }
 
 TYPED_TEST(InterleavingsTest, FindsThePlantedFault) {
     const Explored found = Explorer<TypeParam>::explore({.faulty = true});
     ASSERT_TRUE(found.counterexample);
     std::cout << steps(found) << '\n';
+}
+
+template <class... Each>
+std::string rowsOf(::testing::Types<Each...>) {
+    std::string rows;
+    const auto add = [&](const std::string& name, const Explored& found) {
+        rows += "| " + name + " | " + std::to_string(found.states) + " | " +
+                std::to_string(found.schedules) + " |\n";
+    };
+    (add(Each::name, Explorer<Each>::explore({})), ...);
+    return rows;
+}
+
+TEST(InterleavingsPage, SaysHowManyOrdersWereTaken) {
+    expectGeneratedBlock(KELO_RELIABILITY_PAGE, "interleavings",
+                         "| Model | States | Orders |\n| --- | --- | --- |\n" + rowsOf(Models()));
 }
 
 } // namespace
