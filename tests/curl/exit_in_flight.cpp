@@ -2,14 +2,17 @@
 //
 //   exit-in-flight WORK WAY LIFE PORT CERTIFICATE MICROSECONDS
 //
-// WORK is requests, in flight on two network threads, or parsing, on the response queues of several
-// managers. WAY says who calls `exit`, and from where: main, return, thread, response, data or
-// complete, or queue, which is a response queue between two parses. LIFE says when the transport or
-// the managers are destroyed: early, which is before the library's threads are asked to park, late,
-// which is after that, or never. MICROSECONDS are counted from the first request, or from the first
-// parse that finds the program set up. The exit status is 7.
+// WORK is requests, in flight on two network threads; parsing, on the response queues of several
+// managers; downloading, into the working directory; waiting, for a server that does not answer and
+// in the pause before a retry; or resting, with a connection that is kept. WAY says who calls
+// `exit`, and from where: main, return, thread, response, data or complete, or queue, which is a
+// response queue between two responses. LIFE says when the transport or the managers are destroyed:
+// early, which is before the library's threads are asked to park, late, which is after that, or
+// never. MICROSECONDS are counted from the first request, or from the first response that finds the
+// program set up. The exit status is 7.
 
 #include "support/FixedRequest.hpp"
+#include "support/Loopback.hpp"
 #include "support/TemporaryFolder.hpp"
 
 #include <KeloAPI/curl/internal/CurlTransport.hpp>
@@ -20,6 +23,7 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <filesystem>
 #include <limits>
 #include <string>
 #include <thread>
@@ -125,11 +129,56 @@ void startParsing(Plan& plan, Manager& manager) {
     }
 }
 
-void startParsing(Plan& plan, const ServerTrustPolicyManager& trust) {
+/// Far more files than are complete when the process ends.
+void startDownloading(Plan& plan, Manager& manager) {
+    const std::string folder = std::filesystem::current_path();
+    for (int i = 0; i < 100; ++i) {
+        manager
+            .download(testing::FixedRequest("https://localhost:" + plan.port + "/quick"),
+                      URL::fileURL(folder + "/file" + std::to_string(i % 5)))
+            ->response([&plan](const ResponseContent&, Timeline) {
+                if (plan.ready) {
+                    plan.startClock();
+                }
+                plan.exitIf("queue");
+                return Request::Completion();
+            });
+    }
+}
+
+void startWaiting(Plan& plan, Manager& manager) {
+    static const testing::LoopbackListener silent;
+    plan.startClock();
+    for (const int port : {silent.port, 1}) { // nobody listens on the other
+        const std::string url = "https://localhost:" + std::to_string(port) + "/";
+        static_cast<void>(manager.request(testing::FixedRequest(url)));
+    }
+}
+
+void startResting(Plan& plan, Manager& manager) {
+    const std::string url = "https://localhost:" + plan.port + "/quick";
+    manager.request(testing::FixedRequest(url))
+        ->response([&plan](const ResponseContent&, Timeline) {
+            plan.startClock();
+            return Request::Completion();
+        });
+}
+
+void startManagers(Plan& plan, std::string_view work, const ServerTrustPolicyManager& trust) {
     static auto& kept = *new std::vector<std::shared_ptr<Manager>>;
+    TransportSettings settings;
+    settings.retries = {.maxRetries = 3, .firstPause = std::chrono::minutes(1)};
     for (int i = 0; i < 3; ++i) {
-        kept.push_back(std::make_shared<Manager>(trust));
-        startParsing(plan, *kept.back());
+        kept.push_back(std::make_shared<Manager>(trust, settings));
+        if (work == "parsing") {
+            startParsing(plan, *kept.back());
+        } else if (work == "downloading") {
+            startDownloading(plan, *kept.back());
+        } else if (work == "waiting") {
+            startWaiting(plan, *kept.back());
+        } else {
+            startResting(plan, *kept.back());
+        }
     }
     if (plan.life == "early") {
         // Younger than the library's exit handler, which came with the first manager.
@@ -162,8 +211,8 @@ int main(int argc, char** argv) {
         return 3;
     }
     const ServerTrustPolicyManager trust({{"localhost", PinCertificates{{*certificate}}}});
-    if (work == "parsing") {
-        startParsing(plan, trust);
+    if (work != "requests") {
+        startManagers(plan, work, trust);
     } else {
         if (plan.life == "early") {
             static CurlTransport early(trust);

@@ -4,6 +4,7 @@
 #include "support/Sanitizers.hpp"
 #include "TrustTest.hpp"
 
+#include <KeloAPI/http/internal/AbandonedDownloads.hpp>
 #include <KeloAPI/http/Manager.hpp>
 #include <KeloAPI/queues/internal/ExitGuard.hpp>
 
@@ -56,8 +57,8 @@ protected:
                     const std::string& life = lives[n / ways.size() % lives.size()];
                     const std::string delay = std::to_string(run * 37 % longestMicroseconds);
                     const std::string port = std::to_string(server->port());
-                    Process program(
-                        {KELO_EXIT_IN_FLIGHT, work, way, life, port, certificate, delay});
+                    Process program({"/usr/bin/env", "--chdir=" + files.path(), KELO_EXIT_IN_FLIGHT,
+                                     work, way, life, port, certificate, delay});
                     EXPECT_EQ(program.wait(), 7) << way << ' ' << life << ' ' << delay << " us";
                 }
             });
@@ -70,6 +71,7 @@ protected:
     TestCertificate leaf = TestCertificate::selfSigned({});
     TemporaryFolder folder;
     std::string certificate = folder.write("certificate.pem", leaf.pem());
+    TemporaryFolder files; // the program's working directory
 };
 
 TEST_F(ExitTest, AThousandTimesWithRequestsInFlight) {
@@ -83,6 +85,30 @@ TEST_F(ExitTest, AThousandTimesWithRequestsInFlight) {
 TEST_F(ExitTest, WhileResponsesAreBeingParsed) {
     constexpr int all = isSanitized ? 30 : 200;
     runAll("parsing", all, {"main", "return", "queue"}, {"early", "never"}, 5'000);
+}
+
+TEST_F(ExitTest, WhileFilesAreBeingDownloaded) {
+    constexpr int all = isSanitized ? 30 : 100;
+    runAll("downloading", all, {"main", "return", "thread", "queue"}, {"early", "never"}, 15'000);
+    int whole = 0;
+    for (const std::string& name : files.names()) {
+        if (!AbandonedDownloads::isTemporaryName(name)) {
+            EXPECT_EQ(files.read(name), std::string(50'000, 'q')) << name;
+            ++whole;
+        }
+    }
+    EXPECT_GT(whole, 0) << "no download came to its end";
+}
+
+TEST_F(ExitTest, WhileCallsWaitForAServerOrBeforeARetry) {
+    constexpr int all = isSanitized ? 30 : 100;
+    runAll("waiting", all, {"main", "return", "thread"}, {"early", "never"}, 10'000);
+}
+
+TEST_F(ExitTest, WhileConnectionsRest) {
+    constexpr int all = isSanitized ? 30 : 100;
+    runAll("resting", all, {"main", "return", "thread"}, {"early", "never"}, 5'000);
+    EXPECT_GE(server->requests(), all) << "the calls did not come to their ends";
 }
 
 class ForkTest : public TransportTest {

@@ -157,6 +157,34 @@ TEST_F(ManyCallsTest, ManagersMayGoInTheirCallsCompletions) {
     say("by 300 managers that go in a completion", began, started);
 }
 
+TEST_F(ManyCallsTest, SessionsMayGoInTheirCallsCompletions) {
+    constexpr int rounds = 300;
+    const TemporaryFolder folder;
+    const auto began = Clock::now();
+    for (int round = 0; round < rounds; ++round) {
+        auto session = std::make_shared<Session>(SessionType::Authenticated);
+        session->setSessionManager(makeManager());
+        const auto held = std::make_shared<std::shared_ptr<Session>>(session);
+        for (int i = 0; i < 3; ++i) {
+            heard(session->request(FixedRequest(server->serialUrl("/quick"))),
+                  [held] { held->reset(); });
+        }
+        ++started;
+        session->download(FixedRequest(server->url("/files/loop.mp4")),
+                          URL::fileURL(folder.path("loop")),
+                          [this, held](const URL&, const std::optional<Error>& error) {
+                              ++ended;
+                              good += error ? 0 : 1;
+                              held->reset();
+                          });
+        session.reset();
+        ASSERT_TRUE(allEnd());
+    }
+    // The first completion of a round ends its session, and the calls behind it with it.
+    EXPECT_GE(good, rounds);
+    say("by 300 sessions that go in a completion", began, started);
+}
+
 /// What this process takes when this is made.
 struct Taken {
     std::size_t descriptors = openDescriptors();
@@ -202,10 +230,11 @@ TEST_F(SoakTest, TakesNoMoreAtItsEndThanEarlyOn) {
     }
     const Taken late;
     ASSERT_TRUE(early);
-    say("mixed: calls, redirects, files both ways, some cancelled; " +
-            std::to_string(late.kibibytes - early->kibibytes) +
-            " KiB more at the end than after a third",
-        began, started);
+    const std::string more = std::to_string(late.kibibytes - early->kibibytes) +
+                             " KiB more at the end than after a third";
+    say("mixed: calls, redirects, files both ways, some cancelled; " + more, began, started);
+    std::cout << "soak: " << started << " exchanges in " << wanted().count() << " s; " << more
+              << '\n';
     EXPECT_GE(good, round * 4);
     EXPECT_LE(late.threads, early->threads);
     EXPECT_LE(late.descriptors, early->descriptors + 6); // connections come and go
