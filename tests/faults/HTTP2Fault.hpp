@@ -56,4 +56,29 @@ inline std::string goAwayOf(std::uint32_t last, std::uint32_t code) {
     return Frames::frame(Frames::GoAway, 0, 0, Frames::number(last) + Frames::number(code));
 }
 
+/// Faults under one rule, which all end alike.
+class RuledFaults {
+public:
+    RuledFaults(std::string sentence, Rule rule)
+        : _sentence(std::move(sentence))
+        , _rule(std::move(rule)) {}
+
+    /// These frames in the place of a response.
+    void add(const std::string& name, MakeFrames make) {
+        all.push_back(over(_sentence, name, _rule, sending(std::move(make))));
+    }
+    /// A response whose head has exactly these fields.
+    void addHead(const std::string& name, const std::string& fields) {
+        add(name, [fields](std::uint32_t stream) {
+            return head(stream, fields) + dataOf(stream, wellBody);
+        });
+    }
+
+    std::vector<Fault> all;
+
+private:
+    std::string _sentence;
+    Rule _rule;
+};
+
 } // namespace KeloAPI::testing

@@ -7,7 +7,6 @@
 #include "support/OwnProcess.hpp"
 #include "support/RecordingDelegate.hpp"
 #include "support/Sanitizers.hpp"
-#include "Table.hpp"
 #include "TimedTransport.hpp"
 
 #include <KeloAPI/api/Api.hpp>
@@ -77,7 +76,8 @@ void FaultMatrix::aim(const Fault& fault, const std::string& host,
     Api::session(SessionType::Authenticated)->setSessionManager(manager);
 }
 
-void FaultMatrix::run(const std::string& name, const std::vector<Fault>& faults) {
+void FaultMatrix::run(const std::string& name, const std::vector<Fault>& faults,
+                      decltype(&tableOf) block) {
     const long memory = memoryInKiB("VmHWM");
     const auto descriptors = openDescriptors();
     const auto threads = threadNames().size();
@@ -93,7 +93,7 @@ void FaultMatrix::run(const std::string& name, const std::vector<Fault>& faults)
     })) << openDescriptors() - descriptors
         << " descriptors and " << threadNames().size() - threads << " threads remain";
     expectGeneratedBlock(KELO_RELIABILITY_PAGE, "faults: " + name,
-                         tableOf(faults, _calls, _outcomes));
+                         block(faults, _calls, _outcomes));
 }
 
 void FaultMatrix::runCells(const std::vector<Fault>& faults) {

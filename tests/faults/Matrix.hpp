@@ -4,6 +4,7 @@
 #include "Fault.hpp"
 #include "support/TemporaryFolder.hpp"
 #include "Surroundings.hpp"
+#include "Table.hpp"
 
 #include <KeloAPI/http/Manager.hpp>
 
@@ -36,7 +37,8 @@ protected:
 
     /// Runs all cells of these faults and compares what came of them with the block of that name in
     /// docs/reliability.md.
-    void run(const std::string& name, const std::vector<Fault>& faults);
+    void run(const std::string& name, const std::vector<Fault>& faults,
+             decltype(&tableOf) block = &tableOf);
 
     Surroundings around;
 

@@ -13,4 +13,9 @@ namespace KeloAPI::testing {
 std::string tableOf(const std::vector<Fault>& faults, const std::vector<Call>& calls,
                     const std::vector<std::vector<Outcome>>& outcomes);
 
+/// The same with a line for each fault: for each row of faults a sentence, which is the rule, and a
+/// table of its variants, what had to come of them and what was seen, over all calls.
+std::string casesOf(const std::vector<Fault>& faults, const std::vector<Call>& calls,
+                    const std::vector<std::vector<Outcome>>& outcomes);
+
 } // namespace KeloAPI::testing

@@ -14,6 +14,7 @@ public:
     enum Type : std::uint8_t {
         Data = 0,
         Headers = 1,
+        Priority = 2,
         ResetStream = 3,
         Settings = 4,
         PushPromise = 5,
@@ -26,6 +27,7 @@ public:
     static constexpr std::uint8_t endOfStream = 1;
     static constexpr std::uint8_t endOfHeaders = 4;
     static constexpr std::uint8_t padded = 8;
+    static constexpr std::uint8_t hasPriority = 0x20;
 
     /// Lets the client send so many bytes on each stream before it is given more.
     explicit FrameConnection(RawConnection& connection, std::uint32_t window = 0x7FFFFFFF)
