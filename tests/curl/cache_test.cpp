@@ -78,6 +78,7 @@ TEST_F(SharedCacheTest, TwoProcessesDownloadIntoItWhileAThirdTrims) {
     constexpr int downloads = isSanitized ? 20 : 60;
     std::atomic<int> atWork = 2;
     std::vector<std::thread> downloaders;
+    downloaders.reserve(2);
     for (int i = 0; i < 2; ++i) {
         downloaders.emplace_back([&] {
             downloadInTurns(downloads);

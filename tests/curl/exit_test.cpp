@@ -1,5 +1,6 @@
 #include "support/EndedRequest.hpp"
 #include "support/FixedRequest.hpp"
+#include "support/LeaveProcess.hpp"
 #include "support/Process.hpp"
 #include "support/Sanitizers.hpp"
 #include "TrustTest.hpp"
@@ -132,7 +133,7 @@ protected:
         const pid_t child = fork();
         if (child == 0) {
             alarm(60);
-            _exit(work());
+            leaveProcess(work());
         }
         int status = -1;
         waitpid(child, &status, 0);

@@ -1,5 +1,6 @@
 #include "support/EndedRequest.hpp"
 #include "support/FixedRequest.hpp"
+#include "support/LeaveProcess.hpp"
 #include "support/RawServer.hpp"
 #include "support/Sanitizers.hpp"
 #include "support/Shortage.hpp"
@@ -66,7 +67,7 @@ protected:
                 server = std::make_unique<RawServer>(serveSmallAndLarge);
                 manager = std::make_unique<Manager>(ServerTrustPolicyManager());
                 work();
-                std::_Exit(0);
+                leaveProcess(0);
             },
             ::testing::ExitedWithCode(0), "");
     }
@@ -79,7 +80,7 @@ protected:
     static void expect(bool good, const std::string& what) {
         if (!good) {
             static_cast<void>(std::fputs(("wrong: " + what + "\n").c_str(), stderr));
-            std::_Exit(1);
+            leaveProcess(1);
         }
     }
     static void expectOutOfResources(const std::optional<Error>& error) {

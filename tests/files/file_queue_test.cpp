@@ -1,4 +1,5 @@
 #include "FileQueueTest.hpp"
+#include "support/LeaveProcess.hpp"
 #include "support/Sanitizers.hpp"
 
 #include <KeloAPI/files/Application.hpp>
@@ -57,7 +58,7 @@ TEST_F(FileQueueSingleTest, AnswersInAForkedChildThatItIsTheParents) {
                 result.error() != nullptr && isHTTPError(*result.error(), HTTPErrorCode::Inherited);
         });
         runUntil([&] { return inherited; });
-        _exit(inherited ? 0 : 1);
+        leaveProcess(inherited ? 0 : 1);
     }
     int status = -1;
     ASSERT_EQ(waitpid(child, &status, 0), child);

@@ -1,3 +1,4 @@
+#include "support/Shortage.hpp"
 #include "support/TemporaryFolder.hpp"
 
 #include <KeloAPI/http/HTTPError.hpp>
@@ -6,7 +7,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -143,11 +143,9 @@ TEST_F(DownloadFileTest, SaysWhenTheDiskIsFull) {
     EXPECT_EXIT(
         {
             signal(SIGXFSZ, SIG_IGN);
-            rlimit limit{};
-            limit.rlim_cur = limit.rlim_max = 100'000;
-            setrlimit(RLIMIT_FSIZE, &limit);
             bool told = false;
             {
+                const LoweredLimit fileSize(RLIMIT_FSIZE, 100'000);
                 DownloadFile file(folder.path("video"));
                 const bool taken = file.append(std::string(1'000'000, 'x'));
                 expectCannotWrite(file, "video", EFBIG);
