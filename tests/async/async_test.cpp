@@ -83,6 +83,32 @@ TEST_F(AsyncTest, OrWithARetrysWhereThatIsAskedFor) {
     EXPECT_EQ(name, "mara");
 }
 
+TEST_F(AsyncTest, CallsOfEveryKindWaitForTheirRetry) {
+    const auto fetch = []() -> Task<bool> {
+        const auto views =
+            co_await async::fetchViews(LongformViewsEndpoint::create("lf"), Wait::AfterRetry);
+        co_return views&& views.value()->count == 12;
+    };
+    const auto submit = []() -> Task<bool> {
+        const auto error =
+            co_await async::submitView(LongformViewsEndpoint::create("lf"), Wait::AfterRetry);
+        co_return !error;
+    };
+    int refused = 0;
+    for (const std::function<Task<bool>()>& call : {std::function<Task<bool>()>(fetch), {submit}}) {
+        auto task = call();
+        transport->answer(ScriptedAnswer::json(refusal));
+        ++refused;
+        ASSERT_TRUE(runUntil([&] { return delegate->reauthCount == refused; }));
+        passThrough();
+        EXPECT_FALSE(task.isDone());
+        transport->answer(ScriptedAnswer::json(R"({"data": {"longformId": "lf", "count": 12}})"));
+        session->handleQueuedRetries(true);
+        ASSERT_TRUE(finishes(task));
+        EXPECT_TRUE(task.result());
+    }
+}
+
 TEST_F(AsyncTest, AnotherErrorIsNotWaitedBeyond) {
     const Task<> task = readMe(Wait::AfterRetry);
     transport->answer(ScriptedAnswer::json(R"({"error": "No", "code": 7})"));

@@ -184,6 +184,12 @@ TEST_F(ForkTest, AChildWithAManagerOfItsOwnMayExit) {
     EXPECT_TRUE(isAnswered(*manager));
 }
 
+TEST_F(ForkTest, AChildWithoutThreadsOfItsOwnMayExit) {
+    ASSERT_TRUE(isAnswered(*manager));
+    EXPECT_EQ(inChildThatExits([] { return 0; }), 0);
+    EXPECT_TRUE(isAnswered(*manager));
+}
+
 TEST_F(ForkTest, AChildsExitAsksTheChildsThreadsToPark) {
     ASSERT_TRUE(isAnswered(*manager));
     constexpr int asked = 7;

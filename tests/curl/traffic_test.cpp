@@ -76,6 +76,12 @@ protected:
     std::size_t sent = 0;
 };
 
+TEST_F(TrafficTest, NamesTheProtocolOfAnOldServer) {
+    const RawServer old(leaf.serverContext(),
+                        answeringAll("HTTP/1.0 200 OK\r\nContent-Length: 2\r\n\r\nok"));
+    EXPECT_EQ(onlyHop(toldOf(get(old.secureUrl("/")))).protocol, "http/1.0");
+}
+
 TEST_F(TrafficTest, TimesEachStepOfANewConnectionAndNoneOfAKeptOne) {
     const RawServer serial(leaf.serverContext(), answeringAll(okResponse()));
     std::vector<std::pair<std::string, std::string>> table = {{"http/1.1", serial.secureUrl("/")}};
