@@ -17,7 +17,7 @@ stage() {
     if [ "$status" -ne 0 ]; then
         cat "$log"
     else
-        counted=$(grep -hE '^(tidy|docs|viewer|soak|(fuzz|mutate) [a-z]+): |^(lines|branches): |^[0-9]+% tests passed' "$log" || true)
+        counted=$(grep -hE '^(tidy|docs|viewer|soak|coverage|(fuzz|mutate) [a-z]+): |^(lines|branches): |^[0-9]+% tests passed' "$log" || true)
         if [ -n "$counted" ]; then
             sed 's/^/   /' <<<"$counted"
             results+=$counted$'\n'
