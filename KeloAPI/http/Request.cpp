@@ -283,6 +283,7 @@ void Request::deliver(Completion last) {
         }
     }
     MainQueue::main().async([self = shared_from_this(), last = std::move(last)] {
+        self->deliverProgress(); // for an observer that came while this was waiting
         if (last) {
             last();
         }
@@ -354,6 +355,9 @@ void Request::deliverProgress() {
     {
         const std::lock_guard lock(_guarded->mutex);
         _guarded->reportPosted = false;
+        if (_guarded->total == _guarded->reported) {
+            return;
+        }
         observer = _guarded->progress;
         total = _guarded->total;
         expected = _guarded->expected;

@@ -200,6 +200,26 @@ TEST_F(RequestTest, TheProgressObserverCanBeReplaced) {
     EXPECT_THAT(progress, ElementsAre(Report{4, 4, 4}));
 }
 
+TEST_F(RequestTest, AnObserverThatComesBehindTheResponseHearsOfItBeforeTheCompletion) {
+    const auto request = manager.request(FixedRequest());
+    bool isComplete = false;
+    request->response(
+        [&](const ResponseContent&, Timeline) {
+            return [&] {
+                EXPECT_THAT(progress, ElementsAre(Report{4, 4, 4}));
+                isComplete = true;
+            };
+        },
+        ReadingPlace::WhereItArrives);
+    transport->head(200, 4);
+    transport->data("1234");
+    transport->complete();
+    watchProgress(*request);
+    ASSERT_TRUE(runUntil([&] { return isComplete; }));
+    MainQueue::main().drain();
+    EXPECT_EQ(progress.size(), 1U);
+}
+
 TEST_F(RequestTest, LetsTheObserverGoAfterTheCompletion) {
     auto request = manager.request(FixedRequest());
     const std::weak_ptr<Request> watch = request;
