@@ -6,9 +6,12 @@
 #include <KeloAPI/parsing/AnyObjectJsonParser.hpp>
 #include <KeloAPI/parsing/JsonParser.hpp>
 #include <KeloAPI/parsing/KLClosureParser.hpp>
+#include <KeloAPI/parsing/ParserError.hpp>
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <new>
 #include <set>
 #include <stdexcept>
 #include <thread>
@@ -72,6 +75,40 @@ TEST(JsonParseErrorTest, NamesItsCaseToWhoCatchesIt) {
     }
     EXPECT_EQ(names.size(), 5U);
     EXPECT_TRUE(names.contains("KeloAPI.JsonParseError.IncorrectType"));
+}
+
+namespace {
+
+/// What `throwing` throws, as an error value.
+Error thrownBy(const std::function<void()>& throwing) {
+    try {
+        throwing();
+    } catch (...) {
+        return thrownParserError();
+    }
+    return Error("nothing thrown", 0);
+}
+
+} // namespace
+
+TEST(ParserErrorTest, IsTheErrorThatItWasMadeOf) {
+    const Error own = Error::withMessage("own", 7, "no such thing");
+    const ParserError error(own);
+    EXPECT_EQ(error.error(), own);
+    EXPECT_EQ(error.what(), own.description());
+    EXPECT_EQ(thrownBy([&] { throw error; }), own);
+}
+
+TEST(ParserErrorTest, OtherExceptionsBecomeErrorsOfADomainOfTheirOwn) {
+    EXPECT_EQ(thrownBy([] { throw JsonParseError(JsonParseError::InvalidData, "key"); }),
+              JsonParseError(JsonParseError::InvalidData, "key").error());
+    const Error told = thrownBy([] { throw std::runtime_error("told"); });
+    EXPECT_EQ(told, Error::withMessage("KeloAPI.Exception", 0, "told"));
+    const Error unknown = thrownBy([] { throw 42; });
+    EXPECT_EQ(unknown.domain(), "KeloAPI.Exception");
+    EXPECT_EQ(unknown.code(), 0);
+    EXPECT_FALSE(unknown.localizedDescription().empty());
+    EXPECT_THROW(thrownBy([] { throw std::bad_alloc(); }), std::bad_alloc);
 }
 
 TEST(ParserHelpersTest, ParseIdTakesTextAndNumbers) {
