@@ -113,6 +113,11 @@ TEST(BitrateSettings, SortWhateverIsNoNumberLast) {
     EXPECT_TRUE(std::all_of(sorted.begin() + 66, sorted.end(), [](double d) { return d != d; }));
 }
 
+TEST(BitrateSettings, MayAllHaveTheSameBitrate) {
+    const Settings many(1000, setting("h264", 500));
+    EXPECT_EQ(KLVideoUrlBitrateSettings(many).settings(), many);
+}
+
 TEST(BitrateSettings, ChooseTheLastThatTheBitrateReaches) {
     const KLVideoUrlBitrateSettings three(
         {setting("h264", 200), setting("h264", 500), setting("h264", 1000)});

@@ -44,6 +44,36 @@ TEST_F(FileQueueSingleTest, NamesItsThreadByPrefixAndKey) {
     EXPECT_TRUE(label.ends_with(".filedownloadqueue.test")) << label;
 }
 
+TEST_F(FileQueueSingleTest, AnswersWithinTheCallForAFileThatIsThere) {
+    folder.write("a", "video");
+    const auto cached = file("a");
+    std::shared_ptr<FileEndpoint> answered;
+    queue->download(cached, place("a"), [&](const FileDownloadResult& result) {
+        answered = result.success()->endpoint;
+    });
+    EXPECT_EQ(answered, cached);
+    settle();
+    EXPECT_EQ(sent(), "");
+}
+
+TEST_F(FileQueueSingleTest, LetsItsFilesAndTheirCompletionsGoWhenItIsKilled) {
+    request("a");
+    std::weak_ptr<FileEndpoint> endpoint;
+    std::weak_ptr<int> captured;
+    {
+        const auto waiting = file("b");
+        const auto token = std::make_shared<int>(1);
+        endpoint = waiting;
+        captured = token;
+        queue->download(waiting, place("b"), [token](const FileDownloadResult&) {});
+    }
+    settle();
+    EXPECT_FALSE(endpoint.expired() || captured.expired());
+    queue->kill();
+    EXPECT_TRUE(endpoint.expired());
+    EXPECT_TRUE(captured.expired());
+}
+
 TEST_F(FileQueueSingleTest, AnswersInAForkedChildThatItIsTheParents) {
     if (isSanitized) {
         GTEST_SKIP() << "sanitizers lose their own threads in a child";
