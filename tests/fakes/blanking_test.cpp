@@ -45,6 +45,7 @@ TEST(BlankedJsonTest, BlanksTextsAndNumbersUnderSecretNamesAndKeepsAllElse) {
         {R"({"token":"ab\)", R"({"token":"BLANKED)"},
         {R"(}]{"token":"a"}}],"b")", R"(}]{"token":"BLANKED"}}],"b")"},
         {R"({"token":)", R"({"token":)"},
+        {R"({},"token":["a"],"b":["c"])", R"({},"token":["BLANKED"],"b":["c"])"},
         {"\xEF\xBB\xBF{\"key\":\"a\"}", "\xEF\xBB\xBF{\"key\":\"BLANKED\"}"},
     };
     for (const auto& [json, blanked] : table) {
@@ -70,7 +71,7 @@ TEST(BlankerTest, BlanksASecretWhereverElseItStands) {
     const std::string slashed = R"(k3y\/with \"marks\" & )"
                                 "\xC3\xA9";
     for (const std::string& form : {secret, percentEncoded(secret), quoted, slashed}) {
-        EXPECT_EQ(blanker.text("of " + form + "."), "of BLANKED.");
+        EXPECT_EQ(blanker.text("of " + form + ", " + form + "."), "of BLANKED, BLANKED.");
         EXPECT_EQ(blanker.responseBody("{\"text\":\"of " + form + "\"}"),
                   R"({"text":"of BLANKED"})");
     }
@@ -90,12 +91,13 @@ TEST(BlankerTest, LearnsFromEveryPlaceAndWhatFollowsASchemeOrAName) {
     Blanker blanker{SecretNames()};
     blanker.fields(
         {{"Authorization", "Bearer abc.def-1"}, {"Set-Cookie", "sid=s1d-s1d-1; Path=/"}});
-    blanker.text("https://me:pass-w0rd@h/?token=t0k%2Fen-1");
+    blanker.text("https://me:pass-w0rd@h/?token=t0k%2Fen-1&sig=s1g%2fno-2");
     blanker.text("https://h/?next=https%3A%2F%2Fi%2F%3Fa%3Db%26sig%3Ds1g-s1g-1");
     blanker.requestBody(R"({"password":"loop-the-loop"})");
     blanker.responseBody(R"({"key":"k3y-k3y-k3y"})");
-    for (const char* secret : {"abc.def-1", "s1d-s1d-1", "me:pass-w0rd", "t0k%2Fen-1", "t0k/en-1",
-                               "s1g-s1g-1", "loop-the-loop", "k3y-k3y-k3y"}) {
+    for (const char* secret :
+         {"abc.def-1", "s1d-s1d-1", "me:pass-w0rd", "t0k%2Fen-1", "t0k/en-1", "s1g%2fno-2",
+          "s1g/no-2", "s1g-s1g-1", "loop-the-loop", "k3y-k3y-k3y"}) {
         EXPECT_EQ(blanker.text(std::string("<") + secret + ">"), "<BLANKED>");
     }
     EXPECT_EQ(blanker.text("Path=/"), "Path=/");
@@ -103,10 +105,11 @@ TEST(BlankerTest, LearnsFromEveryPlaceAndWhatFollowsASchemeOrAName) {
 
 TEST(BlankerTest, LearnsTheValueOfEveryCookie) {
     Blanker blanker{SecretNames()};
-    blanker.fields({{"cookie", "sid=s1d-s1d-1; pref=pr3f-pr3f;last=l4st-l4st="},
+    blanker.fields({{"cookie", "sid=s1d-s1d-1; pref=pr3f-pr3f;=n0-n4me-1;last=l4st-l4st="},
                     {"Set-Cookie", "one=0ne-0ne-0; Expires=Wed, 21 Oct 2026 07:28:00 GMT; "
                                    "Path=/a/path/2, two=tw0-tw0-0; Domain=d0main.example"}});
-    for (const char* secret : {"s1d-s1d-1", "pr3f-pr3f", "l4st-l4st=", "0ne-0ne-0", "tw0-tw0-0"}) {
+    for (const char* secret :
+         {"s1d-s1d-1", "pr3f-pr3f", "n0-n4me-1", "l4st-l4st=", "0ne-0ne-0", "tw0-tw0-0"}) {
         EXPECT_EQ(blanker.text(std::string("<") + secret + ">"), "<BLANKED>");
     }
     for (const char* attribute : {"21 Oct 2026 07:28:00 GMT", "/a/path/2", "d0main.example"}) {

@@ -57,6 +57,8 @@ TEST_F(CassetteTest, IsJsonThatReadsWell) {
 }
 )");
     EXPECT_EQ(readAndWritten(cassette->text()), cassette->text());
+    record(get("https://h/a"), ScriptedAnswer::json("[7]"));
+    EXPECT_THAT(cassette->text(), HasSubstr("\"json\": [\n          7\n        ]"));
 }
 
 TEST_F(CassetteTest, KeepsEveryBodyByteForByte) {
@@ -195,6 +197,12 @@ TEST_F(CassetteTest, IsSavedAndLoaded) {
     ASSERT_TRUE(loaded) << loaded.error().description();
     EXPECT_EQ(loaded.value()->size(), 1U);
     EXPECT_EQ(folder.names(), std::vector<std::string>{"feed.json"});
+    // Whatever length it has; blanks in front mean nothing.
+    for (const std::size_t size : {65'535U, 65'536U, 65'537U, 131'073U}) {
+        const std::string text = cassette->text().substr(0, cassette->text().rfind('}') + 1);
+        folder.write("feed.json", std::string(size - text.size(), ' ') + text);
+        EXPECT_TRUE(Cassette::load(path)) << size;
+    }
 }
 
 TEST_F(CassetteTest, SaysWhichFileCannotBeReadOrWritten) {

@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <semaphore>
 #include <stdexcept>
 #include <thread>
 
@@ -69,12 +70,18 @@ TEST_F(ManualMainQueueTest, RunsUntilSomethingIsSoAndNoFurther) {
 
 TEST_F(ManualMainQueueTest, WaitsForTasksOfOtherThreads) {
     ManualMainQueue queue;
-    std::thread thread([this] {
+    std::binary_semaphore isWanted{1};
+    std::thread thread([&] {
         for (int number = 0; number < 100; ++number) {
-            post(number);
+            ASSERT_TRUE(isWanted.try_acquire_for(timeLimit));
+            MainQueue::main().async([&, number] {
+                done.push_back(number);
+                isWanted.release();
+            });
         }
     });
-    EXPECT_TRUE(queue.runUntil([this] { return done.size() == 100; }));
+    // Each is posted when the queue has none left; it may be waiting already.
+    EXPECT_TRUE(queue.runUntil([this] { return done.size() == 100; }, timeLimit));
     thread.join();
     queue.requireEmpty();
 }

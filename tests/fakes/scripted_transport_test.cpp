@@ -87,6 +87,31 @@ TEST_F(ScriptedTransportTest, PlaysHeadBodyAndError) {
     EXPECT_EQ(received, 4);
 }
 
+TEST_F(ScriptedTransportTest, EndsWhereTheReceiverWantsNoMore) {
+    TransportSettings settings;
+    settings.maxBodyBytes = 3;
+    Manager strict(transport, settings);
+    transport->answer(ScriptedAnswer::json("more"));
+    std::optional<Error> heard;
+    strict.request(FixedRequest())->response([&](const ResponseContent& content, Timeline) {
+        return [&, error = content.error] { heard = error; };
+    });
+    ASSERT_TRUE(runUntil([&] { return heard.has_value(); }));
+    EXPECT_TRUE(isHTTPError(*heard, HTTPErrorCode::BodyTooLarge));
+}
+
+TEST_F(ScriptedTransportTest, CancelsWhatWaitsWhenItGoes) {
+    auto own = std::make_shared<fakes::ScriptedTransport>();
+    std::optional<Error> heard;
+    Manager(std::move(own))
+        .request(FixedRequest())
+        ->response([&](const ResponseContent& content, Timeline) {
+            return [&, error = content.error] { heard = error; };
+        });
+    ASSERT_TRUE(runUntil([&] { return heard.has_value(); }));
+    EXPECT_TRUE(isHTTPError(*heard, HTTPErrorCode::Cancelled));
+}
+
 TEST_F(ScriptedTransportTest, TheHeadSaysTheBodysLengthOrWhatItIsTold) {
     ScriptedAnswer untold = ScriptedAnswer::json("12345");
     ScriptedAnswer told = untold;
