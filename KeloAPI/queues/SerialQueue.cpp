@@ -39,7 +39,6 @@ struct SerialQueue::State {
                 task = nullptr; // what it captured goes now, not with the batch
                 ExitGuard::parkIfExiting();
             }
-            batch.clear();
             lock.lock();
         }
     }

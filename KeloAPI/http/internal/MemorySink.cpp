@@ -66,9 +66,7 @@ std::optional<Error> MemorySink::finish(std::optional<Error> error) {
         std::string().swap(_body);
         BodyMemory::giveBack(std::exchange(_counted, 0));
     }
-    if (_body.capacity() - _body.size() < padding) {
-        _body.reserve(_body.size() + padding);
-    }
+    _body.reserve(_body.size() + padding);
     return error;
 }
 

@@ -76,7 +76,7 @@ std::size_t endOfValue(std::string_view text, std::size_t at, std::size_t depth)
     constexpr std::string_view notInEscapedValues = "&#\"";
     while (at < text.size() && notInValues.find(text[at]) == notInValues.npos) {
         const Mark mark = markAt(text, at);
-        if (mark.depth > 0 && mark.depth <= depth &&
+        if (mark.depth <= depth &&
             notInEscapedValues.find(mark.character) != notInEscapedValues.npos) {
             break;
         }
