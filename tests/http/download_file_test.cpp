@@ -1,3 +1,4 @@
+#include "support/OwnProcess.hpp"
 #include "support/Shortage.hpp"
 #include "support/TemporaryFolder.hpp"
 
@@ -158,6 +159,31 @@ TEST_F(DownloadFileTest, SaysWhenTheDiskIsFull) {
         ::testing::ExitedWithCode(0), "");
 }
 
+TEST_F(DownloadFileTest, GoesToTheDiskInWholeBlocks) {
+    constexpr std::size_t block = std::size_t{64} << 10U;
+    DownloadFile file(folder.path("video"));
+    EXPECT_TRUE(file.append(std::string(block - 1, 'x')));
+    const std::string temporary = folder.names().at(0);
+    EXPECT_EQ(folder.read(temporary).size(), 0U);
+    EXPECT_TRUE(file.append("x"));
+    EXPECT_EQ(folder.read(temporary).size(), block);
+}
+
+TEST_F(DownloadFileTest, MayHaveTheDescriptorOfAStandardInputThatIsClosed) {
+    EXPECT_EXIT(
+        {
+            close(STDIN_FILENO);
+            bool isKept = false;
+            {
+                const DownloadFile file(folder.path("video"));
+                AbandonedDownloads::clear(folder.path());
+                isKept = folder.names().size() == 1 && access("/proc/self/fd/0", F_OK) == 0;
+            }
+            exit(isKept && folder.names().empty() ? 0 : 1);
+        },
+        ::testing::ExitedWithCode(0), "");
+}
+
 using ::testing::IsEmpty;
 
 TEST(AbandonedDownloads, KnowsTheNamesItGives) {
@@ -208,6 +234,17 @@ TEST(AbandonedDownloads, StayAsLongAsTheirProcessLives) {
     EXPECT_THAT(folder.names(), IsEmpty());
     close(ready[0]);
     close(ready[1]);
+}
+
+TEST(AbandonedDownloads, LeaveNoDescriptorOpen) {
+    const TemporaryFolder folder;
+    const DownloadFile kept(folder.path("video"));
+    const std::size_t before = openDescriptors();
+    for (int i = 0; i < 3; ++i) {
+        folder.write(AbandonedDownloads::temporaryName(), "half");
+        EXPECT_TRUE(AbandonedDownloads::clear(folder.path()));
+    }
+    EXPECT_EQ(openDescriptors(), before);
 }
 
 TEST(AbandonedDownloads, AreNotThoseOfThisProcess) {

@@ -203,6 +203,7 @@ TEST_F(ManagerMemoryTest, AnAnswerThatFailsIsNotKept) {
         const auto held = answers.listenTo(manager.request(FixedRequest()));
         manual->head(200);
         EXPECT_TRUE(manual->data(std::string(left, 'x')));
+        EXPECT_TRUE(manual->data("")) << "which takes no memory";
         EXPECT_EQ(refused && manual->data("x"), false);
         manual->complete(httpError(HTTPErrorCode::ConnectionLost, "gone"));
         ASSERT_TRUE(answers.waitFor(refused ? 2 : 1));

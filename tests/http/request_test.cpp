@@ -232,6 +232,19 @@ TEST_F(RequestTest, LetsTheObserverGoAfterTheCompletion) {
     EXPECT_TRUE(runUntil([&] { return watch.expired(); }));
 }
 
+TEST_F(RequestTest, KeepsACompanionUntilTheCompletionHasRun) {
+    auto companion = std::make_shared<int>(1);
+    const std::weak_ptr<int> watch = companion;
+    bool wasThere = false;
+    const auto request = manager.request(FixedRequest());
+    request->keep(std::move(companion));
+    request->response(
+        [&](const ResponseContent&, Timeline) { return [&] { wasThere = !watch.expired(); }; });
+    transport->answer("short");
+    EXPECT_TRUE(runUntil([&] { return watch.expired(); }));
+    EXPECT_TRUE(wasThere);
+}
+
 TEST_F(RequestTest, AnObserverMayCancelTheRequestAsItGoes) {
     struct Canceller {
         std::shared_ptr<Request> request;

@@ -123,6 +123,8 @@ TEST(TextDecodingTest, ConvertsToUTF8) {
         {"", "utf-8", ""},
         {"a\0b"sv, "utf-8", "a\0b"sv},
         {"\xE4\xF6", "ISO-8859-1", "\xC3\xA4\xC3\xB6"},
+        {"\xE4\xF6", "ISO_8859-1:1987", "\xC3\xA4\xC3\xB6"},
+        {"abc", "ANSI_X3.4-1968", "abc"},
         {"\x80", "windows-1252", "\xE2\x82\xAC"},
         {"\0a\xD8\x3D\xDE\x00"sv, "UTF-16BE", "a\xF0\x9F\x98\x80"},
         {"\x93\xFA\x96\x7B", "Shift_JIS", "\xE6\x97\xA5\xE6\x9C\xAC"},

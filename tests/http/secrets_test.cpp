@@ -67,6 +67,7 @@ TEST(WithoutSecretsTest, BlanksValuesInQueriesFormsAndInFrontOfHosts) {
         {"see https://h/?key=abc, please", "see https://h/?key=BLANKED please"},
         {R"(https:\/\/h\/a?x=y\u0026key=abc\u0026z=1)",
          R"(https:\/\/h\/a?x=y\u0026key=BLANKED\u0026z=1)"},
+        {R"(\key=abc u0026key=abc)", R"(\key=BLANKED u0026key=abc)"},
         {"<a href=\"https://h/?key=abc\">", "<a href=\"https://h/?key=BLANKED\">"},
         // URLs in URLs: only what is escaped no deeper than the "=" ends a value.
         {"https://h/?next=https%3A%2F%2Fi%2F%3Ftoken%3Dabc",
@@ -84,6 +85,7 @@ TEST(WithoutSecretsTest, BlanksValuesInQueriesFormsAndInFrontOfHosts) {
         {"%25%2525=%25", "%25%2525=%25"},
         {"https://user:pass@h/a", "https://BLANKED@h/a"},
         {R"(https:\/\/user@h)", R"(https:\/\/BLANKED@h)"},
+        {"https://a:b@h/x https://c:d@i/y", "https://BLANKED@h/x https://BLANKED@i/y"},
         {"https://h/a/@user", "https://h/a/@user"},
         {"https://h/a?mail=a@b", "https://h/a?mail=a@b"},
         {"=a@b", "=a@b"},

@@ -112,6 +112,21 @@ TEST_F(TrafficObserverTest, HearsOfTheEndBeforeTheSerializer) {
     EXPECT_TRUE(wasTold);
 }
 
+TEST_F(TrafficObserverTest, HearsOfEachHopThatTheTransportMeasures) {
+    const auto manual = std::make_shared<ManualTransport>();
+    for (const bool isObserved : {true, false}) {
+        answers.clear();
+        settings.observer = observer = isObserved ? std::make_shared<RecordedTraffic>() : nullptr;
+        Manager manager(manual, settings);
+        answers.listenTo(manager.request(FixedRequest()));
+        manual->observer->didFinishHop({});
+        manual->observer->didFinishHop({});
+        manual->answer("body");
+        ASSERT_TRUE(answers.waitFor(1));
+        EXPECT_TRUE(!isObserved || observer->whenEnded(1).at(0).hops.size() == 2U);
+    }
+}
+
 TEST_F(TrafficObserverTest, ServesSeveralManagersAndOutlivesThem) {
     settings.observer = observer = std::make_shared<RecordedTraffic>();
     std::weak_ptr<RecordedTraffic> watch = observer;
