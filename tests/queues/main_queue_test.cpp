@@ -267,6 +267,23 @@ TEST_F(MainQueueTest, AnExecutorTakesEveryTaskAndAtOnceThoseThatWait) {
     EXPECT_THAT(ran, ElementsAre(1, 2, 3, 4));
 }
 
+TEST_F(MainQueueTest, WhatIsPostedWhileAnExecutorTakesOverGoesBehind) {
+    queue.async(note(1));
+    queue.async(note(2));
+    std::vector<MainQueue::Task> host;
+    queue.setExecutor([&](MainQueue::Task task) {
+        if (host.empty()) {
+            queue.async(note(3));
+        }
+        host.push_back(std::move(task));
+    });
+    EXPECT_EQ(queue.drain(), 0U);
+    for (auto& task : host) {
+        task();
+    }
+    EXPECT_THAT(ran, ElementsAre(1, 2, 3));
+}
+
 TEST_F(MainQueueTest, AnExecutorMaySetItselfAsideInsideATask) {
     std::vector<MainQueue::Task> host;
     queue.async(

@@ -1,5 +1,6 @@
 // The serial queue, and what it has in common with the main one.
 #include "support/MainLoop.hpp"
+#include "support/OwnProcess.hpp"
 #include "support/Sanitizers.hpp"
 #include "support/Shortage.hpp"
 
@@ -10,6 +11,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <future>
@@ -154,6 +157,52 @@ TEST(SerialQueueTest, KnowsAndNamesItsOwnThread) {
     if (System::canNameThreads()) {
         EXPECT_STREQ(name, "a label of more");
     }
+}
+
+TEST(SerialQueueTest, GivesTheMainQueueNothingWhereItHasAThread) {
+    SerialQueue queue("own");
+    EXPECT_TRUE(queue.open());
+    EXPECT_TRUE(queue.open());
+    bool wasInside = false;
+    queue.asyncOrOnMain([&] { wasInside = queue.isCurrent(); });
+    flush(queue);
+    EXPECT_TRUE(wasInside);
+    EXPECT_EQ(MainQueue::main().drain(), 0U);
+}
+
+TEST(SerialQueueTest, HasNoThreadInAForkedChild) {
+    if (testing::isSanitized) {
+        GTEST_SKIP() << "sanitizers lose their own threads in a child";
+    }
+    SerialQueue queue("parent's");
+    flush(queue);
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(60);
+        bool ranOnMain = false;
+        queue.async([] { _exit(1); });
+        queue.asyncOrOnMain([&] { ranOnMain = true; });
+        MainQueue::main().drain();
+        _exit(queue.isInherited() && !queue.open() && ranOnMain ? 0 : 2);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_FALSE(queue.isInherited());
+    flush(queue);
+}
+
+TEST(SerialQueueTest, ItsThreadEndsWithIt) {
+    if (!System::canNameThreads()) {
+        GTEST_SKIP() << "nothing tells its thread from the others";
+    }
+    const auto isThere = [] { return testing::threadNames().contains("mortal"); };
+    {
+        SerialQueue queue("mortal");
+        flush(queue);
+        EXPECT_TRUE(isThere());
+    }
+    EXPECT_TRUE(testing::eventually([&] { return !isThere(); }));
 }
 
 TEST(SerialQueueTest, TasksThatArePostedStillRunWhenItGoes) {
