@@ -1,12 +1,12 @@
 #include "FeedModel.hpp"
 
-#include "Files.hpp"
+#include "Loops.hpp"
+#include "RemoteFile.hpp"
+#include "RowParsers.hpp"
+#include "Toggle.hpp"
 
 #include <algorithm>
-#include <QPointer>
 #include <QSettings>
-
-namespace KeloViewer {
 
 using namespace KeloAPI;
 
@@ -15,20 +15,11 @@ namespace {
 constexpr std::int64_t pageSize = 10;
 /// How many rows before the end the next page is read.
 constexpr int rowsAhead = 6;
-/// More videos than that are waiting only after long scrolling: most of them are far away by then.
-constexpr std::size_t mostVideosWaiting = 6;
-
-/// The loops until now: those of the record, and what has come since at its rate.
-qulonglong loopsUntilNow(const std::shared_ptr<LoopData>& loops) {
-    const double velocity = loops ? loops->velocity.doubleValue() : -1;
-    const bool canGuess = velocity >= 0 && velocity < 1e6;
-    return loops ? loops->count.uint64Value() + (canGuess ? loops->loopsSinceCreation() : 0) : 0;
-}
 
 /// Paging parameters as the settings keep them.
-QVariantMap keptOf(const Parameters& paging) {
+QVariantMap keptOf(const Parameters& page) {
     QVariantMap kept;
-    for (const auto& [name, value] : paging) {
+    for (const auto& [name, value] : page) {
         const auto* text = std::get_if<std::string>(&value.held());
         const auto* number = std::get_if<std::int64_t>(&value.held());
         kept.insert(QString::fromStdString(name), text     ? QString::fromStdString(*text)
@@ -38,214 +29,173 @@ QVariantMap keptOf(const Parameters& paging) {
     return kept;
 }
 
-/// All of them as texts: a query has only texts.
-Parameters pagingOf(const QVariantMap& kept) {
-    Parameters paging;
+/// Those of the page at which the feed was left. All are texts: a query has only texts.
+Parameters pageOf(const QVariantMap& kept) {
+    Parameters page;
     for (auto one = kept.begin(); one != kept.end(); ++one) {
-        paging.emplace(one.key().toStdString(), one.value().toString().toStdString());
+        page.emplace(one.key().toStdString(), one.value().toString().toStdString());
     }
-    return paging;
+    return page;
 }
 
-/// Whether the user follows an author, as far as this run knows: records do not tell.
-std::shared_ptr<Toggle> followOf(const std::string& authorId) {
-    static std::map<std::string, std::shared_ptr<Toggle>> known;
-    auto& follow = known[authorId];
-    return follow ? follow : follow = std::make_shared<Toggle>();
+/// All posts of an author share it. Records do not tell, so that nobody is followed at the start.
+Toggle* followOf(const std::string& authorId) {
+    static std::map<std::string, Toggle*> known;
+    Toggle*& follow = known[authorId];
+    if (follow == nullptr) {
+        follow = new Toggle(&Host::shared(), false, [authorId](bool on, const auto& completion) {
+            UserEndpoint::create(authorId)->setFollowingOnTwitter(on, completion);
+        });
+    }
+    return follow;
+}
+
+/// Gives the post its buttons.
+void addToggles(Row& row, QObject* owner) {
+    const auto add = [&row](const char* name, Toggle* toggle) {
+        row.shown[name] = QVariant::fromValue(toggle);
+    };
+    const auto post = row.post;
+    add("like",
+        new Toggle(owner, post->liked.value_or(false), [post](bool on, const auto& completion) {
+            LikeActionEndpoint::create(post)->toggle(on, completion);
+        }));
+    add("rekelo", new Toggle(owner, post->rekeloed(), [post](bool on, const auto& completion) {
+            RekeloActionEndpoint::create(post)->toggle(on, [=](const auto& result) {
+                if (const auto* success = result.success()) {
+                    post->currentUserRekelo = on ? success->item : nullptr;
+                }
+                completion(result);
+            });
+        }));
+    add("less", new Toggle(owner, false, [post](bool on, const auto& completion) {
+            RecommendationsEndpoint::create()->addPostFeedback(
+                *post->postId, on ? RecommendationBoost::Negative : RecommendationBoost::Neutral,
+                completion);
+        }));
+    add("follow", followOf(row.shown["authorId"].toString().toStdString()));
 }
 
 } // namespace
 
-FeedModel::FeedModel(QObject* parent)
-    : QAbstractListModel(parent) {
+FeedModel::FeedModel() {
     connect(&Host::shared(), &Host::retryWanted, this, [this] {
-        if (_rows.empty()) {
-            restart(_start);
+        if (_rows.isEmpty()) {
+            setPath(_path);
         } else {
             passed(_shown);
-            settled(_shown);
+            settled(_atRest);
         }
     });
 }
 
-QHash<int, QByteArray> FeedModel::roleNames() const {
-    return {{IsCard, "isCard"},   {Record, "record"},     {Video, "video"},
-            {Loops, "loops"},     {Likes, "likes"},       {Liked, "liked"},
-            {Rekelos, "rekelos"}, {Rekeloed, "rekeloed"}, {Following, "following"},
-            {LessOfIt, "less"}};
-}
-
-QVariant FeedModel::data(const QModelIndex& index, int role) const {
-    const Row& row = *_rows.at(static_cast<std::size_t>(index.row()));
-    if (role == IsCard) {
-        return row.card != nullptr;
-    }
-    if (row.card) {
-        return role == Record ? row.card->shown : QVariant();
-    }
-    switch (role) {
-    case Record:
-        return row.post->shown;
-    case Video:
-        return row.video;
-    case Loops:
-        return loopsUntilNow(row.post->loops);
-    case Likes:
-        return row.post->likes + row.like.added();
-    case Liked:
-        return row.like.shown;
-    case Rekelos:
-        return row.post->rekelos + row.rekelo.added();
-    case Rekeloed:
-        return row.rekelo.shown;
-    case Following:
-        return row.follow->shown;
-    case LessOfIt:
-        return row.less.shown;
-    default:
-        return {};
-    }
-}
-
 void FeedModel::setPath(const QString& path) {
-    if (path.isEmpty() || std::exchange(_path, path) == path) {
-        return;
-    }
+    _path = path;
+    restart(pageOf(QSettings().value("place/" + _path).toMap()));
     if (path.startsWith("timelines/channels/")) {
         readChannel(path.section('/', -1).toStdString());
     }
-    restart(pagingOf(QSettings().value("place/" + _path).toMap()));
 }
 
 void FeedModel::restart(const Parameters& start) {
-    beginResetModel();
-    _rows.clear();
-    endResetModel();
-    _known.clear();
-    _cards.clear();
-    ++_generation;
-    _isReading[Before] = _isReading[Behind] = false;
-    _pages[Before].reset();
-    _pages[Behind].reset();
-    _start = start;
+    setRows({});
+    _load = std::make_unique<Load>();
     read(Behind, start);
     if (start.empty() && !_path.contains('/')) {
         readCards();
     }
 }
 
-void FeedModel::read(Side side, const Parameters& paging) {
-    if (std::exchange(_isReading[side], true)) {
+void FeedModel::read(Side side, const Parameters& page) {
+    if (std::exchange(_load->isReading[side], true)) {
         return;
     }
     _hasFailed = false;
     Q_EMIT changed();
     // The endpoint's own `fetch` reads the library's posts alone: here it gives the path and the
     // usual parameters, and the parser is the viewer's own.
-    const auto page = TimelineEndpoint::create(_path.toStdString());
-    Parameters parameters = page->parameters();
-    parameters.insert_or_assign("size", pageSize);
-    for (const auto& [name, value] : paging) {
-        parameters.insert_or_assign(name, value);
-    }
-    page->setParameters(std::move(parameters));
-    page->request(std::make_shared<FeedPostParser>(),
-                  [model = QPointer(this), generation = _generation, side,
-                   paging](const Posts& posts, const std::optional<Metadata>& metadata, const auto&,
-                           const std::optional<Error>& error) {
-                      if (!model || generation != model->_generation) {
-                          return;
-                      }
-                      Host::shared().hear(
-                          error, [&] { model->received(side, paging, posts, metadata); },
-                          [model, side, paging] {
-                              if (model) {
-                                  model->failed(side, paging);
-                              }
-                          });
-                  });
+    const auto endpoint = TimelineEndpoint::create(_path.toStdString());
+    Parameters parameters = page;
+    parameters.emplace("size", pageSize);
+    parameters.insert(endpoint->parameters().begin(), endpoint->parameters().end());
+    endpoint->setParameters(std::move(parameters));
+    endpoint->request(
+        std::make_shared<PostRowParser>(),
+        Host::completion(
+            _load.get(),
+            [this, side, page](const Rows& records, const auto& metadata, const auto&...) {
+                received(side, page, records, metadata);
+            },
+            [this, side, page] { failed(side, page); }));
 }
 
-void FeedModel::failed(Side side, const Parameters& paging) {
-    _isReading[side] = false;
+void FeedModel::failed(Side side, const Parameters& page) {
+    _load->isReading[side] = false;
     _hasFailed = true;
     Q_EMIT changed();
     // The service may have forgotten the place at which an earlier run ended.
-    if (_rows.empty() && !paging.empty() && Host::shared().isReady()) {
+    if (_rows.isEmpty() && !page.empty() && Host::shared().isReady()) {
         restart({});
     }
 }
 
-void FeedModel::received(Side side, const Parameters& paging, const Posts& posts,
+void FeedModel::received(Side side, const Parameters& page, const Rows& records,
                          const std::optional<Metadata>& metadata) {
-    const auto beyond = [&](Side there) {
-        return !metadata         ? std::nullopt
-               : there == Before ? metadata->previousPageParameters(pageSize)
-                                 : metadata->nextPageParameters(pageSize);
-    };
-    _isReading[side] = false;
-    const bool isFirst = _rows.empty();
-    const bool isNewest = side == Before && paging.empty();
-    auto rows = rowsOf(posts, paging);
-    if (isNewest && rows.size() == posts.size() && !isFirst) {
+    const bool isFirst = _rows.isEmpty();
+    const bool isNewest = side == Before && page.empty();
+    QList<Row> rows;
+    for (const auto& record : records) {
+        // The feed may have moved on between two pages.
+        if (_load->known.insert(*record->post->postId).second) {
+            rows.append({record->post, record->shown, keptOf(page)});
+            addToggles(rows.back(), _load.get());
+        }
+    }
+    if (isNewest && rows.size() == static_cast<qsizetype>(records.size()) && !isFirst) {
         restart({}); // more is new than one page
         return;
     }
-    insert(side == Before ? 0 : rowCount(), std::move(rows));
-    if (isFirst) {
-        _pages[Before] = beyond(Before);
-        _pages[Behind] = beyond(Behind);
-    } else {
-        _pages[side] = isNewest ? std::nullopt : beyond(side);
+    _load->isReading[side] = false;
+    insert(side == Before ? 0 : rowCount(), rows);
+    const Metadata beside = metadata ? *metadata : Metadata(Metadata::Values());
+    if (isFirst || side == Before) {
+        _load->pages[Before] = isNewest ? std::nullopt : beside.previousPageParameters(pageSize);
+    }
+    if (isFirst || side == Behind) {
+        _load->pages[Behind] = beside.nextPageParameters(pageSize);
     }
     placeCards();
     Q_EMIT changed();
     passed(_shown);
 }
 
-std::vector<FeedModel::RowPointer> FeedModel::rowsOf(const Posts& posts, const Parameters& page) {
-    std::vector<RowPointer> rows;
-    for (const auto& post : posts) {
-        if (!_known.insert(post->post->postId.value_or("")).second) {
-            continue; // the feed has moved on between two pages
-        }
-        auto row = std::make_shared<Row>();
-        row->post = post;
-        row->page = page;
-        row->like = Toggle(post->post->liked.value_or(false));
-        row->rekelo = Toggle(post->post->rekeloed());
-        row->follow = followOf(post->authorId);
-        rows.push_back(std::move(row));
-    }
-    return rows;
-}
-
-void FeedModel::insert(int at, std::vector<RowPointer> rows) {
-    if (rows.empty()) {
+void FeedModel::insert(int at, const QList<Row>& rows) {
+    if (rows.isEmpty()) {
         return;
     }
     const int count = static_cast<int>(rows.size());
-    const bool isBefore = at == 0 && !_rows.empty();
+    const bool isBefore = at == 0 && !_rows.isEmpty();
     if (isBefore) {
         Q_EMIT aboutToPrepend();
     }
     beginInsertRows({}, at, at + count - 1);
-    _rows.insert(_rows.begin() + at, std::make_move_iterator(rows.begin()),
-                 std::make_move_iterator(rows.end()));
+    _rows = _rows.first(at) + rows + _rows.sliced(at);
     endInsertRows();
     if (isBefore) {
         _shown += count;
+        _atRest += count;
+        Q_EMIT changed();
         Q_EMIT prepended(count);
     }
 }
 
 void FeedModel::passed(int row) {
     _shown = row;
-    if (row < rowsAhead && _pages[Before]) {
-        read(Before, *_pages[Before]);
+    if (row < rowsAhead && _load->pages[Before]) {
+        read(Before, *_load->pages[Before]);
     }
-    if (row + rowsAhead >= rowCount() && _pages[Behind]) {
-        read(Behind, *_pages[Behind]);
+    if (row + rowsAhead >= rowCount() && _load->pages[Behind]) {
+        read(Behind, *_load->pages[Behind]);
     }
 }
 
@@ -253,96 +203,84 @@ void FeedModel::settled(int row) {
     if (row < 0 || row >= rowCount()) {
         return;
     }
-    const auto place = _rows.begin() + row;
-    if ((*place)->post) {
-        QSettings().setValue("place/" + _path, keptOf((*place)->page));
+    if (_rows.at(row).post) {
+        QSettings().setValue("place/" + _path, _rows.at(row).page);
     }
-    if (videosInQueue() > mostVideosWaiting) {
-        forgetQueuedVideos();
-    }
-    auto next = place;
-    for (const QueuePriority priority :
-         {QueuePriority::High, QueuePriority::Normal, QueuePriority::Low}) {
-        next = std::find_if(next, _rows.end(), [](const RowPointer& one) { return !one->card; });
-        if (next != _rows.end()) {
-            fetchVideo(*next++, priority);
+    RemoteFile::forgetVideosFarAway();
+    _atRest = row;
+    Q_EMIT changed(); // the post at rest fetches its own video, at `High`
+    auto next = _rows.cbegin() + row;
+    for (const QueuePriority priority : {QueuePriority::Normal, QueuePriority::Low}) {
+        next = std::find_if(next + 1, _rows.cend(),
+                            [](const Row& one) { return one.post != nullptr; });
+        if (next == _rows.cend()) {
+            break;
         }
+        RemoteFile::fetch(next->shown["video"].toString(), priority, [](const QUrl&) {});
     }
 }
 
-void FeedModel::fetchVideo(const RowPointer& row, QueuePriority priority) {
-    if (row->video.isEmpty() && row->post->post->videoUrl) {
-        fetchFile(*row->post->post->videoUrl, priority,
-                  [model = QPointer(this), row](const QString& path) {
-                      row->video = path;
-                      if (model) {
-                          model->rowsChanged();
-                      }
-                  });
-    }
+void FeedModel::looped(int row) {
+    QVariantMap& shown = _rows[row].shown;
+    countLoop(shown["key"].toString());
+    shown["loops"] = shown["loops"].toULongLong() + 1;
+    Q_EMIT dataChanged(index(row), index(row));
 }
 
-void FeedModel::refresh() {
-    read(Before, {});
-}
-
-/// Reads what is at a path; `use` gets the items if the model is still there.
+/// Reads what is at a path; `use` gets the records.
 template <class P, class Use>
 void FeedModel::readRecords(const std::string& path, Use use) {
     const auto endpoint = Endpoint::create(Api::session(SessionType::Authenticated));
     endpoint->setPath(path);
     endpoint->request(std::make_shared<P>(),
-                      [model = QPointer(this), use](const auto& items, const auto&, const auto&,
-                                                    const std::optional<Error>& error) {
-                          Host::shared().hear(error, [&] {
-                              if (model) {
-                                  use(items);
-                              }
-                          });
-                      });
+                      Host::completion(_load.get(), [use](const auto& records, const auto&...) {
+                          use(records);
+                      }));
 }
 
 void FeedModel::readChannel(const std::string& id) {
     readRecords<KLChannelParser>("channels/" + id, [this](const auto& channels) {
         const KLChannel& channel = *channels.at(0);
         const auto text = &QString::fromStdString;
-        _channel = {{"name", text(channel.name)},
-                    {"details", text(channel.channelDescription.value_or(""))},
-                    {"color", text("#" + channel.fontColorHex)},
-                    {"background", text("#" + channel.backgroundColorHex)},
-                    {"icon", pictureSource(channel.iconRetinaUrl)}};
+        _channel = {
+            {"name", text(channel.name)},
+            {"details", text(channel.channelDescription.value_or(""))},
+            {"color", text("#" + channel.fontColorHex)},
+            {"background", text("#" + channel.backgroundColorHex)},
+            {"icon", text(channel.iconRetinaUrl ? channel.iconRetinaUrl->absoluteString() : "")}};
         Q_EMIT changed();
     });
 }
 
 void FeedModel::readCards() {
-    readRecords<FeedCardParser>("inserts/" + _path.toStdString(), [this](const auto& cards) {
-        _cards = cards;
+    readRecords<CardRowParser>("inserts/" + _path.toStdString(), [this](const auto& cards) {
+        for (const auto& card : cards) {
+            _load->cards.insert(card->shown["position"].toLongLong(), *card);
+        }
         placeCards();
     });
 }
 
 /// Each card goes behind as many posts as it says, once there are so many.
 void FeedModel::placeCards() {
-    std::erase_if(_cards, [this](const std::shared_ptr<FeedCard>& card) {
-        std::int64_t posts = 0;
-        for (int at = 0; at < rowCount(); ++at) {
-            posts += _rows[static_cast<std::size_t>(at)]->post ? 1 : 0;
-            if (posts == card->position && posts > 0) {
-                auto row = std::make_shared<Row>();
-                row->card = card;
-                insert(at + 1, {std::move(row)});
-                return true;
-            }
+    qlonglong posts = 0;
+    for (int row = 0; row < rowCount(); ++row) {
+        posts += _rows.at(row).post ? 1 : 0;
+        if (posts > 0 && _load->cards.contains(posts)) {
+            insert(row + 1, {_load->cards.take(posts)});
         }
-        return false;
-    });
-}
-
-void FeedModel::rowsChanged() {
-    if (!_rows.empty()) {
-        Q_EMIT dataChanged(index(0), index(rowCount() - 1));
     }
 }
 
-} // namespace KeloViewer
+void FeedModel::closeCard(int row) {
+    beginRemoveRows({}, row, row);
+    const Row closed = _rows.takeAt(row);
+    endRemoveRows();
+    const auto endpoint = Endpoint::create(Api::session(SessionType::Authenticated));
+    endpoint->setPath(closed.shown["closePath"].toString().toStdString());
+    endpoint->setMethod(Method::POST);
+    endpoint->request(std::make_shared<KLEmptyParser>(),
+                      Host::completion(
+                          _load.get(), [](const auto&...) {},
+                          [=, this] { insert(std::min(row, rowCount()), {closed}); }));
+}

@@ -3,8 +3,6 @@
 #include <QQmlEngine>
 #include <QSettings>
 
-namespace KeloViewer {
-
 using namespace KeloAPI;
 
 namespace {
@@ -14,6 +12,12 @@ constexpr auto pollInterval = std::chrono::seconds(5);
 bool isOfNetwork(const Error& error) {
     return error.domain() == HTTPErrorDomain && !isHTTPError(error, HTTPErrorCode::Cancelled) &&
            !isHTTPError(error, HTTPErrorCode::HTTPStatus);
+}
+
+/// Whether the error is one after which a sheet is shown.
+bool isForSheet(const Error& error) {
+    const std::int64_t code = error.integer(KLAPIStatusCodeKey).value_or(0);
+    return code == 100 || code == 103 || (code == 419 && error.url(KLCaptchaUrlKey));
 }
 
 } // namespace
@@ -48,11 +52,6 @@ Host::Host()
     });
 }
 
-bool Host::isForSheet(const Error& error) {
-    const std::int64_t code = error.integer(KLAPIStatusCodeKey).value_or(0);
-    return code == 100 || code == 103 || (code == 419 && error.url(KLCaptchaUrlKey));
-}
-
 void Host::hear(const Error* error, const Work& well, const Work& failed) {
     const bool isLost = error != nullptr && isOfNetwork(*error);
     setOffline(_offline || isLost);
@@ -64,15 +63,33 @@ void Host::hear(const Error* error, const Work& well, const Work& failed) {
         if (!isLost) {
             Q_EMIT said(QString::fromStdString(error->localizedDescription()));
         }
-        if (failed) {
-            failed();
-        }
+        failed();
     }
     setOffline(isLost); // who waits for the network hears of it last
 }
 
-void Host::hearOfFile(const Error& error) {
+void Host::noteLostNetwork(const Error& error) {
     setOffline(_offline || isOfNetwork(error));
+}
+
+void Host::setOffline(bool offline) {
+    if (std::exchange(_offline, offline) == offline) {
+        return;
+    }
+    Q_EMIT changed();
+    if (offline) {
+        _poll.start();
+    } else {
+        _poll.stop();
+        Q_EMIT retryWanted();
+    }
+}
+
+void Host::readUser() {
+    MeEndpoint::create()->get(completion(this, [this](const MeResult& result) {
+        _userName = QString::fromStdString(result.success()->user->username.value_or(""));
+        Q_EMIT changed();
+    }));
 }
 
 void Host::signIn(const QString& user, const QString& password) {
@@ -112,14 +129,11 @@ void Host::closeSheet(bool sendAgain) {
     const auto waiting = std::exchange(_waiting, {});
     Api::session(SessionType::Authenticated)->handleQueuedRetries(sendAgain);
     for (const Work& failed : waiting) {
-        if (!sendAgain && failed) {
+        if (!sendAgain) {
             failed();
         }
     }
-}
-
-void Host::retry() {
-    readUser();
+    Q_EMIT sheetClosed(sendAgain);
 }
 
 std::optional<std::string> Host::sessionKeyForSession(Session& session) {
@@ -131,37 +145,13 @@ std::optional<std::string> Host::sessionKeyForSession(Session& session) {
 }
 
 void Host::reauthRequiredForSession(Session&) {
-    _sheet = "signIn";
+    _sheet = "SignIn";
     Q_EMIT changed();
 }
 
 bool Host::shouldHandleCaptchaForSession(Session&, const URL& captchaUrl) {
-    _sheet = "captcha";
+    _sheet = "Captcha";
     _captchaUrl = QString::fromStdString(captchaUrl.absoluteString());
     Q_EMIT changed();
     return true;
 }
-
-void Host::readUser() {
-    MeEndpoint::create()->get([this](const MeResult& result) {
-        hear(result.error(), [&] {
-            _userName = QString::fromStdString(result.success()->user->username.value_or(""));
-            Q_EMIT changed();
-        });
-    });
-}
-
-void Host::setOffline(bool offline) {
-    if (std::exchange(_offline, offline) == offline) {
-        return;
-    }
-    Q_EMIT changed();
-    if (offline) {
-        _poll.start();
-    } else {
-        _poll.stop();
-        Q_EMIT retryWanted();
-    }
-}
-
-} // namespace KeloViewer

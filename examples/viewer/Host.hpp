@@ -9,19 +9,18 @@
 #include <atomic>
 #include <mutex>
 #include <QObject>
-#include <QString>
+#include <QPointer>
 #include <QTimer>
+#include <tuple>
 
 class QJSEngine;
 class QQmlEngine;
-
-namespace KeloViewer {
 
 class Host : public QObject, public ExampleHost {
     Q_OBJECT
     QML_ELEMENT
     QML_SINGLETON
-    /// "signIn", "captcha" or empty: which sheet lies over the feed.
+    /// "SignIn", "Captcha" or empty: which sheet lies over the feed.
     Q_PROPERTY(QString sheet MEMBER _sheet NOTIFY changed)
     Q_PROPERTY(QString captchaUrl MEMBER _captchaUrl NOTIFY changed)
     /// What the service said to the last try to sign in.
@@ -38,18 +37,29 @@ public:
     /// For QML.
     static Host* create(QQmlEngine*, QJSEngine*);
 
-    /// What every completion does with its error: does `well` without one, and `failed` where
-    /// nothing more will come of the call. One that waits for a sheet does neither now: either its
-    /// completion is called again, or it is given up and `failed` is done.
-    void hear(const KeloAPI::Error* error, const Work& well, const Work& failed = {});
-    void hear(const std::optional<KeloAPI::Error>& error, const Work& well,
-              const Work& failed = {}) {
-        hear(error ? &*error : nullptr, well, failed);
+    /// The completion of any call: does `well` with what the call brought, or `failed` where
+    /// nothing more will come of it; neither once `context` has gone. A call that waits for a sheet
+    /// does neither now: either its completion is called again, or it is given up and has failed.
+    template <class Well>
+    static auto completion(QObject* context, Well well, const Work& failed = {}) {
+        return [context = QPointer(context), well, failed](const auto&... outcome) {
+            const auto& last = std::get<sizeof...(outcome) - 1>(std::tie(outcome...));
+            shared().hear(
+                errorOf(last),
+                [&] {
+                    if (context) {
+                        well(outcome...);
+                    }
+                },
+                [context, failed] {
+                    if (context && failed) {
+                        failed();
+                    }
+                });
+        };
     }
-    /// The same of a file's download: without a network, the banner comes.
-    void hearOfFile(const KeloAPI::Error& error);
-    /// Whether the error is one after which a sheet is shown.
-    static bool isForSheet(const KeloAPI::Error& error);
+    /// Shows the banner where the error says that the network is down.
+    void noteLostNetwork(const KeloAPI::Error& error);
     bool offline() const { return _offline; }
     /// Whether calls would go through now.
     bool isReady() const { return !_offline && _sheet.isEmpty(); }
@@ -57,8 +67,8 @@ public:
     Q_INVOKABLE void signIn(const QString& user, const QString& password);
     /// Closes the sheet. The calls that waited for it are sent again, or dropped.
     Q_INVOKABLE void closeSheet(bool sendAgain);
-    /// Without a network: tries now, and not only every few seconds.
-    Q_INVOKABLE void retry();
+    /// Asks who is signed in, and so whether the service can be reached.
+    Q_INVOKABLE void readUser();
 
     std::optional<std::string> sessionKeyForSession(KeloAPI::Session& session) override;
     bool isPollingForSession(KeloAPI::Session&) override { return _isPolling; }
@@ -68,13 +78,22 @@ public:
 
 Q_SIGNALS:
     void changed();
+    void sheetClosed(bool sendAgain);
     void retryWanted();             ///< The network is back: what was missed can be read.
     void said(const QString& text); ///< A line for the user.
 
 private:
     Host();
-    void readUser();
+    void hear(const KeloAPI::Error* error, const Work& well, const Work& failed);
     void setOffline(bool offline);
+
+    static const KeloAPI::Error* errorOf(const std::optional<KeloAPI::Error>& error) {
+        return error ? &*error : nullptr;
+    }
+    template <class Result>
+    static const KeloAPI::Error* errorOf(const Result& result) {
+        return result.error();
+    }
 
     QString _sheet, _captchaUrl, _problem, _userName;
     bool _offline = false;
@@ -84,5 +103,3 @@ private:
     std::mutex _keyMutex;       // a file queue asks on its own thread
     std::string _key;
 };
-
-} // namespace KeloViewer

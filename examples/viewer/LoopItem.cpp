@@ -1,48 +1,139 @@
 #include "LoopItem.hpp"
 
-#include "Player.hpp"
-
+#include <chrono>
+#include <condition_variable>
+#include <memory>
+#include <optional>
 #include <QQuickWindow>
 #include <QSGImageNode>
 
-namespace KeloViewer {
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+#include <libswscale/swscale.h>
+}
 
-LoopItem::LoopItem(QQuickItem* parent)
-    : QQuickItem(parent) {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// Calls one of libav's functions that take the address of a pointer and clear it.
+template <auto release>
+struct Release {
+    template <class T>
+    void operator()(T* pointer) const {
+        release(&pointer);
+    }
+};
+
+/// A frame of a video, and the times since the video's start from which and until which it is
+/// shown.
+struct Frame {
+    QImage picture;
+    Clock::duration start;
+    Clock::duration end;
+};
+
+/// Decodes the best video stream of a file, from the start again after its end.
+class Decoder {
+public:
+    /// The pictures are scaled to `size`.
+    Decoder(const std::string& path, QSize size)
+        : _size(size) {
+        AVFormatContext* file = nullptr;
+        if (avformat_open_input(&file, path.c_str(), nullptr, nullptr) < 0) {
+            return;
+        }
+        _file.reset(file);
+        const AVCodec* codec = nullptr;
+        if (avformat_find_stream_info(file, nullptr) < 0 ||
+            (_stream = av_find_best_stream(file, AVMEDIA_TYPE_VIDEO, -1, -1, &codec, 0)) < 0) {
+            return;
+        }
+        _codec.reset(avcodec_alloc_context3(codec));
+        avcodec_parameters_to_context(_codec.get(), file->streams[_stream]->codecpar);
+        _codec->thread_count = 1; // small videos: more threads cost more than they save
+        if (avcodec_open2(_codec.get(), codec, nullptr) < 0) {
+            _codec.reset();
+        }
+    }
+    ~Decoder() { sws_freeContext(_scaler); }
+
+    /// The next frame; none at the end, and where the file is not a video.
+    std::optional<Frame> next() {
+        int state = _codec ? AVERROR(EAGAIN) : AVERROR_EOF;
+        while (state == AVERROR(EAGAIN)) {
+            state = avcodec_receive_frame(_codec.get(), _frame.get());
+            if (state == AVERROR(EAGAIN) && !feed()) {
+                return std::nullopt;
+            }
+        }
+        if (state < 0) {
+            return std::nullopt;
+        }
+        const std::int64_t start = _frame->best_effort_timestamp;
+        return Frame{picture(), time(start), time(start + _frame->pkt_duration)};
+    }
+
+    void rewind() {
+        av_seek_frame(_file.get(), _stream, 0, AVSEEK_FLAG_BACKWARD);
+        avcodec_flush_buffers(_codec.get());
+    }
+
+private:
+    /// Hands the decoder its next packet, or tells it that the last one has come.
+    bool feed() {
+        int state = 0;
+        do {
+            av_packet_unref(_packet.get());
+            state = av_read_frame(_file.get(), _packet.get());
+        } while (state >= 0 && _packet->stream_index != _stream);
+        return avcodec_send_packet(_codec.get(), state < 0 ? nullptr : _packet.get()) >= 0;
+    }
+
+    QImage picture() {
+        _scaler = sws_getCachedContext(_scaler, _frame->width, _frame->height,
+                                       static_cast<AVPixelFormat>(_frame->format), _size.width(),
+                                       _size.height(), AV_PIX_FMT_RGB32, SWS_BILINEAR, nullptr,
+                                       nullptr, nullptr);
+        QImage picture(_size, QImage::Format_RGB32);
+        std::uint8_t* const lines[] = {picture.bits()};
+        const int strides[] = {static_cast<int>(picture.bytesPerLine())};
+        sws_scale(_scaler, _frame->data, _frame->linesize, 0, _frame->height, lines, strides);
+        return picture;
+    }
+
+    Clock::duration time(std::int64_t timestamp) const {
+        const double unit = av_q2d(_file->streams[_stream]->time_base);
+        return std::chrono::duration_cast<Clock::duration>(
+            std::chrono::duration<double>(static_cast<double>(timestamp) * unit));
+    }
+
+    const QSize _size;
+    std::unique_ptr<AVFormatContext, Release<&avformat_close_input>> _file;
+    std::unique_ptr<AVCodecContext, Release<&avcodec_free_context>> _codec;
+    std::unique_ptr<AVFrame, Release<&av_frame_free>> _frame{av_frame_alloc()};
+    std::unique_ptr<AVPacket, Release<&av_packet_free>> _packet{av_packet_alloc()};
+    SwsContext* _scaler = nullptr;
+    int _stream = -1;
+};
+
+} // namespace
+
+LoopItem::LoopItem() {
     setFlag(ItemHasContents);
     connect(this, &LoopItem::sourceChanged, this, &LoopItem::restart);
     connect(this, &LoopItem::playingChanged, this, &LoopItem::restart);
 }
 
-LoopItem::~LoopItem() {
-    _thread = {}; // ends it before the members go that it uses
-}
-
 void LoopItem::restart() {
     _thread = {};
-    ++_generation;
-    _isOneOnItsWay = false;
-    if (_isPlaying && !_source.isEmpty() && width() >= 1 && height() >= 1) {
-        // A picture that the window has no time for is left out. Nothing of the item is touched
-        // here: the picture goes to the main thread.
-        const auto hand = [this, generation = _generation](const QImage& picture, bool hasLooped) {
-            const bool isRound = _roundMissed.exchange(false) || hasLooped;
-            if (_isOneOnItsWay.exchange(true)) {
-                _roundMissed = isRound;
-                return;
-            }
-            QMetaObject::invokeMethod(
-                this,
-                [=, this] {
-                    if (generation == _generation) {
-                        show(picture, isRound);
-                    }
-                },
-                Qt::QueuedConnection);
-        };
-        _thread = std::jthread(
-            [hand, path = _source.toStdString(), size = QSizeF(width(), height()).toSize()](
-                const std::stop_token& stop) { playOverAndOver(stop, path, size, hand); });
+    _next = {};
+    _hasLooped = false;
+    const QSize size = QSizeF(width(), height()).toSize();
+    if (_isPlaying && !_source.isEmpty() && !size.isEmpty()) {
+        _thread = std::jthread([this, path = _source.toLocalFile().toStdString(),
+                                size](const std::stop_token& stop) { play(stop, path, size); });
     } else if (hasPicture()) {
         _picture = {};
         update();
@@ -50,10 +141,45 @@ void LoopItem::restart() {
     }
 }
 
-void LoopItem::show(const QImage& picture, bool hasLooped) {
-    _isOneOnItsWay = false;
+/// Plays over and over, on the thread. Each picture goes to the main thread when it is due, which
+/// leaves out those that it has no time for.
+void LoopItem::play(const std::stop_token& stop, const std::string& path, QSize size) {
+    Decoder decoder(path, size);
+    std::condition_variable_any never;
+    // One clock for all rounds: what a seam costs is made up for before the next frame is due.
+    auto start = Clock::now();
+    Clock::duration length{};
+    while (!stop.stop_requested()) {
+        const auto frame = decoder.next();
+        if (!frame && length == length.zero()) {
+            return;
+        }
+        if (!frame) {
+            start += std::exchange(length, {});
+            decoder.rewind();
+            const std::lock_guard lock(_mutex);
+            _hasLooped = true;
+            continue;
+        }
+        length = frame->end;
+        std::unique_lock lock(_mutex);
+        never.wait_until(lock, stop, start + frame->start, [] { return false; });
+        if (!stop.stop_requested()) {
+            _next = frame->picture;
+            QMetaObject::invokeMethod(this, &LoopItem::showNext, Qt::QueuedConnection);
+        }
+    }
+}
+
+void LoopItem::showNext() {
+    std::unique_lock lock(_mutex);
+    if (_next.isNull()) {
+        return; // it was shown in the place of an earlier one, or playing has ended
+    }
     const bool isFirst = !hasPicture();
-    _picture = picture;
+    _picture = std::exchange(_next, {});
+    const bool hasLooped = std::exchange(_hasLooped, false);
+    lock.unlock();
     _isNew = true;
     update();
     if (isFirst) {
@@ -81,5 +207,3 @@ QSGNode* LoopItem::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {
     node->setRect(boundingRect());
     return node;
 }
-
-} // namespace KeloViewer

@@ -3,25 +3,22 @@
 
 #include <qqmlregistration.h>
 
-#include <atomic>
+#include <mutex>
 #include <QImage>
 #include <QQuickItem>
 #include <thread>
 
-namespace KeloViewer {
-
 class LoopItem : public QQuickItem {
     Q_OBJECT
     QML_ELEMENT
-    /// The path of the file; empty until it is there.
-    Q_PROPERTY(QString source MEMBER _source NOTIFY sourceChanged)
+    /// The file; empty until it is there.
+    Q_PROPERTY(QUrl source MEMBER _source NOTIFY sourceChanged)
     Q_PROPERTY(bool playing MEMBER _isPlaying NOTIFY playingChanged)
     /// Whether a picture of the video is shown.
     Q_PROPERTY(bool hasPicture READ hasPicture NOTIFY hasPictureChanged)
 
 public:
-    explicit LoopItem(QQuickItem* parent = nullptr);
-    ~LoopItem() override;
+    LoopItem();
 
     bool hasPicture() const { return !_picture.isNull(); }
 
@@ -36,16 +33,16 @@ protected:
 
 private:
     void restart();
-    void show(const QImage& picture, bool hasLooped);
+    void play(const std::stop_token& stop, const std::string& path, QSize size);
+    void showNext();
 
-    QString _source;
+    QUrl _source;
     bool _isPlaying = false;
     QImage _picture;
     bool _isNew = false; // the picture is not in the scene graph yet
-    std::atomic<bool> _isOneOnItsWay = false;
-    std::atomic<bool> _roundMissed = false;
-    int _generation = 0; // pictures of an earlier thread are dropped
-    std::jthread _thread;
-};
 
-} // namespace KeloViewer
+    std::mutex _mutex; // guards what the thread hands over
+    QImage _next;
+    bool _hasLooped = false;
+    std::jthread _thread; // the last member: it ends before those go that it uses
+};

@@ -1,29 +1,35 @@
-// The soundboard as a list model, whose one role is the whole sound.
+// The soundboard as a list model.
 #pragma once
 
 #include "Host.hpp"
+#include "RowModel.hpp"
 
-#include <QAbstractListModel>
+#include <qqmlregistration.h>
 
-namespace KeloViewer {
-
-class SoundModel : public QAbstractListModel {
+class SoundModel : public RowModel {
     Q_OBJECT
     QML_ELEMENT
 
 public:
-    explicit SoundModel(QObject* parent = nullptr);
-
-    int rowCount(const QModelIndex& = {}) const override {
-        return static_cast<int>(_sounds.size());
+    SoundModel() {
+        connect(&Host::shared(), &Host::retryWanted, this, &SoundModel::read);
+        read();
     }
-    QHash<int, QByteArray> roleNames() const override { return {{0, "sound"}}; }
-    QVariant data(const QModelIndex& index, int role) const override;
 
 private:
-    void read();
-
-    std::vector<std::shared_ptr<KeloAPI::SoundboardSound>> _sounds;
+    void read() {
+        using namespace KeloAPI;
+        SoundboardEndpoint::create(Api::session(SessionType::Authenticated))
+            ->fetchSounds(Host::completion(this, [this](const auto& sounds, const auto&) {
+                QList<Row> rows;
+                for (const auto& sound : sounds) {
+                    rows.append({nullptr,
+                                 {{"soundId", QString::fromStdString(sound->soundId)},
+                                  {"name", QString::fromStdString(sound->name)},
+                                  {"featured", sound->featured}},
+                                 {}});
+                }
+                setRows(rows);
+            }));
+    }
 };
-
-} // namespace KeloViewer

@@ -2,142 +2,119 @@
 
 #include "Host.hpp"
 
-#include <QPointer>
+#include <algorithm>
+#include <QFile>
 #include <QTimer>
 #include <QUrl>
-
-namespace KeloViewer {
 
 using namespace KeloAPI;
 
 namespace {
 
-constexpr std::int64_t segmentSize = std::int64_t{256} << 10U;
+constexpr std::int64_t segmentSize = std::int64_t{64} << 10U;
+
+/// A call that waits for a sheet is awaited until it has been sent again.
+constexpr async::Wait wait = async::Wait::AfterRetry;
+
+async::Call<std::optional<Error>> secondsLater(double seconds) {
+    return async::Call<std::optional<Error>>([seconds](auto completion) {
+        QTimer::singleShot(static_cast<int>(std::clamp(seconds, 0.05, 60.0) * 1000),
+                           [completion] { completion({}); });
+        return nullptr;
+    });
+}
 
 } // namespace
 
+Uploader::Uploader() {
+    connect(&Host::shared(), &Host::sheetClosed, this, [this](bool sendAgain) {
+        _isSentAgain = sendAgain;
+        if (!sendAgain) {
+            cancel();
+        }
+    });
+}
+
 void Uploader::start(const QString& file) {
-    cancel();
-    _file.close();
-    _file.setFileName(file.startsWith("file:") ? QUrl(file).toLocalFile() : file);
-    _segment = 0;
-    _progress = 0;
-    if (!_file.open(QIODevice::ReadOnly) || _file.size() == 0) {
-        end("failed", "This file cannot be read.");
-        return;
-    }
-    _state = "uploading";
-    Q_EMIT changed();
-    _call = LongformUploadEndpoint::create()->initiateUpload(
-        _file.size(), completion([this](const KLVideoUpload& upload) {
-            _mediaId = upload.mediaId;
-            sendSegment();
-        }));
-}
-
-void Uploader::sendSegment() {
-    const std::int64_t start = _segment * segmentSize;
-    if (start >= _file.size()) {
-        finalize();
-        return;
-    }
-    _file.seek(start);
-    const QByteArray bytes = _file.read(segmentSize);
-    const auto isRefused = std::make_shared<bool>(false);
-    _call = LongformUploadEndpoint::create()->uploadSegment(
-        _mediaId, Data(bytes.toStdString()), _segment,
-        [self = QPointer(this), isRefused](const std::optional<Error>& error) {
-            if (!self || !self->isRunning()) {
-                return;
-            }
-            // After signing in the library sends the call again, but not the segment's bytes.
-            const bool wasRefused = std::exchange(*isRefused, error && Host::isForSheet(*error));
-            if (wasRefused && !*isRefused) {
-                self->sendSegment();
-                return;
-            }
-            self->hear(error, [&] {
-                ++self->_segment;
-                self->sendSegment();
-            });
-        });
-    _call->setProgressHandler([self = QPointer(this), start, size = bytes.size()](EndpointRequest&,
-                                                                                  double fraction) {
-        if (self && self->isRunning()) {
-            self->_progress = (static_cast<double>(start) + fraction * static_cast<double>(size)) /
-                              static_cast<double>(self->_file.size());
-            Q_EMIT self->changed();
-        }
-    });
-}
-
-void Uploader::finalize() {
-    _state = "processing";
-    _progress = 0;
-    Q_EMIT changed();
-    _call = LongformUploadEndpoint::create()->finalizeUpload(
-        _mediaId, completion([this](const KLVideoUpload& upload) { heard(upload); }));
-}
-
-void Uploader::ask() {
-    if (isRunning()) {
-        _call = LongformUploadEndpoint::create()->checkStatus(
-            _mediaId, completion([this](const KLVideoUpload& upload) { heard(upload); }));
-    }
-}
-
-void Uploader::heard(const KLVideoUpload& upload) {
-    const auto& info = upload.processingInfo;
-    if (info && info->state == KLVideoUploadProcessingState::Succeeded) {
-        _progress = 1;
-        end("done");
-        return;
-    }
-    if (info && info->state == KLVideoUploadProcessingState::Failed) {
-        end("failed", "The service cannot process this video.");
-        return;
-    }
-    _progress = info ? info->progressPercent.value_or(0) / 100 : 0;
-    Q_EMIT changed();
-    const double wait = info ? info->checkAfterSeconds.value_or(1) : 1;
-    QTimer::singleShot(static_cast<int>(std::clamp(wait, 0.05, 60.0) * 1000), this, &Uploader::ask);
-}
-
-LongformUploadEndpoint::Completion
-Uploader::completion(std::function<void(const KLVideoUpload& upload)> next) {
-    return [self = QPointer(this), next = std::move(next)](
-               const std::shared_ptr<KLVideoUpload>& upload, const std::optional<Error>& error) {
-        if (!self || !self->isRunning()) {
-            return;
-        }
-        self->hear(error, [&] {
-            upload ? next(*upload) : self->end("failed", "The service sent no upload.");
-        });
-    };
-}
-
-/// Does `next`, or ends with the error.
-void Uploader::hear(const std::optional<Error>& error, const std::function<void()>& next) {
-    Host::shared().hear(error, next, [self = QPointer(this), error] {
-        if (self) {
-            self->end("failed", QString::fromStdString(error->localizedDescription()));
-        }
-    });
+    _task.reset();
+    _task = upload(file);
 }
 
 void Uploader::cancel() {
-    if (isRunning()) {
-        end("cancelled");
-    }
-    if (_call) {
-        _call->cancel();
+    if (_task && !_task->isDone()) {
+        _task.reset(); // and with it the call that it waits for
+        show("cancelled");
     }
 }
 
-void Uploader::end(const QString& state, const QString& problem) {
+async::Task<> Uploader::upload(QString path) {
+    QFile file(path.startsWith("file:") ? QUrl(path).toLocalFile() : path);
+    if (!file.open(QIODevice::ReadOnly) || file.size() == 0) {
+        show("failed", 0, "This file cannot be read.");
+        co_return;
+    }
+    show("uploading");
+    const auto endpoint = LongformUploadEndpoint::create();
+    auto upload = co_await async::initiateUpload(endpoint, file.size(), wait);
+    if (!hasUpload(upload)) {
+        co_return;
+    }
+    const std::string id = upload.value()->mediaId;
+    for (std::int64_t segment = 0; segment * segmentSize < file.size();) {
+        file.seek(segment * segmentSize);
+        const Data bytes(file.read(segmentSize).toStdString());
+        _isSentAgain = false;
+        const auto error = co_await async::uploadSegment(endpoint, id, bytes, segment, wait);
+        if (_isSentAgain) {
+            continue; // without its bytes
+        }
+        if (error) {
+            fail(*error);
+            co_return;
+        }
+        ++segment;
+        show("uploading", static_cast<double>(file.pos()) / static_cast<double>(file.size()));
+    }
+    show("processing");
+    upload = co_await async::finalizeUpload(endpoint, id, wait);
+    while (hasUpload(upload) && !isProcessed(*upload.value())) {
+        const auto& info = upload.value()->processingInfo;
+        co_await secondsLater(info ? info->checkAfterSeconds.value_or(1) : 1);
+        upload = co_await async::checkStatus(endpoint, id, wait);
+    }
+}
+
+bool Uploader::isProcessed(const KLVideoUpload& upload) {
+    using State = KLVideoUploadProcessingState;
+    const auto& info = upload.processingInfo;
+    const State state = info ? info->state : State::Pending;
+    if (state == State::Succeeded) {
+        show("done", 1);
+    } else if (state == State::Failed) {
+        show("failed", 0, "The service cannot process this video.");
+    } else {
+        show("processing", info ? info->progressPercent.value_or(0) / 100 : 0);
+    }
+    return _state != "processing";
+}
+
+bool Uploader::hasUpload(const async::UploadResult& result) {
+    if (!result) {
+        fail(result.error());
+    } else if (!result.value()) {
+        show("failed", 0, "The service sent no upload.");
+    }
+    return result && result.value();
+}
+
+void Uploader::fail(const Error& error) {
+    Host::shared().noteLostNetwork(error);
+    show("failed", 0, QString::fromStdString(error.localizedDescription()));
+}
+
+void Uploader::show(const QString& state, double progress, const QString& problem) {
     _state = state;
+    _progress = progress;
     _problem = problem;
     Q_EMIT changed();
 }
-
-} // namespace KeloViewer

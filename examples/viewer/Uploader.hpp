@@ -1,14 +1,11 @@
 // Uploads one video file in segments, one after another.
 #pragma once
 
-#include <KeloAPI/KeloAPI.hpp>
+#include <KeloAPI/async.hpp>
 
 #include <qqmlregistration.h>
 
-#include <QFile>
 #include <QObject>
-
-namespace KeloViewer {
 
 class Uploader : public QObject {
     Q_OBJECT
@@ -20,7 +17,7 @@ class Uploader : public QObject {
     Q_PROPERTY(QString problem MEMBER _problem NOTIFY changed)
 
 public:
-    ~Uploader() override { cancel(); }
+    Uploader();
 
     /// Begins with the file of a path or a file URL.
     Q_INVOKABLE void start(const QString& file);
@@ -30,23 +27,15 @@ Q_SIGNALS:
     void changed();
 
 private:
-    void sendSegment();
-    void finalize();
-    void ask();
-    void hear(const std::optional<KeloAPI::Error>& error, const std::function<void()>& next);
-    void heard(const KeloAPI::KLVideoUpload& upload);
-    void end(const QString& state, const QString& problem = {});
-    bool isRunning() const { return _state == "uploading" || _state == "processing"; }
-    KeloAPI::LongformUploadEndpoint::Completion
-    completion(std::function<void(const KeloAPI::KLVideoUpload& upload)> next);
+    KeloAPI::async::Task<> upload(QString path);
+    bool hasUpload(const KeloAPI::async::UploadResult& result);
+    bool isProcessed(const KeloAPI::KLVideoUpload& upload);
+    void fail(const KeloAPI::Error& error);
+    void show(const QString& state, double progress = 0, const QString& problem = {});
 
     QString _state = "idle";
     double _progress = 0;
     QString _problem;
-    QFile _file;
-    std::string _mediaId;
-    std::int64_t _segment = 0;
-    std::shared_ptr<KeloAPI::EndpointRequest> _call;
+    bool _isSentAgain = false; // by the library, after a sheet
+    std::optional<KeloAPI::async::Task<>> _task;
 };
-
-} // namespace KeloViewer

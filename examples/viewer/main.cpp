@@ -1,13 +1,11 @@
 // A viewer of looping videos: the first draft of an app. Its parts are told in docs/viewer.md.
-#include "Files.hpp"
-#include "LoopSums.hpp"
+#include "Loops.hpp"
+#include "RemoteFile.hpp"
 
 #include <QGuiApplication>
 #include <QQmlApplicationEngine>
 #include <QSocketNotifier>
-#include <QThreadPool>
-
-using namespace KeloViewer;
+#include <QTimer>
 
 int main(int argc, char** argv) {
     qputenv("QT_QUICK_CONTROLS_STYLE", "Basic"); // the pages draw their own look
@@ -19,14 +17,14 @@ int main(int argc, char** argv) {
     auto& mainQueue = KeloAPI::MainQueue::main();
     QSocketNotifier queue(mainQueue.fileDescriptor(), QSocketNotifier::Read);
     QObject::connect(&queue, &QSocketNotifier::activated, [&] { mainQueue.drain(); });
-    QObject::connect(&app, &QGuiApplication::aboutToQuit,
-                     [] { LoopSums::shared().submitAtTheEnd(); });
-    trimFiles();
 
+    QTimer submitting;
+    QObject::connect(&submitting, &QTimer::timeout, submitLoops);
+    submitting.start(std::chrono::seconds(30));
+    QObject::connect(&app, &QGuiApplication::aboutToQuit, submitLoopsAtTheEnd);
+
+    RemoteFile::trim();
     QQmlApplicationEngine engine;
-    engine.addImageProvider("kelo", new PictureProvider);
     engine.load(QUrl("qrc:/KeloViewer/qml/Main.qml"));
-    const int code = engine.rootObjects().isEmpty() ? 1 : QGuiApplication::exec();
-    QThreadPool::globalInstance()->waitForDone(); // pictures that are still being read
-    return code;
+    return engine.rootObjects().isEmpty() ? 1 : QGuiApplication::exec();
 }

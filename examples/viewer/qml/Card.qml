@@ -40,12 +40,11 @@ Rectangle {
             visible: card.record.pictures.length > 0
             Repeater {
                 model: card.record.pictures
-                Image {
+                Picture {
                     required property var modelData
                     width: 60
                     height: 60
-                    source: modelData.source
-                    sourceSize: Qt.size(60, 60)
+                    url: modelData.url
                     MouseArea {
                         anchors.fill: parent
                         onClicked: card.opened(parent.modelData.link)
@@ -65,7 +64,7 @@ Rectangle {
         anchors { right: parent.right; top: parent.top; margins: 10 }
         objectName: "close-" + card.record.key
         text: "✕"
-        visible: card.record.isCloseable
+        visible: card.record.closePath !== ""
         onClicked: card.closed()
     }
 }

@@ -9,8 +9,6 @@ Item {
 
     required property string path
     readonly property string title: feed.channel.name ?? path.split("/").pop()
-    property int inView: 0
-    property int atRest: -1
     property bool isRefreshing: false
     property real keptOffset: 0
     signal opened(string link)
@@ -18,35 +16,28 @@ Item {
     /// Finds the row that is shown, and has it play soon.
     function look() {
         const row = view.indexAt(view.width / 2, view.contentY + view.height * 0.35);
-        if (row >= 0) {
-            inView = row;
+        if (row >= 0)
             feed.passed(row);
-        }
         rest.restart();
     }
 
     Timer {
         id: rest
         interval: 120
-        onTriggered: {
-            page.atRest = page.inView;
-            feed.settled(page.inView);
-        }
+        onTriggered: feed.settled(feed.shown)
     }
     FeedModel {
         id: feed
         path: page.path
         onAboutToPrepend: {
-            const shown = view.itemAtIndex(page.inView);
+            const shown = view.itemAtIndex(feed.shown);
             page.keptOffset = shown ? view.contentY - shown.y : 0;
         }
-        onPrepended: count => {
+        onPrepended: {
             if (page.isRefreshing) {
                 view.positionViewAtBeginning();
             } else {
-                page.inView += count;
-                page.atRest += count;
-                view.positionViewAtIndex(page.inView, ListView.Beginning);
+                view.positionViewAtIndex(feed.shown, ListView.Beginning);
                 view.contentY += page.keptOffset;
             }
         }
@@ -75,16 +66,15 @@ Item {
             color: feed.channel.background ?? "black"
             objectName: "channelHeader"
             // It may come later than the posts.
-            onHeightChanged: if (page.inView === 0) Qt.callLater(view.positionViewAtBeginning)
+            onHeightChanged: if (feed.shown === 0) Qt.callLater(view.positionViewAtBeginning)
             Row {
                 x: 16
                 spacing: 16
                 anchors.verticalCenter: parent.verticalCenter
-                Image {
+                Picture {
                     width: 60
                     height: 60
-                    sourceSize: Qt.size(60, 60)
-                    source: feed.channel.icon ?? ""
+                    url: feed.channel.icon ?? ""
                 }
                 Column {
                     anchors.verticalCenter: parent.verticalCenter
@@ -117,8 +107,7 @@ Item {
                 roleValue: false
                 Post {
                     width: view.width
-                    playing: index === page.atRest && page.StackView.status === StackView.Active
-                    onActed: action => feed.act(index, action)
+                    playing: index === feed.atRest && page.StackView.status === StackView.Active
                     onLooped: feed.looped(index)
                     onOpened: link => page.opened(link)
                 }

@@ -102,7 +102,7 @@ ApplicationWindow {
             anchors { right: parent.right; rightMargin: 10; verticalCenter: parent.verticalCenter }
             objectName: "retry"
             text: "Try again"
-            onClicked: Host.retry()
+            onClicked: Host.readUser()
         }
     }
     Rectangle {
@@ -135,6 +135,6 @@ ApplicationWindow {
     }
     Loader {
         anchors.fill: parent
-        source: ({ signIn: "SignIn.qml", captcha: "Captcha.qml" })[Host.sheet] ?? ""
+        source: Host.sheet ? Host.sheet + ".qml" : ""
     }
 }

@@ -5,7 +5,9 @@ Rectangle {
     id: pill
 
     property alias text: label.text
-    property bool on: false
+    /// What the button switches, if it does.
+    property var toggle: null
+    property bool on: toggle?.on ?? false
     property color tint: "#19c3a6"
     signal clicked
 
@@ -23,6 +25,6 @@ Rectangle {
     }
     MouseArea {
         anchors.fill: parent
-        onClicked: pill.clicked()
+        onClicked: pill.toggle ? pill.toggle.press() : pill.clicked()
     }
 }

@@ -7,16 +7,7 @@ Rectangle {
 
     required property int index
     required property var record
-    required property string video
-    required property real loops
-    required property real likes
-    required property real rekelos
-    required property bool liked
-    required property bool rekeloed
-    required property bool following
-    required property bool less
     property bool playing: false
-    signal acted(int action)
     signal looped
     signal opened(string link)
 
@@ -35,16 +26,15 @@ Rectangle {
         onLinkActivated: link => post.opened(link)
     }
     component Line: Row {
-        property alias icon: picture.source
+        property alias icon: picture.url
         property alias text: words.text
         spacing: 8
         visible: text !== ""
-        Image {
+        Picture {
             id: picture
             width: 20
             height: 20
-            sourceSize: Qt.size(20, 20)
-            visible: source != ""
+            visible: url !== ""
         }
         Words {
             id: words
@@ -62,14 +52,13 @@ Rectangle {
         Item {
             width: parent.width
             height: 56
-            Image {
+            Picture {
                 id: face
                 x: 12
                 y: 8
                 width: 40
                 height: 40
-                source: post.record.avatar
-                sourceSize: Qt.size(40, 40)
+                url: post.record.avatar
             }
             Text {
                 anchors { left: face.right; leftMargin: 10; verticalCenter: face.verticalCenter }
@@ -85,33 +74,35 @@ Rectangle {
             Pill {
                 anchors { right: parent.right; rightMargin: 12; verticalCenter: face.verticalCenter }
                 objectName: "follow-" + post.record.key
-                text: post.following ? "Following" : "Follow"
-                on: post.following
-                onClicked: post.acted(FeedModel.Follow)
+                text: on ? "Following" : "Follow"
+                toggle: post.record.follow
             }
         }
         Item {
             width: parent.width
             height: width
-            Image {
+            Picture {
                 anchors.fill: parent
                 objectName: "thumbnail-" + post.record.key
-                source: post.record.thumbnail
-                sourceSize: Qt.size(width, height)
+                url: post.record.thumbnail
                 visible: !loop.hasPicture
             }
             LoopItem {
                 id: loop
                 objectName: "loop-" + post.record.key
                 anchors.fill: parent
-                source: post.video
+                source: video.file
                 playing: post.playing
                 onLooped: post.looped()
+            }
+            RemoteFile {
+                id: video
+                url: post.playing ? post.record.video : ""
             }
             Rectangle {
                 anchors.fill: parent
                 color: "#c0101216"
-                visible: post.less
+                visible: post.record.less.on
                 Text {
                     anchors.centerIn: parent
                     color: "#e8eaee"
@@ -135,22 +126,19 @@ Rectangle {
                 spacing: 8
                 Pill {
                     objectName: "like-" + post.record.key
-                    text: "♥ " + post.likes
-                    on: post.liked
+                    text: "♥ " + (post.record.likes + toggle.added)
+                    toggle: post.record.like
                     tint: "#ff5c7a"
-                    onClicked: post.acted(FeedModel.Like)
                 }
                 Pill {
                     objectName: "rekelo-" + post.record.key
-                    text: "⟲ " + post.rekelos
-                    on: post.rekeloed
-                    onClicked: post.acted(FeedModel.Rekelo)
+                    text: "⟲ " + (post.record.rekelos + toggle.added)
+                    toggle: post.record.rekelo
                 }
                 Pill {
                     objectName: "less-" + post.record.key
                     text: "Less"
-                    on: post.less
-                    onClicked: post.acted(FeedModel.Less)
+                    toggle: post.record.less
                 }
                 Pill {
                     objectName: "channel-" + post.record.key
@@ -163,7 +151,7 @@ Rectangle {
                 objectName: "loops-" + post.record.key
                 color: "#9aa0aa"
                 font.pixelSize: 13
-                text: Number(post.loops).toLocaleString(Qt.locale("en"), "f", 0) + " loops"
+                text: Number(post.record.loops).toLocaleString(Qt.locale("en"), "f", 0) + " loops"
             }
         }
     }

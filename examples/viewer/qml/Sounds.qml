@@ -12,22 +12,22 @@ ListView {
     clip: true
     model: SoundModel {}
     delegate: Rectangle {
-        required property var sound
+        required property var record
         width: view.width
         height: 56
         color: "#16181d"
-        objectName: "sound-" + sound.soundId
+        objectName: "sound-" + record.soundId
         Text {
             anchors { left: parent.left; leftMargin: 16; verticalCenter: parent.verticalCenter }
             color: "#e8eaee"
             font.pixelSize: 16
-            text: parent.sound.name
+            text: parent.record.name
         }
         Pill {
             anchors { right: parent.right; rightMargin: 16; verticalCenter: parent.verticalCenter }
             text: "Featured"
             on: true
-            visible: parent.sound.featured
+            visible: parent.record.featured
         }
     }
 }

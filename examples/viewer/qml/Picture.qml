@@ -1,0 +1,13 @@
+// A picture of the service, as large as it is shown.
+import QtQuick
+import KeloViewer
+
+Image {
+    property alias url: remote.url
+
+    source: remote.file
+    sourceSize: Qt.size(width, height)
+    asynchronous: true
+
+    RemoteFile { id: remote }
+}
