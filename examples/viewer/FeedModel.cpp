@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <QSettings>
+#include <QUrlQuery>
 
 using namespace KeloAPI;
 
@@ -16,64 +17,13 @@ constexpr std::int64_t pageSize = 10;
 /// How many rows before the end the next page is read.
 constexpr int rowsAhead = 6;
 
-/// Paging parameters as the settings keep them.
-QVariantMap keptOf(const Parameters& page) {
-    QVariantMap kept;
-    for (const auto& [name, value] : page) {
-        const auto* text = std::get_if<std::string>(&value.held());
-        const auto* number = std::get_if<std::int64_t>(&value.held());
-        kept.insert(QString::fromStdString(name), text     ? QString::fromStdString(*text)
-                                                  : number ? QString::number(*number)
-                                                           : QString());
+/// The parameters of a query, all of them as texts.
+Parameters parametersOf(const QString& query) {
+    Parameters parameters;
+    for (const auto& [name, value] : QUrlQuery(query).queryItems(QUrl::FullyDecoded)) {
+        parameters.emplace(name.toStdString(), value.toStdString());
     }
-    return kept;
-}
-
-/// Those of the page at which the feed was left. All are texts: a query has only texts.
-Parameters pageOf(const QVariantMap& kept) {
-    Parameters page;
-    for (auto one = kept.begin(); one != kept.end(); ++one) {
-        page.emplace(one.key().toStdString(), one.value().toString().toStdString());
-    }
-    return page;
-}
-
-/// All posts of an author share it. Records do not tell, so that nobody is followed at the start.
-Toggle* followOf(const std::string& authorId) {
-    static std::map<std::string, Toggle*> known;
-    Toggle*& follow = known[authorId];
-    if (follow == nullptr) {
-        follow = new Toggle(&Host::shared(), false, [authorId](bool on, const auto& completion) {
-            UserEndpoint::create(authorId)->setFollowingOnTwitter(on, completion);
-        });
-    }
-    return follow;
-}
-
-/// Gives the post its buttons.
-void addToggles(Row& row, QObject* owner) {
-    const auto add = [&row](const char* name, Toggle* toggle) {
-        row.shown[name] = QVariant::fromValue(toggle);
-    };
-    const auto post = row.post;
-    add("like",
-        new Toggle(owner, post->liked.value_or(false), [post](bool on, const auto& completion) {
-            LikeActionEndpoint::create(post)->toggle(on, completion);
-        }));
-    add("rekelo", new Toggle(owner, post->rekeloed(), [post](bool on, const auto& completion) {
-            RekeloActionEndpoint::create(post)->toggle(on, [=](const auto& result) {
-                if (const auto* success = result.success()) {
-                    post->currentUserRekelo = on ? success->item : nullptr;
-                }
-                completion(result);
-            });
-        }));
-    add("less", new Toggle(owner, false, [post](bool on, const auto& completion) {
-            RecommendationsEndpoint::create()->addPostFeedback(
-                *post->postId, on ? RecommendationBoost::Negative : RecommendationBoost::Neutral,
-                completion);
-        }));
-    add("follow", followOf(row.shown["authorId"].toString().toStdString()));
+    return parameters;
 }
 
 } // namespace
@@ -91,9 +41,9 @@ FeedModel::FeedModel() {
 
 void FeedModel::setPath(const QString& path) {
     _path = path;
-    restart(pageOf(QSettings().value("place/" + _path).toMap()));
+    restart(parametersOf(QSettings().value("place/" + _path).toString()));
     if (path.startsWith("timelines/channels/")) {
-        readChannel(path.section('/', -1).toStdString());
+        readChannel();
     }
 }
 
@@ -119,14 +69,11 @@ void FeedModel::read(Side side, const Parameters& page) {
     parameters.emplace("size", pageSize);
     parameters.insert(endpoint->parameters().begin(), endpoint->parameters().end());
     endpoint->setParameters(std::move(parameters));
-    endpoint->request(
-        std::make_shared<PostRowParser>(),
-        Host::completion(
-            _load.get(),
-            [this, side, page](const Rows& records, const auto& metadata, const auto&...) {
-                received(side, page, records, metadata);
-            },
-            [this, side, page] { failed(side, page); }));
+    const auto heard = [=, this](const Rows& records, const auto& metadata, const auto&...) {
+        received(side, page, records, metadata);
+    };
+    endpoint->request(std::make_shared<PostRowParser>(),
+                      Host::completion(_load.get(), heard, [=, this] { failed(side, page); }));
 }
 
 void FeedModel::failed(Side side, const Parameters& page) {
@@ -147,7 +94,7 @@ void FeedModel::received(Side side, const Parameters& page, const Rows& records,
     for (const auto& record : records) {
         // The feed may have moved on between two pages.
         if (_load->known.insert(*record->post->postId).second) {
-            rows.append({record->post, record->shown, keptOf(page)});
+            rows.append({record->post, record->shown, QString::fromStdString(queryString(page))});
             addToggles(rows.back(), _load.get());
         }
     }
@@ -227,38 +174,32 @@ void FeedModel::looped(int row) {
     Q_EMIT dataChanged(index(row), index(row));
 }
 
-/// Reads what is at a path; `use` gets the records.
-template <class P, class Use>
-void FeedModel::readRecords(const std::string& path, Use use) {
-    const auto endpoint = Endpoint::create(Api::session(SessionType::Authenticated));
-    endpoint->setPath(path);
-    endpoint->request(std::make_shared<P>(),
-                      Host::completion(_load.get(), [use](const auto& records, const auto&...) {
-                          use(records);
-                      }));
-}
-
-void FeedModel::readChannel(const std::string& id) {
-    readRecords<KLChannelParser>("channels/" + id, [this](const auto& channels) {
-        const KLChannel& channel = *channels.at(0);
+void FeedModel::readChannel() {
+    const auto heard = [this](const auto& channels, const auto&...) {
         const auto text = &QString::fromStdString;
-        _channel = {
-            {"name", text(channel.name)},
-            {"details", text(channel.channelDescription.value_or(""))},
-            {"color", text("#" + channel.fontColorHex)},
-            {"background", text("#" + channel.backgroundColorHex)},
-            {"icon", text(channel.iconRetinaUrl ? channel.iconRetinaUrl->absoluteString() : "")}};
+        for (const auto& channel : channels) {
+            const auto icon = channel->iconRetinaUrl;
+            _channel = {{"name", text(channel->name)},
+                        {"details", text(channel->channelDescription.value_or(""))},
+                        {"color", text("#" + channel->fontColorHex)},
+                        {"background", text("#" + channel->backgroundColorHex)},
+                        {"icon", text(icon ? icon->absoluteString() : "")}};
+        }
         Q_EMIT changed();
-    });
+    };
+    Host::endpoint("channels/" + _path.section('/', -1))
+        ->request(std::make_shared<KLChannelParser>(), Host::completion(this, heard));
 }
 
 void FeedModel::readCards() {
-    readRecords<CardRowParser>("inserts/" + _path.toStdString(), [this](const auto& cards) {
+    const auto heard = [this](const Rows& cards, const auto&...) {
         for (const auto& card : cards) {
             _load->cards.insert(card->shown["position"].toLongLong(), *card);
         }
         placeCards();
-    });
+    };
+    Host::endpoint("inserts/" + _path)
+        ->request(std::make_shared<CardRowParser>(), Host::completion(_load.get(), heard));
 }
 
 /// Each card goes behind as many posts as it says, once there are so many.
@@ -274,13 +215,11 @@ void FeedModel::placeCards() {
 
 void FeedModel::closeCard(int row) {
     beginRemoveRows({}, row, row);
-    const Row closed = _rows.takeAt(row);
+    const Row card = _rows.takeAt(row);
     endRemoveRows();
-    const auto endpoint = Endpoint::create(Api::session(SessionType::Authenticated));
-    endpoint->setPath(closed.shown["closePath"].toString().toStdString());
-    endpoint->setMethod(Method::POST);
-    endpoint->request(std::make_shared<KLEmptyParser>(),
-                      Host::completion(
-                          _load.get(), [](const auto&...) {},
-                          [=, this] { insert(std::min(row, rowCount()), {closed}); }));
+    const auto refused = [=, this] { insert(std::min(row, rowCount()), {card}); };
+    Host::endpoint(card.shown["closePath"].toString(), Method::POST)
+        ->request(std::make_shared<KLEmptyParser>(),
+                  Host::completion(
+                      _load.get(), [](const auto&...) {}, refused));
 }

@@ -2,6 +2,7 @@
 // their end or start, and videos as it comes to rest.
 #pragma once
 
+#include "Host.hpp"
 #include "RowModel.hpp"
 
 #include <qqmlregistration.h>
@@ -59,9 +60,7 @@ private:
     void received(Side side, const KeloAPI::Parameters& page, const Rows& records,
                   const std::optional<KeloAPI::Metadata>& metadata);
     void failed(Side side, const KeloAPI::Parameters& page);
-    template <class P, class Use>
-    void readRecords(const std::string& path, Use use);
-    void readChannel(const std::string& id);
+    void readChannel();
     void readCards();
     void placeCards();
     void insert(int at, const QList<Row>& rows);

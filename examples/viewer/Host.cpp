@@ -85,6 +85,13 @@ void Host::setOffline(bool offline) {
     }
 }
 
+std::shared_ptr<Endpoint> Host::endpoint(const QString& path, Method method) {
+    auto endpoint = Endpoint::create(Api::session(SessionType::Authenticated));
+    endpoint->setPath(path.toStdString());
+    endpoint->setMethod(method);
+    return endpoint;
+}
+
 void Host::readUser() {
     MeEndpoint::create()->get(completion(this, [this](const MeResult& result) {
         _userName = QString::fromStdString(result.success()->user->username.value_or(""));
@@ -103,28 +110,25 @@ void Host::signIn(const QString& user, const QString& password) {
         const auto key = json["key"].text();
         return key ? std::make_shared<std::string>(*key) : nullptr;
     };
-    endpoint->request(
-        std::make_shared<KLClosureParser<std::string>>(keyIn),
-        [this](const auto& keys, const auto&, const auto&, const std::optional<Error>& error) {
-            if (error || keys.empty()) {
-                _problem = error ? QString::fromStdString(error->localizedDescription())
-                                 : "The service sent no key.";
-                Q_EMIT changed();
-                return;
-            }
-            {
-                const std::lock_guard lock(_keyMutex);
-                _key = *keys.front();
-            }
-            QSettings().setValue("sessionKey", QString::fromStdString(_key));
-            closeSheet(true);
-            readUser();
-        });
+    const auto heard = [this](const auto& keys, const auto&...) {
+        if (keys.empty()) {
+            Q_EMIT said("The service sent no key.");
+            return;
+        }
+        {
+            const std::lock_guard lock(_keyMutex);
+            _key = *keys.front();
+        }
+        QSettings().setValue("sessionKey", QString::fromStdString(_key));
+        closeSheet(true);
+        readUser();
+    };
+    endpoint->request(std::make_shared<KLClosureParser<std::string>>(keyIn),
+                      completion(this, heard));
 }
 
 void Host::closeSheet(bool sendAgain) {
     _sheet.clear();
-    _problem.clear();
     Q_EMIT changed();
     const auto waiting = std::exchange(_waiting, {});
     Api::session(SessionType::Authenticated)->handleQueuedRetries(sendAgain);

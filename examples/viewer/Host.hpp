@@ -23,8 +23,6 @@ class Host : public QObject, public ExampleHost {
     /// "SignIn", "Captcha" or empty: which sheet lies over the feed.
     Q_PROPERTY(QString sheet MEMBER _sheet NOTIFY changed)
     Q_PROPERTY(QString captchaUrl MEMBER _captchaUrl NOTIFY changed)
-    /// What the service said to the last try to sign in.
-    Q_PROPERTY(QString problem MEMBER _problem NOTIFY changed)
     Q_PROPERTY(QString userName MEMBER _userName NOTIFY changed)
     /// The last call did not reach the service.
     Q_PROPERTY(bool offline READ offline NOTIFY changed)
@@ -58,6 +56,9 @@ public:
                 });
         };
     }
+    /// Any path of the service's, for who is signed in.
+    static std::shared_ptr<KeloAPI::Endpoint>
+    endpoint(const QString& path, KeloAPI::Method method = KeloAPI::Method::GET);
     /// Shows the banner where the error says that the network is down.
     void noteLostNetwork(const KeloAPI::Error& error);
     bool offline() const { return _offline; }
@@ -95,7 +96,7 @@ private:
         return result.error();
     }
 
-    QString _sheet, _captchaUrl, _problem, _userName;
+    QString _sheet, _captchaUrl, _userName;
     bool _offline = false;
     QTimer _poll; // runs while the network is down
     std::atomic<bool> _isPolling = false;

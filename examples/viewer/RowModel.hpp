@@ -8,7 +8,7 @@
 struct Row {
     std::shared_ptr<KeloAPI::KLWatchPost> post; ///< Null where the row is not a post.
     QVariantMap shown;                          ///< What is missing is an empty text.
-    QVariantMap page;                           ///< The paging parameters that brought the post.
+    QString page;                               ///< The query of the page that brought the post.
 };
 
 /// The roles are "record", which is what is shown, and "isCard".

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Host.hpp"
+#include "RowModel.hpp"
 
 class Toggle : public QObject {
     Q_OBJECT
@@ -61,3 +62,7 @@ private:
     bool _isBusy = false;
     const Host::Work _send;
 };
+
+/// Gives a post its buttons "like", "rekelo", "less" and "follow". They go with `owner`, but for
+/// the last, which all posts of an author share.
+void addToggles(Row& row, QObject* owner);

@@ -31,10 +31,14 @@ Sheet {
         echoMode: TextInput.Password
     }
     Text {
+        id: problem
         objectName: "problem"
         color: "#ff5c7a"
-        text: Host.problem
         visible: text !== ""
+    }
+    Connections {
+        target: Host
+        function onSaid(text) { problem.text = text }
     }
     Row {
         spacing: 10

@@ -74,7 +74,7 @@ Item {
             color: "#e8eaee"
             wrapMode: Text.Wrap
             text: ({ idle: "", uploading: "Uploading …", processing: "The service prepares it …",
-                     done: "It is there.", cancelled: "Cancelled." })[upload.state] ?? upload.problem
+                     done: "It is there.", cancelled: "Cancelled." })[upload.state] ?? upload.state
         }
     }
 }

@@ -1,21 +1,17 @@
-#include "LoopItem.hpp"
+// Decodes a video file with libav.
+#pragma once
 
 #include <chrono>
-#include <condition_variable>
 #include <memory>
 #include <optional>
-#include <QQuickWindow>
-#include <QSGImageNode>
+#include <QImage>
+#include <string>
 
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
 #include <libswscale/swscale.h>
 }
-
-namespace {
-
-using Clock = std::chrono::steady_clock;
 
 /// Calls one of libav's functions that take the address of a pointer and clear it.
 template <auto release>
@@ -30,8 +26,8 @@ struct Release {
 /// shown.
 struct Frame {
     QImage picture;
-    Clock::duration start;
-    Clock::duration end;
+    std::chrono::nanoseconds start;
+    std::chrono::nanoseconds end;
 };
 
 /// Decodes the best video stream of a file, from the start again after its end.
@@ -103,9 +99,9 @@ private:
         return picture;
     }
 
-    Clock::duration time(std::int64_t timestamp) const {
+    std::chrono::nanoseconds time(std::int64_t timestamp) const {
         const double unit = av_q2d(_file->streams[_stream]->time_base);
-        return std::chrono::duration_cast<Clock::duration>(
+        return std::chrono::duration_cast<std::chrono::nanoseconds>(
             std::chrono::duration<double>(static_cast<double>(timestamp) * unit));
     }
 
@@ -117,93 +113,3 @@ private:
     SwsContext* _scaler = nullptr;
     int _stream = -1;
 };
-
-} // namespace
-
-LoopItem::LoopItem() {
-    setFlag(ItemHasContents);
-    connect(this, &LoopItem::sourceChanged, this, &LoopItem::restart);
-    connect(this, &LoopItem::playingChanged, this, &LoopItem::restart);
-}
-
-void LoopItem::restart() {
-    _thread = {};
-    _next = {};
-    _hasLooped = false;
-    const QSize size = QSizeF(width(), height()).toSize();
-    if (_isPlaying && !_source.isEmpty() && !size.isEmpty()) {
-        _thread = std::jthread([this, path = _source.toLocalFile().toStdString(),
-                                size](const std::stop_token& stop) { play(stop, path, size); });
-    } else if (hasPicture()) {
-        _picture = {};
-        update();
-        Q_EMIT hasPictureChanged();
-    }
-}
-
-/// Plays over and over, on the thread. Each picture goes to the main thread when it is due, which
-/// leaves out those that it has no time for.
-void LoopItem::play(const std::stop_token& stop, const std::string& path, QSize size) {
-    Decoder decoder(path, size);
-    std::condition_variable_any never;
-    // One clock for all rounds: what a seam costs is made up for before the next frame is due.
-    auto start = Clock::now();
-    Clock::duration length{};
-    while (!stop.stop_requested()) {
-        const auto frame = decoder.next();
-        if (!frame && length == length.zero()) {
-            return;
-        }
-        if (!frame) {
-            start += std::exchange(length, {});
-            decoder.rewind();
-            const std::lock_guard lock(_mutex);
-            _hasLooped = true;
-            continue;
-        }
-        length = frame->end;
-        std::unique_lock lock(_mutex);
-        never.wait_until(lock, stop, start + frame->start, [] { return false; });
-        if (!stop.stop_requested()) {
-            _next = frame->picture;
-            QMetaObject::invokeMethod(this, &LoopItem::showNext, Qt::QueuedConnection);
-        }
-    }
-}
-
-void LoopItem::showNext() {
-    std::unique_lock lock(_mutex);
-    if (_next.isNull()) {
-        return; // it was shown in the place of an earlier one, or playing has ended
-    }
-    const bool isFirst = !hasPicture();
-    _picture = std::exchange(_next, {});
-    const bool hasLooped = std::exchange(_hasLooped, false);
-    lock.unlock();
-    _isNew = true;
-    update();
-    if (isFirst) {
-        Q_EMIT hasPictureChanged();
-    }
-    if (hasLooped) {
-        Q_EMIT looped();
-    }
-}
-
-QSGNode* LoopItem::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {
-    auto* node = static_cast<QSGImageNode*>(old);
-    if (!hasPicture()) {
-        delete node;
-        return nullptr;
-    }
-    if (node == nullptr) {
-        node = window()->createImageNode();
-        node->setOwnsTexture(true);
-        _isNew = true;
-    }
-    if (std::exchange(_isNew, false)) {
-        node->setTexture(window()->createTextureFromImage(_picture));
-    }
-    node->setRect(boundingRect());
-    return node;
-}
