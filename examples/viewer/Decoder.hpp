@@ -2,7 +2,6 @@
 #pragma once
 
 #include <chrono>
-#include <memory>
 #include <optional>
 #include <QImage>
 #include <string>
@@ -12,15 +11,6 @@ extern "C" {
 #include <libavformat/avformat.h>
 #include <libswscale/swscale.h>
 }
-
-/// Calls one of libav's functions that take the address of a pointer and clear it.
-template <auto release>
-struct Release {
-    template <class T>
-    void operator()(T* pointer) const {
-        release(&pointer);
-    }
-};
 
 /// A frame of a video, and the times since the video's start from which and until which it is
 /// shown.
@@ -36,34 +26,33 @@ public:
     /// The pictures are scaled to `size`.
     Decoder(const std::string& path, QSize size)
         : _size(size) {
-        AVFormatContext* file = nullptr;
-        if (avformat_open_input(&file, path.c_str(), nullptr, nullptr) < 0) {
-            return;
-        }
-        _file.reset(file);
         const AVCodec* codec = nullptr;
-        if (avformat_find_stream_info(file, nullptr) < 0 ||
-            (_stream = av_find_best_stream(file, AVMEDIA_TYPE_VIDEO, -1, -1, &codec, 0)) < 0) {
+        if (avformat_open_input(&_file, path.c_str(), nullptr, nullptr) < 0 ||
+            avformat_find_stream_info(_file, nullptr) < 0 ||
+            (_stream = av_find_best_stream(_file, AVMEDIA_TYPE_VIDEO, -1, -1, &codec, 0)) < 0) {
             return;
         }
-        _codec.reset(avcodec_alloc_context3(codec));
-        avcodec_parameters_to_context(_codec.get(), file->streams[_stream]->codecpar);
+        _codec = avcodec_alloc_context3(codec);
+        avcodec_parameters_to_context(_codec, _file->streams[_stream]->codecpar);
         _codec->thread_count = 1; // small videos: more threads cost more than they save
-        if (avcodec_open2(_codec.get(), codec, nullptr) < 0) {
-            _codec.reset();
-        }
+        avcodec_open2(_codec, codec, nullptr); // without it, no frame comes
     }
-    ~Decoder() { sws_freeContext(_scaler); }
+    Decoder(const Decoder&) = delete;
+    Decoder& operator=(const Decoder&) = delete;
+    ~Decoder() {
+        sws_freeContext(_scaler);
+        av_packet_free(&_packet);
+        av_frame_free(&_frame);
+        avcodec_free_context(&_codec);
+        avformat_close_input(&_file);
+    }
 
     /// The next frame; none at the end, and where the file is not a video.
     std::optional<Frame> next() {
-        int state = _codec ? AVERROR(EAGAIN) : AVERROR_EOF;
-        while (state == AVERROR(EAGAIN)) {
-            state = avcodec_receive_frame(_codec.get(), _frame.get());
-            if (state == AVERROR(EAGAIN) && !feed()) {
-                return std::nullopt;
-            }
-        }
+        int state = AVERROR_EOF;
+        do {
+            state = _codec ? avcodec_receive_frame(_codec, _frame) : AVERROR_EOF;
+        } while (state == AVERROR(EAGAIN) && feed());
         if (state < 0) {
             return std::nullopt;
         }
@@ -72,8 +61,8 @@ public:
     }
 
     void rewind() {
-        av_seek_frame(_file.get(), _stream, 0, AVSEEK_FLAG_BACKWARD);
-        avcodec_flush_buffers(_codec.get());
+        av_seek_frame(_file, _stream, 0, AVSEEK_FLAG_BACKWARD);
+        avcodec_flush_buffers(_codec);
     }
 
 private:
@@ -81,10 +70,10 @@ private:
     bool feed() {
         int state = 0;
         do {
-            av_packet_unref(_packet.get());
-            state = av_read_frame(_file.get(), _packet.get());
+            av_packet_unref(_packet);
+            state = av_read_frame(_file, _packet);
         } while (state >= 0 && _packet->stream_index != _stream);
-        return avcodec_send_packet(_codec.get(), state < 0 ? nullptr : _packet.get()) >= 0;
+        return avcodec_send_packet(_codec, state < 0 ? nullptr : _packet) >= 0;
     }
 
     QImage picture() {
@@ -100,16 +89,15 @@ private:
     }
 
     std::chrono::nanoseconds time(std::int64_t timestamp) const {
-        const double unit = av_q2d(_file->streams[_stream]->time_base);
-        return std::chrono::duration_cast<std::chrono::nanoseconds>(
-            std::chrono::duration<double>(static_cast<double>(timestamp) * unit));
+        const AVRational unit = _file->streams[_stream]->time_base;
+        return std::chrono::nanoseconds(av_rescale_q(timestamp, unit, {1, std::nano::den}));
     }
 
     const QSize _size;
-    std::unique_ptr<AVFormatContext, Release<&avformat_close_input>> _file;
-    std::unique_ptr<AVCodecContext, Release<&avcodec_free_context>> _codec;
-    std::unique_ptr<AVFrame, Release<&av_frame_free>> _frame{av_frame_alloc()};
-    std::unique_ptr<AVPacket, Release<&av_packet_free>> _packet{av_packet_alloc()};
+    AVFormatContext* _file = nullptr;
+    AVCodecContext* _codec = nullptr;
+    AVFrame* _frame = av_frame_alloc();
+    AVPacket* _packet = av_packet_alloc();
     SwsContext* _scaler = nullptr;
     int _stream = -1;
 };

@@ -2,7 +2,6 @@
 
 #include "Loops.hpp"
 #include "RemoteFile.hpp"
-#include "RowParsers.hpp"
 #include "Toggle.hpp"
 
 #include <algorithm>
@@ -24,6 +23,44 @@ Parameters parametersOf(const QString& query) {
         parameters.emplace(name.toStdString(), value.toStdString());
     }
     return parameters;
+}
+
+/// All posts of an author share it. Records do not tell, so that nobody is followed at the start.
+Toggle* followOf(const std::string& authorId) {
+    static std::map<std::string, Toggle*> known;
+    Toggle*& follow = known[authorId];
+    if (follow == nullptr) {
+        follow = new Toggle(&Host::shared(), false, [authorId](bool on, const auto& completion) {
+            UserEndpoint::create(authorId)->setFollowingOnTwitter(on, completion);
+        });
+    }
+    return follow;
+}
+
+/// Gives a post its buttons, which go with `owner`, but for the author's.
+void addToggles(Row& row, QObject* owner) {
+    const auto add = [&](const char* name, bool on, auto call) {
+        row.shown[name] = QVariant::fromValue(new Toggle(owner, on, call));
+    };
+    const auto post = row.post;
+    add("like", post->liked.value_or(false), [post](bool on, const auto& completion) {
+        LikeActionEndpoint::create(post)->toggle(on, completion);
+    });
+    add("rekelo", post->rekeloed(), [post](bool on, const auto& completion) {
+        RekeloActionEndpoint::create(post)->toggle(on, [=](const auto& result) {
+            if (const auto* success = result.success()) {
+                post->currentUserRekelo = on ? success->item : nullptr;
+            }
+            completion(result);
+        });
+    });
+    add("less", false, [post](bool on, const auto& completion) {
+        RecommendationsEndpoint::create()->addPostFeedback(
+            *post->postId, on ? RecommendationBoost::Negative : RecommendationBoost::Neutral,
+            completion);
+    });
+    row.shown["follow"] =
+        QVariant::fromValue(followOf(row.shown["authorId"].toString().toStdString()));
 }
 
 } // namespace
@@ -72,7 +109,7 @@ void FeedModel::read(Side side, const Parameters& page) {
     const auto heard = [=, this](const Rows& records, const auto& metadata, const auto&...) {
         received(side, page, records, metadata);
     };
-    endpoint->request(std::make_shared<PostRowParser>(),
+    endpoint->request(std::make_shared<RowParser>(Row::ofPost),
                       Host::completion(_load.get(), heard, [=, this] { failed(side, page); }));
 }
 
@@ -122,9 +159,6 @@ void FeedModel::insert(int at, const QList<Row>& rows) {
     }
     const int count = static_cast<int>(rows.size());
     const bool isBefore = at == 0 && !_rows.isEmpty();
-    if (isBefore) {
-        Q_EMIT aboutToPrepend();
-    }
     beginInsertRows({}, at, at + count - 1);
     _rows = _rows.first(at) + rows + _rows.sliced(at);
     endInsertRows();
@@ -132,7 +166,7 @@ void FeedModel::insert(int at, const QList<Row>& rows) {
         _shown += count;
         _atRest += count;
         Q_EMIT changed();
-        Q_EMIT prepended(count);
+        Q_EMIT prepended();
     }
 }
 
@@ -169,7 +203,7 @@ void FeedModel::settled(int row) {
 
 void FeedModel::looped(int row) {
     QVariantMap& shown = _rows[row].shown;
-    countLoop(shown["key"].toString());
+    Loops::count(shown["key"].toString());
     shown["loops"] = shown["loops"].toULongLong() + 1;
     Q_EMIT dataChanged(index(row), index(row));
 }
@@ -199,7 +233,7 @@ void FeedModel::readCards() {
         placeCards();
     };
     Host::endpoint("inserts/" + _path)
-        ->request(std::make_shared<CardRowParser>(), Host::completion(_load.get(), heard));
+        ->request(std::make_shared<RowParser>(Row::ofCard), Host::completion(_load.get(), heard));
 }
 
 /// Each card goes behind as many posts as it says, once there are so many.

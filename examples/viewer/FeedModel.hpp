@@ -3,7 +3,7 @@
 #pragma once
 
 #include "Host.hpp"
-#include "RowModel.hpp"
+#include "Rows.hpp"
 
 #include <qqmlregistration.h>
 
@@ -39,8 +39,7 @@ public:
 
 Q_SIGNALS:
     void changed();
-    void aboutToPrepend();
-    void prepended(int count); ///< Rows came before the first one.
+    void prepended(); ///< Rows came before the first one.
 
 private:
     enum Side { Before, Behind };

@@ -7,8 +7,6 @@ using namespace KeloAPI;
 
 namespace {
 
-constexpr auto pollInterval = std::chrono::seconds(5);
-
 bool isOfNetwork(const Error& error) {
     return error.domain() == HTTPErrorDomain && !isHTTPError(error, HTTPErrorCode::Cancelled) &&
            !isHTTPError(error, HTTPErrorCode::HTTPStatus);
@@ -30,7 +28,7 @@ Host& Host::shared() {
         useManager({.connectTimeout = std::chrono::seconds(5),
                     .silenceTimeout = std::chrono::seconds(15)});
         Diagnostics::setSink([](std::string_view) {});
-        made->readUser();
+        made->retry();
         return made;
     }();
     return *host;
@@ -42,30 +40,27 @@ Host* Host::create(QQmlEngine*, QJSEngine*) {
 }
 
 // An app for people keeps the key in the system's keychain.
-Host::Host()
-    : _key(QSettings().value("sessionKey").toString().toStdString()) {
-    _poll.setInterval(pollInterval);
-    connect(&_poll, &QTimer::timeout, this, [this] {
-        _isPolling = true; // the service shall know that nobody asked for it
-        readUser();
-        _isPolling = false;
-    });
+Host::Host() {
+    const QString key = QSettings().value("sessionKey").toString();
+    _key = key.isEmpty() ? nullptr : std::make_shared<std::string>(key.toStdString());
 }
 
-void Host::hear(const Error* error, const Work& well, const Work& failed) {
-    const bool isLost = error != nullptr && isOfNetwork(*error);
-    setOffline(_offline || isLost);
-    if (error == nullptr) {
-        well();
-    } else if (isForSheet(*error)) {
-        _waiting.push_back(failed);
-    } else {
-        if (!isLost) {
+bool Host::wentWell(const Error* error, const QObject* context, const Work& failed) {
+    setOffline(error != nullptr && isOfNetwork(*error));
+    if (error != nullptr && isForSheet(*error)) {
+        const auto closed = [failed](bool sendAgain) {
+            if (!sendAgain) {
+                failed();
+            }
+        };
+        connect(this, &Host::sheetClosed, context, closed, Qt::SingleShotConnection);
+    } else if (error != nullptr) {
+        if (!_offline) {
             Q_EMIT said(QString::fromStdString(error->localizedDescription()));
         }
         failed();
     }
-    setOffline(isLost); // who waits for the network hears of it last
+    return error == nullptr;
 }
 
 void Host::noteLostNetwork(const Error& error) {
@@ -73,15 +68,11 @@ void Host::noteLostNetwork(const Error& error) {
 }
 
 void Host::setOffline(bool offline) {
-    if (std::exchange(_offline, offline) == offline) {
-        return;
-    }
-    Q_EMIT changed();
-    if (offline) {
-        _poll.start();
-    } else {
-        _poll.stop();
-        Q_EMIT retryWanted();
+    if (std::exchange(_offline, offline) != offline) {
+        Q_EMIT changed();
+        if (!offline) { // the call that went through comes first
+            QMetaObject::invokeMethod(this, &Host::retryWanted, Qt::QueuedConnection);
+        }
     }
 }
 
@@ -92,11 +83,10 @@ std::shared_ptr<Endpoint> Host::endpoint(const QString& path, Method method) {
     return endpoint;
 }
 
-void Host::readUser() {
-    MeEndpoint::create()->get(completion(this, [this](const MeResult& result) {
-        _userName = QString::fromStdString(result.success()->user->username.value_or(""));
-        Q_EMIT changed();
-    }));
+void Host::retry(bool isPoll) {
+    _isPolling = isPoll;
+    MeEndpoint::create()->get(completion(this, [](const MeResult&) {}));
+    _isPolling = false;
 }
 
 void Host::signIn(const QString& user, const QString& password) {
@@ -115,13 +105,9 @@ void Host::signIn(const QString& user, const QString& password) {
             Q_EMIT said("The service sent no key.");
             return;
         }
-        {
-            const std::lock_guard lock(_keyMutex);
-            _key = *keys.front();
-        }
-        QSettings().setValue("sessionKey", QString::fromStdString(_key));
+        _key = keys.front();
+        QSettings().setValue("sessionKey", QString::fromStdString(*keys.front()));
         closeSheet(true);
-        readUser();
     };
     endpoint->request(std::make_shared<KLClosureParser<std::string>>(keyIn),
                       completion(this, heard));
@@ -130,13 +116,7 @@ void Host::signIn(const QString& user, const QString& password) {
 void Host::closeSheet(bool sendAgain) {
     _sheet.clear();
     Q_EMIT changed();
-    const auto waiting = std::exchange(_waiting, {});
     Api::session(SessionType::Authenticated)->handleQueuedRetries(sendAgain);
-    for (const Work& failed : waiting) {
-        if (!sendAgain) {
-            failed();
-        }
-    }
     Q_EMIT sheetClosed(sendAgain);
 }
 
@@ -144,8 +124,8 @@ std::optional<std::string> Host::sessionKeyForSession(Session& session) {
     if (session.sessionType() == SessionType::UnAuthenticated) {
         return std::nullopt;
     }
-    const std::lock_guard lock(_keyMutex);
-    return _key.empty() ? ExampleHost::sessionKeyForSession(session) : _key;
+    const auto key = _key.load();
+    return key ? *key : ExampleHost::sessionKeyForSession(session);
 }
 
 void Host::reauthRequiredForSession(Session&) {

@@ -7,10 +7,8 @@
 #include <qqmlregistration.h>
 
 #include <atomic>
-#include <mutex>
 #include <QObject>
 #include <QPointer>
-#include <QTimer>
 #include <tuple>
 
 class QJSEngine;
@@ -23,9 +21,8 @@ class Host : public QObject, public ExampleHost {
     /// "SignIn", "Captcha" or empty: which sheet lies over the feed.
     Q_PROPERTY(QString sheet MEMBER _sheet NOTIFY changed)
     Q_PROPERTY(QString captchaUrl MEMBER _captchaUrl NOTIFY changed)
-    Q_PROPERTY(QString userName MEMBER _userName NOTIFY changed)
     /// The last call did not reach the service.
-    Q_PROPERTY(bool offline READ offline NOTIFY changed)
+    Q_PROPERTY(bool offline MEMBER _offline NOTIFY changed)
 
 public:
     using Work = std::function<void()>;
@@ -36,24 +33,16 @@ public:
     static Host* create(QQmlEngine*, QJSEngine*);
 
     /// The completion of any call: does `well` with what the call brought, or `failed` where
-    /// nothing more will come of it; neither once `context` has gone. A call that waits for a sheet
+    /// nothing more will come of it; nothing once `context` has gone. A call that waits for a sheet
     /// does neither now: either its completion is called again, or it is given up and has failed.
     template <class Well>
-    static auto completion(QObject* context, Well well, const Work& failed = {}) {
+    static auto completion(
+        QObject* context, Well well, const Work& failed = [] {}) {
         return [context = QPointer(context), well, failed](const auto&... outcome) {
             const auto& last = std::get<sizeof...(outcome) - 1>(std::tie(outcome...));
-            shared().hear(
-                errorOf(last),
-                [&] {
-                    if (context) {
-                        well(outcome...);
-                    }
-                },
-                [context, failed] {
-                    if (context && failed) {
-                        failed();
-                    }
-                });
+            if (context && shared().wentWell(errorOf(last), context, failed)) {
+                well(outcome...);
+            }
         };
     }
     /// Any path of the service's, for who is signed in.
@@ -61,15 +50,15 @@ public:
     endpoint(const QString& path, KeloAPI::Method method = KeloAPI::Method::GET);
     /// Shows the banner where the error says that the network is down.
     void noteLostNetwork(const KeloAPI::Error& error);
-    bool offline() const { return _offline; }
     /// Whether calls would go through now.
     bool isReady() const { return !_offline && _sheet.isEmpty(); }
 
     Q_INVOKABLE void signIn(const QString& user, const QString& password);
     /// Closes the sheet. The calls that waited for it are sent again, or dropped.
     Q_INVOKABLE void closeSheet(bool sendAgain);
-    /// Asks who is signed in, and so whether the service can be reached.
-    Q_INVOKABLE void readUser();
+    /// Asks who is signed in, to see whether the service can be reached. A poll is one that
+    /// nobody asked for.
+    Q_INVOKABLE void retry(bool isPoll = false);
 
     std::optional<std::string> sessionKeyForSession(KeloAPI::Session& session) override;
     bool isPollingForSession(KeloAPI::Session&) override { return _isPolling; }
@@ -85,7 +74,9 @@ Q_SIGNALS:
 
 private:
     Host();
-    void hear(const KeloAPI::Error* error, const Work& well, const Work& failed);
+    /// False with an error; does `failed` then, or when the sheet for which the call waits is
+    /// closed and the call given up.
+    bool wentWell(const KeloAPI::Error* error, const QObject* context, const Work& failed);
     void setOffline(bool offline);
 
     static const KeloAPI::Error* errorOf(const std::optional<KeloAPI::Error>& error) {
@@ -96,11 +87,8 @@ private:
         return result.error();
     }
 
-    QString _sheet, _captchaUrl, _userName;
+    QString _sheet, _captchaUrl;
     bool _offline = false;
-    QTimer _poll; // runs while the network is down
     std::atomic<bool> _isPolling = false;
-    std::vector<Work> _waiting; // what to do where calls that wait are given up
-    std::mutex _keyMutex;       // a file queue asks on its own thread
-    std::string _key;
+    std::atomic<std::shared_ptr<std::string>> _key; // a file queue asks on its own thread
 };

@@ -7,12 +7,11 @@
 
 #include <condition_variable>
 #include <mutex>
-#include <QQuickItem>
-#include <QQuickWindow>
-#include <QSGImageNode>
+#include <QPainter>
+#include <QQuickPaintedItem>
 #include <thread>
 
-class LoopItem : public QQuickItem {
+class LoopItem : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT
     /// The file; empty until it is there.
@@ -23,12 +22,12 @@ class LoopItem : public QQuickItem {
 
 public:
     LoopItem() {
-        setFlag(ItemHasContents);
         connect(this, &LoopItem::sourceChanged, this, &LoopItem::restart);
         connect(this, &LoopItem::playingChanged, this, &LoopItem::restart);
     }
 
     bool hasPicture() const { return !_picture.isNull(); }
+    void paint(QPainter* painter) override { painter->drawImage(boundingRect(), _picture); }
 
 Q_SIGNALS:
     void sourceChanged();
@@ -36,38 +35,16 @@ Q_SIGNALS:
     void hasPictureChanged();
     void looped(); ///< The video has come round.
 
-protected:
-    QSGNode* updatePaintNode(QSGNode* old, UpdatePaintNodeData*) override {
-        auto* node = static_cast<QSGImageNode*>(old);
-        if (!hasPicture()) {
-            delete node;
-            return nullptr;
-        }
-        if (node == nullptr) {
-            node = window()->createImageNode();
-            node->setOwnsTexture(true);
-            _isNew = true;
-        }
-        if (std::exchange(_isNew, false)) {
-            node->setTexture(window()->createTextureFromImage(_picture));
-        }
-        node->setRect(boundingRect());
-        return node;
-    }
-
 private:
     void restart() {
         _thread = {};
         _next = {};
-        _hasLooped = false;
         const QSize size = QSizeF(width(), height()).toSize();
         if (_isPlaying && !_source.isEmpty() && !size.isEmpty()) {
             _thread = std::jthread([this, path = _source.toLocalFile().toStdString(),
                                     size](const std::stop_token& stop) { play(stop, path, size); });
-        } else if (hasPicture()) {
-            _picture = {};
-            update();
-            Q_EMIT hasPictureChanged();
+        } else {
+            setPicture({});
         }
     }
 
@@ -87,8 +64,7 @@ private:
             if (!frame) {
                 start += std::exchange(length, {});
                 decoder.rewind();
-                const std::lock_guard lock(_mutex);
-                _hasLooped = true;
+                QMetaObject::invokeMethod(this, &LoopItem::looped, Qt::QueuedConnection);
                 continue;
             }
             length = frame->end;
@@ -103,30 +79,28 @@ private:
 
     void showNext() {
         std::unique_lock lock(_mutex);
-        if (_next.isNull()) {
-            return; // it was shown in the place of an earlier one, or playing has ended
-        }
-        const bool isFirst = !hasPicture();
-        _picture = std::exchange(_next, {});
-        const bool hasLooped = std::exchange(_hasLooped, false);
+        const QImage picture = std::exchange(_next, {});
         lock.unlock();
-        _isNew = true;
-        update();
-        if (isFirst) {
-            Q_EMIT hasPictureChanged();
+        if (!picture.isNull()) { // else it was shown in the place of an earlier one
+            setPicture(picture);
         }
-        if (hasLooped) {
-            Q_EMIT looped();
+    }
+
+    void setPicture(const QImage& picture) {
+        const bool hadPicture = hasPicture();
+        _picture = picture;
+        setFlag(ItemHasContents, hasPicture());
+        update();
+        if (hasPicture() != hadPicture) {
+            Q_EMIT hasPictureChanged();
         }
     }
 
     QUrl _source;
     bool _isPlaying = false;
     QImage _picture;
-    bool _isNew = false; // the picture is not in the scene graph yet
 
-    std::mutex _mutex; // guards what the thread hands over
-    QImage _next;
-    bool _hasLooped = false;
+    std::mutex _mutex;
+    QImage _next;         // handed over by the thread, under the mutex
     std::jthread _thread; // the last member: it ends before those go that it uses
 };

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Host.hpp"
-#include "RowModel.hpp"
+#include "Rows.hpp"
 
 #include <qqmlregistration.h>
 

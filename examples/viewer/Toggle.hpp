@@ -2,21 +2,17 @@
 #pragma once
 
 #include "Host.hpp"
-#include "RowModel.hpp"
 
 class Toggle : public QObject {
     Q_OBJECT
     /// What is shown.
-    Q_PROPERTY(bool on READ isOn NOTIFY changed)
-    /// What it adds to the counter of the post's record.
-    Q_PROPERTY(int added READ added NOTIFY changed)
+    Q_PROPERTY(bool on MEMBER _isOn NOTIFY changed)
 
 public:
     /// `on` is what the service knows; `call(on, completion)` tells it of a change.
     template <class Call>
     Toggle(QObject* parent, bool on, Call call)
         : QObject(parent)
-        , _wasOn(on)
         , _isOn(on)
         , _isConfirmedOn(on)
         , _send([this, call] {
@@ -30,9 +26,6 @@ public:
             };
             call(_isOn, Host::completion(this, taken, refused));
         }) {}
-
-    bool isOn() const { return _isOn; }
-    int added() const { return static_cast<int>(_isOn) - static_cast<int>(_wasOn); }
 
     Q_INVOKABLE void press() {
         _isOn = !_isOn;
@@ -56,13 +49,8 @@ private:
         settle();
     }
 
-    const bool _wasOn;
     bool _isOn;
     bool _isConfirmedOn;
     bool _isBusy = false;
     const Host::Work _send;
 };
-
-/// Gives a post its buttons "like", "rekelo", "less" and "follow". They go with `owner`, but for
-/// the last, which all posts of an author share.
-void addToggles(Row& row, QObject* owner);

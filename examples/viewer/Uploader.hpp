@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <QFile>
+#include <QTimer>
 #include <QUrl>
 
 class Uploader : public QObject {

@@ -19,9 +19,9 @@ int main(int argc, char** argv) {
     QObject::connect(&queue, &QSocketNotifier::activated, [&] { mainQueue.drain(); });
 
     QTimer submitting;
-    QObject::connect(&submitting, &QTimer::timeout, submitLoops);
+    QObject::connect(&submitting, &QTimer::timeout, &Loops::submit);
     submitting.start(std::chrono::seconds(30));
-    QObject::connect(&app, &QGuiApplication::aboutToQuit, submitLoopsAtTheEnd);
+    QObject::connect(&app, &QGuiApplication::aboutToQuit, &Loops::submitAtTheEnd);
 
     RemoteFile::trim();
     QQmlApplicationEngine engine;

@@ -16,8 +16,10 @@ Item {
     /// Finds the row that is shown, and has it play soon.
     function look() {
         const row = view.indexAt(view.width / 2, view.contentY + view.height * 0.35);
-        if (row >= 0)
+        if (row >= 0) {
+            keptOffset = view.contentY - view.itemAtIndex(row).y;
             feed.passed(row);
+        }
         rest.restart();
     }
 
@@ -29,10 +31,6 @@ Item {
     FeedModel {
         id: feed
         path: page.path
-        onAboutToPrepend: {
-            const shown = view.itemAtIndex(feed.shown);
-            page.keptOffset = shown ? view.contentY - shown.y : 0;
-        }
         onPrepended: {
             if (page.isRefreshing) {
                 view.positionViewAtBeginning();

@@ -86,6 +86,12 @@ ApplicationWindow {
         target: pages.currentItem
         function onOpened(link) { window.open(link) }
     }
+    Timer {
+        interval: 5000
+        repeat: true
+        running: Host.offline
+        onTriggered: Host.retry(true)
+    }
     Rectangle {
         id: banner
         objectName: "banner"
@@ -102,7 +108,7 @@ ApplicationWindow {
             anchors { right: parent.right; rightMargin: 10; verticalCenter: parent.verticalCenter }
             objectName: "retry"
             text: "Try again"
-            onClicked: Host.readUser()
+            onClicked: Host.retry()
         }
     }
     Rectangle {

@@ -126,13 +126,13 @@ Rectangle {
                 spacing: 8
                 Pill {
                     objectName: "like-" + post.record.key
-                    text: "♥ " + (post.record.likes + toggle.added)
+                    text: "♥ " + (post.record.likes + on)
                     toggle: post.record.like
                     tint: "#ff5c7a"
                 }
                 Pill {
                     objectName: "rekelo-" + post.record.key
-                    text: "⟲ " + (post.record.rekelos + toggle.added)
+                    text: "⟲ " + (post.record.rekelos + on)
                     toggle: post.record.rekelo
                 }
                 Pill {

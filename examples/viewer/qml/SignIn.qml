@@ -22,7 +22,6 @@ Sheet {
         id: user
         objectName: "user"
         placeholderText: "User name"
-        text: Host.userName
     }
     Field {
         id: password

@@ -1,4 +1,4 @@
-#include "RowParsers.hpp"
+#include "Rows.hpp"
 
 using namespace KeloAPI;
 
@@ -69,7 +69,7 @@ QVariantList picturesAt(const JsonObject& json, const char* key, const char* pic
 
 } // namespace
 
-std::shared_ptr<Row> PostRowParser::parse(const JsonObject& json) const {
+std::shared_ptr<Row> Row::ofPost(const JsonObject& json) {
     const auto text = &QString::fromStdString;
     const auto post = PostParser().parse(json);
     const auto audioJson = json["audio"].object();
@@ -94,13 +94,13 @@ std::shared_ptr<Row> PostRowParser::parse(const JsonObject& json) const {
         {"channel", textAt(json, "channel")},
         {"channelId", textAt(json, "channelId")},
         {"loops", loopsIn(json)},
-        {"likes", countAt(json, "likes")},
-        {"rekelos", countAt(json, "reposts")},
+        {"likes", countAt(json, "likes") - (post->liked.value_or(false) ? 1 : 0)},
+        {"rekelos", countAt(json, "reposts") - (post->rekeloed() ? 1 : 0)},
     };
     return std::make_shared<Row>(Row{post, std::move(shown), {}});
 }
 
-std::shared_ptr<Row> CardRowParser::parse(const JsonObject& json) const {
+std::shared_ptr<Row> Row::ofCard(const JsonObject& json) {
     const QString type = textAt(json, "type");
     QVariantMap shown = {
         {"key", textAt(json, "reference")},
@@ -118,7 +118,6 @@ std::shared_ptr<Row> CardRowParser::parse(const JsonObject& json) const {
         shown["link"] = textOf(action->actionUrl);
         shown["linkTitle"] = QString::fromStdString(action->actionTitle);
     } else if (type == "solicitation") {
-        KLSolicitationParser().parse(json); // throws where it is none
         shown["title"] = "Do you like it here?";
         shown["details"] = "Tell others what you think of this app.";
     } else if (type == "postsMosaic") {
