@@ -8,6 +8,7 @@ Image {
     source: remote.file
     sourceSize: Qt.size(width, height)
     asynchronous: true
+    cache: false // the file is at hand
 
     RemoteFile { id: remote }
 }
