@@ -3,6 +3,7 @@
 #include "TransportTest.hpp"
 
 #include <KeloAPI/curl/internal/CurlErrors.hpp>
+#include <KeloAPI/curl/internal/GzipDecoder.hpp>
 #include <KeloAPI/curl/internal/ResponseHead.hpp>
 
 namespace KeloAPI::testing {
@@ -226,6 +227,35 @@ TEST(ResponseHeadTest, TheLimitIsTheLongestHeadThatIsTaken) {
         ResponseHead head(limit);
         EXPECT_EQ(head.take(statusLine), ResponseHead::Progress::Unfinished);
         EXPECT_EQ(head.take("\r\n"), expected);
+    }
+}
+
+TEST(GzipDecoderTest, HandsOutAtOnceWhatCanBeUnpacked) {
+    const std::string text(100'000, 'z');
+    std::string packed = gzip(text);
+    for (std::size_t size = 1; size <= packed.size(); ++size) {
+        // What zlib makes of the same bytes where there is room for everything.
+        z_stream roomy{};
+        ASSERT_EQ(inflateInit2(&roomy, 15 + 16), Z_OK);
+        std::string room(text.size(), '\0');
+        roomy.next_out = reinterpret_cast<Bytef*>(room.data());
+        roomy.avail_out = static_cast<uInt>(room.size());
+        roomy.next_in = reinterpret_cast<Bytef*>(packed.data());
+        GzipDecoder decoder;
+        std::size_t handedOut = 0;
+        for (std::size_t at = 0; at < packed.size(); at += size) {
+            const std::string_view piece = std::string_view(packed).substr(at, size);
+            roomy.avail_in = static_cast<uInt>(piece.size());
+            inflate(&roomy, Z_NO_FLUSH);
+            decoder.take(piece, [&](std::string_view bytes) {
+                handedOut += bytes.size();
+                return true;
+            });
+            EXPECT_EQ(handedOut, roomy.total_out) << "in pieces of " << size;
+        }
+        EXPECT_EQ(handedOut, text.size());
+        EXPECT_TRUE(decoder.isComplete());
+        inflateEnd(&roomy);
     }
 }
 
