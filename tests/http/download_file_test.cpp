@@ -51,6 +51,14 @@ TEST_F(DownloadFileTest, TakesItsPlaceOnCommitOnly) {
     EXPECT_THAT(folder.names(), ElementsAre("video"));
 }
 
+TEST_F(DownloadFileTest, LeavesNoDescriptorOpen) {
+    EXPECT_TRUE(DownloadFile(folder.path("first")).commit());
+    const std::size_t before = openDescriptors();
+    EXPECT_TRUE(DownloadFile(folder.path("kept")).commit());
+    { const DownloadFile dropped(folder.path("dropped")); }
+    EXPECT_EQ(openDescriptors(), before);
+}
+
 TEST_F(DownloadFileTest, KeepsContentOfEverySize) {
     constexpr std::size_t small = std::size_t{64} << 10U;
     constexpr std::size_t large = std::size_t{512} << 10U;
