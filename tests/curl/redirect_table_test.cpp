@@ -23,7 +23,7 @@ const char* const start = "https://api.example/a/b?c=d#e";
 std::vector<Place> places() {
     const char* own = "within the origin";
     const char* other = "to another origin";
-    const char* nowhere = "to what is no place of HTTP";
+    const char* nowhere = "to a URL of another kind than HTTP";
     const char* plain = "out of TLS";
     return {
         {own, "/x", "https://api.example/x"},

@@ -51,7 +51,7 @@ std::vector<Fault> notHTTP() {
             refused("a body without a head", wellBody),
             refused("another version", "HTTP/7.5 200 OK\r\n\r\n"),
             refused("no status", "HTTP/1.1\r\n\r\n"),
-            refused("a status that is no number", "HTTP/1.1 abc OK\r\n\r\n"),
+            refused("a status that is not a number", "HTTP/1.1 abc OK\r\n\r\n"),
             refused("a status of four digits", "HTTP/1.1 2000 OK\r\n\r\n"),
             refused("a line that is no field", statusLine + "no colon\r\n\r\n"),
             refused("a zero in a field", statusLine + "X: a" + std::string(1, '\0') + "b\r\n\r\n")};

@@ -33,7 +33,7 @@ std::vector<Fault> statusesOfHeads() {
         "A head begins with one status of three digits and has no other field of its kind.", lost);
     heads.addHead("no status", Frames::field("x", "y"));
     heads.addHead("no field at all", "");
-    heads.addHead("a status that is no number", statusField("abc"));
+    heads.addHead("a status that is not a number", statusField("abc"));
     heads.addHead("an empty status", statusField(""));
     heads.addHead("a status of two digits", statusField("20"));
     heads.addHead("a status of four digits", statusField("2000"));
@@ -49,7 +49,7 @@ std::vector<Fault> statusesOfHeads() {
 }
 
 std::vector<Fault> fieldNames() {
-    HeadRule heads("A field's name is of small letters, and of no connection.", lost);
+    HeadRule heads("A field's name is in lower case, and is not one of a connection.", lost);
     heads.field("a capital letter", "X-Some", "y");
     heads.field("a capital letter at the end", "x-somE", "y");
     heads.field("Connection", "connection", "close");

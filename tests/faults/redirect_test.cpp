@@ -40,7 +40,7 @@ std::vector<Fault> thatEnd() {
     for (const char* url : {"ftp://127.0.0.1/", "file:///etc/passwd", "javascript:alert(1)",
                             "https://", "a b", "https://[::1/", "https://127.0.0.1:port/"}) {
         for (const char* status : {"302 Found", "307 Moved"}) {
-            faults.push_back({.row = "to what is no place of HTTP",
+            faults.push_back({.row = "to a URL of another kind than HTTP",
                               .variant = std::string(url) + " by " + status,
                               .rule = HTTPErrorCode::UnsupportedURL,
                               .strike = redirecting(status, to(url))});

@@ -123,7 +123,7 @@ GrammarCases tokensAmiss() {
     return cases;
 }
 
-/// A byte that is no part of any token, between two of them.
+/// A byte between two tokens that belongs to neither.
 GrammarCases whitespace() {
     GrammarCases cases;
     for (std::size_t gap = 1; gap < tokens.size(); ++gap) {
