@@ -18,9 +18,9 @@ struct Weak::Watched {
     bool hasOneReference() const;
 };
 
-/// The objects that are watched. A reference is taken and the last one given up under one lock:
-/// nobody takes one to an object that is just going. Under it no message is sent but to an object
-/// that counts its references by itself.
+/// The objects that are watched. References are taken and given up under one lock, but for what the
+/// last one ends: nobody takes one to an object that is just going. Under it no message is sent but
+/// to an object that counts its references by itself, or has a `release` of its own.
 struct Watching {
     using Release = void (*)(id, SEL);
     using Watched = Weak::Watched;
@@ -132,12 +132,18 @@ void Watching::release(id object, SEL selector) {
     const Release before = here.releases.at(made);
     std::shared_ptr<void> gone; // the companion, which may hold what watches the object
     const auto found = here.objects.find(object);
-    if (found != here.objects.end() && found->second->hasOneReference()) {
+    const bool isWatched = found != here.objects.end();
+    const bool isLast = isWatched && found->second->hasOneReference();
+    if (isLast) {
         found->second->object = nil;
         gone = std::move(found->second->companion);
         here.objects.erase(found);
     }
-    lock.unlock(); // the object ends without the lock: what it does then is its own affair
+    // The object ends without the lock: what it does then is its own affair. Two references that
+    // are given up at a time go one after the other, or neither would be the last.
+    if (isLast || !isWatched) {
+        lock.unlock();
+    }
     const Step outer = std::exchange(step, Step{object, made});
     before(object, selector);
     step = outer;
